@@ -1,0 +1,15 @@
+// vess: the command-line side of the workbench, a second user of the core.
+#include <CLI/CLI.hpp>
+
+#include "cli/commands.h"
+
+int main(int argc, char** argv) {
+    CLI::App app{"vess - detect and measure synaptic events in ABF recordings"};
+    app.require_subcommand(1);
+    vess::cli::AddInfoCommand(app);
+    vess::cli::AddSynthCommand(app);
+    vess::cli::AddEventsCommand(app);
+    vess::cli::AddDetectCommand(app);
+    CLI11_PARSE(app, argc, argv);
+    return 0;
+}

@@ -1,0 +1,41 @@
+// Writes gap-free ABF 1.x files with 16-bit integer samples, 1 to 16
+// channels, in our own code. Used for synthetic recordings, the event-free
+// file and the tachogram file, and for the template header file.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vess {
+
+struct AbfChannelSpec {
+    std::string name = "IN 0";
+    std::string units = "pA";
+    // Counts to units: value = counts / (programmableGain * scaleFactor *
+    // signalGain) * adcRange / adcResolution + signalOffset + instrumentOffset.
+    float programmableGain = 1;
+    float instrumentScaleFactor = 0.001f;
+    float signalGain = 1;
+    float instrumentOffset = 0;
+    float signalOffset = 0;
+};
+
+struct AbfWriteSpec {
+    double intervalUs = 50;            // per channel
+    float adcRange = 10;               // volts full scale
+    int32_t adcResolution = 32768;
+    std::vector<AbfChannelSpec> channels{AbfChannelSpec{}};
+    std::string creator = "Vessantorium";
+    std::string comment;
+};
+
+// interleaved holds frames of channels.size() samples each. Writes to a
+// temporary file and renames it over path. Returns an empty string on
+// success, otherwise a message saying what went wrong.
+std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& spec,
+                     std::span<const int16_t> interleaved);
+
+}  // namespace vess

@@ -1,0 +1,126 @@
+// The open ABF 1.x recording and its chosen channel: the header kept whole,
+// the fields the program uses, derived values, unit conversions, and sample
+// access by 256-point blocks of one channel through a memory map.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vess {
+
+inline constexpr int kBlockPoints = 256;
+inline constexpr int kMaxChannels = 16;
+
+struct AbfTag {
+    int32_t time = 0;
+    std::string comment;  // 56 characters as stored
+    int16_t type = 0;
+    int16_t voiceTag = 0;
+};
+
+// The header fields the program reads, at their published ABF 1.x offsets.
+struct AbfHeader {
+    std::string fileSignature;        // 4 characters at 0
+    float fileVersionNumber = 0;      // 4
+    int32_t actualAcqLength = 0;      // 10
+    int32_t dataSectionPtr = 0;       // 40 (x 512 bytes)
+    int32_t tagSectionPtr = 0;        // 44
+    int32_t numTagEntries = 0;        // 48
+    int16_t dataFormat = 0;           // 100
+    int16_t adcNumChannels = 0;       // 120
+    float adcSampleInterval = 0;      // 122, us of the interleaved stream
+    float adcRange = 0;               // 244
+    int32_t adcResolution = 0;        // 252
+    int16_t autosampleEnable = 0;     // 262
+    int16_t autosampleAdcNum = 0;     // 264
+    float autosampleAdditGain = 0;    // 268
+    std::string creatorInfo;          // 16 characters at 294
+    std::string fileComment;          // 56 characters at 310
+    std::array<int16_t, 16> adcSamplingSeq{};     // 410
+    std::array<std::string, 16> adcUnits;         // 602, 8 characters each
+    std::array<float, 16> adcProgrammableGain{};  // 730
+    std::array<float, 16> instrumentScaleFactor{};// 922
+    std::array<float, 16> instrumentOffset{};     // 986
+    std::array<float, 16> signalGain{};           // 1050
+    std::array<float, 16> signalOffset{};         // 1114
+    std::array<float, 16> telegraphAdditGain{};   // 4576, extended header (1.65+)
+    bool hasExtendedHeader = false;
+};
+
+// Why an open failed; the message texts live with the opening command.
+enum class AbfError {
+    None, CannotOpen, NotAbf, FloatingPoint, TooShort, BadChannelCount, BadInterval,
+    BadDataPointer, BadAcqLength, BadTagPointer
+};
+
+class Recording {
+public:
+    // Maps the file and parses its header. On failure returns nullptr and sets
+    // *error (and *detail to a human-readable reason). Never throws for a
+    // malformed file.
+    static std::unique_ptr<Recording> Open(const std::filesystem::path& path, AbfError* error,
+                                           std::string* detail = nullptr);
+    ~Recording();
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+
+    const std::filesystem::path& Path() const { return path_; }
+    std::string FileName() const { return path_.filename().string(); }
+    const AbfHeader& Header() const { return header_; }
+    // The header bytes as read (2048, or up to 6144 for an extended header).
+    const std::vector<uint8_t>& HeaderBytes() const { return headerBytes_; }
+    int ChannelCount() const;              // at least 1
+    uint8_t Channel() const { return channel_; }
+    // Selects the 0-based channel position and recomputes gain and offset.
+    void SetChannel(uint8_t channel);
+
+    double IntervalUs() const { return intervalUs_; }  // per channel
+    int32_t BlockCount() const { return blocks_; }     // 256-point blocks, at least 1
+    int64_t PointsPerChannel() const { return pointsPerChannel_; }
+    float Gain() const { return gain_; }
+    float Offset() const { return offset_; }
+    std::string Units() const;             // units of the chosen channel, trimmed
+    const std::vector<AbfTag>& Tags() const { return tags_; }
+
+    // Conversions of the chosen channel.
+    float Bit2pA2(int32_t counts) const;   // difference, no offset
+    float Bit2pA(int32_t counts) const;    // absolute level, with offset
+    int16_t pA2Bit(float units) const;     // absolute level to counts
+    float Bit2msec(int32_t points) const;
+
+    // Raw sample of the chosen channel at a point index from the start of the
+    // data (0-based). Indices outside the recorded points repeat the nearest
+    // recorded sample, so edges never produce artificial steps.
+    int16_t Sample(int64_t index) const;
+    // Copies count samples starting at index into out (same edge rule).
+    void ReadSamples(int64_t index, std::span<int16_t> out) const;
+
+    // File-information report (menu_DatInfo).
+    std::string InfoReport() const;
+
+private:
+    Recording() = default;
+    std::filesystem::path path_;
+    AbfHeader header_;
+    std::vector<uint8_t> headerBytes_;
+    std::vector<AbfTag> tags_;
+    uint8_t channel_ = 0;
+    double intervalUs_ = 0;
+    int32_t blocks_ = 1;
+    int64_t pointsPerChannel_ = 0;
+    float gain_ = 1, offset_ = 0;
+    // Memory map of the whole file.
+    const uint8_t* map_ = nullptr;
+    std::size_t mapSize_ = 0;
+    const uint8_t* data_ = nullptr;   // first sample of the data section
+    int64_t frames_ = 0;              // interleaved frames available in the file
+    friend class RecordingTestAccess;
+};
+
+}  // namespace vess

@@ -1,0 +1,43 @@
+// One screen of the chosen channel: blocksPerScreen 256-point blocks starting
+// at a block, together with the screens just before and after it, so that
+// GetSampleValue serves indices from -WindowLen to 2*WindowLen-1 without
+// touching the file. Indices further out are read from the recording.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "recording/recording.h"
+
+namespace vess {
+
+class Screen {
+public:
+    Screen() = default;
+    Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen);
+
+    bool Valid() const { return recording_ != nullptr; }
+    const Recording& Rec() const { return *recording_; }
+    int32_t StartBlock() const { return startBlock_; }
+    int32_t BlocksPerScreen() const { return blocksPerScreen_; }
+    int32_t WindowLen() const { return windowLen_; }
+    // Point index (from the start of the data) of window index i.
+    int64_t AbsoluteIndex(int64_t i) const { return int64_t(startBlock_) * kBlockPoints + i; }
+
+    int16_t GetSampleValue(int64_t i) const {
+        const int64_t k = i + windowLen_;
+        if (k >= 0 && k < int64_t(buffer_.size())) return buffer_[std::size_t(k)];
+        return recording_->Sample(AbsoluteIndex(i));
+    }
+    // Time in ms of window index i from the start of the data, as a float.
+    float CalculateTime(int64_t i) const;
+
+private:
+    const Recording* recording_ = nullptr;
+    int32_t startBlock_ = 0;
+    int32_t blocksPerScreen_ = 4;
+    int32_t windowLen_ = 1024;
+    std::vector<int16_t> buffer_;  // previous, current and next screen
+};
+
+}  // namespace vess

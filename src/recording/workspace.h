@@ -1,0 +1,33 @@
+// The shared state of the workbench: the open recording, its events with
+// their history, the detection parameters and the settings, and the screen
+// being shown. Commands take it (or its parts) explicitly; there are no
+// globals.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "recording/event_table.h"
+#include "recording/recording.h"
+#include "recording/settings.h"
+
+namespace vess {
+
+struct Workspace {
+    std::unique_ptr<Recording> recording;   // null when no file is open
+    EventTable events;
+    EventHistory history;
+    Settings settings;                      // settings.analysis is AnalysisParameters
+    std::filesystem::path iniPath;          // where "Vessanto.ini" is read and written
+    int32_t screenStartBlock = 0;           // first block of the displayed screen
+    int32_t selectedEvent = 0;              // 1-based; 0 when none
+
+    AnalysisParameters& params() { return settings.analysis; }
+    const AnalysisParameters& params() const { return settings.analysis; }
+    int32_t BlocksPerScreen() const {
+        return settings.DisplayTotalNumberBlockPerScreen < 1 ? 1
+                                                             : settings.DisplayTotalNumberBlockPerScreen;
+    }
+};
+
+}  // namespace vess
