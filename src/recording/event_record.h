@@ -61,4 +61,30 @@ enum class EventField {
 };
 inline constexpr int kEventFieldCount = 17;
 
+// Calls f with the pointer to the member that holds field, so that one
+// generic routine serves every field with the field's own type.
+template <class F>
+decltype(auto) WithEventField(EventField field, F&& f) {
+    switch (field) {
+        case EventField::Time: return f(&EventRecord::time);
+        case EventField::Amplitude: return f(&EventRecord::amplitude);
+        case EventField::RiseTime: return f(&EventRecord::riseTime);
+        case EventField::DecayTime: return f(&EventRecord::decayTime);
+        case EventField::Area: return f(&EventRecord::area);
+        case EventField::Baseline: return f(&EventRecord::baseline);
+        case EventField::Noise: return f(&EventRecord::noise);
+        case EventField::Group: return f(&EventRecord::group);
+        case EventField::Channel: return f(&EventRecord::channel);
+        case EventField::Rise1090: return f(&EventRecord::rise1090);
+        case EventField::HalfWidth: return f(&EventRecord::halfWidth);
+        case EventField::Rise50: return f(&EventRecord::rise50);
+        case EventField::PeakDirection: return f(&EventRecord::peakDirection);
+        case EventField::BurstNumber: return f(&EventRecord::burstNumber);
+        case EventField::BurstEventNumber: return f(&EventRecord::burstEventNumber);
+        case EventField::Slope1090: return f(&EventRecord::slope1090);
+        case EventField::RelativeTime: break;
+    }
+    return f(&EventRecord::relativeTime);
+}
+
 }  // namespace vess

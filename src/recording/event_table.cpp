@@ -1,0 +1,103 @@
+#include "recording/event_table.h"
+
+#include <utility>
+
+namespace vess {
+
+void EventTable::Delete(int32_t i) {
+    if (i < 1 || i > Count()) return;
+    records_.erase(records_.begin() + (i - 1));
+}
+
+void EventTable::Truncate(int32_t count) {
+    if (count < 0) count = 0;
+    if (count < Count()) records_.resize(static_cast<std::size_t>(count));
+}
+
+namespace {
+
+// Quicksort of whole records on the key held by one member. The middle record
+// is the pivot: it is copied out and the first record of the range moves into
+// its slot, leaving the first slot free. Scanning the rest, the left index
+// advances over keys below the pivot's and the right index retreats over keys
+// above it; the two records they stop at are exchanged. Where the indices
+// meet, that record moves to the free first slot and the pivot is written in
+// its place, splitting the range. Both sides are then sorted the same way
+// (the smaller side by recursion, the larger by looping, so the depth stays
+// logarithmic). Records with equal keys end up in no particular order.
+template <class T>
+void QuickSort(std::vector<EventRecord>& a, std::ptrdiff_t lo, std::ptrdiff_t hi,
+               T EventRecord::*key) {
+    while (lo < hi) {
+        const std::ptrdiff_t mid = lo + (hi - lo) / 2;
+        const EventRecord pivot = a[std::size_t(mid)];
+        const T pk = pivot.*key;
+        a[std::size_t(mid)] = a[std::size_t(lo)];
+        std::ptrdiff_t i = lo + 1, j = hi;
+        for (;;) {
+            while (i <= j && a[std::size_t(i)].*key < pk) ++i;
+            while (i <= j && a[std::size_t(j)].*key > pk) --j;
+            if (i >= j) break;
+            std::swap(a[std::size_t(i)], a[std::size_t(j)]);
+            ++i;
+            --j;
+        }
+        // Records lo+1..j have keys not above the pivot's, j+1..hi not below.
+        a[std::size_t(lo)] = a[std::size_t(j)];
+        a[std::size_t(j)] = pivot;
+        if (j - lo < hi - j) {
+            QuickSort(a, lo, j - 1, key);
+            lo = j + 1;
+        } else {
+            QuickSort(a, j + 1, hi, key);
+            hi = j - 1;
+        }
+    }
+}
+
+}  // namespace
+
+void EventTable::Sort(EventField field) {
+    WithEventField(field, [this](auto member) {
+        QuickSort(records_, 0, std::ptrdiff_t(records_.size()) - 1, member);
+    });
+}
+
+void EventHistory::Checkpoint(const EventTable& table, std::string label) {
+    undo_.push_back({table.Records(), std::move(label), generation_});
+    if (undo_.size() > maxDepth_) undo_.erase(undo_.begin());
+    redo_.clear();
+    generation_ = nextGeneration_++;
+}
+
+std::string EventHistory::UndoLabel() const { return undo_.empty() ? std::string() : undo_.back().label; }
+std::string EventHistory::RedoLabel() const { return redo_.empty() ? std::string() : redo_.back().label; }
+
+bool EventHistory::Undo(EventTable& table) {
+    if (undo_.empty()) return false;
+    Entry entry = std::move(undo_.back());
+    undo_.pop_back();
+    redo_.push_back({table.Records(), entry.label, generation_});
+    table.Assign(std::move(entry.records));
+    generation_ = entry.generation;
+    return true;
+}
+
+bool EventHistory::Redo(EventTable& table) {
+    if (redo_.empty()) return false;
+    Entry entry = std::move(redo_.back());
+    redo_.pop_back();
+    undo_.push_back({table.Records(), entry.label, generation_});
+    table.Assign(std::move(entry.records));
+    generation_ = entry.generation;
+    return true;
+}
+
+void EventHistory::Clear() {
+    undo_.clear();
+    redo_.clear();
+}
+
+void EventHistory::MarkSaved() { savedGeneration_ = generation_; }
+
+}  // namespace vess
