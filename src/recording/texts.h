@@ -1,0 +1,128 @@
+// Every caption, message, prompt, filter and file tag that the recording
+// subsystem shows or writes, kept once. Blocks are grouped by area; add to
+// the end of a block, never change a text (spelling and double spaces are
+// as the users know them).
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vess::texts {
+
+// ---- Events, event files, exports, settings and parameter files ----------
+
+// Tags written into files.
+inline constexpr std::string_view kProductTag = "Vessantorium";
+inline constexpr std::string_view kEventFileCreator = "Vessantorium 5.0   ";
+inline constexpr std::string_view kParameterFileCreator = "Vessantorium 3.0   ";
+inline constexpr std::string_view kCurrentVersionTag = "5.0";
+inline constexpr std::string_view kVersion3Tag = "3.0";
+
+// Grid captions, in column order 1..17.
+inline constexpr std::string_view kColTime = "Time";
+inline constexpr std::string_view kColAmplitude = "Amplitude";
+inline constexpr std::string_view kColRiseTime = "Time to Rise";
+inline constexpr std::string_view kColDecayTime = "Time to Decay";
+inline constexpr std::string_view kColArea = "Area";
+inline constexpr std::string_view kColBaseline = "Baseline";
+inline constexpr std::string_view kColNoise = "Noise";
+inline constexpr std::string_view kColGroup = "Group";
+inline constexpr std::string_view kColChannel = "Channel";
+inline constexpr std::string_view kColRise1090 = "Rise10-90";
+inline constexpr std::string_view kColHalfWidth = "Half-width";
+inline constexpr std::string_view kColRise50 = "Rise 50";
+inline constexpr std::string_view kColPeakDirection = "Peak Direction";
+inline constexpr std::string_view kColBurstNumber = "Burst #";
+inline constexpr std::string_view kColBurstEventNumber = "Burst Event#";
+inline constexpr std::string_view kColSlope1090 = "Slope10-90";
+inline constexpr std::string_view kColRelativeTime = "Relative Time";
+inline constexpr std::string_view kAreaFcLabel = "Area (fC)";
+inline constexpr std::string_view kPerMsecSuffix = "/msec";
+
+// Shared file-dialog answers.
+inline constexpr std::string_view kReplaceFileCaption = "Replace File";
+inline constexpr std::string_view kReplaceFileText =
+    "File already exist.  Do you want to replace this file?";
+inline constexpr std::string_view kFileExistCaption = "File Exist";
+inline constexpr std::string_view kFileExistText =
+    "File already exist.  Try again with different file name.";
+
+// Event files.
+inline constexpr std::string_view kEventFileFilter = "Event File (*.EVT)";
+inline constexpr std::string_view kEventFileExtension = "EVT";
+inline constexpr std::string_view kSaveEventCaption = "Save Event File";   // dialog title, ours
+inline constexpr std::string_view kOpenEventCaption = "Open Event File";   // dialog title, ours
+inline constexpr std::string_view kSavePreviousEventsCaption = "Save Previous Event Data";
+inline std::string SavePreviousEventsText(int count, const std::string& dataFileName) {
+    return "There are " + std::to_string(count) + " events analysed for " + dataFileName +
+           ".  Do you want to save the event data?";
+}
+inline constexpr std::string_view kNotEventFileCaption = "Not an Event File";
+inline constexpr std::string_view kNotEventFileText =
+    "This file is not an event file.  Please check the file and try again.";
+inline constexpr std::string_view kFileNotMatchingCaption = "File Not Matching";
+inline std::string FileNotMatchingText(const std::string& storedName, const std::string& openName) {
+    return "This event file was analysed from " + storedName + " and does not match " + openName +
+           ".  Please find the appropriate event file.";
+}
+inline constexpr std::string_view kMissingDataFileCaption = "File Not Found";  // ours
+inline std::string MissingDataFileText(const std::string& name) {
+    return "The original data file " + name +
+           " does not exist in this directory.  Please make sure the event file and the original "
+           "data file are present in the same directory.";
+}
+inline constexpr std::string_view kOlderVersionCaption = "Older Version Event File";
+inline constexpr std::string_view kOlderVersionText =
+    "This Event file was saved as a previous version.  Would you like to convert to newer "
+    "version?";
+inline constexpr std::string_view kSaveAndResetCaption = "Save and Reset";
+inline std::string SaveAndResetText(int count) {
+    return "There are " + std::to_string(count) +
+           " events analysed.  You have to reset all the event data from previous settings.  "
+           "Would you like to save and reset the event data?";
+}
+// Our own texts for files that cannot be read or written.
+inline constexpr std::string_view kDamagedFileCaption = "Damaged File";
+inline constexpr std::string_view kFileErrorCaption = "File Error";
+
+// Text exports.
+inline constexpr std::string_view kTextFileFilter = "Text File (*.txt)";
+inline constexpr std::string_view kTextFileExtension = "txt";
+inline constexpr std::string_view kAsciiFileFilter = "ASCII File (*.ASC)";
+inline constexpr std::string_view kAsciiFileExtension = "ASC";
+inline constexpr std::string_view kAtfTag = "ATF";
+inline constexpr std::string_view kAtfVersion = "1.0";
+inline constexpr std::string_view kTimeMsTitle = "Time(ms)";
+inline std::string AmplitudeTitle(const std::string& unit) { return "Amplitude(" + unit + ")"; }
+inline constexpr std::string_view kSaveDataCaption = "Save Data";             // dialog title, ours
+inline constexpr std::string_view kSaveAsciiCaption = "Save as ASCII File";   // dialog title, ours
+
+// Settings.
+inline constexpr std::string_view kIniFileName = "Vessanto.ini";
+inline constexpr std::string_view kSettingsSavedCaption = "Settings Saved";
+inline constexpr std::string_view kSettingsSavedText = "The settings are saved into Vessanto.ini file.";
+inline constexpr std::string_view kSaveSettingsCaption = "Save Settings";
+inline constexpr std::string_view kSaveSettingsOnExitText = "Would you like to save settings before exit?";
+inline constexpr std::string_view kCustomSettingsFilter = "Custom Settings File (*.SET)";
+inline constexpr std::string_view kCustomSettingsOpenFilter = "Custom Settings File (*.SET)|*.SET";
+inline constexpr std::string_view kCustomSettingsExtension = "SET";
+inline constexpr std::string_view kCustomSettingsPattern = "*.SET";
+
+// Parameter files.
+inline constexpr std::string_view kParameterFileExtension = "PAR";
+inline constexpr std::string_view kParameterFilePattern = "*.PAR";
+inline constexpr std::string_view kParameterOpenFilter =
+    "Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT";
+inline constexpr std::string_view kNotParameterFileCaption = "Not a Parameter File";
+inline constexpr std::string_view kNotParameterFileText =
+    "This file is not a parameter or an event file.  Please check the file and try again.";
+inline constexpr std::string_view kSuggestParametersCaption = "Suggest Analysis Parameters";
+inline constexpr std::string_view kSuggestParametersText =
+    "The analysis parameters are set according to the typical waveform kinetics.  After "
+    "detecting several peaks, please readjust the amplitude threshold and area threshold as well "
+    "as other paramters as needed.  Also, please make sure the direction of peak is "
+    "appropriately set.";
+
+// ---- end of events, files and settings block ------------------------------
+
+}  // namespace vess::texts
