@@ -1,0 +1,112 @@
+// The event-file commands of the main form: save, open (with its checks),
+// the loader, and the save-and-reset question.
+#include <string>
+
+#include "recording/event_file.h"
+#include "recording/file_io.h"
+#include "recording/texts.h"
+#include "recording/workspace.h"
+
+namespace vess {
+
+namespace {
+
+std::string S(std::string_view v) { return std::string(v); }
+
+std::string OpenName(const Workspace& ws) {
+    return ws.recording ? ws.recording->FileName() : std::string();
+}
+
+std::vector<uint8_t> HeaderCopy(const Workspace& ws) {
+    return ws.recording ? ws.recording->HeaderBytes() : BlankHeaderCopy();
+}
+
+}  // namespace
+
+bool SaveEventFileCommand(Workspace& ws, Dialogs& dialogs) {
+    FileDialogRequest request{S(texts::kSaveEventCaption), S(texts::kEventFileFilter),
+                              S(texts::kEventFileExtension), {}};
+    if (ws.recording) request.suggestedName = ws.recording->Path().stem().string() + ".EVT";
+    const auto chosen = dialogs.SaveFile(request);
+    if (!chosen || chosen->empty()) return false;
+    const auto path = WithDefaultExtension(*chosen, texts::kEventFileExtension);
+    std::error_code ec;
+    if (std::filesystem::exists(path, ec) &&
+        !dialogs.AskYesNo(S(texts::kReplaceFileCaption), S(texts::kReplaceFileText)))
+        return false;
+    const std::string error =
+        WriteEventFile(path, HeaderCopy(ws), ws.params(), ws.events, OpenName(ws));
+    if (!error.empty()) {
+        dialogs.Message(S(texts::kFileErrorCaption), error);
+        return false;
+    }
+    ws.history.MarkSaved();
+    return true;
+}
+
+bool OpenEventFileCommand(Workspace& ws, Dialogs& dialogs) {
+    if (ws.events.Count() >= 1 &&
+        dialogs.AskYesNo(S(texts::kSavePreviousEventsCaption),
+                         texts::SavePreviousEventsText(ws.events.Count(), OpenName(ws))))
+        SaveEventFileCommand(ws, dialogs);
+    const auto chosen = dialogs.OpenFile({S(texts::kOpenEventCaption), S(texts::kEventFileFilter),
+                                          S(texts::kEventFileExtension), {}});
+    if (!chosen || chosen->empty()) return false;
+    const auto path = WithDefaultExtension(*chosen, texts::kEventFileExtension);
+
+    const EventFileContents file = ReadEventFile(path);
+    if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort) {
+        dialogs.Message(S(texts::kDamagedFileCaption), DescribeProblem(file));
+        return false;
+    }
+    if (!file.HasProductTag()) {
+        dialogs.Message(S(texts::kNotEventFileCaption), S(texts::kNotEventFileText));
+        return false;
+    }
+    if (file.storedName != OpenName(ws)) {
+        dialogs.Message(S(texts::kFileNotMatchingCaption),
+                        texts::FileNotMatchingText(file.storedName, OpenName(ws)));
+        return false;
+    }
+    return OpenEventFile(ws, path, dialogs);
+}
+
+bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
+    EventFileContents file = ReadEventFile(path);
+    if (!file.Ok()) {
+        dialogs.Message(S(texts::kDamagedFileCaption), DescribeProblem(file));
+        return false;
+    }
+    AnalysisParameters params = ws.params();
+    params = ReadParameterFields(file.header, params, true);
+    if (params.NumberPointsPeak < 1) params.NumberPointsPeak = 1;
+
+    ws.history.Checkpoint(ws.events, "Open event file");
+    ws.events.Assign(std::move(file.records));
+    ws.params() = params;
+    ws.selectedEvent = 0;
+    ws.history.MarkSaved();
+
+    if (file.version != EventFileVersion::Current &&
+        dialogs.AskYesNo(S(texts::kOlderVersionCaption), S(texts::kOlderVersionText))) {
+        // Rewritten over the header copy it already holds, so nothing of the
+        // original header is lost.
+        const std::string error =
+            WriteEventFile(path, file.header, ws.params(), ws.events, file.storedName);
+        if (!error.empty()) dialogs.Message(S(texts::kFileErrorCaption), error);
+    }
+    return true;
+}
+
+bool ConfirmResetForParameterChange(Workspace& ws, Dialogs& dialogs) {
+    if (ws.events.Count() == 0) return true;
+    if (!dialogs.AskYesNo(S(texts::kSaveAndResetCaption), texts::SaveAndResetText(ws.events.Count())))
+        return false;
+    if (!SaveEventFileCommand(ws, dialogs)) return false;
+    ws.history.Checkpoint(ws.events, "Reset events");
+    ws.events.Clear();
+    ws.selectedEvent = 0;
+    return true;
+}
+
+}  // namespace vess

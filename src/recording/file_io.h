@@ -1,0 +1,31 @@
+// Whole-file reads and safe writes for the program's own small files (event,
+// parameter, settings and text files).
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vess {
+
+// The file's bytes, or std::nullopt when it cannot be read.
+std::optional<std::vector<uint8_t>> ReadFileBytes(const std::filesystem::path& path);
+
+// Writes bytes to a temporary file beside path and renames it over path, so a
+// failure never destroys an existing file. Returns an empty string on success,
+// otherwise a message saying what went wrong.
+std::string WriteFileAtomic(const std::filesystem::path& path, std::span<const uint8_t> bytes);
+std::string WriteFileAtomic(const std::filesystem::path& path, std::string_view text);
+
+// Adds "." + extension when the file name has no "." in it.
+std::filesystem::path WithDefaultExtension(const std::filesystem::path& path,
+                                           std::string_view extension);
+
+// Blanks trimmed from both ends (only ' ', like the fixed-width text fields).
+std::string TrimBlanks(std::string_view text);
+
+}  // namespace vess
