@@ -29,6 +29,13 @@ public:
         if (k >= 0 && k < int64_t(buffer_.size())) return buffer_[std::size_t(k)];
         return recording_->Sample(AbsoluteIndex(i));
     }
+    // The buffered samples of window indices i .. i+n-1, or nullptr when that
+    // range reaches beyond the three screens held in memory.
+    const int16_t* Samples(int64_t i, int64_t n) const {
+        const int64_t k = i + windowLen_;
+        if (k < 0 || n < 0 || k + n > int64_t(buffer_.size())) return nullptr;
+        return buffer_.data() + k;
+    }
     // Time in ms of window index i from the start of the data, as a float.
     float CalculateTime(int64_t i) const;
 

@@ -1,0 +1,87 @@
+#include "detection/analyze_window.h"
+
+#include <optional>
+
+#include "detection/complex_peak.h"
+#include "detection/detector.h"
+#include "detection/texts.h"
+
+namespace vess {
+namespace {
+
+void AddMarks(const Screen& screen, const MeasuredEvent& e, std::vector<DetectionMark>& marks) {
+    using K = DetectionMark::Kind;
+    marks.push_back({K::Peak, e.peak, e.value});
+    marks.push_back({K::BaselineMiddle, e.baselineMiddle, e.baseline});
+    marks.push_back({K::Start, e.start, screen.GetSampleValue(e.start)});
+    marks.push_back({K::Decay, e.decay, e.decayLevel});
+}
+
+// Appends the event unless the last stored record has exactly its peak time
+// (analysing a screen twice does not repeat its last event). Only the last
+// record is compared, so earlier events of a screen analysed again are
+// appended again.
+bool Store(const Detector& det, const MeasuredEvent& e, EventTable& events,
+           AnalyzeWindowResult& result) {
+    const float time = det.Scr().CalculateTime(e.peak);
+    if (!events.Empty() && events.Last().time == time) return false;
+    events.Append(det.MakeRecord(e));
+    ++result.eventsAdded;
+    AddMarks(det.Scr(), e, result.marks);
+    return true;
+}
+
+}  // namespace
+
+uint32_t MarkColour(DetectionMark::Kind kind) {
+    switch (kind) {
+        case DetectionMark::Kind::Peak: return 255;               // red
+        case DetectionMark::Kind::BaselineMiddle: return 65280;   // green
+        case DetectionMark::Kind::Start: return 65535;            // yellow
+        case DetectionMark::Kind::Decay: return 16711935;         // magenta
+    }
+    return 0;
+}
+
+AnalyzeWindowResult AnalyzeWindow(const Screen& screen, const AnalysisParameters& params,
+                                  EventTable& events, Dialogs& dialogs) {
+    AnalyzeWindowResult result;
+    if (!screen.Valid()) return result;
+    const std::optional<DetectionLengths> lengths = ConvertPeriods(params, screen.Rec().IntervalUs());
+    if (!lengths) {
+        dialogs.Message(detection_texts::kImproperParametersCaption,
+                        detection_texts::kImproperParametersText);
+        result.improperParameters = true;
+        return result;
+    }
+    Detector det(screen, params, *lengths);
+    const int32_t searchLen = lengths->searchLen;
+    const int64_t windowLen = screen.WindowLen();
+    // On the file's first screen the search starts late enough for the first
+    // baseline window to lie inside the data.
+    int64_t pos = screen.StartBlock() == 0 ? int64_t(lengths->baseOffset) + searchLen : 0;
+    while (pos <= windowLen) {
+        const PeakPoint candidate = det.FindMax(pos, searchLen);
+        // Fails only for a one-point range whose single point is its own start.
+        if (candidate.index != pos || candidate.index != pos + searchLen - 1) {
+            const std::optional<MeasuredEvent> e = det.Measure(candidate);
+            if (e && Store(det, *e, events, result)) {
+                det.SetFloor(e->peak);
+                if (params.ComplexPeak) {
+                    int64_t last = e->peak;
+                    while (last < windowLen) {
+                        const std::optional<MeasuredEvent> next = FindComplexPeak(det, last);
+                        if (!next || !Store(det, *next, events, result)) break;
+                        last = next->peak;
+                        det.SetFloor(last);
+                    }
+                    pos = last;
+                }
+            }
+        }
+        pos += searchLen;
+    }
+    return result;
+}
+
+}  // namespace vess

@@ -1,0 +1,292 @@
+#include "detection/detector.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "detection/measurements.h"
+#include "recording/rounding.h"
+
+namespace vess {
+namespace {
+
+// A chain of earlier peaks is followed at most this far back; each move needs
+// a separate event that passes every test, so real traces stop long before.
+constexpr int kMaxPrepeakMoves = 8;
+
+}  // namespace
+
+std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
+                                               double intervalUs) {
+    if (!(intervalUs > 0)) return std::nullopt;
+    const double search = params.PeriodToSearchMax / intervalUs;
+    const double baseOffset = params.PeriodStartBaseline / intervalUs;
+    const double baseLen = params.PeriodBaselineAverage / intervalUs;
+    const double decay = params.PeriodFindDecayTime / intervalUs;
+    // The test is made on the unrounded quotients: 0.6 samples is refused even
+    // though it would round to 1.
+    if (baseOffset < 1 || baseLen < 1 || decay < 1 || search < 1) return std::nullopt;
+    DetectionLengths len;
+    len.searchLen = RoundClamp32(search);
+    len.baseOffset = RoundClamp32(baseOffset);
+    len.baseLen = RoundClamp32(baseLen);
+    len.decayLen = RoundClamp32(decay);
+    len.halfPeak = std::max<int32_t>(params.NumberPointsPeak, 1) / 2;
+    return len;
+}
+
+int16_t NormalizedDirection(int16_t peakDirection) { return peakDirection > 0 ? 1 : -1; }
+
+Detector::Detector(const Screen& screen, const AnalysisParameters& params,
+                   const DetectionLengths& lengths)
+    : screen_(screen),
+      params_(params),
+      len_(lengths),
+      dir_(NormalizedDirection(params.PeakDirection)),
+      // A stored 0 (or less) would divide by zero; it is read as 1.
+      pointsPeak_(std::max<int32_t>(params.NumberPointsPeak, 1)) {
+    const Recording& rec = screen.Rec();
+    const double range = rec.Header().adcRange;
+    const double resolution = rec.Header().adcResolution;
+    unitsPerCount_ = rec.Gain() != 0 && resolution != 0 ? range / double(rec.Gain()) / resolution : 0;
+}
+
+int16_t Detector::GetAverageValue(int64_t i) const {
+    const int32_t h = len_.halfPeak;
+    int64_t sum = 0;
+    if (const int16_t* p = screen_.Samples(i - h, 2 * int64_t(h) + 1)) {
+        for (int32_t k = 0; k <= 2 * h; ++k) sum += p[k];
+    } else {
+        for (int64_t j = i - h; j <= i + h; ++j) sum += screen_.GetSampleValue(j);
+    }
+    return RoundClamp16(double(sum) / double(pointsPeak_));
+}
+
+int16_t Detector::FindBaseline(int64_t start, int32_t n) const {
+    if (n < 1) return screen_.GetSampleValue(start);
+    int64_t sum = 0;
+    if (const int16_t* p = screen_.Samples(start, n)) {
+        for (int32_t k = 0; k < n; ++k) sum += p[k];
+    } else {
+        for (int64_t j = start; j < start + n; ++j) sum += screen_.GetSampleValue(j);
+    }
+    return RoundClamp16(double(sum) / double(n));
+}
+
+PeakPoint Detector::FindMax(int64_t start, int32_t n) const {
+    // The first point is the initial best, so an empty range still answers it.
+    n = std::max<int32_t>(n, 1);
+    const int32_t h = len_.halfPeak;
+    const int16_t* p = screen_.Samples(start - h, int64_t(n) + 2 * h);
+    if (p != nullptr && pointsPeak_ == 1 && h == 0) {
+        // Hot path: the smoothed value is the sample itself. A reduction that
+        // vectorises, then the first index holding the extreme.
+        const int16_t* end = p + n;
+        const int16_t best = dir_ > 0 ? *std::max_element(p, end) : *std::min_element(p, end);
+        return {start + (std::find(p, end, best) - p), best};
+    }
+    if (p != nullptr) {
+        // Running sum over the 2h+1 points; the same integer sums as
+        // GetAverageValue, so the same rounded values.
+        int64_t sum = 0;
+        for (int32_t k = 0; k <= 2 * h; ++k) sum += p[k];
+        PeakPoint best{start, RoundClamp16(double(sum) / pointsPeak_)};
+        for (int32_t i = 1; i < n; ++i) {
+            sum += p[i + 2 * h] - p[i - 1];
+            const int16_t v = RoundClamp16(double(sum) / pointsPeak_);
+            if (dir_ * v > dir_ * best.value) best = {start + i, v};
+        }
+        return best;
+    }
+    PeakPoint best{start, GetAverageValue(start)};
+    for (int64_t i = start + 1; i < start + n; ++i) {
+        const int16_t v = GetAverageValue(i);
+        if (dir_ * v > dir_ * best.value) best = {i, v};
+    }
+    return best;
+}
+
+Detector::Trough Detector::LeastExtreme(int64_t first, int64_t last) const {
+    Trough t{first, screen_.GetSampleValue(first)};
+    for (int64_t i = first + 1; i <= last; ++i) {
+        const int16_t v = screen_.GetSampleValue(i);
+        if (dir_ * v < dir_ * t.value) t = {i, v};
+    }
+    return t;
+}
+
+bool Detector::PassesAmplitudeTests(int16_t value, int16_t baseline) const {
+    const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
+    return AmplitudeUnits(amplitude) >= params_.ThresholdAmplitude &&
+           dir_ * int32_t(value) > dir_ * int32_t(baseline);
+}
+
+float Detector::AmplitudeUnits(int32_t counts) const {
+    // An amplitude is a difference of two levels: the offset of the channel
+    // cancels, so it is converted without it. With the offset the threshold
+    // would be compared against a shifted value on any channel whose offset is
+    // not zero.
+    return screen_.Rec().Bit2pA2(counts);
+}
+
+// Earlier-peak search. The BaseOffset samples before the candidate are split
+// into three parts (part 1 nearest the peak); the least extreme raw sample of
+// each part is its trough. Between the farthest trough (part 3) and the
+// nearest one (part 1) the most extreme raw sample is the earlier peak E. It is
+// a separate event when
+//  - it is less extreme than the candidate's own value (a larger earlier
+//    peak belongs to an earlier search range and was judged there);
+//  - it passes the candidate tests against its own baseline (BaseLen samples
+//    from BaseOffset before it): amplitude at least the threshold and beyond
+//    the baseline in the event direction;
+//  - the trace falls back after it before rising to the candidate: the dip
+//    from E to the least extreme sample between E and the candidate is at
+//    least 0.05 of the candidate's amplitude and at least half the threshold
+//    amplitude. Noise riding on a slow rise makes small dips; half the
+//    smallest event the user accepts is a fall that noise rarely makes.
+int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
+    const int32_t bo = len_.baseOffset;
+    if (bo < 3) return peak;
+    const double third = bo / 3.0;
+    const int64_t part1Start = peak - RoundEven(third);
+    const int64_t part2Start = peak - RoundEven(2 * third);
+    const int64_t part3Start = peak - bo;
+    const Trough nearest = LeastExtreme(part1Start, peak);
+    const Trough farthest = LeastExtreme(part3Start, part2Start - 1);
+    const int64_t first = std::max(farthest.index + 1, floor_ + 1);
+    const int64_t last = nearest.index - 1;
+    if (first > last) return peak;
+    Trough earlier{first, screen_.GetSampleValue(first)};
+    for (int64_t i = first + 1; i <= last; ++i) {
+        const int16_t v = screen_.GetSampleValue(i);
+        if (dir_ * v > dir_ * earlier.value) earlier = {i, v};
+    }
+    if (dir_ * earlier.value >= dir_ * value) return peak;
+    const int16_t ownBaseline = FindBaseline(earlier.index - bo, len_.baseLen);
+    if (!PassesAmplitudeTests(earlier.value, ownBaseline)) return peak;
+    if (earlier.index + 1 > peak - 1) return peak;
+    const Trough dip = LeastExtreme(earlier.index + 1, peak - 1);
+    const int32_t dipCounts = dir_ * (int32_t(earlier.value) - int32_t(dip.value));
+    const int16_t baseline = FindBaseline(peak - bo, len_.baseLen);
+    const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
+    if (dipCounts < 0.05 * amplitude) return peak;
+    if (AmplitudeUnits(dipCounts) < params_.ThresholdAmplitude / 2) return peak;
+    return earlier.index;
+}
+
+std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRecentring) const {
+    int64_t peak = candidate.index;
+    int16_t value = candidate.value;
+    int recentred = 0;
+    int prepeakMoves = 0;
+    const double intervalUs = screen_.Rec().IntervalUs();
+    for (;;) {
+        MeasuredEvent e;
+        const int64_t baseStart = peak - len_.baseOffset;
+        e.baseline = FindBaseline(baseStart, len_.baseLen);
+        e.amplitudeCounts = std::abs(int32_t(value) - int32_t(e.baseline));
+        e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
+        if (!PassesAmplitudeTests(value, e.baseline)) return std::nullopt;
+
+        if (prepeakMoves < kMaxPrepeakMoves) {
+            const int64_t earlier = DetectPrepeak(peak, value);
+            if (earlier < peak) {
+                peak = earlier;
+                value = screen_.GetSampleValue(earlier);  // a raw sample, not smoothed
+                ++prepeakMoves;
+                continue;
+            }
+        }
+        e.peak = peak;
+        e.value = value;
+        e.baselineMiddle = baseStart + RoundEven(len_.baseLen / 2.0);
+
+        // Event start: back from the peak to the first point within 1 % of the
+        // amplitude; the stopping sample is part of the area.
+        const double startLevel = 0.01 * e.amplitudeCounts;
+        double area = 0;
+        e.start = peak - len_.baseOffset - 1;
+        for (int64_t i = peak; i >= peak - len_.baseOffset; --i) {
+            const double excess = double(screen_.GetSampleValue(i)) - e.baseline;
+            area += excess;
+            if (dir_ * excess <= startLevel) {
+                e.start = i;
+                break;
+            }
+        }
+        // Decay point: forwards on three-point means (each term divided on its
+        // own) to the first one within DecayPercent of the amplitude.
+        const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
+        e.decay = peak + len_.decayLen + 1;
+        bool decayed = false;
+        for (int64_t i = peak + 1; i <= peak + len_.decayLen; ++i) {
+            const double m = screen_.GetSampleValue(i - 1) / 3.0 + screen_.GetSampleValue(i) / 3.0 +
+                             screen_.GetSampleValue(i + 1) / 3.0;
+            area += m - e.baseline;
+            if (dir_ * (m - e.baseline) <= decayLevel) {
+                e.decay = i;
+                e.decayLevel = RoundClamp16(m);
+                decayed = true;
+                break;
+            }
+        }
+        if (!decayed) {
+            const int64_t i = e.decay;
+            e.decayLevel = RoundClamp16(screen_.GetSampleValue(i - 1) / 3.0 +
+                                        screen_.GetSampleValue(i) / 3.0 +
+                                        screen_.GetSampleValue(i + 1) / 3.0);
+        }
+        // The area is a sum of differences from the baseline: converted
+        // without the channel offset, like the amplitude.
+        e.areaUnitsMs = static_cast<float>(std::abs(area * unitsPerCount_) * intervalUs / 1000.0);
+        if (!(e.areaUnitsMs >= params_.AreaThreshold)) return std::nullopt;
+
+        // Re-centring, at most once: half a search range centred on the peak.
+        int64_t from = RoundEven(peak - len_.searchLen / 4.0);
+        int64_t count = RoundEven(len_.searchLen / 2.0);
+        if (boundRecentring && from <= floor_) {
+            count -= floor_ + 1 - from;
+            from = floor_ + 1;
+        }
+        const PeakPoint again = FindMax(from, int32_t(std::max<int64_t>(count, 1)));
+        ++recentred;
+        if (again.index != peak && recentred == 1) {
+            peak = again.index;
+            value = again.value;
+            continue;
+        }
+        return e;
+    }
+}
+
+EventRecord Detector::MakeRecord(const MeasuredEvent& e) const {
+    EventShape shape;
+    shape.peak = e.peak;
+    shape.value = e.value;
+    shape.baseline = e.baseline;
+    shape.start = e.start;
+    shape.amplitudeCounts = e.amplitudeCounts;
+    shape.direction = dir_;
+    shape.decayLimit = e.peak + len_.decayLen + 1;
+
+    EventRecord r;
+    r.time = screen_.CalculateTime(e.peak);
+    r.amplitude = e.amplitudeCounts;
+    r.noise = Clamp16(int64_t(screen_.GetSampleValue(e.baselineMiddle)) - e.baseline);
+    r.riseTime = Clamp16(e.peak - e.start);
+    r.decayTime = Clamp16(e.decay - e.peak);
+    r.baseline = e.baseline;
+    r.area = e.areaUnitsMs;
+    r.channel = screen_.Rec().Channel();
+    r.group = 0;
+    r.baseOffset = Clamp16(len_.baseOffset);
+    r.rise1090 = Detect1090Rise(screen_, shape);
+    r.slope1090 = Slope1090(dir_, e.amplitudeUnits, r.rise1090);
+    r.rise50 = Detect50RiseTime(screen_, shape);
+    r.halfWidth = DetectHalfWidth(screen_, shape, r.rise50);
+    r.peakDirection = dir_;
+    r.relativeTime = static_cast<int32_t>(e.peak);
+    r.sampleIndex = static_cast<int32_t>(screen_.AbsoluteIndex(e.peak));
+    return r;
+}
+
+}  // namespace vess

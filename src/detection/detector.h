@@ -1,0 +1,108 @@
+// The detection of one event around a candidate peak on one screen: the
+// working lengths converted from the microsecond periods, the smoothed and
+// baseline helpers, the extreme-point search, the earlier-peak search and the
+// measuring loop that turns a candidate into a measured event or rejects it.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+
+#include "recording/event_record.h"
+#include "recording/screen.h"
+#include "recording/settings.h"
+
+namespace vess {
+
+// The periods of AnalysisParameters in samples.
+struct DetectionLengths {
+    int32_t searchLen = 0;   // PeriodToSearchMax
+    int32_t baseOffset = 0;  // PeriodStartBaseline
+    int32_t baseLen = 0;     // PeriodBaselineAverage
+    int32_t decayLen = 0;    // PeriodFindDecayTime
+    int32_t halfPeak = 0;    // NumberPointsPeak / 2, integer part
+};
+
+// Each period divided by the interval; nullopt when any quotient is below 1
+// (tested before rounding), otherwise each rounded half to even.
+std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params, double intervalUs);
+
+// +1 for upward events; -1 for downward ones and for a stored 0.
+int16_t NormalizedDirection(int16_t peakDirection);
+
+struct PeakPoint {
+    int64_t index = 0;
+    int16_t value = 0;
+};
+
+// A candidate that passed the amplitude, direction and area tests.
+struct MeasuredEvent {
+    int64_t peak = 0;
+    int16_t value = 0;
+    int16_t baseline = 0;
+    int32_t amplitudeCounts = 0;
+    float amplitudeUnits = 0;
+    int64_t baselineMiddle = 0;
+    int64_t start = 0;
+    int64_t decay = 0;
+    int16_t decayLevel = 0;   // three-point mean at the decay point
+    float areaUnitsMs = 0;
+};
+
+class Detector {
+public:
+    Detector(const Screen& screen, const AnalysisParameters& params, const DetectionLengths& lengths);
+
+    const Screen& Scr() const { return screen_; }
+    const DetectionLengths& Lengths() const { return len_; }
+    int16_t Direction() const { return dir_; }
+    const AnalysisParameters& Params() const { return params_; }
+
+    // Earlier peaks (and, for a further peak of a complex event, re-centred
+    // peaks) never move to or before this window index: a peak already stored
+    // is not taken again.
+    void SetFloor(int64_t index) { floor_ = index; }
+
+    // Sum of the samples i-h .. i+h divided by NumberPointsPeak (not by the
+    // number summed), rounded to 16 bits.
+    int16_t GetAverageValue(int64_t i) const;
+    // Mean of n samples from start, rounded to 16 bits.
+    int16_t FindBaseline(int64_t start, int32_t n) const;
+    // Index and smoothed value of the extreme point among start .. start+n-1;
+    // the earliest of equal values wins.
+    PeakPoint FindMax(int64_t start, int32_t n) const;
+    // An earlier separate peak in the rising phase before the candidate, or an
+    // index not below the candidate's when there is none.
+    int64_t DetectPrepeak(int64_t peak, int16_t value) const;
+
+    // The measuring loop for one candidate: baseline, amplitude and direction
+    // test, earlier-peak move, event start, decay point, area test and one
+    // re-centring. nullopt when a test rejects the candidate.
+    // boundRecentring keeps the re-centring search after the floor.
+    std::optional<MeasuredEvent> Measure(PeakPoint candidate, bool boundRecentring = false) const;
+
+    // The record of a measured event, with the rise-time, slope, rise-to-50 %
+    // and half-width measurements.
+    EventRecord MakeRecord(const MeasuredEvent& e) const;
+
+    // Amplitude (a difference of counts) in the channel's unit.
+    float AmplitudeUnits(int32_t counts) const;
+
+private:
+    struct Trough {
+        int64_t index;
+        int16_t value;
+    };
+    Trough LeastExtreme(int64_t first, int64_t last) const;  // raw samples, inclusive
+    bool PassesAmplitudeTests(int16_t value, int16_t baseline) const;
+
+    const Screen& screen_;
+    AnalysisParameters params_;
+    DetectionLengths len_;
+    int16_t dir_;
+    int32_t pointsPeak_;
+    double unitsPerCount_;
+    int64_t floor_ = std::numeric_limits<int64_t>::min() / 2;
+};
+
+}  // namespace vess

@@ -1,0 +1,84 @@
+#include "detection/measurements.h"
+
+#include <algorithm>
+
+#include "recording/rounding.h"
+
+namespace vess {
+namespace {
+
+double Excess(const EventShape& e, int16_t sample) {
+    return double(e.direction) * (double(sample) - double(e.baseline));
+}
+
+// The sample value whose excess equals fraction x amplitude.
+double LevelValue(const EventShape& e, double fraction) {
+    return double(e.baseline) + double(e.direction) * fraction * double(e.amplitudeCounts);
+}
+
+// First index walking back from the peak (not beyond the start) whose excess is
+// strictly below the level; nullopt-like -1 sentinel replaced by the start.
+struct RisingStop {
+    int64_t index;
+    bool found;
+};
+
+RisingStop WalkBack(const Screen& screen, const EventShape& e, double fraction) {
+    const double level = fraction * double(e.amplitudeCounts);
+    for (int64_t i = e.peak; i >= e.start; --i)
+        if (Excess(e, screen.GetSampleValue(i)) < level) return {i, true};
+    return {e.start, false};
+}
+
+// Linear interpolation between index i (beyond the level) and its neighbour on
+// the peak side (i + side); returns the position where the level is crossed.
+double Interpolate(const Screen& screen, int64_t i, int side, double levelValue) {
+    const double yi = screen.GetSampleValue(i);
+    const double yn = screen.GetSampleValue(i + side);
+    if (yn == yi) return double(i);
+    return double(i) + double(side) * (levelValue - yi) / (yn - yi);
+}
+
+}  // namespace
+
+double RisingCrossing(const Screen& screen, const EventShape& e, double fraction) {
+    const RisingStop stop = WalkBack(screen, e, fraction);
+    if (!stop.found) return double(stop.index);
+    return Interpolate(screen, stop.index, +1, LevelValue(e, fraction));
+}
+
+double FallingCrossing(const Screen& screen, const EventShape& e, double fraction) {
+    const double level = fraction * double(e.amplitudeCounts);
+    for (int64_t i = e.peak; i <= e.decayLimit; ++i)
+        if (Excess(e, screen.GetSampleValue(i)) < level)
+            return Interpolate(screen, i, -1, LevelValue(e, fraction));
+    return double(std::max(e.peak, e.decayLimit));
+}
+
+float Detect1090Rise(const Screen& screen, const EventShape& e) {
+    const double x90 = RisingCrossing(screen, e, 0.9);
+    const double x10 = RisingCrossing(screen, e, 0.1);
+    return static_cast<float>((x90 - x10) * screen.Rec().IntervalUs() / 1000.0);
+}
+
+int16_t Detect50RiseTime(const Screen& screen, const EventShape& e) {
+    return Clamp16(e.peak - WalkBack(screen, e, 0.5).index);
+}
+
+float DetectHalfWidth(const Screen& screen, const EventShape& e, int16_t rise50Points) {
+    const int64_t i = e.peak - rise50Points;
+    const double level = 0.5 * double(e.amplitudeCounts);
+    const double left = Excess(e, screen.GetSampleValue(i)) < level
+                            ? Interpolate(screen, i, +1, LevelValue(e, 0.5))
+                            : double(i);
+    const double right = FallingCrossing(screen, e, 0.5);
+    return static_cast<float>((right - left) * screen.Rec().IntervalUs() / 1000.0);
+}
+
+float Slope1090(int16_t direction, float amplitudeUnits, float rise1090Ms) {
+    if (rise1090Ms == 0.0f) return 0.0f;
+    return static_cast<float>(double(direction) * double(amplitudeUnits) * 0.8 /
+                              double(rise1090Ms));
+}
+
+}  // namespace vess

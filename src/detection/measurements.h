@@ -1,0 +1,45 @@
+// Measurements of one detected event on the samples of a screen: the 10-90 %
+// rise time, the rise to 50 %, the half-width and the slope. Everything works
+// in raw counts; "excess" is direction x (sample - baseline), positive in the
+// event's own direction.
+#pragma once
+
+#include <cstdint>
+
+#include "recording/screen.h"
+
+namespace vess {
+
+// What the measurements need to know of an event (window indices).
+struct EventShape {
+    int64_t peak = 0;
+    int16_t value = 0;            // peak value used for the amplitude
+    int16_t baseline = 0;         // absolute level, counts
+    int64_t start = 0;            // the 1 % point; the rising walks stop here
+    int32_t amplitudeCounts = 0;  // |value - baseline|
+    int16_t direction = -1;       // +1 or -1
+    int64_t decayLimit = 0;       // last index the decaying walk may visit
+};
+
+// Interpolated position of the crossing of fraction x amplitude on the rising
+// side: walks back from the peak to the event start and stops at the first
+// sample whose excess is strictly below the level; the crossing lies between
+// it and its neighbour on the peak side. Equal neighbours give the integer
+// index; a walk that reaches the event start without stopping gives the start.
+double RisingCrossing(const Screen& screen, const EventShape& e, double fraction);
+// The same walking forwards from the peak, up to e.decayLimit.
+double FallingCrossing(const Screen& screen, const EventShape& e, double fraction);
+
+// (x90 - x10) x interval / 1000, in ms.
+float Detect1090Rise(const Screen& screen, const EventShape& e);
+// Peak index minus the first sample (walking back, not beyond the start)
+// whose excess is below half the amplitude; whole samples.
+int16_t Detect50RiseTime(const Screen& screen, const EventShape& e);
+// Distance between the two 50 % crossings in ms; the rising one is
+// interpolated at the sample that ended the rise-to-50 % walk.
+float DetectHalfWidth(const Screen& screen, const EventShape& e, int16_t rise50Points);
+// direction x amplitude x 0.8 / rise time (units per ms); 0 for a zero rise
+// time, which only a step without any sample between 10 and 90 % can give.
+float Slope1090(int16_t direction, float amplitudeUnits, float rise1090Ms);
+
+}  // namespace vess

@@ -1,0 +1,111 @@
+#include "detection/screen_commands.h"
+
+#include "detection/texts.h"
+#include "recording/screen.h"
+
+namespace vess {
+namespace {
+
+// Detection only appends, so the state before the command is the first
+// countBefore records: the checkpoint is taken afterwards, and only when the
+// command added something, which keeps empty commands out of the undo list.
+void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
+    if (ws.events.Count() <= countBefore) return;
+    EventTable before = ws.events;
+    before.Truncate(countBefore);
+    ws.history.Checkpoint(before, label);
+}
+
+AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
+    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    return AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
+}
+
+int64_t ScreensAfter(const Workspace& ws) {
+    if (!ws.recording) return 0;
+    const int64_t remainingBlocks = int64_t(ws.recording->BlockCount()) - ws.screenStartBlock;
+    const int64_t bps = ws.BlocksPerScreen();
+    // Screens whose first block lies before the end of the data.
+    const int64_t screens = remainingBlocks <= 0 ? 0 : (remainingBlocks + bps - 1) / bps;
+    return screens > 0 ? screens - 1 : 0;
+}
+
+}  // namespace
+
+AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws, Dialogs& dialogs) {
+    if (!ws.recording) return {};
+    const int32_t before = ws.events.Count();
+    AnalyzeWindowResult result = AnalyzeShown(ws, dialogs);
+    CheckpointAppended(ws, before, kUndoAnalyzeWindow);
+    return result;
+}
+
+bool AdvanceScreen(Workspace& ws) {
+    if (!ws.recording) return false;
+    const int64_t next = int64_t(ws.screenStartBlock) + ws.BlocksPerScreen();
+    // The data ends after block BlockCount() - 1; a screen that would start at
+    // or after that end holds no recorded sample and is not shown.
+    if (next >= ws.recording->BlockCount()) return false;
+    ws.screenStartBlock = static_cast<int32_t>(next);
+    return true;
+}
+
+NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs) {
+    NextWindowResult result;
+    if (!AdvanceScreen(ws)) return result;
+    result.moved = true;
+    const int32_t before = ws.events.Count();
+    result.analysis = AnalyzeShown(ws, dialogs);
+    CheckpointAppended(ws, before, kUndoAnalyzeNext);
+    return result;
+}
+
+NonStopAnalysis::NonStopAnalysis(Workspace& ws, Dialogs& dialogs) : ws_(ws), dialogs_(dialogs) {
+    progress_.screensTotal = ScreensAfter(ws);
+    running_ = ws.recording != nullptr && progress_.screensTotal > 0;
+}
+
+bool NonStopAnalysis::Step() {
+    if (!running_) return false;
+    if (!AdvanceScreen(ws_)) {
+        running_ = false;
+        return false;
+    }
+    const int32_t before = ws_.events.Count();
+    last_ = AnalyzeShown(ws_, dialogs_);
+    ++progress_.screensDone;
+    if (last_.improperParameters) {
+        running_ = false;
+        return false;
+    }
+    progress_.eventsFound += last_.eventsAdded;
+    if (!checkpointed_ && ws_.events.Count() > before) {
+        CheckpointAppended(ws_, before, kUndoNonStop);
+        checkpointed_ = true;
+    }
+    if (progress_.screensDone >= progress_.screensTotal) running_ = false;
+    return running_;
+}
+
+void NonStopAnalysis::RunToEnd() {
+    while (Step()) {
+    }
+}
+
+std::string ResetQuestion(int32_t count) {
+    return detection_texts::kResetBefore + std::to_string(count) + detection_texts::kResetAfter;
+}
+
+bool ResetEvents(Workspace& ws, Dialogs& dialogs, bool noConfirmation) {
+    if (!ws.events.Empty()) {
+        if (!noConfirmation &&
+            !dialogs.AskOkCancel(detection_texts::kResetCaption, ResetQuestion(ws.events.Count())))
+            return false;
+        ws.history.Checkpoint(ws.events, kUndoReset);
+    }
+    ws.events.Clear();
+    ws.selectedEvent = 0;
+    return true;
+}
+
+}  // namespace vess

@@ -1,0 +1,78 @@
+// The analysis buttons over the workspace: analyse this screen (Command1),
+// analyse the next screen (Command2), the non-stop analysis (Command3, stopped
+// by Command4) and the reset of the event table (Command5). Each user command
+// leaves at most one undo checkpoint, made only when it changed the table.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "detection/analyze_window.h"
+#include "recording/dialogs.h"
+#include "recording/workspace.h"
+
+namespace vess {
+
+inline constexpr const char* kUndoAnalyzeWindow = "Analyze window";
+inline constexpr const char* kUndoAnalyzeNext = "Analyze next window";
+inline constexpr const char* kUndoNonStop = "Non-stop analysis";
+inline constexpr const char* kUndoReset = "Reset events";
+
+// Command1: AnalyzeWindow on the displayed screen. Does nothing without a
+// recording.
+AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws, Dialogs& dialogs);
+
+// Moves the displayed screen one screen on when a further screen holds data
+// (its first block lies before the end of the data); false at the end.
+bool AdvanceScreen(Workspace& ws);
+
+struct NextWindowResult {
+    bool moved = false;  // false: already on the last screen, nothing done
+    AnalyzeWindowResult analysis;
+};
+// Command2: the next screen, then AnalyzeWindow on it.
+NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs);
+
+// Command3 as an object that the caller drives one screen at a time (the
+// desktop program between its input events, the command line in a loop).
+// Each Step is the Command2 sequence. One undo checkpoint covers the run.
+class NonStopAnalysis {
+public:
+    NonStopAnalysis(Workspace& ws, Dialogs& dialogs);
+
+    // Advances and analyses one screen. Returns whether more screens remain;
+    // false once the end of the data is reached, after Stop, or when the
+    // parameters are improper (the message is shown once).
+    bool Step();
+    // Command4: ends the run; Step does nothing afterwards.
+    void Stop() { running_ = false; }
+    bool Running() const { return running_; }
+    // Runs Step until it returns false.
+    void RunToEnd();
+
+    struct Progress {
+        int64_t screensDone = 0;
+        int64_t screensTotal = 0;  // screens after the one shown at the start
+        int32_t eventsFound = 0;
+    };
+    Progress GetProgress() const { return progress_; }
+    // The analysis of the screen of the last Step (for drawing its marks).
+    const AnalyzeWindowResult& LastAnalysis() const { return last_; }
+
+private:
+    Workspace& ws_;
+    Dialogs& dialogs_;
+    bool running_ = true;
+    bool checkpointed_ = false;
+    Progress progress_;
+    AnalyzeWindowResult last_;
+};
+
+// Command5: erases every event. A table with events asks first (OK/Cancel,
+// Cancel the default) unless noConfirmation is set; an empty table is cleared
+// without a question. Returns whether the table was erased.
+bool ResetEvents(Workspace& ws, Dialogs& dialogs, bool noConfirmation = false);
+// The question asked by ResetEvents for count events.
+std::string ResetQuestion(int32_t count);
+
+}  // namespace vess
