@@ -30,7 +30,15 @@ struct AbfWriteSpec {
     std::vector<AbfChannelSpec> channels{AbfChannelSpec{}};
     std::string creator = "Vessantorium";
     std::string comment;
+    // Start of the recording as stored in the header: date as yyyymmdd and
+    // seconds since midnight. 0 means the time of writing.
+    int32_t fileStartDate = 0;
+    int32_t fileStartTimeS = 0;
 };
+
+// The header bytes (6144, the extended header) that WriteAbf puts before
+// frames interleaved samples.
+std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& spec, int64_t frames);
 
 // interleaved holds frames of channels.size() samples each. Writes to a
 // temporary file and renames it over path. Returns an empty string on

@@ -56,8 +56,12 @@ struct AbfHeader {
 // Why an open failed; the message texts live with the opening command.
 enum class AbfError {
     None, CannotOpen, NotAbf, FloatingPoint, TooShort, BadChannelCount, BadInterval,
-    BadDataPointer, BadAcqLength, BadTagPointer
+    BadDataPointer, BadAcqLength, BadTagPointer,
+    BadSamplingSequence,  // an ADC number of the sampling sequence outside 0..15
+    BadScaling            // ADC range or resolution not positive and finite
 };
+
+class MappedFile;
 
 class Recording {
 public:
@@ -66,6 +70,11 @@ public:
     // malformed file.
     static std::unique_ptr<Recording> Open(const std::filesystem::path& path, AbfError* error,
                                            std::string* detail = nullptr);
+    // Parses a whole file's bytes held in memory, under the given name; the
+    // same checks as Open.
+    static std::unique_ptr<Recording> FromBytes(std::vector<uint8_t> bytes,
+                                                const std::filesystem::path& name, AbfError* error,
+                                                std::string* detail = nullptr);
     ~Recording();
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
@@ -115,6 +124,11 @@ private:
     int32_t blocks_ = 1;
     int64_t pointsPerChannel_ = 0;
     float gain_ = 1, offset_ = 0;
+    static std::unique_ptr<Recording> Parse(std::unique_ptr<MappedFile> file,
+                                            const std::filesystem::path& path, AbfError* error,
+                                            std::string* detail);
+    int AdcOfChannel(int channel) const;
+    std::unique_ptr<MappedFile> file_;
     // Memory map of the whole file.
     const uint8_t* map_ = nullptr;
     std::size_t mapSize_ = 0;

@@ -1,0 +1,264 @@
+#include "recording/recording.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "recording/abf_layout.h"
+#include "recording/le_bytes.h"
+#include "recording/mapped_file.h"
+#include "recording/rounding.h"
+
+namespace vess {
+
+namespace {
+
+// Text fields are kept as stored; for display they lose trailing blanks and NULs.
+std::string TrimRight(std::string s) {
+    while (!s.empty() && (s.back() == ' ' || s.back() == '\0')) s.pop_back();
+    return s;
+}
+
+std::unique_ptr<Recording> Fail(AbfError* error, std::string* detail, AbfError kind,
+                                std::string why) {
+    if (error) *error = kind;
+    if (detail) *detail = std::move(why);
+    return nullptr;
+}
+
+template <class T, std::size_t N>
+void ReadArray(std::span<const uint8_t> b, std::size_t offset, std::array<T, N>& out) {
+    for (std::size_t i = 0; i < N; ++i) out[i] = le::Get<T>(b, offset + i * sizeof(T));
+}
+
+// The fields of the basic header; b holds at least abf::kHeaderBytes bytes.
+AbfHeader ParseHeader(std::span<const uint8_t> b) {
+    using namespace abf;
+    AbfHeader h;
+    h.fileSignature = le::GetText(b, kFileSignature, 4);
+    h.fileVersionNumber = le::Get<float>(b, kFileVersionNumber);
+    h.actualAcqLength = le::Get<int32_t>(b, kActualAcqLength);
+    h.dataSectionPtr = le::Get<int32_t>(b, kDataSectionPtr);
+    h.tagSectionPtr = le::Get<int32_t>(b, kTagSectionPtr);
+    h.numTagEntries = le::Get<int32_t>(b, kNumTagEntries);
+    h.dataFormat = le::Get<int16_t>(b, kDataFormat);
+    h.adcNumChannels = le::Get<int16_t>(b, kADCNumChannels);
+    h.adcSampleInterval = le::Get<float>(b, kADCSampleInterval);
+    h.adcRange = le::Get<float>(b, kADCRange);
+    h.adcResolution = le::Get<int32_t>(b, kADCResolution);
+    h.autosampleEnable = le::Get<int16_t>(b, kAutosampleEnable);
+    h.autosampleAdcNum = le::Get<int16_t>(b, kAutosampleADCNum);
+    h.autosampleAdditGain = le::Get<float>(b, kAutosampleAdditGain);
+    h.creatorInfo = le::GetText(b, kCreatorInfo, kCreatorInfoChars);
+    h.fileComment = le::GetText(b, kFileComment, kFileCommentChars);
+    ReadArray(b, kADCSamplingSeq, h.adcSamplingSeq);
+    for (std::size_t i = 0; i < h.adcUnits.size(); ++i)
+        h.adcUnits[i] = le::GetText(b, kADCUnits + i * kADCUnitsChars, kADCUnitsChars);
+    ReadArray(b, kADCProgrammableGain, h.adcProgrammableGain);
+    ReadArray(b, kInstrumentScaleFactor, h.instrumentScaleFactor);
+    ReadArray(b, kInstrumentOffset, h.instrumentOffset);
+    ReadArray(b, kSignalGain, h.signalGain);
+    ReadArray(b, kSignalOffset, h.signalOffset);
+    return h;
+}
+
+}  // namespace
+
+Recording::~Recording() = default;
+
+std::unique_ptr<Recording> Recording::Open(const std::filesystem::path& path, AbfError* error,
+                                           std::string* detail) {
+    auto opened = MappedFile::Open(path);
+    if (!opened.file) return Fail(error, detail, AbfError::CannotOpen, opened.error);
+    return Parse(std::move(opened.file), path, error, detail);
+}
+
+std::unique_ptr<Recording> Recording::FromBytes(std::vector<uint8_t> bytes,
+                                                const std::filesystem::path& name,
+                                                AbfError* error, std::string* detail) {
+    return Parse(MappedFile::FromBytes(std::move(bytes)), name, error, detail);
+}
+
+std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
+                                            const std::filesystem::path& path, AbfError* error,
+                                            std::string* detail) {
+    using namespace abf;
+    const std::span<const uint8_t> bytes = file->Bytes();
+    const std::size_t fileSize = bytes.size();
+    if (fileSize < kHeaderBytes)
+        return Fail(error, detail, AbfError::TooShort,
+                    fmt::format("the file holds {} bytes, fewer than the {}-byte header", fileSize,
+                                kHeaderBytes));
+
+    AbfHeader h = ParseHeader(bytes);
+    // The signature and the data format come first: a file that is not ABF, or
+    // is in floating point, is refused for that reason whatever else it holds.
+    if (h.fileSignature != "ABF ")
+        return Fail(error, detail, AbfError::NotAbf, "the file does not begin with \"ABF \"");
+    if (h.dataFormat == 1)
+        return Fail(error, detail, AbfError::FloatingPoint, "the samples are floating point");
+    if (h.adcNumChannels < 1 || h.adcNumChannels > kMaxChannels)
+        return Fail(error, detail, AbfError::BadChannelCount,
+                    fmt::format("the header gives {} channels (1 to {} are possible)",
+                                h.adcNumChannels, kMaxChannels));
+    const int channels = h.adcNumChannels;
+    for (int c = 0; c < channels; ++c) {
+        const int adc = h.adcSamplingSeq[std::size_t(c)];
+        if (adc < 0 || adc >= kAdcCount)
+            return Fail(error, detail, AbfError::BadSamplingSequence,
+                        fmt::format("channel {} is sampled from ADC {}, outside 0 to 15", c, adc));
+    }
+    if (!std::isfinite(h.adcSampleInterval) || h.adcSampleInterval <= 0)
+        return Fail(error, detail, AbfError::BadInterval,
+                    fmt::format("the sample interval is {} us", h.adcSampleInterval));
+    if (!std::isfinite(h.adcRange) || h.adcRange <= 0 || h.adcResolution <= 0)
+        return Fail(error, detail, AbfError::BadScaling,
+                    fmt::format("ADC range {} V and resolution {} cannot scale samples",
+                                h.adcRange, h.adcResolution));
+
+    const int64_t dataOffset = int64_t(h.dataSectionPtr) * int64_t(kBlockBytes);
+    if (dataOffset < int64_t(kHeaderBytes) || dataOffset > int64_t(fileSize))
+        return Fail(error, detail, AbfError::BadDataPointer,
+                    fmt::format("the samples would start at byte {}, outside {}..{}", dataOffset,
+                                kHeaderBytes, fileSize));
+    const int64_t framesInFile = (int64_t(fileSize) - dataOffset) / 2 / channels;
+    if (h.actualAcqLength < channels || framesInFile < 1)
+        return Fail(error, detail, AbfError::BadAcqLength,
+                    fmt::format("the data section holds no complete sample frame ({} samples "
+                                "stated, {} frames in the file)",
+                                h.actualAcqLength, framesInFile));
+
+    std::vector<AbfTag> tags;
+    if (h.numTagEntries < 0)
+        return Fail(error, detail, AbfError::BadTagPointer,
+                    fmt::format("the header gives {} tags", h.numTagEntries));
+    if (h.numTagEntries > 0) {
+        const int64_t tagOffset = int64_t(h.tagSectionPtr) * int64_t(kBlockBytes);
+        const int64_t tagEnd = tagOffset + int64_t(h.numTagEntries) * int64_t(kTagBytes);
+        if (h.tagSectionPtr <= 0 || tagEnd > int64_t(fileSize))
+            return Fail(error, detail, AbfError::BadTagPointer,
+                        fmt::format("{} tags at byte {} run past the end of the file ({} bytes)",
+                                    h.numTagEntries, tagOffset, fileSize));
+        tags.reserve(std::size_t(h.numTagEntries));
+        for (int32_t i = 0; i < h.numTagEntries; ++i) {
+            const std::size_t at = std::size_t(tagOffset) + std::size_t(i) * kTagBytes;
+            AbfTag tag;
+            tag.time = le::Get<int32_t>(bytes, at + kTagTime);
+            tag.comment = le::GetText(bytes, at + kTagComment, kTagCommentChars);
+            tag.type = le::Get<int16_t>(bytes, at + kTagType);
+            tag.voiceTag = le::Get<int16_t>(bytes, at + kTagVoiceTag);
+            tags.push_back(std::move(tag));
+        }
+    }
+
+    // Version 1.65 and later files carry one telegraph gain per ADC in the
+    // extended header; it is only there when the header area is that long.
+    h.hasExtendedHeader = h.fileVersionNumber >= kExtendedVersion &&
+                          dataOffset >= int64_t(kExtendedHeaderBytes) &&
+                          fileSize >= kExtendedHeaderBytes;
+    if (h.hasExtendedHeader) ReadArray(bytes, kTelegraphAdditGain, h.telegraphAdditGain);
+
+    std::unique_ptr<Recording> rec(new Recording);
+    rec->path_ = path;
+    rec->header_ = std::move(h);
+    const std::size_t keep = rec->header_.hasExtendedHeader ? kExtendedHeaderBytes : kHeaderBytes;
+    rec->headerBytes_.assign(bytes.begin(), bytes.begin() + std::ptrdiff_t(keep));
+    rec->tags_ = std::move(tags);
+    rec->intervalUs_ = double(channels) * double(rec->header_.adcSampleInterval);
+
+    // A stated length that runs past the end of the file (an acquisition cut
+    // short, a copy interrupted) is clipped to the whole frames present: the
+    // user keeps what was recorded rather than losing the whole file.
+    const int64_t statedFrames = int64_t(rec->header_.actualAcqLength) / channels;
+    rec->frames_ = std::min(statedFrames, framesInFile);
+    rec->pointsPerChannel_ = rec->frames_;
+    const double blocks = statedFrames <= framesInFile
+                              ? double(rec->header_.actualAcqLength) / channels / kBlockPoints
+                              : double(rec->frames_) / kBlockPoints;
+    rec->blocks_ = std::max<int32_t>(1, RoundClamp32(blocks));
+
+    rec->file_ = std::move(file);
+    rec->map_ = rec->file_->Bytes().data();
+    rec->mapSize_ = fileSize;
+    rec->data_ = rec->map_ + dataOffset;
+    rec->SetChannel(0);
+    if (error) *error = AbfError::None;
+    return rec;
+}
+
+int Recording::ChannelCount() const { return std::max<int>(1, header_.adcNumChannels); }
+
+int Recording::AdcOfChannel(int channel) const {
+    const int adc = header_.adcSamplingSeq[std::size_t(std::clamp(channel, 0, kMaxChannels - 1))];
+    return std::clamp(adc, 0, kMaxChannels - 1);
+}
+
+void Recording::SetChannel(uint8_t channel) {
+    channel_ = uint8_t(std::min<int>(channel, ChannelCount() - 1));
+    const auto adc = std::size_t(AdcOfChannel(channel_));
+    float additGain = header_.autosampleAdditGain;
+    int additAdc = header_.autosampleAdcNum;
+    if (header_.hasExtendedHeader) {
+        additGain = header_.telegraphAdditGain[adc];
+        additAdc = int(adc);
+    }
+    double gain = double(header_.adcProgrammableGain[adc]) *
+                  double(header_.instrumentScaleFactor[adc]) * double(header_.signalGain[adc]);
+    if (additGain > 0 && additAdc == int(adc) && header_.autosampleEnable > 0)
+        gain *= double(additGain);
+    gain_ = float(gain);
+    offset_ = float(double(header_.signalOffset[adc]) + double(header_.instrumentOffset[adc]));
+}
+
+std::string Recording::Units() const {
+    std::string u = header_.adcUnits[std::size_t(AdcOfChannel(channel_))];
+    u = TrimRight(std::move(u));
+    while (!u.empty() && u.front() == ' ') u.erase(u.begin());
+    return u;
+}
+
+float Recording::Bit2pA2(int32_t counts) const {
+    return float(double(counts) / double(gain_) * double(header_.adcRange) /
+                 double(header_.adcResolution));
+}
+
+float Recording::Bit2pA(int32_t counts) const {
+    return float(double(counts) / double(gain_) * double(header_.adcRange) /
+                     double(header_.adcResolution) +
+                 double(offset_));
+}
+
+int16_t Recording::pA2Bit(float units) const {
+    return RoundClamp16((double(units) - double(offset_)) * double(header_.adcResolution) /
+                        double(header_.adcRange) * double(gain_));
+}
+
+float Recording::Bit2msec(int32_t points) const {
+    return float(double(points) * intervalUs_ / 1000.0);
+}
+
+int16_t Recording::Sample(int64_t index) const {
+    if (frames_ <= 0) return 0;
+    const int64_t frame = std::clamp<int64_t>(index, 0, frames_ - 1);
+    const std::size_t at = std::size_t(frame * ChannelCount() + channel_) * 2;
+    return le::Get<int16_t>(std::span<const uint8_t>(data_, std::size_t(frames_ * ChannelCount()) * 2),
+                            at);
+}
+
+void Recording::ReadSamples(int64_t index, std::span<int16_t> out) const {
+    const int channels = ChannelCount();
+    const std::span<const uint8_t> data(data_, std::size_t(std::max<int64_t>(frames_, 0) * channels) * 2);
+    for (std::size_t k = 0; k < out.size(); ++k) {
+        const int64_t i = index + int64_t(k);
+        if (frames_ <= 0) {
+            out[k] = 0;
+        } else if (i >= 0 && i < frames_) {
+            out[k] = le::Get<int16_t>(data, std::size_t(i * channels + channel_) * 2);
+        } else {
+            out[k] = Sample(i);
+        }
+    }
+}
+
+}  // namespace vess
