@@ -1,0 +1,102 @@
+#include "app/qt_dialogs.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <QStringList>
+
+namespace vess {
+namespace {
+
+QString Q(const std::string& s) { return QString::fromStdString(s); }
+
+// "*.EVT" -> "*.EVT *.evt"; patterns already mixed are kept once.
+QString BothCases(const QString& patterns) {
+    QStringList out;
+    for (const QString& p : patterns.split(QRegularExpression("[;\\s]+"), Qt::SkipEmptyParts)) {
+        for (const QString& v : {p, p.toUpper(), p.toLower()})
+            if (!out.contains(v)) out << v;
+    }
+    return out.join(' ');
+}
+
+// "Name (*.A)" with its pattern list, or "Name" with the pattern given apart.
+QString OneFilter(QString description, QString pattern) {
+    description = description.trimmed();
+    const auto open = description.lastIndexOf('(');
+    const auto close = description.lastIndexOf(')');
+    if (open >= 0 && close > open) {
+        if (pattern.isEmpty()) pattern = description.mid(open + 1, close - open - 1);
+        description = description.left(open).trimmed();
+    }
+    if (pattern.trimmed().isEmpty()) return description;
+    return description + " (" + BothCases(pattern) + ")";
+}
+
+}  // namespace
+
+QString ToQtFilter(const std::string& filter) {
+    const QStringList parts = Q(filter).split('|');
+    QStringList filters;
+    if (parts.size() == 1) {
+        filters << OneFilter(parts[0], {});
+    } else {
+        for (qsizetype i = 0; i < parts.size(); i += 2)
+            filters << OneFilter(parts[i], i + 1 < parts.size() ? parts[i + 1] : QString());
+    }
+    filters.removeAll(QString());
+    return filters.join(";;");
+}
+
+void QtDialogs::Message(const std::string& caption, const std::string& text) {
+    QMessageBox::information(parent_, Q(caption), Q(text));
+}
+
+bool QtDialogs::AskYesNo(const std::string& caption, const std::string& text) {
+    return QMessageBox::question(parent_, Q(caption), Q(text), QMessageBox::Yes | QMessageBox::No,
+                                 QMessageBox::Yes) == QMessageBox::Yes;
+}
+
+Answer QtDialogs::AskYesNoCancel(const std::string& caption, const std::string& text) {
+    const auto b = QMessageBox::question(parent_, Q(caption), Q(text),
+                                         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+                                         QMessageBox::Yes);
+    if (b == QMessageBox::Yes) return Answer::Yes;
+    if (b == QMessageBox::No) return Answer::No;
+    return Answer::Cancel;
+}
+
+bool QtDialogs::AskOkCancel(const std::string& caption, const std::string& text) {
+    return QMessageBox::question(parent_, Q(caption), Q(text), QMessageBox::Ok | QMessageBox::Cancel,
+                                 QMessageBox::Cancel) == QMessageBox::Ok;
+}
+
+std::optional<std::string> QtDialogs::Input(const std::string& caption, const std::string& prompt,
+                                            const std::string& initial) {
+    bool ok = false;
+    const QString answer =
+        QInputDialog::getText(parent_, Q(caption), Q(prompt), QLineEdit::Normal, Q(initial), &ok);
+    if (!ok || answer.isEmpty()) return std::nullopt;
+    return answer.toStdString();
+}
+
+std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& request) {
+    const QString path = QFileDialog::getOpenFileName(parent_, Q(request.caption),
+                                                      Q(request.suggestedName),
+                                                      ToQtFilter(request.filter));
+    if (path.isEmpty()) return std::nullopt;
+    return QDir::toNativeSeparators(path).toStdString();
+}
+
+std::optional<std::string> QtDialogs::SaveFile(const FileDialogRequest& request) {
+    // The commands ask their own "Replace File" question, so Qt's is off.
+    const QString path = QFileDialog::getSaveFileName(
+        parent_, Q(request.caption), Q(request.suggestedName), ToQtFilter(request.filter), nullptr,
+        QFileDialog::DontConfirmOverwrite);
+    if (path.isEmpty()) return std::nullopt;
+    return QDir::toNativeSeparators(path).toStdString();
+}
+
+}  // namespace vess

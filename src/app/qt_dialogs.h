@@ -1,0 +1,39 @@
+// Dialogs shown with real Qt message boxes, input boxes and file pickers.
+// Captions and texts are passed through exactly as the commands give them.
+#pragma once
+
+#include <QString>
+
+#include "recording/dialogs.h"
+
+class QWidget;
+
+namespace vess {
+
+// Turns the program's filter forms into a Qt name filter:
+//   "Event File (*.EVT)"                      -> "Event File (*.EVT *.evt)"
+//   "Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT"
+//                                             -> "Parameter File (*.PAR *.par);;Event File (*.EVT *.evt)"
+// Patterns are matched in either case, since files from other systems often
+// carry lower-case extensions.
+QString ToQtFilter(const std::string& filter);
+
+class QtDialogs : public Dialogs {
+public:
+    explicit QtDialogs(QWidget* parent = nullptr) : parent_(parent) {}
+    void SetParent(QWidget* parent) { parent_ = parent; }
+
+    void Message(const std::string& caption, const std::string& text) override;
+    bool AskYesNo(const std::string& caption, const std::string& text) override;
+    Answer AskYesNoCancel(const std::string& caption, const std::string& text) override;
+    bool AskOkCancel(const std::string& caption, const std::string& text) override;
+    std::optional<std::string> Input(const std::string& caption, const std::string& prompt,
+                                     const std::string& initial = {}) override;
+    std::optional<std::string> OpenFile(const FileDialogRequest& request) override;
+    std::optional<std::string> SaveFile(const FileDialogRequest& request) override;
+
+private:
+    QWidget* parent_;
+};
+
+}  // namespace vess

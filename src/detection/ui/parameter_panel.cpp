@@ -1,0 +1,142 @@
+#include "detection/ui/parameter_panel.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleValidator>
+#include <QFormLayout>
+#include <QIntValidator>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSignalBlocker>
+
+namespace vess {
+namespace {
+
+constexpr int kMaxPointsPeak = 21;
+
+bool ReadInt(const QLineEdit* box, int32_t& out) {
+    bool ok = false;
+    const int v = box->text().trimmed().toInt(&ok);
+    if (ok) out = v;
+    return ok;
+}
+
+bool ReadFloat(const QLineEdit* box, float& out) {
+    bool ok = false;
+    const double v = QLocale::c().toDouble(box->text().trimmed(), &ok);
+    if (ok) out = static_cast<float>(v);
+    return ok;
+}
+
+}  // namespace
+
+ParameterPanel::ParameterPanel(QWidget* parent) : QGroupBox(tr("Analysis parameters"), parent) {
+    setObjectName("AnalysisParameters");
+    form_ = new QFormLayout(this);
+    form_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form_->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+
+    direction_ = new QComboBox(this);
+    direction_->setObjectName("cbPeakDirection");
+    direction_->addItem(tr("Downward (-1)"), -1);
+    direction_->addItem(tr("Upward (+1)"), 1);
+    form_->addRow(tr("Peak direction"), direction_);
+    connect(direction_, &QComboBox::activated, this, &ParameterPanel::OnBoxEdited);
+
+    threshold_ = AddBox("txtThresholdAmplitude", tr("Amplitude threshold"),
+                        tr("Smallest amplitude of an event, in the channel's units"));
+    thresholdLabel_ = qobject_cast<QLabel*>(form_->labelForField(threshold_));
+    areaThreshold_ = AddBox("txtAreaThreshold", tr("Area threshold"),
+                            tr("Smallest area of an event, units x ms"));
+    areaLabel_ = qobject_cast<QLabel*>(form_->labelForField(areaThreshold_));
+    searchMax_ = AddBox("txtPeriodToSearchMax", tr("Search period (µs)"),
+                        tr("Length of each search range for a peak"));
+    startBaseline_ = AddBox("txtPeriodStartBaseline", tr("Baseline start (µs)"),
+                            tr("How far before the peak the baseline window begins"));
+    baselineAverage_ = AddBox("txtPeriodBaselineAverage", tr("Baseline length (µs)"),
+                              tr("Length of the baseline window"));
+    findDecay_ = AddBox("txtPeriodFindDecayTime", tr("Decay period (µs)"),
+                        tr("How far after the peak the decay point is sought"));
+    decayPercent_ = AddBox("txtDecayPercent", tr("Decay fraction"),
+                           tr("Fraction of the amplitude that marks the decay point (0 to 1)"));
+    for (QLineEdit* b : {searchMax_, startBaseline_, baselineAverage_, findDecay_})
+        b->setValidator(new QIntValidator(1, 100000000, b));
+    for (QLineEdit* b : {threshold_, areaThreshold_, decayPercent_}) {
+        auto* v = new QDoubleValidator(b);
+        v->setLocale(QLocale::c());
+        b->setValidator(v);
+    }
+
+    points_ = new QComboBox(this);
+    points_->setObjectName("Combo2");
+    for (int i = 1; i <= kMaxPointsPeak; ++i) points_->addItem(QString::number(i), i);
+    points_->setToolTip(tr("Points averaged at the peak"));
+    form_->addRow(tr("Points at peak"), points_);
+    connect(points_, &QComboBox::activated, this,
+            [this](int index) { emit NumberPointsPeakChosen(points_->itemData(index).toInt()); });
+
+    complexPeak_ = new QCheckBox(tr("Complex peaks"), this);
+    complexPeak_->setObjectName("ckComplexPeak");
+    sound_ = new QCheckBox(tr("Sound on"), this);
+    sound_->setObjectName("ckSoundOn");
+    form_->addRow(complexPeak_, sound_);
+    connect(complexPeak_, &QCheckBox::toggled, this, &ParameterPanel::OnBoxEdited);
+    connect(sound_, &QCheckBox::toggled, this, [this](bool on) {
+        if (!showing_) emit SoundToggled(on);
+    });
+}
+
+QLineEdit* ParameterPanel::AddBox(const char* name, const QString& label, const QString& tip) {
+    auto* box = new QLineEdit(this);
+    box->setObjectName(name);
+    box->setToolTip(tip);
+    form_->addRow(label, box);
+    connect(box, &QLineEdit::editingFinished, this, &ParameterPanel::OnBoxEdited);
+    return box;
+}
+
+void ParameterPanel::Show(const Settings& settings, const std::string& units) {
+    showing_ = true;
+    const AnalysisParameters& p = settings.analysis;
+    shown_ = p;
+    const QSignalBlocker b1(direction_), b2(points_), b3(complexPeak_), b4(sound_);
+    direction_->setCurrentIndex(p.PeakDirection > 0 ? 1 : 0);
+    threshold_->setText(QString::number(p.ThresholdAmplitude));
+    areaThreshold_->setText(QString::number(p.AreaThreshold));
+    searchMax_->setText(QString::number(p.PeriodToSearchMax));
+    startBaseline_->setText(QString::number(p.PeriodStartBaseline));
+    baselineAverage_->setText(QString::number(p.PeriodBaselineAverage));
+    findDecay_->setText(QString::number(p.PeriodFindDecayTime));
+    decayPercent_->setText(QString::number(p.DecayPercent));
+    const int points = std::clamp<int>(p.NumberPointsPeak, 1, kMaxPointsPeak);
+    points_->setCurrentIndex(points - 1);
+    complexPeak_->setChecked(p.ComplexPeak);
+    sound_->setChecked(settings.SoundOn);
+    const QString u = units.empty() ? QString() : QString::fromStdString(units);
+    if (thresholdLabel_)
+        thresholdLabel_->setText(u.isEmpty() ? tr("Amplitude threshold")
+                                             : tr("Amplitude threshold (%1)").arg(u));
+    if (areaLabel_)
+        areaLabel_->setText(u.isEmpty() ? tr("Area threshold")
+                                        : tr("Area threshold (%1·ms)").arg(u));
+    showing_ = false;
+}
+
+void ParameterPanel::OnBoxEdited() {
+    if (showing_) return;
+    AnalysisParameters p = shown_;
+    p.PeakDirection = static_cast<int16_t>(direction_->currentData().toInt());
+    const bool ok = ReadFloat(threshold_, p.ThresholdAmplitude) &&
+                    ReadFloat(areaThreshold_, p.AreaThreshold) &&
+                    ReadInt(searchMax_, p.PeriodToSearchMax) &&
+                    ReadInt(startBaseline_, p.PeriodStartBaseline) &&
+                    ReadInt(baselineAverage_, p.PeriodBaselineAverage) &&
+                    ReadInt(findDecay_, p.PeriodFindDecayTime) &&
+                    ReadFloat(decayPercent_, p.DecayPercent);
+    p.ComplexPeak = complexPeak_->isChecked();
+    if (!ok || p == shown_) return;
+    shown_ = p;
+    emit ParametersEdited(p);
+}
+
+}  // namespace vess

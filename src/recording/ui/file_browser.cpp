@@ -1,0 +1,81 @@
+#include "recording/ui/file_browser.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QFileSystemModel>
+#include <QHeaderView>
+#include <QListView>
+#include <QStorageInfo>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+namespace vess {
+
+FileBrowser::FileBrowser(QWidget* parent)
+    : QWidget(parent),
+      drives_(new QComboBox(this)),
+      folders_(new QTreeView(this)),
+      files_(new QListView(this)),
+      folderModel_(new QFileSystemModel(this)),
+      fileModel_(new QFileSystemModel(this)) {
+    drives_->setObjectName("DrListBoxFETCH");
+    folders_->setObjectName("DirListBoxFETCH");
+    files_->setObjectName("FListBoxFETCH");
+
+    drives_->addItem(QDir::homePath(), QDir::homePath());
+    for (const QFileInfo& root : QDir::drives())
+        drives_->addItem(QDir::toNativeSeparators(root.absoluteFilePath()), root.absoluteFilePath());
+
+    folderModel_->setFilter(QDir::AllDirs | QDir::NoDotAndDotDot | QDir::Drives);
+    folderModel_->setRootPath(QString());
+    folders_->setModel(folderModel_);
+    for (int c = 1; c < folderModel_->columnCount(); ++c) folders_->hideColumn(c);
+    folders_->header()->hide();
+
+    fileModel_->setFilter(QDir::Files);
+    fileModel_->setNameFilters({"*.abf", "*.ABF", "*.Abf", "*.evt", "*.EVT", "*.Evt"});
+    fileModel_->setNameFilterDisables(false);
+    files_->setModel(fileModel_);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(drives_);
+    layout->addWidget(folders_, 3);
+    layout->addWidget(files_, 2);
+
+    connect(drives_, &QComboBox::activated, this, &FileBrowser::OnDriveChosen);
+    connect(folders_, &QTreeView::clicked, this, &FileBrowser::OnFolderActivated);
+    connect(folders_, &QTreeView::activated, this, &FileBrowser::OnFolderActivated);
+    connect(files_, &QListView::clicked, this, &FileBrowser::OnFileClicked);
+    connect(files_, &QListView::activated, this, &FileBrowser::OnFileClicked);
+}
+
+void FileBrowser::SetFolder(const QString& folder) {
+    const QString path = QDir(folder).absolutePath();
+    if (path == folder_) return;
+    folder_ = path;
+    const QModelIndex dir = folderModel_->index(path);
+    folders_->setCurrentIndex(dir);
+    folders_->scrollTo(dir);
+    folders_->expand(dir);
+    files_->setRootIndex(fileModel_->setRootPath(path));
+    QDir::setCurrent(path);
+    emit FolderChanged(path);
+}
+
+QModelIndex FileBrowser::IndexOfFile(const QString& name) const {
+    return fileModel_->index(QDir(folder_).filePath(name));
+}
+
+void FileBrowser::OnDriveChosen(int index) { SetFolder(drives_->itemData(index).toString()); }
+
+void FileBrowser::OnFolderActivated(const QModelIndex& index) {
+    SetFolder(folderModel_->filePath(index));
+}
+
+void FileBrowser::OnFileClicked(const QModelIndex& index) {
+    if (!index.isValid() || fileModel_->isDir(index)) return;
+    emit FileChosen(fileModel_->filePath(index));
+}
+
+}  // namespace vess

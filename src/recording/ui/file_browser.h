@@ -1,0 +1,48 @@
+// The file lists on the left of the main window: the roots (drives) with the
+// home folder (DrListBoxFETCH), the folder browser (DirListBoxFETCH) and the
+// ABF and event files of the chosen folder (FListBoxFETCH). A click on a file
+// asks the owner to open it.
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QFileSystemModel;
+class QListView;
+class QTreeView;
+class QModelIndex;
+
+namespace vess {
+
+class FileBrowser : public QWidget {
+    Q_OBJECT
+public:
+    explicit FileBrowser(QWidget* parent = nullptr);
+
+    // Shows a folder in the browser and its files in the file list; the
+    // process's current folder follows it.
+    void SetFolder(const QString& folder);
+    QString Folder() const { return folder_; }
+    // The file list, for tests that click a file.
+    QListView* FileList() const { return files_; }
+    // Row of a file name in the file list (invalid when absent).
+    QModelIndex IndexOfFile(const QString& name) const;
+
+signals:
+    void FileChosen(const QString& path);
+    void FolderChanged(const QString& folder);
+
+private:
+    void OnDriveChosen(int index);
+    void OnFolderActivated(const QModelIndex& index);
+    void OnFileClicked(const QModelIndex& index);
+
+    QComboBox* drives_;
+    QTreeView* folders_;
+    QListView* files_;
+    QFileSystemModel* folderModel_;
+    QFileSystemModel* fileModel_;
+    QString folder_;
+};
+
+}  // namespace vess
