@@ -1,0 +1,312 @@
+#include "detection/navigation.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "recording/scripted_dialogs.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+EventRecord Event(float timeMs, int32_t sampleIndex, uint8_t group = 0) {
+    EventRecord r;
+    r.time = timeMs;
+    r.sampleIndex = sampleIndex;
+    r.group = group;
+    return r;
+}
+
+// 10 blocks at 50 us: a block is 12.8 ms, the data end at 128 ms.
+struct NavigationView : ::testing::Test {
+    void SetUp() override {
+        const std::vector<int16_t> samples(10 * 256, 0);
+        ws.recording = test::MakeRecording(dir / "r.abf", samples, 50);
+        ws.settings.DisplayTotalNumberBlockPerScreen = 4;
+    }
+    // Runs a command, applies it and returns whether it moved.
+    bool Go(NavCommand c) {
+        const NavResult r = Navigate(ws, c);
+        ApplyNavigation(ws, r);
+        return r.moved;
+    }
+    void Fill(const std::vector<EventRecord>& records) {
+        ws.events.Clear();
+        for (const auto& r : records) ws.events.Append(r);
+    }
+    test::TempDir dir;
+    Workspace ws;
+    ScriptedDialogs dialogs;
+};
+
+TEST_F(NavigationView, ScreensStopAtBothEnds) {
+    ASSERT_EQ(ws.recording->BlockCount(), 10);
+    EXPECT_FALSE(Go(NavCommand::PrevScreen));  // already first
+    EXPECT_FALSE(Go(NavCommand::FirstScreen));
+    EXPECT_TRUE(Go(NavCommand::NextScreen));
+    EXPECT_EQ(ws.screenStartBlock, 4);
+    EXPECT_TRUE(Go(NavCommand::NextScreen));
+    EXPECT_EQ(ws.screenStartBlock, 8);  // the last, partly filled screen
+    EXPECT_FALSE(Go(NavCommand::NextScreen));
+    EXPECT_EQ(ws.screenStartBlock, 8);
+    EXPECT_TRUE(Go(NavCommand::FirstScreen));
+    EXPECT_TRUE(Go(NavCommand::LastScreen));
+    EXPECT_EQ(ws.screenStartBlock, 8);
+    EXPECT_TRUE(Go(NavCommand::PrevScreen));
+    EXPECT_EQ(ws.screenStartBlock, 4);
+
+    // A screen that starts off the tiling (blocks per screen changed) steps
+    // by whole screens and never past the data.
+    ws.screenStartBlock = 6;
+    EXPECT_FALSE(Go(NavCommand::NextScreen));
+    EXPECT_TRUE(Go(NavCommand::PrevScreen));
+    EXPECT_EQ(ws.screenStartBlock, 2);
+    EXPECT_TRUE(Go(NavCommand::PrevScreen));
+    EXPECT_EQ(ws.screenStartBlock, 0);
+
+    ws.recording.reset();
+    ws.screenStartBlock = 4;
+    for (auto c : {NavCommand::FirstScreen, NavCommand::NextScreen, NavCommand::LastScreen})
+        EXPECT_FALSE(Go(c));
+    EXPECT_EQ(ws.screenStartBlock, 4);
+}
+
+// Time order against grid-row order: the table below is not sorted by time.
+TEST_F(NavigationView, EventsInTimeOrderAndInSequence) {
+    Fill({Event(110, 2200), Event(10, 200), Event(60, 1200), Event(60, 1200)});
+    EXPECT_TRUE(Go(NavCommand::FirstEvent));
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_EQ(ws.screenStartBlock, 0);
+    EXPECT_TRUE(Go(NavCommand::NextEvent));
+    EXPECT_EQ(ws.selectedEvent, 3);
+    EXPECT_EQ(ws.screenStartBlock, 4);
+    EXPECT_TRUE(Go(NavCommand::NextEvent));  // equal times: by row
+    EXPECT_EQ(ws.selectedEvent, 4);
+    EXPECT_TRUE(Go(NavCommand::NextEvent));
+    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_EQ(ws.screenStartBlock, 8);
+    EXPECT_FALSE(Go(NavCommand::NextEvent));  // the end: stay
+    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_TRUE(Go(NavCommand::PrevEvent));
+    EXPECT_EQ(ws.selectedEvent, 4);
+    EXPECT_TRUE(Go(NavCommand::PrevEvent));
+    EXPECT_EQ(ws.selectedEvent, 3);
+    EXPECT_TRUE(Go(NavCommand::LastEvent));
+    EXPECT_EQ(ws.selectedEvent, 1);
+
+    EXPECT_FALSE(Go(NavCommand::FirstInSequence));  // already on row 1 and its screen
+    ws.selectedEvent = 3;
+    ws.screenStartBlock = 4;
+    EXPECT_TRUE(Go(NavCommand::FirstInSequence));
+    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_EQ(ws.screenStartBlock, 8);
+    EXPECT_FALSE(Go(NavCommand::PrevInSequence));
+    EXPECT_TRUE(Go(NavCommand::NextInSequence));
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_EQ(ws.screenStartBlock, 0);
+    EXPECT_TRUE(Go(NavCommand::LastInSequence));
+    EXPECT_EQ(ws.selectedEvent, 4);
+    EXPECT_FALSE(Go(NavCommand::NextInSequence));
+    EXPECT_TRUE(Go(NavCommand::PrevInSequence));
+    EXPECT_EQ(ws.selectedEvent, 3);
+
+    ws.events.Clear();
+    ws.selectedEvent = 0;
+    for (auto c : {NavCommand::FirstEvent, NavCommand::NextEvent, NavCommand::LastInSequence,
+                   NavCommand::NextInSequence, NavCommand::FirstGrouped})
+        EXPECT_FALSE(Go(c));
+}
+
+TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
+    // An event without sampleIndex is placed by its time: 70 ms is sample 1400.
+    Fill({Event(5, 100), Event(70, 0), Event(120, 2400)});
+    ws.screenStartBlock = 4;  // 51.2 .. 102.4 ms
+    EXPECT_TRUE(Go(NavCommand::NextEvent));
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_EQ(ws.screenStartBlock, 4);
+    ws.selectedEvent = 0;
+    EXPECT_TRUE(Go(NavCommand::PrevEvent));
+    EXPECT_EQ(ws.selectedEvent, 2);
+    ws.selectedEvent = 0;
+    ws.screenStartBlock = 8;
+    EXPECT_TRUE(Go(NavCommand::PrevEvent));
+    EXPECT_EQ(ws.selectedEvent, 3);
+    // A selection past the table counts as none.
+    ws.selectedEvent = 9;
+    EXPECT_TRUE(Go(NavCommand::NextInSequence));
+    EXPECT_EQ(ws.selectedEvent, 1);
+}
+
+TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
+    Fill({Event(10, 200, 2), Event(20, 400, 0), Event(30, 600, 1), Event(40, 800, 255),
+          Event(50, 1000, 2)});
+    ws.settings.GroupNavigate = 0;  // all groups
+    EXPECT_TRUE(Go(NavCommand::FirstGrouped));
+    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_TRUE(Go(NavCommand::NextGrouped));
+    EXPECT_EQ(ws.selectedEvent, 3);
+    EXPECT_TRUE(Go(NavCommand::NextGrouped));
+    EXPECT_EQ(ws.selectedEvent, 4);  // rejected events have a group too
+    EXPECT_TRUE(Go(NavCommand::LastGrouped));
+    EXPECT_EQ(ws.selectedEvent, 5);
+    EXPECT_FALSE(Go(NavCommand::NextGrouped));
+
+    ws.settings.GroupNavigate = 2;
+    EXPECT_TRUE(Go(NavCommand::PrevGrouped));
+    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_FALSE(Go(NavCommand::PrevGrouped));
+    ws.selectedEvent = 2;  // from an ungrouped event
+    EXPECT_TRUE(Go(NavCommand::NextGrouped));
+    EXPECT_EQ(ws.selectedEvent, 5);
+    ws.settings.GroupNavigate = 7;
+    EXPECT_FALSE(Go(NavCommand::FirstGrouped));
+
+    const auto items = GroupNavigationItems();
+    ASSERT_EQ(items.size(), 256u);
+    EXPECT_EQ(items[0], "All groups");
+    EXPECT_EQ(items[255], "255");
+    ws.settings.GroupNavigate = 300;
+    EXPECT_EQ(GroupNavigationFilter(ws.settings), 0);
+}
+
+TEST_F(NavigationView, NextEventInNextWindowSkipsEmptyScreens) {
+    ws.settings.DisplayTotalNumberBlockPerScreen = 2;
+    Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
+    ws.selectedEvent = 2;
+    EXPECT_TRUE(Go(NavCommand::NextEventInNextWindow));
+    EXPECT_EQ(ws.selectedEvent, 1);  // screens 2..3 and 4..5 hold no event
+    EXPECT_EQ(ws.screenStartBlock, 6);
+    EXPECT_FALSE(Go(NavCommand::NextEventInNextWindow));
+    EXPECT_EQ(ws.screenStartBlock, 6);
+}
+
+TEST_F(NavigationView, JumpToTimeShowsTheScreenHoldingIt) {
+    ws.settings.DisplayTotalNumberBlockPerScreen = 1;
+    // 20 ms is sample 400, in the middle of block 1.
+    dialogs.AnswerInput("20");
+    NavResult r = JumpToTime(ws, dialogs);
+    ASSERT_EQ(dialogs.Transcript().size(), 1u);
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To");
+    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the time to jump to in milli second.");
+    EXPECT_TRUE(r.moved);
+    EXPECT_EQ(r.screenStartBlock, 1);
+    // 12.79 ms is sample 255.8, rounded to 256: block 1.
+    dialogs.AnswerInput("12.79");
+    EXPECT_EQ(JumpToTime(ws, dialogs).screenStartBlock, 1);
+    dialogs.AnswerInput("12.77");  // 255.4 -> 255: block 0
+    EXPECT_EQ(JumpToTime(ws, dialogs).screenStartBlock, 0);
+    // With 4 blocks a screen the same time lies on the first screen.
+    ws.settings.DisplayTotalNumberBlockPerScreen = 4;
+    ws.screenStartBlock = 8;
+    dialogs.AnswerInput(" 20 ");
+    r = JumpToTime(ws, dialogs);
+    EXPECT_EQ(r.screenStartBlock, 0);
+    EXPECT_EQ(r.selectedEvent, ws.selectedEvent);
+
+    dialogs.ClearTranscript();
+    for (const char* bad : {"128", "-1", "abc"}) {
+        dialogs.AnswerInput(bad);
+        r = JumpToTime(ws, dialogs);
+        EXPECT_FALSE(r.moved);
+        EXPECT_EQ(r.screenStartBlock, 8);
+    }
+    const auto messages = dialogs.Messages();
+    ASSERT_EQ(messages.size(), 3u);
+    EXPECT_EQ(messages[0].caption, "Jump To");
+    EXPECT_EQ(messages[0].text,
+              "The time 128 is outside the data.  Please specify a time from 0 to 128 milli "
+              "second.");
+    EXPECT_EQ(messages[1].text,
+              "The time -1 is outside the data.  Please specify a time from 0 to 128 milli "
+              "second.");
+    EXPECT_EQ(messages[2].text, "The time must be a number.  Please specify the time in milli second.");
+
+    dialogs.ClearTranscript();
+    dialogs.AnswerInput(std::nullopt);
+    EXPECT_FALSE(JumpToTime(ws, dialogs).moved);
+    EXPECT_TRUE(dialogs.Messages().empty());
+}
+
+TEST_F(NavigationView, JumpToEventNumber) {
+    dialogs.ClearTranscript();
+    EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
+    ASSERT_EQ(dialogs.Transcript().size(), 1u);
+    EXPECT_EQ(dialogs.Transcript()[0].kind, DialogEntry::Kind::Message);
+    EXPECT_EQ(dialogs.Transcript()[0].text, "There are no events to jump to.");
+
+    Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
+    dialogs.ClearTranscript();
+    dialogs.AnswerInput("2");
+    NavResult r = JumpToEventNumber(ws, dialogs);
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To Event Number");
+    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the event number to jump to.");
+    EXPECT_EQ(r.selectedEvent, 2);
+    EXPECT_EQ(r.screenStartBlock, 4);  // sample 2000 is block 7
+
+    dialogs.ClearTranscript();
+    for (const char* bad : {"0", "4", "1.5", "abc"}) {
+        dialogs.AnswerInput(bad);
+        r = JumpToEventNumber(ws, dialogs);
+        EXPECT_FALSE(r.moved);
+        EXPECT_EQ(r.selectedEvent, ws.selectedEvent);
+    }
+    const auto messages = dialogs.Messages();
+    ASSERT_EQ(messages.size(), 4u);
+    EXPECT_EQ(messages[0].caption, "Jump To Event Number");
+    EXPECT_EQ(messages[1].text, "There is no event number 4.  Please specify a number from 1 to 3.");
+    EXPECT_EQ(messages[3].text, "There is no event number abc.  Please specify a number from 1 to 3.");
+}
+
+TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
+    ws.settings.DisplayTotalNumberBlockPerScreen = 1;
+    ws.settings.JumpInterval = 20;  // ms
+    EXPECT_TRUE(Go(NavCommand::NextTimeInterval));
+    EXPECT_EQ(ws.screenStartBlock, 1);  // 20 ms: block 1
+    EXPECT_TRUE(Go(NavCommand::NextTimeInterval));
+    EXPECT_EQ(ws.screenStartBlock, 2);  // 12.8 + 20 = 32.8 ms: block 2
+    ws.settings.JumpInterval = 5;       // shorter than a screen
+    EXPECT_TRUE(Go(NavCommand::NextTimeInterval));
+    EXPECT_EQ(ws.screenStartBlock, 3);
+    ws.screenStartBlock = 9;
+    EXPECT_FALSE(Go(NavCommand::NextTimeInterval));  // past the data
+    ws.settings.JumpInterval = 0;
+    ws.screenStartBlock = 0;
+    EXPECT_FALSE(Go(NavCommand::NextTimeInterval));
+}
+
+TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
+    DisplayScale s;
+    const std::vector<double> up = {1.25, 1.6, 2, 2.5, 3.2, 4, 5, 6.4, 8, 10, 12.5};
+    for (double expected : up) {
+        s = StepDisplay(s, DisplayStep::IncreaseGain);
+        EXPECT_DOUBLE_EQ(s.gain, expected);
+    }
+    for (int i = 0; i < 11; ++i) s = StepDisplay(s, DisplayStep::DecreaseGain);
+    EXPECT_EQ(s.gain, 1.0);  // exactly back
+    s = StepDisplay(s, DisplayStep::DecreaseGain);
+    EXPECT_EQ(s.gain, 0.8);
+    // A gain between rungs moves to the next rung either way.
+    EXPECT_EQ(StepDisplay({3, 0}, DisplayStep::IncreaseGain).gain, 3.2);
+    EXPECT_EQ(StepDisplay({3, 0}, DisplayStep::DecreaseGain).gain, 2.5);
+    EXPECT_EQ(StepDisplay({1000, 0}, DisplayStep::IncreaseGain).gain, 1000);
+    EXPECT_EQ(StepDisplay({0.01, 0}, DisplayStep::DecreaseGain).gain, 0.01);
+
+    // Offset: a tenth of the visible span, 65536 / 10 = 6553.6 -> 6554 counts at gain 1.
+    EXPECT_EQ(StepDisplay({1, 0}, DisplayStep::IncreaseOffset).offsetCounts, 6554);
+    EXPECT_EQ(StepDisplay({2, 100}, DisplayStep::DecreaseOffset).offsetCounts, 100 - 3277);
+    const VisibleCounts v = VisibleRange({2, 1000}, 0);
+    EXPECT_EQ(v.bottomCounts, -16384 - 1000);  // a larger offset moves the trace up
+    EXPECT_EQ(v.topCounts, 16384 - 1000);
+
+    Settings settings;
+    EXPECT_EQ(DisplayScaleFromSettings(settings).gain, 1.0);
+    StoreDisplayScale(settings, {0.16, -7});
+    EXPECT_EQ(settings.DisplayGain, "0.16");
+    EXPECT_EQ(settings.DisplayOffset, -7);
+    settings.DisplayGain = "x";
+    EXPECT_EQ(DisplayScaleFromSettings(settings).gain, 1.0);
+}
+
+}  // namespace
+}  // namespace vess
