@@ -125,4 +125,100 @@ inline constexpr std::string_view kSuggestParametersText =
 
 // ---- end of events, files and settings block ------------------------------
 
+// ---- ABF data files: opening, channel choice, file information ------------
+// (append only)
+
+inline constexpr std::string_view kNotAbfCaption = "Not ABF File";
+inline constexpr std::string_view kNotAbfText = "This is not an Axon Binary File.  Try another file.";
+inline constexpr std::string_view kNotIntegerCaption = "Not in Integer Format";
+inline constexpr std::string_view kNotIntegerText =
+    "This ABF file is saved in floating-point format.  Vessantorium recognizes only the integer "
+    "format.  Please open this file in Axoscope or Clampfit and save as integer format.  Then try "
+    "again.";
+inline constexpr std::string_view kChannelCaption = "Enter Channel Number";
+inline std::string ChannelPrompt(int channels) {
+    return "This file has " + std::to_string(channels) +
+           " input channels, starting from channel 0.  Please enter the channel number to open.";
+}
+// Our own texts, in the style of the ones above.
+inline constexpr std::string_view kInvalidChannelCaption = "Invalid Channel Number";
+inline std::string InvalidChannelText(const std::string& answer, int channels) {
+    return "\"" + answer + "\" is not a channel of this file.  Please enter a channel number from 0 to " +
+           std::to_string(channels - 1) + ".";
+}
+inline constexpr std::string_view kDamagedAbfCaption = "Damaged ABF File";
+inline constexpr std::string_view kCannotOpenCaption = "Cannot Open File";
+inline std::string CannotOpenText(const std::string& name, const std::string& reason) {
+    return "The file " + name + " cannot be opened (" + reason + ").  Try another file.";
+}
+inline constexpr std::string_view kTooShortText =
+    "This file is shorter than an ABF header.  It may be damaged or incompletely copied.  Try "
+    "another file.";
+inline constexpr std::string_view kBadChannelCountText =
+    "The header of this file gives an impossible number of input channels (1 to 16 are "
+    "possible).  The file may be damaged.  Try another file.";
+inline constexpr std::string_view kBadSamplingSequenceText =
+    "The header of this file names an ADC input outside 0 to 15 for one of its channels.  The "
+    "file may be damaged.  Try another file.";
+inline constexpr std::string_view kBadIntervalText =
+    "The header of this file gives no valid sample interval.  The file may be damaged.  Try "
+    "another file.";
+inline constexpr std::string_view kBadScalingText =
+    "The header of this file gives no valid ADC range or resolution, so its samples cannot be "
+    "converted to units.  The file may be damaged.  Try another file.";
+inline constexpr std::string_view kBadDataPointerText =
+    "The data section of this file lies outside the file.  The file may be damaged or "
+    "incompletely copied.  Try another file.";
+inline constexpr std::string_view kBadAcqLengthText =
+    "This file holds no complete sample of its channels.  The file may be damaged or empty.  Try "
+    "another file.";
+inline constexpr std::string_view kBadTagPointerText =
+    "The tag section of this file lies outside the file.  The file may be damaged or incompletely "
+    "copied.  Try another file.";
+
+// File information report (menu_DatInfo) labels, in report order.
+inline constexpr std::string_view kInfoTitle = "DAT File Info:  ";
+inline constexpr std::string_view kInfoFileSignature = "FileSignature";
+inline constexpr std::string_view kInfoFileVersionNumber = "FileVersionNumber ";
+inline constexpr std::string_view kInfoHeaderVersionNumber = "HeaderVersionNumber ";
+inline constexpr std::string_view kInfoFileType = "FileType ";
+inline constexpr std::string_view kInfoCreatorInfo = "CreatorInfo    ";
+inline constexpr std::string_view kInfoMSBinFormat = "MSBinFormat ";
+inline constexpr std::string_view kInfoDataFormat = "DataFormat ";
+inline constexpr std::string_view kInfoFileStartDate = "FileStartDate ";
+inline constexpr std::string_view kInfoFileStartTime = "FileStartTime ";
+inline constexpr std::string_view kInfoStopwatchTime = "StopwatchTime ";
+inline constexpr std::string_view kInfoOperationMode = "OperationMode ";
+inline constexpr std::string_view kInfoActualAcqLength = "ActualAcqLength (Actual # of ADC samples)";
+inline constexpr std::string_view kInfoNumPointsIgnored = "NumPointsIgnored ";
+inline constexpr std::string_view kInfoActualEpisodes = "ActualEpisodes ";
+inline constexpr std::string_view kInfoEpisodesPerRun = "EpisodesPerRun ";
+inline constexpr std::string_view kInfoNumSamplesPerEpisode = "NumSamplesPerEpisode ";
+inline constexpr std::string_view kInfoEpisodeStartToStart = "EpisodeStartToStart ";
+inline constexpr std::string_view kInfoRunsPerTrial = "RunsPerTrial ";
+inline constexpr std::string_view kInfoRunStartToStart = "RunStartToStart ";
+inline constexpr std::string_view kInfoSecondsPerRun = "SecondsPerRun ";
+inline constexpr std::string_view kInfoNumberOfTrials = "NumberOfTrials ";
+inline constexpr std::string_view kInfoTrialStartToStart = "TrialStartToStart ";
+inline constexpr std::string_view kInfoADCSampleInterval = "ADCSampleInterval ";
+inline constexpr std::string_view kInfoADCNumChannels = "ADCNumChannels ";
+inline constexpr std::string_view kInfoADCRange = "ADCRange ";
+inline constexpr std::string_view kInfoADCResolution = "ADCResolution ";
+inline constexpr std::string_view kInfoAutosampleAdditGain = "AutosampleAdditGain ";
+inline constexpr std::string_view kInfoAutosampleEnable = "AutosampleEnable    ";
+inline constexpr std::string_view kInfoAutosampleADCNum = "AutosampleADCNum       ";
+inline constexpr std::string_view kInfoADCSamplingSeq = "ADCSamplingSeq (";
+inline constexpr std::string_view kInfoADCUnits = "ADCUnits (";
+inline constexpr std::string_view kInfoADCProgrammableGain = "ADCProgrammableGain (";
+inline constexpr std::string_view kInfoInstrumentScaleFactor = "InstrumentScaleFactor(";
+inline constexpr std::string_view kInfoInstrumentOffset = "InstrumentOffset(";
+inline constexpr std::string_view kInfoSignalGain = "SignalGain(";
+inline constexpr std::string_view kInfoSignalOffset = "SignalOffset (";
+inline constexpr std::string_view kInfoFileComment = "File Comment";
+
+// Template header for the ABF files the program writes.
+inline constexpr std::string_view kTemplateHeaderFileName = "SamplABF.dat";
+
+// ---- end of ABF data files block -------------------------------------------
+
 }  // namespace vess::texts
