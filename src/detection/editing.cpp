@@ -1,13 +1,12 @@
 #include "detection/editing.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "detection/editing_texts.h"
 #include "detection/navigation.h"
+#include "detection/number_entry.h"
 #include "recording/rounding.h"
 
 namespace vess {
@@ -104,13 +103,9 @@ std::optional<EventRecord> SelectedRecord(const Workspace& ws) {
 
 std::optional<int32_t> ParseGroupEntry(std::optional<std::string_view> entry) {
     if (!entry) return std::nullopt;
-    const auto first = entry->find_first_not_of(" \t");
-    if (first == std::string_view::npos) return std::nullopt;
-    const auto last = entry->find_last_not_of(" \t");
-    const std::string text(entry->substr(first, last - first + 1));
-    char* end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    if (end != text.c_str() + text.size() || !std::isfinite(value)) return std::nullopt;
+    const auto number = ParseNumberEntry(*entry);
+    if (!number) return std::nullopt;
+    const double value = *number;
     if (value < 0 || value > 255) return std::nullopt;
     return static_cast<int32_t>(RoundEven(value));
 }

@@ -7,24 +7,13 @@
 #include <fmt/format.h>
 
 #include "detection/navigation_texts.h"
+#include "detection/number_entry.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
 
 namespace vess {
 
 namespace {
-
-// Parses a whole entry as a finite number; blanks around it are allowed.
-std::optional<double> ParseNumber(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) return std::nullopt;
-    const auto last = text.find_last_not_of(" \t");
-    const std::string trimmed(text.substr(first, last - first + 1));
-    char* end = nullptr;
-    const double value = std::strtod(trimmed.c_str(), &end);
-    if (end != trimmed.c_str() + trimmed.size() || !std::isfinite(value)) return std::nullopt;
-    return value;
-}
 
 // The key that orders events in time: (time, row). NaN times sort first.
 struct TimeKey {
@@ -256,7 +245,7 @@ NavResult JumpToTime(const Workspace& ws, Dialogs& dialogs) {
     if (!g.HasRecording()) return Stay(ws);
     const auto entry = dialogs.Input(t::kJumpTimeCaption, t::kJumpTimePrompt);
     if (!entry || entry->empty()) return Stay(ws);
-    const auto timeMs = ParseNumber(*entry);
+    const auto timeMs = ParseNumberEntry(*entry);
     if (!timeMs) {
         dialogs.Message(t::kJumpTimeCaption, t::kJumpTimeNotNumber);
         return Stay(ws);
@@ -280,7 +269,7 @@ NavResult JumpToEventNumber(const Workspace& ws, Dialogs& dialogs) {
     }
     const auto entry = dialogs.Input(t::kJumpEventCaption, t::kJumpEventPrompt);
     if (!entry || entry->empty()) return Stay(ws);
-    const auto number = ParseNumber(*entry);
+    const auto number = ParseNumberEntry(*entry);
     if (!number || *number != std::floor(*number) || *number < 1 || *number > count) {
         dialogs.Message(t::kJumpEventCaption,
                         fmt::format("{}{}{}{}{}", t::kJumpEventOutOfRange1, *entry,
