@@ -4,6 +4,7 @@
 
 #include "recording/event_file.h"
 #include "recording/file_io.h"
+#include "recording/save_path.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
 
@@ -27,19 +28,10 @@ bool SaveEventFileCommand(Workspace& ws, Dialogs& dialogs) {
     FileDialogRequest request{S(texts::kSaveEventCaption), S(texts::kEventFileFilter),
                               S(texts::kEventFileExtension), {}};
     if (ws.recording) request.suggestedName = ws.recording->Path().stem().string() + ".EVT";
-    const auto chosen = dialogs.SaveFile(request);
-    if (!chosen || chosen->empty()) return false;
-    const auto path = WithDefaultExtension(*chosen, texts::kEventFileExtension);
-    std::error_code ec;
-    if (std::filesystem::exists(path, ec) &&
-        !dialogs.AskYesNo(S(texts::kReplaceFileCaption), S(texts::kReplaceFileText)))
+    const auto path = ChooseSavePath(dialogs, request, ExistingFile::AskReplace);
+    if (!path) return false;
+    if (!ReportWrite(dialogs, WriteEventFile(*path, HeaderCopy(ws), ws.params(), ws.events, OpenName(ws))))
         return false;
-    const std::string error =
-        WriteEventFile(path, HeaderCopy(ws), ws.params(), ws.events, OpenName(ws));
-    if (!error.empty()) {
-        dialogs.Message(S(texts::kFileErrorCaption), error);
-        return false;
-    }
     ws.history.MarkSaved();
     return true;
 }
@@ -49,12 +41,11 @@ bool OpenEventFileCommand(Workspace& ws, Dialogs& dialogs) {
         dialogs.AskYesNo(S(texts::kSavePreviousEventsCaption),
                          texts::SavePreviousEventsText(ws.events.Count(), OpenName(ws))))
         SaveEventFileCommand(ws, dialogs);
-    const auto chosen = dialogs.OpenFile({S(texts::kOpenEventCaption), S(texts::kEventFileFilter),
-                                          S(texts::kEventFileExtension), {}});
-    if (!chosen || chosen->empty()) return false;
-    const auto path = WithDefaultExtension(*chosen, texts::kEventFileExtension);
+    const auto path = ChooseOpenPath(dialogs, {S(texts::kOpenEventCaption), S(texts::kEventFileFilter),
+                                               S(texts::kEventFileExtension), {}});
+    if (!path) return false;
 
-    const EventFileContents file = ReadEventFile(path);
+    const EventFileContents file = ReadEventFile(*path);
     if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort) {
         dialogs.Message(S(texts::kDamagedFileCaption), DescribeProblem(file));
         return false;
@@ -68,7 +59,7 @@ bool OpenEventFileCommand(Workspace& ws, Dialogs& dialogs) {
                         texts::FileNotMatchingText(file.storedName, OpenName(ws)));
         return false;
     }
-    return OpenEventFile(ws, path, dialogs);
+    return OpenEventFile(ws, *path, dialogs);
 }
 
 bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
@@ -91,9 +82,7 @@ bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& di
         dialogs.AskYesNo(S(texts::kOlderVersionCaption), S(texts::kOlderVersionText))) {
         // Rewritten over the header copy it already holds, so nothing of the
         // original header is lost.
-        const std::string error =
-            WriteEventFile(path, file.header, ws.params(), ws.events, file.storedName);
-        if (!error.empty()) dialogs.Message(S(texts::kFileErrorCaption), error);
+        ReportWrite(dialogs, WriteEventFile(path, file.header, ws.params(), ws.events, file.storedName));
     }
     return true;
 }

@@ -1,0 +1,36 @@
+#include "recording/save_path.h"
+
+#include "recording/file_io.h"
+#include "recording/texts.h"
+
+namespace vess {
+
+std::optional<std::filesystem::path> ChooseSavePath(Dialogs& dialogs, const FileDialogRequest& request,
+                                                    ExistingFile existing) {
+    const auto chosen = dialogs.SaveFile(request);
+    if (!chosen || chosen->empty()) return std::nullopt;
+    const auto path = WithDefaultExtension(*chosen, request.defaultExtension);
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) return path;
+    if (existing == ExistingFile::Refuse) {
+        dialogs.Message(std::string(texts::kFileExistCaption), std::string(texts::kFileExistText));
+        return std::nullopt;
+    }
+    if (!dialogs.AskYesNo(std::string(texts::kReplaceFileCaption), std::string(texts::kReplaceFileText)))
+        return std::nullopt;
+    return path;
+}
+
+std::optional<std::filesystem::path> ChooseOpenPath(Dialogs& dialogs, const FileDialogRequest& request) {
+    const auto chosen = dialogs.OpenFile(request);
+    if (!chosen || chosen->empty()) return std::nullopt;
+    return WithDefaultExtension(*chosen, request.defaultExtension);
+}
+
+bool ReportWrite(Dialogs& dialogs, const std::string& error) {
+    if (error.empty()) return true;
+    dialogs.Message(std::string(texts::kFileErrorCaption), error);
+    return false;
+}
+
+}  // namespace vess

@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "recording/event_exports.h"
+#include "recording/event_grid.h"
+#include "recording/file_io.h"
+#include "recording/recording.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/workspace.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+using test::TempDir;
+
+// 2 counts a pA, 50 us a point, and an instrument offset so that levels
+// (with offset) and differences (without) come out apart.
+std::unique_ptr<Recording> OffsetRecording(const TempDir& dir) {
+    auto spec = test::MakeSpec(50, 2.0f);
+    spec.channels[0].instrumentOffset = 3.0f;
+    std::vector<int16_t> samples(2048, 0);
+    const auto path = dir / "rec.abf";
+    EXPECT_EQ(WriteAbf(path, spec, samples), "");
+    AbfError error{};
+    auto rec = Recording::Open(path, &error);
+    EXPECT_TRUE(rec);
+    return rec;
+}
+
+EventRecord Sample() {
+    EventRecord r;
+    r.time = 1234.5f;
+    r.amplitude = -10;
+    r.noise = 4;
+    r.riseTime = 4;
+    r.decayTime = 20;
+    r.baseline = 100;
+    r.area = -7.25f;
+    r.group = 255;
+    r.channel = 2;
+    r.rise1090 = 0.15f;
+    r.halfWidth = 1.5f;
+    r.rise50 = 2;
+    r.peakDirection = -1;
+    r.burstNumber = 3;
+    r.burstEventNumber = 7;
+    r.slope1090 = -33.5f;
+    r.relativeTime = 1000;
+    return r;
+}
+
+TEST(EventGrid, CaptionsInColumnOrder) {
+    const char* expected[] = {"Time", "Amplitude", "Time to Rise", "Time to Decay", "Area",
+                              "Baseline", "Noise", "Group", "Channel", "Rise10-90", "Half-width",
+                              "Rise 50", "Peak Direction", "Burst #", "Burst Event#", "Slope10-90",
+                              "Relative Time"};
+    for (int c = 1; c <= 17; ++c) EXPECT_EQ(EventColumnCaption(c), expected[c - 1]) << c;
+    EXPECT_EQ(EventColumnLabel(5, "pA"), "Area (fC)");
+    EXPECT_EQ(EventColumnLabel(5, "mV"), "Area (mV x ms)");
+    EXPECT_EQ(EventColumnLabel(16, "pA"), "Slope10-90 (pA/msec)");
+    EXPECT_EQ(EventColumnLabel(2, "pA"), "Amplitude (pA)");
+    EXPECT_EQ(EventColumnLabel(3, "pA"), "Time to Rise (ms)");
+    EXPECT_EQ(EventColumnLabel(8, "pA"), "Group");
+}
+
+// Each column's type and conversion: bytes as bytes, unconverted 16-bit
+// fields as 16-bit integers, all conversions as floats.
+TEST(EventGrid, CellValuesConvertPerColumn) {
+    TempDir dir;
+    const auto rec = OffsetRecording(dir);
+    const EventRecord r = Sample();
+    auto cell = [&](int c) { return EventCellValue(*rec, r, 9, c); };
+    EXPECT_EQ(cell(0), CellValue(int32_t(9)));
+    EXPECT_EQ(cell(1), CellValue(1234.5f));
+    EXPECT_EQ(cell(2), CellValue(-5.0f));                    // -10 counts / 2, no offset
+    EXPECT_EQ(cell(3), CellValue(0.2f));                     // 4 points x 50 us
+    EXPECT_EQ(cell(4), CellValue(1.0f));
+    EXPECT_EQ(cell(5), CellValue(-7.25f));
+    EXPECT_EQ(cell(6), CellValue(rec->Bit2pA(100)));         // with offset
+    EXPECT_NE(std::get<float>(cell(6)), 50.0f);
+    EXPECT_EQ(cell(7), CellValue(2.0f));
+    EXPECT_EQ(cell(8), CellValue(uint8_t(255)));
+    EXPECT_EQ(cell(9), CellValue(uint8_t(2)));
+    EXPECT_EQ(cell(10), CellValue(0.15f));
+    EXPECT_EQ(cell(11), CellValue(1.5f));
+    EXPECT_EQ(cell(12), CellValue(0.1f));
+    EXPECT_EQ(cell(13), CellValue(int16_t(-1)));
+    EXPECT_EQ(cell(14), CellValue(int16_t(3)));
+    EXPECT_EQ(cell(15), CellValue(int16_t(7)));
+    EXPECT_EQ(cell(16), CellValue(-33.5f));
+    EXPECT_EQ(cell(17), CellValue(50.0f));                   // 1000 points x 50 us
+    // Without a recording the raw counts and points are shown.
+    EXPECT_EQ(EventCellValue(nullptr, r, 1, 2), CellValue(int32_t(-10)));
+    EXPECT_EQ(EventCellValue(nullptr, r, 1, 17), CellValue(int32_t(1000)));
+    EXPECT_EQ(FormatCell(CellValue(0.1f)), "0.1");
+    EXPECT_EQ(FormatCell(CellValue(uint8_t(255))), "255");
+    EXPECT_EQ(FormatCell(CellValue(int16_t(-1))), "-1");
+}
+
+std::string ReadText(const std::filesystem::path& p) {
+    const auto b = ReadFileBytes(p);
+    return b ? std::string(b->begin(), b->end()) : std::string();
+}
+
+TEST(EventExports, AtfTimeAndAmplitude) {
+    TempDir dir;
+    Workspace ws;
+    ws.recording = test::MakeRecording(dir / "cell.abf", std::vector<int16_t>(1024, 0), 50, 2.0f);
+    ws.events.Append(Sample());
+    ScriptedDialogs dialogs;
+    dialogs.AnswerSaveFile((dir / "out").string());
+    ASSERT_TRUE(SaveDataCommand(ws, dialogs));
+    EXPECT_EQ(dialogs.Transcript()[0].text, "Text File (*.txt)");
+    const std::string one = "ATF\t1.0\r\n0\t2\r\n\"Time(ms)\"\t\"Amplitude(pA)\"\r\n1234.5\t-5\r\n";
+    EXPECT_EQ(ReadText(dir / "out.txt"), one);
+
+    // Replace question: No keeps the file.
+    ws.events.Append(Sample());
+    dialogs.AnswerSaveFile((dir / "out.txt").string()).AnswerYesNo(false);
+    EXPECT_FALSE(SaveDataCommand(ws, dialogs));
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Replace File");
+    EXPECT_EQ(ReadText(dir / "out.txt"), one);
+    dialogs.AnswerSaveFile((dir / "out.txt").string()).AnswerYesNo(true);
+    ASSERT_TRUE(SaveDataCommand(ws, dialogs));
+    EXPECT_EQ(ReadText(dir / "out.txt"), one + "1234.5\t-5\r\n");
+}
+
+TEST(EventExports, AsciiTableRefusesAnExistingFile) {
+    TempDir dir;
+    Workspace ws;
+    ws.recording = test::MakeRecording(dir / "cell.abf", std::vector<int16_t>(1024, 0), 50, 2.0f);
+    ws.events.Append(Sample());
+    ws.events.Append(EventRecord{});
+    ScriptedDialogs dialogs;
+    dialogs.AnswerSaveFile((dir / "table").string());
+    ASSERT_TRUE(SaveToAsciiFileCommand(ws, dialogs));
+    EXPECT_EQ(dialogs.Transcript()[0].text, "ASCII File (*.ASC)");
+    const std::string text = ReadText(dir / "table.ASC");
+    std::istringstream lines(text);
+    std::string header, first, second;
+    std::getline(lines, header);
+    std::getline(lines, first);
+    std::getline(lines, second);
+    EXPECT_EQ(header,
+              "Time\tAmplitude\tTime to Rise\tTime to Decay\tArea\tBaseline\tNoise\tGroup\tChannel\t"
+              "Rise10-90\tHalf-width\tRise 50\tPeak Direction\tBurst #\tBurst Event#\tSlope10-90\t"
+              "Relative Time\r");
+    EXPECT_EQ(first, "1234.5\t-5\t0.2\t1\t-7.25\t50\t2\t255\t2\t0.15\t1.5\t0.1\t-1\t3\t7\t-33.5\t50\r");
+    EXPECT_EQ(second, "0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\r");
+
+    dialogs.AnswerSaveFile((dir / "table.ASC").string());
+    EXPECT_FALSE(SaveToAsciiFileCommand(ws, dialogs));
+    EXPECT_EQ(dialogs.Messages().back().caption, "File Exist");
+    EXPECT_EQ(dialogs.Messages().back().text,
+              "File already exist.  Try again with different file name.");
+    EXPECT_EQ(ReadText(dir / "table.ASC"), text);
+}
+
+}  // namespace
+}  // namespace vess
