@@ -123,6 +123,17 @@ inline constexpr std::string_view kSuggestParametersText =
     "as other paramters as needed.  Also, please make sure the direction of peak is "
     "appropriately set.";
 
+// Dialog titles of our own for the settings and parameter files.
+inline constexpr std::string_view kSaveCustomSettingsCaption = "Save Custom Settings";
+inline constexpr std::string_view kLoadCustomSettingsCaption = "Load Custom Settings";
+inline constexpr std::string_view kParameterFileFilter = "Parameter File (*.PAR)";
+inline constexpr std::string_view kSaveParameterCaption = "Save Parameters";
+inline constexpr std::string_view kLoadParameterCaption = "Load Parameters";
+// The entries of Suggest Analysis Parameters, numbered 1 to 3.
+inline constexpr std::string_view kSuggestEntry1 = "1 Fast synaptic currents";
+inline constexpr std::string_view kSuggestEntry2 = "2 Slow synaptic currents";
+inline constexpr std::string_view kSuggestEntry3 = "3 Large fast events";
+
 // ---- end of events, files and settings block ------------------------------
 
 // ---- ABF data files: opening, channel choice, file information ------------

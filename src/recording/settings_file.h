@@ -1,0 +1,46 @@
+// The settings file "Vessanto.ini" (sections "Program", "Display",
+// "Analysis") and custom settings files (*.SET), which are copies of it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "recording/dialogs.h"
+#include "recording/ini_file.h"
+#include "recording/settings.h"
+
+namespace vess {
+
+struct Workspace;
+
+// Values are read with a 10-character buffer, so longer values are cut; the
+// data folder is the exception, read whole, since a cut path would name a
+// folder that does not exist.
+inline constexpr std::size_t kIniValueChars = 10;
+
+// Every key with its default when the file or the key is missing or the
+// value is not a number where one is needed. NumberPointsPeak of 0 becomes 1.
+Settings SettingsFromIni(const IniFile& ini);
+Settings LoadIniSettings(const std::filesystem::path& path);
+// Sets every key in ini (booleans "True"/"False"), keeping all else.
+void SettingsToIni(const Settings& settings, IniFile& ini);
+// Writes every key into the file at path key by key, keeping its other
+// sections and keys; through a temporary file. Empty string on success.
+std::string SaveIniSettings(const std::filesystem::path& path, const Settings& settings);
+
+// Where "Vessanto.ini" lives: the program's folder when it is writable,
+// otherwise $XDG_CONFIG_HOME (or ~/.config) + "Vessantorium/Vessanto.ini".
+std::filesystem::path DefaultIniPath(const std::filesystem::path& programDir);
+
+// Save settings (menu, Command6, Command7): writes ws.iniPath and says so.
+bool SaveSettingsCommand(Workspace& ws, Dialogs& dialogs);
+// On closing the main form: "Save Settings" Yes/No/Cancel. Returns false
+// when the user cancelled (the form stays open).
+bool AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs);
+// menu_SaveSettingsCustom: the current settings are written to the settings
+// file, which is then copied to the chosen *.SET file.
+bool SaveCustomSettingsCommand(Workspace& ws, Dialogs& dialogs);
+// menu_LoadSettings: the chosen *.SET file replaces the current settings.
+bool LoadCustomSettingsCommand(Workspace& ws, Dialogs& dialogs);
+
+}  // namespace vess
