@@ -1,16 +1,83 @@
-// Placeholder until the 'info' subcommand is written.
+// vess info FILE.abf [--channel N]: the file-information report and the
+// values derived for one channel.
 #include <iostream>
+#include <string>
+
+#include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "recording/open_recording.h"
+#include "recording/recording.h"
 
 namespace vess::cli {
 
+namespace {
+
+std::string DerivedValues(const Recording& rec) {
+    std::string out;
+    const int adc = rec.Header().adcSamplingSeq[rec.Channel()];
+    out += fmt::format("\nDerived values\n");
+    out += fmt::format("Channels: {}\n", rec.ChannelCount());
+    out += fmt::format("Channel: {} (ADC {})\n", rec.Channel(), adc);
+    out += fmt::format("Units: {}\n", rec.Units());
+    out += fmt::format("Interval per channel (us): {}\n", rec.IntervalUs());
+    out += fmt::format("Blocks (256 points): {}\n", rec.BlockCount());
+    out += fmt::format("Points per channel: {}\n", rec.PointsPerChannel());
+    out += fmt::format("Duration (s): {:.6f}\n",
+                       double(rec.PointsPerChannel()) * rec.IntervalUs() * 1e-6);
+    out += fmt::format("Gain: {:.9g}\n", rec.Gain());
+    out += fmt::format("Offset: {:.9g}\n", rec.Offset());
+    const int64_t shown = std::min<int64_t>(3, rec.PointsPerChannel());
+    std::string counts, values;
+    for (int64_t i = 0; i < shown; ++i) {
+        const int16_t c = rec.Sample(i);
+        counts += fmt::format("{}{}", i ? ", " : "", c);
+        values += fmt::format("{}{:.5f}", i ? ", " : "", rec.Bit2pA(c));
+    }
+    out += fmt::format("First samples (counts): {}\n", counts);
+    out += fmt::format("First values ({}): {}\n", rec.Units(), values);
+    out += fmt::format("Last value ({}): {:.5f}\n", rec.Units(),
+                       rec.Bit2pA(rec.Sample(rec.PointsPerChannel() - 1)));
+    out += fmt::format("Tags: {}\n", rec.Tags().size());
+    for (std::size_t i = 0; i < rec.Tags().size(); ++i) {
+        const AbfTag& tag = rec.Tags()[i];
+        std::string comment = tag.comment;
+        while (!comment.empty() && (comment.back() == ' ' || comment.back() == '\0'))
+            comment.pop_back();
+        out += fmt::format("  Tag {}: time {}, type {}, {}\n", i + 1, tag.time, tag.type, comment);
+    }
+    return out;
+}
+
+}  // namespace
+
 void AddInfoCommand(CLI::App& app) {
-    auto* cmd = app.add_subcommand("info", "not available yet");
-    cmd->allow_extras();
-    cmd->callback([] {
-        std::cerr << "vess info: not available yet\n";
-        throw CLI::RuntimeError(2);
+    struct Options {
+        std::string file;
+        int channel = 0;
+    };
+    auto opts = std::make_shared<Options>();
+    auto* cmd = app.add_subcommand("info", "Show the header and derived values of an ABF file");
+    cmd->add_option("file", opts->file, "ABF 1.x file")->required();
+    cmd->add_option("--channel,-c", opts->channel, "0-based channel position")->capture_default_str();
+    cmd->callback([opts] {
+        AbfError error = AbfError::None;
+        std::string detail;
+        auto rec = Recording::Open(opts->file, &error, &detail);
+        if (!rec) {
+            const OpenRefusal refusal =
+                RefusalFor(error, std::filesystem::path(opts->file).filename().string(), detail);
+            std::cerr << "vess info: " << refusal.caption << ": " << refusal.text << " ("
+                      << detail << ")\n";
+            throw CLI::RuntimeError(1);
+        }
+        if (opts->channel < 0 || opts->channel >= rec->ChannelCount()) {
+            std::cerr << fmt::format("vess info: {} has channels 0 to {}, not {}\n", opts->file,
+                                     rec->ChannelCount() - 1, opts->channel);
+            throw CLI::RuntimeError(1);
+        }
+        rec->SetChannel(uint8_t(opts->channel));
+        std::cout << rec->InfoReport() << DerivedValues(*rec) << std::flush;
     });
 }
 

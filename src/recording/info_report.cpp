@@ -1,7 +1,93 @@
+// The file-information report: the header values one per line after their
+// labels, then each channel's scaling, then the file comment.
+#include <fmt/format.h>
+
+#include "recording/abf_layout.h"
+#include "recording/le_bytes.h"
 #include "recording/recording.h"
+#include "recording/texts.h"
 
 namespace vess {
 
-std::string Recording::InfoReport() const { return "DAT File Info:  \n"; }
+namespace {
+
+std::string Trimmed(std::string s) {
+    while (!s.empty() && (s.back() == ' ' || s.back() == '\0')) s.pop_back();
+    while (!s.empty() && s.front() == ' ') s.erase(s.begin());
+    return s;
+}
+
+class Report {
+public:
+    explicit Report(std::string_view title, const std::string& fileName) {
+        text_ = fmt::format("{}{}\n", title, fileName);
+    }
+    template <class T>
+    void Line(std::string_view label, const T& value) {
+        const bool spaced = !label.empty() && label.back() == ' ';
+        text_ += fmt::format("{}{}{}\n", label, spaced ? "" : " ", value);
+    }
+    template <class T>
+    void ChannelLine(std::string_view label, int channel, const T& value) {
+        text_ += fmt::format("{}{}) {}\n", label, channel, value);
+    }
+    void Raw(const std::string& s) { text_ += s; }
+    std::string Take() { return std::move(text_); }
+
+private:
+    std::string text_;
+};
+
+}  // namespace
+
+std::string Recording::InfoReport() const {
+    using namespace abf;
+    namespace t = texts;
+    const std::span<const uint8_t> b(headerBytes_);
+    const AbfHeader& h = header_;
+    Report r(t::kInfoTitle, FileName());
+    r.Line(t::kInfoFileSignature, h.fileSignature);
+    r.Line(t::kInfoFileVersionNumber, h.fileVersionNumber);
+    r.Line(t::kInfoHeaderVersionNumber, le::Get<float>(b, kHeaderVersionNumber));
+    r.Line(t::kInfoFileType, le::Get<int16_t>(b, kFileType));
+    r.Line(t::kInfoCreatorInfo, Trimmed(h.creatorInfo));
+    r.Line(t::kInfoMSBinFormat, le::Get<int16_t>(b, kMSBinFormat));
+    r.Line(t::kInfoDataFormat, h.dataFormat);
+    r.Line(t::kInfoFileStartDate, le::Get<int32_t>(b, kFileStartDate));
+    r.Line(t::kInfoFileStartTime, le::Get<int32_t>(b, kFileStartTime));
+    r.Line(t::kInfoStopwatchTime, le::Get<int32_t>(b, kStopwatchTime));
+    r.Line(t::kInfoOperationMode, le::Get<int16_t>(b, kOperationMode));
+    r.Line(t::kInfoActualAcqLength, h.actualAcqLength);
+    r.Line(t::kInfoNumPointsIgnored, le::Get<int16_t>(b, kNumPointsIgnored));
+    r.Line(t::kInfoActualEpisodes, le::Get<int32_t>(b, kActualEpisodes));
+    r.Line(t::kInfoEpisodesPerRun, le::Get<int32_t>(b, kEpisodesPerRun));
+    r.Line(t::kInfoNumSamplesPerEpisode, le::Get<int32_t>(b, kNumSamplesPerEpisode));
+    r.Line(t::kInfoEpisodeStartToStart, le::Get<float>(b, kEpisodeStartToStart));
+    r.Line(t::kInfoRunsPerTrial, le::Get<int32_t>(b, kRunsPerTrial));
+    r.Line(t::kInfoRunStartToStart, le::Get<float>(b, kRunStartToStart));
+    r.Line(t::kInfoSecondsPerRun, le::Get<float>(b, kSecondsPerRun));
+    r.Line(t::kInfoNumberOfTrials, le::Get<int32_t>(b, kNumberOfTrials));
+    r.Line(t::kInfoTrialStartToStart, le::Get<float>(b, kTrialStartToStart));
+    r.Line(t::kInfoADCSampleInterval, intervalUs_);
+    r.Line(t::kInfoADCNumChannels, h.adcNumChannels);
+    r.Line(t::kInfoADCRange, h.adcRange);
+    r.Line(t::kInfoADCResolution, h.adcResolution);
+    r.Line(t::kInfoAutosampleAdditGain, h.autosampleAdditGain);
+    r.Line(t::kInfoAutosampleEnable, h.autosampleEnable);
+    r.Line(t::kInfoAutosampleADCNum, h.autosampleAdcNum);
+    for (int c = 0; c < ChannelCount(); ++c) {
+        // Values of the physical ADC that the channel position samples.
+        const auto adc = std::size_t(AdcOfChannel(c));
+        r.ChannelLine(t::kInfoADCSamplingSeq, c, h.adcSamplingSeq[std::size_t(c)]);
+        r.ChannelLine(t::kInfoADCUnits, c, Trimmed(h.adcUnits[adc]));
+        r.ChannelLine(t::kInfoADCProgrammableGain, c, h.adcProgrammableGain[adc]);
+        r.ChannelLine(t::kInfoInstrumentScaleFactor, c, h.instrumentScaleFactor[adc]);
+        r.ChannelLine(t::kInfoInstrumentOffset, c, h.instrumentOffset[adc]);
+        r.ChannelLine(t::kInfoSignalGain, c, h.signalGain[adc]);
+        r.ChannelLine(t::kInfoSignalOffset, c, h.signalOffset[adc]);
+    }
+    r.Raw(fmt::format("{}\n{}\n", t::kInfoFileComment, Trimmed(h.fileComment)));
+    return r.Take();
+}
 
 }  // namespace vess

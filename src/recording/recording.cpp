@@ -86,18 +86,19 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
     using namespace abf;
     const std::span<const uint8_t> bytes = file->Bytes();
     const std::size_t fileSize = bytes.size();
+    // The signature and the data format come first: a file that is not ABF,
+    // or is in floating point, is refused for that reason whatever else it
+    // holds, even when it is too short to be a whole header.
+    if (le::GetText(bytes, kFileSignature, std::min<std::size_t>(4, fileSize)) != "ABF ")
+        return Fail(error, detail, AbfError::NotAbf, "the file does not begin with \"ABF \"");
+    if (fileSize >= kDataFormat + 2 && le::Get<int16_t>(bytes, kDataFormat) == 1)
+        return Fail(error, detail, AbfError::FloatingPoint, "the samples are floating point");
     if (fileSize < kHeaderBytes)
         return Fail(error, detail, AbfError::TooShort,
                     fmt::format("the file holds {} bytes, fewer than the {}-byte header", fileSize,
                                 kHeaderBytes));
 
     AbfHeader h = ParseHeader(bytes);
-    // The signature and the data format come first: a file that is not ABF, or
-    // is in floating point, is refused for that reason whatever else it holds.
-    if (h.fileSignature != "ABF ")
-        return Fail(error, detail, AbfError::NotAbf, "the file does not begin with \"ABF \"");
-    if (h.dataFormat == 1)
-        return Fail(error, detail, AbfError::FloatingPoint, "the samples are floating point");
     if (h.adcNumChannels < 1 || h.adcNumChannels > kMaxChannels)
         return Fail(error, detail, AbfError::BadChannelCount,
                     fmt::format("the header gives {} channels (1 to {} are possible)",

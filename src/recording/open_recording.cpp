@@ -1,0 +1,102 @@
+#include "recording/open_recording.h"
+
+#include <charconv>
+#include <system_error>
+
+#include "recording/texts.h"
+
+namespace vess {
+
+namespace {
+
+std::string Trim(const std::string& s) {
+    const auto first = s.find_first_not_of(" \t\r\n");
+    if (first == std::string::npos) return {};
+    const auto last = s.find_last_not_of(" \t\r\n");
+    return s.substr(first, last - first + 1);
+}
+
+}  // namespace
+
+OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::string& detail) {
+    const std::string damaged(texts::kDamagedAbfCaption);
+    switch (error) {
+        case AbfError::NotAbf:
+            return {std::string(texts::kNotAbfCaption), std::string(texts::kNotAbfText)};
+        case AbfError::FloatingPoint:
+            return {std::string(texts::kNotIntegerCaption), std::string(texts::kNotIntegerText)};
+        case AbfError::CannotOpen:
+            return {std::string(texts::kCannotOpenCaption), texts::CannotOpenText(fileName, detail)};
+        case AbfError::TooShort: return {damaged, std::string(texts::kTooShortText)};
+        case AbfError::BadChannelCount: return {damaged, std::string(texts::kBadChannelCountText)};
+        case AbfError::BadSamplingSequence:
+            return {damaged, std::string(texts::kBadSamplingSequenceText)};
+        case AbfError::BadInterval: return {damaged, std::string(texts::kBadIntervalText)};
+        case AbfError::BadScaling: return {damaged, std::string(texts::kBadScalingText)};
+        case AbfError::BadDataPointer: return {damaged, std::string(texts::kBadDataPointerText)};
+        case AbfError::BadAcqLength: return {damaged, std::string(texts::kBadAcqLengthText)};
+        case AbfError::BadTagPointer: return {damaged, std::string(texts::kBadTagPointerText)};
+        case AbfError::None: break;
+    }
+    return {damaged, detail};
+}
+
+std::optional<uint8_t> AskChannel(int channels, Dialogs& dialogs) {
+    for (;;) {
+        const auto answer = dialogs.Input(std::string(texts::kChannelCaption),
+                                          texts::ChannelPrompt(channels), "0");
+        if (!answer) return std::nullopt;
+        const std::string text = Trim(*answer);
+        if (text.empty()) return std::nullopt;  // an empty answer is Cancel
+        int channel = -1;
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), channel);
+        if (ec == std::errc() && end == text.data() + text.size() && channel >= 0 &&
+            channel < channels)
+            return uint8_t(channel);
+        dialogs.Message(std::string(texts::kInvalidChannelCaption),
+                        texts::InvalidChannelText(text, channels));
+    }
+}
+
+bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs,
+                  const std::function<bool()>& saveEvents) {
+    if (!ws.events.Empty()) {
+        const std::string current = ws.recording ? ws.recording->FileName() : std::string();
+        if (dialogs.AskYesNo(std::string(texts::kSavePreviousEventsCaption),
+                             texts::SavePreviousEventsText(ws.events.Count(), current))) {
+            // A save that did not happen (cancelled or failed) stops the
+            // opening, so the events are not silently dropped.
+            if (saveEvents && !saveEvents()) return false;
+        }
+    }
+
+    AbfError error = AbfError::None;
+    std::string detail;
+    std::unique_ptr<Recording> rec = Recording::Open(path, &error, &detail);
+    if (!rec) {
+        const OpenRefusal refusal = RefusalFor(error, path.filename().string(), detail);
+        dialogs.Message(refusal.caption, refusal.text);
+        return false;
+    }
+
+    uint8_t channel = 0;
+    if (rec->ChannelCount() > 1) {
+        const auto chosen = AskChannel(rec->ChannelCount(), dialogs);
+        if (!chosen) return false;
+        channel = *chosen;
+    }
+    rec->SetChannel(channel);
+
+    ws.recording = std::move(rec);
+    ws.events.Clear();
+    ws.history.Clear();
+    ws.history.MarkSaved();
+    ws.screenStartBlock = 0;
+    ws.selectedEvent = 0;
+    std::error_code ignored;  // a folder we cannot enter still leaves the file open
+    const auto folder = std::filesystem::absolute(path, ignored).parent_path();
+    if (!folder.empty()) std::filesystem::current_path(folder, ignored);
+    return true;
+}
+
+}  // namespace vess

@@ -1,0 +1,38 @@
+// Opening a data file from the file list: the question about the current
+// events, the checks on the file, the channel question, and the replacement
+// of the open recording.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "recording/dialogs.h"
+#include "recording/recording.h"
+#include "recording/workspace.h"
+
+namespace vess {
+
+// The caption and text that tell the user why a file was refused.
+struct OpenRefusal {
+    std::string caption;
+    std::string text;
+};
+OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::string& detail);
+
+// Asks for the channel of a file with several; std::nullopt when cancelled.
+// Answers that are not a channel of the file are explained and asked again.
+std::optional<uint8_t> AskChannel(int channels, Dialogs& dialogs);
+
+// Opens path as the new recording. When the current recording has events,
+// first asks whether to save them; on Yes saveEvents is called, and the
+// opening stops if it returns false (nothing saved, so nothing is dropped).
+// Every refusal shows its message and leaves the recording, its events and
+// the current directory as they were. Returns true when path was opened:
+// the events and their history are emptied, the screen goes back to block 0
+// and the file's folder becomes the current directory.
+bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs,
+                  const std::function<bool()>& saveEvents = {});
+
+}  // namespace vess
