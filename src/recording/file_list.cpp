@@ -1,0 +1,44 @@
+#include "recording/file_list.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "recording/event_file.h"
+#include "recording/open_recording.h"
+#include "recording/texts.h"
+#include "recording/workspace.h"
+
+namespace vess {
+
+bool IsEventFileName(const std::filesystem::path& path) {
+    std::string ext = path.extension().string();
+    std::transform(ext.begin(), ext.end(), ext.begin(),
+                   [](unsigned char c) { return char(std::toupper(c)); });
+    return ext == "." + std::string(texts::kEventFileExtension);
+}
+
+bool OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
+    const auto saveEvents = [&] { return SaveEventFileCommand(ws, dialogs); };
+    if (!IsEventFileName(path)) return OpenDataFile(ws, path, dialogs, saveEvents);
+
+    const EventFileContents file = ReadEventFile(path);
+    if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort) {
+        dialogs.Message(std::string(texts::kDamagedFileCaption), DescribeProblem(file));
+        return false;
+    }
+    if (!file.HasProductTag()) {
+        dialogs.Message(std::string(texts::kNotEventFileCaption), std::string(texts::kNotEventFileText));
+        return false;
+    }
+    const auto dataPath = path.parent_path() / file.storedName;
+    std::error_code ec;
+    if (file.storedName.empty() || !std::filesystem::is_regular_file(dataPath, ec)) {
+        dialogs.Message(std::string(texts::kMissingDataFileCaption),
+                        texts::MissingDataFileText(file.storedName));
+        return false;
+    }
+    if (!OpenDataFile(ws, dataPath, dialogs, saveEvents)) return false;
+    return OpenEventFile(ws, path, dialogs);
+}
+
+}  // namespace vess
