@@ -1,16 +1,138 @@
-// Placeholder until the 'detect' subcommand is written.
+// vess detect: whole-file detection with the desktop program's own code path
+// (the first screen, then the non-stop analysis to the end).
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
 #include <iostream>
+#include <vector>
 
 #include "cli/commands.h"
+#include "cli/detection_options.h"
+#include "detection/whole_file.h"
+#include "recording/event_file.h"
 
 namespace vess::cli {
+namespace {
+
+// Messages go to stderr; nothing is asked on the command line, so questions
+// get their safe answer (No, Cancel, no file).
+class StderrDialogs : public Dialogs {
+public:
+    void Message(const std::string& caption, const std::string& text) override {
+        std::cerr << caption << ": " << text << "\n";
+        ++messages;
+    }
+    bool AskYesNo(const std::string&, const std::string&) override { return false; }
+    Answer AskYesNoCancel(const std::string&, const std::string&) override { return Answer::Cancel; }
+    bool AskOkCancel(const std::string&, const std::string&) override { return false; }
+    std::optional<std::string> Input(const std::string&, const std::string&,
+                                     const std::string&) override {
+        return std::nullopt;
+    }
+    std::optional<std::string> OpenFile(const FileDialogRequest&) override { return std::nullopt; }
+    std::optional<std::string> SaveFile(const FileDialogRequest&) override { return std::nullopt; }
+    int messages = 0;
+};
+
+double Median(std::vector<double> v) {
+    if (v.empty()) return 0;
+    std::sort(v.begin(), v.end());
+    const std::size_t n = v.size();
+    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+}
+
+std::string EventsCsv(const Workspace& ws) {
+    const Recording& rec = *ws.recording;
+    std::string out =
+        "event,time_ms,sample_index,amplitude,amplitude_counts,baseline,noise_counts,"
+        "rise_points,decay_points,rise1090_ms,rise50_points,half_width_ms,slope,area,"
+        "peak_direction\n";
+    for (int32_t i = 1; i <= ws.events.Count(); ++i) {
+        const EventRecord& e = ws.events[i];
+        out += fmt::format("{},{:.4f},{},{:.5g},{},{:.5g},{},{},{},{:.5g},{},{:.5g},{:.5g},{:.5g},{}\n",
+                           i, e.time, e.sampleIndex, rec.Bit2pA2(e.amplitude), e.amplitude,
+                           rec.Bit2pA(e.baseline), e.noise, e.riseTime, e.decayTime, e.rise1090,
+                           e.rise50, e.halfWidth, e.slope1090, e.area, e.peakDirection);
+    }
+    return out;
+}
+
+int RunDetect(const DetectionOptions& options, const std::string& outPath, const std::string& csvPath,
+              bool quiet) {
+    Workspace ws;
+    if (const std::string problem = PrepareWorkspace(options, ws); !problem.empty()) {
+        std::cerr << "vess detect: " << problem << "\n";
+        return 2;
+    }
+    StderrDialogs dialogs;
+    const auto started = std::chrono::steady_clock::now();
+    auto lastReport = started;
+    const ProgressCallback progress = [&](const NonStopAnalysis::Progress& p) {
+        const auto now = std::chrono::steady_clock::now();
+        if (!quiet && now - lastReport > std::chrono::seconds(1)) {
+            lastReport = now;
+            std::cerr << fmt::format("\r{} / {} screens, {} events", p.screensDone + 1,
+                                     p.screensTotal + 1, p.eventsFound)
+                      << std::flush;
+        }
+        return true;
+    };
+    const WholeFileResult result = DetectWholeFile(ws, dialogs, progress);
+    if (!quiet && std::chrono::steady_clock::now() - started > std::chrono::seconds(1))
+        std::cerr << "\n";
+    if (result.improperParameters) return 3;
+
+    const Recording& rec = *ws.recording;
+    if (!outPath.empty()) {
+        const std::string problem =
+            WriteEventFile(outPath, rec.HeaderBytes(), ws.params(), ws.events, rec.FileName());
+        if (!problem.empty()) {
+            std::cerr << "vess detect: " << problem << "\n";
+            return 4;
+        }
+    }
+    if (!csvPath.empty()) {
+        if (const std::string problem = WriteTextFile(csvPath, EventsCsv(ws)); !problem.empty()) {
+            std::cerr << "vess detect: " << problem << "\n";
+            return 4;
+        }
+    }
+    std::vector<double> amplitudes, rises;
+    for (const EventRecord& e : ws.events.Records()) {
+        amplitudes.push_back(rec.Bit2pA2(e.amplitude));
+        rises.push_back(e.rise1090);
+    }
+    const double seconds = double(rec.PointsPerChannel()) * rec.IntervalUs() / 1e6;
+    const std::string units = rec.Units();
+    std::cout << fmt::format("{}: {} events in {:.3f} s ({:.3f} per second), {} screens of {} blocks\n",
+                             rec.FileName(), ws.events.Count(), seconds,
+                             seconds > 0 ? ws.events.Count() / seconds : 0.0, result.screens,
+                             ws.BlocksPerScreen());
+    if (!ws.events.Empty())
+        std::cout << fmt::format("median amplitude {:.4g} {}, median rise time 10-90 {:.4g} ms\n",
+                                 Median(amplitudes), units, Median(rises));
+    return 0;
+}
+
+}  // namespace
 
 void AddDetectCommand(CLI::App& app) {
-    auto* cmd = app.add_subcommand("detect", "not available yet");
-    cmd->allow_extras();
-    cmd->callback([] {
-        std::cerr << "vess detect: not available yet\n";
-        throw CLI::RuntimeError(2);
+    auto* cmd = app.add_subcommand("detect", "detect events in a whole recording");
+    struct State {
+        DetectionOptions options;
+        std::string out, csv;
+        bool quiet = false;
+    };
+    auto state = std::make_shared<State>();
+    AddDetectionOptions(*cmd, state->options);
+    cmd->add_option("--out", state->out, "write the events to this event file (.EVT)");
+    cmd->add_option("--csv", state->csv, "write the events to this CSV file");
+    cmd->add_flag("--quiet", state->quiet, "no progress on stderr");
+    cmd->callback([state] {
+        const int status = RunDetect(state->options, state->out, state->csv, state->quiet);
+        if (status != 0) throw CLI::RuntimeError(status);
     });
 }
 

@@ -1,0 +1,113 @@
+#include "cli/detection_options.h"
+
+#include <charconv>
+#include <cstdio>
+#include <fstream>
+#include <system_error>
+
+#include "recording/event_file.h"
+
+namespace vess::cli {
+namespace {
+
+template <class T>
+bool ParseNumber(const std::string& text, T& out) {
+    const char* end = text.data() + text.size();
+    auto [ptr, ec] = std::from_chars(text.data(), end, out);
+    return ec == std::errc() && ptr == end;
+}
+
+}  // namespace
+
+void AddDetectionOptions(CLI::App& cmd, DetectionOptions& o) {
+    cmd.add_option("FILE", o.file, "ABF 1.x recording with 16-bit samples")->required();
+    cmd.add_option("--channel", o.channel, "channel position, 0-based")->check(CLI::NonNegativeNumber);
+    auto* settings = cmd.add_option("--settings", o.settingsFile,
+                                    "settings file (Vessanto.ini or a .SET copy) for the parameters");
+    auto* par = cmd.add_option("--par", o.parameterFile, "parameter file (.PAR) or event file (.EVT)");
+    settings->excludes(par);
+    cmd.add_option("--set", o.sets,
+                   "override a parameter, e.g. --set ThresholdAmplitude=10 (repeatable); names: "
+                   "PeakDirection ThresholdAmplitude PeriodToSearchMax PeriodStartBaseline "
+                   "PeriodFindDecayTime DecayPercent PeriodBaselineAverage AreaThreshold "
+                   "ComplexPeak NumberPointsPeak");
+    cmd.add_option("--blocks-per-screen", o.blocksPerScreen, "256-point blocks per screen")
+        ->check(CLI::Range(1, 1 << 20));
+}
+
+std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment) {
+    const auto eq = assignment.find('=');
+    if (eq == std::string::npos) return "expected NAME=VALUE, got '" + assignment + "'";
+    const std::string name = assignment.substr(0, eq);
+    const std::string value = assignment.substr(eq + 1);
+    bool ok = false;
+    if (name == "PeakDirection") ok = ParseNumber(value, p.PeakDirection);
+    else if (name == "ThresholdAmplitude") ok = ParseNumber(value, p.ThresholdAmplitude);
+    else if (name == "PeriodToSearchMax") ok = ParseNumber(value, p.PeriodToSearchMax);
+    else if (name == "PeriodStartBaseline") ok = ParseNumber(value, p.PeriodStartBaseline);
+    else if (name == "PeriodFindDecayTime") ok = ParseNumber(value, p.PeriodFindDecayTime);
+    else if (name == "DecayPercent") ok = ParseNumber(value, p.DecayPercent);
+    else if (name == "PeriodBaselineAverage") ok = ParseNumber(value, p.PeriodBaselineAverage);
+    else if (name == "AreaThreshold") ok = ParseNumber(value, p.AreaThreshold);
+    else if (name == "NumberPointsPeak") ok = ParseNumber(value, p.NumberPointsPeak);
+    else if (name == "ComplexPeak") {
+        ok = value == "0" || value == "1" || value == "true" || value == "false";
+        p.ComplexPeak = value == "1" || value == "true";
+    } else {
+        return "unknown parameter '" + name + "'";
+    }
+    if (!ok) return "bad value '" + value + "' for " + name;
+    return {};
+}
+
+std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
+    if (!o.settingsFile.empty()) {
+        return "--settings is not available in this build yet; use --par or --set";
+    }
+    if (!o.parameterFile.empty()) {
+        const EventFileContents contents = ReadEventFile(o.parameterFile);
+        if (!contents.Ok()) return o.parameterFile + ": " + DescribeProblem(contents);
+        if (!contents.HasProductTag())
+            return o.parameterFile + ": not a parameter or an event file of this program";
+        ws.params() = contents.params;
+    }
+    for (const std::string& s : o.sets) {
+        const std::string problem = ApplyParameter(ws.params(), s);
+        if (!problem.empty()) return "--set: " + problem;
+    }
+    if (o.blocksPerScreen > 0) ws.settings.DisplayTotalNumberBlockPerScreen = o.blocksPerScreen;
+
+    AbfError error = AbfError::None;
+    std::string detail;
+    ws.recording = Recording::Open(o.file, &error, &detail);
+    if (!ws.recording) return o.file + ": " + (detail.empty() ? "cannot open the recording" : detail);
+    if (o.channel >= ws.recording->ChannelCount())
+        return o.file + " has " + std::to_string(ws.recording->ChannelCount()) +
+               " channel(s); --channel " + std::to_string(o.channel) + " does not exist";
+    ws.recording->SetChannel(static_cast<uint8_t>(o.channel));
+    ws.screenStartBlock = 0;
+    return {};
+}
+
+std::string WriteTextFile(const std::string& path, const std::string& text) {
+    const std::string temp = path + ".part";
+    {
+        std::ofstream out(temp, std::ios::binary | std::ios::trunc);
+        if (!out) return "cannot write " + path;
+        out << text;
+        out.flush();
+        if (!out) {
+            std::remove(temp.c_str());
+            return "cannot write " + path;
+        }
+    }
+    std::error_code ec;
+    std::filesystem::rename(temp, path, ec);
+    if (ec) {
+        std::remove(temp.c_str());
+        return "cannot write " + path + ": " + ec.message();
+    }
+    return {};
+}
+
+}  // namespace vess::cli

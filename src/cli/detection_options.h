@@ -1,0 +1,41 @@
+// Options shared by the commands that run the detection over a file (detect,
+// score): the channel, where the parameters come from, NAME=VALUE overrides
+// and the screen size. Opening the file and applying the options either
+// succeeds completely or returns a message for the user.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "recording/workspace.h"
+
+namespace vess::cli {
+
+struct DetectionOptions {
+    std::string file;
+    int channel = 0;
+    std::string settingsFile;
+    std::string parameterFile;
+    std::vector<std::string> sets;
+    int blocksPerScreen = 0;  // 0: the settings' value
+};
+
+// Registers --channel, --settings, --par, --set and --blocks-per-screen.
+void AddDetectionOptions(CLI::App& cmd, DetectionOptions& options);
+
+// Opens the recording, selects the channel and fills the parameters and the
+// screen size. Returns an empty string on success, else what went wrong.
+std::string PrepareWorkspace(const DetectionOptions& options, Workspace& ws);
+
+// Applies one NAME=VALUE to the detection parameters; empty string on
+// success.
+std::string ApplyParameter(AnalysisParameters& params, const std::string& assignment);
+
+// Writes text to path through a temporary file renamed over it; empty string
+// on success.
+std::string WriteTextFile(const std::string& path, const std::string& text);
+
+}  // namespace vess::cli
