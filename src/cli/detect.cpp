@@ -12,6 +12,7 @@
 #include "cli/detection_options.h"
 #include "detection/whole_file.h"
 #include "recording/event_file.h"
+#include "recording/file_io.h"
 
 namespace vess::cli {
 namespace {
@@ -94,7 +95,7 @@ int RunDetect(const DetectionOptions& options, const std::string& outPath, const
         }
     }
     if (!csvPath.empty()) {
-        if (const std::string problem = WriteTextFile(csvPath, EventsCsv(ws)); !problem.empty()) {
+        if (const std::string problem = WriteFileAtomic(csvPath, EventsCsv(ws)); !problem.empty()) {
             std::cerr << "vess detect: " << problem << "\n";
             return 4;
         }

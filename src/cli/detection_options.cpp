@@ -1,11 +1,11 @@
 #include "cli/detection_options.h"
 
 #include <charconv>
-#include <cstdio>
-#include <fstream>
 #include <system_error>
 
-#include "recording/event_file.h"
+#include "recording/file_io.h"
+#include "recording/parameter_file.h"
+#include "recording/settings_file.h"
 
 namespace vess::cli {
 namespace {
@@ -61,13 +61,20 @@ std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment)
 }
 
 std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
+    std::error_code ec;
     if (!o.settingsFile.empty()) {
-        return "--settings is not available in this build yet; use --par or --set";
+        // A missing settings file would silently give the defaults.
+        if (!std::filesystem::is_regular_file(o.settingsFile, ec))
+            return o.settingsFile + ": no such settings file";
+        ws.settings = LoadIniSettings(o.settingsFile);
     }
     if (!o.parameterFile.empty()) {
-        const EventFileContents contents = ReadEventFile(o.parameterFile);
-        if (!contents.Ok()) return o.parameterFile + ": " + DescribeProblem(contents);
-        if (!contents.HasProductTag())
+        const std::optional<std::vector<uint8_t>> bytes = ReadFileBytes(o.parameterFile);
+        if (!bytes) return o.parameterFile + ": cannot open the parameter file";
+        const ParameterFileContents contents = ParseParameterFile(*bytes, ws.params());
+        if (contents.problem != EventFileProblem::None)
+            return o.parameterFile + ": too short or unreadable for a parameter file";
+        if (!contents.hasProductTag)
             return o.parameterFile + ": not a parameter or an event file of this program";
         ws.params() = contents.params;
     }
@@ -86,27 +93,6 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
                " channel(s); --channel " + std::to_string(o.channel) + " does not exist";
     ws.recording->SetChannel(static_cast<uint8_t>(o.channel));
     ws.screenStartBlock = 0;
-    return {};
-}
-
-std::string WriteTextFile(const std::string& path, const std::string& text) {
-    const std::string temp = path + ".part";
-    {
-        std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-        if (!out) return "cannot write " + path;
-        out << text;
-        out.flush();
-        if (!out) {
-            std::remove(temp.c_str());
-            return "cannot write " + path;
-        }
-    }
-    std::error_code ec;
-    std::filesystem::rename(temp, path, ec);
-    if (ec) {
-        std::remove(temp.c_str());
-        return "cannot write " + path + ": " + ec.message();
-    }
     return {};
 }
 

@@ -34,8 +34,4 @@ std::string PrepareWorkspace(const DetectionOptions& options, Workspace& ws);
 // success.
 std::string ApplyParameter(AnalysisParameters& params, const std::string& assignment);
 
-// Writes text to path through a temporary file renamed over it; empty string
-// on success.
-std::string WriteTextFile(const std::string& path, const std::string& text);
-
 }  // namespace vess::cli
