@@ -1,0 +1,20 @@
+#include "recording/template_header.h"
+
+#include <system_error>
+
+#include "recording/abf_writer.h"
+#include "recording/texts.h"
+
+namespace vess {
+
+TemplateHeaderResult EnsureTemplateHeader(const std::filesystem::path& folder) {
+    TemplateHeaderResult result{folder / std::string(texts::kTemplateHeaderFileName), {}};
+    std::error_code ec;
+    if (std::filesystem::is_regular_file(result.path, ec)) return result;
+    AbfWriteSpec spec;  // one channel in pA, 50 us
+    spec.comment = "template header";
+    result.error = WriteAbf(result.path, spec, {});
+    return result;
+}
+
+}  // namespace vess

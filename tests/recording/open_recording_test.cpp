@@ -1,0 +1,278 @@
+// Opening a data file through the dialogs: the question about the current
+// events, the refusals (each with its exact message, leaving the previous
+// recording and events as they were), and the channel question.
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "recording/abf_layout.h"
+#include "recording/abf_writer.h"
+#include "recording/le_bytes.h"
+#include "recording/open_recording.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/texts.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+using test::TempDir;
+
+// A valid file of `channels` channels and `frames` frames as bytes.
+std::vector<uint8_t> ValidBytes(int channels = 1, int frames = 600) {
+    AbfWriteSpec spec = test::MakeSpec(50.0);
+    spec.channels.resize(std::size_t(channels));
+    std::vector<uint8_t> bytes = BuildAbfHeader(spec, frames);
+    const std::size_t at = bytes.size();
+    bytes.resize(at + std::size_t(frames * channels) * 2);
+    for (int i = 0; i < frames * channels; ++i)
+        le::Put<int16_t>(std::span<uint8_t>(bytes), at + 2 * std::size_t(i), int16_t(i % 1000));
+    return bytes;
+}
+
+template <class T>
+void Set(std::vector<uint8_t>& b, std::size_t offset, T value) {
+    le::Put<T>(std::span<uint8_t>(b), offset, value);
+}
+
+std::filesystem::path Save(const TempDir& dir, const std::string& name,
+                           const std::vector<uint8_t>& bytes) {
+    const auto p = dir / name;
+    std::ofstream(p, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+    return p;
+}
+
+class OpenDataFileTest : public ::testing::Test {
+protected:
+    TempDir dir;
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    // Opening changes the current directory; every test starts and ends in a
+    // folder that outlives it (an earlier test may have left us in a removed one).
+    std::filesystem::path cwd = StableCwd();
+    const Recording* previous = nullptr;
+
+    static std::filesystem::path StableCwd() {
+        std::filesystem::current_path(std::filesystem::temp_directory_path());
+        return std::filesystem::current_path();
+    }
+    void TearDown() override { std::filesystem::current_path(cwd); }
+
+    // A recording already open, with two events and a screen further on.
+    void OpenPrevious() {
+        ASSERT_TRUE(OpenDataFile(ws, Save(dir, "previous.abf", ValidBytes()), dialogs));
+        previous = ws.recording.get();
+        EventRecord e;
+        e.amplitude = 12;
+        ws.events.Append(e);
+        ws.events.Append(e);
+        ws.screenStartBlock = 2;
+        std::filesystem::current_path(cwd);
+    }
+    void ExpectPreviousKept() {
+        EXPECT_EQ(ws.recording.get(), previous);
+        EXPECT_EQ(ws.events.Count(), 2);
+        EXPECT_EQ(ws.screenStartBlock, 2);
+        EXPECT_EQ(std::filesystem::current_path(), cwd);
+    }
+};
+
+struct Corruption {
+    const char* name;
+    std::function<void(std::vector<uint8_t>&)> apply;
+    std::string_view caption;
+    std::string_view text;
+};
+
+TEST_F(OpenDataFileTest, EachMalformedFileIsRefusedWithItsMessageAndChangesNothing) {
+    OpenPrevious();
+    using namespace abf;
+    const std::string_view damaged = texts::kDamagedAbfCaption;
+    const Corruption cases[] = {
+        {"signature ABF2", [](auto& b) { b[3] = '2'; }, texts::kNotAbfCaption, texts::kNotAbfText},
+        {"signature shifted", [](auto& b) { b[0] = ' '; b[1] = 'A'; b[2] = 'B'; b[3] = 'F'; },
+         texts::kNotAbfCaption, texts::kNotAbfText},
+        {"empty file", [](auto& b) { b.clear(); }, texts::kNotAbfCaption, texts::kNotAbfText},
+        {"floating point", [](auto& b) { Set<int16_t>(b, kDataFormat, 1); },
+         texts::kNotIntegerCaption, texts::kNotIntegerText},
+        // Floating point wins over every other fault.
+        {"floating point, truncated, no channels",
+         [](auto& b) { Set<int16_t>(b, kDataFormat, 1); Set<int16_t>(b, kADCNumChannels, 0);
+                       b.resize(200); },
+         texts::kNotIntegerCaption, texts::kNotIntegerText},
+        {"shorter than the header", [](auto& b) { b.resize(2047); }, damaged, texts::kTooShortText},
+        {"no channels", [](auto& b) { Set<int16_t>(b, kADCNumChannels, 0); }, damaged,
+         texts::kBadChannelCountText},
+        {"negative channels", [](auto& b) { Set<int16_t>(b, kADCNumChannels, -2); }, damaged,
+         texts::kBadChannelCountText},
+        {"17 channels", [](auto& b) { Set<int16_t>(b, kADCNumChannels, 17); }, damaged,
+         texts::kBadChannelCountText},
+        {"ADC 16 in the sequence", [](auto& b) { Set<int16_t>(b, kADCSamplingSeq, 16); }, damaged,
+         texts::kBadSamplingSequenceText},
+        {"zero interval", [](auto& b) { Set<float>(b, kADCSampleInterval, 0.0f); }, damaged,
+         texts::kBadIntervalText},
+        {"negative interval", [](auto& b) { Set<float>(b, kADCSampleInterval, -50.0f); }, damaged,
+         texts::kBadIntervalText},
+        {"NaN interval",
+         [](auto& b) { Set<float>(b, kADCSampleInterval, std::numeric_limits<float>::quiet_NaN()); },
+         damaged, texts::kBadIntervalText},
+        {"infinite interval",
+         [](auto& b) { Set<float>(b, kADCSampleInterval, std::numeric_limits<float>::infinity()); },
+         damaged, texts::kBadIntervalText},
+        {"zero ADC range", [](auto& b) { Set<float>(b, kADCRange, 0.0f); }, damaged,
+         texts::kBadScalingText},
+        {"zero resolution", [](auto& b) { Set<int32_t>(b, kADCResolution, 0); }, damaged,
+         texts::kBadScalingText},
+        {"data pointer past the end", [](auto& b) { Set<int32_t>(b, kDataSectionPtr, 100000); },
+         damaged, texts::kBadDataPointerText},
+        {"data pointer inside the header", [](auto& b) { Set<int32_t>(b, kDataSectionPtr, 1); },
+         damaged, texts::kBadDataPointerText},
+        {"huge data pointer", [](auto& b) { Set<int32_t>(b, kDataSectionPtr, INT32_MAX); }, damaged,
+         texts::kBadDataPointerText},
+        {"negative data pointer", [](auto& b) { Set<int32_t>(b, kDataSectionPtr, -12); }, damaged,
+         texts::kBadDataPointerText},
+        {"no samples stated", [](auto& b) { Set<int32_t>(b, kActualAcqLength, 0); }, damaged,
+         texts::kBadAcqLengthText},
+        {"negative length", [](auto& b) { Set<int32_t>(b, kActualAcqLength, -600); }, damaged,
+         texts::kBadAcqLengthText},
+        {"header only", [](auto& b) { b.resize(kExtendedHeaderBytes + 1); }, damaged,
+         texts::kBadAcqLengthText},
+        {"tags past the end",
+         [](auto& b) { Set<int32_t>(b, kNumTagEntries, 3); Set<int32_t>(b, kTagSectionPtr, 14); },
+         damaged, texts::kBadTagPointerText},
+        {"many tags",
+         [](auto& b) { Set<int32_t>(b, kNumTagEntries, INT32_MAX); Set<int32_t>(b, kTagSectionPtr, 12); },
+         damaged, texts::kBadTagPointerText},
+        {"negative tag count", [](auto& b) { Set<int32_t>(b, kNumTagEntries, -1); }, damaged,
+         texts::kBadTagPointerText},
+    };
+    for (const Corruption& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::vector<uint8_t> bytes = ValidBytes();
+        c.apply(bytes);
+        dialogs.ClearTranscript();
+        dialogs.AnswerYesNo(false);  // do not save the two events
+        EXPECT_FALSE(OpenDataFile(ws, Save(dir, "bad.abf", bytes), dialogs));
+        const auto messages = dialogs.Messages();
+        ASSERT_EQ(messages.size(), 1u);
+        EXPECT_EQ(messages[0].caption, c.caption);
+        EXPECT_EQ(messages[0].text, c.text);
+        ExpectPreviousKept();
+    }
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(OpenDataFileTest, AMissingFileIsReportedByName) {
+    OpenPrevious();
+    dialogs.AnswerYesNo(false);
+    EXPECT_FALSE(OpenDataFile(ws, dir / "gone.abf", dialogs));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, texts::kCannotOpenCaption);
+    EXPECT_NE(dialogs.Messages()[0].text.find("gone.abf"), std::string::npos);
+    ExpectPreviousKept();
+}
+
+TEST_F(OpenDataFileTest, ALengthPastTheEndOfTheFileIsClippedToTheFramesPresent) {
+    std::vector<uint8_t> bytes = ValidBytes(2, 600);
+    Set<int32_t>(bytes, abf::kActualAcqLength, 2 * 5000);
+    bytes.resize(bytes.size() - 3);  // and a partial last frame
+    dialogs.AnswerInput("1");
+    ASSERT_TRUE(OpenDataFile(ws, Save(dir, "cut.abf", bytes), dialogs));
+    EXPECT_EQ(ws.recording->PointsPerChannel(), 599);
+    EXPECT_EQ(ws.recording->BlockCount(), 2);  // 599 / 256 = 2.34
+    EXPECT_EQ(ws.recording->Sample(598), int16_t((598 * 2 + 1) % 1000));
+    EXPECT_EQ(ws.recording->Sample(100000), ws.recording->Sample(598));
+}
+
+TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
+    OpenPrevious();
+    const auto next = Save(dir, "next.abf", ValidBytes());
+    int saves = 0;
+    // Yes, but the save does not happen: the opening stops.
+    dialogs.AnswerYesNo(true);
+    EXPECT_FALSE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return false; }));
+    EXPECT_EQ(saves, 1);
+    ExpectPreviousKept();
+    const DialogEntry& q = dialogs.Transcript().back();
+    EXPECT_EQ(q.kind, DialogEntry::Kind::YesNo);
+    EXPECT_EQ(q.caption, texts::kSavePreviousEventsCaption);
+    EXPECT_EQ(q.text, "There are 2 events analysed for previous.abf.  Do you want to save the "
+                      "event data?");
+    // Yes and saved: the new file replaces the old, events and history emptied.
+    ws.history.Checkpoint(ws.events, "edit");
+    dialogs.AnswerYesNo(true);
+    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return true; }));
+    EXPECT_EQ(saves, 2);
+    EXPECT_EQ(ws.recording->FileName(), "next.abf");
+    EXPECT_TRUE(ws.events.Empty());
+    EXPECT_FALSE(ws.history.CanUndo());
+    EXPECT_FALSE(ws.history.Modified());
+    EXPECT_EQ(ws.screenStartBlock, 0);
+    EXPECT_EQ(std::filesystem::current_path(), std::filesystem::canonical(dir.Path()));
+    // No events: no question.
+    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return true; }));
+    EXPECT_EQ(saves, 2);
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(OpenDataFileTest, OneChannelOpensOnChannel0WithoutAQuestion) {
+    // ScriptedDialogs throws on any prompt not scripted.
+    ASSERT_TRUE(OpenDataFile(ws, Save(dir, "one.abf", ValidBytes(1)), dialogs));
+    EXPECT_EQ(ws.recording->Channel(), 0);
+    EXPECT_TRUE(dialogs.Transcript().empty());
+}
+
+TEST_F(OpenDataFileTest, ChannelQuestionAsksAgainUntilAValidAnswerOrCancel) {
+    const auto three = Save(dir, "three.abf", ValidBytes(3));
+    dialogs.AnswerInput("3").AnswerInput("one").AnswerInput("-1").AnswerInput(" 2 ");
+    ASSERT_TRUE(OpenDataFile(ws, three, dialogs));
+    EXPECT_EQ(ws.recording->Channel(), 2);
+    EXPECT_EQ(ws.recording->Sample(1), 5);  // frame 1, position 2 = sample 5
+    const auto& t = dialogs.Transcript();
+    ASSERT_EQ(t.size(), 7u);  // four questions, three explanations
+    EXPECT_EQ(t[0].caption, texts::kChannelCaption);
+    EXPECT_EQ(t[0].text, "This file has 3 input channels, starting from channel 0.  Please enter "
+                         "the channel number to open.");
+    EXPECT_EQ(t[1].caption, texts::kInvalidChannelCaption);
+    EXPECT_EQ(t[1].text, texts::InvalidChannelText("3", 3));
+    EXPECT_EQ(t[3].text, texts::InvalidChannelText("one", 3));
+
+    // Cancel, or an empty answer, keeps the recording that was open.
+    const Recording* open = ws.recording.get();
+    dialogs.AnswerInput(std::nullopt).AnswerInput("");
+    EXPECT_FALSE(OpenDataFile(ws, three, dialogs));
+    EXPECT_FALSE(OpenDataFile(ws, three, dialogs));
+    EXPECT_EQ(ws.recording.get(), open);
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST(RealRecordingOpen, PartialLastChunkFileOpensWithTheListedValues) {
+    VESS_REQUIRE_SHARED_DATA();
+    std::filesystem::current_path(std::filesystem::temp_directory_path());
+    const auto cwd = std::filesystem::current_path();
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    dialogs.AnswerInput("1");
+    ASSERT_TRUE(OpenDataFile(ws, test::SharedData() / "abf1/19911002-2.abf", dialogs));
+    std::filesystem::current_path(cwd);
+    EXPECT_EQ(ws.recording->BlockCount(), 3548);
+    EXPECT_EQ(ws.recording->PointsPerChannel(), 908288);
+    EXPECT_EQ(ws.recording->Units(), "nA");
+    EXPECT_EQ(ws.recording->Sample(0), -249);
+}
+
+TEST(RealRecordingOpen, FloatingPointFileIsRefused) {
+    VESS_REQUIRE_SHARED_DATA();
+    // An ABF 2 file in floating point: its signature is not "ABF " either,
+    // so the signature message comes first.
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    EXPECT_FALSE(OpenDataFile(ws, test::SharedData() / "abf2/SWHLab_gain_float32.abf", dialogs));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, texts::kNotAbfCaption);
+    EXPECT_FALSE(ws.recording);
+}
+
+}  // namespace
+}  // namespace vess
