@@ -1,10 +1,49 @@
-// Desktop workbench entry point (the main window is being built).
+// The desktop workbench: loads the settings from the program's folder, opens
+// the file given on the command line, and shows the main window.
+//
+//   vessantorium [FILE.abf|FILE.EVT]
+//   vessantorium --screenshot OUT.png [--screens N] FILE.abf
+//       opens FILE, analyses its first N screens (default 8), saves a picture
+//       of the window to OUT.png and exits.
 #include <QApplication>
-#include <QLabel>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+#include <QTimer>
+
+#include "app/main_window.h"
+#include "app/qt_dialogs.h"
+#include "app/screenshot.h"
+#include "recording/settings_file.h"
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    QLabel label("Vessantorium");
-    label.show();
+    QApplication::setApplicationName("Vessantorium");
+    QApplication::setOrganizationName("Vessantorium");
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Detection and review of synaptic events in ABF recordings");
+    parser.addHelpOption();
+    parser.addOption({"screenshot", "Save a picture of the window to <png> and exit.", "png"});
+    parser.addOption({"screens", "Screens to analyse before a screenshot.", "n", "8"});
+    parser.addPositionalArgument("file", "ABF or event file to open.");
+    parser.process(app);
+
+    vess::Workspace ws;
+    ws.iniPath = vess::DefaultIniPath(QCoreApplication::applicationDirPath().toStdString());
+    ws.settings = vess::LoadIniSettings(ws.iniPath);
+    const QStringList files = parser.positionalArguments();
+    if (!files.isEmpty())  // start in the folder of the file given
+        ws.settings.DataDir = QFileInfo(files.first()).absolutePath().toStdString();
+
+    vess::QtDialogs dialogs;
+    vess::MainWindow window(ws, dialogs);
+    dialogs.SetParent(&window);
+    window.show();
+    if (!files.isEmpty()) window.OpenPath(files.first());
+
+    if (parser.isSet("screenshot")) {
+        const int screens = parser.value("screens").toInt();
+        return vess::TakeScreenshot(window, parser.value("screenshot"), screens) ? 0 : 1;
+    }
     return app.exec();
 }

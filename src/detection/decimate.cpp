@@ -36,3 +36,39 @@ BlockExtremes SummariseBlocks(std::span<const int16_t> samples, int blockPoints)
 }
 
 }  // namespace vess
+
+namespace vess {
+namespace {
+// Counts per level: the 16-bit range makes a histogram cheaper than sorting.
+std::vector<int64_t> Histogram(std::span<const int16_t> samples) {
+    std::vector<int64_t> h(65536, 0);
+    for (int16_t s : samples) ++h[std::size_t(int(s) + 32768)];
+    return h;
+}
+int16_t LevelAtRank(const std::vector<int64_t>& h, int64_t rank) {
+    int64_t seen = 0;
+    for (std::size_t i = 0; i < h.size(); ++i) {
+        seen += h[i];
+        if (seen > rank) return static_cast<int16_t>(int(i) - 32768);
+    }
+    return 32767;
+}
+}  // namespace
+
+LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction) {
+    if (samples.empty()) return {};
+    const auto h = Histogram(samples);
+    const auto n = static_cast<int64_t>(samples.size());
+    const auto tail = static_cast<int64_t>(double(n) * std::clamp(tailFraction, 0.0, 0.5));
+    return {LevelAtRank(h, tail), LevelAtRank(h, n - 1 - tail)};
+}
+
+int16_t MedianLevel(std::span<const int16_t> samples) {
+    if (samples.empty()) return 0;
+    std::vector<int16_t> v(samples.begin(), samples.end());
+    const auto mid = v.begin() + std::ptrdiff_t((v.size() - 1) / 2);
+    std::nth_element(v.begin(), mid, v.end());
+    return *mid;
+}
+
+}  // namespace vess

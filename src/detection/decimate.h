@@ -44,3 +44,20 @@ struct BlockExtremes {
 BlockExtremes SummariseBlocks(std::span<const int16_t> samples, int blockPoints);
 
 }  // namespace vess
+
+namespace vess {
+
+// The levels below which and above which a small fraction of the samples lie
+// (e.g. 0.0005 each side): the span a display needs for the trace without
+// letting a rare artefact flatten it.
+struct LevelRange {
+    int16_t low = 0;
+    int16_t high = 0;
+};
+LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction);
+
+// The middle level of a run of samples (the lower median), used to centre
+// the display on the baseline rather than on the events.
+int16_t MedianLevel(std::span<const int16_t> samples);
+
+}  // namespace vess

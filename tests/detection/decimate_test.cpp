@@ -73,3 +73,23 @@ TEST(Decimate, BlockSummaryCoversAShortLastBlock) {
 
 }  // namespace
 }  // namespace vess
+
+namespace vess {
+namespace {
+
+// A rare artefact does not set the display span; the baseline sets the centre.
+TEST(DisplayLevels, RobustRangeIgnoresRareArtefactsAndMedianFindsBaseline) {
+    std::vector<int16_t> v(10000);
+    for (std::size_t i = 0; i < v.size(); ++i) v[i] = static_cast<int16_t>(100 + int(i % 21) - 10);
+    v[500] = -30000;  // one artefact sample
+    for (std::size_t i = 2000; i < 2100; ++i) v[i] = -400;  // an event, 1 % of the samples
+    const LevelRange r = RobustRange(v, 0.0005);
+    EXPECT_EQ(r.low, -400);   // the event's samples are more than the tail
+    EXPECT_EQ(r.high, 110);
+    EXPECT_EQ(RobustRange(v, 0).low, -30000);
+    EXPECT_EQ(MedianLevel(v), 100);
+    EXPECT_EQ(MedianLevel(std::vector<int16_t>{5, 1, 9, 7}), 5);  // lower median
+}
+
+}  // namespace
+}  // namespace vess

@@ -151,17 +151,21 @@ std::optional<int64_t> TraceView::PeakIndexOf(const EventRecord& r) const {
 void TraceView::UpdateCentre() {
     if (!screen_) return;
     const int n = screen_->WindowLen();
-    int64_t lo = INT64_MAX, hi = INT64_MIN;
-    double sum = 0;
-    for (int i = 0; i < n; ++i) {
-        const int16_t v = screen_->GetSampleValue(i);
-        lo = std::min<int64_t>(lo, v), hi = std::max<int64_t>(hi, v);
-        sum += v;
+    std::vector<int16_t> samples(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) samples[std::size_t(i)] = screen_->GetSampleValue(i);
+    // The start of a recording fixes the vertical scale, so that event sizes
+    // look alike from screen to screen; gain changes it from there.
+    if (spanCounts_ <= 0) {
+        const Recording& rec = screen_->Rec();
+        std::vector<int16_t> head(std::size_t(std::min<int64_t>(rec.PointsPerChannel(), 400000)));
+        rec.ReadSamples(0, head);
+        const LevelRange r = RobustRange(head.empty() ? std::span<const int16_t>(samples)
+                                                      : std::span<const int16_t>(head),
+                                         0.0002);
+        spanCounts_ = std::max(64.0, (double(r.high) - double(r.low)) * 1.4);
     }
-    // The first screen of a recording fixes the vertical scale, so that event
-    // sizes look alike from screen to screen; gain changes it from there.
-    if (spanCounts_ <= 0) spanCounts_ = std::max<double>(64.0, double(hi - lo) * 1.6);
-    if (!lockBase_ || !haveLockedCentre_) centreCounts_ = sum / n;
+    // The baseline (the median) sits in the middle, not the mean of the events.
+    if (!lockBase_ || !haveLockedCentre_) centreCounts_ = MedianLevel(samples);
     haveLockedCentre_ = true;
 }
 

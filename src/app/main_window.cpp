@@ -1,0 +1,328 @@
+#include "app/main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSettings>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include "app/nonstop_runner.h"
+#include "detection/navigation.h"
+#include "detection/ui/parameter_panel.h"
+#include "detection/ui/texts.h"
+#include "detection/ui/trace_view.h"
+#include "recording/screen.h"
+#include "recording/settings_file.h"
+#include "recording/texts.h"
+#include "recording/ui/event_grid_model.h"
+#include "recording/ui/file_browser.h"
+
+namespace vess {
+
+MainWindow::MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
+    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), nonStop_(std::make_unique<NonStopRunner>(ws)) {
+    setObjectName("frmMain");
+    setWindowTitle("Vessantorium");
+    BuildLayout();
+    BuildMenus();
+    connect(nonStop_.get(), &NonStopRunner::Progress, this, &MainWindow::OnNonStopProgress);
+
+    // Start folder: the data folder of the settings when it exists, else home.
+    const QString dataDir = QString::fromStdString(ws_.settings.DataDir);
+    files_->SetFolder(!dataDir.isEmpty() && QDir(dataDir).exists() ? dataDir : QDir::homePath());
+    RestoreGeometry();
+    RefreshAll();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::BuildLayout() {
+    files_ = new FileBrowser(this);
+    connect(files_, &FileBrowser::FileChosen, this, &MainWindow::OnFileChosen);
+    connect(files_, &FileBrowser::FolderChanged, this, [this](const QString& folder) {
+        ws_.settings.DataDir = QDir::toNativeSeparators(folder).toStdString();
+    });
+
+    trace_ = new TraceView(this);
+    connect(trace_, &TraceView::TraceClicked, this, &MainWindow::OnTraceClicked);
+    connect(trace_, &TraceView::PointerMoved, this, [this](double ms, double level) {
+        statusPointer_->setText(QString("%1 ms, %2 %3")
+                                    .arg(ms, 0, 'f', 2)
+                                    .arg(level, 0, 'f', 2)
+                                    .arg(ws_.recording ? QString::fromStdString(ws_.recording->Units())
+                                                       : QString()));
+    });
+    scroll_ = new QScrollBar(Qt::Horizontal, this);
+    scroll_->setObjectName("HScroll1");
+    scroll_->setToolTip(tr("Screens of the recording"));
+    connect(scroll_, &QScrollBar::valueChanged, this, &MainWindow::OnScroll);
+    cursorLabel_ = new QLabel(this);
+    cursorLabel_->setObjectName("lbCursor");
+    cursorLabel_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    connect(trace_, &TraceView::CursorReadoutChanged, cursorLabel_, &QLabel::setText);
+
+    gridModel_ = new EventGridModel(ws_, this);
+    grid_ = new QTableView(this);
+    grid_->setObjectName("TDBGrid1");
+    grid_->setModel(gridModel_);
+    grid_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grid_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    grid_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grid_->setAlternatingRowColors(true);
+    grid_->verticalHeader()->setDefaultSectionSize(grid_->fontMetrics().height() + 6);
+    grid_->verticalHeader()->hide();
+    grid_->horizontalHeader()->setDefaultSectionSize(84);
+    grid_->setContextMenuPolicy(Qt::ActionsContextMenu);
+    connect(grid_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex& current) { OnGridRowChosen(current.row()); });
+
+    params_ = new ParameterPanel(this);
+    connect(params_, &ParameterPanel::ParametersEdited, this, &MainWindow::OnParametersEdited);
+    connect(params_, &ParameterPanel::NumberPointsPeakChosen, this, &MainWindow::OnNumberPointsPeak);
+    connect(params_, &ParameterPanel::SoundToggled, this, [this](bool on) { ws_.settings.SoundOn = on; });
+
+    // Buttons; the actions behind them are made in BuildMenus.
+    auto* buttons = new QWidget(this);
+    auto* grid = new QGridLayout(buttons);
+    grid->setContentsMargins(0, 0, 0, 0);
+    const char* captions[] = {"Analyze", "Next window", "Non-stop", "Stop", "Reset",
+                              "Save settings", "Save settings"};
+    for (int i = 0; i < 7; ++i) {
+        auto* b = new QPushButton(tr(captions[i]), buttons);
+        b->setObjectName(QString("Command%1").arg(i + 1));
+        b->setFocusPolicy(Qt::NoFocus);
+        buttons_.push_back(b);
+    }
+    buttons_[6]->hide();  // Command7 duplicates Command6; kept for its name
+    for (int i = 0; i < 6; ++i) grid->addWidget(buttons_[std::size_t(i)], i / 2, i % 2);
+    groupNav_ = new QComboBox(buttons);
+    groupNav_->setObjectName("cbGpNav");
+    for (const std::string& item : GroupNavigationItems())
+        groupNav_->addItem(QString::fromStdString(item));
+    groupNav_->setToolTip(tr("Group followed by the grouped-event jumps (1 2 3 4)"));
+    connect(groupNav_, &QComboBox::activated, this, &MainWindow::OnGroupNavigate);
+    grid->addWidget(new QLabel(tr("Navigate group"), buttons), 3, 0);
+    grid->addWidget(groupNav_, 3, 1);
+    progress_ = new QProgressBar(buttons);
+    progress_->setObjectName("pbNonStop");
+    progress_->setTextVisible(true);
+    progress_->setFormat(tr("Ready"));
+    progress_->setValue(0);
+    grid->addWidget(progress_, 4, 0, 1, 2);
+
+    auto* left = new QWidget(this);
+    auto* leftLayout = new QVBoxLayout(left);
+    leftLayout->setContentsMargins(4, 4, 4, 4);
+    leftSplit_ = new QSplitter(Qt::Vertical, left);
+    leftSplit_->setObjectName("splitLeft");
+    leftSplit_->addWidget(files_);
+    auto* controls = new QWidget(leftSplit_);
+    auto* controlsLayout = new QVBoxLayout(controls);
+    controlsLayout->setContentsMargins(0, 0, 0, 0);
+    controlsLayout->addWidget(params_);
+    controlsLayout->addWidget(buttons);
+    controlsLayout->addStretch();
+    leftSplit_->addWidget(controls);
+    leftSplit_->setStretchFactor(0, 1);
+    leftLayout->addWidget(leftSplit_);
+
+    auto* traceBox = new QWidget(this);
+    auto* traceLayout = new QVBoxLayout(traceBox);
+    traceLayout->setContentsMargins(0, 0, 0, 0);
+    traceLayout->setSpacing(2);
+    traceLayout->addWidget(trace_, 1);
+    traceLayout->addWidget(scroll_);
+    traceLayout->addWidget(cursorLabel_);
+
+    rightSplit_ = new QSplitter(Qt::Vertical, this);
+    rightSplit_->setObjectName("splitRight");
+    rightSplit_->addWidget(traceBox);
+    rightSplit_->addWidget(grid_);
+    rightSplit_->setStretchFactor(0, 3);
+    rightSplit_->setStretchFactor(1, 2);
+
+    mainSplit_ = new QSplitter(Qt::Horizontal, this);
+    mainSplit_->setObjectName("splitMain");
+    mainSplit_->addWidget(left);
+    mainSplit_->addWidget(rightSplit_);
+    mainSplit_->setStretchFactor(1, 1);
+    mainSplit_->setSizes({330, 950});
+    setCentralWidget(mainSplit_);
+
+    statusFile_ = new QLabel(this);
+    statusChannel_ = new QLabel(this);
+    statusScreen_ = new QLabel(this);
+    statusPointer_ = new QLabel(this);
+    statusEvents_ = new QLabel(this);
+    statusFile_->setObjectName("lbFile");
+    statusScreen_->setObjectName("lbScreen");
+    statusEvents_->setObjectName("lbEvents");
+    statusBar()->addWidget(statusFile_, 2);
+    for (QLabel* l : {statusChannel_, statusScreen_, statusPointer_, statusEvents_})
+        statusBar()->addWidget(l, 1);
+    resize(1280, 820);
+}
+
+void MainWindow::RestoreGeometry() {
+    QSettings s("Vessantorium", "Workbench");
+    if (s.contains("geometry")) restoreGeometry(s.value("geometry").toByteArray());
+    for (QSplitter* sp : {leftSplit_, rightSplit_, mainSplit_})
+        if (s.contains(sp->objectName())) sp->restoreState(s.value(sp->objectName()).toByteArray());
+}
+
+void MainWindow::SaveGeometry() {
+    QSettings s("Vessantorium", "Workbench");
+    s.setValue("geometry", saveGeometry());
+    for (QSplitter* sp : {leftSplit_, rightSplit_, mainSplit_}) s.setValue(sp->objectName(), sp->saveState());
+}
+
+QAction* MainWindow::Action(const QString& objectName) const {
+    const auto it = actions_.find(objectName);
+    return it == actions_.end() ? nullptr : it->second;
+}
+
+bool MainWindow::NonStopRunning() const { return nonStop_->Running(); }
+
+// ---- Redrawing ---------------------------------------------------------------
+
+void MainWindow::RefreshAll() {
+    RebuildScreen();
+    params_->Show(ws_.settings, ws_.recording ? ws_.recording->Units() : std::string());
+    groupNav_->setCurrentIndex(GroupNavigationFilter(ws_.settings));
+    RefreshGrid();
+    RefreshTrace();
+    RefreshStatus();
+    RefreshActions();
+}
+
+void MainWindow::RebuildScreen() {
+    if (!ws_.recording) {
+        if (screen_) {
+            screen_.reset();
+            trace_->SetScreen(nullptr);
+        }
+        return;
+    }
+    if (screen_ && &screen_->Rec() == ws_.recording.get() && screen_->StartBlock() == ws_.screenStartBlock &&
+        screen_->BlocksPerScreen() == ws_.BlocksPerScreen())
+        return;
+    const bool newRecording = !screen_ || &screen_->Rec() != ws_.recording.get();
+    screen_ = std::make_unique<Screen>(*ws_.recording, ws_.screenStartBlock, ws_.BlocksPerScreen());
+    if (newRecording) trace_->ResetScale();
+    trace_->SetScreen(screen_.get());
+}
+
+void MainWindow::RefreshTrace() {
+    RebuildScreen();
+    trace_->SetEvents(&ws_.events, &ws_.params());
+    trace_->SetSelectedEvent(ws_.selectedEvent);
+    trace_->SetDisplay(DisplayScaleFromSettings(ws_.settings), ws_.settings.LockBase);
+    const ScreenGeometry g = GeometryOf(ws_);
+    const QSignalBlocker block(scroll_);
+    if (g.HasRecording()) {
+        scroll_->setEnabled(true);
+        scroll_->setRange(0, g.LastScreenStart() / g.blocksPerScreen);
+        scroll_->setPageStep(1);
+        scroll_->setValue(ws_.screenStartBlock / g.blocksPerScreen);
+    } else {
+        scroll_->setEnabled(false);
+        scroll_->setRange(0, 0);
+    }
+    trace_->update();
+}
+
+void MainWindow::RefreshGrid() {
+    gridModel_->Sync();
+    // Columns wide enough for their captions (units change with the file).
+    const QFontMetrics fm(grid_->horizontalHeader()->font());
+    for (int c = 0; c < gridModel_->columnCount(); ++c) {
+        const QString caption = gridModel_->headerData(c, Qt::Horizontal, Qt::DisplayRole).toString();
+        grid_->setColumnWidth(c, std::max(64, fm.horizontalAdvance(caption) + 22));
+    }
+    ShowSelection();
+}
+
+void MainWindow::ShowSelection() {
+    syncingSelection_ = true;
+    const int row = ws_.selectedEvent - 1;
+    if (row >= 0 && row < gridModel_->rowCount()) {
+        const QModelIndex index = gridModel_->index(row, 0);
+        if (grid_->currentIndex().row() != row)
+            grid_->selectionModel()->setCurrentIndex(
+                index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        grid_->scrollTo(index);
+    } else if (grid_->currentIndex().isValid()) {
+        grid_->selectionModel()->clear();
+    }
+    trace_->SetSelectedEvent(ws_.selectedEvent);
+    syncingSelection_ = false;
+}
+
+void MainWindow::RefreshStatus() {
+    const Recording* rec = ws_.recording.get();
+    if (!rec) {
+        statusFile_->setText(tr("No recording open"));
+        statusChannel_->clear();
+        statusScreen_->clear();
+        setWindowTitle("Vessantorium");
+    } else {
+        statusFile_->setText(QString::fromStdString(rec->FileName()));
+        statusChannel_->setText(tr("Channel %1 (%2)")
+                                    .arg(rec->Channel())
+                                    .arg(QString::fromStdString(rec->Units())));
+        const ScreenGeometry g = GeometryOf(ws_);
+        statusScreen_->setText(tr("Screen %1 of %2")
+                                   .arg(ws_.screenStartBlock / g.blocksPerScreen + 1)
+                                   .arg(g.LastScreenStart() / g.blocksPerScreen + 1));
+        setWindowTitle(QString("%1%2 - Vessantorium")
+                           .arg(QString::fromStdString(rec->FileName()))
+                           .arg(ws_.history.Modified() ? "*" : ""));
+    }
+    statusEvents_->setText(tr("%n event(s)", nullptr, ws_.events.Count()));
+}
+
+void MainWindow::AfterEdit(bool changed) {
+    if (changed) gridModel_->ContentChanged();
+    RefreshGrid();
+    RefreshTrace();
+    RefreshStatus();
+    RefreshActions();
+}
+
+std::vector<int32_t> MainWindow::SelectedRows() const {
+    std::vector<int32_t> rows;
+    for (const QModelIndex& i : grid_->selectionModel()->selectedRows()) rows.push_back(i.row() + 1);
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+// ---- Closing -----------------------------------------------------------------
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (nonStop_->Running()) nonStop_->Stop();
+    // Events are never lost without a question.
+    if (!AskToSaveUnsavedEvents()) {
+        event->ignore();
+        return;
+    }
+    if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
+        event->ignore();
+        return;
+    }
+    SaveGeometry();
+    event->accept();
+}
+
+}  // namespace vess

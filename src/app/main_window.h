@@ -1,0 +1,169 @@
+// The main window: file lists, the trace view, the event grid, the parameter
+// boxes, the analysis buttons and every menu. It holds no state of its own
+// beyond widgets: the recording, events, settings and selection live in the
+// Workspace, and every command is a core function followed by a redraw.
+#pragma once
+
+#include <QMainWindow>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "recording/dialogs.h"
+#include "recording/workspace.h"
+
+class QAction;
+class QComboBox;
+class QLabel;
+class QMenu;
+class QProgressBar;
+class QPushButton;
+class QScrollBar;
+class QSplitter;
+class QTableView;
+class QTimer;
+
+namespace vess {
+
+class EventGridModel;
+class FileBrowser;
+class NonStopRunner;
+class ParameterPanel;
+class Screen;
+class TraceView;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    // Opens a file as a click in the file list does (ABF or event file).
+    void OpenPath(const QString& path);
+    // The menu action or button with this object name (nullptr if none).
+    QAction* Action(const QString& objectName) const;
+    bool NonStopRunning() const;
+    Workspace& Ws() { return ws_; }
+    TraceView* Trace() const { return trace_; }
+    QTableView* Grid() const { return grid_; }
+    FileBrowser* Files() const { return files_; }
+    // Redraws everything from the workspace.
+    void RefreshAll();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    // Layout and menus (main_window.cpp, main_window_menus.cpp).
+    void BuildLayout();
+    void BuildMenus();
+    void BuildFileMenu();
+    void BuildEditMenus();
+    void BuildAnalysisMenu();
+    void BuildNavigationMenu();
+    void BuildLaterMenus();
+    QAction* AddAction(QMenu* menu, const char* name, const QString& text,
+                       const QList<QKeySequence>& keys, const char* tip, void (MainWindow::*slot)());
+    void RestoreGeometry();
+    void SaveGeometry();
+
+    // Redrawing.
+    void RebuildScreen();
+    void RefreshTrace();
+    void RefreshGrid();
+    void RefreshStatus();
+    void RefreshActions();
+    void ShowSelection();
+    void AfterEdit(bool changed);
+    void AfterNavigation(const struct NavResult& result);
+    std::vector<int32_t> SelectedRows() const;
+
+    // Files and settings (main_window_files.cpp).
+    void OnFileChosen(const QString& path);
+    void OnOpenEvent();
+    void OnSaveEvent();
+    void OnDatInfo();
+    void OnSaveData();
+    void OnSaveAscii();
+    void OnSaveSettings();
+    void OnSaveSettingsCustom();
+    void OnLoadSettings();
+    void OnSaveParameter();
+    void OnLoadParameter();
+    void OnSuggest(int entry);
+    void OnParametersEdited(const AnalysisParameters& params);
+    void OnNumberPointsPeak(int points);
+    bool SaveEventsQuestion();
+    bool AskToSaveUnsavedEvents();
+
+    // Analysis (main_window_analysis.cpp).
+    void OnAnalyze();
+    void OnAnalyzeNext();
+    void OnNonStop();
+    void OnStop();
+    void OnReset();
+    void OnNonStopProgress(bool finished);
+    void OnTraceClicked(int64_t index, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    void OnRecalculate();
+    void OnDoublePeak();
+    void OnScanDoublePeak();
+    void OnBaselineThreshold();
+    void OnRmsNoise();
+    void DetectAtClick(int64_t index, bool lowThresholds);
+
+    // Editing (main_window_editing.cpp).
+    void OnGroupSelected();
+    void OnGroupAll();
+    void OnGroupWindow();
+    void OnUnmark();
+    void OnUnmarkGrouped();
+    void OnRejectThis();
+    void OnRejectSelected();
+    void OnDeleteThis();
+    void OnDeleteSelected();
+    void OnDeleteRejected();
+    void OnRemoveDuplicates();
+    void OnSort(int field);
+    void OnUndo();
+    void OnRedo();
+
+    // Navigation (main_window_navigation.cpp).
+    void Go(int command);
+    void OnJumpTime();
+    void OnJumpEvent();
+    void OnDisplayStep(int step);
+    void OnScroll(int screen);
+    void OnGridRowChosen(int row);
+    void OnGroupNavigate(int item);
+    void OnToggleCursors(bool on);
+
+    Workspace& ws_;
+    Dialogs& dialogs_;
+    std::unique_ptr<Screen> screen_;
+    std::unique_ptr<NonStopRunner> nonStop_;
+    bool syncingSelection_ = false;
+
+    FileBrowser* files_ = nullptr;
+    TraceView* trace_ = nullptr;
+    QScrollBar* scroll_ = nullptr;
+    QLabel* cursorLabel_ = nullptr;
+    QTableView* grid_ = nullptr;
+    EventGridModel* gridModel_ = nullptr;
+    ParameterPanel* params_ = nullptr;
+    QComboBox* groupNav_ = nullptr;
+    QProgressBar* progress_ = nullptr;
+    QSplitter* leftSplit_ = nullptr;
+    QSplitter* rightSplit_ = nullptr;
+    QSplitter* mainSplit_ = nullptr;
+    QLabel* statusFile_ = nullptr;
+    QLabel* statusChannel_ = nullptr;
+    QLabel* statusScreen_ = nullptr;
+    QLabel* statusPointer_ = nullptr;
+    QLabel* statusEvents_ = nullptr;
+    std::map<QString, QAction*> actions_;
+    std::vector<QPushButton*> buttons_;
+    QMenu* sortMenu_ = nullptr;
+};
+
+}  // namespace vess

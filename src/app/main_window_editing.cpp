@@ -1,0 +1,103 @@
+// Editing, grouping, sorting and undo on the main window: each slot is one
+// core command followed by a redraw.
+#include <QAction>
+#include <QMenu>
+#include <QPushButton>
+
+#include "app/main_window.h"
+#include "detection/editing.h"
+#include "recording/ui/event_grid_model.h"
+
+namespace vess {
+
+void MainWindow::OnGroupSelected() {
+    const auto rows = SelectedRows();
+    AfterEdit(GroupSelectedEvents(ws_, dialogs_, rows).changed);
+}
+
+void MainWindow::OnGroupAll() { AfterEdit(GroupAllEvents(ws_, dialogs_).changed); }
+void MainWindow::OnGroupWindow() { AfterEdit(GroupWindowEvents(ws_, dialogs_).changed); }
+void MainWindow::OnUnmark() { AfterEdit(UnmarkEvent(ws_).changed); }
+void MainWindow::OnUnmarkGrouped() { AfterEdit(UnmarkGroup(ws_, dialogs_).changed); }
+void MainWindow::OnRejectThis() { AfterEdit(RejectEvent(ws_).changed); }
+
+void MainWindow::OnRejectSelected() {
+    const auto rows = SelectedRows();
+    AfterEdit(RejectSelectedEvents(ws_, rows).changed);
+}
+
+void MainWindow::OnDeleteThis() { AfterEdit(DeleteEvent(ws_).changed); }
+
+void MainWindow::OnDeleteSelected() {
+    const auto rows = SelectedRows();
+    AfterEdit(DeleteSelectedEvents(ws_, rows).changed);
+}
+
+void MainWindow::OnDeleteRejected() { AfterEdit(DeleteRejectedEvents(ws_).changed); }
+void MainWindow::OnRemoveDuplicates() { AfterEdit(RemoveDuplicateEvents(ws_, dialogs_).changed); }
+
+void MainWindow::OnSort(int field) {
+    if (ws_.events.Count() < 2) return;
+    ws_.history.Checkpoint(ws_.events, tr("Sort events").toStdString());
+    ws_.events.Sort(static_cast<EventField>(field));
+    AfterEdit(true);
+}
+
+void MainWindow::OnUndo() {
+    if (NonStopRunning() || !ws_.history.Undo(ws_.events)) return;
+    KeepSelectionValid(ws_);
+    AfterEdit(true);
+}
+
+void MainWindow::OnRedo() {
+    if (NonStopRunning() || !ws_.history.Redo(ws_.events)) return;
+    KeepSelectionValid(ws_);
+    AfterEdit(true);
+}
+
+void MainWindow::RefreshActions() {
+    const bool open = ws_.recording != nullptr;
+    const bool running = NonStopRunning();
+    const bool any = !ws_.events.Empty();
+    const bool selected = ws_.selectedEvent >= 1 && ws_.selectedEvent <= ws_.events.Count();
+    auto enable = [this](const char* name, bool on) {
+        if (QAction* a = Action(name)) a->setEnabled(on);
+    };
+    for (const char* n : {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop"}) enable(n, open && !running);
+    enable("menu_Stop", running);
+    enable("menu_Reset", any && !running);
+    for (const char* n : {"menu_RejectThisEvent", "menu_DeletEvent", "menu_Unmark",
+                          "menu_RecalculatePeak", "menu_DoublePeak"})
+        enable(n, selected && !running);
+    for (const char* n : {"menu_markasgp", "menu_Group", "menu_MarkAllEvents", "menu_UnmarkGrouped",
+                          "menu_RejectEvents", "menu_deleteevents", "menu_DeleteRejected",
+                          "menu_RemoveDuplicates", "menu_SaveData", "menu_savetoAsciiFile",
+                          "menu_ScanDoublePeak"})
+        enable(n, any && !running);
+    enable("menu_MarkAllWindow", any && open && !running);
+    enable("menu_DatInfo", open);
+    enable("menu_SaveEvent", !running);
+    enable("menu_OpenEvent", open && !running);
+    enable("menu_SaveParameter", !running);
+    enable("menu_RMSNoise", open && !running);
+    enable("menu_BaselineThreshold", open && !running);
+    if (sortMenu_) sortMenu_->setEnabled(ws_.events.Count() > 1 && !running);
+
+    QAction* undo = Action("menu_Undo");
+    QAction* redo = Action("menu_Redo");
+    undo->setEnabled(ws_.history.CanUndo() && !running);
+    redo->setEnabled(ws_.history.CanRedo() && !running);
+    undo->setText(ws_.history.CanUndo()
+                      ? tr("&Undo %1").arg(QString::fromStdString(ws_.history.UndoLabel()))
+                      : tr("&Undo"));
+    redo->setText(ws_.history.CanRedo()
+                      ? tr("&Redo %1").arg(QString::fromStdString(ws_.history.RedoLabel()))
+                      : tr("&Redo"));
+    for (std::size_t i = 0; i < buttons_.size(); ++i) {
+        const char* names[] = {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop", "menu_Stop",
+                               "menu_Reset", "menu_SaveSettings", "menu_SaveSettings"};
+        buttons_[i]->setEnabled(Action(names[i])->isEnabled());
+    }
+}
+
+}  // namespace vess

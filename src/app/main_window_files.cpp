@@ -1,0 +1,129 @@
+// File commands of the main window: opening from the file lists, event files,
+// exports, settings and parameter files, and the detection parameter boxes.
+#include <QAction>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QPlainTextEdit>
+#include <QVBoxLayout>
+
+#include "app/main_window.h"
+#include "detection/ui/parameter_panel.h"
+#include "recording/texts.h"
+#include "detection/ui/trace_view.h"
+#include "recording/event_exports.h"
+#include "recording/event_file.h"
+#include "detection/editing.h"
+#include "detection/screen_commands.h"
+#include "recording/file_list.h"
+#include "recording/parameter_file.h"
+#include "recording/settings_file.h"
+#include "recording/ui/event_grid_model.h"
+#include "recording/ui/file_browser.h"
+
+namespace vess {
+
+void MainWindow::OpenPath(const QString& path) {
+    const QFileInfo info(path);
+    if (info.exists()) files_->SetFolder(info.absolutePath());
+    OnFileChosen(info.absoluteFilePath());
+}
+
+void MainWindow::OnFileChosen(const QString& path) {
+    if (NonStopRunning()) return;
+    const Recording* before = ws_.recording.get();
+    if (OpenFromFileList(ws_, path.toStdString(), dialogs_) && !ws_.events.Empty())
+        ws_.selectedEvent = 1;
+    if (ws_.recording.get() != before) trace_->ResetScale();
+    gridModel_->ContentChanged();
+    RefreshAll();
+}
+
+bool MainWindow::AskToSaveUnsavedEvents() {
+    if (ws_.events.Empty() || !ws_.history.Modified()) return true;
+    const Answer a = dialogs_.AskYesNoCancel(
+        std::string(texts::kSavePreviousEventsCaption),
+        texts::SavePreviousEventsText(ws_.events.Count(),
+                                          ws_.recording ? ws_.recording->FileName() : std::string()));
+    if (a == Answer::Cancel) return false;
+    if (a == Answer::Yes) return SaveEventFileCommand(ws_, dialogs_);
+    return true;
+}
+
+void MainWindow::OnOpenEvent() {
+    if (NonStopRunning()) return;
+    if (OpenEventFileCommand(ws_, dialogs_)) {
+        ws_.selectedEvent = ws_.events.Empty() ? 0 : 1;
+        gridModel_->ContentChanged();
+    }
+    RefreshAll();
+}
+
+void MainWindow::OnSaveEvent() {
+    SaveEventFileCommand(ws_, dialogs_);
+    RefreshStatus();
+}
+
+void MainWindow::OnSaveData() { SaveDataCommand(ws_, dialogs_); }
+void MainWindow::OnSaveAscii() { SaveToAsciiFileCommand(ws_, dialogs_); }
+
+void MainWindow::OnDatInfo() {
+    if (!ws_.recording) return;
+    QDialog box(this);
+    box.setObjectName("DatInfo");
+    box.setWindowTitle(tr("Data File Information"));
+    auto* text = new QPlainTextEdit(QString::fromStdString(ws_.recording->InfoReport()), &box);
+    text->setReadOnly(true);
+    text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &box);
+    connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
+    auto* layout = new QVBoxLayout(&box);
+    layout->addWidget(text);
+    layout->addWidget(buttons);
+    box.resize(560, 640);
+    box.exec();
+}
+
+void MainWindow::OnSaveSettings() { SaveSettingsCommand(ws_, dialogs_); }
+
+void MainWindow::OnSaveSettingsCustom() { SaveCustomSettingsCommand(ws_, dialogs_); }
+
+void MainWindow::OnLoadSettings() {
+    if (LoadCustomSettingsCommand(ws_, dialogs_)) {
+        gridModel_->ContentChanged();
+        RefreshAll();
+    }
+}
+
+void MainWindow::OnSaveParameter() { SaveParameterFileCommand(ws_, dialogs_); }
+
+void MainWindow::OnLoadParameter() {
+    if (LoadParameterFileCommand(ws_, dialogs_)) RefreshAll();
+}
+
+void MainWindow::OnSuggest(int entry) {
+    if (NonStopRunning()) return;
+    SuggestParameters(ws_, dialogs_, entry, [this] { return ResetEvents(ws_, dialogs_); });
+    KeepSelectionValid(ws_);
+    gridModel_->ContentChanged();
+    RefreshAll();
+}
+
+void MainWindow::OnParametersEdited(const AnalysisParameters& params) {
+    ws_.settings.analysis = params;
+    trace_->MarksChanged();
+}
+
+void MainWindow::OnNumberPointsPeak(int points) {
+    if (points == ws_.params().NumberPointsPeak) return;
+    // Events measured with the old setting must be saved and reset first.
+    if (ConfirmResetForParameterChange(ws_, dialogs_)) {
+        ws_.params().NumberPointsPeak = static_cast<int16_t>(points);
+        ws_.selectedEvent = 0;
+        gridModel_->ContentChanged();
+    }
+    RefreshAll();
+}
+
+}  // namespace vess

@@ -1,0 +1,70 @@
+// Navigation on the main window: keys and buttons that move the screen or
+// the selected event, the scroll bar, the grid's current row and the display
+// scale. The core decides where to go; the window shows it.
+#include <QComboBox>
+#include <QTableView>
+
+#include "app/main_window.h"
+#include "detection/navigation.h"
+#include "detection/ui/trace_view.h"
+
+namespace vess {
+
+void MainWindow::AfterNavigation(const NavResult& result) {
+    if (!result.moved) return;
+    ApplyNavigation(ws_, result);
+    RefreshTrace();
+    ShowSelection();
+    RefreshStatus();
+    RefreshActions();
+}
+
+void MainWindow::Go(int command) {
+    if (NonStopRunning()) return;
+    AfterNavigation(Navigate(ws_, static_cast<NavCommand>(command)));
+}
+
+void MainWindow::OnJumpTime() {
+    if (NonStopRunning()) return;
+    AfterNavigation(JumpToTime(ws_, dialogs_));
+}
+
+void MainWindow::OnJumpEvent() {
+    if (NonStopRunning()) return;
+    AfterNavigation(JumpToEventNumber(ws_, dialogs_));
+}
+
+void MainWindow::OnDisplayStep(int step) {
+    const DisplayScale next = StepDisplay(DisplayScaleFromSettings(ws_.settings),
+                                          static_cast<DisplayStep>(step), trace_->FullSpanCounts());
+    StoreDisplayScale(ws_.settings, next);
+    RefreshTrace();
+}
+
+void MainWindow::OnScroll(int screen) {
+    if (!ws_.recording || NonStopRunning()) return;
+    const ScreenGeometry g = GeometryOf(ws_);
+    NavResult r;
+    r.screenStartBlock = g.ScreenOfBlock(int64_t(screen) * g.blocksPerScreen);
+    r.selectedEvent = ws_.selectedEvent;
+    r.moved = r.screenStartBlock != ws_.screenStartBlock;
+    AfterNavigation(r);
+}
+
+void MainWindow::OnGridRowChosen(int row) {
+    if (syncingSelection_ || row < 0 || NonStopRunning()) return;
+    NavResult r = ShowEvent(ws_, row + 1);
+    r.moved = true;
+    ApplyNavigation(ws_, r);
+    RefreshTrace();
+    RefreshStatus();
+    RefreshActions();
+}
+
+void MainWindow::OnGroupNavigate(int item) {
+    ws_.settings.GroupNavigate = item;
+}
+
+void MainWindow::OnToggleCursors(bool on) { trace_->SetCursorsOn(on); }
+
+}  // namespace vess

@@ -1,0 +1,24 @@
+#include "app/screenshot.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QPixmap>
+
+#include "app/main_window.h"
+
+namespace vess {
+
+bool TakeScreenshot(MainWindow& window, const QString& pngPath, int screens) {
+    QApplication::processEvents();
+    if (window.Ws().recording) {
+        window.Action("menu_Analyze")->trigger();
+        for (int i = 1; i < screens; ++i) window.Action("menu_AnalyzeNext")->trigger();
+        // Back to the first screen, with its first event selected.
+        window.Action("menu_FirstEvent")->trigger();
+        window.Action("menu_NextEvent")->trigger();
+    }
+    QApplication::processEvents();
+    return window.grab().save(pngPath, "PNG");
+}
+
+}  // namespace vess
