@@ -1,0 +1,143 @@
+// The synthesiser: reproducible from its seed, events where the CSV says,
+// with the amplitudes and noise asked for; and the template header.
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "recording/synth.h"
+#include "recording/template_header.h"
+#include "recording/texts.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+SynthOptions Short() {
+    SynthOptions o;
+    o.seconds = 20;
+    return o;
+}
+
+TEST(Synth, SameSeedSameRecordingOtherSeedAnother) {
+    const auto a = Synthesise(Short());
+    const auto b = Synthesise(Short());
+    EXPECT_EQ(a.samples, b.samples);
+    ASSERT_EQ(a.events.size(), b.events.size());
+    SynthOptions other = Short();
+    other.seed = 8;
+    EXPECT_NE(Synthesise(other).samples, a.samples);
+}
+
+TEST(Synth, EventsFollowTheRequestedStatistics) {
+    const SynthOptions o = Short();
+    const auto rec = Synthesise(o);
+    ASSERT_EQ(rec.samples.size(), 400000u);
+    // 5 events a second for 20 s: 100 expected, Poisson spread about 10.
+    EXPECT_GT(rec.events.size(), 70u);
+    EXPECT_LT(rec.events.size(), 130u);
+    std::vector<double> sizes;
+    for (std::size_t i = 0; i < rec.events.size(); ++i) {
+        const TrueEvent& e = rec.events[i];
+        EXPECT_LT(e.amplitudePa, 0);  // direction -1
+        sizes.push_back(-e.amplitudePa);
+        // Peak 1.279 ms after onset for taus 0.5 and 5 ms: ln(10) x 2.5 / 4.5.
+        EXPECT_NEAR(e.peakMs - e.onsetMs, std::log(10.0) * 2.5 / 4.5, 1e-9);
+        EXPECT_EQ(e.peakIndex, std::llround(e.peakMs * 20.0));  // 20 points a ms
+        if (i > 0) {
+            EXPECT_GE(e.onsetMs - rec.events[i - 1].onsetMs, o.minIntervalMs);
+        }
+    }
+    std::nth_element(sizes.begin(), sizes.begin() + std::ptrdiff_t(sizes.size() / 2), sizes.end());
+    EXPECT_NEAR(sizes[sizes.size() / 2], 20.0, 3.0);
+}
+
+TEST(Synth, NoiseHasTheRequestedSizeAndEventsStandOutOfIt) {
+    SynthOptions o = Short();
+    o.eventsPerSecond = 0;
+    o.humAmplitudePa = 0;
+    const auto quiet = Synthesise(o);
+    EXPECT_TRUE(quiet.events.empty());
+    double sum = 0, sumSq = 0;
+    for (int16_t c : quiet.samples) {
+        sum += c / 10.0;
+        sumSq += (c / 10.0) * (c / 10.0);
+    }
+    const double n = double(quiet.samples.size());
+    const double rms = std::sqrt(sumSq / n - (sum / n) * (sum / n));
+    EXPECT_NEAR(rms, 2.0, 0.4);  // the slowest component varies over seconds
+
+    // With events, the trace at each true peak lies well below its
+    // surroundings before the onset.
+    const auto rec = Synthesise(Short());
+    int clear = 0;
+    for (const TrueEvent& e : rec.events) {
+        const auto peak = std::size_t(e.peakIndex);
+        const auto before = std::size_t(std::max<int64_t>(0, e.peakIndex - 40));
+        if (rec.samples[peak] - rec.samples[before] < 0.5 * 10 * e.amplitudePa) ++clear;  // counts
+    }
+    EXPECT_GT(clear, int(rec.events.size() * 8 / 10));
+}
+
+TEST(Synth, WritesAnOpenableFileAndTheTrueEventsBesideIt) {
+    test::TempDir dir;
+    SynthOptions o = Short();
+    o.seconds = 2;
+    const auto rec = Synthesise(o);
+    const auto file = dir / "s.abf";
+    ASSERT_EQ(WriteSynthetic(file, rec), "");
+    auto opened = Recording::Open(file, nullptr);
+    ASSERT_TRUE(opened);
+    EXPECT_DOUBLE_EQ(opened->IntervalUs(), 50.0);
+    EXPECT_EQ(opened->Units(), "pA");
+    EXPECT_NEAR(opened->Bit2pA(100), 10.0, 1e-6);  // 0.1 pA a count
+    std::vector<int16_t> back(rec.samples.size());
+    opened->ReadSamples(0, back);
+    EXPECT_EQ(back, rec.samples);
+
+    std::ifstream csv(dir / "s_events.csv");
+    std::string line;
+    std::getline(csv, line);
+    EXPECT_EQ(line, "event,onset_ms,peak_ms,peak_index,amplitude_pA");
+    std::size_t rows = 0;
+    while (std::getline(csv, line)) ++rows;
+    EXPECT_EQ(rows, rec.events.size());
+}
+
+TEST(Synth, RefusesOptionsThatMakeNoRecording) {
+    SynthOptions o;
+    o.seconds = 0;
+    EXPECT_NE(CheckSynthOptions(o), "");
+    o = {};
+    o.direction = 0;
+    EXPECT_NE(CheckSynthOptions(o), "");
+    o = {};
+    o.riseTauMs = 6;  // slower than the decay
+    EXPECT_NE(CheckSynthOptions(o), "");
+    o = {};
+    o.eventsPerSecond = 200;  // one per 5 ms, under the 8 ms dead time
+    EXPECT_NE(CheckSynthOptions(o), "");
+    EXPECT_EQ(CheckSynthOptions(SynthOptions{}), "");
+}
+
+TEST(TemplateHeader, WrittenOnceWhenMissingAndKeptAfterwards) {
+    test::TempDir dir;
+    const auto made = EnsureTemplateHeader(dir.Path());
+    ASSERT_EQ(made.error, "");
+    EXPECT_EQ(made.path, dir / std::string(texts::kTemplateHeaderFileName));
+    EXPECT_EQ(std::filesystem::file_size(made.path), 6144u);
+    std::ifstream f(made.path, std::ios::binary);
+    char signature[4];
+    f.read(signature, 4);
+    EXPECT_EQ(std::string(signature, 4), "ABF ");
+
+    // An existing file (perhaps edited by the user) is not overwritten.
+    std::ofstream(made.path, std::ios::app) << "x";
+    EXPECT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
+    EXPECT_EQ(std::filesystem::file_size(made.path), 6145u);
+    EXPECT_NE(EnsureTemplateHeader(dir / "missing-folder").error, "");
+}
+
+}  // namespace
+}  // namespace vess
