@@ -1,0 +1,105 @@
+// A main window over a synthetic recording in a temporary folder, driven
+// with key presses and mouse clicks; dialogs answered from a script.
+#pragma once
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QListView>
+#include <QTableView>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+#include "app/main_window.h"
+#include "detection/ui/trace_view.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/synth.h"
+#include "recording/ui/file_browser.h"
+#include "support/test_recording.h"
+
+namespace vess::test {
+
+// Processes events until cond holds or timeoutMs passes; returns cond().
+inline bool WaitFor(const std::function<bool()>& cond, int timeoutMs = 5000) {
+    QElapsedTimer t;
+    t.start();
+    while (!cond() && t.elapsed() < timeoutMs) QTest::qWait(5);
+    return cond();
+}
+
+class GuiTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        SynthOptions options;
+        options.seconds = 6;
+        options.seed = 11;
+        options.eventsPerSecond = 8;
+        abfPath = dir / "syn.abf";
+        ASSERT_EQ(WriteSynthetic(abfPath, Synthesise(options)), "");
+        ws.iniPath = dir / "Vessanto.ini";
+        ws.settings.DataDir = dir.Path().string();
+        window = std::make_unique<MainWindow>(ws, dialogs);
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
+    void TearDown() override {
+        if (window) {
+            window->hide();  // no closing questions
+            window.reset();
+        }
+    }
+
+    // Clicks the file's row in the file list (FListBoxFETCH).
+    void ClickFile(const QString& name) {
+        FileBrowser* files = window->Files();
+        ASSERT_TRUE(WaitFor([&] { return files->IndexOfFile(name).isValid(); }));
+        QListView* list = files->FileList();
+        const QModelIndex index = files->IndexOfFile(name);
+        ASSERT_TRUE(WaitFor([&] { return list->visualRect(index).isValid(); }));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(index).center());
+    }
+    void OpenSample() {
+        ClickFile("syn.abf");
+        ASSERT_NE(ws.recording, nullptr);
+        window->Trace()->setFocus();
+    }
+    void Key(int key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+        QTest::keyClick(window->Trace(), Qt::Key(key), mods);
+    }
+    void Type(char c) { QTest::keyClick(window->Trace(), c); }
+    int GridRows() const { return window->Grid()->model()->rowCount(); }
+    int GridCurrentRow() const { return window->Grid()->currentIndex().row(); }
+    // Saves a picture of the window under the build folder.
+    void Snapshot(const QString& name) {
+        const QString folder = QString(VESS_BINARY_DIR) + "/app_screens";
+        QDir().mkpath(folder);
+        window->grab().save(folder + "/" + name + ".png");
+    }
+    // Mouse click on the trace at an event's peak.
+    void ClickEvent(int32_t k, Qt::MouseButton button, Qt::KeyboardModifiers mods) {
+        TraceView* t = window->Trace();
+        const auto peak = t->PeakIndexOf(ws.events[k]);
+        ASSERT_TRUE(peak.has_value());
+        const QPoint p(int(t->XOfIndex(double(*peak) + 0.5)), t->PlotRect().center().y());
+        QTest::mouseClick(t, button, mods, p);
+    }
+    // Analyses screen after screen until some events are found.
+    void AnalyseUntilEvents(int atLeast) {
+        Key(Qt::Key_F9);
+        for (int i = 0; i < 200 && ws.events.Count() < atLeast; ++i) Key(Qt::Key_F10);
+        ASSERT_GE(ws.events.Count(), atLeast);
+    }
+
+    TempDir dir;
+    std::filesystem::path abfPath;
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    std::unique_ptr<MainWindow> window;
+};
+
+}  // namespace vess::test

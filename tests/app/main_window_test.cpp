@@ -1,0 +1,220 @@
+#include <QAction>
+#include <QComboBox>
+#include <QPushButton>
+
+#include "app/qt_dialogs.h"
+#include "detection/navigation.h"
+#include "detection/ui/texts.h"
+#include "detection/whole_file.h"
+#include "gui_fixture.h"
+#include "recording/open_recording.h"
+#include "recording/texts.h"
+
+namespace vess::test {
+namespace {
+
+TEST_F(GuiTest, FileListOpensTheRecordingAndKeysAnalyseAndStep) {
+    OpenSample();
+    EXPECT_EQ(ws.screenStartBlock, 0);
+    AnalyseUntilEvents(3);
+    // The grid shows exactly the table, the last row current after analysis.
+    EXPECT_EQ(GridRows(), ws.events.Count());
+    EXPECT_EQ(GridCurrentRow(), ws.events.Count() - 1);
+    Snapshot("analysed");
+
+    const int32_t bps = ws.BlocksPerScreen();
+    Type('a');
+    EXPECT_EQ(ws.screenStartBlock, 0);
+    Type('d');
+    EXPECT_EQ(ws.screenStartBlock, bps);
+    Type('s');
+    EXPECT_EQ(ws.screenStartBlock, 0);
+    Type('f');
+    EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).LastScreenStart());
+
+    // Event jumps select the event, its grid row and its screen.
+    Type('z');
+    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_EQ(GridCurrentRow(), 0);
+    EXPECT_EQ(ws.screenStartBlock,
+              GeometryOf(ws).ScreenOfSample(EventSamplePosition(ws.events[1], ws.recording->IntervalUs())));
+    Type('c');
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_EQ(GridCurrentRow(), 1);
+    Type('v');
+    EXPECT_EQ(ws.selectedEvent, ws.events.Count());
+    Type('x');
+    EXPECT_EQ(ws.selectedEvent, ws.events.Count() - 1);
+
+    // A grid row chosen by the user becomes the selected event on the trace.
+    window->Grid()->setCurrentIndex(window->Grid()->model()->index(0, 3));
+    EXPECT_EQ(ws.selectedEvent, 1);
+    // Right click on an event's peak selects it.
+    ClickEvent(1, Qt::RightButton, Qt::NoModifier);
+    EXPECT_EQ(ws.selectedEvent, 1);
+}
+
+TEST_F(GuiTest, JumpsToTimeAndEventNumberThroughTheirPrompts) {
+    OpenSample();
+    AnalyseUntilEvents(2);
+    dialogs.AnswerInput("3000").AnswerInput("2");
+    Type('t');
+    const ScreenGeometry g = GeometryOf(ws);
+    EXPECT_EQ(ws.screenStartBlock, g.ScreenOfSample(TimeToSample(3000, ws.recording->IntervalUs())));
+    Type('y');
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_EQ(GridCurrentRow(), 1);
+    const auto& t = dialogs.Transcript();
+    ASSERT_EQ(t.size(), 2u);
+    EXPECT_EQ(t[0].caption, "Jump To");
+    EXPECT_EQ(t[0].text, "Please specify the time to jump to in milli second.");
+    EXPECT_EQ(t[1].caption, "Jump To Event Number");
+    EXPECT_EQ(t[1].text, "Please specify the event number to jump to.");
+}
+
+TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
+    OpenSample();
+    AnalyseUntilEvents(3);
+    const EventTable before = ws.events;
+    const int32_t n = ws.events.Count();
+
+    // Ctrl+click on an event's peak deletes it.
+    Type('z');
+    ClickEvent(1, Qt::LeftButton, Qt::ControlModifier);
+    EXPECT_EQ(ws.events.Count(), n - 1);
+    EXPECT_EQ(GridRows(), n - 1);
+    EXPECT_EQ(ws.events[1], before[2]);
+
+    // J rejects the selected event.
+    Type('z');
+    Type('j');
+    EXPECT_EQ(ws.events[ws.selectedEvent].group, kGroupRejected);
+
+    // Shift+N groups every event with the number typed.
+    dialogs.AnswerInput("7");
+    Key(Qt::Key_N, Qt::ShiftModifier);
+    for (int32_t k = 1; k <= ws.events.Count(); ++k) EXPECT_EQ(ws.events[k].group, 7);
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Mark all events as a group");
+    Snapshot("grouped");
+
+    // Undo three times gives back the analysed table; redo moves forward.
+    EXPECT_TRUE(window->Action("menu_Undo")->isEnabled());
+    for (int i = 0; i < 3; ++i) Key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(ws.events, before);
+    EXPECT_EQ(GridRows(), n);
+    Key(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(ws.events.Count(), n - 1);
+}
+
+// Non-stop analysis over the whole file finds exactly the events of the
+// core's whole-file detection (the one the command line uses).
+TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
+    OpenSample();
+    Key(Qt::Key_F9);
+    Key(Qt::Key_F11);
+    EXPECT_TRUE(window->NonStopRunning());
+    EXPECT_FALSE(window->Action("menu_Analyze")->isEnabled());
+    ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 60000));
+    EXPECT_EQ(GridRows(), ws.events.Count());
+    EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).LastScreenStart());
+    Snapshot("nonstop_done");
+
+    Workspace reference;
+    reference.settings = ws.settings;
+    ScriptedDialogs quiet;
+    ASSERT_TRUE(OpenDataFile(reference, abfPath, quiet));
+    DetectWholeFile(reference, quiet);
+    ASSERT_GT(reference.events.Count(), 10);
+    EXPECT_EQ(ws.events, reference.events);
+}
+
+TEST_F(GuiTest, F12StopsNonStopBetweenScreens) {
+    OpenSample();
+    Key(Qt::Key_F11);
+    ASSERT_TRUE(window->NonStopRunning());
+    Key(Qt::Key_F12);
+    EXPECT_FALSE(window->NonStopRunning());
+    EXPECT_LT(ws.screenStartBlock, GeometryOf(ws).LastScreenStart());
+    EXPECT_TRUE(window->Action("menu_Analyze")->isEnabled());
+}
+
+TEST_F(GuiTest, ClosingAsksAboutUnsavedEventsAndSettings) {
+    OpenSample();
+    AnalyseUntilEvents(1);
+    // Cancel at the events question keeps the window open.
+    dialogs.AnswerYesNoCancel(Answer::Cancel);
+    EXPECT_FALSE(window->close());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Save Previous Event Data");
+    // No to the events, Cancel at the settings question: still open.
+    dialogs.AnswerYesNoCancel(Answer::No).AnswerYesNoCancel(Answer::Cancel);
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Save Settings");
+    EXPECT_EQ(dialogs.Transcript().back().text, "Would you like to save settings before exit?");
+    // No, then Yes: the settings file is written and the window closes.
+    dialogs.AnswerYesNoCancel(Answer::No).AnswerYesNoCancel(Answer::Yes);
+    EXPECT_TRUE(window->close());
+    EXPECT_TRUE(std::filesystem::exists(ws.iniPath));
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(GuiTest, ChangingPointsAtPeakWithEventsAsksToSaveAndReset) {
+    OpenSample();
+    AnalyseUntilEvents(1);
+    auto* combo = window->findChild<QComboBox*>("Combo2");
+    ASSERT_NE(combo, nullptr);
+    // No keeps the events and puts the old value back in the box.
+    dialogs.AnswerYesNo(false);
+    combo->setCurrentIndex(2);
+    emit combo->activated(2);
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Save and Reset");
+    EXPECT_EQ(ws.params().NumberPointsPeak, 1);
+    EXPECT_EQ(combo->currentIndex(), 0);
+    EXPECT_GT(ws.events.Count(), 0);
+}
+
+TEST_F(GuiTest, ToolTipsAndObjectNamesAreInPlace) {
+    struct Tip { const char* name; const char* tip; };
+    for (const Tip& t : {Tip{"menu_Analyze", "Analyze this window    (F9)"},
+                         Tip{"menu_AnalyzeNext", "Analyze next window  (F10 or N)"},
+                         Tip{"menu_Stop", "Interrup non-stop analysis  (F12)"},
+                         Tip{"menu_DeletEvent", "Delete selected event                        (K)"},
+                         Tip{"menu_MarkAllEvents", "Group all events                               (N)"},
+                         Tip{"menu_GainDown", "Decrease display gain    (End)"},
+                         Tip{"menu_NextTimeInterval", "Jump to Next Time Interval (CTL-T)"}}) {
+        QAction* a = window->Action(t.name);
+        ASSERT_NE(a, nullptr) << t.name;
+        EXPECT_EQ(a->toolTip(), t.tip) << t.name;
+    }
+    auto* command1 = window->findChild<QPushButton*>("Command1");
+    ASSERT_NE(command1, nullptr);
+    EXPECT_EQ(command1->toolTip(), ui_text::kTipAnalyze);
+    EXPECT_TRUE(window->Trace()->toolTip().contains(
+        "Reject an event      (Ctrl+Shift+Left mouse click)"));
+    for (const char* name : {"menu_SaveEvent", "menu_OpenEvent", "menu_DatInfo", "menu_SaveData",
+                             "menu_savetoAsciiFile", "menu_SaveSettingsCustom", "menu_LoadSettings",
+                             "menu_SaveParameter", "menu_LoadParameter", "menu_SuggParam",
+                             "menu_RecalculatePeak", "menu_DoublePeak", "menu_ScanDoublePeak",
+                             "menu_BaselineThreshold", "menu_RMSNoise", "menu_markasgp", "menu_Group",
+                             "menu_MarkAllEvents", "menu_MarkAllWindow", "menu_Unmark",
+                             "menu_UnmarkGrouped", "menu_RejectThisEvent", "menu_RejectEvents",
+                             "menu_DeletEvent", "menu_deleteevents", "menu_DeleteRejected",
+                             "menu_RemoveDuplicates", "menu_groupBursts", "menu_groupEpisodic",
+                             "menu_groupbyrandom", "menu_AnalyseGp"})
+        EXPECT_NE(window->Action(name), nullptr) << name;
+    EXPECT_FALSE(window->Action("menu_AnalyseGp")->isEnabled());
+    for (const char* name : {"Picture1", "TDBGrid1", "DrListBoxFETCH", "DirListBoxFETCH",
+                             "FListBoxFETCH", "lbCursor", "cbGpNav", "ckComplexPeak", "ckSoundOn",
+                             "Combo2", "Command7"})
+        EXPECT_NE(window->findChild<QWidget*>(name), nullptr) << name;
+}
+
+TEST(QtFilter, ProgramFiltersBecomeQtFiltersInEitherCase) {
+    EXPECT_EQ(ToQtFilter("Event File (*.EVT)"), "Event File (*.EVT *.evt)");
+    EXPECT_EQ(ToQtFilter("Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT"),
+              "Parameter File (*.PAR *.par);;Event File (*.EVT *.evt)");
+    EXPECT_EQ(ToQtFilter("Custom Settings File (*.SET)|*.SET"), "Custom Settings File (*.SET *.set)");
+}
+
+}  // namespace
+}  // namespace vess::test
