@@ -1,16 +1,115 @@
-// Placeholder until the 'events' subcommand is written.
+// vess events FILE.EVT [--csv]: the detection parameters stored in an event
+// file and every event with the seventeen grid columns, in the grid's units
+// when the data file named in the event file is in the same folder, else in
+// raw ADC counts and sample points.
 #include <iostream>
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "recording/event_file.h"
+#include "recording/event_grid.h"
+#include "recording/recording.h"
+#include "recording/texts.h"
 
 namespace vess::cli {
 
+namespace {
+
+const char* VersionName(EventFileVersion v) {
+    switch (v) {
+        case EventFileVersion::Current: return "5.0";
+        case EventFileVersion::V3: return "3.0 (converted)";
+        case EventFileVersion::Oldest: return "older than 3.0 (converted)";
+    }
+    return "?";
+}
+
+std::string Parameters(const EventFileContents& f) {
+    const AnalysisParameters& p = f.params;
+    std::string out;
+    out += fmt::format("Creator: {}\n", f.creator);
+    out += fmt::format("Layout: {}\n", VersionName(f.version));
+    out += fmt::format("Data file: {}\n", f.storedName);
+    out += fmt::format("Events: {}\n", f.eventCount);
+    out += fmt::format("PeakDirection: {}\n", p.PeakDirection);
+    out += fmt::format("ThresholdAmplitude: {}\n", p.ThresholdAmplitude);
+    out += fmt::format("PeriodToSearchMax (us): {}\n", p.PeriodToSearchMax);
+    out += fmt::format("PeriodStartBaseline (us): {}\n", p.PeriodStartBaseline);
+    out += fmt::format("PeriodFindDecayTime (us): {}\n", p.PeriodFindDecayTime);
+    out += fmt::format("DecayPercent: {}\n", p.DecayPercent);
+    out += fmt::format("PeriodBaselineAverage (us): {}\n", p.PeriodBaselineAverage);
+    out += fmt::format("AreaThreshold: {}\n", p.AreaThreshold);
+    out += fmt::format("NumberPointsPeak: {}\n", p.NumberPointsPeak < 1 ? 1 : p.NumberPointsPeak);
+    return out;
+}
+
+// The recording named in the event file, from the event file's folder, on
+// the channel of the first event; null when it is not there or not readable.
+std::unique_ptr<Recording> OpenNamedRecording(const std::filesystem::path& eventFile,
+                                              const EventFileContents& f) {
+    if (f.storedName.empty()) return nullptr;
+    AbfError error = AbfError::None;
+    auto rec = Recording::Open(eventFile.parent_path() / f.storedName, &error);
+    if (rec && !f.records.empty() && f.records[0].channel < rec->ChannelCount())
+        rec->SetChannel(f.records[0].channel);
+    return rec;
+}
+
+std::string Table(const Recording* rec, const std::vector<EventRecord>& records, char sep) {
+    const std::string units = rec ? rec->Units() : std::string();
+    std::string out;
+    for (int c = 0; c < kEventGridColumns; ++c) {
+        if (c) out += sep;
+        out += rec ? EventColumnLabel(c, units) : EventColumnRawLabel(c);
+    }
+    out += '\n';
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        for (int c = 0; c < kEventGridColumns; ++c) {
+            if (c) out += sep;
+            out += FormatCell(EventCellValue(rec, records[i], int(i + 1), c));
+        }
+        out += '\n';
+    }
+    return out;
+}
+
+}  // namespace
+
 void AddEventsCommand(CLI::App& app) {
-    auto* cmd = app.add_subcommand("events", "not available yet");
-    cmd->allow_extras();
-    cmd->callback([] {
-        std::cerr << "vess events: not available yet\n";
-        throw CLI::RuntimeError(2);
+    struct Options {
+        std::string file;
+        bool csv = false;
+    };
+    auto opts = std::make_shared<Options>();
+    auto* cmd = app.add_subcommand(
+        "events", "Show the parameters and events of an event file (.EVT)");
+    cmd->add_option("file", opts->file, "event file")->required();
+    cmd->add_flag("--csv", opts->csv, "print the event table alone, comma-separated");
+    cmd->callback([opts] {
+        const std::filesystem::path path = opts->file;
+        const EventFileContents f = ReadEventFile(path);
+        if (!f.Ok()) {
+            std::cerr << "vess events: " << opts->file << ": " << DescribeProblem(f) << "\n";
+            throw CLI::RuntimeError(1);
+        }
+        if (!f.HasProductTag()) {
+            std::cerr << "vess events: " << opts->file << ": "
+                      << texts::kNotEventFileText << "\n";
+            throw CLI::RuntimeError(1);
+        }
+        const auto rec = OpenNamedRecording(path, f);
+        if (!rec)
+            std::cerr << "vess events: the data file " << f.storedName << " is not beside "
+                      << path.filename().string()
+                      << "; amplitudes and levels are in ADC counts, durations in sample points\n";
+        if (opts->csv) {
+            std::cout << Table(rec.get(), f.records, ',') << std::flush;
+        } else {
+            std::cout << Parameters(f) << "\n" << Table(rec.get(), f.records, '\t') << std::flush;
+        }
     });
 }
 

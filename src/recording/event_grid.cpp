@@ -67,6 +67,17 @@ std::string EventColumnLabel(int column, const std::string& units) {
     return caption;
 }
 
+std::string EventColumnRawLabel(int column) {
+    if (!IsDataColumn(column)) return std::string(EventColumnCaption(column));
+    switch (kColumns[std::size_t(column - 1)].shown) {
+        case Shown::CountsNoOffset:
+        case Shown::CountsWithOffset: return std::string(EventColumnCaption(column)) + " (counts)";
+        case Shown::PointsToMs: return std::string(EventColumnCaption(column)) + " (points)";
+        case Shown::AsStored: break;
+    }
+    return EventColumnLabel(column, {});
+}
+
 CellValue EventCellValue(const Recording* rec, const EventRecord& r, int row, int column) {
     if (!IsDataColumn(column)) return int32_t(row);
     return WithEventField(FieldOfColumn(column), [&](auto member) -> CellValue {

@@ -29,6 +29,10 @@ std::string_view EventColumnCaption(int column);
 // and points when no recording is known).
 std::string EventColumnLabel(int column, const std::string& units);
 
+// The caption for values shown without a recording: "(counts)" for
+// amplitudes and levels, "(points)" for durations kept in sample points.
+std::string EventColumnRawLabel(int column);
+
 // The value of one cell. With recording null, amplitudes and levels stay in
 // ADC counts and durations in sample points (as 32-bit integers).
 CellValue EventCellValue(const Recording* recording, const EventRecord& record, int row, int column);

@@ -64,6 +64,9 @@ TEST(EventGrid, CaptionsInColumnOrder) {
     EXPECT_EQ(EventColumnLabel(2, "pA"), "Amplitude (pA)");
     EXPECT_EQ(EventColumnLabel(3, "pA"), "Time to Rise (ms)");
     EXPECT_EQ(EventColumnLabel(8, "pA"), "Group");
+    EXPECT_EQ(EventColumnRawLabel(2), "Amplitude (counts)");
+    EXPECT_EQ(EventColumnRawLabel(17), "Relative Time (points)");
+    EXPECT_EQ(EventColumnRawLabel(1), "Time (ms)");
 }
 
 // Each column's type and conversion: bytes as bytes, unconverted 16-bit
