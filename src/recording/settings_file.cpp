@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 
@@ -26,7 +27,8 @@ void ReadNumber(const IniFile& ini, std::string_view section, std::string_view k
     if constexpr (std::is_floating_point_v<T>) {
         T parsed{};
         const auto [end, ec] = std::from_chars(text->data(), text->data() + text->size(), parsed);
-        if (ec == std::errc() && end == text->data() + text->size()) value = parsed;
+        if (ec == std::errc() && end == text->data() + text->size() && std::isfinite(parsed))
+            value = parsed;
     } else {
         int64_t parsed = 0;
         const auto [end, ec] = std::from_chars(text->data(), text->data() + text->size(), parsed);
