@@ -9,5 +9,6 @@ void AddInfoCommand(CLI::App& app);      // vess info FILE.abf [--channel N]
 void AddSynthCommand(CLI::App& app);     // vess synth OUT.abf [...]
 void AddEventsCommand(CLI::App& app);    // vess events FILE.EVT [--csv]
 void AddDetectCommand(CLI::App& app);    // vess detect FILE.abf [...]
+void AddScoreCommand(CLI::App& app);     // vess score FILE.abf TRUTH [...]
 
 }  // namespace vess::cli

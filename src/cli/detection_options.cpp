@@ -5,6 +5,7 @@
 
 #include "recording/file_io.h"
 #include "recording/parameter_file.h"
+#include "recording/scripted_dialogs.h"
 #include "recording/settings_file.h"
 
 namespace vess::cli {
@@ -31,6 +32,9 @@ void AddDetectionOptions(CLI::App& cmd, DetectionOptions& o) {
                    "PeakDirection ThresholdAmplitude PeriodToSearchMax PeriodStartBaseline "
                    "PeriodFindDecayTime DecayPercent PeriodBaselineAverage AreaThreshold "
                    "ComplexPeak NumberPointsPeak");
+    cmd.add_option("--suggest", o.suggest,
+                   "start from the parameters of Suggest Analysis Parameters entry 1, 2 or 3")
+        ->check(CLI::Range(1, 3));
     cmd.add_option("--blocks-per-screen", o.blocksPerScreen, "256-point blocks per screen")
         ->check(CLI::Range(1, 1 << 20));
 }
@@ -78,6 +82,8 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
             return o.parameterFile + ": not a parameter or an event file of this program";
         ws.params() = contents.params;
     }
+    // The overrides are checked before the recording is opened, and applied
+    // again after a suggested entry.
     for (const std::string& s : o.sets) {
         const std::string problem = ApplyParameter(ws.params(), s);
         if (!problem.empty()) return "--set: " + problem;
@@ -93,6 +99,11 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
                " channel(s); --channel " + std::to_string(o.channel) + " does not exist";
     ws.recording->SetChannel(static_cast<uint8_t>(o.channel));
     ws.screenStartBlock = 0;
+    if (o.suggest > 0) {
+        ScriptedDialogs quiet;  // the preset's message is not wanted here
+        SuggestParameters(ws, quiet, o.suggest, [] { return true; });
+        for (const std::string& s : o.sets) ApplyParameter(ws.params(), s);
+    }
     return {};
 }
 

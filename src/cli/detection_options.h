@@ -21,13 +21,15 @@ struct DetectionOptions {
     std::string parameterFile;
     std::vector<std::string> sets;
     int blocksPerScreen = 0;  // 0: the settings' value
+    int suggest = 0;          // 1..3: a Suggest Analysis Parameters entry first
 };
 
-// Registers --channel, --settings, --par, --set and --blocks-per-screen.
+// Registers --channel, --settings, --par, --suggest, --set and
+// --blocks-per-screen.
 void AddDetectionOptions(CLI::App& cmd, DetectionOptions& options);
 
-// Opens the recording, selects the channel and fills the parameters and the
-// screen size. Returns an empty string on success, else what went wrong.
+// Opens the recording, selects the channel and fills the parameters (file,
+// then suggested entry, then --set overrides) and the screen size. Returns an empty string on success, else what went wrong.
 std::string PrepareWorkspace(const DetectionOptions& options, Workspace& ws);
 
 // Applies one NAME=VALUE to the detection parameters; empty string on

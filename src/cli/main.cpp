@@ -10,6 +10,7 @@ int main(int argc, char** argv) {
     vess::cli::AddSynthCommand(app);
     vess::cli::AddEventsCommand(app);
     vess::cli::AddDetectCommand(app);
+    vess::cli::AddScoreCommand(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

@@ -12,6 +12,9 @@ namespace {
 // A chain of earlier peaks is followed at most this far back; each move needs
 // a separate event that passes every test, so real traces stop long before.
 constexpr int kMaxPrepeakMoves = 8;
+// An earlier peak must fall back by this fraction of its own amplitude before
+// the candidate rises.
+constexpr double kPrepeakFallFraction = 0.3;
 
 }  // namespace
 
@@ -138,11 +141,17 @@ float Detector::AmplitudeUnits(int32_t counts) const {
 //  - it passes the candidate tests against its own baseline (BaseLen samples
 //    from BaseOffset before it): amplitude at least the threshold and beyond
 //    the baseline in the event direction;
-//  - the trace falls back after it before rising to the candidate: the dip
-//    from E to the least extreme sample between E and the candidate is at
-//    least 0.05 of the candidate's amplitude and at least half the threshold
-//    amplitude. Noise riding on a slow rise makes small dips; half the
-//    smallest event the user accepts is a fall that noise rarely makes.
+//  - the trace falls back after it before rising to the candidate: with D
+//    the least extreme sample between E and the candidate, the fall from E
+//    to D, both taken as three-point means, is at least 0.05 of the
+//    candidate's amplitude and at least the threshold amplitude. Noise riding
+//    on a rise makes dips of a few samples; a fall as large as the smallest
+//    event the user accepts is one that noise rarely makes, and means over
+//    three points keep single noisy samples from making it;
+//  - it falls back by at least 0.3 of its own amplitude, and its own area
+//    (start and decay walks as for a candidate) passes the area threshold:
+//    an earlier peak that would be rejected must not take the candidate's
+//    place, since the candidate would then be lost with it.
 int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
     const int32_t bo = len_.baseOffset;
     if (bo < 3) return peak;
@@ -165,12 +174,65 @@ int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
     if (!PassesAmplitudeTests(earlier.value, ownBaseline)) return peak;
     if (earlier.index + 1 > peak - 1) return peak;
     const Trough dip = LeastExtreme(earlier.index + 1, peak - 1);
-    const int32_t dipCounts = dir_ * (int32_t(earlier.value) - int32_t(dip.value));
+    // The fall is judged on three-point means around the earlier peak and the
+    // dip, so that single noisy samples do not make it.
+    auto mean3 = [&](int64_t i) {
+        return (double(screen_.GetSampleValue(i - 1)) + screen_.GetSampleValue(i) +
+                screen_.GetSampleValue(i + 1)) / 3.0;
+    };
+    const double fallCounts = dir_ * (mean3(earlier.index) - mean3(dip.index));
     const int16_t baseline = FindBaseline(peak - bo, len_.baseLen);
     const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
-    if (dipCounts < 0.05 * amplitude) return peak;
-    if (AmplitudeUnits(dipCounts) < params_.ThresholdAmplitude / 2) return peak;
+    if (fallCounts < 0.05 * amplitude) return peak;
+    if (AmplitudeUnits(RoundClamp32(fallCounts)) < params_.ThresholdAmplitude) return peak;
+    const int32_t ownAmplitude = std::abs(int32_t(earlier.value) - int32_t(ownBaseline));
+    if (fallCounts < kPrepeakFallFraction * ownAmplitude) return peak;
+    // And the area test of a candidate.
+    MeasuredEvent own;
+    own.peak = earlier.index;
+    own.baseline = ownBaseline;
+    own.amplitudeCounts = ownAmplitude;
+    WalkExtent(own);
+    if (!(own.areaUnitsMs >= params_.AreaThreshold)) return peak;
     return earlier.index;
+}
+
+void Detector::WalkExtent(MeasuredEvent& e) const {
+    const int64_t peak = e.peak;
+    // Event start: back from the peak to the first point within 1 % of the
+    // amplitude; the stopping sample is part of the area.
+    const double startLevel = 0.01 * e.amplitudeCounts;
+    double area = 0;
+    e.start = peak - len_.baseOffset - 1;
+    for (int64_t i = peak; i >= peak - len_.baseOffset; --i) {
+        const double excess = double(screen_.GetSampleValue(i)) - e.baseline;
+        area += excess;
+        if (dir_ * excess <= startLevel) {
+            e.start = i;
+            break;
+        }
+    }
+    // Decay point: forwards on three-point means (each term divided on its
+    // own) to the first one within DecayPercent of the amplitude.
+    auto mean3 = [&](int64_t i) {
+        return screen_.GetSampleValue(i - 1) / 3.0 + screen_.GetSampleValue(i) / 3.0 +
+               screen_.GetSampleValue(i + 1) / 3.0;
+    };
+    const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
+    e.decay = peak + len_.decayLen + 1;
+    for (int64_t i = peak + 1; i <= peak + len_.decayLen; ++i) {
+        const double m = mean3(i);
+        area += m - e.baseline;
+        if (dir_ * (m - e.baseline) <= decayLevel) {
+            e.decay = i;
+            break;
+        }
+    }
+    e.decayLevel = RoundClamp16(mean3(e.decay));
+    // The area is a sum of differences from the baseline: converted without
+    // the channel offset, like the amplitude.
+    e.areaUnitsMs = static_cast<float>(std::abs(area * unitsPerCount_) *
+                                       screen_.Rec().IntervalUs() / 1000.0);
 }
 
 std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRecentring) const {
@@ -178,7 +240,6 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
     int16_t value = candidate.value;
     int recentred = 0;
     int prepeakMoves = 0;
-    const double intervalUs = screen_.Rec().IntervalUs();
     for (;;) {
         MeasuredEvent e;
         const int64_t baseStart = peak - len_.baseOffset;
@@ -200,44 +261,7 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
         e.value = value;
         e.baselineMiddle = baseStart + RoundEven(len_.baseLen / 2.0);
 
-        // Event start: back from the peak to the first point within 1 % of the
-        // amplitude; the stopping sample is part of the area.
-        const double startLevel = 0.01 * e.amplitudeCounts;
-        double area = 0;
-        e.start = peak - len_.baseOffset - 1;
-        for (int64_t i = peak; i >= peak - len_.baseOffset; --i) {
-            const double excess = double(screen_.GetSampleValue(i)) - e.baseline;
-            area += excess;
-            if (dir_ * excess <= startLevel) {
-                e.start = i;
-                break;
-            }
-        }
-        // Decay point: forwards on three-point means (each term divided on its
-        // own) to the first one within DecayPercent of the amplitude.
-        const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
-        e.decay = peak + len_.decayLen + 1;
-        bool decayed = false;
-        for (int64_t i = peak + 1; i <= peak + len_.decayLen; ++i) {
-            const double m = screen_.GetSampleValue(i - 1) / 3.0 + screen_.GetSampleValue(i) / 3.0 +
-                             screen_.GetSampleValue(i + 1) / 3.0;
-            area += m - e.baseline;
-            if (dir_ * (m - e.baseline) <= decayLevel) {
-                e.decay = i;
-                e.decayLevel = RoundClamp16(m);
-                decayed = true;
-                break;
-            }
-        }
-        if (!decayed) {
-            const int64_t i = e.decay;
-            e.decayLevel = RoundClamp16(screen_.GetSampleValue(i - 1) / 3.0 +
-                                        screen_.GetSampleValue(i) / 3.0 +
-                                        screen_.GetSampleValue(i + 1) / 3.0);
-        }
-        // The area is a sum of differences from the baseline: converted
-        // without the channel offset, like the amplitude.
-        e.areaUnitsMs = static_cast<float>(std::abs(area * unitsPerCount_) * intervalUs / 1000.0);
+        WalkExtent(e);
         if (!(e.areaUnitsMs >= params_.AreaThreshold)) return std::nullopt;
 
         // Re-centring, at most once: half a search range centred on the peak.

@@ -95,6 +95,9 @@ private:
     };
     Trough LeastExtreme(int64_t first, int64_t last) const;  // raw samples, inclusive
     bool PassesAmplitudeTests(int16_t value, int16_t baseline) const;
+    // Event start, decay point and level, and area of e (peak, baseline and
+    // amplitude set).
+    void WalkExtent(MeasuredEvent& e) const;
 
     const Screen& screen_;
     AnalysisParameters params_;
