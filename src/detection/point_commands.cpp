@@ -1,0 +1,97 @@
+#include "detection/point_commands.h"
+
+#include <optional>
+
+#include "detection/detector.h"
+#include "detection/texts.h"
+
+namespace vess {
+namespace {
+
+void Marks(const Screen& screen, const MeasuredEvent& e, std::vector<DetectionMark>& marks) {
+    using K = DetectionMark::Kind;
+    marks = {{K::Peak, e.peak, e.value},
+             {K::BaselineMiddle, e.baselineMiddle, e.baseline},
+             {K::Start, e.start, screen.GetSampleValue(e.start)},
+             {K::Decay, e.decay, e.decayLevel}};
+}
+
+std::optional<DetectionLengths> Lengths(const Workspace& ws, Dialogs& dialogs) {
+    auto len = ConvertPeriods(ws.params(), ws.recording->IntervalUs());
+    if (!len)
+        dialogs.Message(detection_texts::kImproperParametersCaption,
+                        detection_texts::kImproperParametersText);
+    return len;
+}
+
+}  // namespace
+
+PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
+                                 bool tenthThresholds) {
+    PointCommandResult result;
+    if (!ws.recording) return result;
+    const auto len = Lengths(ws, dialogs);
+    if (!len) {
+        result.improperParameters = true;
+        return result;
+    }
+    AnalysisParameters params = ws.params();
+    if (tenthThresholds) {
+        params.ThresholdAmplitude /= 10;
+        params.AreaThreshold /= 10;
+    }
+    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const Detector det(screen, params, *len);
+    const int64_t from = windowIndex - len->searchLen / 2;
+    const std::optional<MeasuredEvent> e = det.Measure(det.FindMax(from, len->searchLen));
+    if (!e) {
+        dialogs.Message(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
+        return result;
+    }
+    if (!ws.events.Empty() && ws.events.Last().time == screen.CalculateTime(e->peak)) return result;
+    ws.history.Checkpoint(ws.events, "Detect event");
+    ws.events.Append(det.MakeRecord(*e));
+    result.eventIndex = ws.events.Count();
+    Marks(screen, *e, result.marks);
+    return result;
+}
+
+PointCommandResult RecalculateEvent(Workspace& ws, Dialogs& dialogs, int32_t eventIndex) {
+    PointCommandResult result;
+    if (!ws.recording) return result;
+    if (eventIndex < 1 || eventIndex > ws.events.Count()) {
+        dialogs.Message(detection_texts::kNoEventSelectedCaption,
+                        detection_texts::kNoEventSelectedText);
+        return result;
+    }
+    const auto len = Lengths(ws, dialogs);
+    if (!len) {
+        result.improperParameters = true;
+        return result;
+    }
+    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const EventRecord old = ws.events[eventIndex];
+    const int64_t peak = int64_t(old.sampleIndex) - screen.AbsoluteIndex(0);
+    if (peak < 0 || peak >= screen.WindowLen()) {
+        dialogs.Message(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
+        return result;
+    }
+    const Detector det(screen, ws.params(), *len);
+    const std::optional<MeasuredEvent> e = det.Measure({peak, det.GetAverageValue(peak)});
+    if (!e) {
+        dialogs.Message(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
+        return result;
+    }
+    EventRecord r = det.MakeRecord(*e);
+    r.group = old.group;
+    r.burstNumber = old.burstNumber;
+    r.burstEventNumber = old.burstEventNumber;
+    r.reserved = old.reserved;
+    ws.history.Checkpoint(ws.events, "Recalculate event");
+    ws.events[eventIndex] = r;
+    result.eventIndex = eventIndex;
+    Marks(screen, *e, result.marks);
+    return result;
+}
+
+}  // namespace vess

@@ -1,0 +1,33 @@
+// Commands at a point of the screen or on one event: detection at a clicked
+// point (also at a tenth of the thresholds) and recalculation of an event.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "detection/analyze_window.h"
+#include "recording/dialogs.h"
+#include "recording/workspace.h"
+
+namespace vess {
+
+struct PointCommandResult {
+    bool improperParameters = false;
+    int32_t eventIndex = 0;             // 1-based row stored or changed; 0 when none
+    std::vector<DetectionMark> marks;   // four when an event was stored or changed
+};
+
+// Left click: the search range centred on the clicked window index gives the
+// candidate, measured as in AnalyzeWindow and stored (with the same
+// duplicate guard) as one undo step. With tenthThresholds the amplitude and
+// area thresholds are divided by 10. A click where nothing passes the tests
+// says so.
+PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
+                                 bool tenthThresholds = false);
+
+// menu_RecalculatePeak: measures event eventIndex (1-based) again on the
+// current screen from its stored peak, with the current parameters, and
+// replaces its measurements in place (group and burst numbers kept).
+PointCommandResult RecalculateEvent(Workspace& ws, Dialogs& dialogs, int32_t eventIndex);
+
+}  // namespace vess
