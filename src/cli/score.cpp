@@ -101,7 +101,7 @@ int ScoreFile(const DetectionOptions& options, const std::string& truthPath, dou
     return 0;
 }
 
-int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folder) {
+int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folder, double toleranceMs) {
     std::filesystem::create_directories(folder);
     for (const double snr : {2.0, 3.0, 5.0, 10.0}) {
         SynthOptions o;
@@ -126,7 +126,7 @@ int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folde
         DetectWholeFile(ws, dialogs);
         std::vector<double> truth;
         for (const TrueEvent& e : synth.events) truth.push_back(e.peakMs);
-        const double tol = 5 * ws.recording->IntervalUs() / 1000.0;
+        const double tol = toleranceMs > 0 ? toleranceMs : 5 * ws.recording->IntervalUs() / 1000.0;
         Print(fmt::format("SNR {:g} (noise {:.1f} pA)", snr, o.noiseRmsPa),
               ScoreDetections(DetectedPeaksMs(ws), truth, -tol, tol));
     }
@@ -167,7 +167,7 @@ void AddScoreCommand(CLI::App& app) {
             const std::filesystem::path folder =
                 st->folder.empty() ? std::filesystem::temp_directory_path() / "vess-score"
                                    : std::filesystem::path(st->folder);
-            status = SynthSweep(st->seconds, st->seed, folder);
+            status = SynthSweep(st->seconds, st->seed, folder, st->toleranceMs);
         } else if (st->options.file.empty() || st->truth.empty()) {
             std::cerr << "vess score: give FILE and TRUTH, or --synth-sweep\n";
             status = 2;
