@@ -43,4 +43,18 @@ inline constexpr const char* kNoDoublePeakText = "No second peak was found after
 inline constexpr const char* kBaselineThresholdCaption = "Baseline and Threshold";
 inline constexpr const char* kRmsNoiseCaption = "RMS Noise";
 
+// Double-peak scan summary: scanned + kScanMiddle + added + ".".
+inline constexpr const char* kScanDoublePeakCaption = "Scan for Double Peaks";
+inline constexpr const char* kScanMiddle = " events scanned; double peaks added: ";
+
+// RMS noise and baseline and threshold reports (numbers filled in by the
+// commands); the threshold question is asked with Yes/No.
+inline constexpr const char* kNoQuietTraceText =
+    "There is no event-free stretch on this screen to measure the noise on.";
+inline constexpr const char* kRmsNoiseLabel = "RMS noise: ";
+inline constexpr const char* kBaselineLabel = "Baseline: ";
+inline constexpr const char* kPointsLabel = "Points measured: ";
+inline constexpr const char* kSuggestedThresholdLabel = "Suggested amplitude threshold: ";
+inline constexpr const char* kUseThresholdQuestion = "Use it as the amplitude threshold?";
+
 }  // namespace vess::detection_texts
