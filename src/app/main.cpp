@@ -31,7 +31,9 @@ int main(int argc, char** argv) {
     vess::Workspace ws;
     ws.iniPath = vess::DefaultIniPath(QCoreApplication::applicationDirPath().toStdString());
     ws.settings = vess::LoadIniSettings(ws.iniPath);
-    const QStringList files = parser.positionalArguments();
+    // Absolute now: the file lists change the current folder.
+    QStringList files;
+    for (const QString& f : parser.positionalArguments()) files << QFileInfo(f).absoluteFilePath();
     if (!files.isEmpty())  // start in the folder of the file given
         ws.settings.DataDir = QFileInfo(files.first()).absolutePath().toStdString();
 

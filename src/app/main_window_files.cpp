@@ -25,7 +25,8 @@
 namespace vess {
 
 void MainWindow::OpenPath(const QString& path) {
-    const QFileInfo info(path);
+    // Resolved before the file lists change the current folder.
+    const QFileInfo info(QFileInfo(path).absoluteFilePath());
     if (info.exists()) files_->SetFolder(info.absolutePath());
     OnFileChosen(info.absoluteFilePath());
 }

@@ -3,13 +3,18 @@
 #include <QAction>
 #include <QApplication>
 #include <QPixmap>
+#include <QThread>
 
 #include "app/main_window.h"
 
 namespace vess {
 
 bool TakeScreenshot(MainWindow& window, const QString& pngPath, int screens) {
-    QApplication::processEvents();
+    // Let the file lists read their folders.
+    for (int i = 0; i < 20; ++i) {
+        QApplication::processEvents();
+        QThread::msleep(10);
+    }
     if (window.Ws().recording) {
         window.Action("menu_Analyze")->trigger();
         for (int i = 1; i < screens; ++i) window.Action("menu_AnalyzeNext")->trigger();

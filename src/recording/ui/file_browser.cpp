@@ -43,6 +43,14 @@ FileBrowser::FileBrowser(QWidget* parent)
     layout->addWidget(folders_, 3);
     layout->addWidget(files_, 2);
 
+    // The folder model fills in the background: show the chosen folder once
+    // its parents are read.
+    connect(folderModel_, &QFileSystemModel::directoryLoaded, this, [this](const QString& dir) {
+        if (!folder_.startsWith(dir)) return;
+        const QModelIndex index = folderModel_->index(folder_);
+        folders_->setCurrentIndex(index);
+        folders_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    });
     connect(drives_, &QComboBox::activated, this, &FileBrowser::OnDriveChosen);
     connect(folders_, &QTreeView::clicked, this, &FileBrowser::OnFolderActivated);
     connect(folders_, &QTreeView::activated, this, &FileBrowser::OnFolderActivated);
