@@ -9,14 +9,6 @@
 namespace vess {
 namespace {
 
-void AddMarks(const Screen& screen, const MeasuredEvent& e, std::vector<DetectionMark>& marks) {
-    using K = DetectionMark::Kind;
-    marks.push_back({K::Peak, e.peak, e.value});
-    marks.push_back({K::BaselineMiddle, e.baselineMiddle, e.baseline});
-    marks.push_back({K::Start, e.start, screen.GetSampleValue(e.start)});
-    marks.push_back({K::Decay, e.decay, e.decayLevel});
-}
-
 // Appends the event unless the last stored record has exactly its peak time
 // (analysing a screen twice does not repeat its last event). Only the last
 // record is compared, so earlier events of a screen analysed again are
@@ -32,6 +24,14 @@ bool Store(const Detector& det, const MeasuredEvent& e, EventTable& events,
 }
 
 }  // namespace
+
+void AddMarks(const Screen& screen, const MeasuredEvent& e, std::vector<DetectionMark>& marks) {
+    using K = DetectionMark::Kind;
+    marks.push_back({K::Peak, e.peak, e.value});
+    marks.push_back({K::BaselineMiddle, e.baselineMiddle, e.baseline});
+    marks.push_back({K::Start, e.start, screen.GetSampleValue(e.start)});
+    marks.push_back({K::Decay, e.decay, e.decayLevel});
+}
 
 uint32_t MarkColour(DetectionMark::Kind kind) {
     switch (kind) {

@@ -23,6 +23,10 @@ struct DetectionMark {
 };
 uint32_t MarkColour(DetectionMark::Kind kind);
 
+struct MeasuredEvent;
+// The four marks of a measured event, appended to marks.
+void AddMarks(const Screen& screen, const MeasuredEvent& e, std::vector<DetectionMark>& marks);
+
 struct AnalyzeWindowResult {
     bool improperParameters = false;  // the message was shown, nothing was done
     int32_t eventsAdded = 0;

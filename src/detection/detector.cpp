@@ -197,14 +197,15 @@ int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
     return earlier.index;
 }
 
-void Detector::WalkExtent(MeasuredEvent& e) const {
+void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLimit) const {
     const int64_t peak = e.peak;
     // Event start: back from the peak to the first point within 1 % of the
     // amplitude; the stopping sample is part of the area.
     const double startLevel = 0.01 * e.amplitudeCounts;
     double area = 0;
-    e.start = peak - len_.baseOffset - 1;
-    for (int64_t i = peak; i >= peak - len_.baseOffset; --i) {
+    const int64_t startLast = std::max<int64_t>(peak - len_.baseOffset, startLimit);
+    e.start = startLast > peak - len_.baseOffset ? startLast : peak - len_.baseOffset - 1;
+    for (int64_t i = peak; i >= startLast; --i) {
         const double excess = double(screen_.GetSampleValue(i)) - e.baseline;
         area += excess;
         if (dir_ * excess <= startLevel) {
@@ -219,8 +220,9 @@ void Detector::WalkExtent(MeasuredEvent& e) const {
                screen_.GetSampleValue(i + 1) / 3.0;
     };
     const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
-    e.decay = peak + len_.decayLen + 1;
-    for (int64_t i = peak + 1; i <= peak + len_.decayLen; ++i) {
+    const int64_t decayLast = std::min<int64_t>(peak + len_.decayLen, decayLimit);
+    e.decay = decayLast < peak + len_.decayLen ? decayLast : peak + len_.decayLen + 1;
+    for (int64_t i = peak + 1; i <= decayLast; ++i) {
         const double m = mean3(i);
         area += m - e.baseline;
         if (dir_ * (m - e.baseline) <= decayLevel) {

@@ -87,6 +87,17 @@ public:
 
     // Amplitude (a difference of counts) in the channel's unit.
     float AmplitudeUnits(int32_t counts) const;
+    // The amplitude and direction tests of a candidate: |value - baseline| at
+    // least ThresholdAmplitude and value beyond baseline in the event direction.
+    bool PassesAmplitudeTests(int16_t value, int16_t baseline) const;
+
+    // Event start, decay point and level, and area of e, whose peak, baseline
+    // and amplitude are set. The start walk goes back at most BaseOffset
+    // samples and not before startLimit; the decay walk forward at most
+    // DecayLen samples and not after decayLimit. A walk that finds no point
+    // ends one sample beyond its range, or at a limit that cut the range.
+    void WalkExtent(MeasuredEvent& e, int64_t startLimit = std::numeric_limits<int64_t>::min(),
+                    int64_t decayLimit = std::numeric_limits<int64_t>::max()) const;
 
 private:
     struct Trough {
@@ -94,10 +105,6 @@ private:
         int16_t value;
     };
     Trough LeastExtreme(int64_t first, int64_t last) const;  // raw samples, inclusive
-    bool PassesAmplitudeTests(int16_t value, int16_t baseline) const;
-    // Event start, decay point and level, and area of e (peak, baseline and
-    // amplitude set).
-    void WalkExtent(MeasuredEvent& e) const;
 
     const Screen& screen_;
     AnalysisParameters params_;
