@@ -33,10 +33,6 @@ class ParameterPanel;
 class Screen;
 class TraceView;
 
-// False until the core's click detection, recalculation, double-peak,
-// baseline-threshold and noise commands are wired in (main_window_measure.cpp).
-inline constexpr bool kMeasureCommandsReady = false;
-
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:

@@ -66,12 +66,11 @@ void MainWindow::RefreshActions() {
     for (const char* n : {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop"}) enable(n, open && !running);
     enable("menu_Stop", running);
     enable("menu_Reset", any && !running);
-    for (const char* n : {"menu_RejectThisEvent", "menu_DeletEvent", "menu_Unmark"})
-        enable(n, selected && !running);
-    // Single-event measurement commands wait for their core functions.
-    for (const char* n : {"menu_RecalculatePeak", "menu_DoublePeak", "menu_ScanDoublePeak",
-                          "menu_BaselineThreshold", "menu_RMSNoise"})
-        enable(n, kMeasureCommandsReady && open && !running);
+    for (const char* n : {"menu_RejectThisEvent", "menu_DeletEvent", "menu_Unmark",
+                          "menu_RecalculatePeak", "menu_DoublePeak"})
+        enable(n, selected && open && !running);
+    enable("menu_ScanDoublePeak", any && open && !running);
+    for (const char* n : {"menu_BaselineThreshold", "menu_RMSNoise"}) enable(n, open && !running);
     for (const char* n : {"menu_markasgp", "menu_Group", "menu_MarkAllEvents", "menu_UnmarkGrouped",
                           "menu_RejectEvents", "menu_deleteevents", "menu_DeleteRejected",
                           "menu_RemoveDuplicates", "menu_SaveData", "menu_savetoAsciiFile"})

@@ -218,3 +218,30 @@ TEST(QtFilter, ProgramFiltersBecomeQtFiltersInEitherCase) {
 
 }  // namespace
 }  // namespace vess::test
+
+namespace vess::test {
+namespace {
+
+// An event deleted with K comes back with a left click on its peak, measured
+// as analysis measured it.
+TEST_F(GuiTest, LeftClickDetectsTheEventUnderThePointer) {
+    OpenSample();
+    AnalyseUntilEvents(1);
+    Type('v');
+    const int32_t k = ws.selectedEvent;
+    const EventRecord original = ws.events[k];
+    const int64_t peak = *window->Trace()->PeakIndexOf(original);
+    Type('k');
+    ASSERT_EQ(ws.events.Count(), k - 1);
+    TraceView* t = window->Trace();
+    QTest::mouseClick(t, Qt::LeftButton, {}, QPoint(int(t->XOfIndex(double(peak) + 0.5)),
+                                                   t->PlotRect().center().y()));
+    ASSERT_EQ(ws.events.Count(), k);
+    EXPECT_EQ(ws.events[k].time, original.time);
+    EXPECT_EQ(ws.events[k].amplitude, original.amplitude);
+    EXPECT_EQ(ws.selectedEvent, k);
+    EXPECT_EQ(GridRows(), k);
+}
+
+}  // namespace
+}  // namespace vess::test
