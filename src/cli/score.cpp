@@ -2,14 +2,19 @@
 // for a sweep of synthetic recordings at several signal-to-noise ratios.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 
 #include "cli/commands.h"
 #include "cli/detection_options.h"
+#include "detection/noise_commands.h"
 #include "detection/scoring.h"
+#include "detection/detector.h"
 #include "detection/whole_file.h"
+#include "recording/screen.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
 
@@ -74,6 +79,43 @@ void Print(const std::string& label, const DetectionScore& s) {
                              s.Precision(), s.F1());
 }
 
+// Unmatched detections within 10 ms of a true event, or not.
+void PrintFalsePositives(std::span<const double> found, std::span<const double> truth, double lowMs,
+                         double highMs) {
+    const FalsePositiveClasses c = ClassifyFalsePositives(found, truth, lowMs, highMs, 10.0);
+    std::cout << fmt::format("{:<24} false positives: second detections {}, displaced {}, noise {}\n",
+                             "", c.secondDetections, c.displaced, c.noise);
+}
+
+// The noise the amplitude test sees: a sample minus the mean of the BaseLen
+// samples that begin BaseOffset before it, as RMS in pA.
+double DetectorBandNoisePa(const std::vector<int16_t>& samples, int64_t baseOffset, int64_t baseLen,
+                           double countsPerPa) {
+    double squares = 0;
+    int64_t n = 0;
+    for (int64_t i = baseOffset; i < int64_t(samples.size()); ++i) {
+        double base = 0;
+        for (int64_t k = 0; k < baseLen; ++k) base += samples[std::size_t(i - baseOffset + k)];
+        const double d = samples[std::size_t(i)] - base / double(baseLen);
+        squares += d * d;
+        ++n;
+    }
+    return n == 0 ? 0 : std::sqrt(squares / double(n)) / countsPerPa;
+}
+
+// Median over the screens of the RMS noise outside the detected events.
+double QuietNoise(const Workspace& ws) {
+    std::vector<double> rms;
+    const int32_t bps = ws.BlocksPerScreen();
+    for (int32_t b = 0; b + bps <= ws.recording->BlockCount(); b += bps) {
+        const NoiseMeasure m = MeasureScreenNoise(Screen(*ws.recording, b, bps), ws.events);
+        if (m.valid) rms.push_back(m.rmsUnits);
+    }
+    if (rms.empty()) return 0;
+    std::nth_element(rms.begin(), rms.begin() + std::ptrdiff_t(rms.size() / 2), rms.end());
+    return rms[rms.size() / 2];
+}
+
 int ScoreFile(const DetectionOptions& options, const std::string& truthPath, double toleranceMs) {
     std::string problem;
     const std::optional<Truth> truth = ReadTruth(truthPath, problem);
@@ -98,6 +140,12 @@ int ScoreFile(const DetectionOptions& options, const std::string& truthPath, dou
     const DetectionScore s = truth->onsets ? ScoreDetections(found, truth->timesMs, 0.0, tol)
                                            : ScoreDetections(found, truth->timesMs, -tol, tol);
     Print(ws.recording->FileName(), s);
+    if (truth->onsets)
+        PrintFalsePositives(found, truth->timesMs, 0.0, tol);
+    else
+        PrintFalsePositives(found, truth->timesMs, -tol, tol);
+    std::cout << fmt::format("{:<24} RMS noise outside events {:.3f} {} (median of screens)\n", "",
+                             QuietNoise(ws), ws.recording->Units());
     return 0;
 }
 
@@ -127,8 +175,21 @@ int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folde
         std::vector<double> truth;
         for (const TrueEvent& e : synth.events) truth.push_back(e.peakMs);
         const double tol = toleranceMs > 0 ? toleranceMs : 5 * ws.recording->IntervalUs() / 1000.0;
+        const std::vector<double> found = DetectedPeaksMs(ws);
         Print(fmt::format("SNR {:g} (noise {:.1f} pA)", snr, o.noiseRmsPa),
-              ScoreDetections(DetectedPeaksMs(ws), truth, -tol, tol));
+              ScoreDetections(found, truth, -tol, tol));
+        PrintFalsePositives(found, truth, -tol, tol);
+        // The same noise without events, in the band the amplitude test sees.
+        SynthOptions quiet = o;
+        quiet.eventsPerSecond = 0;
+        const auto len = ConvertPeriods(ws.params(), ws.recording->IntervalUs());
+        if (len) {
+            const double bandPa = DetectorBandNoisePa(Synthesise(quiet).samples, len->baseOffset,
+                                                      len->baseLen, o.countsPerPa);
+            std::cout << fmt::format("{:<24} noise in the detector's band {:.2f} pA; median "
+                                     "amplitude / that noise = {:.2f}\n",
+                                     "", bandPa, o.medianAmplitudePa / bandPa);
+        }
     }
     return 0;
 }

@@ -169,6 +169,10 @@ int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
         const int16_t v = screen_.GetSampleValue(i);
         if (dir_ * v > dir_ * earlier.value) earlier = {i, v};
     }
+    // The most extreme sample at the very start of the range is no peak: the
+    // trace only falls from there (typically the flank of a stored event just
+    // before the floor, which would otherwise be found again a sample later).
+    if (earlier.index == first) return peak;
     if (dir_ * earlier.value >= dir_ * value) return peak;
     const int16_t ownBaseline = FindBaseline(earlier.index - bo, len_.baseLen);
     if (!PassesAmplitudeTests(earlier.value, ownBaseline)) return peak;

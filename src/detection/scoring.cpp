@@ -1,5 +1,9 @@
 #include "detection/scoring.h"
 
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
 namespace vess {
 
 double DetectionScore::Recall() const {
@@ -17,23 +21,64 @@ double DetectionScore::F1() const {
     return p + r == 0 ? 0.0 : 2 * p * r / (p + r);
 }
 
+namespace {
+
+// The greedy matching: for each detection, the true event it serves or -1.
+std::vector<int64_t> Match(std::span<const double> detectedMs, std::span<const double> trueMs,
+                           double lowMs, double highMs) {
+    std::vector<int64_t> truthOf(detectedMs.size(), -1);
+    std::size_t j = 0;
+    for (std::size_t t = 0; t < trueMs.size(); ++t) {
+        // Detections too early for this true event are too early for every
+        // later one as well.
+        while (j < detectedMs.size() && detectedMs[j] - trueMs[t] < lowMs) ++j;
+        if (j < detectedMs.size() && detectedMs[j] - trueMs[t] <= highMs) truthOf[j++] = int64_t(t);
+    }
+    return truthOf;
+}
+
+}  // namespace
+
 DetectionScore ScoreDetections(std::span<const double> detectedMs, std::span<const double> trueMs,
                                double lowMs, double highMs) {
     DetectionScore score;
-    std::size_t j = 0;
-    for (const double t : trueMs) {
-        // Detections too early for this true event are too early for every
-        // later one as well.
-        while (j < detectedMs.size() && detectedMs[j] - t < lowMs) ++j;
-        if (j < detectedMs.size() && detectedMs[j] - t <= highMs) {
-            ++score.truePositives;
-            ++j;
-        } else {
-            ++score.falseNegatives;
-        }
-    }
+    for (const int64_t t : Match(detectedMs, trueMs, lowMs, highMs))
+        if (t >= 0) ++score.truePositives;
     score.falsePositives = int64_t(detectedMs.size()) - score.truePositives;
+    score.falseNegatives = int64_t(trueMs.size()) - score.truePositives;
     return score;
+}
+
+FalsePositiveClasses ClassifyFalsePositives(std::span<const double> detectedMs,
+                                            std::span<const double> trueMs, double lowMs,
+                                            double highMs, double nearMs) {
+    const std::vector<int64_t> truthOf = Match(detectedMs, trueMs, lowMs, highMs);
+    std::vector<bool> matched(trueMs.size(), false);
+    for (const int64_t t : truthOf)
+        if (t >= 0) matched[std::size_t(t)] = true;
+    FalsePositiveClasses c;
+    for (std::size_t d = 0; d < detectedMs.size(); ++d) {
+        if (truthOf[d] >= 0) continue;
+        // The nearest true event.
+        const auto it = std::lower_bound(trueMs.begin(), trueMs.end(), detectedMs[d]);
+        int64_t nearest = -1;
+        double best = nearMs;
+        for (auto k : {it - trueMs.begin() - 1, it - trueMs.begin()}) {
+            if (k < 0 || k >= int64_t(trueMs.size())) continue;
+            const double dist = std::abs(detectedMs[d] - trueMs[std::size_t(k)]);
+            if (dist <= best) {
+                best = dist;
+                nearest = k;
+            }
+        }
+        if (nearest < 0)
+            ++c.noise;
+        else if (matched[std::size_t(nearest)])
+            ++c.secondDetections;
+        else
+            ++c.displaced;
+    }
+    return c;
 }
 
 }  // namespace vess

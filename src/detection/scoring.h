@@ -24,4 +24,17 @@ struct DetectionScore {
 DetectionScore ScoreDetections(std::span<const double> detectedMs, std::span<const double> trueMs,
                                double lowMs, double highMs);
 
+// What the unmatched detections are: within nearMs of a true event that was
+// matched (a second detection of that event), within nearMs of a true event
+// that was missed (found, but outside the tolerance), or away from every
+// true event (noise).
+struct FalsePositiveClasses {
+    int64_t secondDetections = 0;
+    int64_t displaced = 0;
+    int64_t noise = 0;
+};
+FalsePositiveClasses ClassifyFalsePositives(std::span<const double> detectedMs,
+                                            std::span<const double> trueMs, double lowMs,
+                                            double highMs, double nearMs);
+
 }  // namespace vess

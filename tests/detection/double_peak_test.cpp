@@ -1,0 +1,202 @@
+// Double peaks: of a selected event, at a clicked point, and the scan of the
+// whole table.
+#include <gtest/gtest.h>
+
+#include "detection/double_peak.h"
+#include "detection/point_commands.h"
+#include "detection/screen_commands.h"
+#include "detection/whole_file.h"
+#include "recording/scripted_dialogs.h"
+#include "trace_helpers.h"
+
+namespace vess {
+namespace {
+
+using test::AddEvent;
+using test::DoubleExp;
+
+struct Fixture {
+    test::TraceFile file;
+    Workspace ws;
+    explicit Fixture(const std::vector<int16_t>& trace) : file(trace) {
+        AbfError error = AbfError::None;
+        ws.recording = Recording::Open(file.rec->Path(), &error);
+        ws.params() = test::TestParams();
+    }
+};
+
+// An event of 1000 counts at 600 with a second one of 600 counts riding on its
+// decay 80 samples (4 ms) later: one search range holds both, so the analysis
+// without complex peaks stores only the first.
+std::vector<int16_t> DoubleTrace() {
+    std::vector<int16_t> trace(4096, 0);
+    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
+    AddEvent(trace, 680, DoubleExp{10, 100, 600});
+    return trace;
+}
+
+constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
+
+TEST(DoublePeak, SelectedEventGetsItsSecondPeakOnceAsOneUndoStep) {
+    Fixture f(DoubleTrace());
+    ScriptedDialogs dialogs;
+    ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
+    ASSERT_NEAR(f.ws.events[1].sampleIndex, 626, 1);
+    const EventRecord first = f.ws.events[1];
+    f.ws.history.Clear();
+
+    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
+    ASSERT_EQ(r.eventIndex, 2);
+    EXPECT_EQ(r.firstIndex, 1);
+    ASSERT_EQ(f.ws.events.Count(), 2);
+    const EventRecord& second = f.ws.events[2];
+    // The summed trace peaks a little before the second event alone would.
+    EXPECT_GT(second.sampleIndex, kSecondPeak - 10);
+    EXPECT_LE(second.sampleIndex, kSecondPeak);
+    // Measured against the first event's baseline: its amplitude includes the
+    // decay of the first event it rides on.
+    EXPECT_EQ(second.baseline, first.baseline);
+    EXPECT_GT(second.amplitude, 600);
+    EXPECT_LT(second.amplitude, 1300);
+    // Its start is the trough between the peaks, not the first event's start.
+    EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
+    EXPECT_EQ(r.marks.size(), 4u);
+    EXPECT_TRUE(dialogs.Messages().empty());
+
+    // Asking again finds the peak already stored and changes nothing.
+    const DoublePeakResult again = AnalyzeDoublePeak(f.ws, dialogs, 1);
+    EXPECT_TRUE(again.alreadyStored);
+    EXPECT_EQ(again.eventIndex, 2);
+    EXPECT_EQ(f.ws.events.Count(), 2);
+
+    ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
+    EXPECT_EQ(f.ws.events.Count(), 1);
+    EXPECT_FALSE(f.ws.history.CanUndo());
+}
+
+TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
+    std::vector<int16_t> trace(4096, 0);
+    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
+    AddEvent(trace, 2600, DoubleExp{10, 100, 1000});
+    Fixture f(trace);
+    ScriptedDialogs dialogs;
+    f.ws.settings.DisplayTotalNumberBlockPerScreen = 4;  // 1024 points a screen
+    AnalyzeCurrentScreen(f.ws, dialogs);
+    AnalyzeNextWindow(f.ws, dialogs);
+    AnalyzeNextWindow(f.ws, dialogs);
+    ASSERT_EQ(f.ws.events.Count(), 2);
+    const EventTable before = f.ws.events;
+
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 2).eventIndex, 0);  // on this screen, single
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);  // on the first screen
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 3).eventIndex, 0);  // no such row
+    const auto m = dialogs.Messages();
+    ASSERT_EQ(m.size(), 3u);
+    EXPECT_EQ(m[0].caption, "Double Peak");
+    EXPECT_EQ(m[0].text, "No second peak was found after this event.");
+    EXPECT_EQ(m[1].caption, "Event Not Shown");
+    EXPECT_EQ(m[2].caption, "No Event Selected");
+    EXPECT_EQ(f.ws.events, before);
+}
+
+// Bumps on the decay that rise less than the amplitude threshold (or than
+// 5 % of the event's amplitude) are not second peaks.
+TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
+    std::vector<int16_t> trace(4096, 0);
+    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
+    for (int i = 660; i <= 740; i += 40)
+        for (int k = 0; k < 6; ++k) trace[std::size_t(i + k)] = Clamp16(trace[std::size_t(i + k)] + 80);
+    Fixture f(trace);
+    ScriptedDialogs dialogs;
+    AnalyzeCurrentScreen(f.ws, dialogs);
+    ASSERT_EQ(f.ws.events.Count(), 1);
+    f.ws.params().ThresholdAmplitude = 100;
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);
+    f.ws.params().ThresholdAmplitude = 5;  // the bumps rise about 75 counts
+    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
+    ASSERT_EQ(r.eventIndex, 2);
+    EXPECT_GE(f.ws.events[2].sampleIndex, 660);
+}
+
+// A shoulder on the rise: a smaller event 60 samples before a large one. The
+// detection stores the large one when the earlier-peak search does not move
+// it; the double-peak command then finds the earlier one and stores it before.
+TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
+    std::vector<int16_t> trace(4096, 0);
+    AddEvent(trace, 600, DoubleExp{10, 100, 300});
+    AddEvent(trace, 660, DoubleExp{10, 100, 1000});
+    Fixture f(trace);
+    ScriptedDialogs dialogs;
+    // The large event measured from its own peak: the earlier one falls back
+    // too little (65 of its 300 counts) to take its place.
+    const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
+    const auto len = ConvertPeriods(f.ws.params(), 50);
+    ASSERT_TRUE(len);
+    const Detector det(screen, f.ws.params(), *len);
+    const auto first = det.Measure({660 + 26, det.GetAverageValue(660 + 26)});
+    ASSERT_TRUE(first);
+    ASSERT_NEAR(first->peak, 660 + 26, 3);
+    f.ws.events.Append(det.MakeRecord(*first));
+
+    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
+    ASSERT_EQ(r.eventIndex, 1);
+    EXPECT_EQ(r.firstIndex, 2);
+    EXPECT_NEAR(f.ws.events[1].sampleIndex, 600 + 26, 2);
+    // Its decay walk ends at the trough before the large event.
+    EXPECT_LE(f.ws.events[1].sampleIndex + f.ws.events[1].decayTime, 660 + 26);
+}
+
+TEST(DoublePeakAtPoint, StoresBothPeaksAsOneUndoStep) {
+    Fixture f(DoubleTrace());
+    ScriptedDialogs dialogs;
+    const DoublePeakResult r = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
+    ASSERT_EQ(f.ws.events.Count(), 2);
+    EXPECT_EQ(r.firstIndex, 1);
+    EXPECT_EQ(r.eventIndex, 2);
+    EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
+    EXPECT_EQ(r.marks.size(), 8u);
+    ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
+    EXPECT_TRUE(f.ws.events.Empty());
+
+    // Nothing at the point.
+    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
+    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Found");
+}
+
+TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
+    std::vector<int16_t> trace(8192, 0);
+    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
+    AddEvent(trace, 680, DoubleExp{10, 100, 600});
+    AddEvent(trace, 2600, DoubleExp{10, 100, 800});
+    AddEvent(trace, 5100, DoubleExp{10, 100, 900});
+    AddEvent(trace, 5170, DoubleExp{10, 100, 700});
+    Fixture f(trace);
+    ScriptedDialogs dialogs;
+    for (const int64_t peak : {626, 2626, 5126}) {
+        f.ws.screenStartBlock = int32_t(peak / 1024 * 4);
+        ASSERT_GT(DetectAtPoint(f.ws, dialogs, peak % 1024).eventIndex, 0) << peak;
+    }
+    ASSERT_EQ(f.ws.events.Count(), 3);
+    f.ws.events[2].group = 255;  // rejected events are not scanned
+    f.ws.history.Clear();
+
+    const DoublePeakScanResult r = ScanDoublePeaks(f.ws, dialogs);
+    EXPECT_EQ(r.eventsScanned, 2);
+    EXPECT_EQ(r.peaksAdded, 2);
+    ASSERT_EQ(f.ws.events.Count(), 5);
+    for (int32_t i = 2; i <= 5; ++i)
+        EXPECT_LT(f.ws.events[i - 1].sampleIndex, f.ws.events[i].sampleIndex) << i;
+    EXPECT_EQ(dialogs.Messages().back().caption, "Scan for Double Peaks");
+    EXPECT_EQ(dialogs.Messages().back().text, "2 events scanned; double peaks added: 2.");
+
+    // A second scan finds every second peak stored already.
+    const EventTable after = f.ws.events;
+    EXPECT_EQ(ScanDoublePeaks(f.ws, dialogs).peaksAdded, 0);
+    EXPECT_EQ(f.ws.events, after);
+    ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
+    EXPECT_EQ(f.ws.events.Count(), 3);
+    EXPECT_FALSE(f.ws.history.CanUndo());
+}
+
+}  // namespace
+}  // namespace vess

@@ -1,0 +1,98 @@
+// RMS noise and the baseline and threshold command.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "detection/noise_commands.h"
+#include "detection/screen_commands.h"
+#include "recording/scripted_dialogs.h"
+#include "trace_helpers.h"
+
+namespace vess {
+namespace {
+
+using test::AddEvent;
+using test::DoubleExp;
+
+// A level of -500 counts with a square wave of +-10 counts (RMS 10 exactly)
+// and one large upward event on the first screen.
+struct NoiseFixture {
+    test::TraceFile file;
+    Workspace ws;
+    static std::vector<int16_t> Trace() {
+        std::vector<int16_t> t(4096);
+        for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? -490 : -510);
+        AddEvent(t, 600, DoubleExp{10, 100, 1000});
+        return t;
+    }
+    // Two counts per unit: levels and RMS come out in halves.
+    NoiseFixture() : file(Trace(), 2.0f) {
+        AbfError error = AbfError::None;
+        ws.recording = Recording::Open(file.rec->Path(), &error);
+        ws.params() = test::TestParams();
+        ws.params().ThresholdAmplitude = 100;
+    }
+};
+
+TEST(ScreenNoise, StoredEventsAreLeftOut) {
+    NoiseFixture f;
+    const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
+    const NoiseMeasure withEvent = MeasureScreenNoise(screen, f.ws.events);
+    ASSERT_TRUE(withEvent.valid);
+    EXPECT_EQ(withEvent.points, screen.WindowLen());
+    EXPECT_GT(withEvent.rmsUnits, 20.0);  // the event dominates
+
+    ScriptedDialogs dialogs;
+    f.ws.params().DecayPercent = 0.01f;  // the decay point near the end of the tail
+    AnalyzeCurrentScreen(f.ws, dialogs);
+    ASSERT_EQ(f.ws.events.Count(), 1);
+    const NoiseMeasure quiet = MeasureScreenNoise(screen, f.ws.events);
+    ASSERT_TRUE(quiet.valid);
+    // From the event start to the end of the screen (the decay point lies
+    // beyond it).
+    EXPECT_EQ(quiet.pointsExcluded, 1024 - (f.ws.events[1].sampleIndex - f.ws.events[1].riseTime));
+    // What is left of the decay beyond the decay point (under 2 %) adds a little.
+    EXPECT_NEAR(quiet.rmsUnits, 5.0, 1.5);
+    EXPECT_NEAR(quiet.baselineUnits, -250.0, 5.0);
+
+    // A screen without events: exactly the square wave.
+    const Screen last(*f.ws.recording, 12, f.ws.BlocksPerScreen());
+    const NoiseMeasure flat = MeasureScreenNoise(last, f.ws.events);
+    EXPECT_DOUBLE_EQ(flat.rmsUnits, 5.0);
+    EXPECT_DOUBLE_EQ(flat.baselineUnits, -250.0);
+}
+
+TEST(RmsNoise, ShowsTheRmsInTheChannelsUnits) {
+    NoiseFixture f;
+    f.ws.screenStartBlock = 12;
+    ScriptedDialogs dialogs;
+    const NoiseMeasure m = ShowRmsNoise(f.ws, dialogs);
+    EXPECT_DOUBLE_EQ(m.rmsUnits, 5.0);
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
+    EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos)
+        << dialogs.Messages()[0].text;
+    EXPECT_TRUE(f.ws.events.Empty());
+}
+
+TEST(BaselineThreshold, SetsTheThresholdOnlyOnYes) {
+    NoiseFixture f;
+    f.ws.screenStartBlock = 12;
+    ScriptedDialogs dialogs;
+    dialogs.AnswerYesNo(false).AnswerYesNo(true);
+    const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
+    EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
+    EXPECT_FALSE(no.applied);
+    EXPECT_EQ(f.ws.params().ThresholdAmplitude, 100.0f);
+
+    const BaselineThresholdResult yes = BaselineThreshold(f.ws, dialogs);
+    EXPECT_TRUE(yes.applied);
+    EXPECT_EQ(f.ws.params().ThresholdAmplitude, yes.suggestedThreshold);
+    const auto& question = dialogs.Transcript().back();
+    EXPECT_EQ(question.caption, "Baseline and Threshold");
+    EXPECT_NE(question.text.find("Baseline: -250.000"), std::string::npos) << question.text;
+    EXPECT_FALSE(f.ws.history.CanUndo());
+}
+
+}  // namespace
+}  // namespace vess
