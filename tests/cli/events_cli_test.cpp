@@ -1,40 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <string>
 
 #include "recording/event_file.h"
 #include "recording/file_io.h"
+#include "support/run_vess.h"
 #include "support/test_recording.h"
 
 namespace vess {
 namespace {
 
-struct CliRun {
-    int exitCode;
-    std::string out;
-};
-
-// Runs vess with arguments, capturing stdout; stderr goes to errFile.
-CliRun RunVess(const std::string& args, const std::filesystem::path& errFile) {
-    const std::string command = std::string(VESS_CLI) + " " + args + " 2>" + errFile.string();
-    FILE* pipe = ::popen(command.c_str(), "r");
-    CliRun run{-1, {}};
-    if (!pipe) return run;
-    char buffer[4096];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
-    const int status = ::pclose(pipe);
-    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
-
-std::string Text(const std::filesystem::path& p) {
-    const auto b = ReadFileBytes(p);
-    return b ? std::string(b->begin(), b->end()) : std::string();
-}
+using test::RunVessCli;
 
 TEST(VessEvents, TableInUnitsWhenTheDataFileIsBeside) {
     test::TempDir dir;
@@ -50,34 +26,34 @@ TEST(VessEvents, TableInUnitsWhenTheDataFileIsBeside) {
                              "cell.abf"),
               "");
     const auto err = dir / "err.txt";
-    const CliRun csv = RunVess("events " + (dir / "cell.EVT").string() + " --csv", err);
-    ASSERT_EQ(csv.exitCode, 0) << Text(err);
+    const test::VessRun csv = RunVessCli("events " + (dir / "cell.EVT").string() + " --csv", err);
+    ASSERT_EQ(csv.exitCode, 0) << csv.err;
     EXPECT_EQ(csv.out.substr(0, csv.out.find('\n')),
               "Event,Time (ms),Amplitude (pA),Time to Rise (ms),Time to Decay (ms),Area (fC),"
               "Baseline (pA),Noise (pA),Group,Channel,Rise10-90 (ms),Half-width (ms),Rise 50 (ms),"
               "Peak Direction,Burst #,Burst Event#,Slope10-90 (pA/msec),Relative Time (ms)");
     EXPECT_NE(csv.out.find("\n1,12.5,-15,0.5,0,"), std::string::npos) << csv.out;
-    EXPECT_EQ(Text(err), "");
+    EXPECT_EQ(csv.err, "");
 
-    const CliRun text = RunVess("events " + (dir / "cell.EVT").string(), err);
+    const test::VessRun text = RunVessCli("events " + (dir / "cell.EVT").string(), err);
     ASSERT_EQ(text.exitCode, 0);
     EXPECT_NE(text.out.find("PeriodToSearchMax (us): 10000\n"), std::string::npos);
 
     // Without the data file: raw values, and a word on stderr.
     std::filesystem::remove(dir / "cell.abf");
-    const CliRun raw = RunVess("events " + (dir / "cell.EVT").string() + " --csv", err);
+    const test::VessRun raw = RunVessCli("events " + (dir / "cell.EVT").string() + " --csv", err);
     ASSERT_EQ(raw.exitCode, 0);
     EXPECT_NE(raw.out.find("\n1,12.5,-30,10,0,"), std::string::npos) << raw.out;
-    EXPECT_NE(Text(err).find("ADC counts"), std::string::npos);
+    EXPECT_NE(raw.err.find("ADC counts"), std::string::npos);
 }
 
 TEST(VessEvents, DamagedFileExitsWithOne) {
     test::TempDir dir;
     ASSERT_EQ(WriteFileAtomic(dir / "bad.EVT", std::string(100, 'x')), "");
-    const CliRun run = RunVess("events " + (dir / "bad.EVT").string(), dir / "err.txt");
+    const test::VessRun run = RunVessCli("events " + (dir / "bad.EVT").string(), dir / "err.txt");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.out, "");
-    EXPECT_NE(Text(dir / "err.txt").find("shorter than"), std::string::npos);
+    EXPECT_NE(run.err.find("shorter than"), std::string::npos);
 }
 
 }  // namespace
