@@ -1,5 +1,6 @@
 #include "app/main_window.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -16,6 +17,7 @@
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTableView>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include "app/nonstop_runner.h"
@@ -38,6 +40,7 @@ MainWindow::MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     BuildLayout();
     BuildMenus();
     connect(nonStop_.get(), &NonStopRunner::Progress, this, &MainWindow::OnNonStopProgress);
+    qApp->installEventFilter(this);
 
     // Start folder: the data folder of the settings when it exists, else home.
     const QString dataDir = QString::fromStdString(ws_.settings.DataDir);
@@ -201,6 +204,10 @@ void MainWindow::RefreshAll() {
     RebuildScreen();
     params_->Show(ws_.settings, ws_.recording ? ws_.recording->Units() : std::string());
     groupNav_->setCurrentIndex(GroupNavigationFilter(ws_.settings));
+    if (QAction* tips = Action("menu_DisplayTooltips")) {
+        const QSignalBlocker block(tips);
+        tips->setChecked(ws_.settings.DisplayTooltips);
+    }
     RefreshGrid();
     RefreshTrace();
     RefreshStatus();
@@ -245,13 +252,23 @@ void MainWindow::RefreshTrace() {
 
 void MainWindow::RefreshGrid() {
     gridModel_->Sync();
-    // Columns wide enough for their captions (units change with the file).
+    if (fitColumns_) {
+        FitGridColumns();
+        fitColumns_ = false;
+    }
+    ShowSelection();
+}
+
+// Columns wide enough for their captions (the units change with the file) and
+// for the rows in view.
+void MainWindow::FitGridColumns() {
     const QFontMetrics fm(grid_->horizontalHeader()->font());
     for (int c = 0; c < gridModel_->columnCount(); ++c) {
         const QString caption = gridModel_->headerData(c, Qt::Horizontal, Qt::DisplayRole).toString();
-        grid_->setColumnWidth(c, std::max(64, fm.horizontalAdvance(caption) + 22));
+        grid_->resizeColumnToContents(c);
+        const int contents = grid_->columnWidth(c);
+        grid_->setColumnWidth(c, std::max({64, fm.horizontalAdvance(caption) + 22, contents}));
     }
-    ShowSelection();
 }
 
 void MainWindow::ShowSelection() {
@@ -306,6 +323,18 @@ std::vector<int32_t> MainWindow::SelectedRows() const {
     for (const QModelIndex& i : grid_->selectionModel()->selectedRows()) rows.push_back(i.row() + 1);
     std::sort(rows.begin(), rows.end());
     return rows;
+}
+
+// ---- Tool-tips -----------------------------------------------------------------
+
+void MainWindow::OnDisplayTooltips(bool on) {
+    ws_.settings.DisplayTooltips = on;
+    if (!on) QToolTip::hideText();
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::ToolTip && !ws_.settings.DisplayTooltips) return true;
+    return QMainWindow::eventFilter(watched, event);
 }
 
 // ---- Closing -----------------------------------------------------------------

@@ -32,6 +32,7 @@ class NonStopRunner;
 class ParameterPanel;
 class Screen;
 class TraceView;
+struct DoublePeakResult;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -53,6 +54,8 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    // Swallows tool-tip events of every window while DisplayTooltips is off.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // Layout and menus (main_window.cpp, main_window_menus.cpp).
@@ -74,6 +77,8 @@ private:
     void RefreshGrid();
     void RefreshStatus();
     void RefreshActions();
+    void FitGridColumns();
+    void OnDisplayTooltips(bool on);
     void ShowSelection();
     void AfterEdit(bool changed);
     void AfterNavigation(const struct NavResult& result);
@@ -110,6 +115,8 @@ private:
     void OnScanDoublePeak();
     void OnBaselineThreshold();
     void OnRmsNoise();
+    void DetectDoublePeakAt(int64_t index);
+    void AfterDoublePeak(const DoublePeakResult& r, int32_t countBefore);
     void DetectAtClick(int64_t index, bool lowThresholds);
 
     // Editing (main_window_editing.cpp).
@@ -143,6 +150,9 @@ private:
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
     bool syncingSelection_ = false;
+    // Grid columns are fitted once per recording opened; after that the
+    // widths are the user's.
+    bool fitColumns_ = true;
 
     FileBrowser* files_ = nullptr;
     TraceView* trace_ = nullptr;

@@ -114,8 +114,7 @@ void MainWindow::OnTraceClicked(int64_t index, Qt::MouseButton button,
         return;
     }
     if (mods == Qt::AltModifier) {
-        if (picked) ws_.selectedEvent = picked;
-        OnDoublePeak();
+        DetectDoublePeakAt(index);
         return;
     }
     const bool lowThresholds = mods == (Qt::ControlModifier | Qt::AltModifier);

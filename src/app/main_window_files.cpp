@@ -34,8 +34,10 @@ void MainWindow::OpenPath(const QString& path) {
 void MainWindow::OnFileChosen(const QString& path) {
     if (NonStopRunning()) return;
     const Recording* before = ws_.recording.get();
-    if (OpenFromFileList(ws_, path.toStdString(), dialogs_) && !ws_.events.Empty())
-        ws_.selectedEvent = 1;
+    if (OpenFromFileList(ws_, path.toStdString(), dialogs_)) {
+        fitColumns_ = true;
+        if (!ws_.events.Empty()) ws_.selectedEvent = 1;
+    }
     if (ws_.recording.get() != before) trace_->ResetScale();
     gridModel_->ContentChanged();
     RefreshAll();

@@ -30,28 +30,52 @@ void MainWindow::OnRecalculate() {
 }
 
 void MainWindow::OnDoublePeak() {
-    if (NonStopRunning() || ws_.selectedEvent < 1) return;
+    if (NonStopRunning() || !ws_.recording) return;
     const int32_t before = ws_.events.Count();
-    AnalyzeDoublePeak(ws_, dialogs_, ws_.selectedEvent);
-    AfterEdit(ws_.events.Count() != before);
+    AfterDoublePeak(AnalyzeDoublePeak(ws_, dialogs_, ws_.selectedEvent), before);
+}
+
+void MainWindow::DetectDoublePeakAt(int64_t index) {
+    const int32_t before = ws_.events.Count();
+    AfterDoublePeak(DetectDoublePeakAtPoint(ws_, dialogs_, index), before);
+}
+
+// The second peak (new or already stored) becomes the selected event, so that
+// the next-event key goes on from it.
+void MainWindow::AfterDoublePeak(const DoublePeakResult& r, int32_t countBefore) {
+    const bool stored = ws_.events.Count() != countBefore;
+    if (r.eventIndex > 0) ws_.selectedEvent = r.eventIndex;
+    if (stored && ws_.settings.SoundOn) QApplication::beep();
+    AfterEdit(stored);
 }
 
 void MainWindow::OnScanDoublePeak() {
-    if (NonStopRunning()) return;
-    const int32_t before = ws_.events.Count();
-    ScanDoublePeaks(ws_, dialogs_);
+    if (NonStopRunning() || !ws_.recording) return;
+    // The scan inserts rows: keep the same event selected, not the same row.
+    const bool hadSelection = ws_.selectedEvent >= 1 && ws_.selectedEvent <= ws_.events.Count();
+    const EventRecord selected = hadSelection ? ws_.events[ws_.selectedEvent] : EventRecord{};
+    const DoublePeakScanResult r = ScanDoublePeaks(ws_, dialogs_);
+    if (hadSelection && r.peaksAdded > 0) {
+        for (int32_t k = 1; k <= ws_.events.Count(); ++k)
+            if (ws_.events[k] == selected) {
+                ws_.selectedEvent = k;
+                break;
+            }
+    }
     KeepSelectionValid(ws_);
-    AfterEdit(ws_.events.Count() != before);
+    AfterEdit(r.peaksAdded > 0);
 }
 
 void MainWindow::OnBaselineThreshold() {
     if (NonStopRunning() || !ws_.recording) return;
+    // Yes changes ThresholdAmplitude: the parameter boxes show it at once.
     if (BaselineThreshold(ws_, dialogs_).applied) RefreshAll();
 }
 
 void MainWindow::OnRmsNoise() {
     if (NonStopRunning() || !ws_.recording) return;
     ShowRmsNoise(ws_, dialogs_);
+    RefreshTrace();
 }
 
 }  // namespace vess

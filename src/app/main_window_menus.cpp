@@ -255,6 +255,10 @@ void MainWindow::BuildNavigationMenu() {
     cursors->setToolTip(tr("Two cursors: the first follows the mouse, a middle click sets the second"));
     connect(cursors, &QAction::toggled, this, &MainWindow::OnToggleCursors);
     bar->addAction(cursors);
+    QAction* tips = AddAction(v, "menu_DisplayTooltips", tr("Show &Tool-tips"), {}, nullptr, nullptr);
+    tips->setCheckable(true);
+    tips->setChecked(ws_.settings.DisplayTooltips);
+    connect(tips, &QAction::toggled, this, &MainWindow::OnDisplayTooltips);
 }
 
 void MainWindow::BuildLaterMenus() {

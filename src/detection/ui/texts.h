@@ -2,30 +2,32 @@
 // (inner spacing included: the key names line up in the tool-tips).
 #pragma once
 
+#include "detection/texts.h"
+
 namespace vess::ui_text {
 
-// Analysis and event commands.
-inline constexpr const char* kTipAnalyze = "Analyze this window    (F9)";
-inline constexpr const char* kTipAnalyzeNext = "Analyze next window  (F10 or N)";
-inline constexpr const char* kTipNonStop = "Non-stop analysis       (F11)";
-inline constexpr const char* kTipStop = "Interrup non-stop analysis  (F12)";
+// Analysis and event commands (those the detection commands also name are
+// kept there, once).
+inline constexpr const char* kTipAnalyze = detection_texts::kTipAnalyzeWindow;
+inline constexpr const char* kTipAnalyzeNext = detection_texts::kTipAnalyzeNext;
+inline constexpr const char* kTipNonStop = detection_texts::kTipNonStop;
+inline constexpr const char* kTipStop = detection_texts::kTipInterrupt;
 inline constexpr const char* kTipReject = "Reject selected event               (J)";
-inline constexpr const char* kTipRecalculate = "Recalculate selected event        (I)";
+inline constexpr const char* kTipRecalculate = detection_texts::kTipRecalculate;
 inline constexpr const char* kTipDelete = "Delete selected event                        (K)";
-inline constexpr const char* kTipDoublePeak = "Analyze selected event for double peak   (L)";
+inline constexpr const char* kTipDoublePeak = detection_texts::kTipDoublePeak;
 inline constexpr const char* kTipUnmark = "Unmark selected event from a group    (U)";
 inline constexpr const char* kTipGroupAll = "Group all events                               (N)";
 inline constexpr const char* kTipGroupWindow = "Group all events in this window           (M)";
 
 // Mouse commands on the trace.
-inline constexpr const char* kTipClickDetect = "Detect an event      (Left mouse click)";
+inline constexpr const char* kTipClickDetect = detection_texts::kTipDetectClick;
 inline constexpr const char* kTipClickSelect = "Select an event      (Right mouse click)";
-inline constexpr const char* kTipClickRecalculate = "Recalculate event    (Shift+Left mouse click)";
+inline constexpr const char* kTipClickRecalculate = detection_texts::kTipRecalculateClick;
 inline constexpr const char* kTipClickDelete = "Delete event         (Ctrl+Left mouse click)";
-inline constexpr const char* kTipClickDoublePeak = "Detect a double peak   (Alt+Left mouse click)";
+inline constexpr const char* kTipClickDoublePeak = detection_texts::kTipDoublePeakClick;
 inline constexpr const char* kTipClickReject = "Reject an event      (Ctrl+Shift+Left mouse click)";
-inline constexpr const char* kTipClickDetectLow =
-    "Detect an event at 1/10th of thresholds  (Ctrl+Alt+Left mouse click)";
+inline constexpr const char* kTipClickDetectLow = detection_texts::kTipDetectTenth;
 
 // Display commands.
 inline constexpr const char* kTipGainUp = "Increase display gain     (Home)";

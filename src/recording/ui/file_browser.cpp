@@ -6,6 +6,7 @@
 #include <QHeaderView>
 #include <QListView>
 #include <QStorageInfo>
+#include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -46,10 +47,9 @@ FileBrowser::FileBrowser(QWidget* parent)
     // The folder model fills in the background: show the chosen folder once
     // its parents are read.
     connect(folderModel_, &QFileSystemModel::directoryLoaded, this, [this](const QString& dir) {
-        if (!folder_.startsWith(dir)) return;
-        const QModelIndex index = folderModel_->index(folder_);
-        folders_->setCurrentIndex(index);
-        folders_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+        // Only the chosen folder and its parents (not /home/ab for /home/a).
+        const QString parent = dir.endsWith('/') ? dir : dir + '/';
+        if (folder_ == dir || folder_.startsWith(parent)) RevealFolder();
     });
     connect(drives_, &QComboBox::activated, this, &FileBrowser::OnDriveChosen);
     connect(folders_, &QTreeView::clicked, this, &FileBrowser::OnFolderActivated);
@@ -69,6 +69,20 @@ void FileBrowser::SetFolder(const QString& folder) {
     files_->setRootIndex(fileModel_->setRootPath(path));
     QDir::setCurrent(path);
     emit FolderChanged(path);
+}
+
+void FileBrowser::RevealFolder() {
+    const QModelIndex index = folderModel_->index(folder_);
+    if (!index.isValid()) return;
+    if (folders_->currentIndex() != index) folders_->setCurrentIndex(index);
+    folders_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+}
+
+void FileBrowser::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (shown_) return;
+    shown_ = true;
+    QTimer::singleShot(0, this, &FileBrowser::RevealFolder);
 }
 
 QModelIndex FileBrowser::IndexOfFile(const QString& name) const {

@@ -25,8 +25,14 @@ public:
     QString Folder() const { return folder_; }
     // The file list, for tests that click a file.
     QListView* FileList() const { return files_; }
+    QTreeView* FolderTree() const { return folders_; }
     // Row of a file name in the file list (invalid when absent).
     QModelIndex IndexOfFile(const QString& name) const;
+
+protected:
+    // The first show selects the folder and scrolls it into view, once the
+    // tree has its size.
+    void showEvent(QShowEvent* event) override;
 
 signals:
     void FileChosen(const QString& path);
@@ -36,6 +42,8 @@ private:
     void OnDriveChosen(int index);
     void OnFolderActivated(const QModelIndex& index);
     void OnFileClicked(const QModelIndex& index);
+    // Makes the folder current in the tree and scrolls to it.
+    void RevealFolder();
 
     QComboBox* drives_;
     QTreeView* folders_;
@@ -43,6 +51,7 @@ private:
     QFileSystemModel* folderModel_;
     QFileSystemModel* fileModel_;
     QString folder_;
+    bool shown_ = false;
 };
 
 }  // namespace vess

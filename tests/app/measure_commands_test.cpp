@@ -1,0 +1,253 @@
+// The measurement commands from the main window (double peaks from the key
+// and the mouse, RMS noise, baseline and threshold), tool-tips on and off,
+// the grid's column widths and the folder tree on first show.
+#include <QAction>
+#include <QFileSystemModel>
+#include <QHeaderView>
+#include <QHelpEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolTip>
+#include <QTreeView>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "detection/texts.h"
+#include "detection/ui/texts.h"
+#include "gui_fixture.h"
+#include "recording/rounding.h"
+
+namespace vess::test {
+namespace {
+
+// A flat trace with an event of 1000 counts whose onset is at sample 600 and
+// a second one of 600 counts on its decay 80 samples later; a lone event of
+// the same shape on the third screen (onset 2600). 50 us, one count a unit.
+std::vector<int16_t> DoublePeakTrace() {
+    std::vector<int16_t> trace(4096, 0);
+    auto add = [&](int64_t onset, double peak) {
+        constexpr double rise = 10, decay = 100;
+        const double tp = rise * decay / (decay - rise) * std::log(decay / rise);
+        const double scale = peak / (std::exp(-tp / decay) - std::exp(-tp / rise));
+        for (int64_t i = onset; i < int64_t(trace.size()); ++i) {
+            const double t = double(i - onset);
+            trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] +
+                                            RoundEven(scale * (std::exp(-t / decay) - std::exp(-t / rise))));
+        }
+    };
+    add(600, 1000);
+    add(680, 600);
+    add(2600, 1000);
+    return trace;
+}
+
+class MeasureGuiTest : public GuiTest {
+protected:
+    // Opens the hand-built trace with parameters in samples of 50 us.
+    void OpenDoublePeakTrace() {
+        const std::vector<int16_t> trace = DoublePeakTrace();
+        MakeRecording(dir / "dbl.abf", trace, 50, 1.0f);
+        window->OpenPath(QString::fromStdString((dir / "dbl.abf").string()));
+        ASSERT_NE(ws.recording, nullptr);
+        AnalysisParameters& p = ws.params();
+        p.PeakDirection = 1;
+        p.ThresholdAmplitude = 5;
+        p.PeriodToSearchMax = 10000;
+        p.PeriodStartBaseline = 6000;
+        p.PeriodBaselineAverage = 2000;
+        p.PeriodFindDecayTime = 20000;
+        p.DecayPercent = 0.32f;
+        p.AreaThreshold = 1;
+        p.NumberPointsPeak = 1;
+        p.ComplexPeak = false;
+        window->RefreshAll();
+        window->Trace()->setFocus();
+    }
+    void ClickAt(int64_t index, Qt::KeyboardModifiers mods) {
+        TraceView* t = window->Trace();
+        QTest::mouseClick(t, Qt::LeftButton, mods,
+                          QPoint(int(t->XOfIndex(double(index) + 0.5)), t->PlotRect().center().y()));
+    }
+    // The number after label in the last message, e.g. "RMS noise: 2.1 pA".
+    static double NumberAfter(const std::string& text, const char* label) {
+        const std::size_t at = text.find(label);
+        EXPECT_NE(at, std::string::npos) << text;
+        return at == std::string::npos ? NAN : std::stod(text.substr(at + std::strlen(label)));
+    }
+};
+
+TEST_F(MeasureGuiTest, LStoresTheSecondPeakOfTheSelectedEventOnce) {
+    OpenDoublePeakTrace();
+    // The pair on the first screen: a click stores the first peak only, L
+    // adds the one riding on its decay right after it and selects it.
+    ClickAt(626, Qt::NoModifier);
+    ASSERT_EQ(ws.events.Count(), 1);
+    ASSERT_EQ(ws.selectedEvent, 1);
+    Type('l');
+    EXPECT_TRUE(dialogs.Messages().empty());
+    ASSERT_EQ(ws.events.Count(), 2);
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_EQ(GridRows(), 2);
+    EXPECT_EQ(GridCurrentRow(), 1);
+    EXPECT_GT(ws.events[2].sampleIndex, 680);
+    EXPECT_GT(ws.events[2].sampleIndex, ws.events[1].sampleIndex);
+    Snapshot("double_peak_key");
+
+    // Again on the first event: already stored, nothing added.
+    Type('z');
+    Type('l');
+    EXPECT_EQ(ws.events.Count(), 2);
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_TRUE(dialogs.Messages().empty());
+    // One undo step takes the second peak away.
+    Key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(ws.events.Count(), 1);
+    EXPECT_EQ(GridRows(), 1);
+
+    // The lone event on the third screen: L says there is no second peak.
+    Type('d');
+    Type('d');
+    ClickAt(2626 - ws.screenStartBlock * 256, Qt::NoModifier);
+    ASSERT_EQ(ws.events.Count(), 2);
+    ASSERT_EQ(ws.selectedEvent, 2);
+    Type('l');
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, detection_texts::kNoDoublePeakCaption);
+    EXPECT_EQ(dialogs.Messages()[0].text, "No second peak was found after this event.");
+    EXPECT_EQ(ws.events.Count(), 2);
+}
+
+TEST_F(MeasureGuiTest, AltClickStoresBothPeaksAndSaysWhenNothingIsThere) {
+    OpenDoublePeakTrace();
+    ClickAt(300, Qt::AltModifier);  // flat trace
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, detection_texts::kNoEventFoundCaption);
+    EXPECT_EQ(ws.events.Count(), 0);
+
+    ClickAt(626, Qt::AltModifier);
+    ASSERT_EQ(ws.events.Count(), 2);
+    EXPECT_EQ(GridRows(), 2);
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_NEAR(ws.events[1].sampleIndex, 626, 2);
+    EXPECT_GT(ws.events[2].sampleIndex, 680);
+    // Both came as one step.
+    Key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(ws.events.Count(), 0);
+    EXPECT_EQ(GridRows(), 0);
+}
+
+TEST_F(MeasureGuiTest, ScanKeepsTheSelectedEventAndReports) {
+    OpenDoublePeakTrace();
+    ClickAt(626, Qt::NoModifier);
+    Type('d');
+    Type('d');
+    ClickAt(2626 - ws.screenStartBlock * 256, Qt::NoModifier);
+    ASSERT_EQ(ws.events.Count(), 2);
+    ASSERT_EQ(ws.selectedEvent, 2);
+    const EventRecord lone = ws.events[2];
+    window->Action("menu_ScanDoublePeak")->trigger();
+    ASSERT_EQ(ws.events.Count(), 3);
+    EXPECT_EQ(GridRows(), 3);
+    EXPECT_EQ(ws.events[ws.selectedEvent], lone);  // row 3 now
+    EXPECT_EQ(dialogs.Messages().back().caption, "Scan for Double Peaks");
+    EXPECT_EQ(dialogs.Messages().back().text, "2 events scanned; double peaks added: 1.");
+}
+
+TEST_F(MeasureGuiTest, NoiseMenusReportTheScreenAndSetTheThresholdBox) {
+    OpenSample();
+    Key(Qt::Key_F9);  // events of the screen are left out of the noise
+    window->Action("menu_RMSNoise")->trigger();
+    ASSERT_FALSE(dialogs.Messages().empty());
+    const DialogEntry rms = dialogs.Messages().back();
+    EXPECT_EQ(rms.caption, "RMS Noise");
+    EXPECT_NE(rms.text.find(detection_texts::kPointsLabel), std::string::npos) << rms.text;
+    // The synthetic noise: 2 pA RMS coloured noise and a 0.6 pA hum.
+    const double rmsPa = NumberAfter(rms.text, detection_texts::kRmsNoiseLabel);
+    EXPECT_GT(rmsPa, 1.0);
+    EXPECT_LT(rmsPa, 3.5);
+
+    auto* box = window->findChild<QLineEdit*>("txtThresholdAmplitude");
+    ASSERT_NE(box, nullptr);
+    const float before = ws.params().ThresholdAmplitude;
+    dialogs.AnswerYesNo(false).AnswerYesNo(true);
+    window->Action("menu_BaselineThreshold")->trigger();
+    EXPECT_EQ(ws.params().ThresholdAmplitude, before);
+    EXPECT_EQ(box->text(), QString::number(before));
+    window->Action("menu_BaselineThreshold")->trigger();
+    const DialogEntry& asked = dialogs.Transcript().back();
+    EXPECT_EQ(asked.kind, DialogEntry::Kind::YesNo);
+    EXPECT_EQ(asked.caption, "Baseline and Threshold");
+    EXPECT_NE(asked.text.find(detection_texts::kBaselineLabel), std::string::npos) << asked.text;
+    EXPECT_TRUE(asked.text.ends_with(detection_texts::kUseThresholdQuestion)) << asked.text;
+    // Yes: four times the RMS noise, shown in the box at once.
+    EXPECT_NEAR(ws.params().ThresholdAmplitude, 4 * rmsPa, 0.05 * rmsPa);
+    EXPECT_NE(ws.params().ThresholdAmplitude, before);
+    EXPECT_EQ(box->text(), QString::number(ws.params().ThresholdAmplitude));
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+    Snapshot("threshold_set");
+}
+
+TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
+    auto* button = window->findChild<QPushButton*>("Command1");
+    ASSERT_NE(button, nullptr);
+    auto hover = [&] {
+        QToolTip::hideText();  // hides after a short delay
+        EXPECT_TRUE(WaitFor([] { return !QToolTip::isVisible(); }, 2000));
+        QHelpEvent help(QEvent::ToolTip, button->rect().center(),
+                        button->mapToGlobal(button->rect().center()));
+        QApplication::sendEvent(button, &help);
+        return QToolTip::isVisible() ? QToolTip::text() : QString();
+    };
+    EXPECT_EQ(hover(), ui_text::kTipAnalyze);
+
+    QAction* toggle = window->Action("menu_DisplayTooltips");
+    ASSERT_NE(toggle, nullptr);
+    EXPECT_TRUE(toggle->isChecked());
+    toggle->trigger();
+    EXPECT_FALSE(ws.settings.DisplayTooltips);
+    EXPECT_EQ(hover(), QString());
+    toggle->trigger();
+    EXPECT_TRUE(ws.settings.DisplayTooltips);
+    EXPECT_EQ(hover(), ui_text::kTipAnalyze);
+
+    // Settings read from a file (DisplayTooltips=False) take effect and move
+    // the menu check with them.
+    ws.settings.DisplayTooltips = false;
+    window->RefreshAll();
+    EXPECT_FALSE(toggle->isChecked());
+    EXPECT_EQ(hover(), QString());
+    QToolTip::hideText();
+}
+
+TEST_F(MeasureGuiTest, GridKeepsColumnWidthsTheUserSetUntilAnotherOpen) {
+    OpenSample();
+    QHeaderView* header = window->Grid()->horizontalHeader();
+    const int fitted = header->sectionSize(3);
+    header->resizeSection(3, fitted + 57);
+    AnalyseUntilEvents(2);
+    Type('k');  // a deletion resets the rows of the grid
+    EXPECT_EQ(header->sectionSize(3), fitted + 57);
+    dialogs.AnswerYesNo(false);  // do not save the events first
+    ClickFile("syn.abf");
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+    EXPECT_EQ(header->sectionSize(3), fitted);
+}
+
+TEST_F(MeasureGuiTest, FolderTreeShowsTheStartFolderSelectedInView) {
+    QTreeView* tree = window->Files()->FolderTree();
+    auto* model = qobject_cast<QFileSystemModel*>(tree->model());
+    ASSERT_NE(model, nullptr);
+    const QModelIndex start = model->index(QString::fromStdString(dir.Path().string()));
+    ASSERT_TRUE(start.isValid());
+    EXPECT_TRUE(WaitFor([&] {
+        return tree->currentIndex() == start && tree->selectionModel()->isSelected(start) &&
+               tree->viewport()->rect().contains(tree->visualRect(start));
+    })) << "current: " << model->filePath(tree->currentIndex()).toStdString();
+    Snapshot("start_folder");
+}
+
+}  // namespace
+}  // namespace vess::test
