@@ -73,7 +73,7 @@ std::vector<double> DetectedPeaksMs(const Workspace& ws) {
 }
 
 void Print(const std::string& label, const DetectionScore& s) {
-    std::cout << fmt::format("{:<24} true {:5}  found {:5}  matched {:5}  recall {:.3f}  precision {:.3f}  F1 {:.3f}\n",
+    std::cout << fmt::format("{:<34} true {:5}  found {:5}  matched {:5}  recall {:.3f}  precision {:.3f}  F1 {:.3f}\n",
                              label, s.truePositives + s.falseNegatives,
                              s.truePositives + s.falsePositives, s.truePositives, s.Recall(),
                              s.Precision(), s.F1());
@@ -83,7 +83,7 @@ void Print(const std::string& label, const DetectionScore& s) {
 void PrintFalsePositives(std::span<const double> found, std::span<const double> truth, double lowMs,
                          double highMs) {
     const FalsePositiveClasses c = ClassifyFalsePositives(found, truth, lowMs, highMs, 10.0);
-    std::cout << fmt::format("{:<24} false positives: second detections {}, displaced {}, noise {}\n",
+    std::cout << fmt::format("{:<34} false positives: second detections {}, displaced {}, noise {}\n",
                              "", c.secondDetections, c.displaced, c.noise);
 }
 
@@ -103,20 +103,36 @@ double DetectorBandNoisePa(const std::vector<int16_t>& samples, int64_t baseOffs
     return n == 0 ? 0 : std::sqrt(squares / double(n)) / countsPerPa;
 }
 
-// Median over the screens of the RMS noise outside the detected events.
-double QuietNoise(const Workspace& ws) {
-    std::vector<double> rms;
-    const int32_t bps = ws.BlocksPerScreen();
-    for (int32_t b = 0; b + bps <= ws.recording->BlockCount(); b += bps) {
-        const NoiseMeasure m = MeasureScreenNoise(Screen(*ws.recording, b, bps), ws.events);
-        if (m.valid) rms.push_back(m.rmsUnits);
-    }
-    if (rms.empty()) return 0;
-    std::nth_element(rms.begin(), rms.begin() + std::ptrdiff_t(rms.size() / 2), rms.end());
-    return rms[rms.size() / 2];
+// Runs the detection either with the parameters as they stand or by the
+// noise-threshold protocol (DetectWithNoiseThreshold), and says what the
+// protocol measured and set. False when the parameters were refused.
+bool Detect(Workspace& ws, const NoiseProtocolOptions* protocol, const std::string& indent) {
+    ScriptedDialogs dialogs;
+    if (!protocol) return !DetectWholeFile(ws, dialogs).improperParameters;
+    const NoiseProtocolResult r = DetectWithNoiseThreshold(ws, dialogs, *protocol);
+    if (r.improperParameters) return false;
+    std::cout << fmt::format("{}RMS noise outside the first pass's {} events {:.3f} {} (median of "
+                             "screens): ThresholdAmplitude {:.3f}, AreaThreshold {:.3f}\n",
+                             indent, r.firstPassEvents, r.rmsNoiseUnits, ws.recording->Units(),
+                             r.thresholdAmplitude, r.areaThreshold);
+    return true;
 }
 
-int ScoreFile(const DetectionOptions& options, const std::string& truthPath, double toleranceMs) {
+// The tolerances to score with, in samples of the recording: the one asked
+// for, else a few samples (5) and 1 ms, since the sampled maximum of a
+// rounded peak on noise wanders by more than a few samples.
+std::vector<double> TolerancesMs(double toleranceMs, double intervalUs) {
+    if (toleranceMs > 0) return {toleranceMs};
+    return {5 * intervalUs / 1000.0, 1.0};
+}
+
+std::string ToleranceLabel(double tolMs, double intervalUs) {
+    return fmt::format("{:g} samples ({:g} ms)", std::round(tolMs * 1000.0 / intervalUs * 100) / 100,
+                       tolMs);
+}
+
+int ScoreFile(const DetectionOptions& options, const std::string& truthPath, double toleranceMs,
+              const NoiseProtocolOptions* protocol) {
     std::string problem;
     const std::optional<Truth> truth = ReadTruth(truthPath, problem);
     if (!truth) {
@@ -128,28 +144,35 @@ int ScoreFile(const DetectionOptions& options, const std::string& truthPath, dou
         std::cerr << "vess score: " << problem << "\n";
         return 2;
     }
-    ScriptedDialogs dialogs;
-    if (DetectWholeFile(ws, dialogs).improperParameters) {
+    if (!Detect(ws, protocol, "")) {
         std::cerr << "vess score: improper analysis parameters\n";
         return 3;
     }
     const std::vector<double> found = DetectedPeaksMs(ws);
+    const double intervalUs = ws.recording->IntervalUs();
     // A peak follows its onset; around a true peak it may fall either side.
-    const double tol = toleranceMs > 0 ? toleranceMs
-                                       : (truth->onsets ? 5.0 : 5 * ws.recording->IntervalUs() / 1000.0);
-    const DetectionScore s = truth->onsets ? ScoreDetections(found, truth->timesMs, 0.0, tol)
-                                           : ScoreDetections(found, truth->timesMs, -tol, tol);
-    Print(ws.recording->FileName(), s);
-    if (truth->onsets)
-        PrintFalsePositives(found, truth->timesMs, 0.0, tol);
-    else
-        PrintFalsePositives(found, truth->timesMs, -tol, tol);
-    std::cout << fmt::format("{:<24} RMS noise outside events {:.3f} {} (median of screens)\n", "",
-                             QuietNoise(ws), ws.recording->Units());
+    std::vector<double> tolerances =
+        toleranceMs > 0 ? std::vector<double>{toleranceMs}
+                        : (truth->onsets ? std::vector<double>{5.0} : TolerancesMs(0, intervalUs));
+    for (const double tol : tolerances) {
+        const double low = truth->onsets ? 0.0 : -tol;
+        std::cout << ws.recording->FileName() << ": peaks within "
+                  << (truth->onsets ? fmt::format("{:g} ms after the true onsets", tol)
+                                    : ToleranceLabel(tol, intervalUs) + " of the true peaks")
+                  << "\n";
+        Print("", ScoreDetections(found, truth->timesMs, low, tol));
+        PrintFalsePositives(found, truth->timesMs, low, tol);
+    }
+    std::cout << fmt::format("RMS noise outside the detected events {:.3f} {} (median of screens)\n",
+                             MedianScreenNoise(ws), ws.recording->Units());
     return 0;
 }
 
-int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folder, double toleranceMs) {
+// Synthetic recordings at signal-to-noise ratios 2, 3, 5 and 10 (median
+// event amplitude / RMS of the noise as synthesised), scored with the first
+// suggested parameter set as it stands and by the noise-threshold protocol.
+int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folder, double toleranceMs,
+               const NoiseProtocolOptions& protocol) {
     std::filesystem::create_directories(folder);
     for (const double snr : {2.0, 3.0, 5.0, 10.0}) {
         SynthOptions o;
@@ -162,33 +185,42 @@ int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folde
             std::cerr << "vess score: " << problem << "\n";
             return 4;
         }
-        DetectionOptions d;
-        d.file = file.string();
-        d.suggest = 1;
-        Workspace ws;
-        if (const std::string problem = PrepareWorkspace(d, ws); !problem.empty()) {
-            std::cerr << "vess score: " << problem << "\n";
-            return 2;
-        }
-        ScriptedDialogs dialogs;
-        DetectWholeFile(ws, dialogs);
         std::vector<double> truth;
         for (const TrueEvent& e : synth.events) truth.push_back(e.peakMs);
-        const double tol = toleranceMs > 0 ? toleranceMs : 5 * ws.recording->IntervalUs() / 1000.0;
-        const std::vector<double> found = DetectedPeaksMs(ws);
-        Print(fmt::format("SNR {:g} (noise {:.1f} pA)", snr, o.noiseRmsPa),
-              ScoreDetections(found, truth, -tol, tol));
-        PrintFalsePositives(found, truth, -tol, tol);
-        // The same noise without events, in the band the amplitude test sees.
-        SynthOptions quiet = o;
-        quiet.eventsPerSecond = 0;
-        const auto len = ConvertPeriods(ws.params(), ws.recording->IntervalUs());
-        if (len) {
-            const double bandPa = DetectorBandNoisePa(Synthesise(quiet).samples, len->baseOffset,
-                                                      len->baseLen, o.countsPerPa);
-            std::cout << fmt::format("{:<24} noise in the detector's band {:.2f} pA; median "
-                                     "amplitude / that noise = {:.2f}\n",
-                                     "", bandPa, o.medianAmplitudePa / bandPa);
+        std::cout << fmt::format("SNR {:g}: noise {:.1f} pA RMS, {} events of median {:g} pA\n", snr,
+                                 o.noiseRmsPa, truth.size(), o.medianAmplitudePa);
+        for (const bool useProtocol : {false, true}) {
+            DetectionOptions d;
+            d.file = file.string();
+            d.suggest = 1;
+            Workspace ws;
+            if (const std::string problem = PrepareWorkspace(d, ws); !problem.empty()) {
+                std::cerr << "vess score: " << problem << "\n";
+                return 2;
+            }
+            std::cout << (useProtocol ? "  noise-threshold protocol\n" : "  suggested parameters\n");
+            if (!Detect(ws, useProtocol ? &protocol : nullptr, "    ")) {
+                std::cerr << "vess score: improper analysis parameters\n";
+                return 3;
+            }
+            const std::vector<double> found = DetectedPeaksMs(ws);
+            const double intervalUs = ws.recording->IntervalUs();
+            for (const double tol : TolerancesMs(toleranceMs, intervalUs)) {
+                Print("    within " + ToleranceLabel(tol, intervalUs),
+                      ScoreDetections(found, truth, -tol, tol));
+                PrintFalsePositives(found, truth, -tol, tol);
+            }
+            if (useProtocol) continue;
+            // The same noise without events, in the band the amplitude test sees.
+            SynthOptions quiet = o;
+            quiet.eventsPerSecond = 0;
+            if (const auto len = ConvertPeriods(ws.params(), intervalUs)) {
+                const double bandPa = DetectorBandNoisePa(Synthesise(quiet).samples, len->baseOffset,
+                                                          len->baseLen, o.countsPerPa);
+                std::cout << fmt::format("    noise in the detector's band {:.2f} pA; median "
+                                         "amplitude / that noise = {:.2f}\n",
+                                         bandPa, o.medianAmplitudePa / bandPa);
+            }
         }
     }
     return 0;
@@ -207,6 +239,8 @@ void AddScoreCommand(CLI::App& app) {
         double seconds = 60;
         uint64_t seed = 7;
         std::string folder;
+        bool protocol = false;
+        NoiseProtocolOptions protocolOptions;
     };
     auto st = std::make_shared<State>();
     AddDetectionOptions(*cmd, st->options);
@@ -215,10 +249,20 @@ void AddScoreCommand(CLI::App& app) {
                     "true events: the synthesiser's CSV (peak times) or onset times in seconds, "
                     "one per line");
     cmd->add_option("--tolerance-ms", st->toleranceMs,
-                    "matching tolerance (default 5 samples around true peaks, 5 ms after onsets)");
+                    "matching tolerance (default: both 5 samples and 1 ms around true peaks; 5 ms "
+                    "after onsets)");
     cmd->add_flag("--synth-sweep", st->sweep,
                   "score synthetic recordings at signal-to-noise ratios 2, 3, 5 and 10 with the "
                   "first suggested parameter set");
+    cmd->add_flag("--noise-threshold", st->protocol,
+                  "detect once, set ThresholdAmplitude to a multiple of the RMS noise outside the "
+                  "events found, erase them and detect again (the sweep always does both)");
+    cmd->add_option("--noise-multiple", st->protocolOptions.noiseMultiple,
+                    "the multiple of the RMS noise for --noise-threshold")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    cmd->add_flag("--scale-area", st->protocolOptions.scaleAreaThreshold,
+                  "with --noise-threshold, scale AreaThreshold as ThresholdAmplitude changes");
     cmd->add_option("--seconds", st->seconds, "length of each synthetic recording");
     cmd->add_option("--seed", st->seed, "seed of the synthetic recordings");
     cmd->add_option("--folder", st->folder, "where the synthetic recordings are written");
@@ -228,12 +272,14 @@ void AddScoreCommand(CLI::App& app) {
             const std::filesystem::path folder =
                 st->folder.empty() ? std::filesystem::temp_directory_path() / "vess-score"
                                    : std::filesystem::path(st->folder);
-            status = SynthSweep(st->seconds, st->seed, folder, st->toleranceMs);
+            status = SynthSweep(st->seconds, st->seed, folder, st->toleranceMs,
+                                st->protocolOptions);
         } else if (st->options.file.empty() || st->truth.empty()) {
             std::cerr << "vess score: give FILE and TRUTH, or --synth-sweep\n";
             status = 2;
         } else {
-            status = ScoreFile(st->options, st->truth, st->toleranceMs);
+            status = ScoreFile(st->options, st->truth, st->toleranceMs,
+                               st->protocol ? &st->protocolOptions : nullptr);
         }
         if (status != 0) throw CLI::RuntimeError(status);
     });

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <vector>
 
+#include "detection/whole_file.h"
+#include "recording/screen.h"
+
 namespace vess {
 
 double DetectionScore::Recall() const {
@@ -79,6 +82,46 @@ FalsePositiveClasses ClassifyFalsePositives(std::span<const double> detectedMs,
             ++c.displaced;
     }
     return c;
+}
+
+double MedianScreenNoise(const Workspace& ws) {
+    if (!ws.recording) return 0;
+    std::vector<double> rms;
+    const int32_t bps = ws.BlocksPerScreen();
+    for (int32_t b = 0; b + bps <= ws.recording->BlockCount(); b += bps) {
+        const NoiseMeasure m = MeasureScreenNoise(Screen(*ws.recording, b, bps), ws.events);
+        if (m.valid) rms.push_back(m.rmsUnits);
+    }
+    if (rms.empty()) return 0;
+    const auto middle = rms.begin() + std::ptrdiff_t(rms.size() / 2);
+    std::nth_element(rms.begin(), middle, rms.end());
+    return *middle;
+}
+
+NoiseProtocolResult DetectWithNoiseThreshold(Workspace& ws, Dialogs& dialogs,
+                                             const NoiseProtocolOptions& options) {
+    NoiseProtocolResult result;
+    if (!ws.recording) return result;
+    ws.events.Clear();
+    const WholeFileResult first = DetectWholeFile(ws, dialogs);
+    result.firstPassEvents = ws.events.Count();
+    if (first.improperParameters) {
+        result.improperParameters = true;
+        return result;
+    }
+    AnalysisParameters& p = ws.params();
+    result.rmsNoiseUnits = MedianScreenNoise(ws);
+    if (result.rmsNoiseUnits > 0) {
+        const float threshold = static_cast<float>(options.noiseMultiple * result.rmsNoiseUnits);
+        if (options.scaleAreaThreshold && p.ThresholdAmplitude > 0)
+            p.AreaThreshold = p.AreaThreshold * threshold / p.ThresholdAmplitude;
+        p.ThresholdAmplitude = threshold;
+    }
+    result.thresholdAmplitude = p.ThresholdAmplitude;
+    result.areaThreshold = p.AreaThreshold;
+    ws.events.Clear();
+    result.improperParameters = DetectWholeFile(ws, dialogs).improperParameters;
+    return result;
 }
 
 }  // namespace vess

@@ -6,6 +6,10 @@
 #include <span>
 #include <vector>
 
+#include "detection/noise_commands.h"
+#include "recording/dialogs.h"
+#include "recording/workspace.h"
+
 namespace vess {
 
 struct DetectionScore {
@@ -36,5 +40,38 @@ struct FalsePositiveClasses {
 FalsePositiveClasses ClassifyFalsePositives(std::span<const double> detectedMs,
                                             std::span<const double> trueMs, double lowMs,
                                             double highMs, double nearMs);
+
+// Median over the recording's screens of the RMS noise that the RMS noise
+// command shows (MeasureScreenNoise: the samples outside the stored events,
+// about the screen's mean), in the channel's units; 0 when no screen could be
+// measured. A user reads the same figure off a typical quiet screen.
+double MedianScreenNoise(const Workspace& ws);
+
+// The way a user of the workbench sets the thresholds, as the message of
+// Suggest Analysis Parameters asks ("readjust the amplitude threshold and
+// area threshold"), done over a whole recording:
+//  1. detect over the whole recording with the parameters as they stand (the
+//     suggested ones), so that the events can be left out of the noise;
+//  2. measure the RMS noise outside those events (MedianScreenNoise);
+//  3. set ThresholdAmplitude to noiseMultiple x that noise, the rule of the
+//     baseline and threshold command (kThresholdNoiseMultiple) by default;
+//  4. with scaleAreaThreshold, multiply AreaThreshold by the same factor as
+//     ThresholdAmplitude changed (the suggested pair keeps its ratio);
+//  5. erase the events and detect over the whole recording again.
+// Nothing here looks at the true events. The detection itself runs exactly
+// as the analysis buttons run it; only the two thresholds change.
+struct NoiseProtocolOptions {
+    double noiseMultiple = kThresholdNoiseMultiple;
+    bool scaleAreaThreshold = false;
+};
+struct NoiseProtocolResult {
+    bool improperParameters = false;  // either pass refused the parameters
+    int32_t firstPassEvents = 0;
+    double rmsNoiseUnits = 0;  // 0: no screen could be measured, thresholds kept
+    float thresholdAmplitude = 0;
+    float areaThreshold = 0;
+};
+NoiseProtocolResult DetectWithNoiseThreshold(Workspace& ws, Dialogs& dialogs,
+                                             const NoiseProtocolOptions& options = {});
 
 }  // namespace vess

@@ -1,9 +1,8 @@
 // The analysis buttons over a workspace: reset with its question, the
 // non-stop analysis driven screen by screen against the whole-file run (the
-// command line's path), one undo step per command, and the scoring.
+// command line's path), one undo step per command.
 #include <gtest/gtest.h>
 
-#include "detection/scoring.h"
 #include "detection/screen_commands.h"
 #include "detection/whole_file.h"
 #include "recording/scripted_dialogs.h"
@@ -147,55 +146,6 @@ TEST(Equivalence, StepLoopAndWholeFileGiveTheSameEvents) {
         EXPECT_GT(stepped.size(), 10u) << path;
         EXPECT_EQ(stepped, whole) << path;
     }
-}
-
-// Greedy one-to-one matching in time order: a detection serves one true
-// event, early detections are never matched later.
-TEST(Scoring, GreedyOneToOneMatching) {
-    const std::vector<double> truth{10, 20, 30, 40};
-    const std::vector<double> found{9.9, 10.1, 21, 33, 40.2};
-    const DetectionScore s = ScoreDetections(found, truth, -0.5, 0.5);
-    EXPECT_EQ(s.truePositives, 2);   // 10 (by 9.9) and 40
-    EXPECT_EQ(s.falsePositives, 3);  // 10.1 duplicate, 21 and 33 too far
-    EXPECT_EQ(s.falseNegatives, 2);
-    EXPECT_DOUBLE_EQ(s.Recall(), 0.5);
-    EXPECT_DOUBLE_EQ(s.Precision(), 0.4);
-    const DetectionScore onsets = ScoreDetections(found, truth, 0.0, 3.0);
-    // After onsets within 3 (closed): 10.1, 21, 33 and 40.2; 9.9 comes before.
-    EXPECT_EQ(onsets.truePositives, 4);
-    EXPECT_EQ(onsets.falsePositives, 1);
-}
-
-// Detection accuracy on synthetic recordings (20 pA median events, noise RMS
-// 2 pA: a signal-to-noise ratio of 10) with the first suggested parameter
-// set. Matching within 2 ms of the true peak: the sampled maximum of a noisy
-// rounded peak wanders by about a millisecond.
-TEST(Accuracy, SyntheticRecordingAtSignalToNoiseTen) {
-    test::TempDir dir;
-    SynthOptions options;
-    options.seconds = 30;
-    options.seed = 7;
-    options.noiseRmsPa = options.medianAmplitudePa / 10;
-    const SynthRecording synth = Synthesise(options);
-    ASSERT_EQ(WriteSynthetic(dir / "snr10.abf", synth), "");
-    Workspace ws;
-    ws.recording = Open(dir / "snr10.abf");
-    ScriptedDialogs dialogs;
-    ws.params().ThresholdAmplitude = 5;
-    ws.params().PeriodToSearchMax = 10000;
-    ws.params().PeriodStartBaseline = 5000;
-    ws.params().PeriodFindDecayTime = 20000;
-    ws.params().PeriodBaselineAverage = RoundClamp32(10 * ws.recording->IntervalUs());
-    ws.params().AreaThreshold = 20;
-    ws.params().DecayPercent = 0.37f;
-    DetectWholeFile(ws, dialogs);
-    std::vector<double> found, truth;
-    for (const EventRecord& e : ws.events.Records()) found.push_back(e.time);
-    for (const TrueEvent& e : synth.events) truth.push_back(e.peakMs);
-    std::sort(found.begin(), found.end());
-    const DetectionScore s = ScoreDetections(found, truth, -2.0, 2.0);
-    EXPECT_GE(s.Recall(), 0.9);
-    EXPECT_GE(s.Precision(), 0.85);
 }
 
 }  // namespace
