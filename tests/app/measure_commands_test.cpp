@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -237,10 +238,22 @@ TEST_F(MeasureGuiTest, GridKeepsColumnWidthsTheUserSetUntilAnotherOpen) {
 }
 
 TEST_F(MeasureGuiTest, FolderTreeShowsTheStartFolderSelectedInView) {
+    // A start folder deep down, after many siblings, so that the tree must
+    // scroll to show it.
+    for (int i = 0; i < 80; ++i) std::filesystem::create_directories(dir / ("s" + std::to_string(100 + i)));
+    const std::filesystem::path deep = dir / "z" / "y" / "x";
+    std::filesystem::create_directories(deep);
+    window->hide();
+    ws.settings.DataDir = deep.string();
+    window = std::make_unique<MainWindow>(ws, dialogs);
+    QTest::qWait(300);  // the folders are read before the window shows
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+
     QTreeView* tree = window->Files()->FolderTree();
     auto* model = qobject_cast<QFileSystemModel*>(tree->model());
     ASSERT_NE(model, nullptr);
-    const QModelIndex start = model->index(QString::fromStdString(dir.Path().string()));
+    const QModelIndex start = model->index(QString::fromStdString(deep.string()));
     ASSERT_TRUE(start.isValid());
     EXPECT_TRUE(WaitFor([&] {
         return tree->currentIndex() == start && tree->selectionModel()->isSelected(start) &&
