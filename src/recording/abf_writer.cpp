@@ -41,14 +41,14 @@ StartTime Now() {
 
 }  // namespace
 
-std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& spec, int64_t frames) {
+std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frames) {
     using namespace abf;
     std::vector<uint8_t> h(kExtendedHeaderBytes, 0);
     std::span<uint8_t> b(h);
-    const int nch = int(spec.channels.size());
+    const int nch = int(writeSpec.channels.size());
     const int64_t samples = frames * nch;
     const int32_t chunk = kSamplesPerChunk / nch * nch;
-    StartTime start{spec.fileStartDate, spec.fileStartTimeS};
+    StartTime start{writeSpec.fileStartDate, writeSpec.fileStartTimeS};
     if (start.date == 0) start = Now();
 
     le::PutText(b, kFileSignature, 4, "ABF ");
@@ -63,26 +63,26 @@ std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& spec, int64_t frames) {
     le::Put<int32_t>(b, kDataSectionPtr, kDataBlock);
     le::Put<int16_t>(b, kDataFormat, 0);
     le::Put<int16_t>(b, kADCNumChannels, int16_t(nch));
-    le::Put<float>(b, kADCSampleInterval, float(spec.intervalUs / nch));
-    le::Put<float>(b, kSecondsPerRun, float(double(frames) * spec.intervalUs * 1e-6));
+    le::Put<float>(b, kADCSampleInterval, float(writeSpec.intervalUs / nch));
+    le::Put<float>(b, kSecondsPerRun, float(double(frames) * writeSpec.intervalUs * 1e-6));
     le::Put<int32_t>(b, kNumSamplesPerEpisode, chunk);
     le::Put<int32_t>(b, kEpisodesPerRun, 1);
     le::Put<int32_t>(b, kRunsPerTrial, 1);
     le::Put<int32_t>(b, kNumberOfTrials, 1);
-    le::Put<float>(b, kADCRange, spec.adcRange);
+    le::Put<float>(b, kADCRange, writeSpec.adcRange);
     le::Put<float>(b, kDACRange, 10.0f);
-    le::Put<int32_t>(b, kADCResolution, spec.adcResolution);
+    le::Put<int32_t>(b, kADCResolution, writeSpec.adcResolution);
     le::Put<int32_t>(b, kDACResolution, 32768);
     le::Put<float>(b, kAutosampleAdditGain, 1.0f);
-    le::PutText(b, kCreatorInfo, kCreatorInfoChars, spec.creator);
-    le::PutText(b, kFileComment, kFileCommentChars, spec.comment);
+    le::PutText(b, kCreatorInfo, kCreatorInfoChars, writeSpec.creator);
+    le::PutText(b, kFileComment, kFileCommentChars, writeSpec.comment);
     for (int i = 0; i < kAdcCount; ++i) {
         const auto k = std::size_t(i);
         // Logical channel i is ADC i; unused ADCs map to -1 and default scaling.
         le::Put<int16_t>(b, kADCPtoLChannelMap + 2 * k, int16_t(i < nch ? i : -1));
         le::Put<int16_t>(b, kADCSamplingSeq + 2 * k, int16_t(i < nch ? i : -1));
         const AbfChannelSpec def;
-        const AbfChannelSpec& c = i < nch ? spec.channels[k] : def;
+        const AbfChannelSpec& c = i < nch ? writeSpec.channels[k] : def;
         le::PutText(b, kADCChannelName + k * kADCChannelNameChars, kADCChannelNameChars,
                     i < nch ? c.name : fmt::format("IN {}", i));
         le::PutText(b, kADCUnits + k * kADCUnitsChars, kADCUnitsChars, c.units);
@@ -101,20 +101,20 @@ std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& spec, int64_t frames) {
     return h;
 }
 
-std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& spec,
+std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writeSpec,
                      std::span<const int16_t> interleaved) {
-    const std::size_t nch = spec.channels.size();
+    const std::size_t nch = writeSpec.channels.size();
     if (nch < 1 || nch > std::size_t(kMaxChannels))
         return fmt::format("An ABF file holds 1 to {} channels, not {}.", kMaxChannels, nch);
     if (interleaved.size() % nch != 0)
         return "The samples do not make whole frames of all channels.";
-    if (!std::isfinite(spec.intervalUs) || spec.intervalUs <= 0)
+    if (!std::isfinite(writeSpec.intervalUs) || writeSpec.intervalUs <= 0)
         return "The sample interval must be a positive number of microseconds.";
     if (interleaved.size() > std::size_t(INT32_MAX))
         return "Too many samples for an ABF 1.x file.";
 
     const int64_t frames = int64_t(interleaved.size() / nch);
-    std::vector<uint8_t> bytes = BuildAbfHeader(spec, frames);
+    std::vector<uint8_t> bytes = BuildAbfHeader(writeSpec, frames);
     const std::size_t dataAt = bytes.size();
     bytes.resize(dataAt + interleaved.size() * 2);
     std::span<uint8_t> out(bytes);

@@ -38,12 +38,12 @@ struct AbfWriteSpec {
 
 // The header bytes (6144, the extended header) that WriteAbf puts before
 // frames interleaved samples.
-std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& spec, int64_t frames);
+std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frames);
 
 // interleaved holds frames of channels.size() samples each. Writes to a
 // temporary file and renames it over path. Returns an empty string on
 // success, otherwise a message saying what went wrong.
-std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& spec,
+std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writeSpec,
                      std::span<const int16_t> interleaved);
 
 }  // namespace vess

@@ -11,9 +11,9 @@ TemplateHeaderResult EnsureTemplateHeader(const std::filesystem::path& folder) {
     TemplateHeaderResult result{folder / std::string(texts::kTemplateHeaderFileName), {}};
     std::error_code ec;
     if (std::filesystem::is_regular_file(result.path, ec)) return result;
-    AbfWriteSpec spec;  // one channel in pA, 50 us
-    spec.comment = "template header";
-    result.error = WriteAbf(result.path, spec, {});
+    AbfWriteSpec writeSpec;  // one channel in pA, 50 us
+    writeSpec.comment = "template header";
+    result.error = WriteAbf(result.path, writeSpec, {});
     return result;
 }
 

@@ -20,16 +20,16 @@ std::vector<uint8_t> ReadAll(const std::filesystem::path& p) {
 
 TEST(AbfWriter, ThreeChannelsRoundTripThroughTheReader) {
     test::TempDir dir;
-    AbfWriteSpec spec = test::MakeSpec(30.0, 2.0f);  // 10 us a sample in the stream
+    AbfWriteSpec writeSpec = test::MakeSpec(30.0, 2.0f);  // 10 us a sample in the stream
     AbfChannelSpec mv;
     mv.name = "Vm";
     mv.units = "mV";
     mv.instrumentScaleFactor = 0.01f;
     mv.signalOffset = 1.5f;
     mv.instrumentOffset = -0.5f;
-    spec.channels.push_back(mv);
-    spec.channels.push_back(mv);
-    spec.comment = "round trip";
+    writeSpec.channels.push_back(mv);
+    writeSpec.channels.push_back(mv);
+    writeSpec.comment = "round trip";
     // 700 frames: not a whole number of 256-point blocks.
     std::vector<int16_t> samples;
     for (int i = 0; i < 700; ++i) {
@@ -38,7 +38,7 @@ TEST(AbfWriter, ThreeChannelsRoundTripThroughTheReader) {
         samples.push_back(int16_t(32767 - i));
     }
     const auto file = dir / "three.abf";
-    ASSERT_EQ(WriteAbf(file, spec, samples), "");
+    ASSERT_EQ(WriteAbf(file, writeSpec, samples), "");
 
     AbfError error{};
     auto rec = Recording::Open(file, &error);
@@ -70,9 +70,9 @@ TEST(AbfWriter, RewritingWhatWasReadIsByteIdentical) {
 
     std::vector<int16_t> back(samples.size());
     rec->ReadSamples(0, back);
-    AbfWriteSpec spec = test::MakeSpec(rec->IntervalUs(), 4.0f);
+    AbfWriteSpec writeSpec = test::MakeSpec(rec->IntervalUs(), 4.0f);
     const auto second = dir / "b.abf";
-    ASSERT_EQ(WriteAbf(second, spec, back), "");
+    ASSERT_EQ(WriteAbf(second, writeSpec, back), "");
     const auto a = ReadAll(first), b = ReadAll(second);
     ASSERT_EQ(a.size(), abf::kExtendedHeaderBytes + samples.size() * 2);
     EXPECT_TRUE(a == b);

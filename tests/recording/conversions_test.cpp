@@ -46,11 +46,11 @@ TEST(Conversions, CountsAndUnitsWithTiesToEvenAndClamping) {
 
 TEST(Conversions, OffsetAppliesToLevelsOnly) {
     test::TempDir dir;
-    AbfWriteSpec spec = test::MakeSpec(20.0, 2.0f);
-    spec.channels[0].signalOffset = 1.0f;
-    spec.channels[0].instrumentOffset = 0.5f;
+    AbfWriteSpec writeSpec = test::MakeSpec(20.0, 2.0f);
+    writeSpec.channels[0].signalOffset = 1.0f;
+    writeSpec.channels[0].instrumentOffset = 0.5f;
     const auto samples = Ramp(4);
-    ASSERT_EQ(WriteAbf(dir / "o.abf", spec, samples), "");
+    ASSERT_EQ(WriteAbf(dir / "o.abf", writeSpec, samples), "");
     auto rec = Recording::Open(dir / "o.abf", nullptr);
     ASSERT_TRUE(rec);
     EXPECT_FLOAT_EQ(rec->Offset(), 1.5f);
@@ -66,13 +66,13 @@ class AdditionalGain : public ::testing::Test {
 protected:
     std::vector<uint8_t> bytes;
     void SetUp() override {
-        AbfWriteSpec spec = test::MakeSpec(50.0);
+        AbfWriteSpec writeSpec = test::MakeSpec(50.0);
         AbfChannelSpec c;
         c.programmableGain = 1.0f;
         c.instrumentScaleFactor = 0.5f;
         c.signalGain = 2.0f;
-        spec.channels = {c, c};
-        bytes = BuildAbfHeader(spec, 4);
+        writeSpec.channels = {c, c};
+        bytes = BuildAbfHeader(writeSpec, 4);
         bytes.resize(bytes.size() + 16, 0);
     }
     template <class T>

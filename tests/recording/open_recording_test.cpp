@@ -20,9 +20,9 @@ using test::TempDir;
 
 // A valid file of `channels` channels and `frames` frames as bytes.
 std::vector<uint8_t> ValidBytes(int channels = 1, int frames = 600) {
-    AbfWriteSpec spec = test::MakeSpec(50.0);
-    spec.channels.resize(std::size_t(channels));
-    std::vector<uint8_t> bytes = BuildAbfHeader(spec, frames);
+    AbfWriteSpec writeSpec = test::MakeSpec(50.0);
+    writeSpec.channels.resize(std::size_t(channels));
+    std::vector<uint8_t> bytes = BuildAbfHeader(writeSpec, frames);
     const std::size_t at = bytes.size();
     bytes.resize(at + std::size_t(frames * channels) * 2);
     for (int i = 0; i < frames * channels; ++i)

@@ -23,19 +23,19 @@ AbfWriteSpec MakeSpec(double intervalUs, float countsPerUnit) {
     // With range 8 V over 32768 counts (2^-12 V a count) and a scale factor of
     // countsPerUnit / 4096, every factor is a power of two times countsPerUnit,
     // so counts / countsPerUnit comes out exactly.
-    AbfWriteSpec spec;
-    spec.intervalUs = intervalUs;
-    spec.adcRange = 8.0f;
-    spec.adcResolution = 32768;
+    AbfWriteSpec writeSpec;
+    writeSpec.intervalUs = intervalUs;
+    writeSpec.adcRange = 8.0f;
+    writeSpec.adcResolution = 32768;
     AbfChannelSpec channel;
     channel.programmableGain = 1.0f;
     channel.instrumentScaleFactor = countsPerUnit / 4096.0f;
     channel.signalGain = 1.0f;
-    spec.channels = {channel};
-    spec.creator = "vess tests";
-    spec.fileStartDate = 20240101;
-    spec.fileStartTimeS = 0;
-    return spec;
+    writeSpec.channels = {channel};
+    writeSpec.creator = "vess tests";
+    writeSpec.fileStartDate = 20240101;
+    writeSpec.fileStartTimeS = 0;
+    return writeSpec;
 }
 
 std::unique_ptr<Recording> MakeRecording(const std::filesystem::path& file,

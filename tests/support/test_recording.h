@@ -28,12 +28,12 @@ private:
 };
 
 // Writes a one-channel ABF file of these samples and opens it. With the
-// default spec one count is 1/32768*10/0.001 ... see MakeSpec below.
+// default writeSpec one count is 1/32768*10/0.001 ... see MakeSpec below.
 std::unique_ptr<Recording> MakeRecording(const std::filesystem::path& file,
                                          std::span<const int16_t> samples, double intervalUs = 50,
                                          float countsPerUnit = 1.0f);
 
-// A spec whose channel 0 converts exactly countsPerUnit counts to one unit
+// A writeSpec whose channel 0 converts exactly countsPerUnit counts to one unit
 // (pA), so tests can reason in counts.
 AbfWriteSpec MakeSpec(double intervalUs, float countsPerUnit = 1.0f);
 
