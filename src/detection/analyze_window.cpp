@@ -47,10 +47,9 @@ AnalyzeWindowResult AnalyzeWindow(const Screen& screen, const AnalysisParameters
                                   EventTable& events, Dialogs& dialogs) {
     AnalyzeWindowResult result;
     if (!screen.Valid()) return result;
-    const std::optional<DetectionLengths> lengths = ConvertPeriods(params, screen.Rec().IntervalUs());
+    const std::optional<DetectionLengths> lengths =
+        ConvertPeriodsOrWarn(params, screen.Rec().IntervalUs(), dialogs);
     if (!lengths) {
-        dialogs.Message(detection_texts::kImproperParametersCaption,
-                        detection_texts::kImproperParametersText);
         result.improperParameters = true;
         return result;
     }

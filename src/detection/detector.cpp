@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "detection/measurements.h"
+#include "detection/texts.h"
 #include "recording/rounding.h"
 
 namespace vess {
@@ -34,6 +35,15 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
     len.baseLen = RoundClamp32(baseLen);
     len.decayLen = RoundClamp32(decay);
     len.halfPeak = std::max<int32_t>(params.NumberPointsPeak, 1) / 2;
+    return len;
+}
+
+std::optional<DetectionLengths> ConvertPeriodsOrWarn(const AnalysisParameters& params,
+                                                     double intervalUs, Dialogs& dialogs) {
+    std::optional<DetectionLengths> len = ConvertPeriods(params, intervalUs);
+    if (!len)
+        dialogs.Message(detection_texts::kImproperParametersCaption,
+                        detection_texts::kImproperParametersText);
     return len;
 }
 

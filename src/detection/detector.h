@@ -8,6 +8,7 @@
 #include <limits>
 #include <optional>
 
+#include "recording/dialogs.h"
 #include "recording/event_record.h"
 #include "recording/screen.h"
 #include "recording/settings.h"
@@ -26,6 +27,9 @@ struct DetectionLengths {
 // Each period divided by the interval; nullopt when any quotient is below 1
 // (tested before rounding), otherwise each rounded half to even.
 std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params, double intervalUs);
+// The same, showing the "Improper Analysis Parameters" message when it fails.
+std::optional<DetectionLengths> ConvertPeriodsOrWarn(const AnalysisParameters& params,
+                                                     double intervalUs, Dialogs& dialogs);
 
 // +1 for upward events; -1 for downward ones and for a stored 0.
 int16_t NormalizedDirection(int16_t peakDirection);

@@ -86,11 +86,7 @@ void Insert(EventTable& events, int32_t row, const EventRecord& r) {
 }
 
 std::optional<DetectionLengths> Lengths(const Workspace& ws, Dialogs& dialogs) {
-    auto len = ConvertPeriods(ws.params(), ws.recording->IntervalUs());
-    if (!len)
-        dialogs.Message(detection_texts::kImproperParametersCaption,
-                        detection_texts::kImproperParametersText);
-    return len;
+    return ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
 }
 
 void NoSecondPeak(Dialogs& dialogs) {

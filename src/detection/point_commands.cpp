@@ -8,20 +8,8 @@
 namespace vess {
 namespace {
 
-void Marks(const Screen& screen, const MeasuredEvent& e, std::vector<DetectionMark>& marks) {
-    using K = DetectionMark::Kind;
-    marks = {{K::Peak, e.peak, e.value},
-             {K::BaselineMiddle, e.baselineMiddle, e.baseline},
-             {K::Start, e.start, screen.GetSampleValue(e.start)},
-             {K::Decay, e.decay, e.decayLevel}};
-}
-
 std::optional<DetectionLengths> Lengths(const Workspace& ws, Dialogs& dialogs) {
-    auto len = ConvertPeriods(ws.params(), ws.recording->IntervalUs());
-    if (!len)
-        dialogs.Message(detection_texts::kImproperParametersCaption,
-                        detection_texts::kImproperParametersText);
-    return len;
+    return ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
 }
 
 }  // namespace
@@ -52,7 +40,7 @@ PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t window
     ws.history.Checkpoint(ws.events, "Detect event");
     ws.events.Append(det.MakeRecord(*e));
     result.eventIndex = ws.events.Count();
-    Marks(screen, *e, result.marks);
+    AddMarks(screen, *e, result.marks);
     return result;
 }
 
@@ -90,7 +78,7 @@ PointCommandResult RecalculateEvent(Workspace& ws, Dialogs& dialogs, int32_t eve
     ws.history.Checkpoint(ws.events, "Recalculate event");
     ws.events[eventIndex] = r;
     result.eventIndex = eventIndex;
-    Marks(screen, *e, result.marks);
+    AddMarks(screen, *e, result.marks);
     return result;
 }
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "detection/texts.h"
+#include "detection/trace_helpers.h"
 #include "detection/ui/texts.h"
 #include "gui_fixture.h"
 #include "recording/rounding.h"
@@ -53,17 +54,7 @@ protected:
         MakeRecording(dir / "dbl.abf", trace, 50, 1.0f);
         window->OpenPath(QString::fromStdString((dir / "dbl.abf").string()));
         ASSERT_NE(ws.recording, nullptr);
-        AnalysisParameters& p = ws.params();
-        p.PeakDirection = 1;
-        p.ThresholdAmplitude = 5;
-        p.PeriodToSearchMax = 10000;
-        p.PeriodStartBaseline = 6000;
-        p.PeriodBaselineAverage = 2000;
-        p.PeriodFindDecayTime = 20000;
-        p.DecayPercent = 0.32f;
-        p.AreaThreshold = 1;
-        p.NumberPointsPeak = 1;
-        p.ComplexPeak = false;
+        ws.params() = TestParams(1);
         window->RefreshAll();
         window->Trace()->setFocus();
     }
