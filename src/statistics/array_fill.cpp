@@ -113,14 +113,18 @@ std::vector<float> RowFieldValues(const Recording* recording, const EventTable& 
     return out;
 }
 
+std::vector<float> SortedDifferences(std::vector<float> values) {
+    std::sort(values.begin(), values.end());
+    std::vector<float> out;
+    for (std::size_t i = 1; i < values.size(); ++i) out.push_back(values[i] - values[i - 1]);
+    return out;
+}
+
 std::vector<float> InterEventIntervals(const EventTable& events, int group) {
     std::vector<float> times;
     for (const EventRecord& r : events.Records())
         if (InGroup(r, group)) times.push_back(r.time);
-    std::sort(times.begin(), times.end());
-    std::vector<float> out;
-    for (std::size_t i = 1; i < times.size(); ++i) out.push_back(times[i] - times[i - 1]);
-    return out;
+    return SortedDifferences(std::move(times));
 }
 
 bool PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field) {
