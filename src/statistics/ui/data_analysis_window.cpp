@@ -156,6 +156,7 @@ bool DataAnalysisWindow::RunTest() {
         graph_ = new PlotWidget(*outcome->plot);
         graph_->setObjectName("ResultGraph");
         graphBox_->addWidget(graph_);
+        graph_->show();
     }
     return true;
 }

@@ -18,6 +18,7 @@ void ShowResultTable(QTableWidget& grid, const ResultTable& table) {
     for (std::size_t c = 0; c < columns; ++c)
         headers << (c < table.columns.size() ? QString::fromStdString(table.columns[c]) : QString());
     grid.setHorizontalHeaderLabels(headers);
+    grid.horizontalHeader()->setVisible(!table.columns.empty());
     for (int r = 0; r < int(table.rows.size()); ++r) {
         const ResultRow& row = table.rows[std::size_t(r)];
         auto* label = new QTableWidgetItem(QString::fromStdString(row.label));
