@@ -146,7 +146,7 @@ bool PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, Array
 
 bool PutHighlightedEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field,
                                     std::span<const int32_t> selectedRows) {
-    if (!HasEvents(ws) || selectedRows.empty()) return false;
+    if (!HasEvents(ws) || selectedRows.empty() || int(field) >= kHighlightedFieldCount) return false;
     const int k = ArrayNumber(arrayNumber);
     const bool clear = AskClear(dialogs, k);
     const auto offset = AskTimeOffset(dialogs, field);

@@ -69,17 +69,7 @@ TEST(Histograms, CodesCarrySourceAndKind) {
     for (int bad : {0, 16, 20, 36, 76, -1}) EXPECT_FALSE(DecodeHistogramCode(bad)) << bad;
 }
 
-class HistogramCommandTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ws.recording = test::OffsetRecording(dir);
-        ASSERT_TRUE(ws.recording);
-        test::AddFiveEvents(ws);
-    }
-    TempDir dir;
-    Workspace ws;
-    ScriptedDialogs dialogs;
-};
+using HistogramCommandTest = test::FiveEventsTest;
 
 TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
     dialogs.AnswerInput("1").AnswerInput("10");
