@@ -9,7 +9,6 @@
 #include "recording/save_path.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
-#include "statistics/result_table.h"
 #include "statistics/texts.h"
 
 namespace vess {
@@ -91,24 +90,6 @@ bool PasteArrayCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, std::st
         ws.Array(k).Assign(values);
     else
         ws.Array(k).Append(values);
-    return true;
-}
-
-std::string ArrayGridCell(const DataArray& array, int32_t row) {
-    if (row < 1 || row > array.UpperBound()) return {};
-    return FormatNumber(array[row], 3, true);
-}
-
-bool EnterArrayValue(DataArray& array, int32_t row, std::string_view text) {
-    std::string plain(text);
-    std::erase(plain, ',');  // the cell shows thousands separators
-    const auto value = ParseNumberEntry(plain);
-    if (!value || row < 1) return false;
-    if (row > array.UpperBound()) {
-        const std::vector<float> zeros(std::size_t(row - array.UpperBound()), 0.0f);
-        array.Append(zeros);
-    }
-    array[row] = float(*value);
     return true;
 }
 

@@ -29,13 +29,6 @@ std::vector<float> ParseClipboardNumbers(std::string_view text);
 // Returns true when the array changed.
 bool PasteArrayCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, std::string_view clipboardText);
 
-// The array view's cell text ("#,##0.000"); empty past the upper bound.
-std::string ArrayGridCell(const DataArray& array, int32_t row);
-// A value typed into row (1-based) of the array view: the array grows to the
-// row when it is shorter (new elements 0). False, and nothing changed, when
-// the text is not a number or the row is below 1.
-bool EnterArrayValue(DataArray& array, int32_t row, std::string_view text);
-
 // The array text file of both arrays; recordingName follows "Array Data : ".
 std::string ArraysAtfText(const std::string& recordingName, const DataArray& a1, const DataArray& a2);
 

@@ -51,20 +51,6 @@ TEST(ArrayText, PasteAsksThenReplacesOrAppends) {
     EXPECT_EQ(std::vector<float>(ws.array2.Values().begin(), ws.array2.Values().end()), (std::vector<float>{8, 9}));
 }
 
-TEST(ArrayText, TypedValuesGoIntoTheirRow) {
-    DataArray a = Of({1, 2});
-    EXPECT_TRUE(EnterArrayValue(a, 2, "1,234.5"));
-    EXPECT_EQ(ArrayGridCell(a, 2), "1,234.500");
-    EXPECT_TRUE(EnterArrayValue(a, 5, "-3"));  // grows with zeros up to the row
-    EXPECT_EQ(a.UpperBound(), 5);
-    EXPECT_EQ(a[4], 0.0f);
-    EXPECT_EQ(a[5], -3.0f);
-    EXPECT_FALSE(EnterArrayValue(a, 1, "abc"));
-    EXPECT_FALSE(EnterArrayValue(a, 0, "1"));
-    EXPECT_EQ(a[1], 1.0f);
-    EXPECT_EQ(ArrayGridCell(a, 6), "");
-}
-
 TEST(ArrayText, ClipboardCopyHasTwoColumnsWithBlankCells) {
     EXPECT_EQ(ArraysClipboardText(Of({1, 2.5f}), Of({3})), "Array #1\tArray #2\r\n1\t3\r\n2.5\t\r\n");
 }
