@@ -203,7 +203,8 @@ HistogramPlot MakeRunningAverage(std::span<const double> timesSec, std::span<con
     }
     std::vector<double> sums(bins.counts.size(), 0.0);
     for (std::size_t i = 0; i < n; ++i)
-        sums[std::size_t(BinIndex(timesSec[i], binSizeSec) - bins.lowestBin)] += values[i];
+        if (std::isfinite(timesSec[i]))  // the times the bins counted
+            sums[std::size_t(BinIndex(timesSec[i], binSizeSec) - bins.lowestBin)] += values[i];
     PlotSeries s{SeriesKind::Lines, {}, {}, {}, binSizeSec};
     for (std::size_t k = 0; k < sums.size(); ++k) {
         if (bins.counts[k] == 0) continue;  // an empty bin has no average: skipped
