@@ -9,6 +9,7 @@
 #include "statistics/binning.h"
 #include "statistics/prompts.h"
 #include "statistics/texts.h"
+#include "statistics/total_order.h"
 
 namespace vess {
 
@@ -52,7 +53,7 @@ HistogramPlot BinnedHistogram(HistogramKind kind, std::span<const double> values
 HistogramPlot UnbinnedCurve(HistogramKind kind, std::span<const double> values,
                             const std::string& series, const std::string& unit) {
     std::vector<double> sorted(values.begin(), values.end());
-    std::sort(sorted.begin(), sorted.end());
+    SortTotalOrder(sorted);
     PlotSeries s{SeriesKind::Steps, sorted, {}, {}, 0};
     const double n = double(sorted.size());
     for (std::size_t i = 1; i <= sorted.size(); ++i)
