@@ -38,8 +38,7 @@ std::optional<MeasuredEvent> SecondPeakOnSide(const Detector& det, const Measure
     const Bump bump = MostDistinctBump(s, dir, first.peak + step, far, step);
     if (bump.riseCounts <= 0) return std::nullopt;
     if (bump.riseCounts < kSecondPeakRiseFraction * first.amplitudeCounts) return std::nullopt;
-    if (det.AmplitudeUnits(RoundClamp32(bump.riseCounts)) < det.Params().ThresholdAmplitude)
-        return std::nullopt;
+    if (!det.ReachesThreshold(bump.riseCounts)) return std::nullopt;
     // A later peak may climb on past the end of the stretch (the decay walk
     // stopped on its rise); an earlier one stays between the start and the
     // event's peak.
