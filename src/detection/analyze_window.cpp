@@ -75,7 +75,7 @@ AnalyzeWindowResult AnalyzeWindow(const Screen& screen, const AnalysisParameters
     // baseline window to lie inside the data.
     int64_t pos = screen.StartBlock() == 0 ? int64_t(lengths->baseOffset) + searchLen : 0;
     if (const std::optional<int64_t> floor = CarriedFloor(screen, events)) {
-        det.SetFloor(*floor);
+        det.SetCarriedFloor(*floor);
         // Complex peaks: the next search range begins one range after the last
         // stored peak, on this screen as on the one that stored it.
         if (params.ComplexPeak) pos = std::max(pos, *floor + searchLen);

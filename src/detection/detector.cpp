@@ -168,6 +168,10 @@ float Detector::AmplitudeUnits(int32_t counts) const {
 //    an earlier peak that would be rejected must not take the candidate's
 //    place, since the candidate would then be lost with it.
 int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
+    return EarlierPeak(peak, value, floor_ + 1);
+}
+
+int64_t Detector::EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const {
     const int32_t bo = len_.baseOffset;
     if (bo < 3) return peak;
     const double third = bo / 3.0;
@@ -176,7 +180,7 @@ int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
     const int64_t part3Start = peak - bo;
     const Trough nearest = LeastExtreme(part1Start, peak);
     const Trough farthest = LeastExtreme(part3Start, part2Start - 1);
-    const int64_t first = std::max(farthest.index + 1, floor_ + 1);
+    const int64_t first = std::max(farthest.index + 1, lowest);
     const int64_t last = nearest.index - 1;
     if (first > last) return peak;
     Trough earlier{first, screen_.GetSampleValue(first)};
@@ -278,6 +282,12 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
         e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
         if (!PassesAmplitudeTests(value, e.baseline)) return std::nullopt;
 
+        // A candidate whose earlier peak is the event stored from the end of
+        // the previous screen is that screen's last search range examined a
+        // second time: it gave that event there.
+        if (carriedFloor_ && peak - len_.baseOffset <= *carriedFloor_ &&
+            EarlierPeak(peak, value, std::numeric_limits<int64_t>::min() / 2) <= *carriedFloor_)
+            return std::nullopt;
         if (prepeakMoves < kMaxPrepeakMoves) {
             const int64_t earlier = DetectPrepeak(peak, value);
             if (earlier < peak) {

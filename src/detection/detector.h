@@ -69,6 +69,14 @@ public:
     // is not taken again.
     void SetFloor(int64_t index) { floor_ = index; }
     int64_t Floor() const { return floor_; }
+    // The floor carried from the previous screen (the event it stored last,
+    // found again at the start of this one). A candidate whose earlier peak
+    // is that event, or one before it, is rejected: on the previous screen
+    // the same search gave that event.
+    void SetCarriedFloor(int64_t index) {
+        carriedFloor_ = index;
+        floor_ = index;
+    }
     // The recorded samples of the screen, and the last window index that can
     // be a peak: its averaging window and the sample after it are recorded.
     const DataSpan& Span() const { return span_; }
@@ -125,6 +133,8 @@ private:
         int16_t value;
     };
     Trough LeastExtreme(int64_t first, int64_t last) const;  // raw samples, inclusive
+    // DetectPrepeak searching no further back than lowest.
+    int64_t EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const;
     int32_t PeakMargin() const { return std::max<int32_t>(len_.halfPeak, 1); }
 
     const Screen& screen_;
@@ -134,6 +144,7 @@ private:
     int32_t pointsPeak_;
     DataSpan span_;
     int64_t floor_ = std::numeric_limits<int64_t>::min() / 2;
+    std::optional<int64_t> carriedFloor_;
 };
 
 }  // namespace vess

@@ -42,7 +42,8 @@ std::optional<MeasuredEvent> SecondPeakOnSide(const Detector& det, const Measure
     // A later peak may climb on past the end of the stretch (the decay walk
     // stopped on its rise); an earlier one stays between the start and the
     // event's peak.
-    const int64_t limit = later ? first.peak + det.Lengths().decayLen : first.peak - 1;
+    const int64_t limit =
+        later ? std::min(first.peak + det.Lengths().decayLen, det.LastPeakIndex()) : first.peak - 1;
     const PeakPoint p = Climb(det, bump.peak, limit, step);
     if (!det.PassesAmplitudeTests(p.value, first.baseline)) return std::nullopt;
 

@@ -78,56 +78,58 @@ TEST(HalfWidth, NoFallWithinReachIsNotMeasured) {
 
 // The recording ends while an event is still high: 2048 samples, the last
 // screen (blocks 4-7) holds window indices 0..1023 and nothing after.
-//
-// A ramp 0, 100, .. 1000 from window index 800 to 810, then 1000 to the end:
-//  - the peak is 810 and the start 800, as anywhere else;
-//  - the decay walk on three-point means stops at 1022, the last point whose
-//    mean is made of recorded samples; the trace has not fallen, so that is
-//    the decay point (decay length 212), and the area covers the recorded
-//    samples only: rise 1000 + 900 + .. + 0 = 5500, decay 212 x 1000 =
-//    212000, 217500 counts x 0.05 ms = 10875 pA ms (a walk over a repeated
-//    last sample went on to 1211 and 20275 pA ms);
-//  - the half-width would need a fall after the end: not measured.
-TEST(EndOfData, DecayAndAreaStopAtTheLastSample) {
-    std::vector<int16_t> trace(2048, 0);
-    for (int k = 0; k <= 10; ++k) trace[std::size_t(1024 + 800 + k)] = int16_t(100 * k);
-    for (std::size_t i = 1024 + 811; i < trace.size(); ++i) trace[i] = 1000;
-    TraceFile file(trace);
-    AnalysisParameters params = TestParams();
-    params.AreaThreshold = 1000;
-    const EventTable events = Analyze(*file.rec, 4, params);
-    ASSERT_EQ(events.Count(), 1);
-    const EventRecord& e = events[1];
-    EXPECT_EQ(e.relativeTime, 810);
-    EXPECT_EQ(e.riseTime, 10);
-    EXPECT_EQ(e.decayTime, 212);
-    EXPECT_FLOAT_EQ(e.area, 10875.0f);
-    EXPECT_TRUE(std::isnan(e.halfWidth));
+struct CutShort {
+    const char* what;
+    std::vector<int16_t> trace;
+    int16_t numberPointsPeak;
+    int32_t peak, riseTime, decayTime;
+    float area;
+};
+
+std::vector<CutShort> CutShortCases() {
+    // A ramp 0, 100, .. 1000 from window index 800 to 810, then 1000 to the
+    // end. The peak is 810 and the start 800, as anywhere else. The decay
+    // walk on three-point means stops at 1022, the last point whose mean is
+    // made of recorded samples; the trace has not fallen, so that is the
+    // decay point (decay length 212), and the area covers the recorded
+    // samples only: rise 1000 + 900 + .. + 0 = 5500, decay 212 x 1000 =
+    // 212000, 217500 counts x 0.05 ms = 10875 pA ms (a walk over a repeated
+    // last sample went on to 1211 and 20275 pA ms).
+    std::vector<int16_t> plateau(2048, 0);
+    for (int k = 0; k <= 10; ++k) plateau[std::size_t(1024 + 800 + k)] = int16_t(100 * k);
+    for (std::size_t i = 1024 + 811; i < plateau.size(); ++i) plateau[i] = 1000;
+    // A rise in the last ten samples (100, 200, .. 1000 at 1014..1023), the
+    // peak averaged over three points. A peak needs its whole averaging
+    // window and one sample after it on record, so the peak is 1022 ((800 +
+    // 900 + 1000) / 3 = 900), not the first point past the end, where a
+    // repeated last sample would average to 1000. Its decay point is the peak
+    // itself (nothing recorded to walk), its area the rise alone: 900 + 800 +
+    // .. + 100 = 4500 counts, 225 pA ms.
+    std::vector<int16_t> lastRise(2048, 0);
+    for (int k = 1; k <= 10; ++k) lastRise[std::size_t(1024 + 1013 + k)] = int16_t(100 * k);
+    return {{"plateau to the end", plateau, 1, 810, 10, 212, 10875.0f},
+            {"rise in the last samples", lastRise, 3, 1022, 9, 0, 225.0f}};
 }
 
-// A rise in the last ten samples (100, 200, .. 1000 at window indices
-// 1014..1023), with the peak averaged over three points. A peak needs its
-// whole averaging window and one sample after it on record, so the peak is
-// 1022 ((800 + 900 + 1000) / 3 = 900) and not the first point past the end,
-// where a repeated last sample would average to 1000. Its decay point is the
-// peak itself (nothing recorded to walk), its area the rise alone: 900 + 800
-// + .. + 100 = 4500 counts, 225 pA ms.
-TEST(EndOfData, NoPeakPastTheLastSample) {
-    std::vector<int16_t> trace(2048, 0);
-    for (int k = 1; k <= 10; ++k) trace[std::size_t(1024 + 1013 + k)] = int16_t(100 * k);
-    TraceFile file(trace);
-    AnalysisParameters params = TestParams();
-    params.NumberPointsPeak = 3;
-    const EventTable events = Analyze(*file.rec, 4, params);
-    ASSERT_EQ(events.Count(), 1);
-    const EventRecord& e = events[1];
-    EXPECT_EQ(e.relativeTime, 1022);
-    EXPECT_EQ(e.sampleIndex, file.rec->PointsPerChannel() - 2);
-    EXPECT_EQ(e.amplitude, 900);
-    EXPECT_EQ(e.riseTime, 9);
-    EXPECT_EQ(e.decayTime, 0);
-    EXPECT_FLOAT_EQ(e.area, 225.0f);
-    EXPECT_TRUE(std::isnan(e.halfWidth));
+// Neither decay nor area reads past the last sample, no peak lies past it,
+// and the half-width, which would need a fall after the end, is not measured.
+TEST(EndOfData, MeasurementsStopAtTheLastSample) {
+    for (const CutShort& c : CutShortCases()) {
+        SCOPED_TRACE(c.what);
+        TraceFile file(c.trace);
+        AnalysisParameters params = TestParams();
+        params.AreaThreshold = 100;
+        params.NumberPointsPeak = c.numberPointsPeak;
+        const EventTable events = Analyze(*file.rec, 4, params);
+        ASSERT_EQ(events.Count(), 1);
+        const EventRecord& e = events[1];
+        EXPECT_EQ(e.relativeTime, c.peak);
+        EXPECT_LT(e.sampleIndex, file.rec->PointsPerChannel() - 1);
+        EXPECT_EQ(e.riseTime, c.riseTime);
+        EXPECT_EQ(e.decayTime, c.decayTime);
+        EXPECT_FLOAT_EQ(e.area, c.area);
+        EXPECT_TRUE(std::isnan(e.halfWidth));
+    }
 }
 
 // An event whose three-point-mean decay sums to a fraction of a count: the
