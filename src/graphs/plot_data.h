@@ -39,9 +39,9 @@ struct PlotSeries {
     BarAlign barAlign = BarAlign::Left;
     // Scatter only: a third value per point that picks the point's colour
     // from the colour scale (empty: one colour for all points).
-    std::vector<double> z;
-    std::string zAxis;          // the colour scale's text when z is given
-    std::optional<Colour> colour;  // none: the window's palette
+    std::vector<double> z{};
+    std::string zAxis{};        // the colour scale's text when z is given
+    std::optional<Colour> colour{};  // none: the window's palette
     double lineWidth = 1.5;
     double pointSize = 5;       // Scatter and LinesAndPoints
 
@@ -54,8 +54,8 @@ struct PlotSeries {
 struct ColourMap {
     std::size_t nx = 0, ny = 0;
     double xMin = 0, xMax = 1, yMin = 0, yMax = 1;
-    std::vector<double> z;
-    std::string zAxis;
+    std::vector<double> z{};
+    std::string zAxis{};
 
     double At(std::size_t ix, std::size_t iy) const { return z[iy * nx + ix]; }
     bool Valid() const { return nx > 0 && ny > 0 && z.size() == nx * ny; }
@@ -65,8 +65,8 @@ struct ColourMap {
 // example a frequency band of a spectrum).
 struct XBand {
     double from = 0, to = 0;
-    std::string label;
-    std::optional<Colour> colour;
+    std::string label{};
+    std::optional<Colour> colour{};
 };
 
 struct AxisRange {
@@ -79,10 +79,10 @@ struct PlotData {
     std::string xAxis;          // x axis text
     std::string yAxis;          // y axis text
     std::vector<PlotSeries> series;
-    std::optional<ColourMap> colourMap;
-    std::vector<XBand> bands;
+    std::optional<ColourMap> colourMap{};
+    std::vector<XBand> bands{};
     // Fixed axis ranges; when absent the range fits the data (FittedRanges).
-    std::optional<AxisRange> xRange, yRange;
+    std::optional<AxisRange> xRange{}, yRange{};
 
     bool Empty() const { return series.empty() && !colourMap; }
 };
