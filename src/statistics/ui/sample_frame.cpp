@@ -56,18 +56,18 @@ void SampleFrame::UpdateEnabled() {
 }
 
 std::optional<SampleSpec> SampleFrame::Spec() const {
-    SampleSpec spec;
-    spec.fromArray = optArray_->isChecked();
-    spec.arrayNumber = array_->currentIndex() + 1;
-    if (spec.fromArray) return spec;
+    SampleSpec sample;
+    sample.fromArray = optArray_->isChecked();
+    sample.arrayNumber = array_->currentIndex() + 1;
+    if (sample.fromArray) return sample;
     const auto mean = ParseTypedValue(mean_->text().toStdString());
     const auto sd = ParseTypedValue(stdDev_->text().toStdString());
     const auto count = ParseTypedValue(count_->text().toStdString());
     if (!mean || !sd || !count) return std::nullopt;
-    spec.mean = *mean;
-    spec.stdDev = *sd;
-    spec.count = *count;
-    return spec;
+    sample.mean = *mean;
+    sample.stdDev = *sd;
+    sample.count = *count;
+    return sample;
 }
 
 }  // namespace vess
