@@ -85,11 +85,12 @@ void OverviewStrip::RenderLevels() {
     };
     const double columnWidth = double(usable) / double(columns.size());
     for (std::size_t c = 0; c < columns.size(); ++c) {
-        const double x = double(c) * columnWidth + columnWidth / 2;
         // Columns that reach beyond the range shown (artefacts) stand out.
         const bool clipped = columns[c].min < range.low || columns[c].max > range.high;
-        p.setPen(QPen(clipped ? kClippedColour : kTraceColour, std::max(1.0, columnWidth)));
-        p.drawLine(QPointF(x, y(columns[c].max)), QPointF(x, y(columns[c].min) + 0.5));
+        const double yTop = y(columns[c].max);
+        const double yBottom = std::max(y(columns[c].min), yTop + 1);
+        p.fillRect(QRectF(double(c) * columnWidth, yTop, std::max(1.0, columnWidth), yBottom - yTop),
+                   clipped ? kClippedColour : kTraceColour);
     }
 }
 
