@@ -64,7 +64,9 @@ int EventColumnDecimals(const Recording* rec, int column) {
 std::string FormatGridCell(const CellValue& value, int decimals) {
     return std::visit(
         [decimals](auto v) -> std::string {
-            if constexpr (std::is_same_v<decltype(v), float>) return Fixed(double(v), decimals);
+            // A measurement that could not be made (not a number) stays empty.
+            if constexpr (std::is_same_v<decltype(v), float>)
+                return std::isnan(v) ? std::string() : Fixed(double(v), decimals);
             else return fmt::format("{}", int32_t(v));
         },
         value);

@@ -24,7 +24,8 @@ int DecimalsForStep(double step);
 // the float columns get 2.
 int EventColumnDecimals(const Recording* recording, int column);
 
-// A cell's value with the column's decimals (integers as they are).
+// A cell's value with the column's decimals (integers as they are; a float
+// that is not a number, a measurement that could not be made, as empty).
 std::string FormatGridCell(const CellValue& value, int decimals);
 
 // The widest text column 0..17 can show for this recording (a full-scale

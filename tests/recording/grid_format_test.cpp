@@ -1,6 +1,8 @@
 // The event grid's decimals per column and the widest text of each column.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "recording/event_grid_format.h"
 #include "recording/recording.h"
 #include "support/test_recording.h"
@@ -21,6 +23,7 @@ TEST(GridFormat, DecimalsShowOneStepOfTheUnit) {
     EXPECT_EQ(FormatGridCell(CellValue(12.3456f), 2), "12.35");
     EXPECT_EQ(FormatGridCell(CellValue(int16_t(-7)), 2), "-7");
     EXPECT_EQ(FormatGridCell(CellValue(uint8_t(255)), 3), "255");
+    EXPECT_EQ(FormatGridCell(CellValue(std::nanf("")), 2), "");
 }
 
 // Without a recording converted columns hold raw counts and points.
