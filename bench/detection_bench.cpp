@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "detection/overview.h"
 #include "detection/whole_file.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
@@ -64,7 +65,21 @@ void BM_DetectWholeFile(benchmark::State& state) {
     state.counters["events"] = double(events);
 }
 
+// The overview strip's one pass: every 256-point block's extremes, then the
+// columns of a 1200-pixel strip.
+void BM_OverviewOfWholeFile(benchmark::State& state) {
+    auto rec = OpenLong();
+    std::size_t columns = 0;
+    for (auto _ : state) {
+        columns = vess::OverviewColumns(vess::RecordingBlockExtremes(*rec), 1200).size();
+        benchmark::DoNotOptimize(columns);
+    }
+    state.counters["samples_per_s"] = benchmark::Counter(
+        double(rec->PointsPerChannel()) * double(state.iterations()), benchmark::Counter::kIsRate);
+}
+
 BENCHMARK(BM_ReadWholeFile)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_OverviewOfWholeFile)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_DetectWholeFile)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace

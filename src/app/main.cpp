@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
     // Absolute now: the file lists change the current folder.
     QStringList files;
     for (const QString& f : parser.positionalArguments()) files << QFileInfo(f).absoluteFilePath();
+    const QString screenshotPath = QFileInfo(parser.value("screenshot")).absoluteFilePath();
     if (!files.isEmpty())  // start in the folder of the file given
         ws.settings.DataDir = QFileInfo(files.first()).absolutePath().toStdString();
 
@@ -45,7 +46,7 @@ int main(int argc, char** argv) {
 
     if (parser.isSet("screenshot")) {
         const int screens = parser.value("screens").toInt();
-        return vess::TakeScreenshot(window, parser.value("screenshot"), screens) ? 0 : 1;
+        return vess::TakeScreenshot(window, screenshotPath, screens) ? 0 : 1;
     }
     return app.exec();
 }

@@ -23,9 +23,11 @@
 #include "app/nonstop_runner.h"
 #include "detection/navigation.h"
 #include "detection/ui/event_sound.h"
+#include "detection/ui/overview_strip.h"
 #include "detection/ui/parameter_panel.h"
 #include "detection/ui/texts.h"
 #include "detection/ui/trace_view.h"
+#include "recording/event_grid_format.h"
 #include "recording/screen.h"
 #include "recording/settings_file.h"
 #include "recording/texts.h"
@@ -71,6 +73,8 @@ void MainWindow::BuildLayout() {
                                     .arg(ws_.recording ? QString::fromStdString(ws_.recording->Units())
                                                        : QString()));
     });
+    overview_ = new OverviewStrip(this);
+    connect(overview_, &OverviewStrip::SampleChosen, this, &MainWindow::OnOverviewSample);
     scroll_ = new QScrollBar(Qt::Horizontal, this);
     scroll_->setObjectName("HScroll1");
     scroll_->setToolTip(tr("Screens of the recording"));
@@ -91,6 +95,11 @@ void MainWindow::BuildLayout() {
     grid_->verticalHeader()->setDefaultSectionSize(grid_->fontMetrics().height() + 6);
     grid_->verticalHeader()->hide();
     grid_->horizontalHeader()->setDefaultSectionSize(84);
+    // A click on a column title sorts the table by that column (undoable).
+    grid_->horizontalHeader()->setSectionsClickable(true);
+    grid_->horizontalHeader()->setToolTip(tr("Click a column title to sort the events by it"));
+    connect(grid_->horizontalHeader(), &QHeaderView::sectionClicked, this,
+            &MainWindow::OnGridHeaderClicked);
     grid_->setContextMenuPolicy(Qt::ActionsContextMenu);
     connect(grid_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& current) { OnGridRowChosen(current.row()); });
@@ -99,6 +108,9 @@ void MainWindow::BuildLayout() {
     connect(params_, &ParameterPanel::ParametersEdited, this, &MainWindow::OnParametersEdited);
     connect(params_, &ParameterPanel::NumberPointsPeakChosen, this, &MainWindow::OnNumberPointsPeak);
     connect(params_, &ParameterPanel::SoundToggled, this, [this](bool on) { ws_.settings.SoundOn = on; });
+    connect(params_, &ParameterPanel::BlocksPerScreenChosen, this, &MainWindow::OnBlocksPerScreen);
+    // After Enter in a box the letter keys act on the trace again.
+    connect(params_, &ParameterPanel::EditingDone, this, [this] { trace_->setFocus(Qt::OtherFocusReason); });
 
     // Buttons; the actions behind them are made in BuildMenus.
     auto* buttons = new QWidget(this);
@@ -125,8 +137,7 @@ void MainWindow::BuildLayout() {
     progress_ = new QProgressBar(buttons);
     progress_->setObjectName("pbNonStop");
     progress_->setTextVisible(true);
-    progress_->setFormat(tr("Ready"));
-    progress_->setValue(0);
+    ResetProgress();
     grid->addWidget(progress_, 4, 0, 1, 2);
 
     auto* left = new QWidget(this);
@@ -150,6 +161,7 @@ void MainWindow::BuildLayout() {
     traceLayout->setContentsMargins(0, 0, 0, 0);
     traceLayout->setSpacing(2);
     traceLayout->addWidget(trace_, 1);
+    traceLayout->addWidget(overview_);
     traceLayout->addWidget(scroll_);
     traceLayout->addWidget(cursorLabel_);
 
@@ -174,6 +186,7 @@ void MainWindow::BuildLayout() {
     statusPointer_ = new QLabel(this);
     statusEvents_ = new QLabel(this);
     statusFile_->setObjectName("lbFile");
+    statusPointer_->setObjectName("lbPointer");
     statusScreen_->setObjectName("lbScreen");
     statusEvents_->setObjectName("lbEvents");
     statusBar()->addWidget(statusFile_, 2);
@@ -206,7 +219,8 @@ bool MainWindow::NonStopRunning() const { return nonStop_->Running(); }
 
 void MainWindow::RefreshAll() {
     RebuildScreen();
-    params_->Show(ws_.settings, ws_.recording ? ws_.recording->Units() : std::string());
+    params_->Show(ws_.settings, ws_.recording ? ws_.recording->Units() : std::string(),
+                  ws_.recording ? ws_.recording->IntervalUs() : 0.0);
     groupNav_->setCurrentIndex(GroupNavigationFilter(ws_.settings));
     if (QAction* tips = Action("menu_DisplayTooltips")) {
         const QSignalBlocker block(tips);
@@ -241,6 +255,10 @@ void MainWindow::RefreshTrace() {
     trace_->SetSelectedEvent(ws_.selectedEvent);
     trace_->SetDisplay(DisplayScaleFromSettings(ws_.settings), ws_.settings.LockBase);
     const ScreenGeometry g = GeometryOf(ws_);
+    overview_->SetRecording(ws_.recording.get());
+    overview_->SetEvents(&ws_.events, ws_.selectedEvent);
+    overview_->SetScreen(int64_t(ws_.screenStartBlock) * kBlockPoints,
+                         int64_t(g.blocksPerScreen) * kBlockPoints);
     const QSignalBlocker block(scroll_);
     if (g.HasRecording()) {
         scroll_->setEnabled(true);
@@ -254,6 +272,12 @@ void MainWindow::RefreshTrace() {
     trace_->update();
 }
 
+void MainWindow::ResetProgress() {
+    progress_->setRange(0, 100);
+    progress_->setValue(0);
+    progress_->setFormat(tr("Ready"));
+}
+
 void MainWindow::RefreshGrid() {
     gridModel_->Sync();
     if (fitColumns_) {
@@ -264,14 +288,15 @@ void MainWindow::RefreshGrid() {
 }
 
 // Columns wide enough for their captions (the units change with the file) and
-// for the rows in view.
+// for the widest value the column can hold in this recording.
 void MainWindow::FitGridColumns() {
-    const QFontMetrics fm(grid_->horizontalHeader()->font());
+    const QFontMetrics header(grid_->horizontalHeader()->font());
+    const QFontMetrics cells(grid_->font());
     for (int c = 0; c < gridModel_->columnCount(); ++c) {
         const QString caption = gridModel_->headerData(c, Qt::Horizontal, Qt::DisplayRole).toString();
-        grid_->resizeColumnToContents(c);
-        const int contents = grid_->columnWidth(c);
-        grid_->setColumnWidth(c, std::max({64, fm.horizontalAdvance(caption) + 22, contents}));
+        const QString widest = QString::fromStdString(EventColumnWidestText(ws_.recording.get(), c));
+        grid_->setColumnWidth(c, std::max({48, header.horizontalAdvance(caption) + 22,
+                                           cells.horizontalAdvance(widest) + 14}));
     }
 }
 
@@ -288,6 +313,7 @@ void MainWindow::ShowSelection() {
         grid_->selectionModel()->clear();
     }
     trace_->SetSelectedEvent(ws_.selectedEvent);
+    overview_->SetEvents(&ws_.events, ws_.selectedEvent);
     syncingSelection_ = false;
 }
 
@@ -297,6 +323,7 @@ void MainWindow::RefreshStatus() {
         statusFile_->setText(tr("No recording open"));
         statusChannel_->clear();
         statusScreen_->clear();
+        statusPointer_->clear();
         setWindowTitle("Vessantorium");
     } else {
         statusFile_->setText(QString::fromStdString(rec->FileName()));
@@ -350,6 +377,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
+    RefreshStatus();  // the events may have been saved even if closing stops here
     if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
         event->ignore();
         return;

@@ -33,6 +33,7 @@ class EventSound;
 class FileBrowser;
 class NonStopRunner;
 class DataAnalysisWindow;
+class OverviewStrip;
 class ParameterPanel;
 class Screen;
 class TraceView;
@@ -51,6 +52,7 @@ public:
     bool NonStopRunning() const;
     Workspace& Ws() { return ws_; }
     TraceView* Trace() const { return trace_; }
+    OverviewStrip* Overview() const { return overview_; }
     QTableView* Grid() const { return grid_; }
     FileBrowser* Files() const { return files_; }
     EventSound& Sound() { return *sound_; }
@@ -83,6 +85,11 @@ private:
     void RefreshStatus();
     void RefreshActions();
     void FitGridColumns();
+    // The progress bar back to "Ready" (another file, or the events erased).
+    void ResetProgress();
+    // The file list highlights the open recording (nothing when none is open
+    // or it lies in another folder), also after an abandoned switch.
+    void ShowOpenFileInList();
     void OnDisplayTooltips(bool on);
     void ShowSelection();
     void AfterEdit(bool changed);
@@ -157,7 +164,14 @@ private:
     void OnJumpTime();
     void OnJumpEvent();
     void OnDisplayStep(int step);
+    void OnFitDisplay();
+    void OnResetDisplay();
+    void OnBlocksPerScreen(int blocks);
+    void OnOverviewSample(int64_t sample);
+    void OnGridHeaderClicked(int column);
     void OnScroll(int screen);
+    // Shows the screen starting at a block, keeping the selected event.
+    void ShowScreen(int32_t startBlock);
     void OnGridRowChosen(int row);
     void OnGroupNavigate(int item);
     void OnToggleCursors(bool on);
@@ -174,6 +188,7 @@ private:
 
     FileBrowser* files_ = nullptr;
     TraceView* trace_ = nullptr;
+    OverviewStrip* overview_ = nullptr;
     QScrollBar* scroll_ = nullptr;
     QLabel* cursorLabel_ = nullptr;
     QTableView* grid_ = nullptr;

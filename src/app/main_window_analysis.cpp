@@ -67,6 +67,7 @@ void MainWindow::OnReset() {
     if (nonStop_->Running()) return;
     if (ResetEvents(ws_, dialogs_)) {
         ws_.selectedEvent = 0;
+        ResetProgress();
         AfterEdit(true);
     }
 }

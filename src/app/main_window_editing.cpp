@@ -6,6 +6,7 @@
 
 #include "app/main_window.h"
 #include "detection/editing.h"
+#include "recording/event_grid.h"
 #include "recording/ui/event_grid_model.h"
 
 namespace vess {
@@ -43,6 +44,11 @@ void MainWindow::OnSort(int field) {
     AfterEdit(true);
 }
 
+void MainWindow::OnGridHeaderClicked(int column) {
+    if (column < 1 || column > kEventFieldCount || NonStopRunning()) return;
+    OnSort(int(FieldOfColumn(column)));
+}
+
 void MainWindow::OnUndo() {
     if (NonStopRunning() || !ws_.history.Undo(ws_.events)) return;
     KeepSelectionValid(ws_);
@@ -77,7 +83,7 @@ void MainWindow::RefreshActions() {
         enable(n, any && !running);
     enable("menu_MarkAllWindow", any && open && !running);
     enable("menu_DatInfo", open);
-    enable("menu_SaveEvent", !running);
+    enable("menu_SaveEvent", open && !running);
     enable("menu_OpenEvent", open && !running);
     enable("menu_SaveParameter", !running);
     if (sortMenu_) sortMenu_->setEnabled(ws_.events.Count() > 1 && !running);

@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QLabel>
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
 
@@ -38,9 +39,19 @@ void MainWindow::OnFileChosen(const QString& path) {
         fitColumns_ = true;
         if (!ws_.events.Empty()) ws_.selectedEvent = 1;
     }
-    if (ws_.recording.get() != before) trace_->ResetScale();
+    if (ws_.recording.get() != before) {
+        trace_->ResetScale();
+        ResetProgress();
+        statusPointer_->clear();  // it named the other file's unit
+    }
     gridModel_->ContentChanged();
     RefreshAll();
+    ShowOpenFileInList();
+}
+
+void MainWindow::ShowOpenFileInList() {
+    files_->ShowOpenFile(ws_.recording ? QString::fromStdString(ws_.recording->Path().string())
+                                       : QString());
 }
 
 bool MainWindow::AskToSaveUnsavedEvents() {
@@ -59,11 +70,14 @@ void MainWindow::OnOpenEvent() {
     if (OpenEventFileCommand(ws_, dialogs_)) {
         ws_.selectedEvent = ws_.events.Empty() ? 0 : 1;
         gridModel_->ContentChanged();
+        ResetProgress();
     }
     RefreshAll();
 }
 
 void MainWindow::OnSaveEvent() {
+    // An event file names its data file: without a recording there is none.
+    if (!ws_.recording) return;
     SaveEventFileCommand(ws_, dialogs_);
     RefreshStatus();
 }
@@ -115,7 +129,7 @@ void MainWindow::OnSuggest(int entry) {
 
 void MainWindow::OnParametersEdited(const AnalysisParameters& params) {
     ws_.settings.analysis = params;
-    trace_->MarksChanged();
+    RefreshTrace();  // the event direction places the baseline in the frame
 }
 
 void MainWindow::OnNumberPointsPeak(int points) {

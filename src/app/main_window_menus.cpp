@@ -52,6 +52,9 @@ void MainWindow::BuildMenus() {
         buttons_[i]->setToolTip(a->toolTip());
     }
 
+    // Menus show the tool-tips that name each command's key.
+    for (QMenu* menu : menuBar()->findChildren<QMenu*>()) menu->setToolTipsVisible(true);
+
     // Editing commands on the grid's context menu.
     for (const char* name : {"menu_Group", "menu_RejectEvents", "menu_deleteevents", "menu_Unmark"})
         grid_->addAction(Action(name));
@@ -248,6 +251,14 @@ void MainWindow::BuildNavigationMenu() {
         a->setIconText(d.icon);
         bar->addAction(a);
     }
+    QAction* fit = AddAction(v, "menu_FitDisplay", tr("&Fit Display to This Screen"), {QKeySequence("H")},
+                             kTipFitDisplay, &MainWindow::OnFitDisplay);
+    fit->setIconText(tr("Fit"));
+    bar->addAction(fit);
+    QAction* reset = AddAction(v, "menu_ResetDisplay", tr("&Reset Display Gain and Offset"),
+                               {QKeySequence("0")}, kTipResetDisplay, &MainWindow::OnResetDisplay);
+    reset->setIconText(tr("Reset"));
+    bar->addAction(reset);
     v->addSeparator();
     QAction* cursors = AddAction(v, "menu_Cursors", tr("&Cursors"), {QKeySequence("Ctrl+K")},
                                  nullptr, nullptr);

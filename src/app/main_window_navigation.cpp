@@ -41,14 +41,43 @@ void MainWindow::OnDisplayStep(int step) {
     RefreshTrace();
 }
 
-void MainWindow::OnScroll(int screen) {
+void MainWindow::OnFitDisplay() {
+    if (!ws_.recording) return;
+    StoreDisplayScale(ws_.settings, trace_->FitAllScale());
+    RefreshTrace();
+}
+
+void MainWindow::OnResetDisplay() {
+    StoreDisplayScale(ws_.settings, DisplayScale{});
+    RefreshTrace();
+}
+
+// The screen length changes the tiling: the screen that holds the first block
+// shown before is shown after.
+void MainWindow::OnBlocksPerScreen(int blocks) {
+    if (NonStopRunning() || blocks < 1 || blocks == ws_.settings.DisplayTotalNumberBlockPerScreen) {
+        RefreshAll();
+        return;
+    }
+    ws_.settings.DisplayTotalNumberBlockPerScreen = blocks;
+    if (ws_.recording) ws_.screenStartBlock = GeometryOf(ws_).ScreenOfBlock(ws_.screenStartBlock);
+    RefreshAll();
+}
+
+void MainWindow::ShowScreen(int32_t startBlock) {
     if (!ws_.recording || NonStopRunning()) return;
-    const ScreenGeometry g = GeometryOf(ws_);
     NavResult r;
-    r.screenStartBlock = g.ScreenOfBlock(int64_t(screen) * g.blocksPerScreen);
+    r.screenStartBlock = startBlock;
     r.selectedEvent = ws_.selectedEvent;
     r.moved = r.screenStartBlock != ws_.screenStartBlock;
     AfterNavigation(r);
+}
+
+void MainWindow::OnOverviewSample(int64_t sample) { ShowScreen(GeometryOf(ws_).ScreenOfSample(sample)); }
+
+void MainWindow::OnScroll(int screen) {
+    const ScreenGeometry g = GeometryOf(ws_);
+    ShowScreen(g.ScreenOfBlock(int64_t(screen) * g.blocksPerScreen));
 }
 
 void MainWindow::OnGridRowChosen(int row) {

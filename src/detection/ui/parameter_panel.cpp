@@ -1,5 +1,7 @@
 #include "detection/ui/parameter_panel.h"
 
+#include <algorithm>
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleValidator>
@@ -7,12 +9,18 @@
 #include <QIntValidator>
 #include <QLabel>
 #include <QLineEdit>
+#include <QHBoxLayout>
 #include <QSignalBlocker>
+#include <QSpinBox>
+
+#include "detection/ui/texts.h"
+#include "recording/recording.h"
 
 namespace vess {
 namespace {
 
 constexpr int kMaxPointsPeak = 21;
+constexpr int kMaxBlocksPerScreen = 4096;
 
 bool ReadInt(const QLineEdit* box, int32_t& out) {
     bool ok = false;
@@ -84,6 +92,27 @@ ParameterPanel::ParameterPanel(QWidget* parent) : QGroupBox(tr("Analysis paramet
     connect(sound_, &QCheckBox::toggled, this, [this](bool on) {
         if (!showing_) emit SoundToggled(on);
     });
+
+    auto* screenRow = new QWidget(this);
+    auto* screenLayout = new QHBoxLayout(screenRow);
+    screenLayout->setContentsMargins(0, 0, 0, 0);
+    blocks_ = new QSpinBox(screenRow);
+    blocks_->setObjectName("spBlocksPerScreen");
+    blocks_->setRange(1, kMaxBlocksPerScreen);
+    blocks_->setKeyboardTracking(false);  // one change per value typed, not per digit
+    blocks_->setToolTip(ui_text::kTipBlocksPerScreen);
+    screenLength_ = new QLabel(screenRow);
+    screenLength_->setObjectName("lbScreenLength");
+    screenLayout->addWidget(blocks_, 1);
+    screenLayout->addWidget(screenLength_, 1);
+    form_->addRow(tr("Blocks per screen"), screenRow);
+    if (auto* label = form_->labelForField(screenRow)) label->setToolTip(ui_text::kTipBlocksPerScreen);
+    connect(blocks_, &QSpinBox::valueChanged, this, [this](int blocks) {
+        if (!showing_) emit BlocksPerScreenChosen(blocks);
+    });
+    connect(blocks_, &QSpinBox::editingFinished, this, [this] {
+        if (blocks_->hasFocus()) emit EditingDone();  // Enter, not a click elsewhere
+    });
 }
 
 QLineEdit* ParameterPanel::AddBox(const char* name, const QString& label, const QString& tip) {
@@ -92,14 +121,19 @@ QLineEdit* ParameterPanel::AddBox(const char* name, const QString& label, const 
     box->setToolTip(tip);
     form_->addRow(label, box);
     connect(box, &QLineEdit::editingFinished, this, &ParameterPanel::OnBoxEdited);
+    connect(box, &QLineEdit::returnPressed, this, &ParameterPanel::EditingDone);
     return box;
 }
 
-void ParameterPanel::Show(const Settings& settings, const std::string& units) {
+void ParameterPanel::Show(const Settings& settings, const std::string& units, double intervalUs) {
     showing_ = true;
     const AnalysisParameters& p = settings.analysis;
     shown_ = p;
-    const QSignalBlocker b1(direction_), b2(points_), b3(complexPeak_), b4(sound_);
+    const QSignalBlocker b1(direction_), b2(points_), b3(complexPeak_), b4(sound_), b5(blocks_);
+    const int blocks = std::clamp(settings.DisplayTotalNumberBlockPerScreen, 1, kMaxBlocksPerScreen);
+    blocks_->setValue(blocks);
+    screenLength_->setText(intervalUs > 0 ? tr("= %1 ms").arg(blocks * kBlockPoints * intervalUs / 1000.0, 0, 'g', 6)
+                                          : QString());
     direction_->setCurrentIndex(p.PeakDirection > 0 ? 1 : 0);
     threshold_->setText(QString::number(p.ThresholdAmplitude));
     areaThreshold_->setText(QString::number(p.AreaThreshold));

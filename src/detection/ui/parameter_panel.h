@@ -1,6 +1,9 @@
 // The boxes of the detection parameters (AnalysisParameters) on the main
 // window: one box per value, Combo2 for NumberPointsPeak, ckComplexPeak and
-// ckSoundOn. Editing a box reports the new parameters; the owner stores them.
+// ckSoundOn, and the blocks per screen (a display setting that also sets the
+// stretch each analysis searches). Editing a box reports the new values; the
+// owner stores them. Enter in a box reports EditingDone, so that the owner
+// can hand the keyboard back to the trace.
 #pragma once
 
 #include <QGroupBox>
@@ -14,6 +17,7 @@ class QComboBox;
 class QFormLayout;
 class QLabel;
 class QLineEdit;
+class QSpinBox;
 
 namespace vess {
 
@@ -23,8 +27,9 @@ public:
     explicit ParameterPanel(QWidget* parent = nullptr);
 
     // Shows the values of settings (parameters and the sound option) without
-    // emitting any signal; units names the channel's unit for the labels.
-    void Show(const Settings& settings, const std::string& units);
+    // emitting any signal; units names the channel's unit for the labels and
+    // intervalUs (0 without a recording) gives the length of a screen in ms.
+    void Show(const Settings& settings, const std::string& units, double intervalUs = 0);
 
 signals:
     // A box was edited to a valid value: the parameters with that change.
@@ -33,6 +38,10 @@ signals:
     // either stores the value or calls Show again to put the old one back.
     void NumberPointsPeakChosen(int points);
     void SoundToggled(bool on);
+    // The blocks-per-screen box was set to a new value.
+    void BlocksPerScreenChosen(int blocks);
+    // Enter was pressed in a box.
+    void EditingDone();
 
 private:
     QLineEdit* AddBox(const char* name, const QString& label, const QString& tip);
@@ -51,6 +60,8 @@ private:
     QComboBox* points_;
     QCheckBox* complexPeak_;
     QCheckBox* sound_;
+    QSpinBox* blocks_;
+    QLabel* screenLength_;
     QLabel* thresholdLabel_;
     QLabel* areaLabel_;
     QFormLayout* form_;

@@ -34,6 +34,16 @@ inline constexpr const char* kTipGainUp = "Increase display gain     (Home)";
 inline constexpr const char* kTipGainDown = "Decrease display gain    (End)";
 inline constexpr const char* kTipOffsetUp = "Increase display offset   (Page Up)";
 inline constexpr const char* kTipOffsetDown = "Decrease display offset   (Page Down)";
+inline constexpr const char* kTipFitDisplay = "Fit the display to every sample of this screen   (H)";
+inline constexpr const char* kTipResetDisplay = "Reset display gain and offset   (0)";
+
+// The overview strip and the screen length.
+inline constexpr const char* kTipOverview =
+    "The whole recording: events are ticks along the bottom, the screen shown is highlighted, "
+    "orange columns reach beyond the range drawn.  Click or drag to show that screen.";
+inline constexpr const char* kTipBlocksPerScreen =
+    "256-point blocks shown on one screen.  Analysis searches screen by screen, so this also "
+    "changes what detection searches.";
 
 // Navigation commands.
 inline constexpr const char* kTipFirstScreen = "Jump to First Screen     (A)";

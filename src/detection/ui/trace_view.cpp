@@ -8,7 +8,9 @@
 #include <cmath>
 #include <vector>
 
+#include "detection/axis_ticks.h"
 #include "detection/decimate.h"
+#include "detection/ui/trace_style.h"
 #include "detection/ui/texts.h"
 #include "recording/event_table.h"
 #include "recording/rounding.h"
@@ -18,35 +20,7 @@
 namespace vess {
 namespace {
 
-// Mark colours chosen to stay apart on a light background: red peak, green
-// baseline, amber start (a pure yellow vanishes on white), magenta decay.
-const QColor kBackground(0xfb, 0xfb, 0xf8);
-const QColor kTraceColour(0x20, 0x30, 0x48);
-const QColor kAxisColour(0x60, 0x60, 0x60);
-const QColor kGridColour(0xe4, 0xe4, 0xe0);
-const QColor kPeakColour(0xd0, 0x10, 0x10);
-const QColor kBaseColour(0x10, 0x9a, 0x20);
-const QColor kStartColour(0xe8, 0xa8, 0x00);
-const QColor kDecayColour(0xc0, 0x00, 0xc0);
-const QColor kSelectColour(0x30, 0x70, 0xe0, 60);
-const QColor kCursorColour(0x00, 0x80, 0x90);
-
 constexpr int kLeftMargin = 64, kBottomMargin = 26, kTopMargin = 8, kRightMargin = 10;
-
-// A round step (1, 2 or 5 times a power of ten) giving about `wanted` ticks.
-double NiceStep(double range, int wanted) {
-    if (!(range > 0) || wanted < 1) return 1;
-    const double raw = range / wanted;
-    const double p = std::pow(10.0, std::floor(std::log10(raw)));
-    for (double m : {1.0, 2.0, 5.0, 10.0})
-        if (raw <= m * p) return m * p;
-    return 10 * p;
-}
-
-QString Number(double v, double step) {
-    const int decimals = step >= 1 ? 0 : std::min(6, int(std::ceil(-std::log10(step))));
-    return QString::number(v, 'f', decimals);
-}
 
 }  // namespace
 
@@ -65,12 +39,19 @@ TraceView::TraceView(QWidget* parent) : QWidget(parent) {
 
 void TraceView::SetScreen(const Screen* screen) {
     screen_ = screen && screen->Valid() ? screen : nullptr;
+    UpdateFrame();
     TraceChanged();
 }
 
 void TraceView::SetEvents(const EventTable* events, const AnalysisParameters* params) {
     events_ = events;
     params_ = params;
+    // The baseline's place in the frame follows the event direction.
+    const int direction = params ? params->PeakDirection : -1;
+    if (screen_ && !lockBase_ && (direction < 0) != (frameDirection_ < 0)) {
+        UpdateFrame();
+        TraceChanged();
+    }
     MarksChanged();
 }
 
@@ -85,8 +66,9 @@ void TraceView::SetDisplay(const DisplayScale& scale, bool lockBase) {
         lockBase == lockBase_)
         return;
     scale_ = scale;
-    if (lockBase != lockBase_) haveLockedCentre_ = false;
+    if (lockBase != lockBase_) haveLockedFrame_ = false;
     lockBase_ = lockBase;
+    UpdateFrame();
     TraceChanged();
 }
 
@@ -98,8 +80,9 @@ void TraceView::SetCursorsOn(bool on) {
 }
 
 void TraceView::ResetScale() {
-    spanCounts_ = 0;
-    haveLockedCentre_ = false;
+    // The screen may belong to a recording already closed: the next SetScreen
+    // fits the frame.
+    haveLockedFrame_ = false;
     TraceChanged();
 }
 
@@ -130,13 +113,13 @@ int64_t TraceView::IndexAtX(double x) const {
 
 double TraceView::YOfCounts(double counts) const {
     const QRect r = PlotRect();
-    const VisibleCounts v = VisibleRange(scale_, centreCounts_, FullSpanCounts());
+    const VisibleCounts v = VisibleRange(scale_, frame_.centreCounts, FullSpanCounts());
     return r.top() + r.height() * (v.topCounts - counts) / (v.topCounts - v.bottomCounts);
 }
 
 double TraceView::CountsAtY(double y) const {
     const QRect r = PlotRect();
-    const VisibleCounts v = VisibleRange(scale_, centreCounts_, FullSpanCounts());
+    const VisibleCounts v = VisibleRange(scale_, frame_.centreCounts, FullSpanCounts());
     return v.topCounts - (y - r.top()) / r.height() * (v.topCounts - v.bottomCounts);
 }
 
@@ -148,49 +131,53 @@ std::optional<int64_t> TraceView::PeakIndexOf(const EventRecord& r) const {
     return absolute - screen_->AbsoluteIndex(0);
 }
 
-void TraceView::UpdateCentre() {
-    if (!screen_) return;
-    const int n = screen_->WindowLen();
-    std::vector<int16_t> samples(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) samples[std::size_t(i)] = screen_->GetSampleValue(i);
-    // The start of a recording fixes the vertical scale, so that event sizes
-    // look alike from screen to screen; gain changes it from there.
-    if (spanCounts_ <= 0) {
-        const Recording& rec = screen_->Rec();
-        std::vector<int16_t> head(std::size_t(std::min<int64_t>(rec.PointsPerChannel(), 400000)));
-        rec.ReadSamples(0, head);
-        const LevelRange r = RobustRange(head.empty() ? std::span<const int16_t>(samples)
-                                                      : std::span<const int16_t>(head),
-                                         0.0002);
-        spanCounts_ = std::max(64.0, (double(r.high) - double(r.low)) * 1.4);
-    }
-    // The baseline (the median) sits in the middle, not the mean of the events.
-    if (!lockBase_ || !haveLockedCentre_) centreCounts_ = MedianLevel(samples);
-    haveLockedCentre_ = true;
+int TraceView::DataLength() const {
+    if (!screen_) return 0;
+    const int64_t left = screen_->Rec().PointsPerChannel() - screen_->AbsoluteIndex(0);
+    return int(std::clamp<int64_t>(left, 0, screen_->WindowLen()));
 }
+
+std::vector<int16_t> TraceView::DataSamples() const {
+    std::vector<int16_t> samples(static_cast<std::size_t>(DataLength()));
+    if (!samples.empty()) {
+        if (const int16_t* buffered = screen_->Samples(0, int64_t(samples.size())))
+            std::copy_n(buffered, samples.size(), samples.begin());
+    }
+    return samples;
+}
+
+void TraceView::UpdateFrame() {
+    if (!screen_ || (lockBase_ && haveLockedFrame_)) return;
+    frameDirection_ = params_ ? params_->PeakDirection : -1;
+    frame_ = FitFrame(DataSamples(), frameDirection_);
+    haveLockedFrame_ = true;
+}
+
+DisplayScale TraceView::FitAllScale() const { return FitAllSamples(DataSamples(), frame_); }
 
 void TraceView::RenderTrace() {
     const qreal dpr = devicePixelRatioF();
     cache_ = QPixmap(size() * dpr);
     cache_.setDevicePixelRatio(dpr);
-    cache_.fill(kBackground);
+    cache_.fill(trace_style::kBackground);
     ++renders_;
     dirty_ = false;
     QPainter p(&cache_);
     p.setRenderHint(QPainter::Antialiasing, false);
     const QRect plot = PlotRect();
     if (!screen_) {
-        p.setPen(kAxisColour);
+        p.setPen(trace_style::kAxisColour);
         p.drawText(rect(), Qt::AlignCenter, tr("Choose an ABF file in the file list"));
         return;
     }
-    UpdateCentre();
     DrawAxes(p, plot);
+    DrawPastData(p, plot);
 
-    const int n = screen_->WindowLen();
-    std::vector<int16_t> samples(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) samples[std::size_t(i)] = screen_->GetSampleValue(i);
-    const DecimatedTrace d = Decimate(samples, plot.width());
+    // Only the samples of the data: past its end there is nothing to draw.
+    const std::vector<int16_t> samples = DataSamples();
+    const int n = int(samples.size());
+    const int columns = int(std::floor(double(plot.width()) * n / screen_->WindowLen()));
+    const DecimatedTrace d = Decimate(samples, columns);
     QPolygonF line;
     if (d.plain) {
         line.reserve(n);
@@ -206,29 +193,44 @@ void TraceView::RenderTrace() {
     }
     p.setClipRect(plot);
     p.setRenderHint(QPainter::Antialiasing, d.plain);
-    p.setPen(QPen(kTraceColour, 1.0));
+    p.setPen(QPen(trace_style::kTraceColour, 1.0));
     p.drawPolyline(line);
 }
 
+// The stretch of the screen past the end of the data, shaded and named.
+void TraceView::DrawPastData(QPainter& p, const QRect& plot) const {
+    const int n = DataLength();
+    if (n >= screen_->WindowLen()) return;
+    const double x = XOfIndex(n);
+    const QRectF past(x, plot.top(), plot.right() - x, plot.height());
+    p.fillRect(past, trace_style::kPastDataColour);
+    p.setPen(trace_style::kAxisColour);
+    if (past.width() > p.fontMetrics().horizontalAdvance(tr("End of data")) + 12)
+        p.drawText(past.adjusted(6, 4, -4, -4), Qt::AlignLeft | Qt::AlignTop, tr("End of data"));
+}
+
 void TraceView::DrawAxes(QPainter& p, const QRect& plot) const {
+    using namespace trace_style;
     const Recording& rec = screen_->Rec();
-    p.setPen(kAxisColour);
     const QFontMetrics fm = p.fontMetrics();
-    // Time axis in ms from the start of the data.
+    const auto width = [&fm](const std::string& s) {
+        return double(fm.horizontalAdvance(QString::fromStdString(s)));
+    };
+    // Time axis in ms from the start of the data; the unit at its right end.
+    const QString unit = "ms";
     const double t0 = screen_->CalculateTime(0), t1 = screen_->CalculateTime(screen_->WindowLen());
-    const double tStep = NiceStep(t1 - t0, std::max(2, plot.width() / 90));
-    for (double t = std::ceil(t0 / tStep) * tStep; t <= t1; t += tStep) {
-        const double x = plot.left() + (t - t0) / (t1 - t0) * plot.width();
+    const double labelY = plot.bottom() + 6 + fm.ascent();
+    for (const AxisTick& t : AxisTicks(t0, t1, plot.width(), 90, fm.horizontalAdvance(unit), width)) {
+        const double x = plot.left() + t.position;
         p.setPen(kGridColour);
         p.drawLine(QPointF(x, plot.top()), QPointF(x, plot.bottom()));
         p.setPen(kAxisColour);
         p.drawLine(QPointF(x, plot.bottom()), QPointF(x, plot.bottom() + 4));
-        const QString label = Number(t, tStep);
-        p.drawText(QPointF(x - fm.horizontalAdvance(label) / 2.0, plot.bottom() + 6 + fm.ascent()),
-                   label);
+        if (!t.label.empty())
+            p.drawText(QPointF(x - width(t.label) / 2.0, labelY), QString::fromStdString(t.label));
     }
-    p.drawText(QPointF(plot.right() - fm.horizontalAdvance("ms"), plot.bottom() + 6 + fm.ascent()),
-               "ms");
+    p.setPen(kAxisColour);
+    p.drawText(QPointF(plot.right() - fm.horizontalAdvance(unit), labelY), unit);
     // Amplitude axis in the channel's units.
     const double top = rec.Bit2pA(int32_t(CountsAtY(plot.top())));
     const double bottom = rec.Bit2pA(int32_t(CountsAtY(plot.bottom())));
@@ -240,7 +242,7 @@ void TraceView::DrawAxes(QPainter& p, const QRect& plot) const {
         p.drawLine(QPointF(plot.left(), y), QPointF(plot.right(), y));
         p.setPen(kAxisColour);
         p.drawLine(QPointF(plot.left() - 4, y), QPointF(plot.left(), y));
-        const QString label = Number(std::abs(v) < vStep / 1e6 ? 0.0 : v, vStep);
+        const QString label = QString::fromStdString(TickLabel(v, vStep));
         p.drawText(QPointF(plot.left() - 6 - fm.horizontalAdvance(label), y + fm.ascent() / 2.0 - 1),
                    label);
     }
@@ -248,53 +250,10 @@ void TraceView::DrawAxes(QPainter& p, const QRect& plot) const {
     p.drawRect(plot.adjusted(0, 0, -1, -1));
 }
 
-void TraceView::DrawMarks(QPainter& p) const {
-    if (!screen_ || !events_ || events_->Empty()) return;
-    const int n = screen_->WindowLen();
-    const double intervalUs = screen_->Rec().IntervalUs();
-    const int64_t baseLen = params_ ? RoundEven(params_->PeriodBaselineAverage / intervalUs) : 0;
-    auto cross = [&](double x, double y, const QColor& c) {
-        p.setPen(QPen(c, 1.6));
-        p.drawLine(QPointF(x - 4, y - 4), QPointF(x + 4, y + 4));
-        p.drawLine(QPointF(x - 4, y + 4), QPointF(x + 4, y - 4));
-    };
-    auto dot = [&](double x, double y, const QColor& c) {
-        p.setPen(QPen(c.darker(130), 1));
-        p.setBrush(c);
-        p.drawEllipse(QPointF(x, y), 3.0, 3.0);
-        p.setBrush(Qt::NoBrush);
-    };
-    p.setRenderHint(QPainter::Antialiasing, true);
-    const QRect plot = PlotRect();
-    for (int32_t k = 1; k <= events_->Count(); ++k) {
-        const EventRecord& r = (*events_)[k];
-        const auto peakOpt = PeakIndexOf(r);
-        if (!peakOpt || *peakOpt < 0 || *peakOpt >= n) continue;
-        const int64_t peak = *peakOpt;
-        const double dir = r.peakDirection >= 0 && r.peakDirection != 0 ? 1 : -1;
-        if (k == selected_) {
-            const double x = XOfIndex(peak + 0.5);
-            p.fillRect(QRectF(x - 6, plot.top(), 12, plot.height()), kSelectColour);
-        }
-        const int64_t start = peak - r.riseTime;
-        const int64_t decay = peak + r.decayTime;
-        const double decayLevel = screen_->GetSampleValue(decay - 1) / 3.0 +
-                                  screen_->GetSampleValue(decay) / 3.0 +
-                                  screen_->GetSampleValue(decay + 1) / 3.0;
-        dot(XOfIndex(start + 0.5), YOfCounts(screen_->GetSampleValue(start)), kStartColour);
-        dot(XOfIndex(decay + 0.5), YOfCounts(decayLevel), kDecayColour);
-        if (baseLen > 0 && r.baseOffset > 0) {
-            const int64_t middle = peak - r.baseOffset + RoundEven(double(baseLen) / 2.0);
-            cross(XOfIndex(middle + 0.5), YOfCounts(r.baseline + r.noise), kBaseColour);
-        }
-        cross(XOfIndex(peak + 0.5), YOfCounts(r.baseline + dir * r.amplitude), kPeakColour);
-    }
-}
-
 void TraceView::DrawCursors(QPainter& p) const {
     if (!cursorsOn_ || !screen_) return;
     const QRect plot = PlotRect();
-    p.setPen(QPen(kCursorColour, 1, Qt::DashLine));
+    p.setPen(QPen(trace_style::kCursorColour, 1, Qt::DashLine));
     for (const auto& c : {cursor1_, cursor2_})
         if (c) p.drawLine(QPointF(XOfIndex(*c + 0.5), plot.top()), QPointF(XOfIndex(*c + 0.5), plot.bottom()));
 }

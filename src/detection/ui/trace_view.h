@@ -2,9 +2,15 @@
 // physical units with time and amplitude axes, every stored event of the
 // screen marked, the selected event highlighted, and two cursors.
 //
+// Each screen opens in a frame fitted to its own samples (DisplayFrame), with
+// the display gain and offset on top; with lockBase the frame of the first
+// screen shown is kept. No trace is drawn past the last sample of the data.
+//
 // The trace and axes are drawn into a cached pixmap once per change (screen,
 // size, gain, offset); marks and cursors are painted over it on every update,
-// so selecting an event or moving a cursor never redraws the trace.
+// so selecting an event or moving a cursor never redraws the trace. Rejected
+// events are drawn faded, grouped ones in their group's colour, and a peak
+// beyond the top or bottom gets a marker at that edge.
 #pragma once
 
 #include <QPixmap>
@@ -12,7 +18,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
+#include "detection/display_fit.h"
 #include "detection/navigation.h"
 
 namespace vess {
@@ -32,14 +40,19 @@ public:
     void SetScreen(const Screen* screen);
     void SetEvents(const EventTable* events, const AnalysisParameters* params);
     void SetSelectedEvent(int32_t index);  // 1-based, 0 for none
-    // Gain and offset of the vertical scale (see DisplayScale); with lockBase
-    // the trace keeps the centre level of the first screen shown.
+    // Gain and offset over the frame (see DisplayScale); with lockBase the
+    // trace keeps the frame of the first screen shown.
     void SetDisplay(const DisplayScale& scale, bool lockBase);
-    // Counts shown top to bottom at gain 1 (set from the first screen).
-    double FullSpanCounts() const { return spanCounts_ > 0 ? spanCounts_ : kFullSpanCounts; }
+    // Counts shown top to bottom at gain 1: the frame's span.
+    double FullSpanCounts() const { return frame_.spanCounts > 0 ? frame_.spanCounts : kFullSpanCounts; }
+    const DisplayFrame& Frame() const { return frame_; }
+    // Gain and offset that show every sample of the screen shown.
+    DisplayScale FitAllScale() const;
+    // Window samples that lie within the data (fewer on the last screen).
+    int DataLength() const;
     void SetCursorsOn(bool on);
     bool CursorsOn() const { return cursorsOn_; }
-    // Forget the vertical scale so that the next screen sets it afresh (a new
+    // Forget a locked frame so that the next screen set fits it afresh (a new
     // recording or channel).
     void ResetScale();
 
@@ -75,8 +88,11 @@ private:
     void RenderTrace();
     void DrawAxes(class QPainter& p, const QRect& plot) const;
     void DrawMarks(QPainter& p) const;
+    void DrawEventMarks(QPainter& p, const EventRecord& r, int64_t peak, bool selected) const;
+    void DrawPastData(QPainter& p, const QRect& plot) const;
     void DrawCursors(QPainter& p) const;
-    void UpdateCentre();
+    void UpdateFrame();
+    std::vector<int16_t> DataSamples() const;
     QString CursorReadout() const;
 
     const Screen* screen_ = nullptr;
@@ -85,9 +101,9 @@ private:
     int32_t selected_ = 0;
     DisplayScale scale_;
     bool lockBase_ = false;
-    double spanCounts_ = 0;    // counts shown top to bottom at gain 1
-    double centreCounts_ = 0;  // level at the middle of the plot before the offset
-    bool haveLockedCentre_ = false;
+    DisplayFrame frame_;
+    int frameDirection_ = -1;  // event direction the frame was fitted for
+    bool haveLockedFrame_ = false;
     bool cursorsOn_ = false;
     std::optional<int64_t> cursor1_, cursor2_;
     QPixmap cache_;

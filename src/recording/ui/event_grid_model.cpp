@@ -3,6 +3,7 @@
 #include <QColor>
 
 #include "recording/event_grid.h"
+#include "recording/event_grid_format.h"
 
 namespace vess {
 namespace {
@@ -28,7 +29,8 @@ QVariant EventGridModel::data(const QModelIndex& index, int role) const {
     switch (role) {
     case Qt::DisplayRole:
         return QString::fromStdString(
-            FormatCell(EventCellValue(ws_.recording.get(), r, row, index.column())));
+            FormatGridCell(EventCellValue(ws_.recording.get(), r, row, index.column()),
+                           EventColumnDecimals(ws_.recording.get(), index.column())));
     case Qt::TextAlignmentRole:
         return int(Qt::AlignRight | Qt::AlignVCenter);
     case Qt::ForegroundRole:

@@ -2,10 +2,12 @@
 
 #include <QComboBox>
 #include <QDir>
+#include <QEvent>
 #include <QFileSystemModel>
 #include <QHeaderView>
 #include <QListView>
 #include <QStorageInfo>
+#include <QScrollBar>
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -51,6 +53,21 @@ FileBrowser::FileBrowser(QWidget* parent)
         const QString parent = dir.endsWith('/') ? dir : dir + '/';
         if (folder_ == dir || folder_.startsWith(parent)) RevealFolder();
     });
+    // Folders read later (and the model's delayed sort) add rows above the
+    // chosen folder and move it out of view: it is brought back until the
+    // user takes the tree in hand.
+    revealTimer_.setSingleShot(true);
+    revealTimer_.setInterval(0);
+    connect(&revealTimer_, &QTimer::timeout, this, &FileBrowser::RevealFolder);
+    const auto keepInView = [this] {
+        if (pinned_) revealTimer_.start();
+    };
+    connect(folderModel_, &QAbstractItemModel::rowsInserted, this, keepInView);
+    connect(folderModel_, &QAbstractItemModel::layoutChanged, this, keepInView);
+    connect(folderModel_, &QAbstractItemModel::modelReset, this, keepInView);
+    folders_->installEventFilter(this);
+    folders_->viewport()->installEventFilter(this);
+    folders_->verticalScrollBar()->installEventFilter(this);
     connect(drives_, &QComboBox::activated, this, &FileBrowser::OnDriveChosen);
     connect(folders_, &QTreeView::clicked, this, &FileBrowser::OnFolderActivated);
     connect(folders_, &QTreeView::activated, this, &FileBrowser::OnFolderActivated);
@@ -62,6 +79,7 @@ void FileBrowser::SetFolder(const QString& folder) {
     const QString path = QDir(folder).absolutePath();
     if (path == folder_) return;
     folder_ = path;
+    pinned_ = true;
     const QModelIndex dir = folderModel_->index(path);
     folders_->setCurrentIndex(dir);
     folders_->scrollTo(dir);
@@ -83,6 +101,26 @@ void FileBrowser::showEvent(QShowEvent* event) {
     if (shown_) return;
     shown_ = true;
     QTimer::singleShot(0, this, &FileBrowser::RevealFolder);
+}
+
+void FileBrowser::ShowOpenFile(const QString& path) {
+    const QModelIndex index = path.isEmpty() ? QModelIndex() : fileModel_->index(path);
+    if (index.isValid() && index.parent() == files_->rootIndex()) {
+        files_->setCurrentIndex(index);
+        return;
+    }
+    files_->selectionModel()->clear();
+    files_->setCurrentIndex(QModelIndex());
+}
+
+bool FileBrowser::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::Wheel:
+        case QEvent::KeyPress: pinned_ = false; break;
+        default: break;
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 QModelIndex FileBrowser::IndexOfFile(const QString& name) const {

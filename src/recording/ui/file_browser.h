@@ -4,6 +4,7 @@
 // asks the owner to open it.
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 class QComboBox;
@@ -26,6 +27,10 @@ public:
     // The file list, for tests that click a file.
     QListView* FileList() const { return files_; }
     QTreeView* FolderTree() const { return folders_; }
+    // Highlights the open file in the file list, or nothing when path is
+    // empty or lies in another folder (a click that did not open its file
+    // must not stay highlighted).
+    void ShowOpenFile(const QString& path);
     // Row of a file name in the file list (invalid when absent).
     QModelIndex IndexOfFile(const QString& name) const;
 
@@ -33,6 +38,8 @@ protected:
     // The first show selects the folder and scrolls it into view, once the
     // tree has its size.
     void showEvent(QShowEvent* event) override;
+    // A click, wheel or key in the tree ends the keeping in view.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
     void FileChosen(const QString& path);
@@ -52,6 +59,8 @@ private:
     QFileSystemModel* fileModel_;
     QString folder_;
     bool shown_ = false;
+    bool pinned_ = false;  // the chosen folder is kept in view as folders load
+    QTimer revealTimer_;
 };
 
 }  // namespace vess

@@ -1,0 +1,326 @@
+// The review loop on the main window: the frame each screen opens in and the
+// display keys, the blocks per screen, the overview strip, the styles of
+// event marks, the grid's decimals, widths and header sort, the keyboard
+// after a parameter box, menus with tool-tips, and the trace's end.
+#include <QAction>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSpinBox>
+#include <QToolBar>
+
+#include <cmath>
+#include <fstream>
+
+#include "detection/decimate.h"
+#include "detection/navigation.h"
+#include "detection/trace_helpers.h"
+#include "detection/ui/overview_strip.h"
+#include "detection/ui/texts.h"
+#include "detection/ui/trace_style.h"
+#include "gui_fixture.h"
+#include "recording/event_grid_format.h"
+
+namespace vess::test {
+namespace {
+
+// Distance between two colours, channel by channel.
+int ColourDistance(QRgb a, const QColor& b) {
+    return std::abs(qRed(a) - b.red()) + std::abs(qGreen(a) - b.green()) + std::abs(qBlue(a) - b.blue());
+}
+
+// Whether some pixel of the box around (x, y) is within tolerance of colour.
+bool ColourNear(const QImage& image, QPointF at, const QColor& colour, int radius = 5, int tolerance = 60) {
+    for (int dy = -radius; dy <= radius; ++dy)
+        for (int dx = -radius; dx <= radius; ++dx) {
+            const QPoint p(int(at.x()) + dx, int(at.y()) + dy);
+            if (image.rect().contains(p) && ColourDistance(image.pixel(p), colour) <= tolerance) return true;
+        }
+    return false;
+}
+
+class ReviewTest : public GuiTest {
+protected:
+    bool OpenFile(const std::filesystem::path& path) {
+        window->OpenPath(QString::fromStdString(path.string()));
+        window->Trace()->setFocus();
+        return ws.recording && ws.recording->Path() == path;
+    }
+    // Counts at the bottom and top of the plot.
+    VisibleCounts Visible() const {
+        const TraceView* t = window->Trace();
+        const QRect r = t->PlotRect();
+        return {t->CountsAtY(r.top() + r.height()), t->CountsAtY(r.top())};
+    }
+    // The samples of the data on the screen shown.
+    std::vector<int16_t> ScreenSamples() const {
+        std::vector<int16_t> v(std::size_t(window->Trace()->DataLength()));
+        ws.recording->ReadSamples(int64_t(ws.screenStartBlock) * kBlockPoints, v);
+        return v;
+    }
+    QImage TraceImage() const { return window->Trace()->grab().toImage(); }
+    // Saves the trace with the overview strip under it.
+    void SnapshotTrace(const QString& name) {
+        const QString folder = QString(VESS_BINARY_DIR) + "/app_screens";
+        QDir().mkpath(folder);
+        window->Trace()->parentWidget()->grab().save(folder + "/" + name + ".png");
+    }
+    // Opens a hand-built upward trace: events of 1000 counts with onsets at
+    // 150, 450 and 750 on the first screen, found by clicks on their peaks.
+    void OpenThreeEvents() {
+        std::vector<int16_t> trace(4096, 0);
+        for (int64_t onset : {150, 450, 750}) {
+            constexpr double rise = 10, decay = 100;
+            const double tp = rise * decay / (decay - rise) * std::log(decay / rise);
+            const double scale = 1000 / (std::exp(-tp / decay) - std::exp(-tp / rise));
+            for (int64_t i = onset; i < onset + 800 && i < 4096; ++i) {
+                const double t = double(i - onset);
+                trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] +
+                                                RoundEven(scale * (std::exp(-t / decay) - std::exp(-t / rise))));
+            }
+        }
+        MakeRecording(dir / "three.abf", trace, 50, 1.0f);
+        ASSERT_TRUE(OpenFile(dir / "three.abf"));
+        ws.params() = TestParams(1);
+        window->RefreshAll();
+        for (int64_t peak : {176, 476, 776}) {
+            TraceView* t = window->Trace();
+            QTest::mouseClick(t, Qt::LeftButton, {}, QPoint(int(t->XOfIndex(double(peak) + 0.5)), t->PlotRect().center().y()));
+        }
+        ASSERT_EQ(ws.events.Count(), 3);
+    }
+    QPointF PeakPoint(int32_t k) const {
+        const TraceView* t = window->Trace();
+        const EventRecord& r = ws.events[k];
+        return {t->XOfIndex(double(*t->PeakIndexOf(r)) + 0.5), t->YOfCounts(r.baseline + r.amplitude)};
+    }
+};
+
+// On the 70 s recording every screen opens with its 0.5th to 99.5th
+// percentile in view and the baseline a quarter below the top (downward
+// events); Home and End step the gain from there, 0 resets, H shows all.
+TEST_F(ReviewTest, ScreensOpenFittedAndTheDisplayKeysStepFromThere) {
+    VESS_REQUIRE_SHARED_DATA();
+    ASSERT_TRUE(OpenFile(SharedData() / "abf1/171116sh_0020_saved.abf"));
+    ASSERT_LT(ws.params().PeakDirection, 0);
+    const int32_t screens = GeometryOf(ws).LastScreenStart() / ws.BlocksPerScreen() + 1;
+    for (int32_t s = 0; s < screens; s += 97) {
+        window->Overview()->SampleChosen(int64_t(s) * ws.BlocksPerScreen() * kBlockPoints);
+        ASSERT_EQ(ws.screenStartBlock, s * ws.BlocksPerScreen());
+        const auto samples = ScreenSamples();
+        const LevelRange r = RobustRange(samples, 0.005);
+        const VisibleCounts v = Visible();
+        EXPECT_LT(v.bottomCounts, r.low) << "screen " << s;
+        EXPECT_GT(v.topCounts, r.high) << "screen " << s;
+        const double baselineShare = (v.topCounts - MedianLevel(samples)) / (v.topCounts - v.bottomCounts);
+        EXPECT_NEAR(baselineShare, 0.25, 0.01) << "screen " << s;
+    }
+    SnapshotTrace("review_trace_overview");
+    Snapshot("review_real_recording");
+
+    const VisibleCounts fitted = Visible();
+    Key(Qt::Key_Home);
+    const VisibleCounts zoomed = Visible();
+    EXPECT_NEAR(zoomed.topCounts - zoomed.bottomCounts, (fitted.topCounts - fitted.bottomCounts) / 1.25, 1e-6);
+    Key(Qt::Key_PageUp);
+    EXPECT_NE(ws.settings.DisplayOffset, 0);
+    Type('0');
+    EXPECT_EQ(ws.settings.DisplayGain, "1");
+    EXPECT_EQ(ws.settings.DisplayOffset, 0);
+    EXPECT_DOUBLE_EQ(Visible().topCounts, fitted.topCounts);
+
+    // H: every sample of the screen, the largest transient included.
+    Type('h');
+    const auto samples = ScreenSamples();
+    const auto [lo, hi] = std::minmax_element(samples.begin(), samples.end());
+    EXPECT_LT(Visible().bottomCounts, *lo);
+    EXPECT_GT(Visible().topCounts, *hi);
+    EXPECT_NE(ws.settings.DisplayGain, "1");
+
+    auto* bar = window->findChild<QToolBar*>("tbNavigation");
+    ASSERT_NE(bar, nullptr);
+    EXPECT_TRUE(bar->actions().contains(window->Action("menu_FitDisplay")));
+    EXPECT_TRUE(bar->actions().contains(window->Action("menu_ResetDisplay")));
+    EXPECT_EQ(window->Action("menu_FitDisplay")->toolTip(), ui_text::kTipFitDisplay);
+}
+
+TEST_F(ReviewTest, BlocksPerScreenBoxRetilesAndIsKeptInTheSettings) {
+    OpenSample();
+    auto* box = window->findChild<QSpinBox*>("spBlocksPerScreen");
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->value(), 4);
+    EXPECT_TRUE(box->toolTip().contains("detection searches"));
+    Type('d');
+    Type('d');
+    ASSERT_EQ(ws.screenStartBlock, 8);
+    // Typed and confirmed with Enter: the screen holding block 8 in screens
+    // of 6 blocks starts at 6, and the keys act on the trace again.
+    box->setFocus();
+    box->selectAll();
+    QTest::keyClicks(box, "6");
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_EQ(ws.settings.DisplayTotalNumberBlockPerScreen, 6);
+    EXPECT_EQ(ws.screenStartBlock, 6);
+    EXPECT_EQ(window->Trace()->DataLength(), 6 * 256);
+    // 6 x 256 samples of 50 us.
+    EXPECT_EQ(window->findChild<QLabel*>("lbScreenLength")->text(), "= 76.8 ms");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_D);
+    EXPECT_EQ(ws.screenStartBlock, 12);
+    EXPECT_EQ(box->value(), 6);
+
+    dialogs.AnswerYesNo(true);  // no question expected; harmless if unused
+    window->Action("menu_SaveSettings")->trigger();
+    std::ifstream ini(ws.iniPath);
+    const std::string text((std::istreambuf_iterator<char>(ini)), std::istreambuf_iterator<char>());
+    EXPECT_NE(text.find("DisplayTotalNumberBlockPerScreen=6"), std::string::npos) << text;
+}
+
+TEST_F(ReviewTest, EnterInAParameterBoxGivesTheLetterKeysBackToTheTrace) {
+    OpenSample();
+    auto* box = window->findChild<QLineEdit*>("txtThresholdAmplitude");
+    ASSERT_NE(box, nullptr);
+    box->setFocus();
+    box->selectAll();
+    QTest::keyClicks(box, "7");
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_EQ(ws.params().ThresholdAmplitude, 7.0f);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_D);
+    EXPECT_EQ(box->text(), "7");
+    EXPECT_EQ(ws.screenStartBlock, ws.BlocksPerScreen());
+}
+
+TEST_F(ReviewTest, OverviewReadsTheFileOnceAndJumpsWhereClicked) {
+    OpenSample();
+    AnalyseUntilEvents(3);
+    OverviewStrip* strip = window->Overview();
+    EXPECT_EQ(strip->ExtremesReads(), 1);
+    Type('f');
+    Type('a');
+    EXPECT_EQ(strip->ExtremesReads(), 1);  // moving never reads the file again
+
+    // Ticks along the bottom for the events (none on the screen shown).
+    const EventRecord& first = ws.events[1];
+    const int64_t firstSample = EventSamplePosition(first, ws.recording->IntervalUs());
+    if (GeometryOf(ws).ScreenOfSample(firstSample) != ws.screenStartBlock) {
+        const QImage image = strip->grab().toImage();
+        EXPECT_TRUE(ColourNear(image, QPointF(strip->XOfSample(double(firstSample)), strip->height() - 3),
+                               trace_style::kPeakColour, 1, 30));
+    }
+    const QPoint click(strip->width() * 3 / 4, strip->height() / 2);
+    QTest::mouseClick(strip, Qt::LeftButton, {}, click);
+    EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).ScreenOfSample(strip->SampleAtX(click.x())));
+    EXPECT_GT(ws.screenStartBlock, 0);
+    // The screen shown is highlighted where it lies.
+    const QImage image = strip->grab().toImage();
+    const double x = strip->XOfSample(double(ws.screenStartBlock) * kBlockPoints) + 1;
+    EXPECT_GT(ColourDistance(image.pixel(int(x), 3), trace_style::kBackground), 20);
+    EXPECT_LT(ColourDistance(image.pixel(5, 3), trace_style::kBackground), 10);
+}
+
+// Rejected events are faded and struck through, grouped ones wear their
+// group's colour, and a peak beyond the top gets an arrowhead at the edge.
+TEST_F(ReviewTest, MarksShowRejectedAndGroupedEventsAndPeaksOutOfView) {
+    OpenThreeEvents();
+    Type('z');
+    Type('j');  // event 1 rejected
+    Type('c');
+    dialogs.AnswerInput("3");
+    Type('g');  // event 2 in group 3
+    ASSERT_EQ(ws.events[1].group, kGroupRejected);
+    ASSERT_EQ(ws.events[2].group, 3);
+    Type('c');  // event 3 selected, plain
+    QImage image = TraceImage();
+    EXPECT_TRUE(ColourNear(image, PeakPoint(3), trace_style::kPeakColour));
+    EXPECT_FALSE(ColourNear(image, PeakPoint(1), trace_style::kPeakColour));
+    EXPECT_TRUE(ColourNear(image, PeakPoint(2), trace_style::GroupColour(3)));
+    EXPECT_FALSE(ColourNear(image, PeakPoint(2), trace_style::kPeakColour));
+    SnapshotTrace("review_mark_styles");
+
+    // Enlarged until the peaks leave the plot: markers at the top edge.
+    for (int i = 0; i < 12; ++i) Key(Qt::Key_Home);
+    ASSERT_LT(PeakPoint(3).y(), window->Trace()->PlotRect().top());
+    image = TraceImage();
+    const double top = window->Trace()->PlotRect().top() + 4;
+    EXPECT_TRUE(ColourNear(image, QPointF(PeakPoint(3).x(), top), trace_style::kPeakColour, 2, 40));
+    EXPECT_TRUE(ColourNear(image, QPointF(PeakPoint(2).x(), top), trace_style::GroupColour(3), 2, 40));
+    SnapshotTrace("review_edge_markers");
+}
+
+TEST_F(ReviewTest, GridShowsFixedDecimalsInWideColumnsAndSortsOnAHeaderClick) {
+    OpenSample();
+    AnalyseUntilEvents(6);
+    QTableView* grid = window->Grid();
+    const QFontMetrics fm(grid->font());
+    for (int row = 0; row < GridRows(); ++row)
+        for (int c = 0; c < grid->model()->columnCount(); ++c) {
+            const QString text = grid->model()->index(row, c).data().toString();
+            if (text.isEmpty()) continue;  // a measurement that could not be made
+            const int decimals = EventColumnDecimals(ws.recording.get(), c);
+            const qsizetype dot = text.indexOf('.');
+            EXPECT_EQ(dot < 0 ? 0 : int(text.size() - dot - 1), decimals) << c << " " << text.toStdString();
+            EXPECT_GE(grid->columnWidth(c), fm.horizontalAdvance(text) + 8) << c << " " << text.toStdString();
+        }
+
+    const EventTable before = ws.events;
+    QHeaderView* header = grid->horizontalHeader();
+    const int amplitudeColumn = 2;
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                      QPoint(header->sectionViewportPosition(amplitudeColumn) + 5, header->height() / 2));
+    for (int32_t k = 2; k <= ws.events.Count(); ++k)
+        EXPECT_LE(ws.events[k - 1].amplitude, ws.events[k].amplitude);
+    EXPECT_NE(ws.events, before);
+    Key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(ws.events, before);
+    // The event number is not a field: its column does not sort.
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(5, header->height() / 2));
+    EXPECT_EQ(ws.events, before);
+    Snapshot("review_grid");
+}
+
+// Qt menus hide tool-tips unless asked; every menu and submenu shows them.
+TEST_F(ReviewTest, EveryMenuShowsItsToolTips) {
+    const QList<QAction*> top = window->menuBar()->actions();
+    std::vector<QAction*> pending(top.begin(), top.end());
+    int menus = 0;
+    while (!pending.empty()) {
+        QMenu* m = pending.back()->menu();
+        pending.pop_back();
+        if (!m) continue;
+        ++menus;
+        EXPECT_TRUE(m->toolTipsVisible()) << m->objectName().toStdString();
+        for (QAction* a : m->actions()) pending.push_back(a);
+    }
+    EXPECT_GE(menus, 12);
+}
+
+// The last screen of a recording that ends inside it shows no trace past the
+// last sample (the recording would repeat that sample as a flat line).
+TEST_F(ReviewTest, NoTraceIsDrawnPastTheEndOfTheData) {
+    std::vector<int16_t> samples(4 * 256 + 300);
+    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(200 * std::sin(double(i) / 9));
+    samples.back() = 150;
+    MakeRecording(dir / "short.abf", samples, 50, 1.0f);
+    ASSERT_TRUE(OpenFile(dir / "short.abf"));
+    Type('f');
+    ASSERT_EQ(ws.screenStartBlock, 4);
+    TraceView* t = window->Trace();
+    ASSERT_EQ(t->DataLength(), 300);
+    const QImage image = TraceImage();
+    const QRect plot = t->PlotRect();
+    const int end = int(std::ceil(t->XOfIndex(300))) + 2;
+    int traceLeft = 0, tracePast = 0;
+    for (int x = plot.left() + 2; x < plot.right() - 2; ++x)
+        for (int y = plot.top() + 2; y < plot.bottom() - 2; ++y) {
+            const bool trace = ColourDistance(image.pixel(x, y), trace_style::kTraceColour) < 60;
+            if (trace && x < end - 4) ++traceLeft;
+            if (trace && x > end) ++tracePast;
+        }
+    EXPECT_GT(traceLeft, 50);
+    EXPECT_EQ(tracePast, 0);
+    SnapshotTrace("review_end_of_data");
+}
+
+}  // namespace
+}  // namespace vess::test

@@ -1,0 +1,151 @@
+// The core of the trace display: the frame each screen opens in, the overview
+// of a whole recording, and the time-axis labels.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+#include "detection/axis_ticks.h"
+#include "detection/display_fit.h"
+#include "detection/overview.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+// 1000 samples at 0, 20 at -200 (an event) and 4 at +5000 (an artefact), so
+// that with a tail of int(1024 x 0.005) = 5 samples the robust range is
+// -200..0 and the median 0: the artefact is left out, the event kept.
+std::vector<int16_t> EventAndArtefact() {
+    std::vector<int16_t> v(1000, 0);
+    v.insert(v.end(), 20, -200);
+    v.insert(v.end(), 4, 5000);
+    return v;
+}
+
+TEST(FitFrame, FitsTheEventsNotTheArtefactWithTheBaselineTowardsTheQuietSide) {
+    const auto v = EventAndArtefact();
+    // Margin 0.08 x 200 = 16. Downward: the baseline a quarter below the top,
+    // so span = max((0 + 16) / 0.25, (200 + 16) / 0.75) = 288, top = 0 + 72.
+    const DisplayFrame down = FitFrame(v, -1);
+    EXPECT_DOUBLE_EQ(down.spanCounts, 288);
+    EXPECT_DOUBLE_EQ(down.centreCounts, 72 - 144);
+    // Upward events: the baseline a quarter above the bottom, so the same
+    // range needs span = max(16 / 0.75, 216 / 0.25) = 864, top = 0.75 x 864.
+    const DisplayFrame up = FitFrame(v, 1);
+    EXPECT_DOUBLE_EQ(up.spanCounts, 864);
+    EXPECT_DOUBLE_EQ(up.centreCounts, 648 - 432);
+
+    // A flat or empty screen still gets the smallest span, about its level.
+    const std::vector<int16_t> flat(1024, 77);
+    EXPECT_DOUBLE_EQ(FitFrame(flat, -1).spanCounts, kMinFrameSpanCounts);
+    const VisibleCounts f = VisibleRange({}, FitFrame(flat, -1).centreCounts, kMinFrameSpanCounts);
+    EXPECT_LT(f.bottomCounts, 77);
+    EXPECT_GT(f.topCounts, 77);
+    EXPECT_DOUBLE_EQ(FitFrame({}, -1).spanCounts, kMinFrameSpanCounts);
+}
+
+TEST(FitFrame, FitAllSamplesShowsTheArtefactToo) {
+    const auto v = EventAndArtefact();
+    const DisplayFrame frame = FitFrame(v, -1);
+    const DisplayScale all = FitAllSamples(v, frame);
+    // 5200 counts from -200 to 5000, with 8 % margin each side: gain
+    // 288 / (5200 x 1.16); the middle 2400 goes to the frame's centre -72.
+    EXPECT_DOUBLE_EQ(all.gain, 288 / (5200 * 1.16));
+    EXPECT_EQ(all.offsetCounts, -72 - 2400);
+    const VisibleCounts r = VisibleRange(all, frame.centreCounts, frame.spanCounts);
+    EXPECT_LT(r.bottomCounts, -200);
+    EXPECT_GT(r.topCounts, 5000);
+    // A gain step from there is a step of the ladder above it.
+    EXPECT_GT(StepDisplay(all, DisplayStep::IncreaseGain, frame.spanCounts).gain, all.gain);
+}
+
+// A recording longer than one reading chunk (1024 blocks), with a partial
+// last block and spikes on both sides of the chunk boundary.
+TEST(Overview, BlockExtremesOfTheRecordingMatchTheSamples) {
+    test::TempDir dir;
+    std::mt19937 rng(5);
+    std::uniform_int_distribution<int> noise(-50, 50);
+    std::vector<int16_t> v(2100 * 256 + 77);
+    for (auto& s : v) s = int16_t(noise(rng));
+    v[1024 * 256 - 1] = 9000;
+    v[1024 * 256] = -9000;
+    v.back() = 12000;
+    const auto rec = test::MakeRecording(dir / "long.abf", v);
+    const BlockExtremes blocks = RecordingBlockExtremes(*rec);
+    const BlockExtremes expected = SummariseBlocks(v, 256);
+    ASSERT_EQ(blocks.min.size(), 2101u);
+    EXPECT_EQ(blocks.min, expected.min);
+    EXPECT_EQ(blocks.max, expected.max);
+
+    // Columns hold the true extremes of the samples of their blocks.
+    for (int columns : {333, 2101, 5000}) {
+        const auto cols = OverviewColumns(blocks, columns);
+        ASSERT_EQ(cols.size(), std::size_t(std::min(columns, 2101)));
+        const auto n = int64_t(blocks.min.size()), c = int64_t(cols.size());
+        for (int64_t k = 0; k < c; ++k) {
+            const auto b = v.begin() + std::min<int64_t>(int64_t(v.size()), k * n / c * 256);
+            const auto e = v.begin() + std::min<int64_t>(int64_t(v.size()), (k + 1) * n / c * 256);
+            ASSERT_EQ(cols[std::size_t(k)].min, *std::min_element(b, e)) << columns << " " << k;
+            ASSERT_EQ(cols[std::size_t(k)].max, *std::max_element(b, e)) << columns << " " << k;
+        }
+    }
+    EXPECT_TRUE(OverviewColumns(blocks, 0).empty());
+    EXPECT_TRUE(OverviewColumns({}, 100).empty());
+}
+
+TEST(Overview, RangeLeavesOutARareArtefact) {
+    std::vector<ColumnExtremes> cols(1000, ColumnExtremes{-100, 80});
+    cols[500] = {-30000, 30000};
+    cols[10] = {-250, 20};  // an event: within the range
+    const LevelRange r = OverviewRange(cols);
+    EXPECT_EQ(r.low, -100);  // 5 of 1000 columns may lie beyond each side
+    EXPECT_EQ(r.high, 80);
+    cols.assign(100, ColumnExtremes{-250, 80});
+    EXPECT_EQ(OverviewRange(cols).low, -250);
+}
+
+double SevenPxPerChar(const std::string& s) { return 7.0 * double(s.size()); }
+
+// The last label of a 51.2 ms screen fell under the unit "ms": ticks every
+// 10 ms over 800 px put "50" at 781 px, centred, reaching 788 px, while "ms"
+// (14 px) takes 786..800.
+TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
+    const auto ticks = AxisTicks(0, 51.2, 800, 90, 14, SevenPxPerChar);
+    ASSERT_EQ(ticks.size(), 6u);
+    EXPECT_EQ(ticks[4].label, "40");
+    EXPECT_EQ(ticks[5].label, "");  // left out, its tick kept
+    EXPECT_DOUBLE_EQ(ticks[5].position, 50 / 51.2 * 800);
+
+    // Over many screens and widths: labels keep apart and clear of the unit.
+    for (double width : {200.0, 333.0, 640.0, 1021.0}) {
+        for (double t0 = 0; t0 < 3000; t0 += 51.2 * 7) {
+            const double t1 = t0 + 51.2 * (1 + int(t0) % 5);
+            double lastRight = -1e9;
+            int labelled = 0;
+            for (const AxisTick& t : AxisTicks(t0, t1, width, 90, 14, SevenPxPerChar)) {
+                ASSERT_GE(t.value, t0 - 1e-9);
+                ASSERT_LE(t.value, t1 + 1e-9);
+                if (t.label.empty()) continue;
+                ++labelled;
+                const double half = SevenPxPerChar(t.label) / 2;
+                EXPECT_GT(t.position - half, lastRight) << width << " " << t0;
+                EXPECT_LE(t.position + half, width - 14) << width << " " << t0 << " " << t.label;
+                lastRight = t.position + half;
+            }
+            EXPECT_GE(labelled, 1) << width << " " << t0;
+        }
+    }
+}
+
+TEST(AxisTicks, LabelsCarryTheDecimalsOfTheirStep) {
+    EXPECT_EQ(TickLabel(1.5, 0.5), "1.5");
+    EXPECT_EQ(TickLabel(100, 20), "100");
+    EXPECT_EQ(TickLabel(-1e-12, 0.02), "0.00");
+    EXPECT_EQ(NiceStep(51.2, 8), 10);
+    EXPECT_EQ(NiceStep(0, 8), 1);
+}
+
+}  // namespace
+}  // namespace vess
