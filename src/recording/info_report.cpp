@@ -39,6 +39,22 @@ private:
     std::string text_;
 };
 
+// The scaling of channel position `channel`, from the arrays of its ADC.
+void ScalingLines(Report& r, int channel, const AbfHeader& h, std::size_t adc) {
+    namespace t = texts;
+    r.ChannelLine(t::kInfoADCProgrammableGain, channel, h.adcProgrammableGain[adc]);
+    r.ChannelLine(t::kInfoInstrumentScaleFactor, channel, h.instrumentScaleFactor[adc]);
+    r.ChannelLine(t::kInfoInstrumentOffset, channel, h.instrumentOffset[adc]);
+    r.ChannelLine(t::kInfoSignalGain, channel, h.signalGain[adc]);
+    r.ChannelLine(t::kInfoSignalOffset, channel, h.signalOffset[adc]);
+}
+
+// The file comment closes the report.
+std::string CommentAndTake(Report& r, const AbfHeader& h) {
+    r.Raw(fmt::format("{}\n{}\n", texts::kInfoFileComment, Trimmed(h.fileComment)));
+    return r.Take();
+}
+
 // An ABF 2 file's own fields under their own labels, then each channel's
 // scaling as for ABF 1.x.
 std::string Abf2Report(const Recording& rec, const Abf2Info& info) {
@@ -77,14 +93,9 @@ std::string Abf2Report(const Recording& rec, const Abf2Info& info) {
         r.ChannelLine(t::kInfoADCUnits, n, ch.units);
         r.ChannelLine(t::kInfoTelegraphEnable, n, ch.telegraphEnable);
         r.ChannelLine(t::kInfoTelegraphAdditGain, n, ch.telegraphAdditGain);
-        r.ChannelLine(t::kInfoADCProgrammableGain, n, h.adcProgrammableGain[adc]);
-        r.ChannelLine(t::kInfoInstrumentScaleFactor, n, h.instrumentScaleFactor[adc]);
-        r.ChannelLine(t::kInfoInstrumentOffset, n, h.instrumentOffset[adc]);
-        r.ChannelLine(t::kInfoSignalGain, n, h.signalGain[adc]);
-        r.ChannelLine(t::kInfoSignalOffset, n, h.signalOffset[adc]);
+        ScalingLines(r, n, h, adc);
     }
-    r.Raw(fmt::format("{}\n{}\n", t::kInfoFileComment, Trimmed(h.fileComment)));
-    return r.Take();
+    return CommentAndTake(r, h);
 }
 
 }  // namespace
@@ -130,14 +141,9 @@ std::string Recording::InfoReport() const {
         const auto adc = std::size_t(AdcOfChannel(c));
         r.ChannelLine(t::kInfoADCSamplingSeq, c, h.adcSamplingSeq[std::size_t(c)]);
         r.ChannelLine(t::kInfoADCUnits, c, Trimmed(h.adcUnits[adc]));
-        r.ChannelLine(t::kInfoADCProgrammableGain, c, h.adcProgrammableGain[adc]);
-        r.ChannelLine(t::kInfoInstrumentScaleFactor, c, h.instrumentScaleFactor[adc]);
-        r.ChannelLine(t::kInfoInstrumentOffset, c, h.instrumentOffset[adc]);
-        r.ChannelLine(t::kInfoSignalGain, c, h.signalGain[adc]);
-        r.ChannelLine(t::kInfoSignalOffset, c, h.signalOffset[adc]);
+        ScalingLines(r, c, h, adc);
     }
-    r.Raw(fmt::format("{}\n{}\n", t::kInfoFileComment, Trimmed(h.fileComment)));
-    return r.Take();
+    return CommentAndTake(r, h);
 }
 
 }  // namespace vess

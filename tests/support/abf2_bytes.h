@@ -7,19 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "recording/abf_writer.h"
+
 namespace vess::test {
 
-struct Abf2Channel {
+// The scaling fields as for ABF 1.x; telegraphAdditGain is stored as given
+// and counts only where telegraphEnable is set.
+struct Abf2Channel : AbfChannelSpec {
     int16_t adcNum = 0;
-    std::string name = "IN 0";
-    std::string units = "pA";
-    float programmableGain = 1;
-    float instrumentScaleFactor = 0.001f;
-    float signalGain = 1;
-    float instrumentOffset = 0;
-    float signalOffset = 0;
     int16_t telegraphEnable = 0;
-    float telegraphAdditGain = 1;
 };
 
 struct Abf2Spec {
