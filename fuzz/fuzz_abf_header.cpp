@@ -1,6 +1,8 @@
-// Any bytes as an ABF file: parsing must refuse or accept without touching
-// memory outside the buffer, and an accepted file must serve every channel,
-// every conversion and the information report, inside and outside its points.
+// Any bytes as an ABF file (ABF 1.x or ABF 2): parsing must refuse or accept
+// without touching memory outside the buffer, and an accepted file must serve
+// every channel, every conversion, its sweeps and the information report,
+// inside and outside its points. The ABF 1.x header an accepted file hands to
+// event files must itself parse without harm.
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -27,5 +29,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
         (void)rec->Units();
     }
     (void)rec->InfoReport();
+    for (int64_t start : rec->SweepStarts())
+        if (start < 0 || start >= rec->PointsPerChannel()) __builtin_trap();
+    std::vector<uint8_t> copy = rec->HeaderBytes();
+    copy.resize(copy.size() + std::size_t(rec->ChannelCount()) * 2, 0);
+    if (auto again = vess::Recording::FromBytes(std::move(copy), "copy.abf", &error))
+        (void)again->InfoReport();
     return 0;
 }

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds every libFuzzer target in fuzz/ with clang (ASan + UBSan) and runs
 # each for SECONDS seconds on its corpus under build-fuzz/corpus/<target>.
-# Seeds: the first 8 KiB of the real ABF recordings beside the checkout (when
-# present) and files made by our own writer; fuzz/seeds/<target>/ if a target
+# Seeds: the first 8 KiB of the real ABF 1 recordings and 32 KiB of the ABF 2
+# ones beside the checkout (when present) and files made by our own writer; fuzz/seeds/<target>/ if a target
 # keeps seeds in the repository. Corpora and crashes stay under build-fuzz/.
 set -euo pipefail
 seconds=${1:?usage: scripts/fuzz.sh SECONDS [TARGET...]}
@@ -24,7 +24,11 @@ seed_abf() {  # $1 = corpus folder
   local corpus=$1 shared="$here/../shared/data" f
   if [ -d "$shared" ]; then
     while IFS= read -r -d '' f; do
-      head -c 8192 "$f" >"$corpus/real-$(basename "$f").head"
+      # ABF 2 sections lie further in (strings up to block 35, data up
+      # to 38): keep enough bytes to reach them.
+      local keep=8192
+      if [ "$(head -c 4 "$f")" = "ABF2" ]; then keep=32768; fi
+      head -c "$keep" "$f" >"$corpus/real-$(basename "$f").head"
     done < <(find "$shared" -name '*.abf' -print0)
   fi
   local tmp

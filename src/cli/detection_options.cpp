@@ -21,7 +21,7 @@ bool ParseNumber(const std::string& text, T& out) {
 }  // namespace
 
 void AddDetectionOptions(CLI::App& cmd, DetectionOptions& o) {
-    cmd.add_option("FILE", o.file, "ABF 1.x recording with 16-bit samples")->required();
+    cmd.add_option("FILE", o.file, "ABF 1.x or ABF 2 recording with 16-bit samples")->required();
     cmd.add_option("--channel", o.channel, "channel position, 0-based")->check(CLI::NonNegativeNumber);
     auto* settings = cmd.add_option("--settings", o.settingsFile,
                                     "settings file (Vessanto.ini or a .SET copy) for the parameters");

@@ -23,6 +23,7 @@ std::string DerivedValues(const Recording& rec) {
     out += fmt::format("Interval per channel (us): {}\n", rec.IntervalUs());
     out += fmt::format("Blocks (256 points): {}\n", rec.BlockCount());
     out += fmt::format("Points per channel: {}\n", rec.PointsPerChannel());
+    out += fmt::format("Sweeps: {}\n", rec.SweepStarts().size());
     out += fmt::format("Duration (s): {:.6f}\n",
                        double(rec.PointsPerChannel()) * rec.IntervalUs() * 1e-6);
     out += fmt::format("Gain: {:.9g}\n", rec.Gain());
@@ -58,7 +59,7 @@ void AddInfoCommand(CLI::App& app) {
     };
     auto opts = std::make_shared<Options>();
     auto* cmd = app.add_subcommand("info", "Show the header and derived values of an ABF file");
-    cmd->add_option("file", opts->file, "ABF 1.x file")->required();
+    cmd->add_option("file", opts->file, "ABF file (ABF 1.x or ABF 2)")->required();
     cmd->add_option("--channel,-c", opts->channel, "0-based channel position")->capture_default_str();
     cmd->callback([opts] {
         AbfError error = AbfError::None;

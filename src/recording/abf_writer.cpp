@@ -95,8 +95,12 @@ std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frame
         le::Put<float>(b, kSignalOffset + 4 * k, c.signalOffset);
         le::Put<float>(b, kSignalLowpassFilter + 4 * k, 100000.0f);
         le::Put<float>(b, kSignalHighpassFilter + 4 * k, 0.0f);
-        le::Put<int16_t>(b, kTelegraphEnable + 2 * k, 0);
-        le::Put<float>(b, kTelegraphAdditGain + 4 * k, 1.0f);
+        const bool telegraph = c.telegraphAdditGain > 0;
+        le::Put<int16_t>(b, kTelegraphEnable + 2 * k, int16_t(telegraph ? 1 : 0));
+        le::Put<float>(b, kTelegraphAdditGain + 4 * k, telegraph ? c.telegraphAdditGain : 1.0f);
+        // The telegraph gains count only while autosampling is enabled;
+        // channels without one keep a gain of 1.
+        if (telegraph) le::Put<int16_t>(b, kAutosampleEnable, 1);
     }
     return h;
 }

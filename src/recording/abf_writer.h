@@ -21,6 +21,9 @@ struct AbfChannelSpec {
     float signalGain = 1;
     float instrumentOffset = 0;
     float signalOffset = 0;
+    // Additional (telegraph) gain of the channel, multiplied into its gain
+    // when above 0; 0 means none.
+    float telegraphAdditGain = 0;
 };
 
 struct AbfWriteSpec {

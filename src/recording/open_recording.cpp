@@ -36,6 +36,14 @@ OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::s
         case AbfError::BadDataPointer: return {damaged, std::string(texts::kBadDataPointerText)};
         case AbfError::BadAcqLength: return {damaged, std::string(texts::kBadAcqLengthText)};
         case AbfError::BadTagPointer: return {damaged, std::string(texts::kBadTagPointerText)};
+        case AbfError::BadProtocolSection:
+            return {damaged, std::string(texts::kBadProtocolSectionText)};
+        case AbfError::BadAdcSection: return {damaged, std::string(texts::kBadAdcSectionText)};
+        case AbfError::BadStringsSection:
+            return {damaged, std::string(texts::kBadStringsSectionText)};
+        case AbfError::BadSynchSection: return {damaged, std::string(texts::kBadSynchSectionText)};
+        case AbfError::BadStringIndex: return {damaged, std::string(texts::kBadStringIndexText)};
+        case AbfError::DuplicateAdc: return {damaged, std::string(texts::kDuplicateAdcText)};
         case AbfError::None: break;
     }
     return {damaged, detail};

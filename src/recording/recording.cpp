@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "recording/abf_layout.h"
+#include "recording/abf_parse.h"
 #include "recording/le_bytes.h"
 #include "recording/mapped_file.h"
 #include "recording/rounding.h"
@@ -63,6 +64,90 @@ AbfHeader ParseHeader(std::span<const uint8_t> b) {
     return h;
 }
 
+// ABF 1.x: the header from the first bytes of the file, kept whole.
+ParsedHeader ParseAbf1Header(std::span<const uint8_t> bytes) {
+    using namespace abf;
+    ParsedHeader p;
+    const std::size_t fileSize = bytes.size();
+    // The signature and the data format come first: a file that is not ABF,
+    // or is in floating point, is refused for that reason whatever else it
+    // holds, even when it is too short to be a whole header.
+    if (le::GetText(bytes, kFileSignature, std::min<std::size_t>(4, fileSize)) != "ABF ") {
+        p.error = AbfError::NotAbf;
+        p.detail = "the file does not begin with \"ABF \" or \"ABF2\"";
+        return p;
+    }
+    if (fileSize >= kDataFormat + 2 && le::Get<int16_t>(bytes, kDataFormat) == 1) {
+        p.error = AbfError::FloatingPoint;
+        p.detail = "the samples are floating point";
+        return p;
+    }
+    if (fileSize < kHeaderBytes) {
+        p.error = AbfError::TooShort;
+        p.detail = fmt::format("the file holds {} bytes, fewer than the {}-byte header", fileSize,
+                               kHeaderBytes);
+        return p;
+    }
+    AbfHeader& h = p.header;
+    h = ParseHeader(bytes);
+    p.headerEnd = int64_t(kHeaderBytes);
+    p.dataOffset = int64_t(h.dataSectionPtr) * int64_t(kBlockBytes);
+    p.intervalUs = double(h.adcNumChannels) * double(h.adcSampleInterval);
+    // Version 1.65 and later files carry one telegraph gain per ADC in the
+    // extended header; it is only there when the header area is that long.
+    h.hasExtendedHeader = h.fileVersionNumber >= kExtendedVersion &&
+                          p.dataOffset >= int64_t(kExtendedHeaderBytes) &&
+                          fileSize >= kExtendedHeaderBytes;
+    if (h.hasExtendedHeader) ReadArray(bytes, kTelegraphAdditGain, h.telegraphAdditGain);
+    const std::size_t keep = h.hasExtendedHeader ? kExtendedHeaderBytes : kHeaderBytes;
+    p.headerCopy.assign(bytes.begin(), bytes.begin() + std::ptrdiff_t(keep));
+    p.sweeps.operationMode = le::Get<int16_t>(bytes, kOperationMode);
+    p.sweeps.samplesPerSweep = le::Get<int32_t>(bytes, kNumSamplesPerEpisode);
+    p.sweeps.sweeps = le::Get<int32_t>(bytes, kActualEpisodes);
+    return p;
+}
+
+// The checks that both versions share, on the fields in AbfHeader's terms.
+AbfError CheckHeader(const ParsedHeader& p, std::size_t fileSize, std::string* why) {
+    using namespace abf;
+    const AbfHeader& h = p.header;
+    if (h.adcNumChannels < 1 || h.adcNumChannels > kMaxChannels) {
+        *why = fmt::format("the header gives {} channels (1 to {} are possible)", h.adcNumChannels,
+                           kMaxChannels);
+        return AbfError::BadChannelCount;
+    }
+    const int channels = h.adcNumChannels;
+    for (int c = 0; c < channels; ++c) {
+        const int adc = h.adcSamplingSeq[std::size_t(c)];
+        if (adc < 0 || adc >= kAdcCount) {
+            *why = fmt::format("channel {} is sampled from ADC {}, outside 0 to 15", c, adc);
+            return AbfError::BadSamplingSequence;
+        }
+    }
+    if (!std::isfinite(p.intervalUs) || p.intervalUs <= 0) {
+        *why = fmt::format("the sample interval is {} us", p.intervalUs);
+        return AbfError::BadInterval;
+    }
+    if (!std::isfinite(h.adcRange) || h.adcRange <= 0 || h.adcResolution <= 0) {
+        *why = fmt::format("ADC range {} V and resolution {} cannot scale samples", h.adcRange,
+                           h.adcResolution);
+        return AbfError::BadScaling;
+    }
+    if (p.dataOffset < p.headerEnd || p.dataOffset > int64_t(fileSize)) {
+        *why = fmt::format("the samples would start at byte {}, outside {}..{}", p.dataOffset,
+                           p.headerEnd, fileSize);
+        return AbfError::BadDataPointer;
+    }
+    const int64_t framesInFile = (int64_t(fileSize) - p.dataOffset) / 2 / channels;
+    if (h.actualAcqLength < channels || framesInFile < 1) {
+        *why = fmt::format("the data section holds no complete sample frame ({} samples stated, "
+                           "{} frames in the file)",
+                           h.actualAcqLength, framesInFile);
+        return AbfError::BadAcqLength;
+    }
+    return AbfError::None;
+}
+
 }  // namespace
 
 Recording::~Recording() = default;
@@ -86,49 +171,15 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
     using namespace abf;
     const std::span<const uint8_t> bytes = file->Bytes();
     const std::size_t fileSize = bytes.size();
-    // The signature and the data format come first: a file that is not ABF,
-    // or is in floating point, is refused for that reason whatever else it
-    // holds, even when it is too short to be a whole header.
-    if (le::GetText(bytes, kFileSignature, std::min<std::size_t>(4, fileSize)) != "ABF ")
-        return Fail(error, detail, AbfError::NotAbf, "the file does not begin with \"ABF \"");
-    if (fileSize >= kDataFormat + 2 && le::Get<int16_t>(bytes, kDataFormat) == 1)
-        return Fail(error, detail, AbfError::FloatingPoint, "the samples are floating point");
-    if (fileSize < kHeaderBytes)
-        return Fail(error, detail, AbfError::TooShort,
-                    fmt::format("the file holds {} bytes, fewer than the {}-byte header", fileSize,
-                                kHeaderBytes));
-
-    AbfHeader h = ParseHeader(bytes);
-    if (h.adcNumChannels < 1 || h.adcNumChannels > kMaxChannels)
-        return Fail(error, detail, AbfError::BadChannelCount,
-                    fmt::format("the header gives {} channels (1 to {} are possible)",
-                                h.adcNumChannels, kMaxChannels));
+    ParsedHeader parsed = IsAbf2Signature(bytes) ? ParseAbf2Header(ReaderOver(bytes), fileSize)
+                                                 : ParseAbf1Header(bytes);
+    if (parsed.error == AbfError::None) parsed.error = CheckHeader(parsed, fileSize, &parsed.detail);
+    if (parsed.error != AbfError::None)
+        return Fail(error, detail, parsed.error, std::move(parsed.detail));
+    AbfHeader& h = parsed.header;
     const int channels = h.adcNumChannels;
-    for (int c = 0; c < channels; ++c) {
-        const int adc = h.adcSamplingSeq[std::size_t(c)];
-        if (adc < 0 || adc >= kAdcCount)
-            return Fail(error, detail, AbfError::BadSamplingSequence,
-                        fmt::format("channel {} is sampled from ADC {}, outside 0 to 15", c, adc));
-    }
-    if (!std::isfinite(h.adcSampleInterval) || h.adcSampleInterval <= 0)
-        return Fail(error, detail, AbfError::BadInterval,
-                    fmt::format("the sample interval is {} us", h.adcSampleInterval));
-    if (!std::isfinite(h.adcRange) || h.adcRange <= 0 || h.adcResolution <= 0)
-        return Fail(error, detail, AbfError::BadScaling,
-                    fmt::format("ADC range {} V and resolution {} cannot scale samples",
-                                h.adcRange, h.adcResolution));
-
-    const int64_t dataOffset = int64_t(h.dataSectionPtr) * int64_t(kBlockBytes);
-    if (dataOffset < int64_t(kHeaderBytes) || dataOffset > int64_t(fileSize))
-        return Fail(error, detail, AbfError::BadDataPointer,
-                    fmt::format("the samples would start at byte {}, outside {}..{}", dataOffset,
-                                kHeaderBytes, fileSize));
+    const int64_t dataOffset = parsed.dataOffset;
     const int64_t framesInFile = (int64_t(fileSize) - dataOffset) / 2 / channels;
-    if (h.actualAcqLength < channels || framesInFile < 1)
-        return Fail(error, detail, AbfError::BadAcqLength,
-                    fmt::format("the data section holds no complete sample frame ({} samples "
-                                "stated, {} frames in the file)",
-                                h.actualAcqLength, framesInFile));
 
     std::vector<AbfTag> tags;
     if (h.numTagEntries < 0)
@@ -153,20 +204,13 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
         }
     }
 
-    // Version 1.65 and later files carry one telegraph gain per ADC in the
-    // extended header; it is only there when the header area is that long.
-    h.hasExtendedHeader = h.fileVersionNumber >= kExtendedVersion &&
-                          dataOffset >= int64_t(kExtendedHeaderBytes) &&
-                          fileSize >= kExtendedHeaderBytes;
-    if (h.hasExtendedHeader) ReadArray(bytes, kTelegraphAdditGain, h.telegraphAdditGain);
-
     std::unique_ptr<Recording> rec(new Recording);
     rec->path_ = path;
     rec->header_ = std::move(h);
-    const std::size_t keep = rec->header_.hasExtendedHeader ? kExtendedHeaderBytes : kHeaderBytes;
-    rec->headerBytes_.assign(bytes.begin(), bytes.begin() + std::ptrdiff_t(keep));
+    rec->headerBytes_ = std::move(parsed.headerCopy);
+    if (parsed.abf2) rec->abf2_ = std::make_unique<const Abf2Info>(std::move(*parsed.abf2));
     rec->tags_ = std::move(tags);
-    rec->intervalUs_ = double(channels) * double(rec->header_.adcSampleInterval);
+    rec->intervalUs_ = parsed.intervalUs;
 
     // A stated length that runs past the end of the file (an acquisition cut
     // short, a copy interrupted) is clipped to the whole frames present: the
@@ -178,6 +222,7 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
                               ? double(rec->header_.actualAcqLength) / channels / kBlockPoints
                               : double(rec->frames_) / kBlockPoints;
     rec->blocks_ = std::max<int32_t>(1, RoundClamp32(blocks));
+    rec->sweepStarts_ = FindSweepStarts(parsed.sweeps, channels, rec->pointsPerChannel_);
 
     rec->file_ = std::move(file);
     rec->map_ = rec->file_->Bytes().data();

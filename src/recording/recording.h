@@ -58,10 +58,16 @@ enum class AbfError {
     None, CannotOpen, NotAbf, FloatingPoint, TooShort, BadChannelCount, BadInterval,
     BadDataPointer, BadAcqLength, BadTagPointer,
     BadSamplingSequence,  // an ADC number of the sampling sequence outside 0..15
-    BadScaling            // ADC range or resolution not positive and finite
+    BadScaling,           // ADC range or resolution not positive and finite
+    // ABF 2 only: a section outside the file, a string index past the
+    // strings, two channels on one ADC.
+    BadProtocolSection, BadAdcSection, BadStringsSection, BadSynchSection, BadStringIndex,
+    DuplicateAdc
 };
 
 class MappedFile;
+struct Abf2Info;
+struct ParsedHeader;
 
 class Recording {
 public:
@@ -82,8 +88,16 @@ public:
     const std::filesystem::path& Path() const { return path_; }
     std::string FileName() const { return path_.filename().string(); }
     const AbfHeader& Header() const { return header_; }
-    // The header bytes as read (2048, or up to 6144 for an extended header).
+    // The ABF 1.x header that event and parameter files copy: the bytes as
+    // read (2048, or 6144 for an extended header), or for an ABF 2 file one
+    // made by our writer from the recording's values.
     const std::vector<uint8_t>& HeaderBytes() const { return headerBytes_; }
+    // The fields of an ABF 2 file that AbfHeader has no place for; null for
+    // ABF 1.x.
+    const Abf2Info* Abf2() const { return abf2_.get(); }
+    // The first point of each sweep (per channel, from 0), in recording
+    // order; {0} for gap-free data.
+    const std::vector<int64_t>& SweepStarts() const { return sweepStarts_; }
     int ChannelCount() const;              // at least 1
     uint8_t Channel() const { return channel_; }
     // Selects the 0-based channel position and recomputes gain and offset.
@@ -119,6 +133,8 @@ private:
     AbfHeader header_;
     std::vector<uint8_t> headerBytes_;
     std::vector<AbfTag> tags_;
+    std::unique_ptr<const Abf2Info> abf2_;
+    std::vector<int64_t> sweepStarts_{0};
     uint8_t channel_ = 0;
     double intervalUs_ = 0;
     int32_t blocks_ = 1;

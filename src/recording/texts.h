@@ -186,6 +186,25 @@ inline constexpr std::string_view kBadAcqLengthText =
 inline constexpr std::string_view kBadTagPointerText =
     "The tag section of this file lies outside the file.  The file may be damaged or incompletely "
     "copied.  Try another file.";
+inline constexpr std::string_view kBadProtocolSectionText =
+    "The protocol section of this ABF 2 file lies outside the file or is too short to hold the "
+    "sample interval and ADC range.  The file may be damaged or incompletely copied.  Try another "
+    "file.";
+inline constexpr std::string_view kBadAdcSectionText =
+    "The ADC section of this ABF 2 file lies outside the file or is too short to hold its "
+    "channels' scaling.  The file may be damaged or incompletely copied.  Try another file.";
+inline constexpr std::string_view kBadStringsSectionText =
+    "The strings section of this ABF 2 file, which holds the channel names and units, lies "
+    "outside the file.  The file may be damaged or incompletely copied.  Try another file.";
+inline constexpr std::string_view kBadSynchSectionText =
+    "The sweep table of this ABF 2 file lies outside the file or does not fit its samples.  The "
+    "file may be damaged or incompletely copied.  Try another file.";
+inline constexpr std::string_view kBadStringIndexText =
+    "The header of this file names a channel name or unit that its strings section does not "
+    "hold.  The file may be damaged.  Try another file.";
+inline constexpr std::string_view kDuplicateAdcText =
+    "The header of this file gives the same ADC input to two channels.  The file may be "
+    "damaged.  Try another file.";
 
 // File information report (menu_DatInfo) labels, in report order.
 inline constexpr std::string_view kInfoTitle = "DAT File Info:  ";
@@ -226,6 +245,18 @@ inline constexpr std::string_view kInfoInstrumentOffset = "InstrumentOffset(";
 inline constexpr std::string_view kInfoSignalGain = "SignalGain(";
 inline constexpr std::string_view kInfoSignalOffset = "SignalOffset (";
 inline constexpr std::string_view kInfoFileComment = "File Comment";
+// Labels of the ABF 2 fields that have no ABF 1.x namesake in the report.
+inline constexpr std::string_view kInfoFileInfoSize = "FileInfoSize ";
+inline constexpr std::string_view kInfoFileStartTimeMS = "FileStartTimeMS ";
+inline constexpr std::string_view kInfoCreatorName = "CreatorName ";
+inline constexpr std::string_view kInfoCreatorVersion = "CreatorVersion ";
+inline constexpr std::string_view kInfoProtocolPath = "ProtocolPath ";
+inline constexpr std::string_view kInfoADCSequenceInterval = "ADCSequenceInterval ";
+inline constexpr std::string_view kInfoSweepCount = "Sweeps ";
+inline constexpr std::string_view kInfoADCNum = "ADCNum (";
+inline constexpr std::string_view kInfoADCChannelName = "ADCChannelName (";
+inline constexpr std::string_view kInfoTelegraphEnable = "TelegraphEnable (";
+inline constexpr std::string_view kInfoTelegraphAdditGain = "TelegraphAdditGain (";
 
 // Template header for the ABF files the program writes.
 inline constexpr std::string_view kTemplateHeaderFileName = "SamplABF.dat";

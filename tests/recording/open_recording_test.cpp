@@ -90,7 +90,7 @@ TEST_F(OpenDataFileTest, EachMalformedFileIsRefusedWithItsMessageAndChangesNothi
     using namespace abf;
     const std::string_view damaged = texts::kDamagedAbfCaption;
     const Corruption cases[] = {
-        {"signature ABF2", [](auto& b) { b[3] = '2'; }, texts::kNotAbfCaption, texts::kNotAbfText},
+        {"signature ABF3", [](auto& b) { b[3] = '3'; }, texts::kNotAbfCaption, texts::kNotAbfText},
         {"signature shifted", [](auto& b) { b[0] = ' '; b[1] = 'A'; b[2] = 'B'; b[3] = 'F'; },
          texts::kNotAbfCaption, texts::kNotAbfText},
         {"empty file", [](auto& b) { b.clear(); }, texts::kNotAbfCaption, texts::kNotAbfText},
@@ -264,13 +264,13 @@ TEST(RealRecordingOpen, PartialLastChunkFileOpensWithTheListedValues) {
 
 TEST(RealRecordingOpen, FloatingPointFileIsRefused) {
     VESS_REQUIRE_SHARED_DATA();
-    // An ABF 2 file in floating point: its signature is not "ABF " either,
-    // so the signature message comes first.
+    // An ABF 2 file in floating point is refused as ABF 1.x ones are.
     Workspace ws;
     ScriptedDialogs dialogs;
     EXPECT_FALSE(OpenDataFile(ws, test::SharedData() / "abf2/SWHLab_gain_float32.abf", dialogs));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].caption, texts::kNotAbfCaption);
+    EXPECT_EQ(dialogs.Messages()[0].caption, texts::kNotIntegerCaption);
+    EXPECT_EQ(dialogs.Messages()[0].text, texts::kNotIntegerText);
     EXPECT_FALSE(ws.recording);
 }
 

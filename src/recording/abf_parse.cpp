@@ -1,0 +1,40 @@
+#include "recording/abf_parse.h"
+
+#include <algorithm>
+
+namespace vess {
+
+ByteReader ReaderOver(std::span<const uint8_t> bytes) {
+    return [bytes](uint64_t offset, std::span<uint8_t> out) -> std::size_t {
+        if (offset >= bytes.size()) return 0;
+        const std::size_t n = std::min<std::size_t>(out.size(), bytes.size() - std::size_t(offset));
+        std::copy_n(bytes.begin() + std::ptrdiff_t(offset), n, out.begin());
+        return n;
+    };
+}
+
+std::vector<int64_t> FindSweepStarts(const SweepLayout& layout, int channels, int64_t points) {
+    constexpr int16_t kGapFree = 3, kVariableLength = 1;
+    std::vector<int64_t> starts{0};
+    if (layout.operationMode == kGapFree || channels < 1 || points < 1) return starts;
+    if (layout.operationMode == kVariableLength) {
+        // Sweeps of their own lengths, one after the other.
+        int64_t at = 0;
+        for (std::size_t k = 0; k + 1 < layout.sweepSamples.size(); ++k) {
+            const int64_t length = layout.sweepSamples[k] / channels;
+            if (length < 1) return {0};
+            at += length;
+            if (at >= points) break;
+            starts.push_back(at);
+        }
+        return starts;
+    }
+    // Sweeps of one length: only when that length divides the points it
+    // tells where each sweep starts; otherwise the trace is one sweep.
+    const int64_t length = layout.samplesPerSweep / channels;
+    if (length < 1 || layout.sweeps < 2 || length * layout.sweeps != points) return starts;
+    for (int64_t k = 1; k < layout.sweeps; ++k) starts.push_back(k * length);
+    return starts;
+}
+
+}  // namespace vess

@@ -1,0 +1,123 @@
+// Event and parameter files of an ABF 2 recording: the header copy is an ABF
+// 1.x header, the file reads back byte for byte, and choosing it in the file
+// list or from the menu opens its ABF 2 data file and its events.
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+#include "recording/abf_parse.h"
+#include "recording/event_file.h"
+#include "recording/file_list.h"
+#include "recording/le_bytes.h"
+#include "recording/open_recording.h"
+#include "recording/parameter_file.h"
+#include "recording/random_events.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/texts.h"
+#include "support/abf2_bytes.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+std::vector<uint8_t> Slurp(const std::filesystem::path& p) {
+    std::ifstream f(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>()};
+}
+
+class Abf2EventFile : public ::testing::Test {
+protected:
+    test::TempDir dir;
+    std::filesystem::path cwd = std::filesystem::current_path();
+    void TearDown() override { std::filesystem::current_path(cwd); }
+
+    // cell.abf: one ABF 2 channel of 2048 points, opened in ws with six events.
+    void OpenWithEvents(Workspace& ws, ScriptedDialogs& dialogs) {
+        test::Abf2Spec spec;
+        spec.channels[0].telegraphEnable = 1;
+        spec.channels[0].telegraphAdditGain = 2;
+        std::vector<int16_t> samples(2048);
+        for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(i % 300);
+        const auto bytes = test::Abf2Bytes(spec, samples);
+        std::ofstream(dir / "cell.abf", std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+        ASSERT_TRUE(OpenDataFile(ws, dir / "cell.abf", dialogs));
+        std::mt19937 rng(8);
+        for (int k = 0; k < 6; ++k) ws.events.Append(RandomRecord(rng, 1500));
+    }
+};
+
+TEST_F(Abf2EventFile, SavedFileCarriesAnAbfOneHeaderAndReadsBackByteForByte) {
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    OpenWithEvents(ws, dialogs);
+    const std::vector<uint8_t> header = ws.recording->HeaderBytes();
+    dialogs.AnswerSaveFile((dir / "cell.EVT").string());
+    ASSERT_TRUE(SaveEventFileCommand(ws, dialogs));
+    const std::vector<uint8_t> saved = Slurp(dir / "cell.EVT");
+
+    // The ABF 1.x layout: signature, the creator field, the header copy
+    // beneath the parameters and past the records.
+    ASSERT_EQ(saved.size(), header.size());  // 6 records end before byte 6144
+    EXPECT_EQ(le::GetText(saved, 0, 4), "ABF ");
+    EXPECT_EQ(le::GetText(saved, evt::kCreator, evt::kCreatorChars), texts::kEventFileCreator.substr(0, 16));
+    // Past the records the header copy stands, but for the long comment
+    // (5154, 128 characters) that carries the file comment.
+    const std::size_t recordsEnd = 2048 + 6 * 76, longComment = evt::kLongComment;
+    EXPECT_TRUE(std::equal(header.begin() + recordsEnd, header.begin() + longComment,
+                           saved.begin() + recordsEnd));
+    EXPECT_TRUE(std::equal(header.begin() + longComment + evt::kLongCommentChars, header.end(),
+                           saved.begin() + longComment + evt::kLongCommentChars));
+    const EventFileContents contents = ParseEventFile(saved);
+    ASSERT_TRUE(contents.Ok());
+    EXPECT_EQ(contents.storedName, "cell.abf");
+    EXPECT_EQ(BuildEventFile(header, contents.params, contents.records, "cell.abf"), saved);
+
+    // Chosen in the file list: the ABF 2 data file opens, then the events;
+    // saving them again writes the same bytes.
+    Workspace again;
+    ScriptedDialogs listDialogs;
+    ASSERT_TRUE(OpenFromFileList(again, dir / "cell.EVT", listDialogs));
+    ASSERT_TRUE(again.recording && again.recording->Abf2());
+    EXPECT_EQ(again.events, ws.events);
+    listDialogs.AnswerSaveFile((dir / "again.EVT").string());
+    ASSERT_TRUE(SaveEventFileCommand(again, listDialogs));
+    EXPECT_EQ(Slurp(dir / "again.EVT"), saved);
+}
+
+TEST_F(Abf2EventFile, MenuOpensTheEventsOfTheOpenAbf2Recording) {
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    OpenWithEvents(ws, dialogs);
+    dialogs.AnswerSaveFile((dir / "cell.EVT").string());
+    ASSERT_TRUE(SaveEventFileCommand(ws, dialogs));
+    const EventTable saved = ws.events;
+
+    Workspace fresh;
+    ScriptedDialogs menu;
+    ASSERT_TRUE(OpenDataFile(fresh, dir / "cell.abf", menu));
+    menu.AnswerOpenFile((dir / "cell.EVT").string());
+    ASSERT_TRUE(OpenEventFileCommand(fresh, menu));
+    EXPECT_EQ(fresh.events, saved);
+    EXPECT_TRUE(menu.Messages().empty());
+}
+
+TEST_F(Abf2EventFile, ParameterFileCarriesTheSameHeaderCopy) {
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    OpenWithEvents(ws, dialogs);
+    const auto& header = ws.recording->HeaderBytes();
+    const auto bytes = BuildParameterFile(header, ws.params(), 0, "cell.abf");
+    ASSERT_EQ(bytes.size(), 2048u);
+    EXPECT_EQ(le::GetText(bytes, 0, 4), "ABF ");
+    // The scaling fields of the header copy are kept (ADC range at 244 to the
+    // signal offsets ending at 1178).
+    EXPECT_TRUE(std::equal(header.begin() + 244, header.begin() + 294, bytes.begin() + 244));
+    EXPECT_TRUE(std::equal(header.begin() + 410, header.begin() + 1178, bytes.begin() + 410));
+    const ParameterFileContents read = ParseParameterFile(bytes, AnalysisParameters{});
+    EXPECT_TRUE(read.hasProductTag);
+}
+
+}  // namespace
+}  // namespace vess
