@@ -10,5 +10,7 @@ void AddSynthCommand(CLI::App& app);     // vess synth OUT.abf [...]
 void AddEventsCommand(CLI::App& app);    // vess events FILE.EVT [--csv]
 void AddDetectCommand(CLI::App& app);    // vess detect FILE.abf [...]
 void AddScoreCommand(CLI::App& app);     // vess score FILE.abf TRUTH [...]
+void AddAverageCommand(CLI::App& app);   // vess average FILE.EVT --group G [...]
+void AddFitCommand(CLI::App& app);       // vess fit TRACE.csv [...]
 
 }  // namespace vess::cli

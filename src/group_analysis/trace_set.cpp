@@ -115,7 +115,7 @@ TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
         ++count;
         amplitudeSum += e.amplitude;
     }
-    if (count < 1) return TraceSet{.intervalUs = interval};
+    if (count < 1) return Sized(rec, 0, 0);
     TraceSet set = Sized(rec, count, TracePoints(options.blocks));
     set.prePoints = pre;
     set.meanAmplitude = RoundClamp32(double(amplitudeSum) / count);
@@ -148,7 +148,7 @@ TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& optio
     const int channels = rec.ChannelCount();
     const int32_t sweeps = HeaderInt(rec, kActualEpisodes);
     const int32_t sweepSamples = HeaderInt(rec, kNumSamplesPerEpisode);  // all channels
-    if (sweeps < 1 || sweepSamples < 1) return TraceSet{.intervalUs = rec.IntervalUs()};
+    if (sweeps < 1 || sweepSamples < 1) return Sized(rec, 0, 0);
     const double blocks =
         options.fullSweep ? double(sweepSamples) / channels / kBlockPoints : options.blocks;
     TraceSet set = Sized(rec, sweeps, TracePoints(blocks));

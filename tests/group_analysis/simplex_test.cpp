@@ -31,7 +31,7 @@ constexpr double kLanczos3Y[24] = {
 constexpr double kLanczos3Rss = 1.6117193594E-08;
 
 std::vector<double> Grid(int n, double step) {
-    std::vector<double> x(std::size_t(n));
+    std::vector<double> x(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) x[std::size_t(i)] = i * step;
     return x;
 }
@@ -53,12 +53,14 @@ TEST(ExponentialFit, Lanczos3ComesCloseToTheCertifiedResidualSumOfSquares) {
     const std::vector<double> y(std::begin(kLanczos3Y), std::end(kLanczos3Y));
     // NIST start 2: b = 0.5, 0.7, 3.6, 4.2, 4, 6.3.
     const ExpParameters start{1 / 0.7, 0.5, 1 / 4.2, 3.6, 1 / 6.3, 4.0, 0};
-    SimplexOptions options{.tolerance = 1e-14, .maxIterations = 50000, .maxRestarts = 400};
+    // A simplex of 32-bit vertices cannot resolve this problem to the
+    // certified digits; with restarts it settles within 1e-4 of the RSS.
+    SimplexOptions options{.tolerance = 1e-10, .maxIterations = 5000};
     const SimplexResult r = FitExponentials({3, false}, start, x, y, options);
     std::printf("Lanczos3: RSS %.10e (certified %.10e), relative %.2e, %d restarts\n",
                 r.quality.rss, kLanczos3Rss, std::fabs(r.quality.rss / kLanczos3Rss - 1),
                 r.restarts);
-    EXPECT_NEAR(r.quality.rss, kLanczos3Rss, kLanczos3Rss * 1e-2);
+    EXPECT_NEAR(r.quality.rss, kLanczos3Rss, kLanczos3Rss * 2e-4);
 }
 
 // 80 exp(-x / 3) on 0..29.9 ms in 0.1 ms steps, one exponential from the
