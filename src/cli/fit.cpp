@@ -105,7 +105,8 @@ void AddFitCommand(CLI::App& app) {
             std::istringstream in(r);
             return in >> a >> colon >> b && colon == ':' && in.eof() ? "" : "not a fit range";
         });
-    cmd->add_option("--guess", o->guess, "tau1,A1[,tau2,A2[,tau3,A3]][,C]")->delimiter(',');
+    cmd->add_option("--guess", o->guess,
+                    "tau1,A1[,tau2,A2[,tau3,A3]][,C]; default the Fitting defaults, amplitudes signed as the decay")->delimiter(',');
     cmd->add_flag("--fix-amplitude", o->fixAmplitude, "keep the amplitudes at their guesses");
     cmd->add_option("--tolerance", o->tolerance, "stopping tolerance")->check(CLI::PositiveNumber);
     cmd->add_option("--max-iter", o->maxIter, "iterations of each search")->check(CLI::PositiveNumber);
@@ -139,6 +140,10 @@ void AddFitCommand(CLI::App& app) {
         const group::GroupAnalysisSettings defaults;
         group::ExpParameters start{defaults.tau1, defaults.A1, defaults.tau2, defaults.A2,
                                    defaults.tau3, defaults.A3, o->offset ? ys.back() : 0.0};
+        // The default amplitudes take the sign of the decay, so that inward
+        // currents start from negative amplitudes.
+        if (o->guess.empty() && ys.front() < start[6])
+            for (int k = 0; k < 3; ++k) start[std::size_t(2 * k + 1)] *= -1;
         for (std::size_t k = 0; k < o->guess.size() && k < 2 * std::size_t(o->exponentials); ++k)
             start[k] = o->guess[k];
         if (o->offset && o->guess.size() == taken) start[6] = o->guess.back();
