@@ -12,5 +12,9 @@ void AddDetectCommand(CLI::App& app);    // vess detect FILE.abf [...]
 void AddScoreCommand(CLI::App& app);     // vess score FILE.abf TRUTH [...]
 void AddAverageCommand(CLI::App& app);   // vess average FILE.EVT --group G [...]
 void AddFitCommand(CLI::App& app);       // vess fit TRACE.csv [...]
+void AddArrayCommand(CLI::App& app);     // vess array SOURCE [--group G] [--intervals]
+void AddStatsCommand(CLI::App& app);     // vess stats TEST A [B] [--alpha A] [--json]
+void AddHistCommand(CLI::App& app);      // vess hist SOURCE --bin SIZE [--kind K] [--csv]
+void AddCorrelogramCommand(CLI::App& app);  // vess correlogram A [B] --bin SIZE --max-bins N
 
 }  // namespace vess::cli

@@ -13,6 +13,10 @@ int main(int argc, char** argv) {
     vess::cli::AddScoreCommand(app);
     vess::cli::AddAverageCommand(app);
     vess::cli::AddFitCommand(app);
+    vess::cli::AddArrayCommand(app);
+    vess::cli::AddStatsCommand(app);
+    vess::cli::AddHistCommand(app);
+    vess::cli::AddCorrelogramCommand(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

@@ -1,4 +1,4 @@
-// The recording named in an event file, opened from the event file's folder.
+// The data file that an event file names, opened from the event file's folder.
 #pragma once
 
 #include <filesystem>
@@ -9,9 +9,9 @@
 
 namespace vess::cli {
 
-// On the channel of the first event; null when the file is not there or not
-// readable.
+// The recording named in the event file, from the event file's folder, on
+// the channel of the first event; null when it is not there or not readable.
 std::unique_ptr<Recording> OpenNamedRecording(const std::filesystem::path& eventFile,
-                                              const EventFileContents& contents);
+                                              const EventFileContents& f);
 
 }  // namespace vess::cli
