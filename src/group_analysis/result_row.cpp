@@ -55,8 +55,8 @@ void ForEachInteger(Values& v, F&& f) {
 
 }  // namespace
 
-ResultRow WriteResultRow(const ResultValues& values) {
-    ResultRow row{};
+ResultBytes WriteResultRow(const ResultValues& values) {
+    ResultBytes row{};
     std::span<uint8_t> bytes(row);
     le::Put<int32_t>(bytes, o::kKind, int32_t(values.kind));
     ForEachInteger(values, [&](std::size_t at, int32_t v) { le::Put<int32_t>(bytes, at, v); });
@@ -64,7 +64,7 @@ ResultRow WriteResultRow(const ResultValues& values) {
     return row;
 }
 
-ResultValues ReadResultRow(const ResultRow& row) {
+ResultValues ReadResultRow(const ResultBytes& row) {
     ResultValues values;
     std::span<const uint8_t> bytes(row);
     values.kind = ResultKind(le::Get<int32_t>(bytes, o::kKind));
@@ -94,7 +94,7 @@ std::vector<ResultColumn> ResultColumns(ResultKind kind) {
             {"AHP Peak", o::kAhpPeak}, {"Decay%", o::kDecayPercent}};
 }
 
-double ResultCell(const ResultRow& row, const ResultColumn& column) {
+double ResultCell(const ResultBytes& row, const ResultColumn& column) {
     return le::Get<double>(std::span<const uint8_t>(row), column.offset);
 }
 

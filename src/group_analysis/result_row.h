@@ -60,8 +60,8 @@ inline constexpr std::size_t kKind = 0, kTrace = 4, kEventIndex = 8, kGroup = 12
 static_assert(kFree + 24 == kResultRowBytes);
 }  // namespace result_offsets
 
-ResultRow WriteResultRow(const ResultValues& values);
-ResultValues ReadResultRow(const ResultRow& row);
+ResultBytes WriteResultRow(const ResultValues& values);
+ResultValues ReadResultRow(const ResultBytes& row);
 
 // One column of the results grid: its heading and the field it shows.
 struct ResultColumn {
@@ -71,6 +71,6 @@ struct ResultColumn {
 // The columns of the grid for rows of the given kind (the default headings
 // when the table holds no row).
 std::vector<ResultColumn> ResultColumns(ResultKind kind);
-double ResultCell(const ResultRow& row, const ResultColumn& column);
+double ResultCell(const ResultBytes& row, const ResultColumn& column);
 
 }  // namespace vess::group

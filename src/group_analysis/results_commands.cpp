@@ -17,7 +17,7 @@ namespace {
 // Keeps the rows whose 1-based number satisfies keep.
 template <class Keep>
 void KeepRows(ResultsTable& table, Keep keep) {
-    std::vector<ResultRow> kept;
+    std::vector<ResultBytes> kept;
     for (int32_t i = 1; i <= table.Count(); ++i)
         if (keep(i)) kept.push_back(table[i]);
     table.Assign(std::move(kept));
@@ -56,7 +56,7 @@ std::string ResultsText(const ResultsTable& table) {
     std::string out;
     for (std::size_t c = 0; c < columns.size(); ++c) out += (c ? "\t" : "") + Str(columns[c].title);
     out += "\r\n";
-    for (const ResultRow& row : table.Rows()) {
+    for (const ResultBytes& row : table.Rows()) {
         for (std::size_t c = 0; c < columns.size(); ++c)
             out += (c ? "\t" : "") + FormatResult(ResultCell(row, columns[c]));
         out += "\r\n";
@@ -83,23 +83,23 @@ std::vector<uint8_t> BuildResultsFile(const ResultsTable& table) {
     le::Put<int16_t>(out, 2, int16_t(kResultsHeaderChars));
     le::PutText(out, 4, kResultsHeaderChars, texts::kResultsFileTag);
     std::size_t at = kResultsHeaderBytes;
-    for (const ResultRow& row : table.Rows()) {
+    for (const ResultBytes& row : table.Rows()) {
         std::copy(row.begin(), row.end(), bytes.begin() + std::ptrdiff_t(at));
         at += kResultRowBytes;
     }
     return bytes;
 }
 
-std::optional<std::vector<ResultRow>> ParseResultsFile(std::span<const uint8_t> bytes) {
+std::optional<std::vector<ResultBytes>> ParseResultsFile(std::span<const uint8_t> bytes) {
     if (bytes.size() < 4) return std::nullopt;
     const auto length = std::size_t(std::max<int16_t>(0, le::Get<int16_t>(bytes, 2)));
     if (le::Get<int16_t>(bytes, 0) != kVariantStringType || bytes.size() < 4 + length)
         return std::nullopt;
     if (le::GetText(bytes, 4, length).find(texts::kResultsFileTag) == std::string::npos)
         return std::nullopt;
-    std::vector<ResultRow> rows;
+    std::vector<ResultBytes> rows;
     for (std::size_t at = 4 + length; at + kResultRowBytes <= bytes.size(); at += kResultRowBytes) {
-        ResultRow row;
+        ResultBytes row;
         std::copy_n(bytes.begin() + std::ptrdiff_t(at), kResultRowBytes, row.begin());
         rows.push_back(row);
     }
@@ -129,7 +129,7 @@ bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
                             Str(texts::kResultsFileTag) + "\".");
         return false;
     }
-    std::vector<ResultRow> all;
+    std::vector<ResultBytes> all;
     if (table.Count() > 0 &&
         !dialogs.AskYesNo(Str(texts::kClearResultsCaption), texts::ClearResultsPrompt(table.Count())))
         all = table.Rows();
@@ -141,7 +141,7 @@ bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
 bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
                              DataArray& array, int arrayNumber, Dialogs& dialogs) {
     std::vector<float> values;
-    for (const ResultRow& row : table.Rows()) values.push_back(float(ResultCell(row, column)));
+    for (const ResultBytes& row : table.Rows()) values.push_back(float(ResultCell(row, column)));
     if (!array.Empty() &&
         dialogs.AskYesNo(Str(texts::kAppendOrClearCaption), texts::ClearArrayPrompt(arrayNumber)))
         array.Clear();

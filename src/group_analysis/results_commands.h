@@ -46,7 +46,7 @@ inline constexpr int16_t kVariantStringType = 8;
 std::vector<uint8_t> BuildResultsFile(const ResultsTable& table);
 // The rows of a results file, or std::nullopt when its header does not
 // carry the tag. Bytes after the last whole row are ignored.
-std::optional<std::vector<ResultRow>> ParseResultsFile(std::span<const uint8_t> bytes);
+std::optional<std::vector<ResultBytes>> ParseResultsFile(std::span<const uint8_t> bytes);
 
 // menu_SaveResults / menu_LoadResults.
 bool SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs);

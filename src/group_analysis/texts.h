@@ -117,4 +117,26 @@ inline std::string CompareRegroupText(int count, int group) {
            ".  You will need to display the group again in Display tab to refresh the group display.";
 }
 
+// Plots of a results column.
+inline constexpr std::string_view kBinSizeCaption = "Bin Size";
+inline std::string BinSizePrompt(const std::string& column) {
+    return "Please enter the bin size for " + column;
+}
+inline constexpr std::string_view kTooManyBinsCaption = "Too many bins";
+inline std::string TooManyBinsText(double min, double max, double bin) {
+    return "Too many bins!  Data range from " + std::to_string(min) + " to " + std::to_string(max) +
+           " in " + std::to_string(bin) + ".  Please readjust the bin size and try again.";
+}
+inline constexpr std::string_view kNormalizeFirstCaption = "Number of points to normalize";
+inline constexpr std::string_view kNormalizeFirstPrompt =
+    "Please enter number of first points to normalize.  Entering 0 will generate non-normalized plot.";
+inline constexpr std::string_view kFrequencyHistogram = "Frequency Histogram";
+inline constexpr std::string_view kCumulativeFraction = "Cumulative Fraction";
+inline constexpr std::string_view kNormalizedSuffix = " (Normalized)";
+inline constexpr std::string_view kEventNumber = "Event #";
+inline constexpr std::string_view kScatterTitle = "X-Y Scatter Plot : Group Analysis";
+inline constexpr std::string_view kScatter3dTitle = "X-Y-Z 3D Scatter Plot : Group Analysis";
+inline constexpr std::string_view kVarianceMeanTitle = "Non-stationary Fluctuation Analysis";
+inline constexpr std::string_view kNotYetAvailable = "This analysis is not available yet.";
+
 }  // namespace vess::group::texts

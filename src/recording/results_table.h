@@ -12,25 +12,25 @@
 namespace vess {
 
 inline constexpr std::size_t kResultRowBytes = 280;
-using ResultRow = std::array<uint8_t, kResultRowBytes>;
+using ResultBytes = std::array<uint8_t, kResultRowBytes>;
 
 class ResultsTable {
 public:
     int32_t Count() const { return static_cast<int32_t>(rows_.size()); }
     bool Empty() const { return rows_.empty(); }
     // 1-based access; i must lie in 1..Count().
-    ResultRow& operator[](int32_t i) { return rows_[static_cast<std::size_t>(i - 1)]; }
-    const ResultRow& operator[](int32_t i) const { return rows_[static_cast<std::size_t>(i - 1)]; }
+    ResultBytes& operator[](int32_t i) { return rows_[static_cast<std::size_t>(i - 1)]; }
+    const ResultBytes& operator[](int32_t i) const { return rows_[static_cast<std::size_t>(i - 1)]; }
 
-    void Append(const ResultRow& row) { rows_.push_back(row); }
+    void Append(const ResultBytes& row) { rows_.push_back(row); }
     void Clear() { rows_.clear(); }
-    const std::vector<ResultRow>& Rows() const { return rows_; }
-    void Assign(std::vector<ResultRow> rows) { rows_ = std::move(rows); }
+    const std::vector<ResultBytes>& Rows() const { return rows_; }
+    void Assign(std::vector<ResultBytes> rows) { rows_ = std::move(rows); }
 
     bool operator==(const ResultsTable&) const = default;
 
 private:
-    std::vector<ResultRow> rows_;
+    std::vector<ResultBytes> rows_;
 };
 
 }  // namespace vess

@@ -42,9 +42,9 @@ ResultsTable Table(int rows) {
 
 double Tau1(const ResultsTable& t, int row) { return ReadResultRow(t[row]).tau1; }
 
-TEST(ResultRow, EveryFieldRoundTripsAndLiesAtItsOffset) {
+TEST(ResultBytes, EveryFieldRoundTripsAndLiesAtItsOffset) {
     const ResultValues v = Values(3.5, 7);
-    const ResultRow row = WriteResultRow(v);
+    const ResultBytes row = WriteResultRow(v);
     EXPECT_EQ(ReadResultRow(row), v);
     const std::span<const uint8_t> bytes(row);
     EXPECT_EQ(le::Get<int32_t>(bytes, result_offsets::kKind), 1);
