@@ -83,6 +83,13 @@ TEST(KolmogorovSmirnov, AgainstScipy) {
     ASSERT_TRUE(r.exactP);
     ExpectRelative(*r.exactP, 0.5286364448145011, 1e-9);
 
+    // NaN values are left out rather than stalling the walk.
+    std::vector<double> withNan = b;
+    withNan.push_back(NAN);
+    const KsResult n = KolmogorovSmirnov(a, withNan);
+    EXPECT_EQ(n.n2, 20);
+    EXPECT_EQ(n.maxAbsDifference, r.maxAbsDifference);
+
     const PlotData plot = KsPlot(a, b);
     EXPECT_EQ(plot.title, "Cumulative Histograms of Array#1 and Array#2");
     EXPECT_EQ(plot.yAxis, "Cumulative Fraction");
@@ -142,6 +149,15 @@ TEST(Descriptive, DefinitionsAgainstScipy) {
     EXPECT_EQ(d.maximum, 5.5);
     EXPECT_EQ(Describe(std::vector<double>{3, 1, 2}).median, 2.0);
     EXPECT_TRUE(std::isnan(Describe(std::vector<double>{1, 2, 3}).kurtosis));
+    // A NaN (0/0 from the arithmetic) sorts last instead of upsetting the sort,
+    // and shows in the average and the maximum.
+    std::vector<double> withNan(200, 1.0);
+    withNan[17] = NAN;
+    withNan[3] = -5;
+    const Descriptive n = Describe(withNan);
+    EXPECT_EQ(n.minimum, -5);
+    EXPECT_TRUE(std::isnan(n.maximum));
+    EXPECT_TRUE(std::isnan(n.average));
 }
 
 TEST(DataAnalysis, ChecksBeforeTheTests) {
