@@ -5,12 +5,15 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTableWidget>
+#include <QTimer>
 
 #include "app/gui_fixture.h"
 #include "group_analysis/results_commands.h"
 #include "group_analysis/ui/group_assign_dialog.h"
 #include "group_analysis/ui/group_window.h"
+#include "group_analysis/ui/trace_picture.h"
 #include "recording/file_io.h"
 
 namespace vess::test {
@@ -31,6 +34,10 @@ protected:
         EXPECT_TRUE(ws.history.CanUndo());
         GroupAnalysisWindow* w = window->OpenGroupAnalysis();
         EXPECT_EQ(w->windowTitle(), "Group Analysis and Curve Fitting");
+        // Keys go to the active window's focus widget.
+        w->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(w));
+        w->Picture()->setFocus();
         w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
         w->findChild<QComboBox*>("Combo3")->setCurrentText("Peak");
         return w;
@@ -50,22 +57,25 @@ TEST_F(GroupWindowTest, DisplaysNavigatesFitsAndSavesResults) {
     ASSERT_EQ(w->Traces().count, grouped);
     EXPECT_EQ(w->TraceLabel()->text(), QString("Trace:  0 of %1").arg(grouped));
 
-    // Keys: D next, F last, S previous, A first; K on the average refuses.
+    // The navigation buttons: next, last, previous, first; remove on the
+    // average refuses.
+    auto press = [w](const char* name) { QTest::mouseClick(w->findChild<QPushButton*>(name), Qt::LeftButton); };
     w->findChild<QComboBox*>("Combo2")->setCurrentText("Individual");
     QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
-    QTest::keyClick(w, Qt::Key_D);
+    press("SpinButton5_up");
     EXPECT_EQ(w->CurrentTrace(), 1);
-    QTest::keyClick(w, Qt::Key_F);
+    press("SSCommand1_1");
     EXPECT_EQ(w->CurrentTrace(), grouped);
-    QTest::keyClick(w, Qt::Key_S);
+    press("SpinButton5_down");
     EXPECT_EQ(w->TraceLabel()->text(), QString("Trace: %1 of %2").arg(grouped - 1).arg(grouped));
-    QTest::keyClick(w, Qt::Key_A);
-    QTest::keyClick(w, Qt::Key_K);
+    press("SSCommand1_0");
+    w->Action("menu_trace_remove")->trigger();
+    ASSERT_FALSE(dialogs.Messages().empty());
     EXPECT_EQ(dialogs.Messages().back().caption, "Average Trace");
     EXPECT_EQ(dialogs.Messages().back().text, "Cannot remove the averaged trace.");
-    // K on trace 1 takes its event out of the group and rebuilds the set.
-    QTest::keyClick(w, Qt::Key_D);
-    QTest::keyClick(w, Qt::Key_K);
+    // Removing trace 1 takes its event out of the group and rebuilds the set.
+    press("SpinButton5_up");
+    w->Action("menu_trace_remove")->trigger();
     EXPECT_EQ(w->Traces().count, grouped - 1);
 
     // Fit the average: one row, the report, the curve drawn.

@@ -23,6 +23,7 @@
 #include "group_analysis/ui/trace_picture.h"
 #include "group_analysis/ui/widget_out.h"
 #include "recording/file_io.h"
+#include "recording/texts.h"
 #include "recording/workspace.h"
 
 namespace vess::group {
@@ -219,7 +220,7 @@ void GroupAnalysisWindow::SaveTraceText(bool curve) {
     if (!name || name->empty()) return;
     const auto path = WithDefaultExtension(*name, texts::kTextFileExtension);
     if (std::filesystem::exists(path) &&
-        !dialogs_.AskYesNo("Replace File", "File already exist.  Do you want to replace this file?"))
+        !dialogs_.AskYesNo(Str(vess::texts::kReplaceFileCaption), Str(vess::texts::kReplaceFileText)))
         return;
     std::string text = (curve ? Str(texts::kCurveFitHeader) : Str(texts::kGroupAnalysisHeader) +
                         (ws_.recording ? ws_.recording->FileName() : "")) +

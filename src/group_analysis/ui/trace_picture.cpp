@@ -17,6 +17,7 @@ TracePicture::TracePicture(QWidget* parent) : QWidget(parent) {
     setObjectName("Picture1");
     setToolTip(tr("Click right button to highlight a trace"));
     setMinimumSize(400, 250);
+    setFocusPolicy(Qt::StrongFocus);
     setAutoFillBackground(true);
     QPalette p = palette();
     p.setColor(QPalette::Window, Qt::black);
