@@ -38,6 +38,9 @@ class ParameterPanel;
 class Screen;
 class TraceView;
 struct DoublePeakResult;
+namespace group {
+class GroupAnalysisWindow;
+}
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -50,6 +53,8 @@ public:
     // The menu action or button with this object name (nullptr if none).
     QAction* Action(const QString& objectName) const;
     bool NonStopRunning() const;
+    // GrpAnal, created on first use and raised after (main_window_group.cpp).
+    group::GroupAnalysisWindow* OpenGroupAnalysis();
     Workspace& Ws() { return ws_; }
     TraceView* Trace() const { return trace_; }
     OverviewStrip* Overview() const { return overview_; }
@@ -73,6 +78,7 @@ private:
     void BuildAnalysisMenu();
     void BuildNavigationMenu();
     void BuildLaterMenus();
+    void BuildGroupAnalysisMenu();
     QAction* AddAction(QMenu* menu, const char* name, const QString& text,
                        const QList<QKeySequence>& keys, const char* tip, void (MainWindow::*slot)());
     void RestoreGeometry();
@@ -178,6 +184,7 @@ private:
 
     Workspace& ws_;
     Dialogs& dialogs_;
+    group::GroupAnalysisWindow* groupWindow_ = nullptr;
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
     std::unique_ptr<EventSound> sound_;

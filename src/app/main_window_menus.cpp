@@ -134,11 +134,11 @@ void MainWindow::BuildEditMenus() {
     AddAction(m, "menu_RemoveDuplicates", tr("Remove Duplicate Events"), {}, nullptr,
               &MainWindow::OnRemoveDuplicates);
     m->addSeparator();
-    // The group-assignment dialog comes with group analysis.
+    // The group-assignment dialog is connected with group analysis.
     for (auto [name, text] : {std::pair{"menu_groupBursts", tr("Group Bursts...")},
                               {"menu_groupEpisodic", tr("Group Episodic Events...")},
                               {"menu_groupbyrandom", tr("Group at Random...")}})
-        AddAction(m, name, text, {}, nullptr, nullptr)->setEnabled(false);
+        AddAction(m, name, text, {}, nullptr, nullptr);
     m->addSeparator();
     sortMenu_ = m->addMenu(tr("&Sort Events By"));
     sortMenu_->setObjectName("menu_Sort");
@@ -275,9 +275,13 @@ void MainWindow::BuildNavigationMenu() {
 void MainWindow::BuildLaterMenus() {
     // Subsystems still to come: present so users find them, disabled.
     struct Later { const char* name; const char* text; };
-    for (const Later& l : {Later{"menu_AnalyseGp", "&Group Analysis and Curve Fitting"},
+    for (const Later& l : {Later{"menu_AnalyseGp", nullptr},  // the group analysis menu
                            Later{nullptr, nullptr},  // the statistics menus
                            Later{"menu_HeartRate", "Heart &Rate"}}) {
+        if (l.name && !l.text) {
+            BuildGroupAnalysisMenu();
+            continue;
+        }
         if (!l.name) {
             BuildStatisticsMenus();
             continue;

@@ -11,6 +11,8 @@ int main(int argc, char** argv) {
     vess::cli::AddEventsCommand(app);
     vess::cli::AddDetectCommand(app);
     vess::cli::AddScoreCommand(app);
+    vess::cli::AddAverageCommand(app);
+    vess::cli::AddFitCommand(app);
     vess::cli::AddArrayCommand(app);
     vess::cli::AddStatsCommand(app);
     vess::cli::AddHistCommand(app);

@@ -307,4 +307,8 @@ void Recording::ReadSamples(int64_t index, std::span<int16_t> out) const {
     }
 }
 
+std::span<const uint8_t> Recording::DataBytes() const {
+    return {data_, std::size_t(std::max<int64_t>(frames_, 0) * ChannelCount()) * 2};
+}
+
 }  // namespace vess

@@ -123,6 +123,9 @@ public:
     int16_t Sample(int64_t index) const;
     // Copies count samples starting at index into out (same edge rule).
     void ReadSamples(int64_t index, std::span<int16_t> out) const;
+    // The data section as stored, all channels interleaved, clipped to the
+    // whole frames present in the file.
+    std::span<const uint8_t> DataBytes() const;
 
     // File-information report (menu_DatInfo).
     std::string InfoReport() const;

@@ -10,6 +10,7 @@
 #include "recording/data_array.h"
 #include "recording/event_table.h"
 #include "recording/recording.h"
+#include "recording/results_table.h"
 #include "recording/settings.h"
 
 namespace vess {
@@ -19,6 +20,7 @@ struct Workspace {
     EventTable events;
     EventHistory history;
     Settings settings;                      // settings.analysis is AnalysisParameters
+    ResultsTable results;                   // group analysis results, kept for the session
     std::filesystem::path iniPath;          // where "Vessanto.ini" is read and written
     int32_t screenStartBlock = 0;           // first block of the displayed screen
     int32_t selectedEvent = 0;              // 1-based; 0 when none

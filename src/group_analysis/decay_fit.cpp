@@ -1,0 +1,217 @@
+#include "group_analysis/decay_fit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include <fmt/format.h>
+
+#include "group_analysis/texts.h"
+#include "recording/rounding.h"
+
+namespace vess::group {
+
+namespace {
+
+constexpr std::array<std::string_view, 4> kRangeNames = {
+    texts::kFitRangePeakToEnd, texts::kFitRange1090, texts::kFitRange2080, texts::kFitRangeCustom};
+constexpr std::array<std::string_view, 3> kRiseNames = {texts::kRise1090, texts::kRise2080,
+                                                        texts::kRise3070};
+constexpr std::array<std::array<double, 2>, 3> kRiseFractions = {{{0.1, 0.9}, {0.2, 0.8}, {0.3, 0.7}}};
+
+// Walking back from the peak, the first point within fraction f of the
+// amplitude of the baseline; 0 when none.
+int32_t BackTo(std::span<const int16_t> y, int32_t from, int32_t base, int32_t amplitude, double f) {
+    for (int32_t j = from; j >= 0; --j)
+        if (std::fabs(double(y[std::size_t(j)]) - base) <= std::fabs(f * amplitude)) return j;
+    return 0;
+}
+
+}  // namespace
+
+UnitScale UnitScale::Of(const Recording& rec) {
+    const AbfHeader& h = rec.Header();
+    return {rec.Gain(), h.adcRange, double(h.adcResolution), rec.Offset(), rec.IntervalUs(),
+            rec.Units()};
+}
+double UnitScale::Level(double counts) const {
+    return float(counts / gain * range / resolution + offset);
+}
+double UnitScale::Difference(double counts) const { return float(counts / gain * range / resolution); }
+
+FitRange FitRangeFromName(std::string_view name) {
+    const auto it = std::find(kRangeNames.begin(), kRangeNames.end(), name);
+    return it == kRangeNames.end() ? FitRange::PeakToEnd : FitRange(it - kRangeNames.begin());
+}
+std::string_view FitRangeName(FitRange range) { return kRangeNames[std::size_t(range)]; }
+std::string_view RiseRangeName(RiseRange range) { return kRiseNames[std::size_t(range)]; }
+
+std::array<int32_t, 6> FindDecayPoints(std::span<const double> y, int32_t peak, double baseline,
+                                       double amplitude) {
+    std::array<int32_t, 6> points;
+    points.fill(-1);
+    for (int32_t j = std::max(peak, 0); j < int32_t(y.size()); ++j)
+        for (std::size_t k = 0; k < kDecayFractions.size(); ++k)
+            if (points[k] < 0 &&
+                std::fabs(y[std::size_t(j)] - baseline) <= std::fabs(kDecayFractions[k] * amplitude))
+                points[k] = j;
+    return points;
+}
+
+PointRange FitRangePoints(FitRange range, int32_t peak, const std::array<int32_t, 6>& d,
+                          int32_t last, int32_t customFrom, int32_t customTo) {
+    auto at = [&](int level) { return d[std::size_t(level)] < 0 ? last : d[std::size_t(level)]; };
+    switch (range) {
+        case FitRange::PeakToEnd: return {peak, last};
+        case FitRange::Decay1090: return {at(kDecay90), at(kDecay10)};
+        case FitRange::Decay2080: return {at(kDecay80), at(kDecay20)};
+        case FitRange::Custom: break;
+    }
+    return {std::clamp(std::min(customFrom, customTo), 0, last),
+            std::clamp(std::max(customFrom, customTo), 0, last)};
+}
+
+TraceMeasurements MeasureTrace(std::span<const int16_t> y, int32_t prePoints, int peakDirection,
+                               RiseRange rise, const UnitScale& scale) {
+    TraceMeasurements m;
+    m.decayPoints.fill(-1);
+    const auto L = int32_t(y.size());
+    if (L == 0) return m;
+    const int32_t pre = prePoints > 0 && prePoints < L ? prePoints : 0;
+    int64_t sum = 0;
+    for (int32_t j = 0; j < std::max(pre, 1); ++j) sum += y[std::size_t(j)];
+    m.baseline = RoundClamp32(double(sum) / std::max(pre, 1));
+    const int dir = peakDirection < 0 ? -1 : 1;
+    m.peak = pre;
+    for (int32_t j = pre; j < L; ++j)
+        if ((y[std::size_t(j)] - m.baseline) * dir > (y[std::size_t(m.peak)] - m.baseline) * dir)
+            m.peak = j;
+    m.amplitude = y[std::size_t(m.peak)] - m.baseline;
+    const std::vector<double> values(y.begin(), y.end());
+    m.decayPoints = FindDecayPoints(values, m.peak, m.baseline, m.amplitude);
+    const auto [lo, hi] = kRiseFractions[std::size_t(rise)];
+    const int32_t hiPoint = BackTo(y, m.peak, m.baseline, m.amplitude, hi);
+    const int32_t loPoint = BackTo(y, hiPoint, m.baseline, m.amplitude, lo);
+    m.riseMs = scale.Ms(hiPoint - loPoint);
+    if (m.decayPoints[kDecay50] >= 0)
+        m.halfWidthMs =
+            scale.Ms(m.decayPoints[kDecay50] - BackTo(y, m.peak, m.baseline, m.amplitude, 0.5));
+    if (m.decayPoints[kDecay90] >= 0 && m.decayPoints[kDecay368] >= 0)
+        m.decay9037Ms = scale.Ms(m.decayPoints[kDecay368] - m.decayPoints[kDecay90]);
+    double area = 0;
+    for (int32_t j = pre; j < L; ++j) area += scale.Difference(y[std::size_t(j)] - m.baseline);
+    m.areaUnitsMs = scale.Ms(area);
+    return m;
+}
+
+std::vector<int32_t> TracesToFit(const TraceSet& set, AnalysisType type, int32_t current) {
+    if (set.Empty()) return {};
+    if (IsAverageType(type)) return {0};
+    if (IsIndividualType(type)) return {std::clamp(current, 0, set.count)};
+    std::vector<int32_t> all;
+    for (int32_t t = 1; t <= set.count; ++t) all.push_back(t);
+    return all;
+}
+
+TraceFit FitTrace(const TraceSet& set, int32_t t, int peakDirection, int group,
+                  const UnitScale& scale, const FitSettings& settings,
+                  const SimplexCallback& progress) {
+    TraceFit out;
+    out.trace = t;
+    const auto y = set.Row(t);
+    const int32_t last = set.length - 1;
+    out.measured = MeasureTrace(y, set.prePoints, peakDirection, settings.rise, scale);
+    const PointRange range = FitRangePoints(settings.range, out.measured.peak,
+                                            out.measured.decayPoints, last, settings.customFrom,
+                                            settings.customTo);
+    out.from = range.from;
+    out.to = range.to;
+    std::vector<double> xs, ys;
+    for (int32_t j = out.from; j <= out.to; ++j) {
+        xs.push_back(scale.Ms(j - out.from));
+        ys.push_back(scale.Level(y[std::size_t(j)]));
+    }
+    ExpParameters start = settings.guess;
+    if (!ys.empty()) start[6] = settings.model.offset ? ys.back() : 0.0;
+    if (!settings.useGuess && !ys.empty()) {
+        const double size = ys.front() - start[6];
+        const double tau = std::max(scale.Ms(1), scale.Ms(out.to - out.from) / 5);
+        constexpr std::array<std::array<double, 3>, 3> kShare = {
+            {{1, 0, 0}, {0.7, 0.3, 0}, {0.6, 0.3, 0.1}}};
+        for (int k = 0; k < 3; ++k) {
+            start[std::size_t(2 * k)] = tau * std::pow(5.0, k);
+            start[std::size_t(2 * k + 1)] =
+                size * kShare[std::size_t(settings.model.exponentials - 1)][std::size_t(k)];
+        }
+    }
+    SimplexOptions options = settings.simplex;
+    options.trace = t;
+    out.fit = FitExponentials(settings.model, start, xs, ys, options, progress);
+    for (double x : xs) out.curve.push_back(EvaluateModel(settings.model, out.fit.parameters, x));
+
+    ResultValues& v = out.values;
+    const ExpParameters& p = out.fit.parameters;
+    v.kind = ResultKind::DecayFit;
+    v.trace = t;
+    v.eventIndex = t > 0 ? set.eventIndex[std::size_t(t)] : 0;
+    v.group = group;
+    v.tracesAveraged = t == 0 ? set.count : 1;
+    v.exponentials = settings.model.exponentials;
+    v.iterations = out.fit.iterations;
+    v.restarts = out.fit.restarts;
+    v.amplitude = scale.Difference(out.measured.amplitude);
+    v.time = scale.Ms(out.measured.peak);
+    v.baseline = scale.Level(out.measured.baseline);
+    v.rise = out.measured.riseMs;
+    v.area = out.measured.areaUnitsMs;
+    v.halfWidth = out.measured.halfWidthMs;
+    v.decay9037 = out.measured.decay9037Ms;
+    v.tau1 = p[0], v.a1 = p[1], v.tau2 = p[2], v.a2 = p[3], v.tau3 = p[4], v.a3 = p[5];
+    v.offset = p[6];
+    v.rSquared = out.fit.quality.rSquared;
+    v.stdev = out.fit.quality.stdev;
+    v.rss = out.fit.quality.rss;
+    v.fitFrom = scale.Ms(out.from);
+    v.fitTo = scale.Ms(out.to);
+    out.report = FitReport(out, set, scale, settings);
+    return out;
+}
+
+std::string FormatThousands(double value) {
+    std::string digits = fmt::format("{:.2f}", std::fabs(value));
+    const std::size_t dot = digits.find('.');
+    for (std::ptrdiff_t at = std::ptrdiff_t(dot) - 3; at > 0; at -= 3)
+        digits.insert(std::size_t(at), ",");
+    return (value < 0 && digits.find_first_not_of("0.,") != std::string::npos ? "-" : "") + digits;
+}
+
+std::string FitEquation(const ExpModel& model, const ExpParameters& p) {
+    std::string eq = "y=";
+    for (int k = 0; k < model.exponentials; ++k)
+        eq += fmt::format("{}({:.2f})*exp(-x/{:.2f})", k ? "+" : "", p[std::size_t(2 * k + 1)],
+                          p[std::size_t(2 * k)]);
+    if (model.offset) eq += fmt::format("+({:.3f})", p[6]);
+    return eq;
+}
+
+std::string FitReport(const TraceFit& fit, const TraceSet& set, const UnitScale& scale,
+                      const FitSettings& settings) {
+    const TraceMeasurements& m = fit.measured;
+    const std::string nl = "\r\n";
+    std::string r;
+    r += fit.trace == 0 ? fmt::format("Number of Traces Averaged : {}", set.count)
+                        : fmt::format("Number of Trace : {}", fit.trace);
+    r += nl + "Peak Amplitude : " + FormatThousands(scale.Difference(m.amplitude)) + " " + scale.units;
+    r += nl + fmt::format("Rise{} : {:.2f}ms    Half-width : {:.2f}ms  Decay90-37% : {:.2f}ms",
+                          RiseRangeName(settings.rise), m.riseMs, m.halfWidthMs, m.decay9037Ms);
+    r += nl + fmt::format("    Area Under Curve : {:.2f}", m.areaUnitsMs);
+    r += nl + fmt::format("# of exponentials={}    Fit Range : {}", settings.model.exponentials,
+                          FitRangeName(settings.range));
+    r += nl + FitEquation(settings.model, fit.fit.parameters);
+    r += nl + fmt::format("Stdev:{:.4f}   Number of Iterations: {}  R-Sqr:{:.4f}",
+                          fit.fit.quality.stdev, fit.fit.iterations, fit.fit.quality.rSquared);
+    r += nl + fmt::format("Restarts of the search: {}", fit.fit.restarts);
+    return r;
+}
+
+}  // namespace vess::group

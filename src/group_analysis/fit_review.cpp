@@ -1,0 +1,86 @@
+#include "group_analysis/fit_review.h"
+
+#include <cmath>
+
+#include "group_analysis/texts.h"
+#include "recording/workspace.h"
+
+namespace vess::group {
+
+namespace {
+
+// Sets the group of the events of the given traces, as one undoable change.
+void SetGroup(Workspace& ws, const TraceSet& set, const std::vector<int32_t>& traces, int group,
+              const std::string& label) {
+    ws.history.Checkpoint(ws.events, label);
+    for (int32_t t : traces) {
+        const int32_t e = set.eventIndex[std::size_t(t)];
+        if (e >= 1 && e <= ws.events.Count()) ws.events[e].group = uint8_t(group);
+    }
+}
+
+}  // namespace
+
+double NormalQuantile(double percent) {
+    const double p = std::clamp(percent / 100.0, 0.0, 0.999999);
+    // P(|Z| <= z) = erf(z / sqrt 2) grows with z: bisection.
+    double lo = 0, hi = 10;
+    for (int i = 0; i < 100; ++i) {
+        const double mid = (lo + hi) / 2;
+        (std::erf(mid / std::sqrt(2.0)) < p ? lo : hi) = mid;
+    }
+    return (lo + hi) / 2;
+}
+
+std::vector<int32_t> TracesToReject(const std::vector<TraceFit>& fits, const RejectCriterion& c) {
+    double mean = 0, sd = 0;
+    if (c.confidencePercent && fits.size() > 1) {
+        for (const auto& f : fits) mean += f.values.tau1 / double(fits.size());
+        for (const auto& f : fits) sd += (f.values.tau1 - mean) * (f.values.tau1 - mean);
+        sd = std::sqrt(sd / double(fits.size() - 1));
+    }
+    const double z = c.confidencePercent ? NormalQuantile(*c.confidencePercent) : 0;
+    std::vector<int32_t> out;
+    for (const auto& f : fits) {
+        const bool poor = c.minRSquared && f.values.rSquared < *c.minRSquared;
+        const bool outside = c.confidencePercent && fits.size() > 1 &&
+                             std::fabs(f.values.tau1 - mean) > z * sd;
+        if (poor || outside) out.push_back(f.trace);
+    }
+    return out;
+}
+
+int AutoRejectCommand(Workspace& ws, const TraceSet& set, const std::vector<int32_t>& traces,
+                      Dialogs& dialogs) {
+    if (traces.empty()) return 0;
+    std::string list;
+    for (int32_t t : traces) list += " " + std::to_string(set.eventIndex[std::size_t(t)]);
+    if (!dialogs.AskYesNo(std::string(texts::kAutoRejectCaption),
+                          texts::AutoRejectPrompt(int(traces.size()), list)))
+        return 0;
+    SetGroup(ws, set, traces, 0, "Auto-reject fitted events");
+    return int(traces.size());
+}
+
+Comparison CompareFits(const TraceSet& set, int32_t t, int peakDirection, int group,
+                       const UnitScale& scale, FitSettings settings, double criterionPercent,
+                       const SimplexCallback& progress) {
+    settings.model.exponentials = 1;
+    TraceFit one = FitTrace(set, t, peakDirection, group, scale, settings, progress);
+    settings.model.exponentials = 2;
+    TraceFit two = FitTrace(set, t, peakDirection, group, scale, settings, progress);
+    const double r1 = one.values.rSquared, r2 = two.values.rSquared;
+    const bool twoWon = r1 != 0 && (r2 - r1) / std::fabs(r1) * 100.0 >= criterionPercent;
+    return {twoWon ? std::move(two) : std::move(one), twoWon};
+}
+
+int RegroupTwoExponentialCommand(Workspace& ws, const TraceSet& set,
+                                 const std::vector<int32_t>& traces, int group, Dialogs& dialogs) {
+    if (traces.empty()) return 0;
+    SetGroup(ws, set, traces, group, "Regroup two-exponential events");
+    dialogs.Message(std::string(texts::kRegroupCaption),
+                    texts::CompareRegroupText(int(traces.size()), group));
+    return int(traces.size());
+}
+
+}  // namespace vess::group

@@ -1,0 +1,175 @@
+#include "group_analysis/group_settings.h"
+
+#include <charconv>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "group_analysis/texts.h"
+#include "recording/file_io.h"
+#include "recording/texts.h"
+
+namespace vess::group {
+
+namespace {
+
+constexpr std::string_view kGroup = "GroupAnalysis", kFitting = "Fitting", kWalk = "RandomWalk",
+                           kNonStationary = "NonStationary";
+constexpr std::size_t kValueChars = 255;
+
+// One key of one section bound to a field; Read and Write walk the same list
+// so that the two can never disagree on a name.
+struct Binder {
+    const IniFile* in = nullptr;
+    IniFile* out = nullptr;
+
+    void Key(std::string_view section, std::string_view key, std::string& v) {
+        if (out) return out->Set(section, key, v);
+        if (auto t = in->Get(section, key, kValueChars)) v = *t;
+    }
+    void Key(std::string_view section, std::string_view key, bool& v) {
+        if (out) return out->Set(section, key, v ? "1" : "0");
+        auto t = in->Get(section, key, kValueChars);
+        if (!t) return;
+        for (auto& c : *t) c = char(std::tolower(static_cast<unsigned char>(c)));
+        if (*t == "true") v = true;
+        else if (*t == "false") v = false;
+        else if (int n = 0; Parse(*t, n)) v = n != 0;
+    }
+    void Key(std::string_view section, std::string_view key, int& v) {
+        if (out) return out->Set(section, key, fmt::format("{}", v));
+        if (auto t = in->Get(section, key, kValueChars)) Parse(*t, v);
+    }
+    void Key(std::string_view section, std::string_view key, double& v) {
+        if (out) return out->Set(section, key, fmt::format("{}", v));
+        if (auto t = in->Get(section, key, kValueChars)) Parse(*t, v);
+    }
+    template <class T>
+    static bool Parse(const std::string& text, T& v) {
+        T parsed{};
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), parsed);
+        if (ec != std::errc() || end != text.data() + text.size()) return false;
+        if constexpr (std::is_floating_point_v<T>)
+            if (!std::isfinite(parsed)) return false;
+        v = parsed;
+        return true;
+    }
+};
+
+// "DisplayGroup" is written "True"/"False" like the main settings.
+void DisplayGroupKey(Binder& b, bool& v) {
+    if (b.out) return b.out->Set(kGroup, "DisplayGroup", v ? "True" : "False");
+    b.Key(kGroup, "DisplayGroup", v);
+}
+
+void Bind(Binder& b, GroupAnalysisSettings& s) {
+    DisplayGroupKey(b, s.DisplayGroup);
+    b.Key(kGroup, "DisplayGain", s.DisplayGain);
+    b.Key(kGroup, "DisplayOffset", s.DisplayOffset);
+    b.Key(kGroup, "GroupNumber", s.GroupNumber);
+    b.Key(kGroup, "AnalysisType", s.AnalysisType);
+    b.Key(kGroup, "PeakAlignment", s.PeakAlignment);
+    b.Key(kGroup, "BlocktoAnalyze", s.BlocktoAnalyze);
+    b.Key(kGroup, "DisplayEveryPoint", s.DisplayEveryPoint);
+    b.Key(kGroup, "BaselineAdjust", s.BaselineAdjust);
+    b.Key(kFitting, "FitRange", s.FitRange);
+    b.Key(kFitting, "MaxIteration", s.MaxIteration);
+    b.Key(kFitting, "Tolerance", s.Tolerance);
+    b.Key(kFitting, "NumberExponential", s.NumberExponential);
+    b.Key(kFitting, "IncludeOffset", s.IncludeOffset);
+    b.Key(kFitting, "FixAmplitude", s.FixAmplitude);
+    b.Key(kFitting, "UseGuess", s.UseGuess);
+    b.Key(kFitting, "tau1", s.tau1);
+    b.Key(kFitting, "tau2", s.tau2);
+    b.Key(kFitting, "tau3", s.tau3);
+    b.Key(kFitting, "A1", s.A1);
+    b.Key(kFitting, "A2", s.A2);
+    b.Key(kFitting, "A3", s.A3);
+    b.Key(kFitting, "Rise", s.Rise);
+    b.Key(kFitting, "WidthAboveThreshold", s.WidthAboveThreshold);
+    b.Key(kFitting, "Ym", s.Ym);
+    b.Key(kFitting, "Yt", s.Yt);
+    b.Key(kFitting, "UseThresholdBaseline", s.UseThresholdBaseline);
+    b.Key(kFitting, "AmperoRise", s.AmperoRise);
+    b.Key(kFitting, "Electrons", s.Electrons);
+    b.Key(kFitting, "DecayPercent", s.DecayPercent);
+    b.Key(kFitting, "RestartSearch", s.RestartSearch);
+    b.Key(kWalk, "Type", s.WalkType);
+    b.Key(kWalk, "Edge", s.Edge);
+    b.Key(kWalk, "Vmax", s.Vmax);
+    b.Key(kWalk, "Km", s.Km);
+    b.Key(kWalk, "Release", s.Release);
+    b.Key(kWalk, "DeadRadius", s.DeadRadius);
+    b.Key(kWalk, "TotalRadius", s.TotalRadius);
+    b.Key(kWalk, "BinSize", s.BinSize);
+    b.Key(kWalk, "DiffusionCoeff", s.DiffusionCoeff);
+    b.Key(kWalk, "MaxIter", s.WalkMaxIter);
+    b.Key(kWalk, "Tolerance", s.WalkTolerance);
+    b.Key(kNonStationary, "AmplitudeBin", s.AmplitudeBin);
+    b.Key(kNonStationary, "AverageTrace", s.AverageTrace);
+    b.Key(kNonStationary, "SubtractBaseVar", s.SubtractBaseVar);
+    b.Key(kNonStationary, "IncludeOffset", s.NonStationaryOffset);
+}
+
+std::string Str(std::string_view s) { return std::string(s); }
+
+}  // namespace
+
+GroupAnalysisSettings GroupSettingsFromIni(const IniFile& ini) {
+    GroupAnalysisSettings s;
+    Binder b{.in = &ini};
+    Bind(b, s);
+    if (s.NumberExponential < 1 || s.NumberExponential > 3) s.NumberExponential = 2;
+    return s;
+}
+
+void GroupSettingsToIni(const GroupAnalysisSettings& settings, IniFile& ini) {
+    GroupAnalysisSettings copy = settings;
+    Binder b{.out = &ini};
+    Bind(b, copy);
+}
+
+GroupAnalysisSettings LoadGroupSettings(const std::filesystem::path& path) {
+    return GroupSettingsFromIni(IniFile::Load(path));
+}
+
+std::string SaveGroupSettings(const std::filesystem::path& path,
+                              const GroupAnalysisSettings& settings) {
+    IniFile ini = IniFile::Load(path);
+    GroupSettingsToIni(settings, ini);
+    return ini.Save(path);
+}
+
+bool SaveGroupSettingsCommand(const std::filesystem::path& iniPath,
+                              const GroupAnalysisSettings& settings, Dialogs& dialogs) {
+    const std::string error = SaveGroupSettings(iniPath, settings);
+    if (!error.empty()) {
+        dialogs.Message(Str(texts::kSettingsSavedCaption), error);
+        return false;
+    }
+    dialogs.Message(Str(texts::kSettingsSavedCaption), Str(texts::kSettingsSavedText));
+    return true;
+}
+
+bool SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settings, Dialogs& dialogs) {
+    const auto name = dialogs.SaveFile({"", Str(texts::kCustomSettingsFilter),
+                                        Str(texts::kCustomSettingsExtension), ""});
+    if (!name || name->empty()) return false;
+    const auto path = WithDefaultExtension(*name, texts::kCustomSettingsExtension);
+    if (std::filesystem::exists(path) &&
+        !dialogs.AskYesNo(Str(vess::texts::kReplaceFileCaption), Str(vess::texts::kReplaceFileText)))
+        return false;
+    const std::string error = SaveGroupSettings(path, settings);
+    if (!error.empty()) dialogs.Message(Str(texts::kCustomSettingsFilter), error);
+    return error.empty();
+}
+
+bool LoadGroupCustomSettingsCommand(GroupAnalysisSettings& settings, Dialogs& dialogs) {
+    const auto name = dialogs.OpenFile({"", Str(texts::kCustomSettingsFilter),
+                                        Str(texts::kCustomSettingsExtension), ""});
+    if (!name || name->empty()) return false;
+    settings = LoadGroupSettings(WithDefaultExtension(*name, texts::kCustomSettingsExtension));
+    return true;
+}
+
+}  // namespace vess::group

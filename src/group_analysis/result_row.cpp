@@ -1,0 +1,101 @@
+#include "group_analysis/result_row.h"
+
+#include "recording/le_bytes.h"
+
+namespace vess::group {
+
+namespace o = result_offsets;
+
+namespace {
+
+// Every double field with its offset, in row order; one table serves the
+// reader and the writer.
+template <class Values, class F>
+void ForEachReal(Values& v, F&& f) {
+    f(o::kAmplitude, v.amplitude);
+    f(o::kTime, v.time);
+    f(o::kBaseline, v.baseline);
+    f(o::kRise, v.rise);
+    f(o::kArea, v.area);
+    f(o::kHalfWidth, v.halfWidth);
+    f(o::kDecay9037, v.decay9037);
+    f(o::kTau1, v.tau1);
+    f(o::kA1, v.a1);
+    f(o::kTau2, v.tau2);
+    f(o::kA2, v.a2);
+    f(o::kTau3, v.tau3);
+    f(o::kA3, v.a3);
+    f(o::kOffset, v.offset);
+    f(o::kRSquared, v.rSquared);
+    f(o::kStdev, v.stdev);
+    f(o::kRss, v.rss);
+    f(o::kFitFrom, v.fitFrom);
+    f(o::kFitTo, v.fitTo);
+    f(o::kThreshold, v.threshold);
+    f(o::kWidth, v.width);
+    f(o::kAhpArea, v.ahpArea);
+    f(o::kAhpPeak, v.ahpPeak);
+    f(o::kDecayPercent, v.decayPercent);
+    f(o::kUnitCurrent, v.unitCurrent);
+    f(o::kChannels, v.channels);
+    f(o::kOpenProbability, v.openProbability);
+    f(o::kBaselineVariance, v.baselineVariance);
+}
+
+template <class Values, class F>
+void ForEachInteger(Values& v, F&& f) {
+    f(o::kTrace, v.trace);
+    f(o::kEventIndex, v.eventIndex);
+    f(o::kGroup, v.group);
+    f(o::kTracesAveraged, v.tracesAveraged);
+    f(o::kExponentials, v.exponentials);
+    f(o::kIterations, v.iterations);
+    f(o::kRestarts, v.restarts);
+}
+
+}  // namespace
+
+ResultBytes WriteResultRow(const ResultValues& values) {
+    ResultBytes row{};
+    std::span<uint8_t> bytes(row);
+    le::Put<int32_t>(bytes, o::kKind, int32_t(values.kind));
+    ForEachInteger(values, [&](std::size_t at, int32_t v) { le::Put<int32_t>(bytes, at, v); });
+    ForEachReal(values, [&](std::size_t at, double v) { le::Put<double>(bytes, at, v); });
+    return row;
+}
+
+ResultValues ReadResultRow(const ResultBytes& row) {
+    ResultValues values;
+    std::span<const uint8_t> bytes(row);
+    values.kind = ResultKind(le::Get<int32_t>(bytes, o::kKind));
+    ForEachInteger(values, [&](std::size_t at, int32_t& v) { v = le::Get<int32_t>(bytes, at); });
+    ForEachReal(values, [&](std::size_t at, double& v) { v = le::Get<double>(bytes, at); });
+    return values;
+}
+
+std::vector<ResultColumn> ResultColumns(ResultKind kind) {
+    switch (kind) {
+        case ResultKind::DecayFit:
+            return {{"Amplitude", o::kAmplitude}, {"Time", o::kTime}, {"Baseline", o::kBaseline},
+                    {"Rise", o::kRise}, {"Area", o::kArea}, {"Half-width", o::kHalfWidth},
+                    {"Decay90-37%", o::kDecay9037}, {"Tau1", o::kTau1}, {"A1", o::kA1},
+                    {"Tau2", o::kTau2}, {"A2", o::kA2}, {"Tau3", o::kTau3}, {"A3", o::kA3},
+                    {"Offset", o::kOffset}, {"R-Sqr", o::kRSquared}, {"Stdev", o::kStdev}};
+        case ResultKind::Fluctuation:
+            return {{"Amplitude", o::kAmplitude}, {"i", o::kUnitCurrent}, {"N", o::kChannels},
+                    {"Po", o::kOpenProbability}, {"Base Var", o::kBaselineVariance},
+                    {"R-Sqr", o::kRSquared}};
+        case ResultKind::None: break;
+    }
+    return {{"Amplitude", o::kAmplitude}, {"Time", o::kTime}, {"Baseline", o::kBaseline},
+            {"Rise", o::kRise}, {"Area", o::kArea}, {"Half-width", o::kHalfWidth},
+            {"Tau1", o::kTau1}, {"Tau2", o::kTau2}, {"Stdev", o::kStdev},
+            {"Threshold", o::kThreshold}, {"Width", o::kWidth}, {"AHP Area", o::kAhpArea},
+            {"AHP Peak", o::kAhpPeak}, {"Decay%", o::kDecayPercent}};
+}
+
+double ResultCell(const ResultBytes& row, const ResultColumn& column) {
+    return le::Get<double>(std::span<const uint8_t>(row), column.offset);
+}
+
+}  // namespace vess::group

@@ -1,0 +1,154 @@
+#include "group_analysis/results_commands.h"
+
+#include <filesystem>
+
+#include <fmt/format.h>
+
+#include "group_analysis/texts.h"
+#include "recording/data_array.h"
+#include "recording/file_io.h"
+#include "recording/le_bytes.h"
+#include "recording/texts.h"
+
+namespace vess::group {
+
+namespace {
+
+// Keeps the rows whose 1-based number satisfies keep.
+template <class Keep>
+void KeepRows(ResultsTable& table, Keep keep) {
+    std::vector<ResultBytes> kept;
+    for (int32_t i = 1; i <= table.Count(); ++i)
+        if (keep(i)) kept.push_back(table[i]);
+    table.Assign(std::move(kept));
+}
+
+std::string Str(std::string_view s) { return std::string(s); }
+
+std::optional<std::filesystem::path> AskSavePath(Dialogs& dialogs, std::string_view filter,
+                                                 std::string_view extension) {
+    const auto name = dialogs.SaveFile({"", Str(filter), Str(extension), ""});
+    if (!name || name->empty()) return std::nullopt;
+    return WithDefaultExtension(*name, extension);
+}
+
+}  // namespace
+
+void DeleteLastResult(ResultsTable& table) {
+    if (table.Count() > 0) KeepRows(table, [n = table.Count()](int32_t i) { return i < n; });
+}
+void DeleteEvenResults(ResultsTable& table) {
+    KeepRows(table, [](int32_t i) { return i % 2 == 1; });
+}
+void DeleteOddResults(ResultsTable& table) {
+    KeepRows(table, [](int32_t i) { return i % 2 == 0; });
+}
+void DeleteSelectedResults(ResultsTable& table, const std::set<int32_t>& rows) {
+    KeepRows(table, [&](int32_t i) { return !rows.contains(i); });
+}
+
+std::string FormatResult(double value) { return fmt::format("{:.3f}", value); }
+
+std::string ResultsText(const ResultsTable& table) {
+    const ResultKind kind =
+        table.Empty() ? ResultKind::None : ReadResultRow(table[table.Count()]).kind;
+    const auto columns = ResultColumns(kind);
+    std::string out;
+    for (std::size_t c = 0; c < columns.size(); ++c) out += (c ? "\t" : "") + Str(columns[c].title);
+    out += "\r\n";
+    for (const ResultBytes& row : table.Rows()) {
+        for (std::size_t c = 0; c < columns.size(); ++c)
+            out += (c ? "\t" : "") + FormatResult(ResultCell(row, columns[c]));
+        out += "\r\n";
+    }
+    return out;
+}
+
+bool SaveResultsAsciiCommand(const ResultsTable& table, Dialogs& dialogs) {
+    const auto path = AskSavePath(dialogs, texts::kAsciiFitFilter, texts::kAsciiFitExtension);
+    if (!path) return false;
+    if (std::filesystem::exists(*path)) {
+        dialogs.Message(Str(vess::texts::kFileExistCaption), Str(vess::texts::kFileExistText));
+        return false;
+    }
+    const std::string error = WriteFileAtomic(*path, ResultsText(table));
+    if (!error.empty()) dialogs.Message(Str(texts::kWindowCaption), error);
+    return error.empty();
+}
+
+std::vector<uint8_t> BuildResultsFile(const ResultsTable& table) {
+    std::vector<uint8_t> bytes(kResultsHeaderBytes + std::size_t(table.Count()) * kResultRowBytes);
+    std::span<uint8_t> out(bytes);
+    le::Put<int16_t>(out, 0, kVariantStringType);
+    le::Put<int16_t>(out, 2, int16_t(kResultsHeaderChars));
+    le::PutText(out, 4, kResultsHeaderChars, texts::kResultsFileTag);
+    std::size_t at = kResultsHeaderBytes;
+    for (const ResultBytes& row : table.Rows()) {
+        std::copy(row.begin(), row.end(), bytes.begin() + std::ptrdiff_t(at));
+        at += kResultRowBytes;
+    }
+    return bytes;
+}
+
+std::optional<std::vector<ResultBytes>> ParseResultsFile(std::span<const uint8_t> bytes) {
+    if (bytes.size() < 4) return std::nullopt;
+    const auto length = std::size_t(std::max<int16_t>(0, le::Get<int16_t>(bytes, 2)));
+    if (le::Get<int16_t>(bytes, 0) != kVariantStringType || bytes.size() < 4 + length)
+        return std::nullopt;
+    if (le::GetText(bytes, 4, length).find(texts::kResultsFileTag) == std::string::npos)
+        return std::nullopt;
+    std::vector<ResultBytes> rows;
+    for (std::size_t at = 4 + length; at + kResultRowBytes <= bytes.size(); at += kResultRowBytes) {
+        ResultBytes row;
+        std::copy_n(bytes.begin() + std::ptrdiff_t(at), kResultRowBytes, row.begin());
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+bool SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs) {
+    const auto path = AskSavePath(dialogs, texts::kResultsFileFilter, texts::kResultsFileExtension);
+    if (!path) return false;
+    if (std::filesystem::exists(*path) &&
+        !dialogs.AskYesNo(Str(texts::kReplaceCaption), Str(texts::kReplaceText)))
+        return false;
+    const std::string error = WriteFileAtomic(*path, BuildResultsFile(table));
+    if (!error.empty()) dialogs.Message(Str(texts::kWindowCaption), error);
+    return error.empty();
+}
+
+bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
+    const auto name = dialogs.OpenFile({"", Str(texts::kResultsFileFilter),
+                                        Str(texts::kResultsFileExtension), ""});
+    if (!name || name->empty()) return false;
+    const auto bytes = ReadFileBytes(WithDefaultExtension(*name, texts::kResultsFileExtension));
+    const auto rows = bytes ? ParseResultsFile(*bytes) : std::nullopt;
+    if (!rows) {
+        dialogs.Message(Str(texts::kResultsFileFilter),
+                        *name + " is not a results file: its header does not say \"" +
+                            Str(texts::kResultsFileTag) + "\".");
+        return false;
+    }
+    std::vector<ResultBytes> all;
+    if (table.Count() > 0 &&
+        !dialogs.AskYesNo(Str(texts::kClearResultsCaption), texts::ClearResultsPrompt(table.Count())))
+        all = table.Rows();
+    all.insert(all.end(), rows->begin(), rows->end());
+    table.Assign(std::move(all));
+    return true;
+}
+
+bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
+                             DataArray& array, int arrayNumber, Dialogs& dialogs) {
+    std::vector<float> values;
+    for (const ResultBytes& row : table.Rows()) values.push_back(float(ResultCell(row, column)));
+    if (!array.Empty() &&
+        dialogs.AskYesNo(Str(texts::kAppendOrClearCaption), texts::ClearArrayPrompt(arrayNumber)))
+        array.Clear();
+    if (array.Empty()) array.Assign(values);
+    else array.Append(values);
+    dialogs.Message(Str(texts::kDoneFillingCaption), texts::DoneFillingText(int(values.size())));
+    return true;
+}
+
+}  // namespace vess::group

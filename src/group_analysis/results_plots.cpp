@@ -1,0 +1,128 @@
+#include "group_analysis/results_plots.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include <fmt/format.h>
+
+#include "group_analysis/texts.h"
+#include "statistics/histogram.h"
+
+namespace vess::group {
+
+namespace {
+
+std::string Str(std::string_view s) { return std::string(s); }
+
+std::optional<double> AskNumber(Dialogs& dialogs, std::string_view caption, const std::string& prompt,
+                                const std::string& initial) {
+    const auto answer = dialogs.Input(Str(caption), prompt, initial);
+    if (!answer || answer->empty()) return std::nullopt;
+    double v = 0;
+    const auto [end, ec] = std::from_chars(answer->data(), answer->data() + answer->size(), v);
+    if (ec != std::errc() || end != answer->data() + answer->size()) return std::nullopt;
+    return v;
+}
+
+ResultKind LastKind(const ResultsTable& table) {
+    return table.Empty() ? ResultKind::None : ReadResultRow(table[table.Count()]).kind;
+}
+
+}  // namespace
+
+std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& column) {
+    std::vector<double> v;
+    for (const ResultBytes& row : table.Rows()) v.push_back(ResultCell(row, column));
+    return v;
+}
+
+std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
+                                               bool cumulative, Dialogs& dialogs) {
+    const auto values = ColumnValues(table, column);
+    if (values.empty()) return std::nullopt;
+    const auto bin = AskNumber(dialogs, texts::kBinSizeCaption, texts::BinSizePrompt(Str(column.title)), "1");
+    if (!bin || *bin <= 0) return std::nullopt;
+    const HistogramPlot h = MakeHistogram(
+        cumulative ? HistogramKind::CumulativeBins : HistogramKind::Frequency, values, *bin,
+        Str(column.title), "");
+    if (h.tooManyBins) {
+        const auto [lo, hi] = std::minmax_element(values.begin(), values.end());
+        dialogs.Message(Str(texts::kTooManyBinsCaption), texts::TooManyBinsText(*lo, *hi, *bin));
+        return std::nullopt;
+    }
+    PlotData plot = h.plot;
+    plot.title = Str(cumulative ? texts::kCumulativeFraction : texts::kFrequencyHistogram);
+    plot.yAxis = plot.title;
+    plot.xAxis = Str(column.title);
+    return plot;
+}
+
+std::optional<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,
+                                          Dialogs& dialogs) {
+    const auto values = ColumnValues(table, column);
+    if (values.empty()) return std::nullopt;
+    const auto first = AskNumber(dialogs, texts::kNormalizeFirstCaption,
+                                 Str(texts::kNormalizeFirstPrompt), "0");
+    if (!first) return std::nullopt;
+    const auto n = std::size_t(std::clamp<double>(*first, 0, double(values.size())));
+    double mean = 0;
+    for (std::size_t i = 0; i < n; ++i) mean += values[i] / double(n);
+    PlotSeries s{.kind = SeriesKind::LinesAndPoints};
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        s.x.push_back(double(i + 1));
+        s.y.push_back(n > 0 && mean != 0 ? values[i] / mean : values[i]);
+    }
+    const std::string y = Str(column.title) + (n > 0 ? Str(texts::kNormalizedSuffix) : "");
+    return PlotData{.title = y, .xAxis = Str(texts::kEventNumber), .yAxis = y, .series = {s}};
+}
+
+PlotData ScatterPlot(const ResultsTable& table, const ResultColumn& x, const ResultColumn& y,
+                     const std::optional<ResultColumn>& z) {
+    PlotSeries s{.kind = SeriesKind::Scatter, .x = ColumnValues(table, x), .y = ColumnValues(table, y)};
+    if (z) {
+        s.z = ColumnValues(table, *z);
+        s.zAxis = Str(z->title);
+    }
+    return PlotData{.title = Str(z ? texts::kScatter3dTitle : texts::kScatterTitle),
+                    .xAxis = Str(x.title), .yAxis = Str(y.title), .series = {s}};
+}
+
+PlotData VarianceMeanPlot(const FluctuationResult& r, const std::string& units) {
+    PlotSeries points{.kind = SeriesKind::Scatter, .x = r.binMean, .y = r.binVariance,
+                      .legend = "Bins"};
+    PlotSeries fit{.kind = SeriesKind::Lines, .x = r.curveX, .y = r.curveY,
+                   .legend = fmt::format("i = {:.3f} {}, N = {:.1f}", r.unitCurrent, units, r.channels)};
+    return PlotData{.title = Str(texts::kVarianceMeanTitle),
+                    .xAxis = fmt::format("Mean current ({})", units),
+                    .yAxis = fmt::format("Variance ({}^2)", units), .series = {points, fit}};
+}
+
+std::vector<ColumnStatistics> ResultColumnStatistics(const ResultsTable& table) {
+    std::vector<ColumnStatistics> out;
+    for (const ResultColumn& c : ResultColumns(LastKind(table))) {
+        const auto v = ColumnValues(table, c);
+        out.push_back({Str(c.title), Describe(v)});
+    }
+    return out;
+}
+
+std::string ColumnStatisticsText(const std::vector<ColumnStatistics>& columns) {
+    auto f = [](double v) { return fmt::format("{:.3f}", v); };
+    std::string out = Str(texts::kColumnStatCaption) + "\r\n\t";
+    for (const char* name : {"Average", "Stdev", "Std Error", "Variance", "Coeff of Var", "1/CV^2",
+                             "Median", "Minimum", "Maximum", "Skewness", "Kurtosis"})
+        out += std::string(name) + "\t";
+    out.back() = '\r';
+    out += "\n";
+    for (const auto& c : columns) {
+        const Descriptive& d = c.stats;
+        out += c.title;
+        for (double v : {d.average, d.stdev, d.stdError, d.variance, d.coeffOfVar, d.invCv2, d.median,
+                         d.minimum, d.maximum, d.skewness, d.kurtosis})
+            out += "\t" + f(v);
+        out += "\r\n";
+    }
+    return out;
+}
+
+}  // namespace vess::group

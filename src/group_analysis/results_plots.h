@@ -1,0 +1,40 @@
+// Plots and statistics of a results column: frequency and cumulative
+// histograms, the time course over the rows, X-Y and X-Y-Z scatter, the
+// variance-mean plot of fluctuation analysis, and the column statistics.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "graphs/plot_data.h"
+#include "group_analysis/fluctuation.h"
+#include "group_analysis/result_row.h"
+#include "recording/dialogs.h"
+#include "statistics/descriptive.h"
+
+namespace vess::group {
+
+std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& column);
+
+// Asks the bin size and draws the column's frequency (or cumulative)
+// histogram; nothing when cancelled or refused by the bin rule.
+std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
+                                               bool cumulative, Dialogs& dialogs);
+// Asks how many first points to normalise to (0: none) and plots the column
+// against "Event #", divided by the mean of those points.
+std::optional<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,
+                                          Dialogs& dialogs);
+PlotData ScatterPlot(const ResultsTable& table, const ResultColumn& x, const ResultColumn& y,
+                     const std::optional<ResultColumn>& z = std::nullopt);
+PlotData VarianceMeanPlot(const FluctuationResult& result, const std::string& units);
+
+struct ColumnStatistics {
+    std::string title;
+    Descriptive stats;
+};
+std::vector<ColumnStatistics> ResultColumnStatistics(const ResultsTable& table);
+// The statistics as text under "Group Analysis Results", values "##0.000".
+std::string ColumnStatisticsText(const std::vector<ColumnStatistics>& columns);
+
+}  // namespace vess::group

@@ -1,0 +1,177 @@
+#include "group_analysis/trace_set.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "recording/le_bytes.h"
+#include "recording/rounding.h"
+
+namespace vess::group {
+
+namespace {
+
+constexpr std::array<std::string_view, kAnalysisTypeCount> kTypeNames = {
+    "Average", "Individual", "Superimpose", "Scaled Average", "Scaled Individual",
+    "Scaled Superimpose"};
+constexpr std::array<std::string_view, kAlignmentCount> kAlignmentNames = {"Peak", "Rise-time",
+                                                                         "Rise 50"};
+// ABF 1 header fields of episodic recordings.
+constexpr std::size_t kActualEpisodes = 16, kNumSamplesPerEpisode = 138;
+
+int32_t HeaderInt(const Recording& rec, std::size_t offset) {
+    const auto& h = rec.HeaderBytes();
+    return h.size() >= offset + 4 ? le::Get<int32_t>(h, offset) : 0;
+}
+
+// Sizes the matrix and fills row 0 with the average of rows 1..N, each point
+// rounded to nearest with ties to even.
+void Average(TraceSet& set) {
+    const auto L = std::size_t(set.length);
+    for (std::size_t j = 0; j < L; ++j) {
+        int64_t sum = 0;
+        for (int32_t t = 1; t <= set.count; ++t) sum += set.points[std::size_t(t) * L + j];
+        set.points[j] = Clamp16(RoundEven(double(sum) / set.count));
+    }
+}
+
+TraceSet Sized(const Recording& rec, int32_t count, int32_t length) {
+    TraceSet set;
+    set.count = count;
+    set.length = length;
+    set.intervalUs = rec.IntervalUs();
+    set.points.assign(std::size_t(count + 1) * std::size_t(std::max(length, 0)), 0);
+    set.eventIndex.assign(std::size_t(count + 1), 0);
+    return set;
+}
+
+// Point j of an event's trace from its raw sample.
+int16_t EventValue(int16_t sample, const EventRecord& e, bool scaled, bool baselineAdjust,
+                   int32_t meanAmplitude) {
+    if (scaled) {
+        const double above = double(sample) - e.baseline;
+        // An event without amplitude cannot be scaled; it keeps its size.
+        const double factor = e.amplitude == 0 ? 1.0 : double(meanAmplitude) / e.amplitude;
+        return RoundClamp16(above * factor);
+    }
+    if (baselineAdjust) return Clamp16(int64_t(sample) - e.baseline);
+    return sample;
+}
+
+}  // namespace
+
+std::string_view AnalysisTypeName(AnalysisType type) { return kTypeNames[std::size_t(type)]; }
+std::string_view AlignmentName(Alignment alignment) {
+    return kAlignmentNames[std::size_t(alignment)];
+}
+AnalysisType AnalysisTypeFromName(std::string_view name) {
+    const auto it = std::find(kTypeNames.begin(), kTypeNames.end(), name);
+    return it == kTypeNames.end() ? AnalysisType::Average
+                                  : AnalysisType(it - kTypeNames.begin());
+}
+Alignment AlignmentFromName(std::string_view name) {
+    const auto it = std::find(kAlignmentNames.begin(), kAlignmentNames.end(), name);
+    return it == kAlignmentNames.end() ? Alignment::Peak : Alignment(it - kAlignmentNames.begin());
+}
+
+bool IsScaled(AnalysisType t) {
+    return t == AnalysisType::ScaledAverage || t == AnalysisType::ScaledIndividual ||
+           t == AnalysisType::ScaledSuperimpose;
+}
+bool IsAverageType(AnalysisType t) {
+    return t == AnalysisType::Average || t == AnalysisType::ScaledAverage;
+}
+bool IsIndividualType(AnalysisType t) {
+    return t == AnalysisType::Individual || t == AnalysisType::ScaledIndividual;
+}
+bool IsSuperimposeType(AnalysisType t) {
+    return t == AnalysisType::Superimpose || t == AnalysisType::ScaledSuperimpose;
+}
+
+int32_t TracePoints(double blocks) {
+    const double points = blocks * kBlockPoints;
+    if (!(points >= 1)) return 0;
+    return int32_t(std::min(points, 2.0e9));
+}
+
+void ReadStretch(std::span<const uint8_t> data, int64_t bytePosition, int channels, int channel,
+                 std::span<int16_t> out) {
+    if (bytePosition % 2 != 0) --bytePosition;
+    const auto size = int64_t(data.size());
+    for (std::size_t j = 0; j < out.size(); ++j) {
+        const int64_t at = bytePosition + (int64_t(j) * channels + channel) * 2;
+        out[j] = at >= 0 && at + 2 <= size ? le::Get<int16_t>(data, std::size_t(at)) : int16_t(0);
+    }
+}
+
+TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
+                            const AnalysisParameters& params, const TraceSetOptions& options) {
+    const double interval = rec.IntervalUs();
+    const auto pre = int32_t(double(params.PeriodStartBaseline) / interval);
+    int32_t count = 0;
+    int64_t amplitudeSum = 0;
+    for (const EventRecord& e : events.Records()) {
+        if (e.group != options.group) continue;
+        ++count;
+        amplitudeSum += e.amplitude;
+    }
+    if (count < 1) return Sized(rec, 0, 0);
+    TraceSet set = Sized(rec, count, TracePoints(options.blocks));
+    set.prePoints = pre;
+    set.meanAmplitude = RoundClamp32(double(amplitudeSum) / count);
+
+    const int channels = rec.ChannelCount();
+    const bool scaled = IsScaled(options.type);
+    const auto L = std::size_t(set.length);
+    std::vector<int16_t> raw(L);
+    int32_t t = 0;
+    for (int32_t i = 1; i <= events.Count(); ++i) {
+        const EventRecord& e = events[i];
+        if (e.group != options.group) continue;
+        ++t;
+        set.eventIndex[std::size_t(t)] = i;
+        double align = double(e.time) * 1000.0 / interval;
+        if (options.alignment == Alignment::RiseTime) align -= e.riseTime;
+        if (options.alignment == Alignment::Rise50) align -= e.rise50;
+        const double first = align - pre;
+        const int64_t position = RoundEven(first * 2.0 * channels);
+        ReadStretch(rec.DataBytes(), position, channels, std::min<int>(e.channel, channels - 1), raw);
+        int16_t* row = set.points.data() + std::size_t(t) * L;
+        for (std::size_t j = 0; j < L; ++j)
+            row[j] = EventValue(raw[j], e, scaled, options.baselineAdjust, set.meanAmplitude);
+    }
+    Average(set);
+    return set;
+}
+
+TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& options) {
+    const int channels = rec.ChannelCount();
+    const int32_t sweeps = HeaderInt(rec, kActualEpisodes);
+    const int32_t sweepSamples = HeaderInt(rec, kNumSamplesPerEpisode);  // all channels
+    if (sweeps < 1 || sweepSamples < 1) return Sized(rec, 0, 0);
+    const double blocks =
+        options.fullSweep ? double(sweepSamples) / channels / kBlockPoints : options.blocks;
+    TraceSet set = Sized(rec, sweeps, TracePoints(blocks));
+    const auto L = std::size_t(set.length);
+    for (int32_t t = 1; t <= sweeps; ++t) {
+        set.eventIndex[std::size_t(t)] = t;
+        std::span<int16_t> row(set.points.data() + std::size_t(t) * L, L);
+        ReadStretch(rec.DataBytes(), int64_t(t - 1) * sweepSamples * 2, channels, rec.Channel(), row);
+        if (!options.baselineAdjust || L == 0) continue;
+        int64_t first = 0;
+        const std::size_t n = std::min<std::size_t>(5, L);
+        for (std::size_t j = 0; j < n; ++j) first += row[j];
+        const double base = double(first) / double(n);
+        for (auto& v : row) v = RoundClamp16(v - base);
+    }
+    Average(set);
+    return set;
+}
+
+TraceSet BuildTraceSet(const Recording& rec, const EventTable& events,
+                       const AnalysisParameters& params, const TraceSetOptions& options) {
+    return options.source == TraceSource::Episodes ? BuildEpisodeTraceSet(rec, options)
+                                                   : BuildGroupTraceSet(rec, events, params, options);
+}
+
+}  // namespace vess::group

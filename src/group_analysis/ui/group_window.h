@@ -1,0 +1,103 @@
+// GrpAnal, "Group Analysis and Curve Fitting": builds the trace set of a
+// group, shows and navigates it, fits the decay, and keeps the results grid.
+// The window is thin: every command is a core function of group_analysis.
+#pragma once
+
+#include <QMainWindow>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "group_analysis/decay_fit.h"
+#include "group_analysis/group_settings.h"
+#include "group_analysis/trace_set.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QPlainTextEdit;
+class QPushButton;
+class QRadioButton;
+class QTableWidget;
+
+namespace vess {
+struct Workspace;
+class Dialogs;
+}
+
+namespace vess::group {
+
+class TracePicture;
+
+class GroupAnalysisWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
+
+    // The commands behind the buttons, menus and keys.
+    void StartDisplay();
+    void StartFitting();
+    void MoveTo(int32_t trace);
+    void RemoveTrace();
+    void RegroupTrace();
+    void JumpToTrace();
+    void RefreshGrid();
+
+    const TraceSet& Traces() const { return set_; }
+    int32_t CurrentTrace() const { return current_; }
+    bool Fitting() const { return fitting_; }
+    GroupAnalysisSettings& Settings() { return settings_; }
+    TracePicture* Picture() const { return picture_; }
+    QTableWidget* Grid() const { return grid_; }
+    QPlainTextEdit* Report() const { return report_; }
+    QLabel* TraceLabel() const { return traceLabel_; }
+    QAction* Action(const char* name) const { return actions_.at(name); }
+
+protected:
+    void keyPressEvent(QKeyEvent* e) override;
+
+private:
+    void BuildControls();
+    void BuildMenus();
+    QAction* AddAction(QMenu* menu, const char* name, const QString& text,
+                       std::function<void()> run);
+    void ReadControls();
+    void WriteControls();
+    void UpdateCursorLabel();
+    AnalysisType Type() const;
+    FitSettings MakeFitSettings() const;
+    const ResultColumn* CurrentColumn() const;
+    void PutColumn(int array);
+    void ShowColumnStatistics();
+    void SaveTraceText(bool curve);
+    void SavePicture();
+    void RunFluctuation();
+    void NotAvailable();
+
+    Workspace& ws_;
+    Dialogs& dialogs_;
+    GroupAnalysisSettings settings_;
+    TraceSet set_;
+    UnitScale scale_;
+    int32_t current_ = 0;
+    int displayedGroup_ = 1;
+    bool fitting_ = false, stopRequested_ = false;
+    std::vector<TraceFit> lastFits_;
+    std::vector<ResultColumn> gridColumns_;
+    std::map<std::string, QAction*> actions_;
+
+    QRadioButton *episodes_, *byGroup_;
+    QComboBox *group_, *type_, *alignment_, *blocks_, *every_, *gain_, *offset_;
+    QComboBox *fitRange_, *exponentials_, *maxIter_, *rise_, *minRSquared_, *confidence_;
+    QComboBox *criterion_, *regroupTarget_;
+    QCheckBox *baseline_, *fullSweep_, *timeLock_, *includeOffset_, *fixAmplitude_, *useGuess_;
+    QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_;
+    QPushButton *start_, *fit_;
+    QLabel *traceLabel_, *cursorLabel_, *progress_;
+    TracePicture* picture_;
+    QPlainTextEdit* report_;
+    QTableWidget* grid_;
+};
+
+}  // namespace vess::group

@@ -1,0 +1,370 @@
+// The commands of the group analysis window: display, navigation, trace
+// edits, fitting with its running display, the results grid and its menus.
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+
+#include <fmt/format.h>
+
+#include "graphs/ui/graph_frame.h"
+#include "group_analysis/fit_review.h"
+#include "group_analysis/fluctuation.h"
+#include "group_analysis/results_commands.h"
+#include "group_analysis/results_plots.h"
+#include "group_analysis/texts.h"
+#include "group_analysis/ui/group_assign_dialog.h"
+#include "group_analysis/ui/group_window.h"
+#include "group_analysis/ui/trace_picture.h"
+#include "group_analysis/ui/widget_out.h"
+#include "recording/file_io.h"
+#include "recording/texts.h"
+#include "recording/workspace.h"
+
+namespace vess::group {
+
+namespace {
+std::string Str(std::string_view s) { return std::string(s); }
+QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
+}  // namespace
+
+AnalysisType GroupAnalysisWindow::Type() const {
+    return AnalysisTypeFromName(type_->currentText().toStdString());
+}
+
+void GroupAnalysisWindow::StartDisplay() {
+    ReadControls();
+    set_ = TraceSet{};
+    if (ws_.recording) {
+        scale_ = UnitScale::Of(*ws_.recording);
+        displayedGroup_ = settings_.GroupNumber;
+        const TraceSetOptions o{
+            .source = settings_.DisplayGroup ? TraceSource::Group : TraceSource::Episodes,
+            .group = settings_.GroupNumber,
+            .type = Type(),
+            .alignment = AlignmentFromName(settings_.PeakAlignment),
+            .blocks = QString::fromStdString(settings_.BlocktoAnalyze).toDouble(),
+            .baselineAdjust = settings_.BaselineAdjust,
+            .fullSweep = fullSweep_->isChecked()};
+        set_ = BuildTraceSet(*ws_.recording, ws_.events, ws_.params(), o);
+    }
+    current_ = 0;
+    picture_->SetTraces(&set_, scale_);
+    picture_->SetDecimation(settings_.DisplayEveryPoint);
+    if (IsSuperimposeType(Type())) picture_->ShowAll();
+    else picture_->ShowTrace(0);
+    traceLabel_->setText(Q(texts::TraceLabel(0, set_.count)));
+    const int32_t last = std::max(set_.length - 1, 0);
+    if (!timeLock_->isChecked()) {
+        picture_->SetCursor(0, std::min(set_.prePoints, last));
+        picture_->SetCursor(1, last);
+    }
+    UpdateCursorLabel();
+}
+
+void GroupAnalysisWindow::MoveTo(int32_t trace) {
+    if (set_.Empty()) return;
+    current_ = std::clamp(trace, 0, set_.count);
+    if (!IsSuperimposeType(Type())) picture_->ShowTrace(IsAverageType(Type()) ? 0 : current_);
+    else picture_->SetHighlighted(current_);
+    picture_->ClearCurve();
+    traceLabel_->setText(Q(texts::TraceLabel(current_, set_.count)));
+    UpdateCursorLabel();
+}
+
+void GroupAnalysisWindow::JumpToTrace() {
+    if (set_.Empty()) return;
+    if (!IsIndividualType(Type()) && !IsAverageType(Type())) {
+        dialogs_.Message(Str(texts::kWindowCaption), Str(texts::kOnlyIndividualOrAverage));
+        return;
+    }
+    const auto answer = dialogs_.Input(Str(texts::kJumpCaption), texts::JumpPrompt(set_.count));
+    if (answer && !answer->empty()) MoveTo(QString::fromStdString(*answer).toInt());
+}
+
+void GroupAnalysisWindow::RemoveTrace() {
+    if (set_.Empty()) return;
+    if (current_ == 0) {
+        dialogs_.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRemoveAverage));
+        return;
+    }
+    ws_.history.Checkpoint(ws_.events, "Remove trace from its group");
+    ws_.events[set_.eventIndex[std::size_t(current_)]].group = 0;
+    StartDisplay();
+}
+
+void GroupAnalysisWindow::RegroupTrace() {
+    if (set_.Empty()) return;
+    if (current_ == 0) {
+        dialogs_.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRegroupAverage));
+        return;
+    }
+    const auto answer = dialogs_.Input(Str(texts::kGroupNumberCaption), Str(texts::kRegroupPrompt),
+                                       std::to_string(displayedGroup_ + 1));
+    if (!answer || answer->empty()) return;
+    bool ok = false;
+    const int g = QString::fromStdString(*answer).toInt(&ok);
+    if (!ok || g < 0 || g > 255) return;
+    ws_.history.Checkpoint(ws_.events, "Regroup trace");
+    ws_.events[set_.eventIndex[std::size_t(current_)]].group = uint8_t(g);
+    StartDisplay();
+}
+
+FitSettings GroupAnalysisWindow::MakeFitSettings() const {
+    FitSettings f;
+    f.model = {std::clamp(settings_.NumberExponential, 1, 3), settings_.IncludeOffset};
+    f.range = FitRangeFromName(settings_.FitRange);
+    f.customFrom = picture_->Cursor(0);
+    f.customTo = picture_->Cursor(1);
+    f.rise = RiseRange(std::clamp(settings_.Rise, 0, 2));
+    f.useGuess = settings_.UseGuess;
+    f.guess = {settings_.tau1, settings_.A1, settings_.tau2, settings_.A2, settings_.tau3, settings_.A3, 0};
+    f.simplex.tolerance = settings_.Tolerance;
+    f.simplex.maxIterations = settings_.MaxIteration;
+    f.simplex.restartUntilSettled = settings_.RestartSearch;
+    f.simplex.fixAmplitudes = settings_.FixAmplitude;
+    return f;
+}
+
+void GroupAnalysisWindow::StartFitting() {
+    ReadControls();
+    if (set_.Empty() || fitting_) return;
+    fitting_ = true;
+    stopRequested_ = false;
+    fit_->setText(Q(texts::kInterruptFitting));
+    const FitSettings f = MakeFitSettings();
+    // Shows the search as it runs and lets the button stop it.
+    const SimplexCallback progress = [this](const SimplexProgress& p) {
+        if (p.iteration % 25 == 0) {
+            progress_->setText(QString("%1%2%3%4%5%6%7%8")
+                                   .arg(Q(texts::kProgressTrace)).arg(p.trace)
+                                   .arg(Q(texts::kProgressIteration)).arg(p.iteration)
+                                   .arg("    ").arg(Q(texts::kProgressStdev) + QString::number(p.stdev, 'f', 5))
+                                   .arg(Q(texts::kProgressTolerance)).arg(QString::number(p.rtol, 'f', 7)));
+            QApplication::processEvents();
+        }
+        return !stopRequested_;
+    };
+    lastFits_.clear();
+    std::string report;
+    for (int32_t t : TracesToFit(set_, Type(), current_)) {
+        TraceFit fit = FitTrace(set_, t, ws_.params().PeakDirection, displayedGroup_, scale_, f, progress);
+        ws_.results.Append(WriteResultRow(fit.values));
+        report += fit.report + "\r\n\r\n";
+        picture_->SetCurve(fit.from, fit.curve);
+        const bool stopped = fit.fit.interrupted;
+        lastFits_.push_back(std::move(fit));
+        if (stopped) break;
+    }
+    report_->setPlainText(QString::fromStdString(report));
+    fit_->setText(Q(texts::kStartFitting));
+    fitting_ = false;
+    RefreshGrid();
+    if (IsSuperimposeType(Type()) && (autoReject_->isChecked() || rejectCi_->isChecked())) {
+        RejectCriterion c;
+        if (autoReject_->isChecked()) c.minRSquared = minRSquared_->currentText().toDouble();
+        if (rejectCi_->isChecked()) c.confidencePercent = confidence_->currentText().toDouble();
+        AutoRejectCommand(ws_, set_, TracesToReject(lastFits_, c), dialogs_);
+    }
+}
+
+const ResultColumn* GroupAnalysisWindow::CurrentColumn() const {
+    const int c = std::max(grid_->currentColumn(), 0);
+    return c < int(gridColumns_.size()) ? &gridColumns_[std::size_t(c)] : nullptr;
+}
+
+void GroupAnalysisWindow::RefreshGrid() {
+    const ResultKind kind = ws_.results.Empty() ? ResultKind::None
+                                                : ReadResultRow(ws_.results[ws_.results.Count()]).kind;
+    gridColumns_ = ResultColumns(kind);
+    grid_->setColumnCount(int(gridColumns_.size()));
+    grid_->setRowCount(ws_.results.Count());
+    QStringList heads;
+    for (const auto& c : gridColumns_) heads << Q(c.title);
+    grid_->setHorizontalHeaderLabels(heads);
+    for (int32_t r = 1; r <= ws_.results.Count(); ++r)
+        for (std::size_t c = 0; c < gridColumns_.size(); ++c)
+            grid_->setItem(r - 1, int(c), new QTableWidgetItem(QString::fromStdString(
+                                              FormatResult(ResultCell(ws_.results[r], gridColumns_[c])))));
+    grid_->resizeColumnsToContents();
+}
+
+void GroupAnalysisWindow::PutColumn(int array) {
+    if (const ResultColumn* c = CurrentColumn())
+        PutColumnToArrayCommand(ws_.results, *c, ws_.Array(array), array, dialogs_);
+}
+
+void GroupAnalysisWindow::ShowColumnStatistics() {
+    if (ws_.results.Empty()) return;
+    dialogs_.Message(Str(texts::kColumnStatCaption),
+                     ColumnStatisticsText(ResultColumnStatistics(ws_.results)));
+}
+
+void GroupAnalysisWindow::SaveTraceText(bool curve) {
+    if (set_.Empty()) return;
+    int32_t t = current_;
+    if (!curve) {
+        const auto which = dialogs_.Input(Str(texts::kCopyTraceCaption), texts::CopyTracePrompt(set_.count), "0");
+        if (!which || which->empty()) return;
+        t = std::clamp(QString::fromStdString(*which).toInt(), 0, set_.count);
+    }
+    const auto factor = dialogs_.Input(Str(texts::kNormalizeCaption), Str(texts::kNormalizePrompt), "1");
+    if (!factor || factor->empty()) return;
+    const double by = QString::fromStdString(*factor).toDouble() == 0 ? 1 : QString::fromStdString(*factor).toDouble();
+    const auto name = dialogs_.SaveFile({"", Str(texts::kTextFileFilter), Str(texts::kTextFileExtension), ""});
+    if (!name || name->empty()) return;
+    const auto path = WithDefaultExtension(*name, texts::kTextFileExtension);
+    if (std::filesystem::exists(path) &&
+        !dialogs_.AskYesNo(Str(vess::texts::kReplaceFileCaption), Str(vess::texts::kReplaceFileText)))
+        return;
+    std::string text = (curve ? Str(texts::kCurveFitHeader) : Str(texts::kGroupAnalysisHeader) +
+                        (ws_.recording ? ws_.recording->FileName() : "")) +
+                       Str(texts::kGroupHeader) + std::to_string(displayedGroup_) +
+                       Str(texts::kTraceHeader) + std::to_string(t) + "\r\n";
+    text += Str(texts::kTimeColumn) + "\tAmplitude (" + scale_.units + ")\r\n";
+    if (curve && !lastFits_.empty()) {
+        const TraceFit& f = lastFits_.back();
+        for (std::size_t k = 0; k < f.curve.size(); ++k)
+            text += fmt::format("{:.4f}\t{:.4f}\r\n", set_.TimeMs(f.from + int32_t(k)), f.curve[k] / by);
+    } else {
+        const auto row = set_.Row(t);
+        for (int32_t j = 0; j < set_.length; ++j)
+            text += fmt::format("{:.4f}\t{:.4f}\r\n", set_.TimeMs(j), scale_.Level(row[std::size_t(j)]) / by);
+    }
+    WriteFileAtomic(path, text);
+}
+
+void GroupAnalysisWindow::SavePicture() {
+    const auto name = dialogs_.SaveFile({"", "Picture (*.png *.svg *.pdf)", "png", ""});
+    if (!name || name->empty()) return;
+    const QString path = QString::fromStdString(WithDefaultExtension(*name, "png").string());
+    if (path.endsWith(".png", Qt::CaseInsensitive)) picture_->grab().save(path);
+    else ExportWidget(picture_, path);
+}
+
+void GroupAnalysisWindow::RunFluctuation() {
+    if (set_.count < 2) return;
+    std::vector<std::vector<double>> traces;
+    for (int32_t t = 1; t <= set_.count; ++t) {
+        std::vector<double> v;
+        for (int16_t c : set_.Row(t)) v.push_back(scale_.Difference(c));
+        traces.push_back(std::move(v));
+    }
+    const FluctuationResult r = AnalyseFluctuation(
+        traces, {.peakScaled = IsScaled(Type()), .amplitudeBins = settings_.AmplitudeBin,
+                 .subtractBaseVariance = settings_.SubtractBaseVar,
+                 .includeOffset = settings_.NonStationaryOffset, .baselinePoints = set_.prePoints / 2});
+    if (!r.ok) return;
+    ws_.results.Append(WriteResultRow(FluctuationRow(r, displayedGroup_, set_.count)));
+    RefreshGrid();
+    ShowPlot(VarianceMeanPlot(r, scale_.units));
+}
+
+void GroupAnalysisWindow::NotAvailable() {
+    dialogs_.Message(Str(texts::kNotAvailableCaption), Str(texts::kNotYetAvailable));
+}
+
+QAction* GroupAnalysisWindow::AddAction(QMenu* menu, const char* name, const QString& text,
+                                        std::function<void()> run) {
+    QAction* a = menu->addAction(text);
+    a->setObjectName(name);
+    connect(a, &QAction::triggered, this, std::move(run));
+    actions_[name] = a;
+    return a;
+}
+
+void GroupAnalysisWindow::BuildMenus() {
+    auto done = [this] { RefreshGrid(); };
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    AddAction(file, "menu_SaveResults", tr("&Save Results..."), [this] { SaveResultsCommand(ws_.results, dialogs_); });
+    AddAction(file, "menu_LoadResults", tr("&Load Results..."), [this, done] { LoadResultsCommand(ws_.results, dialogs_); done(); });
+    AddAction(file, "menu_copyasciifile", tr("Save Results as &Text..."), [this] { SaveResultsAsciiCommand(ws_.results, dialogs_); });
+    AddAction(file, "menu_saveascii", tr("Save Trace &Data..."), [this] { SaveTraceText(false); });
+    AddAction(file, "menu_savecurvedata", tr("Save &Curve Data..."), [this] { SaveTraceText(true); });
+    AddAction(file, "menu_saveBMP", tr("Save &Picture (PNG, SVG, PDF)..."), [this] { SavePicture(); });
+    file->addSeparator();
+    AddAction(file, "menu_SaveSettings", tr("Save Settings"), [this] { ReadControls(); SaveGroupSettingsCommand(ws_.iniPath, settings_, dialogs_); });
+    AddAction(file, "menu_SaveAsCustomSetup", tr("Save as Custom Settings..."), [this] { ReadControls(); SaveGroupCustomSettingsCommand(settings_, dialogs_); });
+    AddAction(file, "menu_LoadSettings", tr("Load Custom Settings..."), [this] { if (LoadGroupCustomSettingsCommand(settings_, dialogs_)) WriteControls(); });
+    AddAction(file, "menu_exit", tr("E&xit"), [this] { close(); });
+
+    QMenu* trace = menuBar()->addMenu(tr("&Trace"));
+    AddAction(trace, "menu_DisplayTrace", tr("&Start Display"), [this] { StartDisplay(); });
+    AddAction(trace, "menu_trace_remove", tr("&Remove Trace\tK"), [this] { RemoveTrace(); });
+    AddAction(trace, "menu_trace_regroup", tr("Re&group Trace\tU"), [this] { RegroupTrace(); });
+    AddAction(trace, "menu_trace_extract", tr("E&xtract Trace"), [this] { SaveTraceText(false); });
+    AddAction(trace, "menu_copydata", tr("&Copy Trace Data"), [this] { SaveTraceText(false); });
+    AddAction(trace, "menu_extractcurvedata", tr("Copy C&urve Data"), [this] { SaveTraceText(true); });
+    AddAction(trace, "menu_copybmp", tr("Copy &Picture"), [this] { CopyWidget(picture_); });
+
+    QMenu* results = menuBar()->addMenu(tr("&Results"));
+    AddAction(results, "menu_LastResult", tr("Delete &Last Result"), [this, done] { DeleteLastResult(ws_.results); done(); });
+    AddAction(results, "menu_ClearResults", tr("&Clear Results"), [this, done] { ws_.results.Clear(); done(); });
+    AddAction(results, "menu_DeleteEven", tr("Delete &Even Rows"), [this, done] { DeleteEvenResults(ws_.results); done(); });
+    AddAction(results, "menu_DeleteOdd", tr("Delete &Odd Rows"), [this, done] { DeleteOddResults(ws_.results); done(); });
+    AddAction(results, "menu_DeleteSelected", tr("Delete &Selected Rows"), [this, done] {
+        std::set<int32_t> rows;
+        for (const auto& r : grid_->selectionModel()->selectedRows()) rows.insert(r.row() + 1);
+        DeleteSelectedResults(ws_.results, rows);
+        done();
+    });
+    AddAction(results, "menu_copyresults", tr("Cop&y Results"), [this] { CopyText(ResultsText(ws_.results)); });
+    AddAction(results, "menu_ColumnStat", tr("Column &Statistics"), [this] { ShowColumnStatistics(); });
+    AddAction(results, "menu_Put2Array1", tr("Put Column into Array #&1"), [this] { PutColumn(1); });
+    AddAction(results, "menu_Put2Array2", tr("Put Column into Array #&2"), [this] { PutColumn(2); });
+    auto plot = [this](auto make) {
+        if (const ResultColumn* c = CurrentColumn())
+            if (auto p = make(*c)) ShowPlot(*p);
+    };
+    AddAction(results, "menu_FreqHisto", tr("&Frequency Histogram"), [this, plot] { plot([this](const ResultColumn& c) { return ResultHistogramCommand(ws_.results, c, false, dialogs_); }); });
+    AddAction(results, "menu_CumulHisto", tr("C&umulative Histogram"), [this, plot] { plot([this](const ResultColumn& c) { return ResultHistogramCommand(ws_.results, c, true, dialogs_); }); });
+    AddAction(results, "menu_TimeCoursePlot", tr("&Time Course Plot"), [this, plot] { plot([this](const ResultColumn& c) { return TimeCourseCommand(ws_.results, c, dialogs_); }); });
+    AddAction(results, "menu_scatter", tr("X-Y &Scatter (current and next column)"), [this] {
+        const int c = std::max(grid_->currentColumn(), 0);
+        if (c + 1 < int(gridColumns_.size()))
+            ShowPlot(ScatterPlot(ws_.results, gridColumns_[std::size_t(c)], gridColumns_[std::size_t(c + 1)],
+                                 c + 2 < int(gridColumns_.size()) ? std::optional(gridColumns_[std::size_t(c + 2)]) : std::nullopt));
+    });
+
+    QMenu* analysis = menuBar()->addMenu(tr("&Analysis"));
+    AddAction(analysis, "menu_StartFitting", tr("Start &Fitting"), [this] { StartFitting(); });
+    AddAction(analysis, "menu_CompareFits", tr("&Compare Fits"), [this] {
+        ReadControls();
+        if (set_.Empty()) return;
+        dialogs_.Message(Str(texts::kCompareFitsCaption), Str(texts::kCompareFitsText));
+        std::vector<int32_t> twoWon;
+        for (int32_t t : TracesToFit(set_, Type(), current_)) {
+            Comparison c = CompareFits(set_, t, ws_.params().PeakDirection, displayedGroup_, scale_,
+                                       MakeFitSettings(), criterion_->currentText().toDouble());
+            ws_.results.Append(WriteResultRow(c.chosen.values));
+            if (c.twoWon && t > 0) twoWon.push_back(t);
+        }
+        RefreshGrid();
+        if (regroupTwo_->isChecked())
+            RegroupTwoExponentialCommand(ws_, set_, twoWon, regroupTarget_->currentText().toInt(), dialogs_);
+    });
+    AddAction(analysis, "menu_NonStationary", tr("&Non-stationary Fluctuation Analysis"), [this] { ReadControls(); RunFluctuation(); });
+    AddAction(analysis, "menu_simplex_User", tr("&User-defined Function..."), [this] {
+        dialogs_.Message(Str(texts::kNotAvailableCaption), Str(texts::kAvailableInFuture));
+    });
+    for (const char* special : {"Action Potential Wave Analysis", "Amperometric Peak Analysis", "ECG Analysis",
+                                "Population Spike / fEPSP Analysis", "Multipeak Analysis",
+                                "Random-walk Diffusion Fitting"})
+        AddAction(analysis, special, tr(special), [this] { NotAvailable(); });
+
+    QMenu* groups = menuBar()->addMenu(tr("&Groups"));
+    for (auto [name, mode] : {std::pair{"menu_groupBursts", GroupAssignMode::Bursts},
+                              std::pair{"menu_groupEpisodic", GroupAssignMode::Episodic},
+                              std::pair{"menu_groupbyrandom", GroupAssignMode::Random}})
+        AddAction(groups, name, Q(GroupAssignModeName(mode)), [this, mode] {
+            GroupAssignDialog d(ws_, mode, this);
+            d.exec();
+        });
+}
+
+}  // namespace vess::group

@@ -1,0 +1,155 @@
+#include "group_analysis/ui/trace_picture.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vess::group {
+
+namespace {
+constexpr int kMargin = 40;
+}
+
+TracePicture::TracePicture(QWidget* parent) : QWidget(parent) {
+    setObjectName("Picture1");
+    setToolTip(tr("Click right button to highlight a trace"));
+    setMinimumSize(400, 250);
+    setFocusPolicy(Qt::StrongFocus);
+    setAutoFillBackground(true);
+    QPalette p = palette();
+    p.setColor(QPalette::Window, Qt::black);
+    setPalette(p);
+}
+
+void TracePicture::SetTraces(const TraceSet* set, const UnitScale& scale) {
+    set_ = set;
+    scale_ = scale;
+    trace_ = 0;
+    highlighted_ = -1;
+    curve_.clear();
+    update();
+}
+void TracePicture::ShowTrace(int32_t trace) { trace_ = trace; all_ = false; update(); }
+void TracePicture::ShowAll() { all_ = true; update(); }
+void TracePicture::SetDecimation(int everyPoints) { every_ = std::max(everyPoints, 1); update(); }
+void TracePicture::SetGainOffset(double gain, double offset) {
+    gain_ = gain > 0 ? gain : 1;
+    offset_ = offset;
+    update();
+}
+void TracePicture::SetCurve(int32_t fromPoint, std::vector<double> values) {
+    curveFrom_ = fromPoint;
+    curve_ = std::move(values);
+    update();
+}
+void TracePicture::ClearCurve() { curve_.clear(); update(); }
+
+void TracePicture::SetCursor(int which, int32_t point) {
+    const int32_t last = set_ && set_->length > 0 ? set_->length - 1 : 0;
+    cursor_[which] = std::clamp(point, 0, last);
+    update();
+    emit CursorsMoved();
+}
+
+double TracePicture::ValueAt(int32_t point) const {
+    if (!set_ || set_->Empty() || point < 0 || point >= set_->length) return 0;
+    return scale_.Level(set_->Row(all_ ? 0 : trace_)[std::size_t(point)]);
+}
+
+double TracePicture::XOf(int32_t point) const {
+    const int32_t n = set_ ? std::max(set_->length - 1, 1) : 1;
+    return kMargin + double(width() - 2 * kMargin) * point / n;
+}
+int32_t TracePicture::PointOf(double x) const {
+    const int32_t n = set_ ? std::max(set_->length - 1, 1) : 1;
+    return int32_t(std::lround((x - kMargin) / double(width() - 2 * kMargin) * n));
+}
+
+// The range of the drawn rows, widened by the display gain around its
+// centre and moved by the display offset (units).
+std::pair<double, double> TracePicture::YRange() const {
+    double lo = 1e300, hi = -1e300;
+    const int32_t first = all_ ? 1 : trace_, last = all_ ? set_->count : trace_;
+    for (int32_t t = first; t <= last; ++t)
+        for (int16_t v : set_->Row(t)) {
+            lo = std::min(lo, scale_.Level(v));
+            hi = std::max(hi, scale_.Level(v));
+        }
+    if (hi <= lo) hi = lo + 1;
+    const double mid = (lo + hi) / 2 + offset_, half = (hi - lo) / 2 * 1.1 / gain_;
+    return {mid - half, mid + half};
+}
+
+double TracePicture::YOf(double units) const {
+    const auto [lo, hi] = YRange();
+    return height() - kMargin / 2.0 - (units - lo) / (hi - lo) * (height() - kMargin);
+}
+
+void TracePicture::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(QColor(90, 90, 90));
+    p.drawRect(kMargin, kMargin / 2, width() - 2 * kMargin, height() - kMargin);
+    if (!set_ || set_->Empty() || set_->length < 1) return;
+    const auto [lo, hi] = YRange();
+    p.setPen(Qt::lightGray);
+    p.drawText(2, kMargin / 2 + 12, QString::number(hi, 'f', 1));
+    p.drawText(2, height() - kMargin / 2, QString::number(lo, 'f', 1));
+    p.drawText(width() - kMargin - 80, height() - 4,
+               QString("%1 ms").arg(set_->TimeMs(set_->length - 1), 0, 'f', 1));
+    auto drawRow = [&](int32_t t, const QColor& colour) {
+        QPainterPath path;
+        const auto row = set_->Row(t);
+        for (int32_t j = 0; j < set_->length; j += every_) {
+            const QPointF pt(XOf(j), YOf(scale_.Level(row[std::size_t(j)])));
+            if (j == 0) path.moveTo(pt);
+            else path.lineTo(pt);
+        }
+        p.setPen(QPen(colour, 1));
+        p.drawPath(path);
+    };
+    if (all_) {
+        for (int32_t t = 1; t <= set_->count; ++t)
+            drawRow(t, t == highlighted_ ? QColor(Qt::yellow) : QColor(80, 160, 255));
+    } else {
+        drawRow(trace_, trace_ == 0 ? QColor(Qt::white) : QColor(80, 200, 255));
+    }
+    if (!curve_.empty()) {
+        QPainterPath path;
+        for (std::size_t k = 0; k < curve_.size(); ++k) {
+            const QPointF pt(XOf(curveFrom_ + int32_t(k)), YOf(curve_[k]));
+            if (k == 0) path.moveTo(pt);
+            else path.lineTo(pt);
+        }
+        p.setPen(QPen(Qt::red, 2));
+        p.drawPath(path);
+    }
+    p.setPen(QPen(Qt::green, 1, Qt::DashLine));
+    for (int32_t c : cursor_) p.drawLine(QPointF(XOf(c), kMargin / 2.0), QPointF(XOf(c), height() - kMargin / 2.0));
+}
+
+void TracePicture::mousePressEvent(QMouseEvent* e) {
+    if (!set_ || set_->Empty()) return;
+    const int32_t point = PointOf(e->position().x());
+    if (e->button() == Qt::RightButton && all_) {
+        // The trace nearest the click at that point.
+        int32_t best = 1;
+        double bestDistance = 1e300;
+        for (int32_t t = 1; t <= set_->count; ++t) {
+            const double d = std::fabs(
+                YOf(scale_.Level(set_->Row(t)[std::size_t(std::clamp(point, 0, set_->length - 1))])) -
+                e->position().y());
+            if (d < bestDistance) bestDistance = d, best = t;
+        }
+        SetHighlighted(best);
+        emit TraceHighlighted(best);
+        return;
+    }
+    const bool second = e->button() == Qt::MiddleButton || (e->modifiers() & Qt::ShiftModifier);
+    SetCursor(second ? 1 : 0, point);
+}
+
+}  // namespace vess::group

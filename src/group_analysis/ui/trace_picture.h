@@ -1,0 +1,64 @@
+// Picture1 of the group analysis window: the average or the individual
+// traces in the recording's units against time from the start of the
+// stretch, the fitted curve over them, and two cursors.
+#pragma once
+
+#include <QWidget>
+
+#include <optional>
+#include <vector>
+
+#include "group_analysis/decay_fit.h"
+#include "group_analysis/trace_set.h"
+
+namespace vess::group {
+
+class TracePicture : public QWidget {
+    Q_OBJECT
+public:
+    explicit TracePicture(QWidget* parent = nullptr);
+
+    void SetTraces(const TraceSet* set, const UnitScale& scale);
+    // Which rows are drawn: one trace, or all 1..N over each other.
+    void ShowTrace(int32_t trace);
+    void ShowAll();
+    void SetDecimation(int everyPoints);
+    void SetGainOffset(double gain, double offset);
+    void SetCurve(int32_t fromPoint, std::vector<double> values);
+    void ClearCurve();
+    void SetHighlighted(int32_t trace) { highlighted_ = trace; update(); }
+
+    // Cursor positions in points (x1 follows a left click, x2 a middle or
+    // shift click).
+    int32_t Cursor(int which) const { return cursor_[which]; }
+    void SetCursor(int which, int32_t point);
+    // y of the shown trace at a cursor, in units.
+    double ValueAt(int32_t point) const;
+
+signals:
+    void CursorsMoved();
+    void TraceHighlighted(int32_t trace);
+
+protected:
+    void paintEvent(QPaintEvent*) override;
+    void mousePressEvent(QMouseEvent* e) override;
+
+private:
+    double XOf(int32_t point) const;
+    int32_t PointOf(double x) const;
+    double YOf(double units) const;
+    std::pair<double, double> YRange() const;
+
+    const TraceSet* set_ = nullptr;
+    UnitScale scale_;
+    int32_t trace_ = 0;
+    bool all_ = false;
+    int every_ = 1;
+    double gain_ = 1, offset_ = 0;
+    int32_t curveFrom_ = 0;
+    std::vector<double> curve_;
+    int32_t cursor_[2] = {0, 0};
+    int32_t highlighted_ = -1;
+};
+
+}  // namespace vess::group

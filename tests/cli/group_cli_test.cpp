@@ -1,0 +1,107 @@
+// vess average and vess fit, alone and piped together.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "recording/event_file.h"
+#include "support/run_vess.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+using test::RunVessCli;
+
+// Two identical events of -400 counts (2 counts a pA: -200 pA) decaying with
+// 60 points of 50 us (3 ms), in group 1, and one in group 2 that is twice as
+// large. PeriodStartBaseline 1000 us puts the peak at point 20 of the trace.
+struct EventFileOnDisk {
+    test::TempDir dir;
+    EventFileOnDisk() {
+        std::vector<int16_t> samples(4096, 0);
+        const std::pair<int, double> events[] = {{500, 400}, {1500, 400}, {2500, 800}};
+        for (auto [peak, size] : events)
+            for (int i = peak; i < peak + 1000; ++i)
+                samples[std::size_t(i)] = int16_t(std::nearbyint(-size * std::exp(-(i - peak) / 60.0)));
+        auto rec = test::MakeRecording(dir / "cell.abf", samples, 50, 2.0f);
+        EventTable table;
+        for (auto [peak, size] : events) {
+            EventRecord r;
+            r.time = float(peak * 0.05);
+            r.amplitude = -int32_t(size);
+            r.group = size > 400 ? 2 : 1;
+            table.Append(r);
+        }
+        AnalysisParameters params;
+        params.PeriodStartBaseline = 1000;
+        EXPECT_EQ(WriteEventFile(dir / "cell.EVT", rec->HeaderBytes(), params, table, "cell.abf"), "");
+    }
+    std::string Evt() const { return (dir / "cell.EVT").string(); }
+};
+
+TEST(VessAverage, PrintsTheAverageInUnitsAndTheTraceCount) {
+    EventFileOnDisk f;
+    const test::VessRun run = RunVessCli("average " + f.Evt() + " --group 1", f.dir / "err.txt");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    // Point 20 (1 ms) is the peak, -400 counts = -200 pA; point 80 is
+    // -400 e^-1 = -147.15 -> -147 counts = -73.5 pA.
+    EXPECT_EQ(run.out.substr(0, run.out.find("\n0.05,")),
+              "Traces averaged: 2\nTime (ms),Value (pA)\n0,0");
+    EXPECT_NE(run.out.find("\n1,-200\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n4,-73.5\n"), std::string::npos);
+    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 2 + 256);
+
+    const test::VessRun missing = RunVessCli("average " + f.Evt() + " --group 7", f.dir / "err.txt");
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_NE(missing.err.find("no event in group 7"), std::string::npos);
+}
+
+TEST(VessAverage, PipedIntoFitGivesTheDecay) {
+    EventFileOnDisk f;
+    const std::string cli = VESS_CLI;
+    const test::VessRun run = RunVessCli(
+        "average " + f.Evt() + " --group 2 --csv - 2>/dev/null | " + cli + " fit - --exp 1 --json",
+        f.dir / "err.txt");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const auto j = nlohmann::json::parse(run.out);
+    EXPECT_NEAR(j["tau1"].get<double>(), 3.0, 0.01);
+    EXPECT_NEAR(j["A1"].get<double>(), -400.0, 0.5);  // 800 counts at 2 a pA
+    EXPECT_GT(j["R-Sqr"].get<double>(), 0.99999);
+    for (const char* key : {"tau2", "A2", "tau3", "A3", "C", "Stdev", "RSS", "iterations", "restarts"})
+        EXPECT_TRUE(j.contains(key)) << key;
+}
+
+TEST(VessFit, WrittenSearchAloneStopsOnItsLineAndRangesAreChosen) {
+    // 80 exp(-x/3) on 0..29.9 ms: the single search from tau 5, A 100 only
+    // moves along A = 20 tau and stops near tau 3.56, A 71.2.
+    test::TempDir dir;
+    {
+        std::ofstream csv(dir / "exp.csv");
+        csv << "Time (ms),Value\n";
+        for (int i = 0; i < 300; ++i) csv << i * 0.1 << "," << 80 * std::exp(-i * 0.1 / 3) << "\n";
+    }
+    const std::string file = (dir / "exp.csv").string();
+    const auto single = RunVessCli("fit " + file + " --exp 1 --guess 5,100 --no-restart --json",
+                                   dir / "err.txt");
+    ASSERT_EQ(single.exitCode, 0) << single.err;
+    const auto s = nlohmann::json::parse(single.out);
+    EXPECT_NEAR(s["tau1"].get<double>(), 3.56, 0.02);
+    EXPECT_EQ(s["restarts"].get<int>(), 0);
+    const auto full = nlohmann::json::parse(
+        RunVessCli("fit " + file + " --exp 1 --range 2:20 --json", dir / "err.txt").out);
+    EXPECT_NEAR(full["tau1"].get<double>(), 3.0, 1e-3);
+    EXPECT_NEAR(full["A1"].get<double>(), 80 * std::exp(-2.0 / 3), 1e-2);  // x from 2 ms
+    // 90 % of 80 is reached at 3 ln(1/0.9) = 0.32 ms -> 0.4, 10 % at 6.91 -> 7.
+    const auto text = RunVessCli("fit " + file + " --exp 1 --range 10-90", dir / "err.txt");
+    EXPECT_NE(text.out.find("Restarts: "), std::string::npos);
+    EXPECT_NE(text.out.find("Fit range: 0.4 to 7 ms"), std::string::npos) << text.out;
+    const auto bad = RunVessCli("fit " + file + " --exp 2 --guess 1,2,3", dir / "err.txt");
+    EXPECT_EQ(bad.exitCode, 1);
+}
+
+}  // namespace
+}  // namespace vess

@@ -1,0 +1,169 @@
+// Measuring and fitting traces of the trace set, and the group assignments.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "group_analysis/decay_fit.h"
+#include "group_analysis/group_assign.h"
+#include "recording/workspace.h"
+
+namespace vess::group {
+namespace {
+
+// A trace set of one 400-point trace at 100 us: baseline 100 counts for 50
+// points, then a jump to 100 - 1000 that decays as 1000 exp(-t / 40 points),
+// so its decay levels are hand-computable: the 0.368 point is where
+// exp(-k/40) <= 0.368, k = ceil(40 ln(1/0.368)) = ceil(39.98) = 40.
+TraceSet DecaySet() {
+    TraceSet set;
+    set.count = 1;
+    set.length = 400;
+    set.prePoints = 50;
+    set.intervalUs = 100;
+    set.points.assign(800, 0);
+    set.eventIndex = {0, 7};
+    for (int j = 0; j < 400; ++j) {
+        const double v = j < 50 ? 100 : 100 - 1000 * std::exp(-(j - 50) / 40.0);
+        set.points[std::size_t(j)] = set.points[std::size_t(400 + j)] = int16_t(std::nearbyint(v));
+    }
+    return set;
+}
+
+UnitScale Scale() {  // 10 counts per pA, no offset
+    UnitScale s;
+    s.gain = 10;
+    s.range = 1;
+    s.resolution = 1;
+    s.intervalUs = 100;
+    s.units = "pA";
+    return s;
+}
+
+TEST(MeasureTrace, LevelsRiseHalfWidthDecayAndArea) {
+    const TraceSet set = DecaySet();
+    const TraceMeasurements m = MeasureTrace(set.Row(1), 50, -1, RiseRange::R1090, Scale());
+    EXPECT_EQ(m.baseline, 100);
+    EXPECT_EQ(m.peak, 50);
+    EXPECT_EQ(m.amplitude, -1000);
+    // 0.9: k >= 40 ln(1/0.9) = 4.21 -> 5; 0.5: 27.7 -> 28; 0.368: 40; 0.1:
+    // 92.1, but the stored count at k = 92 is 1000 e^-2.3 = 100.26 -> 100,
+    // already within 10 %.
+    EXPECT_EQ(m.decayPoints[kDecay90], 55);
+    EXPECT_EQ(m.decayPoints[kDecay50], 78);
+    EXPECT_EQ(m.decayPoints[kDecay368], 90);
+    EXPECT_EQ(m.decayPoints[kDecay10], 142);
+    EXPECT_NEAR(m.decay9037Ms, 3.5, 1e-9);       // 35 points of 0.1 ms
+    EXPECT_NEAR(m.halfWidthMs, (78 - 49) * 0.1, 1e-9);  // step: the 50 % point before is 49
+    EXPECT_EQ(m.riseMs, 0.0);                    // instant rise
+    // Area: -100 pA x 0.1 ms x sum exp(-k/40) over k = 0..349, a geometric
+    // sum, within the rounding of the stored counts.
+    EXPECT_NEAR(m.areaUnitsMs, -10 * (1 - std::exp(-350 / 40.0)) / (1 - std::exp(-1 / 40.0)), 0.05);
+}
+
+TEST(FitTrace, RecoversTheDecayAndFillsTheRowAndReport) {
+    const TraceSet set = DecaySet();
+    FitSettings f;
+    f.model = {1, true};
+    const TraceFit fit = FitTrace(set, 1, -1, 3, Scale(), f);
+    EXPECT_EQ(fit.from, 50);
+    EXPECT_EQ(fit.to, 399);
+    EXPECT_NEAR(fit.fit.parameters[0], 4.0, 0.01);    // 40 points of 0.1 ms
+    EXPECT_NEAR(fit.fit.parameters[1], -100.0, 0.1);  // -1000 counts
+    EXPECT_NEAR(fit.fit.parameters[6], 10.0, 0.05);   // baseline 100 counts
+    EXPECT_EQ(fit.values.kind, ResultKind::DecayFit);
+    EXPECT_EQ(fit.values.eventIndex, 7);
+    EXPECT_EQ(fit.values.group, 3);
+    EXPECT_EQ(fit.values.tau1, fit.fit.parameters[0]);
+    EXPECT_EQ(fit.curve.size(), 350u);
+    EXPECT_NE(fit.report.find("Number of Trace : 1\r\nPeak Amplitude : -100.00 pA\r\n"),
+              std::string::npos);
+    EXPECT_NE(fit.report.find("Decay90-37% : 3.50ms"), std::string::npos);
+    EXPECT_NE(fit.report.find("# of exponentials=1    Fit Range : Peak to End"), std::string::npos);
+    EXPECT_NE(fit.report.find("\r\n" + FitEquation(f.model, fit.fit.parameters) + "\r\nStdev:"),
+              std::string::npos);
+    EXPECT_EQ(FitEquation({2, true}, {4, -100, 25.5, 2.25, 0, 0, 10}),
+              "y=(-100.00)*exp(-x/4.00)+(2.25)*exp(-x/25.50)+(10.000)");
+    EXPECT_NE(fit.report.find("   Number of Iterations: "), std::string::npos);
+
+    f.range = FitRange::Decay1090;
+    const TraceFit part = FitTrace(set, 0, -1, 3, Scale(), f);
+    EXPECT_EQ(part.from, 55);
+    EXPECT_EQ(part.to, 142);
+    EXPECT_NE(part.report.find("Number of Traces Averaged : 1"), std::string::npos);
+}
+
+TEST(FitTrace, WhichTracesEachTypeFits) {
+    TraceSet set = DecaySet();
+    set.count = 3;
+    EXPECT_EQ(TracesToFit(set, AnalysisType::ScaledAverage, 2), std::vector<int32_t>{0});
+    EXPECT_EQ(TracesToFit(set, AnalysisType::Individual, 2), std::vector<int32_t>{2});
+    EXPECT_EQ(TracesToFit(set, AnalysisType::Superimpose, 2), (std::vector<int32_t>{1, 2, 3}));
+    EXPECT_EQ(FormatThousands(-12345.678), "-12,345.68");
+    EXPECT_EQ(FormatThousands(999.994), "999.99");
+}
+
+EventTable Events(std::initializer_list<double> timesMs) {
+    EventTable t;
+    int32_t index = 0;
+    for (double ms : timesMs) {
+        EventRecord e;
+        e.time = float(ms);
+        e.sampleIndex = int32_t(ms * 10);  // 100 us per point
+        e.group = index++ == 1 ? uint8_t(kGroupRejected) : uint8_t(0);
+        t.Append(e);
+    }
+    return t;
+}
+
+TEST(GroupAssign, BurstsNumberTheirEventsAndGroupThem) {
+    // Intervals 5, 5, 50, 3, 60, 4: with a 10 ms maximum and 2 events at
+    // least, events 1-3 and 4-5 and 6-7 form bursts.
+    const EventTable t = Events({0, 5, 10, 60, 63, 123, 127});
+    const GroupPlan all = PlanBursts(t, {.maxIntervalMs = 10, .minEvents = 2, .group = 4});
+    EXPECT_EQ(all.bursts, 3);
+    EXPECT_EQ(all.records[2].burstNumber, 1);
+    EXPECT_EQ(all.records[2].burstEventNumber, 3);
+    EXPECT_EQ(all.records[4].burstNumber, 2);
+    EXPECT_EQ(all.records[4].burstEventNumber, 2);
+    EXPECT_EQ(all.counts.at(4), 7);
+    // Three events at least: only the first run is a burst; first events only.
+    const GroupPlan first =
+        PlanBursts(t, {.maxIntervalMs = 10, .minEvents = 3, .firstEventsOnly = true, .group = 4});
+    EXPECT_EQ(first.bursts, 1);
+    EXPECT_EQ(first.counts.at(4), 1);
+    EXPECT_EQ(first.records[3].burstNumber, 0);
+    EXPECT_EQ(first.records[1].group, kGroupRejected);
+}
+
+TEST(GroupAssign, EpisodesBySweepOrWindowSkipRejectedEvents) {
+    const EventTable t = Events({0, 5, 10, 60, 63, 123, 127});
+    const GroupPlan sweeps = PlanEpisodic(t, {.bySweep = true, .sweepPoints = 500, .firstGroup = 2});
+    EXPECT_EQ(sweeps.records[0].group, 2);
+    EXPECT_EQ(sweeps.records[1].group, kGroupRejected);
+    EXPECT_EQ(sweeps.records[3].group, 3);   // 600 points: sweep 1
+    EXPECT_EQ(sweeps.records[6].group, 4);   // 1270 points: sweep 2
+    const GroupPlan windows = PlanEpisodic(t, {.bySweep = false, .windowMs = 100});
+    EXPECT_EQ(windows.counts.at(1), 4);
+    EXPECT_EQ(windows.counts.at(2), 2);
+    EXPECT_EQ(PreviewText(windows), "Group 1: 4 events\nGroup 2: 2 events\n");
+}
+
+TEST(GroupAssign, RandomGroupsAreEqualRepeatableAndUndoable) {
+    Workspace ws;
+    ws.events = Events({0, 5, 10, 60, 63, 123, 127, 130, 140});
+    const GroupPlan a = PlanRandom(ws.events, {.groups = 2, .firstGroup = 5, .seed = 42});
+    const GroupPlan b = PlanRandom(ws.events, {.groups = 2, .firstGroup = 5, .seed = 42});
+    EXPECT_EQ(a.records, b.records);
+    EXPECT_EQ(a.counts.at(5), 4);  // 8 events that are not rejected
+    EXPECT_EQ(a.counts.at(6), 4);
+    const GroupPlan c = PlanRandom(ws.events, {.groups = 2, .firstGroup = 5, .seed = 43});
+    EXPECT_NE(a.records, c.records);
+    const EventTable before = ws.events;
+    ApplyGroupPlan(ws, a);
+    EXPECT_EQ(ws.events.Records(), a.records);
+    ASSERT_TRUE(ws.history.Undo(ws.events));
+    EXPECT_EQ(ws.events, before);
+}
+
+}  // namespace
+}  // namespace vess::group

@@ -1,0 +1,177 @@
+// The results table: row layout, pruning, the results file byte for byte,
+// its commands' questions, the text copy and handing a column to an array.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "group_analysis/results_commands.h"
+#include "recording/data_array.h"
+#include "recording/file_io.h"
+#include "recording/le_bytes.h"
+#include "recording/scripted_dialogs.h"
+#include "support/test_recording.h"
+
+namespace vess::group {
+namespace {
+
+ResultValues Values(double tau1, int trace = 0) {
+    ResultValues v;
+    v.kind = ResultKind::DecayFit;
+    v.trace = trace;
+    v.eventIndex = trace * 3;
+    v.group = 2;
+    v.tracesAveraged = 12;
+    v.exponentials = 2;
+    v.iterations = 345;
+    v.restarts = 4;
+    v.amplitude = -52.25;
+    v.tau1 = tau1;
+    v.a1 = -40.5;
+    v.tau2 = 25.125;
+    v.rSquared = 0.9975;
+    v.unitCurrent = -1.75;
+    v.baselineVariance = 0.5;
+    return v;
+}
+
+ResultsTable Table(int rows) {
+    ResultsTable t;
+    for (int i = 1; i <= rows; ++i) t.Append(WriteResultRow(Values(i, i)));
+    return t;
+}
+
+double Tau1(const ResultsTable& t, int row) { return ReadResultRow(t[row]).tau1; }
+
+TEST(ResultBytes, EveryFieldRoundTripsAndLiesAtItsOffset) {
+    const ResultValues v = Values(3.5, 7);
+    const ResultBytes row = WriteResultRow(v);
+    EXPECT_EQ(ReadResultRow(row), v);
+    const std::span<const uint8_t> bytes(row);
+    EXPECT_EQ(le::Get<int32_t>(bytes, result_offsets::kKind), 1);
+    EXPECT_EQ(le::Get<int32_t>(bytes, result_offsets::kRestarts), 4);
+    EXPECT_EQ(le::Get<double>(bytes, result_offsets::kTau1), 3.5);
+    EXPECT_EQ(le::Get<double>(bytes, result_offsets::kBaselineVariance), 0.5);
+    for (std::size_t at = result_offsets::kFree; at < kResultRowBytes; ++at) EXPECT_EQ(row[at], 0);
+}
+
+TEST(ResultsTable, PruningCommands) {
+    ResultsTable t = Table(5);
+    DeleteEvenResults(t);  // Int(5 / 2 + 0.5) = 3 rows: old 1, 3, 5
+    ASSERT_EQ(t.Count(), 3);
+    EXPECT_EQ(Tau1(t, 1), 1);
+    EXPECT_EQ(Tau1(t, 2), 3);
+    EXPECT_EQ(Tau1(t, 3), 5);
+    t = Table(5);
+    DeleteOddResults(t);
+    ASSERT_EQ(t.Count(), 2);
+    EXPECT_EQ(Tau1(t, 2), 4);
+    t = Table(5);
+    DeleteSelectedResults(t, {2, 5});
+    ASSERT_EQ(t.Count(), 3);
+    EXPECT_EQ(Tau1(t, 3), 4);
+    DeleteLastResult(t);
+    EXPECT_EQ(t.Count(), 2);
+    t.Clear();
+    DeleteLastResult(t);
+    EXPECT_EQ(t.Count(), 0);
+}
+
+TEST(ResultsFile, HeaderAndRowsByteForByte) {
+    const ResultsTable t = Table(2);
+    const auto bytes = BuildResultsFile(t);
+    ASSERT_EQ(bytes.size(), 41u + 2 * 280u);
+    // 16-bit type 8, 16-bit length 37, 26 characters and 11 blanks.
+    const std::vector<uint8_t> header = {8, 0, 37, 0};
+    EXPECT_TRUE(std::equal(header.begin(), header.end(), bytes.begin()));
+    EXPECT_EQ(std::string(bytes.begin() + 4, bytes.begin() + 41),
+              "Vessantorium Results File.           ");
+    EXPECT_TRUE(std::equal(t[1].begin(), t[1].end(), bytes.begin() + 41));
+    EXPECT_TRUE(std::equal(t[2].begin(), t[2].end(), bytes.begin() + 321));
+    const auto rows = ParseResultsFile(bytes);
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(*rows, t.Rows());
+    auto foreign = bytes;
+    foreign[4] = 'X';
+    EXPECT_FALSE(ParseResultsFile(foreign));
+    EXPECT_FALSE(ParseResultsFile(std::span<const uint8_t>(bytes).first(3)));
+}
+
+TEST(ResultsFile, SaveAsksToReplaceAndLoadAsksToClear) {
+    test::TempDir dir;
+    const std::string path = (dir / "fits").string();
+    ResultsTable t = Table(3);
+    ScriptedDialogs d;
+    d.AnswerSaveFile(path);
+    ASSERT_TRUE(SaveResultsCommand(t, d));
+    EXPECT_TRUE(std::filesystem::exists(dir / "fits.RSL"));
+    d.AnswerSaveFile(path).AnswerYesNo(false);
+    EXPECT_FALSE(SaveResultsCommand(Table(1), d));
+    EXPECT_EQ(d.Transcript().back().caption, "Replace");
+    EXPECT_EQ(d.Transcript().back().text, "File already exist.  Do you want to replace?");
+    EXPECT_EQ(ReadFileBytes(dir / "fits.RSL")->size(), 41u + 3 * 280u);
+
+    // "No" appends the three loaded rows to the two present.
+    ResultsTable loaded = Table(2);
+    d.AnswerOpenFile(path + ".RSL").AnswerYesNo(false);
+    ASSERT_TRUE(LoadResultsCommand(loaded, d));
+    EXPECT_EQ(d.Transcript().back().caption, "Clear results?");
+    EXPECT_EQ(d.Transcript().back().text,
+              "There are 2 previous results.  Would you like to clear the previous results before loading?");
+    EXPECT_EQ(loaded.Count(), 5);
+    d.AnswerOpenFile(path + ".RSL").AnswerYesNo(true);
+    ASSERT_TRUE(LoadResultsCommand(loaded, d));
+    EXPECT_EQ(loaded, t);
+
+    // A file without the tag changes nothing.
+    std::ofstream(dir / "other.RSL") << "not results";
+    d.AnswerOpenFile((dir / "other.RSL").string());
+    EXPECT_FALSE(LoadResultsCommand(loaded, d));
+    EXPECT_EQ(loaded, t);
+    EXPECT_TRUE(d.AllAnswersUsed());
+}
+
+TEST(ResultsText, HeadingsAndThreeDecimals) {
+    const std::string text = ResultsText(Table(1));
+    EXPECT_EQ(text.substr(0, text.find("\r\n")),
+              "Amplitude\tTime\tBaseline\tRise\tArea\tHalf-width\tDecay90-37%\tTau1\tA1\tTau2\tA2\t"
+              "Tau3\tA3\tOffset\tR-Sqr\tStdev");
+    EXPECT_NE(text.find("\r\n-52.250\t0.000\t"), std::string::npos);
+    EXPECT_NE(text.find("\t1.000\t-40.500\t25.125\t"), std::string::npos);
+}
+
+TEST(ResultsText, AsciiFileRefusesAnExistingName) {
+    test::TempDir dir;
+    ScriptedDialogs d;
+    d.AnswerSaveFile((dir / "out").string());
+    ASSERT_TRUE(SaveResultsAsciiCommand(Table(2), d));
+    EXPECT_TRUE(std::filesystem::exists(dir / "out.Fit"));
+    d.AnswerSaveFile((dir / "out.Fit").string());
+    EXPECT_FALSE(SaveResultsAsciiCommand(Table(2), d));
+    EXPECT_EQ(d.Messages().back().caption, "File Exist");
+    EXPECT_EQ(d.Messages().back().text, "File already exist.  Try again with different file name.");
+}
+
+TEST(ResultsToArray, AsksBeforeClearingAndSaysArrayOneForBoth) {
+    const ResultsTable t = Table(3);
+    const ResultColumn tau1{"Tau1", result_offsets::kTau1};
+    DataArray array;
+    ScriptedDialogs d;
+    ASSERT_TRUE(PutColumnToArrayCommand(t, tau1, array, 2, d));  // empty: no question
+    EXPECT_EQ(array.UpperBound(), 3);
+    EXPECT_EQ(array[3], 3.0f);
+    d.AnswerYesNo(false);  // append
+    PutColumnToArrayCommand(t, tau1, array, 2, d);
+    EXPECT_EQ(array.UpperBound(), 6);
+    EXPECT_EQ(d.Transcript()[1].caption, "Append data or clear Data before adding");
+    EXPECT_EQ(d.Transcript()[1].text,
+              "Would you like to clear the array #2 before adding? (Answering 'No' will append the new data to the previous data)");
+    EXPECT_EQ(d.Messages().back().caption, "Done Filling Array #1");
+    EXPECT_EQ(d.Messages().back().text,
+              "All of 3 results are safely put into Array #1 for further statistical data analysis.");
+    d.AnswerYesNo(true);  // clear
+    PutColumnToArrayCommand(t, tau1, array, 2, d);
+    EXPECT_EQ(array.UpperBound(), 3);
+}
+
+}  // namespace
+}  // namespace vess::group

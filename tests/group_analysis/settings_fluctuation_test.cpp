@@ -1,0 +1,150 @@
+// The window's settings sections, and non-stationary fluctuation analysis of
+// binomial channels.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "group_analysis/fluctuation.h"
+#include "group_analysis/group_settings.h"
+#include "recording/ini_file.h"
+#include "recording/scripted_dialogs.h"
+#include "support/test_recording.h"
+
+namespace vess::group {
+namespace {
+
+TEST(GroupSettings, DefaultsOfEverySection) {
+    const GroupAnalysisSettings s = GroupSettingsFromIni(IniFile{});
+    EXPECT_TRUE(s.DisplayGroup);
+    EXPECT_EQ(s.AnalysisType, "Average");
+    EXPECT_EQ(s.FitRange, "Peak to End");
+    EXPECT_EQ(s.MaxIteration, 1000);
+    EXPECT_EQ(s.Tolerance, 0.001);
+    EXPECT_EQ(s.NumberExponential, 2);
+    EXPECT_EQ(s.tau3, 1000);
+    EXPECT_EQ(s.A2, 50);
+    EXPECT_EQ(s.DecayPercent, "90-37%");
+    EXPECT_TRUE(s.RestartSearch);
+    EXPECT_EQ(s.WalkType, "Amperometry in Slice");
+    EXPECT_EQ(s.DiffusionCoeff, "2.7e-6");
+    EXPECT_EQ(s.AmplitudeBin, 100);
+    EXPECT_EQ(s.AverageTrace, 5);
+}
+
+TEST(GroupSettings, EveryKeyRoundTripsThroughTheFileKeepingOtherSections) {
+    test::TempDir dir;
+    const auto path = dir / "Vessanto.ini";
+    IniFile other;
+    other.Set("Analysis", "PeakDirection%", "-1");
+    ASSERT_EQ(other.Save(path), "");
+    GroupAnalysisSettings s;
+    s.DisplayGroup = false;
+    s.GroupNumber = 7;
+    s.AnalysisType = "Scaled Superimpose";
+    s.PeakAlignment = "Rise 50";
+    s.BlocktoAnalyze = "0.25";
+    s.BaselineAdjust = true;
+    s.FitRange = "Decay 20%-80%";
+    s.Tolerance = 1e-5;
+    s.NumberExponential = 3;
+    s.IncludeOffset = s.FixAmplitude = s.UseGuess = true;
+    s.tau1 = 2.5;
+    s.A3 = -12.75;
+    s.Rise = 2;
+    s.RestartSearch = false;
+    s.Edge = "Absorbing";
+    s.WalkMaxIter = 900;
+    s.AmplitudeBin = 25;
+    s.SubtractBaseVar = s.NonStationaryOffset = true;
+    ASSERT_EQ(SaveGroupSettings(path, s), "");
+    EXPECT_EQ(LoadGroupSettings(path), s);
+    const IniFile written = IniFile::Load(path);
+    EXPECT_EQ(written.Get("Analysis", "PeakDirection%"), "-1");
+    EXPECT_EQ(written.Get("GroupAnalysis", "DisplayGroup"), "False");
+    EXPECT_EQ(written.Get("NonStationary", "IncludeOffset"), "1");
+    EXPECT_EQ(written.Get("Fitting", "IncludeOffset"), "1");
+}
+
+TEST(GroupSettings, CustomFilesAndTheSavedMessage) {
+    test::TempDir dir;
+    GroupAnalysisSettings s;
+    s.GroupNumber = 9;
+    ScriptedDialogs d;
+    ASSERT_TRUE(SaveGroupSettingsCommand(dir / "Vessanto.ini", s, d));
+    EXPECT_EQ(d.Messages().back().caption, "Settings Saved");
+    EXPECT_EQ(d.Messages().back().text, "The settings are saved into Vessanto.ini file.");
+    d.AnswerSaveFile((dir / "mine").string());
+    ASSERT_TRUE(SaveGroupCustomSettingsCommand(s, d));
+    d.AnswerSaveFile((dir / "mine.SET").string()).AnswerYesNo(false);
+    EXPECT_FALSE(SaveGroupCustomSettingsCommand(GroupAnalysisSettings{}, d));
+    EXPECT_EQ(d.Transcript().back().text, "File already exist.  Do you want to replace this file?");
+    GroupAnalysisSettings loaded;
+    d.AnswerOpenFile((dir / "mine.SET").string());
+    ASSERT_TRUE(LoadGroupCustomSettingsCommand(loaded, d));
+    EXPECT_EQ(loaded, s);
+}
+
+// Traces of N = 200 channels of i = -2 pA, each open with a probability that
+// rises and decays (peak 0.6), counted binomially at each point with a fixed
+// seed, plus optional Gaussian background noise.
+std::vector<std::vector<double>> BinomialTraces(int traces, double noiseSd, unsigned seed) {
+    constexpr int kChannels = 200, kPoints = 400, kBase = 40;
+    constexpr double kUnit = -2.0;
+    std::mt19937 rng(seed);
+    std::normal_distribution<double> noise(0.0, noiseSd);
+    std::vector<std::vector<double>> out;
+    for (int k = 0; k < traces; ++k) {
+        std::vector<double> t;
+        for (int j = 0; j < kPoints; ++j) {
+            const double s = j - kBase;
+            const double p = s < 0 ? 0 : 0.6 * (1 - std::exp(-s / 3)) * std::exp(-s / 80) / 0.9;
+            std::binomial_distribution<int> open(kChannels, std::min(p, 1.0));
+            t.push_back(kUnit * open(rng) + (noiseSd > 0 ? noise(rng) : 0.0));
+        }
+        out.push_back(std::move(t));
+    }
+    return out;
+}
+
+TEST(Fluctuation, BinomialChannelsGiveBackTheirCurrentAndNumber) {
+    const auto traces = BinomialTraces(300, 0, 11);
+    const FluctuationResult r =
+        AnalyseFluctuation(traces, {.peakScaled = false, .amplitudeBins = 20});
+    ASSERT_TRUE(r.ok);
+    EXPECT_NEAR(r.unitCurrent, -2.0, 0.15);
+    EXPECT_NEAR(r.channels, 200, 20);
+    EXPECT_NEAR(r.openProbability, std::fabs(r.peak) / (2.0 * 200), 0.06);
+    EXPECT_GT(r.rSquared, 0.9);
+    EXPECT_EQ(r.curveX.size(), r.curveY.size());
+    const ResultValues row = FluctuationRow(r, 4, 300);
+    EXPECT_EQ(row.kind, ResultKind::Fluctuation);
+    EXPECT_EQ(row.channels, r.channels);
+}
+
+TEST(Fluctuation, BackgroundVarianceIsSubtractedWhenAsked) {
+    // Noise of variance 4 pA^2 lifts every bin by 4; subtracting the
+    // variance of the 40 baseline points takes it away again.
+    const auto traces = BinomialTraces(300, 2.0, 12);
+    FluctuationOptions o{.peakScaled = false, .amplitudeBins = 20, .baselinePoints = 40};
+    const FluctuationResult kept = AnalyseFluctuation(traces, o);
+    o.subtractBaseVariance = true;
+    const FluctuationResult cleaned = AnalyseFluctuation(traces, o);
+    ASSERT_TRUE(kept.ok && cleaned.ok);
+    EXPECT_NEAR(cleaned.baselineVariance, 4.0, 0.5);
+    EXPECT_NEAR(cleaned.unitCurrent, -2.0, 0.2);
+    EXPECT_NEAR(cleaned.channels, 200, 25);
+    // With the offset term the noise is absorbed by the fit instead.
+    o.subtractBaseVariance = false;
+    o.includeOffset = true;
+    const FluctuationResult offset = AnalyseFluctuation(traces, o);
+    EXPECT_NEAR(offset.offset, 4.0, 1.5);  // the least constrained term
+    EXPECT_NEAR(offset.unitCurrent, -2.0, 0.3);
+}
+
+TEST(Fluctuation, TooFewTracesGiveNoResult) {
+    EXPECT_FALSE(AnalyseFluctuation(BinomialTraces(1, 0, 1), {}).ok);
+}
+
+}  // namespace
+}  // namespace vess::group

@@ -1,0 +1,203 @@
+// Building the trace set: alignment, the byte-position rule, baseline and
+// scaling, clamping, the rounded average, and a real recording.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+
+#include "group_analysis/trace_set.h"
+#include "recording/abf_writer.h"
+#include "support/test_recording.h"
+
+namespace vess::group {
+namespace {
+
+using test::TempDir;
+
+// Sample i of the ramp recording is i (counts), 50 us per point; with
+// PeriodStartBaseline 200 us the stretch starts pre = 4 points before the
+// alignment point. 0.0625 blocks are 16 points.
+struct RampRecording : ::testing::Test {
+    TempDir dir;
+    std::unique_ptr<Recording> rec;
+    AnalysisParameters params;
+    EventTable events;
+    void SetUp() override {
+        std::vector<int16_t> ramp(2048);
+        for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = int16_t(i);
+        rec = test::MakeRecording(dir / "ramp.abf", ramp, 50);
+        ASSERT_TRUE(rec);
+        params.PeriodStartBaseline = 200;
+    }
+    // An event whose alignment point is point index (time = index x 0.05 ms).
+    void AddEvent(double index, uint8_t group = 1, int32_t amplitude = 10, int16_t baseline = 0) {
+        EventRecord e;
+        e.time = float(index * 0.05);
+        e.group = group;
+        e.amplitude = amplitude;
+        e.baseline = baseline;
+        events.Append(e);
+    }
+    TraceSet Build(TraceSetOptions o = {}) {
+        if (o.blocks == 1) o.blocks = 0.0625;
+        return BuildGroupTraceSet(*rec, events, params, o);
+    }
+};
+
+TEST_F(RampRecording, OneEventAveragesToItselfFromPreBeforeItsPeak) {
+    AddEvent(100);
+    AddEvent(300, 2);  // another group, not taken
+    const TraceSet set = Build();
+    ASSERT_EQ(set.count, 1);
+    ASSERT_EQ(set.length, 16);
+    EXPECT_EQ(set.prePoints, 4);
+    EXPECT_EQ(set.eventIndex[1], 1);
+    for (int j = 0; j < 16; ++j) {
+        EXPECT_EQ(set.Row(1)[std::size_t(j)], 96 + j);
+        EXPECT_EQ(set.Row(0)[std::size_t(j)], 96 + j);
+    }
+}
+
+TEST_F(RampRecording, AverageRoundsHalvesToEven) {
+    // Rows 96+j and 97+j average to 96.5+j: 96.5 -> 96, 97.5 -> 98, 98.5 -> 98.
+    AddEvent(100);
+    AddEvent(101);
+    const TraceSet set = Build();
+    ASSERT_EQ(set.count, 2);
+    EXPECT_EQ(set.Row(0)[0], 96);
+    EXPECT_EQ(set.Row(0)[1], 98);
+    EXPECT_EQ(set.Row(0)[2], 98);
+    EXPECT_EQ(set.Row(0)[3], 100);
+}
+
+TEST_F(RampRecording, AlignmentSubtractsRiseTimeOrRise50) {
+    AddEvent(100);
+    events[1].riseTime = 7;
+    events[1].rise50 = 3;
+    EXPECT_EQ(Build({.alignment = Alignment::RiseTime}).Row(1)[0], 100 - 7 - 4);
+    EXPECT_EQ(Build({.alignment = Alignment::Rise50}).Row(1)[0], 100 - 3 - 4);
+}
+
+TEST_F(RampRecording, HalfPointStartsAreLoweredToTheSampleBoundary) {
+    // First point 95.5: byte 191, odd, lowered to 190 = point 95. First point
+    // 95.75: byte 191.5 rounds to 192 = point 96.
+    AddEvent(99.5);
+    AddEvent(99.75);
+    const TraceSet set = Build();
+    EXPECT_EQ(set.Row(1)[0], 95);
+    EXPECT_EQ(set.Row(2)[0], 96);
+}
+
+TEST_F(RampRecording, StretchesOutsideTheDataReadAsZero) {
+    AddEvent(2);     // starts 2 points before the data
+    AddEvent(2040);  // ends 4 points past it (2048 points)
+    const TraceSet set = Build();
+    EXPECT_EQ(set.Row(1)[0], 0);
+    EXPECT_EQ(set.Row(1)[1], 0);
+    EXPECT_EQ(set.Row(1)[2], 0);
+    EXPECT_EQ(set.Row(1)[3], 1);
+    EXPECT_EQ(set.Row(2)[11], 2047);
+    EXPECT_EQ(set.Row(2)[12], 0);
+}
+
+TEST_F(RampRecording, BaselineAndPeakScaling) {
+    // Amplitudes 10 and 30 give a mean amplitude of 20; baselines 90 and 290.
+    AddEvent(100, 1, 10, 90);
+    AddEvent(300, 1, 30, 290);
+    const TraceSet plain = Build({.baselineAdjust = true});
+    EXPECT_EQ(plain.meanAmplitude, 20);
+    EXPECT_EQ(plain.Row(1)[0], 96 - 90);
+    EXPECT_EQ(plain.Row(2)[0], 296 - 290);
+    // Scaled types subtract the baseline with the box unticked: (s - b) x 20 / a.
+    const TraceSet scaled = Build({.type = AnalysisType::ScaledAverage});
+    EXPECT_EQ(scaled.Row(1)[0], 12);   // 6 x 2
+    EXPECT_EQ(scaled.Row(2)[1], 5);    // 7 x 2/3 = 4.67 -> 5
+    EXPECT_EQ(scaled.Row(2)[0], 4);    // 6 x 2/3 = 4
+    EXPECT_EQ(scaled.Row(0)[0], 8);    // (12 + 4) / 2
+}
+
+TEST_F(RampRecording, ValuesBeyondSixteenBitsAreClamped) {
+    AddEvent(100, 1, 10, -32768);
+    AddEvent(300, 1, 10, 32767);
+    events[1].baseline = -32768;
+    const TraceSet set = Build({.baselineAdjust = true});
+    EXPECT_EQ(set.Row(1)[0], 32767);          // 96 + 32768 clamps
+    EXPECT_EQ(set.Row(2)[0], 296 - 32767);
+    // Mean amplitude 10, event amplitude 1: x10 overflows and clamps.
+    events[2].amplitude = 1;
+    events[1].amplitude = 19;
+    EXPECT_EQ(Build({.type = AnalysisType::ScaledIndividual}).Row(2)[0], -32768);
+}
+
+TEST_F(RampRecording, EmptyGroupGivesNoTraces) {
+    AddEvent(100, 3);
+    EXPECT_TRUE(Build().Empty());
+}
+
+TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
+    // Frames of two channels: channel 0 holds 1000 + i, channel 1 holds 2000 + i.
+    TempDir dir;
+    AbfWriteSpec spec = test::MakeSpec(50);
+    spec.channels.push_back(spec.channels[0]);
+    std::vector<int16_t> frames;
+    for (int i = 0; i < 512; ++i) {
+        frames.push_back(int16_t(1000 + i));
+        frames.push_back(int16_t(2000 + i));
+    }
+    ASSERT_EQ(WriteAbf(dir / "two.abf", spec, frames), "");
+    AbfError error{};
+    auto rec = Recording::Open(dir / "two.abf", &error);
+    ASSERT_TRUE(rec);
+    AnalysisParameters params;
+    params.PeriodStartBaseline = 200;  // 4 points
+    EventTable events;
+    EventRecord e;
+    e.group = 1;
+    e.time = float(100 * 0.05);  // first point 96: byte 384, channel 0 is 1096
+    events.Append(e);
+    e.time = float(100.5 * 0.05);  // first point 96.5: byte 386, mid-frame
+    events.Append(e);
+    e.channel = 1;
+    e.time = float(100 * 0.05);
+    events.Append(e);
+    const TraceSet set = BuildGroupTraceSet(*rec, events, params, {.blocks = 0.0625});
+    EXPECT_EQ(set.Row(1)[0], 1096);
+    EXPECT_EQ(set.Row(1)[1], 1097);
+    EXPECT_EQ(set.Row(2)[0], 2096);  // channel 0 read one sample late: channel 1's value
+    EXPECT_EQ(set.Row(2)[1], 2097);
+    EXPECT_EQ(set.Row(3)[0], 2096);
+}
+
+TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSum) {
+    VESS_REQUIRE_SHARED_DATA();
+    const auto dir = test::SharedData() / "events" / "Sim1";
+    AbfError error{};
+    auto rec = Recording::Open(dir / "Simulation.abf", &error);
+    ASSERT_TRUE(rec);
+    // 40 kHz; each event's peak taken 2 ms (80 points) after its onset,
+    // the onset index being round(t x 40000) - 1.
+    std::ifstream times(dir / "EventTimes.txt");
+    EventTable events;
+    std::vector<int64_t> peaks;
+    for (double t = 0; times >> t;) {
+        const int64_t peak = std::llround(t * 40000) - 1 + 80;
+        EventRecord e;
+        e.group = 1;
+        e.time = float(double(peak) * 0.025);
+        events.Append(e);
+        peaks.push_back(peak);
+    }
+    ASSERT_EQ(events.Count(), 40);
+    AnalysisParameters params;  // PeriodStartBaseline 6000 us: 240 points
+    const TraceSet set = BuildGroupTraceSet(*rec, events, params, {.blocks = 2});
+    ASSERT_EQ(set.count, 40);
+    ASSERT_EQ(set.length, 512);
+    for (int j = 0; j < set.length; ++j) {
+        int64_t sum = 0;
+        for (int64_t peak : peaks) sum += rec->Sample(peak - 240 + j);
+        ASSERT_EQ(set.Row(0)[std::size_t(j)], int16_t(std::nearbyint(double(sum) / 40))) << j;
+    }
+}
+
+}  // namespace
+}  // namespace vess::group
