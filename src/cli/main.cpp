@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     vess::cli::AddEventsCommand(app);
     vess::cli::AddDetectCommand(app);
     vess::cli::AddScoreCommand(app);
+    vess::cli::AddHrvCommand(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }
