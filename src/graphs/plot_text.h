@@ -1,0 +1,19 @@
+// A plot's numbers as text, for the clipboard and for files: tab-separated
+// columns, one pair (x, y) per series, or a triple when a series carries
+// colour values; a colour map becomes an x, y, z column triple.
+#pragma once
+
+#include <string>
+
+#include "graphs/plot.h"
+
+namespace vess {
+
+// The first line holds the column titles: the x axis text (or "X") and the
+// series' name (or the y axis text, or "Y"), and the series' zLabel (or "Z")
+// for colour-coded points. Rows follow up to the longest series; a shorter
+// series leaves its cells empty. Lines end with CR LF, as other programs
+// expect from pasted tables; numbers are in their shortest exact form.
+std::string PlotToTabSeparated(const Plot& plot);
+
+}  // namespace vess

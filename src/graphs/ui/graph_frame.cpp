@@ -1,0 +1,197 @@
+#include "graphs/ui/graph_frame.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPrintDialog>
+#include <QPrinter>
+
+#include "graphs/ui/axis_dialog.h"
+#include "graphs/ui/plot_widget.h"
+#include "recording/dialogs.h"
+#include "recording/save_path.h"
+
+namespace vess {
+
+namespace {
+
+QPointer<GraphFrame> sharedFrame;
+Dialogs* sharedDialogs = nullptr;
+
+constexpr const char* kExportCaption = "Export Plot";
+constexpr const char* kExportFilter =
+    "PNG Image (*.png)|*.png|SVG Drawing (*.svg)|*.svg|PDF Document (*.pdf)|*.pdf";
+constexpr const char* kPlotAllTitle = "All Plots";
+
+// A file name from a plot title: letters, digits, spaces, '-' and '_' kept.
+std::string FileNameOf(const std::string& title) {
+    std::string out;
+    for (char c : title)
+        if (std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_' || c == ' ') out += c;
+    while (!out.empty() && out.front() == ' ') out.erase(out.begin());
+    while (!out.empty() && out.back() == ' ') out.pop_back();
+    return out.empty() ? "plot" : out;
+}
+
+}  // namespace
+
+GraphFrame::GraphFrame(QWidget* parent) : QMainWindow(parent), area_(new QMdiArea(this)) {
+    setObjectName("GraphFrame");
+    setWindowTitle(tr("Graphs"));
+    setAttribute(Qt::WA_QuitOnClose, false);  // the main window decides when the program ends
+    area_->setObjectName("GraphArea");
+    setCentralWidget(area_);
+    resize(900, 650);
+    BuildMenus();
+    connect(area_, &QMdiArea::subWindowActivated, this, &GraphFrame::OnCurrentChanged);
+    OnCurrentChanged();
+}
+
+void GraphFrame::BuildMenus() {
+    auto add = [&](QMenu* menu, const char* name, const QString& text, auto slot) {
+        QAction* a = menu->addAction(text);
+        a->setObjectName(name);
+        connect(a, &QAction::triggered, this, slot);
+        return a;
+    };
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    add(file, "graph_Export", tr("&Export Plot..."), [this] { ExportPlot(CurrentPlot()); });
+    add(file, "graph_Print", tr("&Print Plot..."), [this] { PrintPlot(CurrentPlot()); });
+    file->addSeparator();
+    add(file, "graph_ClosePlot", tr("&Close Plot"), [this] { area_->closeActiveSubWindow(); });
+    add(file, "graph_CloseAll", tr("Close &All Plots"), [this] { area_->closeAllSubWindows(); });
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    add(edit, "graph_CopyPicture", tr("Copy &Picture"), [this] {
+        if (PlotWidget* p = CurrentPlot()) p->CopyPicture();
+    });
+    add(edit, "graph_CopyData", tr("Copy &Data"), [this] {
+        if (PlotWidget* p = CurrentPlot()) p->CopyData();
+    });
+    add(edit, "graph_Axes", tr("&Axes and Titles..."), [this] { EditAxes(CurrentPlot()); });
+    add(edit, "graph_ResetView", tr("&Reset View"), [this] {
+        if (PlotWidget* p = CurrentPlot()) p->ResetView();
+    });
+    QMenu* window = menuBar()->addMenu(tr("&Window"));
+    add(window, "graph_Tile", tr("&Tile"), [this] { Tile(); });
+    add(window, "graph_Cascade", tr("&Cascade"), [this] { Cascade(); });
+    add(window, "graph_PlotAll", tr("Plot &All in One"), [this] { PlotAll(); });
+}
+
+void GraphFrame::OnCurrentChanged() {
+    const bool any = CurrentPlot() != nullptr;
+    for (const char* name : {"graph_Export", "graph_Print", "graph_ClosePlot", "graph_CopyPicture",
+                             "graph_CopyData", "graph_Axes", "graph_ResetView"})
+        if (QAction* a = Action(name)) a->setEnabled(any);
+    if (QAction* a = Action("graph_PlotAll")) a->setEnabled(Plots().size() > 1);
+}
+
+QAction* GraphFrame::Action(const QString& objectName) const {
+    return findChild<QAction*>(objectName);
+}
+
+PlotWidget* GraphFrame::AddPlot(const Plot& plot) {
+    auto* widget = new PlotWidget(plot);
+    const QString title = plot.title.empty() ? tr("Plot %1").arg(++untitled_)
+                                             : QString::fromStdString(plot.title).trimmed();
+    widget->setWindowTitle(title);
+    connect(widget, &PlotWidget::ExportRequested, this, &GraphFrame::ExportPlot);
+    connect(widget, &PlotWidget::PrintRequested, this, &GraphFrame::PrintPlot);
+    connect(widget, &PlotWidget::AxesRequested, this, &GraphFrame::EditAxes);
+    QMdiSubWindow* sub = area_->addSubWindow(widget);
+    sub->setAttribute(Qt::WA_DeleteOnClose);
+    connect(sub, &QObject::destroyed, this, &GraphFrame::OnCurrentChanged, Qt::QueuedConnection);
+    sub->resize(520, 380);
+    sub->show();
+    area_->setActiveSubWindow(sub);
+    OnCurrentChanged();
+    return widget;
+}
+
+std::vector<PlotWidget*> GraphFrame::Plots() const {
+    std::vector<PlotWidget*> out;
+    for (QMdiSubWindow* sub : area_->subWindowList(QMdiArea::CreationOrder))
+        if (auto* p = qobject_cast<PlotWidget*>(sub->widget())) out.push_back(p);
+    return out;
+}
+
+PlotWidget* GraphFrame::CurrentPlot() const {
+    QMdiSubWindow* sub = area_->currentSubWindow();
+    if (!sub) {
+        const auto list = area_->subWindowList(QMdiArea::ActivationHistoryOrder);
+        if (list.isEmpty()) return nullptr;
+        sub = list.back();
+    }
+    return qobject_cast<PlotWidget*>(sub->widget());
+}
+
+void GraphFrame::Tile() { area_->tileSubWindows(); }
+void GraphFrame::Cascade() { area_->cascadeSubWindows(); }
+
+PlotWidget* GraphFrame::PlotAll() {
+    std::vector<Plot> plots;
+    for (PlotWidget* p : Plots()) plots.push_back(p->Description());
+    if (plots.empty()) return nullptr;
+    return AddPlot(CombinePlots(plots, kPlotAllTitle));
+}
+
+bool GraphFrame::ExportPlot(PlotWidget* plot) {
+    if (!plot) return false;
+    const std::string name = FileNameOf(plot->Description().title);
+    QString path;
+    if (dialogs_) {
+        const FileDialogRequest request{kExportCaption, kExportFilter, "png", name};
+        const auto chosen = ChooseSavePath(*dialogs_, request, ExistingFile::AskReplace);
+        if (!chosen) return false;
+        path = QString::fromStdString(chosen->string());
+    } else {
+        path = QFileDialog::getSaveFileName(this, kExportCaption, QString::fromStdString(name + ".png"),
+                                            "PNG Image (*.png);;SVG Drawing (*.svg);;PDF Document (*.pdf)");
+        if (path.isEmpty()) return false;
+    }
+    if (plot->SaveAs(path)) return true;
+    const std::string text = "The plot could not be written to " + path.toStdString() + ".";
+    if (dialogs_) dialogs_->Message(kExportCaption, text);
+    else QMessageBox::warning(this, kExportCaption, QString::fromStdString(text));
+    return false;
+}
+
+void GraphFrame::PrintPlot(PlotWidget* plot) {
+    if (!plot) return;
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setPageOrientation(QPageLayout::Landscape);
+    QPrintDialog dialog(&printer, this);
+    if (dialog.exec() == QDialog::Accepted) plot->PrintTo(printer);
+}
+
+void GraphFrame::EditAxes(PlotWidget* plot) {
+    if (!plot) return;
+    AxisDialog dialog(*plot, this);
+    dialog.exec();
+}
+
+PlotWidget* ShowPlot(const Plot& plot) {
+    if (!sharedFrame) {
+        sharedFrame = new GraphFrame;
+        sharedFrame->SetDialogs(sharedDialogs);
+        QObject::connect(qApp, &QCoreApplication::aboutToQuit, sharedFrame.data(), &QObject::deleteLater);
+    }
+    PlotWidget* widget = sharedFrame->AddPlot(plot);
+    sharedFrame->show();
+    sharedFrame->raise();
+    return widget;
+}
+
+GraphFrame* CurrentGraphFrame() { return sharedFrame.data(); }
+
+void CloseGraphFrame() { delete sharedFrame.data(); }
+
+void SetGraphDialogs(Dialogs* dialogs) {
+    sharedDialogs = dialogs;
+    if (sharedFrame) sharedFrame->SetDialogs(dialogs);
+}
+
+}  // namespace vess

@@ -1,0 +1,72 @@
+// The graph frame: one window holding many plots as child windows, with
+// tile, cascade and "plot all" (every plot overlaid in a new child), and the
+// export, copy and print commands of the current plot. ShowPlot is the one
+// way the rest of the program puts a plot on screen.
+#pragma once
+
+#include <QMainWindow>
+
+#include <vector>
+
+#include "graphs/plot.h"
+#include "graphs/plot_sink.h"
+
+class QMdiArea;
+
+namespace vess {
+
+class Dialogs;
+class PlotWidget;
+
+class GraphFrame : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit GraphFrame(QWidget* parent = nullptr);
+
+    PlotWidget* AddPlot(const Plot& plot);
+    std::vector<PlotWidget*> Plots() const;
+    // The current child plot (the last one added or clicked), or nullptr.
+    PlotWidget* CurrentPlot() const;
+    QMdiArea* Area() const { return area_; }
+    QAction* Action(const QString& objectName) const;
+
+    void Tile();
+    void Cascade();
+    // Every plot of the frame overlaid in one new child.
+    PlotWidget* PlotAll();
+
+    // File names and messages go through these dialogs (the program's own);
+    // without them the frame asks with Qt's file dialog.
+    void SetDialogs(Dialogs* dialogs) { dialogs_ = dialogs; }
+    // Asks for a file name and writes the plot as PNG, SVG or PDF by its
+    // extension. False when cancelled or not written.
+    bool ExportPlot(PlotWidget* plot);
+    void PrintPlot(PlotWidget* plot);
+    void EditAxes(PlotWidget* plot);
+
+private:
+    void BuildMenus();
+    void OnCurrentChanged();
+
+    QMdiArea* area_;
+    Dialogs* dialogs_ = nullptr;
+    int untitled_ = 0;
+};
+
+// The program's graph frame, opened and raised when needed; the plot goes
+// into a new child window. Returns the child's plot.
+PlotWidget* ShowPlot(const Plot& plot);
+// The graph frame if one is open, else nullptr.
+GraphFrame* CurrentGraphFrame();
+// Closes and deletes the graph frame with its plots.
+void CloseGraphFrame();
+// The dialogs every graph frame uses from now on (may be nullptr).
+void SetGraphDialogs(Dialogs* dialogs);
+
+// Shows core commands' plots in the graph frame.
+class GraphFrameSink : public PlotSink {
+public:
+    void Show(const Plot& plot) override { ShowPlot(plot); }
+};
+
+}  // namespace vess

@@ -1,0 +1,318 @@
+// The graph windows on the offscreen platform: drawing each kind of series,
+// mouse zoom, pan and reset, the axis dialog, export, clipboard, printing
+// and the frame's child windows.
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QPrinter>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <qcustomplot.h>
+
+#include "graphs/plot_text.h"
+#include "graphs/ui/axis_dialog.h"
+#include "graphs/ui/graph_frame.h"
+#include "graphs/ui/plot_widget.h"
+#include "recording/scripted_dialogs.h"
+#include "support/test_recording.h"
+
+namespace vess::test {
+namespace {
+
+Plot Histogram() {
+    // Bins of 0.5 from 1.0: counts 2, 5, 3.
+    Plot p;
+    p.title = " Frequency Histogram  Amplitude bin size=0.5pA";
+    p.xLabel = "Amplitude (pA)";
+    p.yLabel = "Number of Events";
+    Series s;
+    s.kind = SeriesKind::Bars;
+    s.x = {1.0, 1.5, 2.0};
+    s.y = {2, 5, 3};
+    s.barWidth = 0.5;
+    p.series.push_back(s);
+    return p;
+}
+
+Plot Mixed() {
+    Plot p;
+    p.title = "Steps, lines and points";
+    p.xLabel = "X Axis";
+    p.yLabel = "Y Axis";
+    Series steps{SeriesKind::Steps, "Array #1", {0, 1, 2, 3}, {0.25, 0.5, 0.75, 1}};
+    Series lines{SeriesKind::Lines, "", {0, 3}, {0, 1}};
+    Series points{SeriesKind::Scatter, "Array #2", {0.5, 1.5, 2.5}, {0.2, 0.6, 0.9}};
+    p.series = {steps, lines, points};
+    return p;
+}
+
+QString ScreenPath(const QString& name) {
+    const QString folder = QString(VESS_BINARY_DIR) + "/graph_screens";
+    QDir().mkpath(folder);
+    return folder + "/" + name + ".png";
+}
+
+class PlotWidgetTest : public ::testing::Test {
+protected:
+    void Open(const Plot& p) {
+        widget = std::make_unique<PlotWidget>(p);
+        widget->resize(640, 440);
+        widget->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(widget.get()));
+    }
+    QCustomPlot* Canvas() { return widget->Canvas(); }
+    QPoint Centre() { return Canvas()->axisRect()->rect().center(); }
+    std::unique_ptr<PlotWidget> widget;
+    TempDir dir;
+};
+
+TEST_F(PlotWidgetTest, DrawsEachKindWithItsTitlesAndFittedRanges) {
+    Open(Mixed());
+    ASSERT_EQ(Canvas()->graphCount(), 3);
+    EXPECT_EQ(Canvas()->graph(0)->lineStyle(), QCPGraph::lsStepLeft);
+    EXPECT_EQ(Canvas()->graph(1)->lineStyle(), QCPGraph::lsLine);
+    EXPECT_EQ(Canvas()->graph(2)->lineStyle(), QCPGraph::lsNone);
+    EXPECT_EQ(Canvas()->xAxis->label(), "X Axis");
+    EXPECT_EQ(Canvas()->yAxis->label(), "Y Axis");
+    // Named series only in the legend.
+    EXPECT_TRUE(Canvas()->legend->visible());
+    EXPECT_EQ(Canvas()->legend->itemCount(), 2);
+    EXPECT_EQ(widget->Ranges().x, FittedRanges(Mixed()).x);
+    widget->grab().save(ScreenPath("mixed"));
+
+    Open(Histogram());
+    auto* bars = qobject_cast<QCPBars*>(Canvas()->plottable(0));
+    ASSERT_NE(bars, nullptr);
+    // Left-aligned bins: the bar of bin [1.0, 1.5) is centred on 1.25.
+    EXPECT_DOUBLE_EQ(bars->data()->at(0)->key, 1.25);
+    EXPECT_DOUBLE_EQ(bars->width(), 0.5);
+    EXPECT_FALSE(Canvas()->legend->visible());
+}
+
+TEST_F(PlotWidgetTest, WheelZoomsDragPansCtrlDragZoomsToRectangleAndHomeResets) {
+    Open(Mixed());
+    const PlotRanges start = widget->Ranges();
+    const QPoint c = Centre();
+    QWheelEvent wheel(c, Canvas()->mapToGlobal(c), QPoint(), QPoint(0, 120), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(Canvas(), &wheel);
+    const PlotRanges zoomed = widget->Ranges();
+    EXPECT_LT(zoomed.x.upper - zoomed.x.lower, start.x.upper - start.x.lower);
+    EXPECT_LT(zoomed.y.upper - zoomed.y.lower, start.y.upper - start.y.lower);
+
+    // A drag to the right moves the view to smaller x by the same width.
+    QTest::mousePress(Canvas(), Qt::LeftButton, {}, c);
+    QTest::mouseMove(Canvas(), c + QPoint(60, 0));
+    QTest::mouseRelease(Canvas(), Qt::LeftButton, {}, c + QPoint(60, 0));
+    const PlotRanges panned = widget->Ranges();
+    EXPECT_LT(panned.x.lower, zoomed.x.lower);
+    EXPECT_NEAR(panned.x.upper - panned.x.lower, zoomed.x.upper - zoomed.x.lower, 1e-9);
+
+    widget->ResetView();
+    EXPECT_EQ(widget->Ranges().x, start.x);
+
+    // Ctrl+drag over a quarter of the plot zooms to that rectangle.
+    const QRect area = Canvas()->axisRect()->rect();
+    const QPoint from = area.topLeft() + QPoint(area.width() / 4, area.height() / 4);
+    const QPoint to = from + QPoint(area.width() / 4, area.height() / 4);
+    const double expectLower = Canvas()->xAxis->pixelToCoord(from.x());
+    const double expectUpper = Canvas()->xAxis->pixelToCoord(to.x());
+    QTest::mousePress(Canvas(), Qt::LeftButton, Qt::ControlModifier, from);
+    QTest::mouseMove(Canvas(), to);
+    QTest::mouseRelease(Canvas(), Qt::LeftButton, Qt::ControlModifier, to);
+    const PlotRanges rect = widget->Ranges();
+    const double width = start.x.upper - start.x.lower;
+    EXPECT_NEAR(rect.x.lower, expectLower, width * 0.01);
+    EXPECT_NEAR(rect.x.upper, expectUpper, width * 0.01);
+    EXPECT_NEAR(rect.x.upper - rect.x.lower, width / 4, width * 0.02);
+
+    // The Home key on the plot, like a double click, returns to the start.
+    Canvas()->setFocus();
+    QTest::keyClick(Canvas(), Qt::Key_Home);
+    EXPECT_EQ(widget->Ranges().x, start.x);
+    EXPECT_EQ(widget->Ranges().y, start.y);
+    QTest::mouseDClick(Canvas(), Qt::LeftButton, {}, c);
+    EXPECT_EQ(widget->Ranges().x, start.x);
+}
+
+TEST_F(PlotWidgetTest, AxisDialogSetsTextsAndRangesAndRefusesAnEmptyRange) {
+    Open(Histogram());
+    AxisDialog dialog(*widget);
+    dialog.findChild<QLineEdit*>("edTitle")->setText("Amplitudes");
+    dialog.findChild<QLineEdit*>("edXLabel")->setText("pA");
+    dialog.findChild<QDoubleSpinBox*>("edXMin")->setValue(-5);
+    dialog.findChild<QDoubleSpinBox*>("edXMax")->setValue(5);
+    dialog.Apply();
+    EXPECT_EQ(widget->Description().title, "Amplitudes");
+    EXPECT_EQ(Canvas()->xAxis->label(), "pA");
+    EXPECT_EQ(widget->Ranges().x, (AxisRange{-5, 5}));
+
+    // From above To: OK is disabled and nothing is applied.
+    dialog.findChild<QDoubleSpinBox*>("edYMin")->setValue(100);
+    dialog.findChild<QDoubleSpinBox*>("edYMax")->setValue(1);
+    auto* ok = dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+    EXPECT_FALSE(ok->isEnabled());
+    dialog.Apply();
+    EXPECT_NE(widget->Ranges().y.lower, 100);
+}
+
+TEST_F(PlotWidgetTest, ExportsPngSvgPdfCopiesAndPrints) {
+    Open(Histogram());
+    const QString base = QString::fromStdString((dir / "histogram").string());
+    ASSERT_TRUE(widget->SaveAs(base + ".png", 800, 500));
+    const QImage png(base + ".png");
+    EXPECT_EQ(png.size(), QSize(800, 500));
+    // Not blank: the bars are drawn in a colour other than the white page.
+    bool coloured = false;
+    for (int x = 0; x < png.width() && !coloured; x += 4)
+        for (int y = 0; y < png.height() && !coloured; y += 4)
+            coloured = QColor(png.pixel(x, y)).saturation() > 60;
+    EXPECT_TRUE(coloured);
+
+    ASSERT_TRUE(widget->SaveAs(base + ".svg"));
+    QFile svg(base + ".svg");
+    ASSERT_TRUE(svg.open(QIODevice::ReadOnly));
+    const QByteArray text = svg.readAll();
+    EXPECT_TRUE(text.contains("<svg"));
+    EXPECT_TRUE(text.contains("Number of Events"));  // axis text kept as text, not pixels
+
+    ASSERT_TRUE(widget->SaveAs(base + ".pdf"));
+    QFile pdf(base + ".pdf");
+    ASSERT_TRUE(pdf.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(pdf.read(4) == "%PDF");
+
+    widget->CopyData();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), PlotToTabSeparated(Histogram()));
+    widget->CopyPicture();
+    EXPECT_EQ(QApplication::clipboard()->image().size(), Canvas()->size());
+
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(base + "-printed.pdf");
+    widget->PrintTo(printer);
+    EXPECT_GT(QFileInfo(base + "-printed.pdf").size(), 500);
+}
+
+TEST_F(PlotWidgetTest, ColourCodedPointsAndColourMapGetAColourScale) {
+    Plot p;
+    p.title = "Colour-coded points";
+    Series s{SeriesKind::Scatter, "", {}, {}};
+    for (int i = 0; i < 200; ++i) {
+        s.x.push_back(std::cos(i * 0.1) * i);
+        s.y.push_back(std::sin(i * 0.1) * i);
+        s.z.push_back(i);
+    }
+    s.zLabel = "Index";
+    p.series.push_back(s);
+    Open(p);
+    // 200 values over 32 classes fill every class: one layer each.
+    EXPECT_EQ(Canvas()->graphCount(), 32);
+    EXPECT_EQ(Canvas()->plotLayout()->elementCount(), 3);  // title, axes, scale
+    widget->grab().save(ScreenPath("colour_scatter"));
+
+    Plot m;
+    m.title = "Contour";
+    m.colourMap = ColourMap{50, 40, -2, 2, -2, 2, {}, "Density"};
+    for (std::size_t iy = 0; iy < 40; ++iy)
+        for (std::size_t ix = 0; ix < 50; ++ix) {
+            const double x = -2 + 4.0 * ix / 49, y = -2 + 4.0 * iy / 39;
+            m.colourMap->z.push_back(std::exp(-(x * x + y * y)));
+        }
+    m.bands.push_back({-1, 1, "band", {}});
+    Open(m);
+    auto* map = qobject_cast<QCPColorMap*>(Canvas()->plottable(0));
+    ASSERT_NE(map, nullptr);
+    EXPECT_EQ(map->data()->keySize(), 50);
+    EXPECT_NEAR(map->dataRange().upper, 1.0, 0.01);  // the peak exp(0) near the centre
+    EXPECT_EQ(Canvas()->itemCount(), 2);              // the band and its label
+    widget->grab().save(ScreenPath("colour_map"));
+}
+
+TEST_F(PlotWidgetTest, MillionPointsDrawReducedToThePixelWidth) {
+    Plot p;
+    p.title = "A million points";
+    Series s{SeriesKind::Lines, "", {}, {}};
+    s.x.resize(1'000'000);
+    s.y.resize(1'000'000);
+    for (std::size_t i = 0; i < s.x.size(); ++i) {
+        s.x[i] = double(i);
+        s.y[i] = std::sin(double(i) * 0.001) + (i % 2 ? 0.1 : -0.1);
+    }
+    p.series.push_back(s);
+    Open(p);
+    EXPECT_TRUE(Canvas()->graph(0)->adaptiveSampling());
+    EXPECT_EQ(Canvas()->graph(0)->dataCount(), 1'000'000);
+    Canvas()->replot(QCustomPlot::rpImmediateRefresh);
+    widget->grab().save(ScreenPath("million_points"));
+}
+
+class GraphFrameTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        CloseGraphFrame();
+        SetGraphDialogs(nullptr);
+    }
+    ScriptedDialogs dialogs;
+    TempDir dir;
+};
+
+TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenTileCascadeAndPlotAll) {
+    EXPECT_EQ(CurrentGraphFrame(), nullptr);
+    ShowPlot(Histogram());
+    GraphFrame* frame = CurrentGraphFrame();
+    ASSERT_NE(frame, nullptr);
+    EXPECT_FALSE(frame->Action("graph_PlotAll")->isEnabled());
+    ShowPlot(Mixed());
+    EXPECT_EQ(CurrentGraphFrame(), frame);
+    ASSERT_EQ(frame->Plots().size(), 2u);
+    EXPECT_EQ(frame->CurrentPlot(), frame->Plots()[1]);
+    EXPECT_EQ(frame->Area()->subWindowList()[0]->windowTitle(),
+              "Frequency Histogram  Amplitude bin size=0.5pA");
+
+    frame->Action("graph_Tile")->trigger();
+    const auto subs = frame->Area()->subWindowList();
+    EXPECT_FALSE(subs[0]->geometry().intersects(subs[1]->geometry()));
+    frame->Action("graph_Cascade")->trigger();
+    EXPECT_NE(subs[0]->geometry().topLeft(), subs[1]->geometry().topLeft());
+
+    ASSERT_TRUE(frame->Action("graph_PlotAll")->isEnabled());
+    frame->Action("graph_PlotAll")->trigger();
+    ASSERT_EQ(frame->Plots().size(), 3u);
+    const Plot& all = frame->Plots()[2]->Description();
+    EXPECT_EQ(all.series.size(), 4u);  // the histogram's bars and Mixed's three series
+    EXPECT_EQ(all.series[0].name, Histogram().title);
+    frame->Action("graph_Tile")->trigger();
+    frame->grab().save(ScreenPath("frame"));
+}
+
+TEST_F(GraphFrameTest, ExportAsksForTheFileThroughTheProgramsDialogs) {
+    SetGraphDialogs(&dialogs);
+    ShowPlot(Histogram());
+    GraphFrame* frame = CurrentGraphFrame();
+    const std::string stem = (dir / "exported").string();
+    dialogs.AnswerSaveFile(stem);  // no extension: PNG is the default
+    frame->Action("graph_Export")->trigger();
+    EXPECT_FALSE(QImage(QString::fromStdString(stem + ".png")).isNull());
+    ASSERT_EQ(dialogs.Transcript().size(), 1u);
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Export Plot");
+
+    // An existing file asks before it is replaced; No keeps it.
+    dialogs.AnswerSaveFile(stem + ".png").AnswerYesNo(false);
+    EXPECT_FALSE(frame->ExportPlot(frame->CurrentPlot()));
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Replace File");
+    dialogs.AnswerSaveFile(stem + ".svg");
+    EXPECT_TRUE(frame->ExportPlot(frame->CurrentPlot()));
+    EXPECT_TRUE(QFileInfo(QString::fromStdString(stem + ".svg")).size() > 0);
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+}  // namespace
+}  // namespace vess::test

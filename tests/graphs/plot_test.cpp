@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "graphs/plot.h"
+#include "graphs/plot_text.h"
+
+namespace vess {
+namespace {
+
+Series Make(SeriesKind kind, std::vector<double> x, std::vector<double> y, std::string name = {}) {
+    Series s;
+    s.kind = kind;
+    s.x = std::move(x);
+    s.y = std::move(y);
+    s.name = std::move(name);
+    return s;
+}
+
+TEST(FittedRanges, BarsSpanTheirBinsAndStandOnZero) {
+    // Left-aligned bins of width 0.5 at 1.0 and 2.0 cover x 1.0..2.5;
+    // y covers 0..4. A 5 % margin: x 0.925..2.575, y -0.2..4.2.
+    Plot p;
+    Series bars = Make(SeriesKind::Bars, {1.0, 2.0}, {3, 4});
+    bars.barWidth = 0.5;
+    p.series.push_back(bars);
+    PlotRanges r = FittedRanges(p);
+    EXPECT_DOUBLE_EQ(r.x.lower, 0.925);
+    EXPECT_DOUBLE_EQ(r.x.upper, 2.575);
+    EXPECT_DOUBLE_EQ(r.y.lower, -0.2);
+    EXPECT_DOUBLE_EQ(r.y.upper, 4.2);
+
+    // Centred bars of unknown width take the smallest spacing (1): 0.5..2.5.
+    p.series[0].barWidth = 0;
+    p.series[0].barAlign = BarAlign::Centre;
+    r = FittedRanges(p);
+    EXPECT_DOUBLE_EQ(r.x.lower, 0.5 - 0.1);
+    EXPECT_DOUBLE_EQ(r.x.upper, 2.5 + 0.1);
+}
+
+TEST(FittedRanges, DegenerateEmptyFixedAndNonFiniteData) {
+    Plot empty;
+    EXPECT_EQ(FittedRanges(empty).x, (AxisRange{0, 1}));
+    EXPECT_EQ(FittedRanges(empty).y, (AxisRange{0, 1}));
+
+    // One point: +-1 around small values, +-10 % around large ones.
+    Plot one;
+    one.series.push_back(Make(SeriesKind::Scatter, {3}, {500}));
+    EXPECT_EQ(FittedRanges(one).x, (AxisRange{2, 4}));
+    EXPECT_EQ(FittedRanges(one).y, (AxisRange{450, 550}));
+
+    // NaN and infinity are skipped; a fixed range overrides the fit.
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    Plot lines;
+    lines.series.push_back(Make(SeriesKind::Lines, {0, nan, 10}, {0, 5, std::numeric_limits<double>::infinity()}));
+    EXPECT_EQ(FittedRanges(lines).x, (AxisRange{-1, 1}));  // only (0, 0) survives
+    lines.xRange = AxisRange{-3, 3};
+    EXPECT_EQ(FittedRanges(lines).x, (AxisRange{-3, 3}));
+
+    // Colour maps and bands count.
+    Plot map;
+    map.colourMap = ColourMap{2, 2, -1, 1, 10, 20, {1, 2, 3, 4}, {}};
+    map.bands.push_back({3, 5, "HF", {}});
+    EXPECT_DOUBLE_EQ(FittedRanges(map).x.lower, -1 - 0.3);
+    EXPECT_DOUBLE_EQ(FittedRanges(map).x.upper, 5 + 0.3);
+    EXPECT_DOUBLE_EQ(FittedRanges(map).y.lower, 10 - 0.5);
+}
+
+TEST(SortByX, KeepsPairsAndColourValuesTogether) {
+    Series s = Make(SeriesKind::Scatter, {3, 1, 2, 1}, {30, 10, 20, 11});
+    s.z = {0.3, 0.1, 0.2, 0.11};
+    SortByX(s);
+    EXPECT_EQ(s.x, (std::vector<double>{1, 1, 2, 3}));
+    EXPECT_EQ(s.y, (std::vector<double>{10, 11, 20, 30}));  // stable for equal x
+    EXPECT_EQ(s.z, (std::vector<double>{0.1, 0.11, 0.2, 0.3}));
+}
+
+TEST(CombinePlots, NamesSeriesByTheirPlotsAndJoinsDifferentAxisTexts) {
+    Plot a, b;
+    a.title = "First";
+    a.xLabel = "Time (sec)";
+    a.yLabel = "Number of Events";
+    a.series.push_back(Make(SeriesKind::Bars, {0}, {1}));
+    a.series[0].colour = Colour{1, 2, 3};
+    b.title = "Second";
+    b.xLabel = "Time (sec)";
+    b.yLabel = "Cumulative Fraction";
+    b.series.push_back(Make(SeriesKind::Steps, {0}, {1}, "kept"));
+    b.bands.push_back({1, 2, "", {}});
+    const Plot all = CombinePlots({a, b}, "All");
+    EXPECT_EQ(all.title, "All");
+    EXPECT_EQ(all.xLabel, "Time (sec)");
+    EXPECT_EQ(all.yLabel, "Number of Events / Cumulative Fraction");
+    ASSERT_EQ(all.series.size(), 2u);
+    EXPECT_EQ(all.series[0].name, "First");
+    EXPECT_FALSE(all.series[0].colour.has_value());
+    EXPECT_EQ(all.series[1].name, "kept");
+    EXPECT_EQ(all.bands.size(), 1u);
+    EXPECT_TRUE(HasLegend(all));
+    EXPECT_FALSE(HasLegend(a));
+}
+
+TEST(ColourClasses, SplitsTheZRangeIntoEqualStepsWithEndsClamped) {
+    // z from 0 to 10 in 4 classes of 2.5: 0 and 2.4 -> 0; 2.5 -> 1; 7.5 and
+    // 10 (the top end) -> 3; -5 below the range -> 0; 99 above -> 3; NaN none.
+    const std::vector<double> z{0, 2.4, 2.5, 7.5, 10, -5, 99, std::nan("")};
+    const auto c = ColourClasses(z, 4, 0, 10);
+    ASSERT_EQ(c.size(), 4u);
+    EXPECT_EQ(c[0], (std::vector<std::size_t>{0, 1, 5}));
+    EXPECT_EQ(c[1], (std::vector<std::size_t>{2}));
+    EXPECT_TRUE(c[2].empty());
+    EXPECT_EQ(c[3], (std::vector<std::size_t>{3, 4, 6}));
+    // A flat z puts everything into the first class.
+    EXPECT_EQ(ColourClasses({5, 5}, 3, 5, 5)[0].size(), 2u);
+    EXPECT_EQ(ZRange(z), (AxisRange{-5, 99}));
+}
+
+TEST(PlotToTabSeparated, ColumnsPerSeriesWithBlanksForShorterOnes) {
+    Plot p;
+    p.xLabel = "Amplitude (pA)";
+    p.yLabel = "Cumulative Fraction";
+    p.series.push_back(Make(SeriesKind::Steps, {1.5, 2, 3}, {0.25, 0.5, 1}, "Array #1"));
+    p.series.push_back(Make(SeriesKind::Steps, {0.1}, {1}));
+    EXPECT_EQ(PlotToTabSeparated(p),
+              "Amplitude (pA)\tArray #1\tAmplitude (pA)\tCumulative Fraction\r\n"
+              "1.5\t0.25\t0.1\t1\r\n"
+              "2\t0.5\t\t\r\n"
+              "3\t1\t\t\r\n");
+}
+
+TEST(PlotToTabSeparated, ColourValuesAndMapsGiveTriples) {
+    Plot p;
+    Series s = Make(SeriesKind::Scatter, {1}, {2});
+    s.z = {3};
+    s.zLabel = "Group";
+    p.series.push_back(s);
+    EXPECT_EQ(PlotToTabSeparated(p), "X\tY\tGroup\r\n1\t2\t3\r\n");
+
+    // A 2 x 2 map from x 0..1, y 10..20: cells at the range ends, row by row.
+    Plot m;
+    m.colourMap = ColourMap{2, 2, 0, 1, 10, 20, {1, 2, 3, 4}, "Count"};
+    EXPECT_EQ(PlotToTabSeparated(m),
+              "X\tY\tCount\r\n0\t10\t1\r\n1\t10\t2\r\n0\t20\t3\r\n1\t20\t4\r\n");
+}
+
+}  // namespace
+}  // namespace vess
