@@ -42,6 +42,7 @@ void MainWindow::BuildMenus() {
     BuildAnalysisMenu();
     BuildNavigationMenu();
     BuildLaterMenus();
+    BuildHeartRateMenu();
 
     // The buttons run the same actions.
     const char* buttonActions[] = {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop", "menu_Stop",
@@ -267,8 +268,7 @@ void MainWindow::BuildLaterMenus() {
     for (const Later& l : {Later{"menu_AnalyseGp", "&Group Analysis and Curve Fitting"},
                            Later{"menu_DataArrays", "&Data Arrays"},
                            Later{"menu_Histograms", "&Histograms"},
-                           Later{"menu_Statistics", "&Statistics"},
-                           Later{"menu_HeartRate", "Heart &Rate"}}) {
+                           Later{"menu_Statistics", "&Statistics"}}) {
         QMenu* m = menuBar()->addMenu(l.text);
         m->setObjectName(l.name);
         m->menuAction()->setObjectName(l.name);

@@ -132,7 +132,7 @@ Plot CombinePlots(const std::vector<Plot>& plots, const std::string& title) {
 std::vector<std::vector<std::size_t>> ColourClasses(const std::vector<double>& z, int classes,
                                                     double zMin, double zMax) {
     classes = std::max(classes, 1);
-    std::vector<std::vector<std::size_t>> out(std::size_t(classes));
+    std::vector<std::vector<std::size_t>> out(static_cast<std::size_t>(classes));
     const double span = zMax - zMin;
     for (std::size_t i = 0; i < z.size(); ++i) {
         if (std::isnan(z[i])) continue;

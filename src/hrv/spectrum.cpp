@@ -73,7 +73,7 @@ SpectrumResult WelchDensity(std::span<const double> y, double fs, int windowPoin
         return s;
     }
     const int step = std::max(1, int(std::nearbyint(n * (1 - overlapPercent / 100))));
-    std::vector<double> window(std::size_t(n));
+    std::vector<double> window(static_cast<std::size_t>(n));
     double windowPower = 0;
     for (int i = 0; i < n; ++i) {
         window[std::size_t(i)] = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * i / n);  // periodic Hann

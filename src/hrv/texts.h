@@ -92,9 +92,7 @@ inline constexpr std::string_view kDeltaRRSeries = "Delta RR Interval";
 inline constexpr std::string_view kMsecUnit = "msec";
 inline constexpr std::string_view kRRHistogramYAxis = "Number of RR Intervals";
 inline constexpr std::string_view kDeltaRRHistogramYAxis = "Number of Pairs of RR Intervals";
-inline constexpr std::string_view kRRHistogramTitle = "RR Interval Histogram ";
-inline constexpr std::string_view kFrequencyHistogramTitle = " Frequency Histogram  ";
-inline constexpr std::string_view kBinSizeTitle = " bin size=";
+inline constexpr std::string_view kHistogramTitleSuffix = " Histogram ";
 inline constexpr std::string_view kMsecTitleSuffix = " msec";
 inline constexpr std::string_view kLorenzXAxis = "R(i)R(i+1) Interval (msec)";
 inline constexpr std::string_view kLorenzYAxis = "R(i+1)R(i+2) Interval";
@@ -147,5 +145,30 @@ inline constexpr std::string_view kGeoLorenzX = "R1R2";
 inline constexpr std::string_view kGeoLorenzY = "R2R3(ms)";
 inline constexpr std::string_view kGeoTachogramX = "Beat#";
 inline constexpr std::string_view kGeoTachogramY = "RR(ms)";
+
+// Measures and plots beyond the time-domain grid.
+inline constexpr std::string_view kTriangularIndex = "HRV triangular index";
+inline constexpr std::string_view kTinn = "TINN";
+inline constexpr std::string_view kSD1 = "SD1";
+inline constexpr std::string_view kSD2 = "SD2";
+inline constexpr std::string_view kSD1SD2 = "SD1/SD2";
+inline constexpr std::string_view kEllipse = "SD1/SD2 ellipse";
+inline constexpr std::string_view kIdentityLine = "Identity line";
+inline constexpr std::string_view kTriangleFit = "Triangle fit";
+
+// Spectral window.
+inline constexpr std::string_view kSpectrumCaption = "Heart Rate Variability: Frequency Domain";
+inline constexpr std::string_view kSpectrumTitle = "RR Interval Power Spectral Density ";
+inline constexpr std::string_view kFrequencyAxis = "Frequency (Hz)";
+inline constexpr std::string_view kDensityAxis = "PSD (ms^2/Hz)";
+inline constexpr std::string_view kVLF = "VLF";
+inline constexpr std::string_view kLF = "LF";
+inline constexpr std::string_view kHF = "HF";
+inline constexpr std::array<std::string_view, 7> kSpectrumColumns = {
+    "Band", "From (Hz)", "To (Hz)", "Power (ms^2)", "Power (%)", "Power (n.u.)", "Peak (Hz)"};
+inline constexpr std::string_view kLFHF = "LF/HF";
+inline constexpr std::string_view kTotalPower = "Total";
+inline constexpr std::string_view kWelchMethod = "Welch (cubic spline resampling)";
+inline constexpr std::string_view kLombMethod = "Lomb-Scargle (uneven beats)";
 
 }  // namespace vess::hrv::texts

@@ -62,29 +62,32 @@ TEST(TimeDomain, BoundsLeaveOutIntervalsAndTheDeltasFormedWithThem) {
 }
 
 // Segments of 1000 ms over a 4500 ms recording: five, the last incomplete.
-// Intervals end at 800, 1600 (segment 2), 3200 (segment 4); 3 and 5 are empty.
+// Intervals end at 800 (segment 1), 1600 (2), 3200 (4), 4400 and 4450 (5,
+// RR 1200 and 50); segment 3 holds none.
 TEST(TimeDomain, SegmentsWithEmptyAndLastOptions) {
     const std::vector<double> beats{0, 800, 1600, 3200, 4400, 4450};
     HrvOptions o = WideOpen();
     TimeDomainResult r = AnalyseBeats(beats, 4500, 1000, o).timeDomain;
-    ASSERT_EQ(r.nSegment, 3);  // segments 1, 2 and 5 (4400-3200 and 50 end in 5)
-    EXPECT_EQ(r.segments[0].number, 1);
-    EXPECT_EQ(r.segments[1].number, 2);
-    EXPECT_EQ(r.segments[2].number, 5);
-    EXPECT_EQ(r.segments[2].count, 2);
-    EXPECT_DOUBLE_EQ(r.segments[2].meanMs, 625);
-    EXPECT_NEAR(r.segments[2].sdMs, std::sqrt(2 * 575.0 * 575.0), 1e-9);
+    ASSERT_EQ(r.nSegment, 4);
+    EXPECT_EQ(r.segments[2].number, 4);
+    EXPECT_EQ(r.segments[3].number, 5);
+    EXPECT_EQ(r.segments[3].count, 2);
+    EXPECT_DOUBLE_EQ(r.segments[3].meanMs, 625);
+    EXPECT_NEAR(r.segments[3].sdMs, std::sqrt(2 * 575.0 * 575.0), 1e-9);
     EXPECT_EQ(r.segments[0].sdMs, 0);  // one interval: no spread
-    // MANN over the segment means 800, 800, 625.
-    EXPECT_NEAR(r.MANN, (800 + 800 + 625) / 3.0, 1e-12);
+    EXPECT_NEAR(r.MANN, (800 + 800 + 1600 + 625) / 4.0, 1e-12);
     o.includeZeroSegments = true;
     r = AnalyseBeats(beats, 4500, 1000, o).timeDomain;
     EXPECT_EQ(r.nSegment, 5);
-    EXPECT_NEAR(r.MANN, (800 + 800 + 0 + 0 + 625) / 5.0, 1e-12);
+    EXPECT_EQ(r.segments[2].count, 0);
+    EXPECT_NEAR(r.MANN, (800 + 800 + 0 + 1600 + 625) / 5.0, 1e-12);
     o.excludeLastSegment = true;
     r = AnalyseBeats(beats, 4500, 1000, o).timeDomain;
     EXPECT_EQ(r.nSegment, 4);
     EXPECT_EQ(r.segments.back().number, 4);
+    // A recording longer than the beats adds empty segments at the end.
+    r = AnalyseBeats(beats, 9000, 1000, o).timeDomain;
+    EXPECT_EQ(r.nSegment, 8);
 }
 
 // 1000 intervals around 700 ms with respiratory (0.25 Hz), slower (0.08 and

@@ -1,0 +1,34 @@
+// Pieces the heart-rate windows share: the bound and preset controls, grids
+// filled from rows of text, and printing a grid.
+#pragma once
+
+#include <QComboBox>
+#include <QLabel>
+#include <QTableWidget>
+
+#include <string>
+#include <vector>
+
+#include "hrv/hrv_options.h"
+
+class QPrinter;
+
+namespace vess::hrv {
+
+// An editable list of values in ms, with the current one as typed.
+QComboBox* MakeValueList(const char* objectName, const QStringList& values, double current,
+                         QWidget* parent);
+double ValueOf(const QComboBox* list, double fallback);
+void SetValue(QComboBox* list, double value);
+
+// The species presets ("Human", "Mouse", the stored defaults) and the label
+// that says which one the options match.
+QComboBox* MakePresetList(QWidget* parent);
+void ShowPresetInForce(QLabel* label, const HrvOptions& options, double intervalUs);
+
+void FillGrid(QTableWidget* grid, const std::vector<std::string>& titles,
+              const std::vector<std::vector<std::string>>& rows);
+// Prints the grid as a table (the title above it) on printer.
+void PrintGrid(const QTableWidget* grid, const QString& title, QPrinter& printer);
+
+}  // namespace vess::hrv
