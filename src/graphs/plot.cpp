@@ -18,7 +18,7 @@ void Include(double v, double& lo, double& hi) {
 
 }  // namespace
 
-double BarWidth(const Series& s) {
+double BarWidth(const PlotSeries& s) {
     if (s.barWidth > 0) return s.barWidth;
     std::vector<double> xs(s.x.begin(), s.x.begin() + std::ptrdiff_t(s.Size()));
     std::sort(xs.begin(), xs.end());
@@ -43,10 +43,10 @@ AxisRange Finish(double lo, double hi) {
 
 }  // namespace
 
-PlotRanges FittedRanges(const Plot& plot) {
+PlotRanges FittedRanges(const PlotData& plot) {
     constexpr double inf = std::numeric_limits<double>::infinity();
     double xlo = inf, xhi = -inf, ylo = inf, yhi = -inf;
-    for (const Series& s : plot.series) {
+    for (const PlotSeries& s : plot.series) {
         const std::size_t n = s.Size();
         double left = 0, right = 0;
         if (s.kind == SeriesKind::Bars && n > 0) {
@@ -79,12 +79,12 @@ PlotRanges FittedRanges(const Plot& plot) {
     return r;
 }
 
-bool HasLegend(const Plot& plot) {
+bool HasLegend(const PlotData& plot) {
     return std::any_of(plot.series.begin(), plot.series.end(),
-                       [](const Series& s) { return !s.name.empty(); });
+                       [](const PlotSeries& s) { return !s.legend.empty(); });
 }
 
-void SortByX(Series& s) {
+void SortByX(PlotSeries& s) {
     const std::size_t n = s.Size();
     std::vector<std::size_t> order(n);
     std::iota(order.begin(), order.end(), 0);
@@ -102,13 +102,13 @@ void SortByX(Series& s) {
     permute(s.z);
 }
 
-Plot CombinePlots(const std::vector<Plot>& plots, const std::string& title) {
-    Plot all;
+PlotData CombinePlots(const std::vector<PlotData>& plots, const std::string& title) {
+    PlotData all;
     all.title = title;
-    auto join = [&](std::string Plot::*label) {
+    auto join = [&](std::string PlotData::*label) {
         std::vector<std::string> seen;
         std::string out;
-        for (const Plot& p : plots) {
+        for (const PlotData& p : plots) {
             const std::string& l = p.*label;
             if (l.empty() || std::find(seen.begin(), seen.end(), l) != seen.end()) continue;
             seen.push_back(l);
@@ -116,11 +116,11 @@ Plot CombinePlots(const std::vector<Plot>& plots, const std::string& title) {
         }
         return out;
     };
-    all.xLabel = join(&Plot::xLabel);
-    all.yLabel = join(&Plot::yLabel);
-    for (const Plot& p : plots) {
-        for (Series s : p.series) {
-            if (s.name.empty()) s.name = p.title;
+    all.xAxis = join(&PlotData::xAxis);
+    all.yAxis = join(&PlotData::yAxis);
+    for (const PlotData& p : plots) {
+        for (PlotSeries s : p.series) {
+            if (s.legend.empty()) s.legend = p.title;
             s.colour.reset();
             all.series.push_back(std::move(s));
         }

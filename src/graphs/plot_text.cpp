@@ -19,14 +19,14 @@ std::string Or(const std::string& text, const char* fallback) {
     return text.empty() ? fallback : text;
 }
 
-std::vector<Column> ColumnsOf(const Plot& plot, std::vector<std::vector<double>>& scratch) {
+std::vector<Column> ColumnsOf(const PlotData& plot, std::vector<std::vector<double>>& scratch) {
     std::vector<Column> cols;
-    const std::string xTitle = Or(plot.xLabel, "X");
-    for (const Series& s : plot.series) {
+    const std::string xTitle = Or(plot.xAxis, "X");
+    for (const PlotSeries& s : plot.series) {
         const std::size_t n = s.Size();
         cols.push_back({xTitle, &s.x, n});
-        cols.push_back({s.name.empty() ? Or(plot.yLabel, "Y") : s.name, &s.y, n});
-        if (s.z.size() >= n && !s.z.empty()) cols.push_back({Or(s.zLabel, "Z"), &s.z, n});
+        cols.push_back({s.legend.empty() ? Or(plot.yAxis, "Y") : s.legend, &s.y, n});
+        if (s.z.size() >= n && !s.z.empty()) cols.push_back({Or(s.zAxis, "Z"), &s.z, n});
     }
     if (plot.colourMap && plot.colourMap->Valid()) {
         const ColourMap& m = *plot.colourMap;
@@ -42,15 +42,15 @@ std::vector<Column> ColumnsOf(const Plot& plot, std::vector<std::vector<double>>
         }
         const std::size_t n = m.nx * m.ny;
         cols.push_back({xTitle, &scratch[0], n});
-        cols.push_back({Or(plot.yLabel, "Y"), &scratch[1], n});
-        cols.push_back({Or(m.zLabel, "Z"), &scratch[2], n});
+        cols.push_back({Or(plot.yAxis, "Y"), &scratch[1], n});
+        cols.push_back({Or(m.zAxis, "Z"), &scratch[2], n});
     }
     return cols;
 }
 
 }  // namespace
 
-std::string PlotToTabSeparated(const Plot& plot) {
+std::string PlotToTabSeparated(const PlotData& plot) {
     std::vector<std::vector<double>> scratch;
     const std::vector<Column> cols = ColumnsOf(plot, scratch);
     std::size_t rows = 0;

@@ -10,10 +10,10 @@
 namespace vess {
 
 // The first line holds the column titles: the x axis text (or "X") and the
-// series' name (or the y axis text, or "Y"), and the series' zLabel (or "Z")
+// series' name (or the y axis text, or "Y"), and the series' zAxis (or "Z")
 // for colour-coded points. Rows follow up to the longest series; a shorter
 // series leaves its cells empty. Lines end with CR LF, as other programs
 // expect from pasted tables; numbers are in their shortest exact form.
-std::string PlotToTabSeparated(const Plot& plot);
+std::string PlotToTabSeparated(const PlotData& plot);
 
 }  // namespace vess

@@ -27,13 +27,13 @@
 namespace vess::test {
 namespace {
 
-Plot Histogram() {
+PlotData Histogram() {
     // Bins of 0.5 from 1.0: counts 2, 5, 3.
-    Plot p;
+    PlotData p;
     p.title = " Frequency Histogram  Amplitude bin size=0.5pA";
-    p.xLabel = "Amplitude (pA)";
-    p.yLabel = "Number of Events";
-    Series s;
+    p.xAxis = "Amplitude (pA)";
+    p.yAxis = "Number of Events";
+    PlotSeries s;
     s.kind = SeriesKind::Bars;
     s.x = {1.0, 1.5, 2.0};
     s.y = {2, 5, 3};
@@ -42,14 +42,14 @@ Plot Histogram() {
     return p;
 }
 
-Plot Mixed() {
-    Plot p;
+PlotData Mixed() {
+    PlotData p;
     p.title = "Steps, lines and points";
-    p.xLabel = "X Axis";
-    p.yLabel = "Y Axis";
-    Series steps{SeriesKind::Steps, "Array #1", {0, 1, 2, 3}, {0.25, 0.5, 0.75, 1}};
-    Series lines{SeriesKind::Lines, "", {0, 3}, {0, 1}};
-    Series points{SeriesKind::Scatter, "Array #2", {0.5, 1.5, 2.5}, {0.2, 0.6, 0.9}};
+    p.xAxis = "X Axis";
+    p.yAxis = "Y Axis";
+    PlotSeries steps{SeriesKind::Steps, {0, 1, 2, 3}, {0.25, 0.5, 0.75, 1}, "Array #1"};
+    PlotSeries lines{SeriesKind::Lines, {0, 3}, {0, 1}};
+    PlotSeries points{SeriesKind::Scatter, {0.5, 1.5, 2.5}, {0.2, 0.6, 0.9}, "Array #2"};
     p.series = {steps, lines, points};
     return p;
 }
@@ -62,7 +62,7 @@ QString ScreenPath(const QString& name) {
 
 class PlotWidgetTest : public ::testing::Test {
 protected:
-    void Open(const Plot& p) {
+    void Open(const PlotData& p) {
         widget = std::make_unique<PlotWidget>(p);
         widget->resize(640, 440);
         widget->show();
@@ -202,15 +202,15 @@ TEST_F(PlotWidgetTest, ExportsPngSvgPdfCopiesAndPrints) {
 }
 
 TEST_F(PlotWidgetTest, ColourCodedPointsAndColourMapGetAColourScale) {
-    Plot p;
+    PlotData p;
     p.title = "Colour-coded points";
-    Series s{SeriesKind::Scatter, "", {}, {}};
+    PlotSeries s{SeriesKind::Scatter};
     for (int i = 0; i < 200; ++i) {
         s.x.push_back(std::cos(i * 0.1) * i);
         s.y.push_back(std::sin(i * 0.1) * i);
         s.z.push_back(i);
     }
-    s.zLabel = "Index";
+    s.zAxis = "Index";
     p.series.push_back(s);
     Open(p);
     // 200 values over 32 classes fill every class: one layer each.
@@ -218,7 +218,7 @@ TEST_F(PlotWidgetTest, ColourCodedPointsAndColourMapGetAColourScale) {
     EXPECT_EQ(Canvas()->plotLayout()->elementCount(), 3);  // title, axes, scale
     widget->grab().save(ScreenPath("colour_scatter"));
 
-    Plot m;
+    PlotData m;
     m.title = "Contour";
     m.colourMap = ColourMap{50, 40, -2, 2, -2, 2, {}, "Density"};
     for (std::size_t iy = 0; iy < 40; ++iy)
@@ -237,9 +237,9 @@ TEST_F(PlotWidgetTest, ColourCodedPointsAndColourMapGetAColourScale) {
 }
 
 TEST_F(PlotWidgetTest, MillionPointsDrawReducedToThePixelWidth) {
-    Plot p;
+    PlotData p;
     p.title = "A million points";
-    Series s{SeriesKind::Lines, "", {}, {}};
+    PlotSeries s{SeriesKind::Lines};
     s.x.resize(1'000'000);
     s.y.resize(1'000'000);
     for (std::size_t i = 0; i < s.x.size(); ++i) {
@@ -286,9 +286,9 @@ TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenTileCascadeAndPlotAll) {
     ASSERT_TRUE(frame->Action("graph_PlotAll")->isEnabled());
     frame->Action("graph_PlotAll")->trigger();
     ASSERT_EQ(frame->Plots().size(), 3u);
-    const Plot& all = frame->Plots()[2]->Description();
+    const PlotData& all = frame->Plots()[2]->Description();
     EXPECT_EQ(all.series.size(), 4u);  // the histogram's bars and Mixed's three series
-    EXPECT_EQ(all.series[0].name, Histogram().title);
+    EXPECT_EQ(all.series[0].legend, Histogram().title);
     frame->Action("graph_Tile")->trigger();
     frame->grab().save(ScreenPath("frame"));
 }
@@ -302,7 +302,7 @@ TEST_F(GraphFrameTest, ExportAsksForTheFileThroughTheProgramsDialogs) {
     frame->Action("graph_Export")->trigger();
     EXPECT_FALSE(QImage(QString::fromStdString(stem + ".png")).isNull());
     ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Export Plot");
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Export PlotData");
 
     // An existing file asks before it is replaced; No keeps it.
     dialogs.AnswerSaveFile(stem + ".png").AnswerYesNo(false);

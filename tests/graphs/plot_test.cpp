@@ -9,20 +9,20 @@
 namespace vess {
 namespace {
 
-Series Make(SeriesKind kind, std::vector<double> x, std::vector<double> y, std::string name = {}) {
-    Series s;
+PlotSeries Make(SeriesKind kind, std::vector<double> x, std::vector<double> y, std::string name = {}) {
+    PlotSeries s;
     s.kind = kind;
     s.x = std::move(x);
     s.y = std::move(y);
-    s.name = std::move(name);
+    s.legend = std::move(name);
     return s;
 }
 
 TEST(FittedRanges, BarsSpanTheirBinsAndStandOnZero) {
     // Left-aligned bins of width 0.5 at 1.0 and 2.0 cover x 1.0..2.5;
     // y covers 0..4. A 5 % margin: x 0.925..2.575, y -0.2..4.2.
-    Plot p;
-    Series bars = Make(SeriesKind::Bars, {1.0, 2.0}, {3, 4});
+    PlotData p;
+    PlotSeries bars = Make(SeriesKind::Bars, {1.0, 2.0}, {3, 4});
     bars.barWidth = 0.5;
     p.series.push_back(bars);
     PlotRanges r = FittedRanges(p);
@@ -40,26 +40,26 @@ TEST(FittedRanges, BarsSpanTheirBinsAndStandOnZero) {
 }
 
 TEST(FittedRanges, DegenerateEmptyFixedAndNonFiniteData) {
-    Plot empty;
+    PlotData empty;
     EXPECT_EQ(FittedRanges(empty).x, (AxisRange{0, 1}));
     EXPECT_EQ(FittedRanges(empty).y, (AxisRange{0, 1}));
 
     // One point: +-1 around small values, +-10 % around large ones.
-    Plot one;
+    PlotData one;
     one.series.push_back(Make(SeriesKind::Scatter, {3}, {500}));
     EXPECT_EQ(FittedRanges(one).x, (AxisRange{2, 4}));
     EXPECT_EQ(FittedRanges(one).y, (AxisRange{450, 550}));
 
     // NaN and infinity are skipped; a fixed range overrides the fit.
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    Plot lines;
+    PlotData lines;
     lines.series.push_back(Make(SeriesKind::Lines, {0, nan, 10}, {0, 5, std::numeric_limits<double>::infinity()}));
     EXPECT_EQ(FittedRanges(lines).x, (AxisRange{-1, 1}));  // only (0, 0) survives
     lines.xRange = AxisRange{-3, 3};
     EXPECT_EQ(FittedRanges(lines).x, (AxisRange{-3, 3}));
 
     // Colour maps and bands count.
-    Plot map;
+    PlotData map;
     map.colourMap = ColourMap{2, 2, -1, 1, 10, 20, {1, 2, 3, 4}, {}};
     map.bands.push_back({3, 5, "HF", {}});
     EXPECT_DOUBLE_EQ(FittedRanges(map).x.lower, -1 - 0.3);
@@ -68,7 +68,7 @@ TEST(FittedRanges, DegenerateEmptyFixedAndNonFiniteData) {
 }
 
 TEST(SortByX, KeepsPairsAndColourValuesTogether) {
-    Series s = Make(SeriesKind::Scatter, {3, 1, 2, 1}, {30, 10, 20, 11});
+    PlotSeries s = Make(SeriesKind::Scatter, {3, 1, 2, 1}, {30, 10, 20, 11});
     s.z = {0.3, 0.1, 0.2, 0.11};
     SortByX(s);
     EXPECT_EQ(s.x, (std::vector<double>{1, 1, 2, 3}));
@@ -77,25 +77,25 @@ TEST(SortByX, KeepsPairsAndColourValuesTogether) {
 }
 
 TEST(CombinePlots, NamesSeriesByTheirPlotsAndJoinsDifferentAxisTexts) {
-    Plot a, b;
+    PlotData a, b;
     a.title = "First";
-    a.xLabel = "Time (sec)";
-    a.yLabel = "Number of Events";
+    a.xAxis = "Time (sec)";
+    a.yAxis = "Number of Events";
     a.series.push_back(Make(SeriesKind::Bars, {0}, {1}));
     a.series[0].colour = Colour{1, 2, 3};
     b.title = "Second";
-    b.xLabel = "Time (sec)";
-    b.yLabel = "Cumulative Fraction";
+    b.xAxis = "Time (sec)";
+    b.yAxis = "Cumulative Fraction";
     b.series.push_back(Make(SeriesKind::Steps, {0}, {1}, "kept"));
     b.bands.push_back({1, 2, "", {}});
-    const Plot all = CombinePlots({a, b}, "All");
+    const PlotData all = CombinePlots({a, b}, "All");
     EXPECT_EQ(all.title, "All");
-    EXPECT_EQ(all.xLabel, "Time (sec)");
-    EXPECT_EQ(all.yLabel, "Number of Events / Cumulative Fraction");
+    EXPECT_EQ(all.xAxis, "Time (sec)");
+    EXPECT_EQ(all.yAxis, "Number of Events / Cumulative Fraction");
     ASSERT_EQ(all.series.size(), 2u);
-    EXPECT_EQ(all.series[0].name, "First");
+    EXPECT_EQ(all.series[0].legend, "First");
     EXPECT_FALSE(all.series[0].colour.has_value());
-    EXPECT_EQ(all.series[1].name, "kept");
+    EXPECT_EQ(all.series[1].legend, "kept");
     EXPECT_EQ(all.bands.size(), 1u);
     EXPECT_TRUE(HasLegend(all));
     EXPECT_FALSE(HasLegend(a));
@@ -117,9 +117,9 @@ TEST(ColourClasses, SplitsTheZRangeIntoEqualStepsWithEndsClamped) {
 }
 
 TEST(PlotToTabSeparated, ColumnsPerSeriesWithBlanksForShorterOnes) {
-    Plot p;
-    p.xLabel = "Amplitude (pA)";
-    p.yLabel = "Cumulative Fraction";
+    PlotData p;
+    p.xAxis = "Amplitude (pA)";
+    p.yAxis = "Cumulative Fraction";
     p.series.push_back(Make(SeriesKind::Steps, {1.5, 2, 3}, {0.25, 0.5, 1}, "Array #1"));
     p.series.push_back(Make(SeriesKind::Steps, {0.1}, {1}));
     EXPECT_EQ(PlotToTabSeparated(p),
@@ -130,15 +130,15 @@ TEST(PlotToTabSeparated, ColumnsPerSeriesWithBlanksForShorterOnes) {
 }
 
 TEST(PlotToTabSeparated, ColourValuesAndMapsGiveTriples) {
-    Plot p;
-    Series s = Make(SeriesKind::Scatter, {1}, {2});
+    PlotData p;
+    PlotSeries s = Make(SeriesKind::Scatter, {1}, {2});
     s.z = {3};
-    s.zLabel = "Group";
+    s.zAxis = "Group";
     p.series.push_back(s);
     EXPECT_EQ(PlotToTabSeparated(p), "X\tY\tGroup\r\n1\t2\t3\r\n");
 
     // A 2 x 2 map from x 0..1, y 10..20: cells at the range ends, row by row.
-    Plot m;
+    PlotData m;
     m.colourMap = ColourMap{2, 2, 0, 1, 10, 20, {1, 2, 3, 4}, "Count"};
     EXPECT_EQ(PlotToTabSeparated(m),
               "X\tY\tCount\r\n0\t10\t1\r\n1\t10\t2\r\n0\t20\t3\r\n1\t20\t4\r\n");

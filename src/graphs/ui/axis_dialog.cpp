@@ -34,11 +34,11 @@ QLineEdit* TextBox(const char* name, const std::string& text, QWidget* parent) {
 AxisDialog::AxisDialog(PlotWidget& plot, QWidget* parent) : QDialog(parent), plot_(plot) {
     setObjectName("AxisDialog");
     setWindowTitle(tr("Axes and Titles"));
-    const Plot& p = plot.Description();
+    const PlotData& p = plot.Description();
     const PlotRanges r = plot.Ranges();
     title_ = TextBox("edTitle", p.title, this);
-    xLabel_ = TextBox("edXLabel", p.xLabel, this);
-    yLabel_ = TextBox("edYLabel", p.yLabel, this);
+    xLabel_ = TextBox("edXLabel", p.xAxis, this);
+    yLabel_ = TextBox("edYLabel", p.yAxis, this);
     xMin_ = RangeBox("edXMin", r.x.lower, this);
     xMax_ = RangeBox("edXMax", r.x.upper, this);
     yMin_ = RangeBox("edYMin", r.y.lower, this);

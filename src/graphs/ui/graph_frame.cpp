@@ -22,7 +22,7 @@ namespace {
 QPointer<GraphFrame> sharedFrame;
 Dialogs* sharedDialogs = nullptr;
 
-constexpr const char* kExportCaption = "Export Plot";
+constexpr const char* kExportCaption = "Export PlotData";
 constexpr const char* kExportFilter =
     "PNG Image (*.png)|*.png|SVG Drawing (*.svg)|*.svg|PDF Document (*.pdf)|*.pdf";
 constexpr const char* kPlotAllTitle = "All Plots";
@@ -59,10 +59,10 @@ void GraphFrame::BuildMenus() {
         return a;
     };
     QMenu* file = menuBar()->addMenu(tr("&File"));
-    add(file, "graph_Export", tr("&Export Plot..."), [this] { ExportPlot(CurrentPlot()); });
-    add(file, "graph_Print", tr("&Print Plot..."), [this] { PrintPlot(CurrentPlot()); });
+    add(file, "graph_Export", tr("&Export PlotData..."), [this] { ExportPlot(CurrentPlot()); });
+    add(file, "graph_Print", tr("&Print PlotData..."), [this] { PrintPlot(CurrentPlot()); });
     file->addSeparator();
-    add(file, "graph_ClosePlot", tr("&Close Plot"), [this] { area_->closeActiveSubWindow(); });
+    add(file, "graph_ClosePlot", tr("&Close PlotData"), [this] { area_->closeActiveSubWindow(); });
     add(file, "graph_CloseAll", tr("Close &All Plots"), [this] { area_->closeAllSubWindows(); });
     QMenu* edit = menuBar()->addMenu(tr("&Edit"));
     add(edit, "graph_CopyPicture", tr("Copy &Picture"), [this] {
@@ -78,7 +78,7 @@ void GraphFrame::BuildMenus() {
     QMenu* window = menuBar()->addMenu(tr("&Window"));
     add(window, "graph_Tile", tr("&Tile"), [this] { Tile(); });
     add(window, "graph_Cascade", tr("&Cascade"), [this] { Cascade(); });
-    add(window, "graph_PlotAll", tr("Plot &All in One"), [this] { PlotAll(); });
+    add(window, "graph_PlotAll", tr("PlotData &All in One"), [this] { PlotAll(); });
 }
 
 void GraphFrame::OnCurrentChanged() {
@@ -93,9 +93,9 @@ QAction* GraphFrame::Action(const QString& objectName) const {
     return findChild<QAction*>(objectName);
 }
 
-PlotWidget* GraphFrame::AddPlot(const Plot& plot) {
+PlotWidget* GraphFrame::AddPlot(const PlotData& plot) {
     auto* widget = new PlotWidget(plot);
-    const QString title = plot.title.empty() ? tr("Plot %1").arg(++untitled_)
+    const QString title = plot.title.empty() ? tr("PlotData %1").arg(++untitled_)
                                              : QString::fromStdString(plot.title).trimmed();
     widget->setWindowTitle(title);
     connect(widget, &PlotWidget::ExportRequested, this, &GraphFrame::ExportPlot);
@@ -132,7 +132,7 @@ void GraphFrame::Tile() { area_->tileSubWindows(); }
 void GraphFrame::Cascade() { area_->cascadeSubWindows(); }
 
 PlotWidget* GraphFrame::PlotAll() {
-    std::vector<Plot> plots;
+    std::vector<PlotData> plots;
     for (PlotWidget* p : Plots()) plots.push_back(p->Description());
     if (plots.empty()) return nullptr;
     return AddPlot(CombinePlots(plots, kPlotAllTitle));
@@ -173,7 +173,7 @@ void GraphFrame::EditAxes(PlotWidget* plot) {
     dialog.exec();
 }
 
-PlotWidget* ShowPlot(const Plot& plot) {
+PlotWidget* ShowPlot(const PlotData& plot) {
     if (!sharedFrame) {
         sharedFrame = new GraphFrame;
         sharedFrame->SetDialogs(sharedDialogs);

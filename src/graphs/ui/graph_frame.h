@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "graphs/plot.h"
-#include "graphs/plot_sink.h"
 
 class QMdiArea;
 
@@ -23,7 +22,7 @@ class GraphFrame : public QMainWindow {
 public:
     explicit GraphFrame(QWidget* parent = nullptr);
 
-    PlotWidget* AddPlot(const Plot& plot);
+    PlotWidget* AddPlot(const PlotData& plot);
     std::vector<PlotWidget*> Plots() const;
     // The current child plot (the last one added or clicked), or nullptr.
     PlotWidget* CurrentPlot() const;
@@ -55,18 +54,12 @@ private:
 
 // The program's graph frame, opened and raised when needed; the plot goes
 // into a new child window. Returns the child's plot.
-PlotWidget* ShowPlot(const Plot& plot);
+PlotWidget* ShowPlot(const PlotData& plot);
 // The graph frame if one is open, else nullptr.
 GraphFrame* CurrentGraphFrame();
 // Closes and deletes the graph frame with its plots.
 void CloseGraphFrame();
 // The dialogs every graph frame uses from now on (may be nullptr).
 void SetGraphDialogs(Dialogs* dialogs);
-
-// Shows core commands' plots in the graph frame.
-class GraphFrameSink : public PlotSink {
-public:
-    void Show(const Plot& plot) override { ShowPlot(plot); }
-};
 
 }  // namespace vess

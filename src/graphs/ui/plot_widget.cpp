@@ -14,9 +14,9 @@ namespace {
 QString Q(const std::string& s) { return QString::fromStdString(s); }
 
 // The points of one series as QCustomPlot data, optionally shifted in x.
-QSharedPointer<QCPGraphDataContainer> GraphData(const Series& s, bool sorted) {
+QSharedPointer<QCPGraphDataContainer> GraphData(const PlotSeries& s, bool sorted) {
     auto data = QSharedPointer<QCPGraphDataContainer>::create();
-    QVector<QCPGraphData> points(qsizetype(s.Size()));
+    QVector<QCPGraphData> points(static_cast<qsizetype>(s.Size()));
     for (std::size_t i = 0; i < s.Size(); ++i) points[qsizetype(i)] = {s.x[i], s.y[i]};
     data->set(points, sorted);
     return data;
@@ -30,7 +30,7 @@ bool IsSorted(const std::vector<double>& x, std::size_t n) {
 
 }  // namespace
 
-PlotWidget::PlotWidget(Plot plot, QWidget* parent) : QWidget(parent), plot_(std::move(plot)) {
+PlotWidget::PlotWidget(PlotData plot, QWidget* parent) : QWidget(parent), plot_(std::move(plot)) {
     setObjectName("PlotWidget");
     canvas_ = new PlotCanvas(this);
     canvas_->setObjectName("PlotCanvas");
@@ -50,8 +50,8 @@ void PlotWidget::Draw() {
     title_ = new QCPTextElement(canvas_, Q(plot_.title), QFont(font().family(), 10, QFont::Bold));
     canvas_->plotLayout()->insertRow(0);
     canvas_->plotLayout()->addElement(0, 0, title_);
-    canvas_->xAxis->setLabel(Q(plot_.xLabel));
-    canvas_->yAxis->setLabel(Q(plot_.yLabel));
+    canvas_->xAxis->setLabel(Q(plot_.xAxis));
+    canvas_->yAxis->setLabel(Q(plot_.yAxis));
     for (const XBand& b : plot_.bands) DrawBand(b);
     if (plot_.colourMap && plot_.colourMap->Valid()) DrawColourMap(*plot_.colourMap);
     for (std::size_t i = 0; i < plot_.series.size(); ++i) DrawSeries(plot_.series[i], int(i));
@@ -59,7 +59,7 @@ void PlotWidget::Draw() {
     ResetView();
 }
 
-void PlotWidget::DrawSeries(const Series& s, int index) {
+void PlotWidget::DrawSeries(const PlotSeries& s, int index) {
     const QColor colour = s.colour ? QColor(s.colour->r, s.colour->g, s.colour->b) : PaletteColour(index);
     const QPen pen(colour, s.lineWidth);
     const std::size_t n = s.Size();
@@ -71,7 +71,7 @@ void PlotWidget::DrawSeries(const Series& s, int index) {
         auto* bars = new QCPBars(canvas_->xAxis, canvas_->yAxis);
         const double width = BarWidth(s);
         const double shift = s.barAlign == BarAlign::Left ? width / 2 : 0;
-        QVector<double> keys(qsizetype(n)), values(qsizetype(n));
+        QVector<double> keys(static_cast<qsizetype>(n)), values(static_cast<qsizetype>(n));
         for (std::size_t i = 0; i < n; ++i) {
             keys[qsizetype(i)] = s.x[i] + shift;
             values[qsizetype(i)] = s.y[i];
@@ -80,8 +80,8 @@ void PlotWidget::DrawSeries(const Series& s, int index) {
         bars->setWidth(width);
         bars->setPen(QPen(colour.darker(140), 1));
         bars->setBrush(colour.lighter(130));
-        bars->setName(Q(s.name));
-        if (s.name.empty()) bars->removeFromLegend();
+        bars->setName(Q(s.legend));
+        if (s.legend.empty()) bars->removeFromLegend();
         return;
     }
     // Lines, steps and points: a graph, which QCustomPlot reduces to the
@@ -89,7 +89,7 @@ void PlotWidget::DrawSeries(const Series& s, int index) {
     auto* graph = canvas_->addGraph();
     graph->setData(GraphData(s, IsSorted(s.x, n)));
     graph->setPen(pen);
-    graph->setName(Q(s.name));
+    graph->setName(Q(s.legend));
     const QCPScatterStyle points(QCPScatterStyle::ssDisc, colour, colour, s.pointSize);
     switch (s.kind) {
         case SeriesKind::Steps: graph->setLineStyle(QCPGraph::lsStepLeft); break;
@@ -104,14 +104,14 @@ void PlotWidget::DrawSeries(const Series& s, int index) {
             break;
         case SeriesKind::Bars: break;
     }
-    if (s.name.empty()) graph->removeFromLegend();
+    if (s.legend.empty()) graph->removeFromLegend();
 }
 
-void PlotWidget::DrawColourScatter(const Series& s) {
+void PlotWidget::DrawColourScatter(const PlotSeries& s) {
     // One layer per colour class with a colour scale beside the plot.
     constexpr int kClasses = 32;
     const AxisRange z = ZRange(s.z);
-    const QCPColorGradient gradient(QCPColorGradient::gpJet);
+    QCPColorGradient gradient(QCPColorGradient::gpJet);
     const QCPRange range(z.lower, z.upper);
     const auto classes = ColourClasses(s.z, kClasses, z.lower, z.upper);
     bool first = true;
@@ -119,7 +119,7 @@ void PlotWidget::DrawColourScatter(const Series& s) {
         if (classes[c].empty()) continue;
         const double mid = z.lower + (double(c) + 0.5) * (z.upper - z.lower) / kClasses;
         const QColor colour = gradient.color(mid, range);
-        Series part;
+        PlotSeries part;
         for (std::size_t i : classes[c]) {
             part.x.push_back(s.x[i]);
             part.y.push_back(s.y[i]);
@@ -129,14 +129,14 @@ void PlotWidget::DrawColourScatter(const Series& s) {
         graph->setData(GraphData(part, true));
         graph->setLineStyle(QCPGraph::lsNone);
         graph->setScatterStyle(QCPScatterStyle(QCPScatterStyle::ssDisc, colour, colour, s.pointSize));
-        graph->setName(Q(s.name));
-        if (!first || s.name.empty()) graph->removeFromLegend();
+        graph->setName(Q(s.legend));
+        if (!first || s.legend.empty()) graph->removeFromLegend();
         first = false;
     }
     auto* scale = new QCPColorScale(canvas_);
     scale->setGradient(gradient);
     scale->setDataRange(range);
-    scale->axis()->setLabel(Q(s.zLabel));
+    scale->axis()->setLabel(Q(s.zAxis));
     canvas_->plotLayout()->addElement(1, canvas_->plotLayout()->columnCount(), scale);
 }
 
@@ -149,7 +149,7 @@ void PlotWidget::DrawColourMap(const ColourMap& m) {
     map->setInterpolate(true);
     map->removeFromLegend();
     auto* scale = new QCPColorScale(canvas_);
-    scale->axis()->setLabel(Q(m.zLabel));
+    scale->axis()->setLabel(Q(m.zAxis));
     canvas_->plotLayout()->addElement(1, canvas_->plotLayout()->columnCount(), scale);
     map->setColorScale(scale);
     map->setGradient(QCPColorGradient::gpJet);
@@ -195,8 +195,8 @@ void PlotWidget::ResetView() { SetRanges(FittedRanges(plot_)); }
 void PlotWidget::SetTexts(const std::string& title, const std::string& xLabel,
                           const std::string& yLabel) {
     plot_.title = title;
-    plot_.xLabel = xLabel;
-    plot_.yLabel = yLabel;
+    plot_.xAxis = xLabel;
+    plot_.yAxis = yLabel;
     title_->setText(Q(title));
     canvas_->xAxis->setLabel(Q(xLabel));
     canvas_->yAxis->setLabel(Q(yLabel));

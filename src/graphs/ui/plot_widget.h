@@ -1,4 +1,4 @@
-// One plot on screen: draws a Plot description with QCustomPlot and lets the
+// One plot on screen: draws a PlotData description with QCustomPlot and lets the
 // user zoom and pan it with the mouse (wheel zooms, drag pans, Ctrl+drag
 // zooms to a rectangle, double-click or Home resets), edit its axes, export,
 // copy and print it.
@@ -20,10 +20,10 @@ class PlotCanvas;
 class PlotWidget : public QWidget {
     Q_OBJECT
 public:
-    explicit PlotWidget(Plot plot, QWidget* parent = nullptr);
+    explicit PlotWidget(PlotData plot, QWidget* parent = nullptr);
 
     // The plot as given, with the texts and ranges the user has set since.
-    const Plot& Description() const { return plot_; }
+    const PlotData& Description() const { return plot_; }
     QCustomPlot* Canvas() const;
 
     PlotRanges Ranges() const;
@@ -54,13 +54,13 @@ protected:
 
 private:
     void Draw();
-    void DrawSeries(const Series& s, int index);
-    void DrawColourScatter(const Series& s);
+    void DrawSeries(const PlotSeries& s, int index);
+    void DrawColourScatter(const PlotSeries& s);
     void DrawColourMap(const ColourMap& m);
     void DrawBand(const XBand& b);
     void BuildMenu();
 
-    Plot plot_;
+    PlotData plot_;
     PlotCanvas* canvas_ = nullptr;
     QCPTextElement* title_ = nullptr;
     QMenu* menu_ = nullptr;
