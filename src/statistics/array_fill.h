@@ -46,8 +46,9 @@ std::vector<float> EventFieldValues(const Recording* recording, const EventTable
 std::vector<float> RowFieldValues(const Recording* recording, const EventTable& events,
                                   std::span<const int32_t> rows, ArrayField field,
                                   double timeOffsetMs = 0);
-// Event times (ms) of group (0: all), sorted ascending, and the n - 1
-// differences between neighbours.
+// The values sorted ascending and the n - 1 differences between neighbours.
+std::vector<float> SortedDifferences(std::vector<float> values);
+// SortedDifferences of the event times (ms) of group (0: all).
 std::vector<float> InterEventIntervals(const EventTable& events, int group);
 
 // menu_PutAllArray1/2 item field: clear/append question, group prompt,

@@ -39,6 +39,9 @@ struct TestRequest {
 struct TestOutcome {
     ResultTable table;           // rows for Grid1
     std::optional<PlotData> plot;  // K-S curves, regression pairs and line
+    double alpha = 0.05;
+    double pTwoTailed = 0;       // the test's two-tailed p
+    bool Significant() const { return pTwoTailed < alpha; }
 };
 
 // The checks ("Empty Data Array", "Inappropriate Values"), then the test.

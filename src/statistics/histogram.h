@@ -60,10 +60,11 @@ std::optional<PlotData> RunningAverageCommand(Workspace& ws, Dialogs& dialogs);
 
 // Sum of |difference| of successive values.
 double CoastlineLength(std::span<const double> values);
-// Coastline length per time bin of a trace sampled every intervalMs, plotted
-// against the bin's start in s.
+// Coastline length per time bin of a trace whose sample i lies at
+// startMs + i * intervalMs, plotted against the bin's start in s. The step
+// from sample i to i + 1 belongs to the bin of sample i.
 HistogramPlot MakeCoastlineTimeCourse(std::span<const double> values, double intervalMs,
-                                      double binMs, const std::string& unit);
+                                      double binMs, const std::string& unit, double startMs = 0);
 // menu_CoastlineM: the length message, the time-bin prompt, the time course
 // of the displayed screen.
 std::optional<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs);

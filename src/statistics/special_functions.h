@@ -27,7 +27,8 @@ double FUpperTailP(double f, double df1, double df2);
 
 // Q_KS(z) = 2 sum_{k>=1} (-1)^(k-1) exp(-2 k^2 z^2): the alternating series,
 // stopped when a term falls below 1e-3 of the previous one or 1e-8 of the
-// sum; 1 for z below 0.27 where the series does not settle in 100 terms.
+// sum; 1 when it does not settle within 100 terms (z below about 0.03,
+// where the true value is 1 to within rounding).
 double KolmogorovQ(double z);
 // Exact two-sided P(D >= d) of the two-sample statistic for sizes n1, n2
 // (counting lattice paths), or nothing when n1 * n2 exceeds maxProduct.

@@ -74,13 +74,9 @@ inline std::string ClearBeforePasteText(int n, int k) {
 }
 
 // Array text files.
-inline constexpr std::string_view kArrayFileFilter = "Text File (*.txt)";
-inline constexpr std::string_view kArrayFileExtension = "txt";
 inline constexpr std::string_view kArrayImportFilter = "*.txt";
 inline constexpr std::string_view kSaveArraysCaption = "Save Array Data";        // dialog title, ours
 inline constexpr std::string_view kImportArraysCaption = "Import Array Data";    // dialog title, ours
-inline constexpr std::string_view kAtfTag = "ATF";
-inline constexpr std::string_view kAtfVersion = "1.0";
 inline constexpr std::string_view kArrayFileShape = "3\t2";
 inline constexpr std::string_view kArrayDataTag = "Array Data : ";
 inline constexpr std::string_view kArrayDataProbe = "Array Data";
@@ -106,6 +102,11 @@ inline constexpr std::string_view kCancelButton = "Cancel";
 inline constexpr std::string_view kMathFinishedCaption = "Mathematical Operation Finished";
 inline std::string MathFinishedText(int k) {
     return "Calculations are done and the results are put into array #" + std::to_string(k);
+}
+inline std::string MathNotNumbersText(int n) {  // ours
+    return std::to_string(n) +
+           " of the results are not finite numbers (a division by zero or the square root of a "
+           "negative value); they are stored as such.";
 }
 
 // ---- Histograms and correlograms -----------------------------------------
