@@ -18,9 +18,8 @@ namespace vess {
 
 namespace {
 
-GraphFrameSink& Graphs() {
-    static GraphFrameSink sink;
-    return sink;
+void Show(const std::optional<PlotData>& plot) {
+    if (plot) ShowPlot(*plot);
 }
 
 // One window of each kind, a child of the main window, raised when asked again.
@@ -53,7 +52,7 @@ void MainWindow::BuildHeartRateMenu() {
         });
     };
     add(m, "menu_HRV", tr("&Time Domain Measurements..."), [this] {
-        ShowOnce<hrv::TimeDomainWindow>(this, "frmHRV", ws_, dialogs_, Graphs(), ws_.iniPath.parent_path());
+        ShowOnce<hrv::TimeDomainWindow>(this, "frmHRV", ws_, dialogs_, ws_.iniPath.parent_path());
     });
     add(m, "menu_HRV_Geo", tr("&Geometrical Methods..."),
         [this] { ShowOnce<hrv::GeometricWindow>(this, "frmHRVGeo", ws_, dialogs_); });
@@ -61,12 +60,12 @@ void MainWindow::BuildHeartRateMenu() {
         [this] { ShowOnce<hrv::SpectrumWindow>(this, "frmHRVSpectrum", ws_, dialogs_); });
     m->addSeparator();
     add(m, "menu_RRHisto", tr("RR Interval &Histogram..."),
-        [this] { hrv::RRHistogramCommand(ws_, dialogs_, Graphs()); });
+        [this] { Show(hrv::RRHistogramCommand(ws_, dialogs_)); });
     add(m, "menu_DeltaRRHisto", tr("&Delta RR Interval Histogram..."),
-        [this] { hrv::DeltaRRHistogramCommand(ws_, dialogs_, Graphs()); });
-    add(m, "menu_LorenzPlot", tr("&Lorenz Plot"), [this] { hrv::LorenzPlotCommand(ws_, dialogs_, Graphs()); });
+        [this] { Show(hrv::DeltaRRHistogramCommand(ws_, dialogs_)); });
+    add(m, "menu_LorenzPlot", tr("&Lorenz Plot"), [this] { Show(hrv::LorenzPlotCommand(ws_, dialogs_)); });
     QMenu* t = m->addMenu(tr("Ta&chogram"));
-    add(t, "menu_TachogramPlot", tr("&Plot"), [this] { hrv::TachogramPlotCommand(ws_, dialogs_, Graphs()); });
+    add(t, "menu_TachogramPlot", tr("&Plot"), [this] { Show(hrv::TachogramPlotCommand(ws_, dialogs_)); });
     add(t, "menu_TachogramASCII", tr("Save as &ASCII..."), [this] { hrv::SaveTachogramAsciiCommand(ws_, dialogs_); });
     add(t, "menu_TachogramABF", tr("Save as A&BF File..."), [this] {
         const auto folder = ws_.iniPath.parent_path();

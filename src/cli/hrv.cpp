@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/named_recording.h"
 #include "hrv/analysis.h"
 #include "hrv/spectrum.h"
 #include "hrv/texts.h"
@@ -60,8 +61,7 @@ Beats LoadBeats(const HrvCliOptions& o) {
         if (!f.Ok()) Fail(o.source + ": " + DescribeProblem(f));
         b.name = f.storedName.empty() ? std::filesystem::path(o.source).filename().string() : f.storedName;
         for (const EventRecord& r : f.records) b.timesMs.push_back(r.time);
-        AbfError error = AbfError::None;
-        if (auto rec = Recording::Open(std::filesystem::path(o.source).parent_path() / f.storedName, &error)) {
+        if (const auto rec = OpenNamedRecording(o.source, f)) {
             b.intervalUs = rec->IntervalUs();
             b.lengthMs = double(rec->PointsPerChannel()) * b.intervalUs / 1000;
         }

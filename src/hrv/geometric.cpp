@@ -6,24 +6,15 @@
 #include <numbers>
 
 #include "hrv/time_domain.h"
+#include "statistics/binning.h"
 
 namespace vess::hrv {
 
 std::optional<Histogram> BinValues(std::span<const double> values, double binSize) {
     if (!(binSize > 0)) return std::nullopt;
-    Histogram h;
-    h.binSize = binSize;
-    if (values.empty()) return h;
-    const auto [lo, hi] = std::minmax_element(values.begin(), values.end());
-    const double first = std::floor(*lo / binSize), last = std::floor(*hi / binSize);
-    if (last - first + 1 > double(kMaxBins)) return std::nullopt;
-    h.lowestBin = int64_t(first);
-    h.counts.assign(std::size_t(last - first + 1), 0);
-    for (double v : values) {
-        const auto k = std::size_t(int64_t(std::floor(v / binSize)) - h.lowestBin);
-        ++h.counts[std::min(k, h.counts.size() - 1)];
-    }
-    return h;
+    BinnedCounts bins = CountIntoBins(values, binSize);
+    if (bins.tooManyBins) return std::nullopt;
+    return Histogram{binSize, bins.lowestBin, std::move(bins.counts)};
 }
 
 namespace {

@@ -11,16 +11,15 @@
 
 namespace vess::hrv {
 
-// Bin k holds the values x with k*binSize <= x < (k+1)*binSize, from the
-// lowest to the highest occupied bin.
+// Counts by the shared bin rule: bin k holds the values x with
+// k*binSize <= x < (k+1)*binSize, from the lowest to the highest occupied bin.
 struct Histogram {
     double binSize = 0;
     int64_t lowestBin = 0;
     std::vector<int32_t> counts;
     double LeftEdge(std::size_t i) const { return double(lowestBin + int64_t(i)) * binSize; }
 };
-inline constexpr int64_t kMaxBins = 60000;
-// std::nullopt when the bins would exceed kMaxBins (or binSize is not
+// std::nullopt when the bins would be too many (or binSize is not
 // positive); an empty series gives an empty histogram.
 std::optional<Histogram> BinValues(std::span<const double> values, double binSize);
 

@@ -1,15 +1,13 @@
 #include "hrv/plot_commands.h"
 
-#include <charconv>
-#include <cmath>
 #include <optional>
 #include <string>
 
 #include "hrv/plots.h"
 #include "hrv/rr_intervals.h"
 #include "hrv/texts.h"
-#include "recording/file_io.h"
 #include "recording/workspace.h"
+#include "statistics/prompts.h"
 #include "statistics/texts.h"
 
 namespace vess::hrv {
@@ -25,28 +23,13 @@ std::optional<BoundedRR> Intervals(Workspace& ws, Dialogs& dialogs) {
     return AllIntervals(BeatTimesMs(ws.events));
 }
 
-std::optional<double> AskBinSize(Dialogs& dialogs, std::string_view series) {
-    const auto answer = dialogs.Input(S(stats_texts::kBinSizeCaption),
-                                      stats_texts::BinSizeText(S(series), S(texts::kMsecUnit)));
-    if (!answer) return std::nullopt;
-    const std::string text = TrimBlanks(*answer);
-    double v = 0;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
-    if (ec != std::errc() || end != text.data() + text.size() || !(v > 0) || !std::isfinite(v))
-        return std::nullopt;
-    return v;
-}
-
 std::optional<PlotData> AskAndBin(Dialogs& dialogs, const std::vector<double>& values,
                                   std::string_view series) {
-    const auto bin = AskBinSize(dialogs, series);
+    const auto bin = AskBinSize(dialogs, stats_texts::BinSizeText(S(series), S(texts::kMsecUnit)));
     if (!bin) return std::nullopt;
-    const auto h = BinValues(values, *bin);
-    if (!h) {
-        dialogs.Message(S(stats_texts::kTooManyBinsCaption), S(stats_texts::kTooManyBinsText));
-        return std::nullopt;
-    }
-    return HistogramPlot(*h, series);
+    auto plot = HistogramPlot(values, *bin, series);
+    if (!plot) TellTooManyBins(dialogs);
+    return plot;
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 
 #include "hrv/texts.h"
+#include "statistics/histogram.h"
+#include "statistics/prompts.h"
 #include "statistics/texts.h"
 
 namespace vess::hrv {
@@ -42,34 +44,25 @@ std::array<PlotSeries, 2> EllipseArcs(const std::vector<std::pair<double, double
 
 }  // namespace
 
-PlotData HistogramPlot(const Histogram& h, std::string_view series) {
-    PlotData p;
-    p.title = S(series) + S(texts::kHistogramTitleSuffix) + S(stats_texts::kFrequencyTitlePrefix) +
-              S(stats_texts::kBinSizeTag) + fmt::format("{}", h.binSize) + S(texts::kMsecTitleSuffix);
-    p.xAxis = fmt::format("{} ({})", series, texts::kMsecUnit);
-    p.yAxis = S(series == texts::kRRSeries ? texts::kRRHistogramYAxis : texts::kDeltaRRHistogramYAxis);
-    PlotSeries bars;
-    bars.kind = SeriesKind::Bars;
-    bars.legend = S(series);
-    bars.barWidth = h.binSize;
-    for (std::size_t i = 0; i < h.counts.size(); ++i) {
-        bars.x.push_back(h.LeftEdge(i));
-        bars.y.push_back(h.counts[i]);
-    }
-    p.series.push_back(std::move(bars));
-    return p;
+std::optional<PlotData> HistogramPlot(std::span<const double> values, double binMs, std::string_view series) {
+    vess::HistogramPlot h = MakeHistogram(HistogramKind::Frequency, values, binMs, S(series), S(texts::kMsecUnit));
+    if (h.tooManyBins) return std::nullopt;
+    h.plot.title = S(series) + S(texts::kHistogramTitleSuffix) + S(stats_texts::kFrequencyTitlePrefix) +
+                   S(stats_texts::kBinSizeTag) + BinSizeText(binMs) + S(texts::kMsecTitleSuffix);
+    h.plot.yAxis = S(series == texts::kRRSeries ? texts::kRRHistogramYAxis : texts::kDeltaRRHistogramYAxis);
+    for (PlotSeries& bars : h.plot.series) bars.legend = S(series);
+    return std::move(h.plot);
 }
 
-PlotData HistogramWithTriangle(const Histogram& h, const TriangleFit& fit) {
-    PlotData p = HistogramPlot(h, texts::kRRSeries);
+void AddTriangle(PlotData& plot, const TriangleFit& fit, double binMs) {
     PlotSeries tri;
     tri.kind = SeriesKind::Lines;
     tri.legend = fmt::format("{} (TINN {:.1f} ms)", texts::kTriangleFit, fit.tinnMs);
     // The bars stand on their left edges; the triangle is fitted on bin centres.
-    tri.x = {fit.nMs - h.binSize / 2, fit.apexMs - h.binSize / 2, fit.mMs - h.binSize / 2};
+    tri.x = {fit.nMs - binMs / 2, fit.apexMs - binMs / 2, fit.mMs - binMs / 2};
     tri.y = {0, double(fit.apexCount), 0};
-    p.series.push_back(std::move(tri));
-    return p;
+    tri.colour = Colour{200, 40, 40};
+    plot.series.push_back(std::move(tri));
 }
 
 AxisTexts MainLorenzAxes() {

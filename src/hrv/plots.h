@@ -13,12 +13,13 @@
 
 namespace vess::hrv {
 
-// Series + " Histogram " + " Frequency Histogram  " + " bin size=" + bin +
-// " msec"; bars from each bin's left edge. series is "RR Interval" or
-// "Delta RR Interval", which picks the y axis text.
-PlotData HistogramPlot(const Histogram& h, std::string_view series);
-// The RR histogram with the fitted TINN triangle over it.
-PlotData HistogramWithTriangle(const Histogram& h, const TriangleFit& fit);
+// The frequency histogram of the shared histogram routine with the heart-rate
+// texts: title series + " Histogram " + " Frequency Histogram  " +
+// " bin size=" + bin + " msec", and the y axis of the series ("RR Interval"
+// or "Delta RR Interval"). Nothing when the bins would be too many.
+std::optional<PlotData> HistogramPlot(std::span<const double> values, double binMs, std::string_view series);
+// The fitted TINN triangle over an RR histogram.
+void AddTriangle(PlotData& plot, const TriangleFit& fit, double binMs);
 
 // Axis texts of the two forms of the Lorenz plot and tachogram: the main
 // form's full texts and the geometric window's short pane texts.

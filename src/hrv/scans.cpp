@@ -1,14 +1,12 @@
 #include "hrv/scans.h"
 
-#include <charconv>
-#include <cmath>
 #include <optional>
 #include <string>
 
 #include "hrv/rr_intervals.h"
 #include "hrv/texts.h"
-#include "recording/file_io.h"
 #include "recording/workspace.h"
+#include "statistics/prompts.h"
 
 namespace vess::hrv {
 
@@ -19,13 +17,8 @@ std::string S(std::string_view v) { return std::string(v); }
 // The limit typed by the user; nothing for an empty, zero or unreadable answer.
 std::optional<double> AskLimit(Dialogs& dialogs, std::string_view caption, std::string_view prompt,
                                std::string_view initial) {
-    const auto answer = dialogs.Input(S(caption), S(prompt), S(initial));
-    if (!answer) return std::nullopt;
-    const std::string text = TrimBlanks(*answer);
-    double v = 0;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
-    if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(v) || v == 0)
-        return std::nullopt;
+    const auto v = AskNumber(dialogs, S(caption), S(prompt), S(initial));
+    if (!v || *v == 0) return std::nullopt;
     return v;
 }
 

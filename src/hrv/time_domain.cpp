@@ -5,19 +5,16 @@
 
 #include <fmt/format.h>
 
+#include "statistics/descriptive.h"
+
 namespace vess::hrv {
 
 Summary Describe(std::span<const double> values) {
+    const MeanVariance mv = MeanAndVariance(values);
     Summary s;
     s.n = int(values.size());
-    if (s.n == 0) return s;
-    double sum = 0;
-    for (double v : values) sum += v;
-    s.mean = sum / s.n;
-    if (s.n < 2) return s;
-    double ss = 0;
-    for (double v : values) ss += (v - s.mean) * (v - s.mean);
-    s.sd = std::sqrt(ss / (s.n - 1));
+    s.mean = s.n ? mv.mean : 0;
+    s.sd = s.n >= 2 ? std::sqrt(mv.variance) : 0;
     return s;
 }
 

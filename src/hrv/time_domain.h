@@ -11,8 +11,8 @@
 
 namespace vess::hrv {
 
-// Count, mean and sample standard deviation (divided by n - 1; 0 for fewer
-// than two values), as the descriptive statistics report them.
+// Count, mean and sample standard deviation (divided by n - 1, from the
+// shared descriptive statistics), shown as 0 for fewer than two values.
 struct Summary {
     int n = 0;
     double mean = 0;

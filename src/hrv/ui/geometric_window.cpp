@@ -13,7 +13,7 @@
 #include "hrv/texts.h"
 #include "hrv/ui/hrv_widgets.h"
 #include "recording/workspace.h"
-#include "statistics/texts.h"
+#include "statistics/prompts.h"
 
 namespace vess::hrv {
 
@@ -122,12 +122,15 @@ void GeometricWindow::GeneratePlots() {
     const HrvOptions o = Options();
     const RecordingSpan span = SpanOf(ws_);
     HrvAnalysis a = AnalyseBeats(BeatTimesMs(ws_.events), span.lengthMs, o.SegmentMs(span.intervalUs), o);
-    if (!a.rrHistogram || !a.deltaHistogram) {
-        dialogs_.Message(std::string(stats_texts::kTooManyBinsCaption), std::string(stats_texts::kTooManyBinsText));
+    auto rrPlot = HistogramPlot(a.rr.rrMs, o.rrBinMs, texts::kRRSeries);
+    auto deltaPlot = HistogramPlot(a.rr.DeltaMs(), o.deltaRRBinMs, texts::kDeltaRRSeries);
+    if (!rrPlot || !deltaPlot) {
+        TellTooManyBins(dialogs_);
         return;
     }
-    SetPane(0, new PlotWidget(HistogramWithTriangle(*a.rrHistogram, a.triangle), this));
-    SetPane(1, new PlotWidget(HistogramPlot(*a.deltaHistogram, texts::kDeltaRRSeries), this));
+    AddTriangle(*rrPlot, a.triangle, o.rrBinMs);
+    SetPane(0, new PlotWidget(*rrPlot, this));
+    SetPane(1, new PlotWidget(*deltaPlot, this));
     SetPane(2, new PlotWidget(LorenzPlot(a.rr.pairs, PaneLorenzAxes(), &a.lorenz), this));
     SetPane(3, new PlotWidget(TachogramPlot(a.rr.beatNumber, a.rr.rrMs, PaneTachogramAxes()), this));
     measures_->setText(QString::fromStdString(fmt::format(

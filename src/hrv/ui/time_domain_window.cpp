@@ -17,7 +17,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include "graphs/plot_sink.h"
+#include "graphs/ui/graph_frame.h"
 #include "hrv/plot_commands.h"
 #include "hrv/scans.h"
 #include "hrv/tachogram.h"
@@ -34,9 +34,9 @@ QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.s
 
 }  // namespace
 
-TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, PlotSink& sink,
-                                   std::filesystem::path templateFolder, QWidget* parent)
-    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), sink_(sink), templateFolder_(std::move(templateFolder)) {
+TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, std::filesystem::path templateFolder,
+                                   QWidget* parent)
+    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), templateFolder_(std::move(templateFolder)) {
     setObjectName("frmHRV");
     setWindowTitle(Q(texts::kTimeDomainCaption));
     auto* central = new QWidget(this);
@@ -137,7 +137,9 @@ void TimeDomainWindow::BuildMenus() {
         [this] { SaveGridCommand(dialogs_, grids_, TimeDomainGrid::Segments); });
     QMenu* tacho = menuBar()->addMenu(Q(texts::kTachogramMenu));
     tacho->setObjectName("menu_Tachogram");
-    add(tacho, "menu_TachogramGenerate", Q(texts::kGeneratePlot), [this] { TachogramPlotCommand(ws_, dialogs_, sink_); });
+    add(tacho, "menu_TachogramGenerate", Q(texts::kGeneratePlot), [this] {
+        if (const auto plot = TachogramPlotCommand(ws_, dialogs_)) ShowPlot(*plot);
+    });
     add(tacho, "menu_TachogramSaveABF", Q(texts::kSaveAsAbf), [this] {
         EnsureTemplateHeader(templateFolder_);
         SaveTachogramAbfCommand(ws_, dialogs_, templateFolder_);

@@ -22,7 +22,6 @@ class QTableWidget;
 namespace vess {
 struct Workspace;
 class Dialogs;
-class PlotSink;
 }  // namespace vess
 
 namespace vess::hrv {
@@ -30,9 +29,9 @@ namespace vess::hrv {
 class TimeDomainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    // Plots go to sink; the tachogram ABF file is built on the template in
-    // templateFolder.
-    TimeDomainWindow(Workspace& ws, Dialogs& dialogs, PlotSink& sink, std::filesystem::path templateFolder,
+    // The tachogram plot goes to the graph windows; its ABF file is built on
+    // the template in templateFolder.
+    TimeDomainWindow(Workspace& ws, Dialogs& dialogs, std::filesystem::path templateFolder,
                      QWidget* parent = nullptr);
 
     // The options as the controls show them.
@@ -57,7 +56,6 @@ private:
 
     Workspace& ws_;
     Dialogs& dialogs_;
-    PlotSink& sink_;
     std::filesystem::path templateFolder_;
     TimeDomainGrids grids_;
     QPrinter printer_;
