@@ -19,8 +19,6 @@ namespace vess::hrv {
 
 namespace {
 
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
-
 const QStringList kBinSizes{"0.1", "0.5", "1", "2", "5", "7.8125", "10", "20", "50"};
 
 }  // namespace
@@ -33,8 +31,8 @@ GeometricWindow::GeometricWindow(Workspace& ws, Dialogs& dialogs, QWidget* paren
     auto* options = new QGridLayout;
     rrBin_ = MakeValueList("cbRRBinSize", kBinSizes, 1, this);
     deltaBin_ = MakeValueList("cbDeltaRRBinSize", kBinSizes, 1, this);
-    upper_ = MakeValueList("cbRRUBound", {"100", "200", "250", "500", "1000", "2000"}, 100, this);
-    lower_ = MakeValueList("cbRRLBound", {"10", "20", "50", "100", "300"}, 10, this);
+    upper_ = MakeUpperBoundList(100, this);
+    lower_ = MakeLowerBoundList(10, this);
     options->addWidget(new QLabel(Q(texts::kRRBinLabel), this), 0, 0);
     options->addWidget(rrBin_, 0, 1);
     options->addWidget(new QLabel(Q(texts::kDeltaRRBinLabel), this), 0, 2);
@@ -50,6 +48,7 @@ GeometricWindow::GeometricWindow(Workspace& ws, Dialogs& dialogs, QWidget* paren
     options->addWidget(new QLabel(tr("Preset:"), this), 2, 0, Qt::AlignRight);
     options->addWidget(preset_, 2, 1);
     options->addWidget(presetInForce_, 2, 2, 1, 3);
+    options->setColumnStretch(5, 1);
     layout->addLayout(options);
     connect(preset_, &QComboBox::activated, this, [this](int index) {
         SetOptions(ApplyPreset(Options(), Preset(preset_->itemData(index).toInt()), SpanOf(ws_).intervalUs));
@@ -103,7 +102,7 @@ void GeometricWindow::RefreshPreset() {
         const HrvOptions preset = ApplyPreset(o, p, interval);
         if (preset.upperBoundMs == o.upperBoundMs && preset.lowerBoundMs == o.lowerBoundMs) o = preset;
     }
-    ShowPresetInForce(presetInForce_, o, interval);
+    ShowPresetInForce(presetInForce_, preset_, o, interval);
 }
 
 void GeometricWindow::SaveOptions() {

@@ -26,6 +26,14 @@ double ValueOf(const QComboBox* list, double fallback) {
 
 void SetValue(QComboBox* list, double value) { list->setCurrentText(QString::number(value)); }
 
+QComboBox* MakeUpperBoundList(double currentMs, QWidget* parent) {
+    return MakeValueList("cbRRUBound", {"100", "200", "250", "500", "1000", "2000"}, currentMs, parent);
+}
+
+QComboBox* MakeLowerBoundList(double currentMs, QWidget* parent) {
+    return MakeValueList("cbRRLBound", {"10", "20", "50", "100", "300"}, currentMs, parent);
+}
+
 QComboBox* MakePresetList(QWidget* parent) {
     auto* list = new QComboBox(parent);
     list->setObjectName("cbPreset");
@@ -34,9 +42,10 @@ QComboBox* MakePresetList(QWidget* parent) {
     return list;
 }
 
-void ShowPresetInForce(QLabel* label, const HrvOptions& options, double intervalUs) {
-    label->setText(QStringLiteral("In force: %1")
-                       .arg(QString::fromStdString(std::string(PresetName(PresetInForce(options, intervalUs))))));
+void ShowPresetInForce(QLabel* label, QComboBox* presets, const HrvOptions& options, double intervalUs) {
+    const Preset p = PresetInForce(options, intervalUs);
+    label->setText(QStringLiteral("In force: %1").arg(Q(PresetName(p))));
+    if (const int index = presets->findData(int(p)); index >= 0) presets->setCurrentIndex(index);
 }
 
 void FillGrid(QTableWidget* grid, const std::vector<std::string>& titles,

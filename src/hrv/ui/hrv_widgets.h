@@ -7,6 +7,7 @@
 #include <QTableWidget>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "hrv/hrv_options.h"
@@ -15,16 +16,21 @@ class QPrinter;
 
 namespace vess::hrv {
 
+inline QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
+
 // An editable list of values in ms, with the current one as typed.
 QComboBox* MakeValueList(const char* objectName, const QStringList& values, double current,
                          QWidget* parent);
 double ValueOf(const QComboBox* list, double fallback);
 void SetValue(QComboBox* list, double value);
+// The bound lists of every heart-rate window (cbRRUBound, cbRRLBound).
+QComboBox* MakeUpperBoundList(double currentMs, QWidget* parent);
+QComboBox* MakeLowerBoundList(double currentMs, QWidget* parent);
 
 // The species presets ("Human", "Mouse", the stored defaults) and the label
-// that says which one the options match.
+// that says which one the options match; the list follows a matching preset.
 QComboBox* MakePresetList(QWidget* parent);
-void ShowPresetInForce(QLabel* label, const HrvOptions& options, double intervalUs);
+void ShowPresetInForce(QLabel* label, QComboBox* presets, const HrvOptions& options, double intervalUs);
 
 void FillGrid(QTableWidget* grid, const std::vector<std::string>& titles,
               const std::vector<std::vector<std::string>>& rows);

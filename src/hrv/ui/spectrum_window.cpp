@@ -25,8 +25,6 @@ namespace vess::hrv {
 
 namespace {
 
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
-
 double Number(const QLineEdit* edit, double fallback) {
     bool ok = false;
     const double v = edit->text().trimmed().toDouble(&ok);
@@ -41,8 +39,8 @@ SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     setWindowTitle(Q(texts::kSpectrumCaption));
     auto* layout = new QVBoxLayout(this);
     auto* g = new QGridLayout;
-    upper_ = MakeValueList("cbRRUBound", {"100", "200", "250", "500", "1000", "2000"}, bounds_.upperBoundMs, this);
-    lower_ = MakeValueList("cbRRLBound", {"10", "20", "50", "100", "300"}, bounds_.lowerBoundMs, this);
+    upper_ = MakeUpperBoundList(bounds_.upperBoundMs, this);
+    lower_ = MakeLowerBoundList(bounds_.lowerBoundMs, this);
     g->addWidget(new QLabel(Q(texts::kUpperBoundLabel), this), 0, 0);
     g->addWidget(upper_, 0, 1);
     g->addWidget(new QLabel(Q(texts::kLowerBoundLabel), this), 0, 2);
@@ -127,12 +125,13 @@ SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     ratio_->setObjectName("lbLFHF");
     left->addWidget(table_);
     left->addWidget(ratio_);
-    body->addLayout(left, 2);
+    body->addLayout(left, 1);
     plotLayout_ = new QVBoxLayout;
-    body->addLayout(plotLayout_, 3);
+    body->addLayout(plotLayout_, 1);
     layout->addLayout(body, 1);
     SetOptions(HumanSpectrumPreset());
-    resize(1100, 640);
+    g->setColumnStretch(6, 1);  // the fields keep their size
+    resize(1200, 640);
 }
 
 SpectrumOptions SpectrumWindow::Options() const {

@@ -28,12 +28,6 @@
 
 namespace vess::hrv {
 
-namespace {
-
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
-
-}  // namespace
-
 TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, std::filesystem::path templateFolder,
                                    QWidget* parent)
     : QMainWindow(parent), ws_(ws), dialogs_(dialogs), templateFolder_(std::move(templateFolder)) {
@@ -78,8 +72,8 @@ void TimeDomainWindow::BuildOptions(QWidget* panel) {
     auto* box = new QGroupBox(panel);
     box->setObjectName("fraOptions");
     auto* grid = new QGridLayout(box);
-    upper_ = MakeValueList("cbRRUBound", {"100", "200", "250", "500", "1000", "2000"}, 100, box);
-    lower_ = MakeValueList("cbRRLBound", {"10", "20", "50", "100", "300"}, 10, box);
+    upper_ = MakeUpperBoundList(100, box);
+    lower_ = MakeLowerBoundList(10, box);
     grid->addWidget(new QLabel(Q(texts::kUpperBoundLabel), box), 0, 0);
     grid->addWidget(upper_, 0, 1);
     grid->addWidget(new QLabel(Q(texts::kLowerBoundLabel), box), 0, 2);
@@ -112,6 +106,8 @@ void TimeDomainWindow::BuildOptions(QWidget* panel) {
     presetInForce_ = new QLabel(box);
     presetInForce_->setObjectName("lbPresetInForce");
     grid->addWidget(presetInForce_, 4, 2, 1, 3);
+    grid->setColumnStretch(5, 1);  // the lists keep their size, the texts get the room
+    segmentTime_->setWordWrap(true);
     connect(preset_, &QComboBox::activated, this, &TimeDomainWindow::ApplyPreset);
     for (QComboBox* c : {upper_, lower_}) connect(c, &QComboBox::currentTextChanged, this, &TimeDomainWindow::RefreshPreset);
     connect(points_, &QLineEdit::textChanged, this, &TimeDomainWindow::RefreshPreset);
@@ -181,7 +177,7 @@ void TimeDomainWindow::ApplyPreset(int index) {
 
 void TimeDomainWindow::RefreshPreset() {
     const HrvOptions o = Options();
-    ShowPresetInForce(presetInForce_, o, IntervalUs());
+    ShowPresetInForce(presetInForce_, preset_, o, IntervalUs());
     segmentTime_->setText(QString::fromStdString(std::string(texts::kSegmentPointsSuffix)) +
                           QStringLiteral(" (%1 s)").arg(o.SegmentMs(IntervalUs()) / 1000, 0, 'g', 6));
 }
