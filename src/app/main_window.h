@@ -6,8 +6,10 @@
 
 #include <QMainWindow>
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "recording/dialogs.h"
@@ -29,6 +31,7 @@ namespace vess {
 class EventGridModel;
 class FileBrowser;
 class NonStopRunner;
+class DataAnalysisWindow;
 class ParameterPanel;
 class Screen;
 class TraceView;
@@ -84,6 +87,18 @@ private:
     void AfterEdit(bool changed);
     void AfterNavigation(const struct NavResult& result);
     std::vector<int32_t> SelectedRows() const;
+
+    // Work arrays, histograms and statistics (main_window_statistics.cpp).
+    void BuildStatisticsMenus();
+    void BuildDataArrayMenu();
+    void BuildHistogramMenu();
+    void BuildTestMenu();
+    QMenu* AddStatisticsMenu(QMenu* parent, const char* name, std::string_view text);
+    QAction* AddStatisticsAction(QMenu* menu, const std::string& name, std::string_view text,
+                                 std::function<void()> run);
+    DataAnalysisWindow* OpenDataAnalysis();
+    void OpenMathOperation();
+    void ArraysChanged();
 
     // Files and settings (main_window_files.cpp).
     void OnFileChosen(const QString& path);

@@ -52,9 +52,10 @@ void PlotWidget::Draw() {
     canvas_->plotLayout()->addElement(0, 0, title_);
     canvas_->xAxis->setLabel(Q(plot_.xAxis));
     canvas_->yAxis->setLabel(Q(plot_.yAxis));
-    for (const XBand& b : plot_.bands) DrawBand(b);
     if (plot_.colourMap && plot_.colourMap->Valid()) DrawColourMap(*plot_.colourMap);
     for (std::size_t i = 0; i < plot_.series.size(); ++i) DrawSeries(plot_.series[i], int(i));
+    // Band shading goes under everything, band labels over it.
+    for (const XBand& b : plot_.bands) DrawBand(b);
     canvas_->legend->setVisible(HasLegend(plot_));
     ResetView();
 }

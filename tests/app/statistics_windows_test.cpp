@@ -1,0 +1,301 @@
+// The work-array, histogram and statistics menus of the main window with
+// their windows: fills from events, the tests in the data analysis window,
+// histograms in the graph frame, the array grid, the arithmetic window and
+// the clipboard and text-file round trips.
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTableWidget>
+
+#include <numeric>
+#include <qcustomplot.h>
+
+#include "graphs/ui/graph_frame.h"
+#include "graphs/ui/plot_widget.h"
+#include "gui_fixture.h"
+#include "statistics/data_analysis.h"
+#include "statistics/ui/column_statistics_window.h"
+#include "statistics/ui/data_analysis_window.h"
+#include "statistics/ui/math_operation_window.h"
+#include "statistics/ui/sample_frame.h"
+
+namespace vess::test {
+namespace {
+
+class StatisticsGuiTest : public GuiTest {
+protected:
+    void TearDown() override {
+        CloseGraphFrame();
+        GuiTest::TearDown();
+    }
+    void Trigger(const char* name) {
+        QAction* a = window->Action(name);
+        ASSERT_NE(a, nullptr) << name;
+        ASSERT_TRUE(a->isEnabled()) << name;
+        a->trigger();
+    }
+    DataAnalysisWindow* Analysis() { return window->findChild<DataAnalysisWindow*>(); }
+    // The text of Grid1's row labelled label, value column column.
+    QString GridCell(const QTableWidget& grid, const QString& label, int column = 1) {
+        for (int r = 0; r < grid.rowCount(); ++r)
+            if (grid.item(r, 0) && grid.item(r, 0)->text() == label)
+                return grid.item(r, column) ? grid.item(r, column)->text() : QString();
+        return "(no row " + label + ")";
+    }
+    void SetArrays(std::vector<float> a1, std::vector<float> a2) {
+        ws.array1.Assign(a1);
+        ws.array2.Assign(a2);
+    }
+    QString Screen(const QString& name) {
+        const QString folder = QString(VESS_BINARY_DIR) + "/graph_screens";
+        QDir().mkpath(folder);
+        return folder + "/" + name + ".png";
+    }
+};
+
+TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogramAndExportsIt) {
+    OpenSample();
+    AnalyseUntilEvents(6);
+    const int32_t n = ws.events.Count();
+
+    // Amplitudes of all events into Array #1, clearing it first.
+    dialogs.AnswerYesNo(true).AnswerInput("0");
+    Trigger("menu_PutAllArray1_0");
+    EXPECT_EQ(ws.array1.UpperBound(), n);
+    EXPECT_EQ(dialogs.Messages().back().caption, "Done Filling Array #1");
+    // Half-widths into Array #2.
+    dialogs.AnswerYesNo(true).AnswerInput("0");
+    Trigger("menu_PutAllArray2_10");
+    EXPECT_EQ(ws.array2.UpperBound(), n);
+
+    // The equal-variance t-test from the menu, run with "Test".
+    Trigger("menu_ttest_EqualVar");
+    DataAnalysisWindow* w = Analysis();
+    ASSERT_NE(w, nullptr);
+    EXPECT_EQ(w->findChild<QLineEdit*>("txtAlpha")->text(), "0.05");
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    const QTableWidget& grid = *w->ResultGrid();
+    // The grid shows the core's table cell for cell.
+    const auto expected = RunTest(StatTest::TTestEqualVar, ws.array1.ValuesAsDouble(),
+                                  ws.array2.ValuesAsDouble(), dialogs);
+    ASSERT_TRUE(expected.has_value());
+    for (const char* row : {"t Stat", "Pooled Variance", "P value: two-tail"})
+        EXPECT_EQ(GridCell(grid, row).toStdString(), expected->table.Find(row)->cells[0]) << row;
+    w->grab().save(Screen("t_test"));
+
+    // Frequency histogram of the amplitudes of all events, bin 5.
+    dialogs.AnswerInput("0").AnswerInput("5");
+    Trigger("menu_FreqHisto_1");
+    GraphFrame* frame = CurrentGraphFrame();
+    ASSERT_NE(frame, nullptr);
+    PlotWidget* plot = frame->CurrentPlot();
+    ASSERT_NE(plot, nullptr);
+    const PlotData& h = plot->Description();
+    EXPECT_EQ(h.title.rfind(" Frequency Histogram  Amplitude", 0), 0u) << h.title;
+    EXPECT_EQ(h.yAxis, "Number of Events");
+    ASSERT_EQ(h.series.size(), 1u);
+    EXPECT_EQ(std::accumulate(h.series[0].y.begin(), h.series[0].y.end(), 0.0), double(n));
+    plot->grab().save(Screen("histogram"));
+
+    // Export through the frame's menu as SVG and as PNG.
+    const std::string svg = (dir / "amplitudes.svg").string();
+    const std::string png = (dir / "amplitudes.png").string();
+    dialogs.AnswerSaveFile(svg);
+    frame->Action("graph_Export")->trigger();
+    dialogs.AnswerSaveFile(png);
+    frame->Action("graph_Export")->trigger();
+    QFile svgFile(QString::fromStdString(svg));
+    ASSERT_TRUE(svgFile.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(svgFile.readAll().contains("Number of Events"));
+    const QImage image(QString::fromStdString(png));
+    ASSERT_FALSE(image.isNull());
+    EXPECT_EQ(image.size(), plot->Canvas()->size());
+    image.save(Screen("histogram_exported"));
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(StatisticsGuiTest, KolmogorovSmirnovAndRegressionShowTheirGridsAndGraphs) {
+    // y = 2x + 1 exactly: intercept 1, slope 2, r 1.
+    SetArrays({1, 2, 3, 4, 5, 6, 7, 8}, {3, 5, 7, 9, 11, 13, 15, 17});
+    Trigger("menu_LinearRegression");
+    DataAnalysisWindow* w = Analysis();
+    ASSERT_NE(w, nullptr);
+    ASSERT_TRUE(w->RunTest());
+    EXPECT_EQ(GridCell(*w->ResultGrid(), "Coeff Correl (r)"), "1.000000");
+    ASSERT_NE(w->Graph(), nullptr);
+    EXPECT_EQ(w->Graph()->Description().xAxis, "X Axis");
+    EXPECT_EQ(w->Graph()->Description().title, "Array #1 vs. Array #2: n=8");
+    w->resize(1000, 600);
+    w->grab().save(Screen("regression"));
+
+    // Two samples apart: Array #1 entirely below Array #2, so the curves
+    // differ by 1 at most (all of #1 before any of #2).
+    SetArrays({1, 2, 3, 4, 5}, {6, 7, 8, 9, 10, 11});
+    Trigger("menu_KStest");
+    ASSERT_TRUE(w->RunTest());
+    EXPECT_EQ(GridCell(*w->ResultGrid(), "Max. Abs(Difference)").toDouble(), 1.0);
+    ASSERT_NE(w->Graph(), nullptr);
+    const PlotData& ks = w->Graph()->Description();
+    EXPECT_EQ(ks.title, "Cumulative Histograms of Array#1 and Array#2");
+    ASSERT_EQ(ks.series.size(), 2u);
+    EXPECT_EQ(ks.series[0].legend, "Array #1");
+    EXPECT_TRUE(w->Graph()->Canvas()->legend->visible());
+    w->grab().save(Screen("ks_test"));
+
+    // A paired test of unequal counts is refused with its message.
+    Trigger("menu_ttest_paired");
+    EXPECT_FALSE(w->RunTest());
+    EXPECT_EQ(dialogs.Messages().back().caption, "Inappropriate Values");
+    // The summary option is offered to the t- and F-tests only.
+    EXPECT_FALSE(w->Sample(1)->MeanOption()->isEnabled());
+    Trigger("menu_Ftest");
+    EXPECT_TRUE(w->Sample(1)->MeanOption()->isEnabled());
+}
+
+TEST_F(StatisticsGuiTest, SummaryOptionRunsATTestFromTypedMeans) {
+    // Means 10 and 12, SD 2 both, n 10 both: pooled variance 4,
+    // t = -2 / sqrt(4 (1/10 + 1/10)) = -2.236068, 18 degrees of freedom.
+    SetArrays({}, {});
+    Trigger("menu_ttest_EqualVar");
+    DataAnalysisWindow* w = Analysis();
+    for (int k = 1; k <= 2; ++k) {
+        SampleFrame* s = w->Sample(k);
+        QTest::mouseClick(s->MeanOption(), Qt::LeftButton);
+        s->MeanField()->setText(k == 1 ? "10" : "12");
+        s->StdDevField()->setText("2");
+        s->CountField()->setText("10");
+    }
+    ASSERT_TRUE(w->RunTest());
+    EXPECT_EQ(GridCell(*w->ResultGrid(), "t Stat").left(6), "-2.236");
+    EXPECT_EQ(GridCell(*w->ResultGrid(), "Degree of Freedom").toDouble(), 18.0);
+    w->Sample(1)->CountField()->setText("many");
+    EXPECT_FALSE(w->RunTest());
+    EXPECT_EQ(dialogs.Messages().back().caption, "Data Input");
+}
+
+TEST_F(StatisticsGuiTest, ArrayGridShowsBothArraysAndTypedValuesGoBackByRow) {
+    SetArrays({1234.5f, 2}, {7});
+    Trigger("menu_ManualDataEntry");
+    DataAnalysisWindow* w = Analysis();
+    ASSERT_NE(w, nullptr);
+    QTableView* view = w->ArrayGrid();
+    ASSERT_TRUE(view->isVisible());
+    QAbstractItemModel* m = view->model();
+    EXPECT_EQ(m->headerData(0, Qt::Horizontal).toString(), "Data Array #1");
+    EXPECT_EQ(m->headerData(1, Qt::Horizontal).toString(), "Data Array #2");
+    EXPECT_EQ(m->index(0, 0).data().toString(), "1,234.500");
+    EXPECT_FALSE(m->index(1, 1).data().isValid());  // Array #2 has one value
+    ASSERT_EQ(m->rowCount(), 3);                      // two rows and the entry row
+
+    // Type into the entry row of Array #2: the array grows to 3 values.
+    auto type = [&](int row, int column, const char* text) {
+        const QModelIndex index = m->index(row, column);
+        view->setCurrentIndex(index);
+        view->edit(index);
+        auto* editor = qobject_cast<QLineEdit*>(view->indexWidget(index));
+        if (!editor) editor = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        ASSERT_NE(editor, nullptr);
+        editor->selectAll();
+        QTest::keyClicks(editor, text);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCoreApplication::processEvents();  // the delegate commits on a queued call
+    };
+    type(2, 1, "1,000.25");
+    EXPECT_EQ(ws.array2.UpperBound(), 3);
+    EXPECT_EQ(ws.array2[2], 0.0f);
+    EXPECT_EQ(ws.array2[3], 1000.25f);
+    type(0, 0, "abc");  // not a number: the value stays
+    EXPECT_EQ(ws.array1[1], 1234.5f);
+    EXPECT_EQ(m->rowCount(), 4);
+    w->grab().save(Screen("array_grid"));
+
+    // Viewing only: nothing can be typed.
+    Trigger("menu_ManualDataEntry");
+    w->findChild<QAction*>("menu_ViewArray")->trigger();
+    EXPECT_FALSE(m->flags(m->index(0, 0)).testFlag(Qt::ItemIsEditable));
+}
+
+TEST_F(StatisticsGuiTest, MathematicalOperationWindowComputesIntoTheChosenArray) {
+    SetArrays({1, 2, 3}, {});
+    Trigger("menu_math");
+    auto* w = window->findChild<MathOperationWindow*>();
+    ASSERT_NE(w, nullptr);
+    EXPECT_EQ(w->Operation()->itemText(2), "Muliply");
+    EXPECT_EQ(w->findChild<QPushButton*>("Command1")->text(), "Caculate");
+    w->Operand(0)->setCurrentText("Array #1");
+    w->Operand(1)->setCurrentText("Constant");
+    EXPECT_TRUE(w->Constant(1)->isEnabled());
+    EXPECT_FALSE(w->Constant(0)->isEnabled());
+    w->Constant(1)->setText("2.5");
+    w->Operation()->setCurrentText("Muliply");
+    w->Destination()->setCurrentIndex(1);
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    ASSERT_EQ(ws.array2.UpperBound(), 3);
+    EXPECT_EQ(ws.array2[3], 7.5f);
+    EXPECT_EQ(dialogs.Messages().back().caption, "Mathematical Operation Finished");
+    EXPECT_EQ(dialogs.Messages().back().text,
+              "Calculations are done and the results are put into array #2");
+    // The unary operations take no second operand.
+    w->Operation()->setCurrentText("Square root");
+    EXPECT_FALSE(w->Operand(1)->isEnabled());
+    EXPECT_FALSE(w->Constant(1)->isEnabled());
+    w->grab().save(Screen("math_operation"));
+}
+
+TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
+    SetArrays({1.5f, 2}, {3});
+    Trigger("menu_ArrayCopy");
+    EXPECT_EQ(QApplication::clipboard()->text(), "Array #1\tArray #2\r\n1.5\t3\r\n2\t\r\n");
+
+    QApplication::clipboard()->setText("1.5\rabc\r2\t7");
+    dialogs.AnswerYesNo(true);
+    Trigger("menu_PasteArray_1");
+    EXPECT_EQ(ws.array2.UpperBound(), 2);
+    EXPECT_EQ(ws.array2[1], 1.5f);
+    EXPECT_EQ(ws.array2[2], 2.0f);
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Clear Data Array?");
+
+    const std::string file = (dir / "arrays").string();
+    dialogs.AnswerSaveFile(file);
+    Trigger("menu_ArrayAscii");
+    ASSERT_TRUE(std::filesystem::exists(file + ".txt"));
+    Trigger("menu_ClearArray1");
+    Trigger("menu_ClearArray2");
+    EXPECT_TRUE(ws.array1.Empty());
+    dialogs.AnswerOpenFile(file + ".txt");
+    Trigger("menu_importAscii");
+    EXPECT_EQ(ws.array1.LowerBound(), 0);
+    EXPECT_EQ(ws.array1.UpperBound(), 2);
+    EXPECT_EQ(ws.array1[1], 1.5f);
+    EXPECT_EQ(ws.array2.UpperBound(), 2);
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(StatisticsGuiTest, MenusCarryTheirCaptionsAndColumnStatisticsOpens) {
+    EXPECT_EQ(window->Action("menu_FreqHisto_14")->text(), "Frequency Histogram of Array#1");
+    EXPECT_EQ(window->Action("menu_CumulHistoBin_35")->text(), "Cumulative Histogram of Array#2 with Bins");
+    EXPECT_EQ(window->Action("menu_CumulHistoNoBin_54")->text(),
+              "Cumulative Histogram of Array#1 without Bins");
+    EXPECT_EQ(window->Action("menu_PutAllArray1")->text(), "Put Event Data into Array #1");
+    EXPECT_EQ(window->Action("menu_PutAllArray2_16")->text(), "Relative Time");
+    EXPECT_EQ(window->Action("menu_PutHLArray1_15")->text(), "Slope10-90");
+    EXPECT_EQ(window->Action("menu_PutHLArray1_16"), nullptr);
+    EXPECT_EQ(window->Action("menu_ttest_UnequalVar")->text(), "T-test: 2-sample unequal variances");
+    EXPECT_EQ(window->Action("menu_CrossCorrelogram_1")->text(), "Array #2 against Array #1");
+
+    SetArrays({1, 2, 3, 4}, {2, 4});
+    Trigger("menu_ArrayStat");
+    auto* w = window->findChild<ColumnStatisticsWindow*>();
+    ASSERT_NE(w, nullptr);
+    EXPECT_EQ(w->windowTitle(), "Data Array Statistics");
+    EXPECT_EQ(GridCell(*w->Grid(), "Average", 1), "2.500");
+    EXPECT_EQ(GridCell(*w->Grid(), "Median", 2), "3.000");
+    w->grab().save(Screen("column_statistics"));
+}
+
+}  // namespace
+}  // namespace vess::test
