@@ -7,6 +7,7 @@
 #include "recording/workspace.h"
 #include "statistics/prompts.h"
 #include "statistics/texts.h"
+#include "statistics/total_order.h"
 
 namespace vess {
 
@@ -114,7 +115,7 @@ std::vector<float> RowFieldValues(const Recording* recording, const EventTable& 
 }
 
 std::vector<float> SortedDifferences(std::vector<float> values) {
-    std::sort(values.begin(), values.end());
+    SortTotalOrder(values);
     std::vector<float> out;
     for (std::size_t i = 1; i < values.size(); ++i) out.push_back(values[i] - values[i - 1]);
     return out;
@@ -146,7 +147,7 @@ bool PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, Array
 
 bool PutHighlightedEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field,
                                     std::span<const int32_t> selectedRows) {
-    if (!HasEvents(ws) || selectedRows.empty()) return false;
+    if (!HasEvents(ws) || selectedRows.empty() || int(field) >= kHighlightedFieldCount) return false;
     const int k = ArrayNumber(arrayNumber);
     const bool clear = AskClear(dialogs, k);
     const auto offset = AskTimeOffset(dialogs, field);

@@ -20,16 +20,23 @@ bool TooManyBins(int64_t lowestBin, int64_t highestBin) {
 
 BinnedCounts CountIntoBins(std::span<const double> values, double binSize) {
     BinnedCounts b;
-    if (values.empty()) return b;
-    const auto [lo, hi] = std::minmax_element(values.begin(), values.end());
-    b.lowestBin = BinIndex(*lo, binSize);
-    const int64_t highest = BinIndex(*hi, binSize);
+    double lo = std::numeric_limits<double>::infinity();
+    double hi = -lo;
+    for (double v : values)
+        if (std::isfinite(v)) {
+            lo = std::min(lo, v);
+            hi = std::max(hi, v);
+        }
+    if (!(lo <= hi)) return b;  // no finite value
+    b.lowestBin = BinIndex(lo, binSize);
+    const int64_t highest = BinIndex(hi, binSize);
     if (TooManyBins(b.lowestBin, highest)) {
         b.tooManyBins = true;
         return b;
     }
     b.counts.assign(std::size_t(highest - b.lowestBin + 1), 0);
-    for (double v : values) ++b.counts[std::size_t(BinIndex(v, binSize) - b.lowestBin)];
+    for (double v : values)
+        if (std::isfinite(v)) ++b.counts[std::size_t(BinIndex(v, binSize) - b.lowestBin)];
     return b;
 }
 

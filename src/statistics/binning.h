@@ -21,8 +21,9 @@ struct BinnedCounts {
     std::vector<int32_t> counts;  // one per bin, lowest to highest occupied bin
     double LeftEdge(std::size_t i, double binSize) const { return double(lowestBin + int64_t(i)) * binSize; }
 };
-// Counts values into bins from the lowest to the highest occupied one. An
-// empty series gives no bins.
+// Counts values into bins from the lowest to the highest occupied one.
+// Infinities and NaN (a division by zero in the arithmetic) are left out; a
+// series without a finite value gives no bins.
 BinnedCounts CountIntoBins(std::span<const double> values, double binSize);
 
 }  // namespace vess

@@ -23,15 +23,18 @@ std::vector<double> Sorted(std::span<const double> v) {
     return s;
 }
 
-Correlogram Empty(int64_t firstBin, int64_t lastBin) {
+struct Start {
+    Correlogram c;   // zero counts; tooManyBins when the request is refused
+    double range;    // the largest difference counted
+};
+
+// Bins 0..maxBins, or -maxBins..maxBins when symmetric.
+Start Begin(double binSize, int64_t maxBins, bool symmetric) {
+    if (!(binSize > 0) || maxBins < 0 || maxBins > kMaxBins) return {Correlogram{true, 0, {}}, 0};
     Correlogram c;
-    if (lastBin - firstBin + 1 > kMaxBins + kMaxBins + 1 || lastBin < firstBin) {
-        c.tooManyBins = true;
-        return c;
-    }
-    c.firstBin = firstBin;
-    c.counts.assign(std::size_t(lastBin - firstBin + 1), 0.0);
-    return c;
+    c.firstBin = symmetric ? -maxBins : 0;
+    c.counts.assign(std::size_t(maxBins - c.firstBin + 1), 0.0);
+    return {std::move(c), double(maxBins) * binSize};
 }
 
 // Counts d into its bin; d lies within the range, so the bin does too, but a
@@ -40,8 +43,6 @@ void Count(Correlogram& c, double d, double binSize) {
     const int64_t k = std::clamp<int64_t>(BinIndex(d, binSize) - c.firstBin, 0, int64_t(c.counts.size()) - 1);
     c.counts[std::size_t(k)] += 1;
 }
-
-bool Refused(double binSize, int64_t maxBins) { return !(binSize > 0) || maxBins < 0 || maxBins > kMaxBins; }
 
 PlotData Plot(const Correlogram& c, std::string title, std::string_view yAxis, double binSize,
               const std::string& unit) {
@@ -58,9 +59,8 @@ PlotData Plot(const Correlogram& c, std::string title, std::string_view yAxis, d
 }  // namespace
 
 Correlogram AutoCorrelogram(std::span<const double> x, double binSize, int64_t maxBins) {
-    if (Refused(binSize, maxBins)) return Correlogram{true, 0, {}};
-    Correlogram c = Empty(0, maxBins);
-    const double range = double(maxBins) * binSize;
+    auto [c, range] = Begin(binSize, maxBins, false);
+    if (c.tooManyBins) return c;
     const std::vector<double> s = Sorted(x);
     for (std::size_t i = 0; i < s.size(); ++i)
         for (std::size_t j = i + 1; j < s.size() && s[j] - s[i] <= range; ++j) Count(c, s[j] - s[i], binSize);
@@ -69,9 +69,8 @@ Correlogram AutoCorrelogram(std::span<const double> x, double binSize, int64_t m
 
 Correlogram CrossCorrelogram(std::span<const double> a, std::span<const double> b, double binSize,
                              int64_t maxBins) {
-    if (Refused(binSize, maxBins)) return Correlogram{true, 0, {}};
-    Correlogram c = Empty(-maxBins, maxBins);
-    const double range = double(maxBins) * binSize;
+    auto [c, range] = Begin(binSize, maxBins, true);
+    if (c.tooManyBins) return c;
     const std::vector<double> sa = Sorted(a), sb = Sorted(b);
     // For ascending a the window of b with -range <= b - a <= range only moves up.
     std::size_t lo = 0, hi = 0;
@@ -85,9 +84,8 @@ Correlogram CrossCorrelogram(std::span<const double> a, std::span<const double> 
 }
 
 Correlogram AutoCorrelogramPairwise(std::span<const double> x, double binSize, int64_t maxBins) {
-    if (Refused(binSize, maxBins)) return Correlogram{true, 0, {}};
-    Correlogram c = Empty(0, maxBins);
-    const double range = double(maxBins) * binSize;
+    auto [c, range] = Begin(binSize, maxBins, false);
+    if (c.tooManyBins) return c;
     for (std::size_t i = 0; i < x.size(); ++i)
         for (std::size_t j = i + 1; j < x.size(); ++j) {
             // The pair's distance, whichever of the two came first.
@@ -99,9 +97,8 @@ Correlogram AutoCorrelogramPairwise(std::span<const double> x, double binSize, i
 
 Correlogram CrossCorrelogramPairwise(std::span<const double> a, std::span<const double> b, double binSize,
                                      int64_t maxBins) {
-    if (Refused(binSize, maxBins)) return Correlogram{true, 0, {}};
-    Correlogram c = Empty(-maxBins, maxBins);
-    const double range = double(maxBins) * binSize;
+    auto [c, range] = Begin(binSize, maxBins, true);
+    if (c.tooManyBins) return c;
     for (double x : a)
         for (double y : b) {
             const double d = y - x;

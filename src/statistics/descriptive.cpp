@@ -1,4 +1,5 @@
 #include "statistics/descriptive.h"
+#include "statistics/total_order.h"
 
 #include <algorithm>
 #include <cmath>
@@ -55,7 +56,7 @@ Descriptive Describe(std::span<const double> values) {
                        : n * (n + 1) / ((n - 1) * (n - 2) * (n - 3)) * fourths -
                              3 * (n - 1) * (n - 1) / ((n - 2) * (n - 3));
     std::vector<double> sorted(values.begin(), values.end());
-    std::sort(sorted.begin(), sorted.end());
+    SortTotalOrder(sorted);
     const std::size_t mid = sorted.size() / 2;
     d.median = sorted.size() % 2 ? sorted[mid] : (sorted[mid - 1] + sorted[mid]) / 2;
     d.minimum = sorted.front();

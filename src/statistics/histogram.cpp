@@ -9,6 +9,7 @@
 #include "statistics/binning.h"
 #include "statistics/prompts.h"
 #include "statistics/texts.h"
+#include "statistics/total_order.h"
 
 namespace vess {
 
@@ -52,7 +53,7 @@ HistogramPlot BinnedHistogram(HistogramKind kind, std::span<const double> values
 HistogramPlot UnbinnedCurve(HistogramKind kind, std::span<const double> values,
                             const std::string& series, const std::string& unit) {
     std::vector<double> sorted(values.begin(), values.end());
-    std::sort(sorted.begin(), sorted.end());
+    SortTotalOrder(sorted);
     PlotSeries s{SeriesKind::Steps, sorted, {}, {}, 0};
     const double n = double(sorted.size());
     for (std::size_t i = 1; i <= sorted.size(); ++i)
@@ -203,7 +204,8 @@ HistogramPlot MakeRunningAverage(std::span<const double> timesSec, std::span<con
     }
     std::vector<double> sums(bins.counts.size(), 0.0);
     for (std::size_t i = 0; i < n; ++i)
-        sums[std::size_t(BinIndex(timesSec[i], binSizeSec) - bins.lowestBin)] += values[i];
+        if (std::isfinite(timesSec[i]))  // the times the bins counted
+            sums[std::size_t(BinIndex(timesSec[i], binSizeSec) - bins.lowestBin)] += values[i];
     PlotSeries s{SeriesKind::Lines, {}, {}, {}, binSizeSec};
     for (std::size_t k = 0; k < sums.size(); ++k) {
         if (bins.counts[k] == 0) continue;  // an empty bin has no average: skipped

@@ -7,6 +7,7 @@
 
 #include "statistics/special_functions.h"
 #include "statistics/texts.h"
+#include "statistics/total_order.h"
 
 namespace vess {
 
@@ -33,7 +34,7 @@ double Ratio(double numerator, double standardError) {
 
 std::vector<double> Sorted(std::span<const double> v) {
     std::vector<double> s(v.begin(), v.end());
-    std::sort(s.begin(), s.end());
+    SortTotalOrder(s);
     return s;
 }
 

@@ -15,17 +15,7 @@ using test::TempDir;
 
 std::vector<float> Values(const DataArray& a) { return {a.Values().begin(), a.Values().end()}; }
 
-class ArrayFillTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ws.recording = test::OffsetRecording(dir);
-        ASSERT_TRUE(ws.recording);
-        test::AddFiveEvents(ws);
-    }
-    TempDir dir;
-    Workspace ws;
-    ScriptedDialogs dialogs;
-};
+using ArrayFillTest = test::FiveEventsTest;
 
 TEST(DataArray, ClearedArrayHoldsOneZeroAndCountsAsEmpty) {
     DataArray a;
@@ -113,6 +103,8 @@ TEST_F(ArrayFillTest, SilentWithoutEventsGroupMatchesOrSelection) {
     Workspace empty;
     EXPECT_FALSE(PutEventDataCommand(empty, dialogs, 1, ArrayField::Amplitude));
     EXPECT_FALSE(PutHighlightedEventDataCommand(ws, dialogs, 1, ArrayField::Amplitude, {}));
+    const int32_t row[] = {1};  // the highlighted-rows menus stop at Slope10-90
+    EXPECT_FALSE(PutHighlightedEventDataCommand(ws, dialogs, 1, ArrayField::RelativeTime, row));
     EXPECT_TRUE(dialogs.Transcript().empty());
     dialogs.AnswerYesNo(true).AnswerInput("7");  // no event has group 7
     EXPECT_FALSE(PutEventDataCommand(ws, dialogs, 1, ArrayField::Amplitude));

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "recording/scripted_dialogs.h"
 #include "statistics/binning.h"
 #include "statistics/histogram.h"
@@ -22,6 +24,15 @@ TEST(BinRule, ValuesFallIntoBinsRoundedDown) {
     EXPECT_EQ(n.lowestBin, -1);
     EXPECT_EQ(n.LeftEdge(0, 1.0), -1.0);
     EXPECT_EQ(n.counts, (std::vector<int32_t>{1, 1}));
+}
+
+TEST(BinRule, NonFiniteValuesAreLeftOut) {
+    const std::vector<double> v = {INFINITY, 2.5, NAN, -INFINITY, 2.7};
+    const BinnedCounts b = CountIntoBins(v, 1.0);
+    EXPECT_FALSE(b.tooManyBins);
+    EXPECT_EQ(b.lowestBin, 2);
+    EXPECT_EQ(b.counts, (std::vector<int32_t>{2}));
+    EXPECT_TRUE(CountIntoBins(std::vector<double>{NAN}, 1.0).counts.empty());
 }
 
 TEST(BinRule, SixtyThousandBinsAndNoMore) {
@@ -69,17 +80,7 @@ TEST(Histograms, CodesCarrySourceAndKind) {
     for (int bad : {0, 16, 20, 36, 76, -1}) EXPECT_FALSE(DecodeHistogramCode(bad)) << bad;
 }
 
-class HistogramCommandTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ws.recording = test::OffsetRecording(dir);
-        ASSERT_TRUE(ws.recording);
-        test::AddFiveEvents(ws);
-    }
-    TempDir dir;
-    Workspace ws;
-    ScriptedDialogs dialogs;
-};
+using HistogramCommandTest = test::FiveEventsTest;
 
 TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
     dialogs.AnswerInput("1").AnswerInput("10");
@@ -124,8 +125,8 @@ TEST_F(HistogramCommandTest, CancelZeroBinAndEmptyArraysEndSilently) {
 }
 
 TEST(RunningAverage, MeansPerTimeBinSkippingEmptyBins) {
-    const std::vector<double> t = {0.1, 0.2, 2.5, 2.7};
-    const std::vector<double> v = {1, 3, 10, 20};
+    const std::vector<double> t = {0.1, 0.2, 2.5, NAN, 2.7};  // a time that is not a number is left out
+    const std::vector<double> v = {1, 3, 10, 99, 20};
     const HistogramPlot h = MakeRunningAverage(t, v, 1.0);
     EXPECT_EQ(h.plot.series[0].x, (std::vector<double>{0, 2}));  // bin 1 is empty and skipped
     EXPECT_EQ(h.plot.series[0].y, (std::vector<double>{2, 15}));

@@ -6,7 +6,10 @@
 #include <memory>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "recording/abf_writer.h"
+#include "recording/scripted_dialogs.h"
 #include "recording/workspace.h"
 #include "support/test_recording.h"
 
@@ -48,5 +51,18 @@ inline void AddFiveEvents(Workspace& ws) {
     const uint8_t groups[] = {1, 2, 1, 2, 1};
     for (int i = 0; i < 5; ++i) ws.events.Append(MakeEvent(times[i], -2 * (i + 1), groups[i]));
 }
+
+// The offset recording with the five events, and scripted dialogs.
+class FiveEventsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ws.recording = OffsetRecording(dir);
+        ASSERT_TRUE(ws.recording);
+        AddFiveEvents(ws);
+    }
+    TempDir dir;
+    Workspace ws;
+    ScriptedDialogs dialogs;
+};
 
 }  // namespace vess::test

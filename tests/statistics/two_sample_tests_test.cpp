@@ -142,6 +142,15 @@ TEST(Descriptive, DefinitionsAgainstScipy) {
     EXPECT_EQ(d.maximum, 5.5);
     EXPECT_EQ(Describe(std::vector<double>{3, 1, 2}).median, 2.0);
     EXPECT_TRUE(std::isnan(Describe(std::vector<double>{1, 2, 3}).kurtosis));
+    // A NaN (0/0 from the arithmetic) sorts last instead of upsetting the sort,
+    // and shows in the average and the maximum.
+    std::vector<double> withNan(200, 1.0);
+    withNan[17] = NAN;
+    withNan[3] = -5;
+    const Descriptive n = Describe(withNan);
+    EXPECT_EQ(n.minimum, -5);
+    EXPECT_TRUE(std::isnan(n.maximum));
+    EXPECT_TRUE(std::isnan(n.average));
 }
 
 TEST(DataAnalysis, ChecksBeforeTheTests) {
