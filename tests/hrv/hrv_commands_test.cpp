@@ -12,6 +12,7 @@
 #include "recording/scripted_dialogs.h"
 #include "recording/template_header.h"
 #include "recording/workspace.h"
+#include "support/beats.h"
 #include "support/test_recording.h"
 
 namespace vess::hrv {
@@ -19,15 +20,7 @@ namespace {
 
 std::string S(std::string_view v) { return std::string(v); }
 
-Workspace BeatsAt(std::vector<float> times) {
-    Workspace ws;
-    for (float t : times) {
-        EventRecord r;
-        r.time = t;
-        ws.events.Append(r);
-    }
-    return ws;
-}
+using test::BeatsAt;
 
 std::vector<int> Groups(const Workspace& ws) {
     std::vector<int> g;

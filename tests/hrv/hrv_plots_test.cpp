@@ -8,19 +8,12 @@
 #include "hrv/plots.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/workspace.h"
+#include "support/beats.h"
 
 namespace vess::hrv {
 namespace {
 
-Workspace BeatsAt(std::vector<float> times) {
-    Workspace ws;
-    for (float t : times) {
-        EventRecord r;
-        r.time = t;
-        ws.events.Append(r);
-    }
-    return ws;
-}
+using test::BeatsAt;
 
 TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
     Workspace ws = BeatsAt({0, 800, 1600, 3200});

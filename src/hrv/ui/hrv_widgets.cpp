@@ -26,12 +26,16 @@ double ValueOf(const QComboBox* list, double fallback) {
 
 void SetValue(QComboBox* list, double value) { list->setCurrentText(QString::number(value)); }
 
-QComboBox* MakeUpperBoundList(double currentMs, QWidget* parent) {
-    return MakeValueList("cbRRUBound", {"100", "200", "250", "500", "1000", "2000"}, currentMs, parent);
-}
-
-QComboBox* MakeLowerBoundList(double currentMs, QWidget* parent) {
-    return MakeValueList("cbRRLBound", {"10", "20", "50", "100", "300"}, currentMs, parent);
+BoundLists AddBoundRow(QGridLayout* grid, int row, const HrvOptions& options, QWidget* parent) {
+    const BoundLists b{
+        MakeValueList("cbRRUBound", {"100", "200", "250", "500", "1000", "2000"}, options.upperBoundMs, parent),
+        MakeValueList("cbRRLBound", {"10", "20", "50", "100", "300"}, options.lowerBoundMs, parent)};
+    grid->addWidget(new QLabel(Q(texts::kUpperBoundLabel), parent), row, 0);
+    grid->addWidget(b.upper, row, 1);
+    grid->addWidget(new QLabel(Q(texts::kLowerBoundLabel), parent), row, 2);
+    grid->addWidget(b.lower, row, 3);
+    grid->addWidget(new QLabel(Q(texts::kMsecLabel), parent), row, 4);
+    return b;
 }
 
 QComboBox* MakePresetList(QWidget* parent) {

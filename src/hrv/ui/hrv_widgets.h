@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QComboBox>
+#include <QGridLayout>
 #include <QLabel>
 #include <QTableWidget>
 
@@ -23,9 +24,14 @@ QComboBox* MakeValueList(const char* objectName, const QStringList& values, doub
                          QWidget* parent);
 double ValueOf(const QComboBox* list, double fallback);
 void SetValue(QComboBox* list, double value);
-// The bound lists of every heart-rate window (cbRRUBound, cbRRLBound).
-QComboBox* MakeUpperBoundList(double currentMs, QWidget* parent);
-QComboBox* MakeLowerBoundList(double currentMs, QWidget* parent);
+// The bound row of every heart-rate window: "Do not use RR intervals greater
+// than " [cbRRUBound] "and smaller than" [cbRRLBound] "msec." in columns 0-4
+// of row; the two lists are returned.
+struct BoundLists {
+    QComboBox* upper;
+    QComboBox* lower;
+};
+BoundLists AddBoundRow(QGridLayout* grid, int row, const HrvOptions& options, QWidget* parent);
 
 // The species presets ("Human", "Mouse", the stored defaults) and the label
 // that says which one the options match; the list follows a matching preset.

@@ -39,13 +39,9 @@ SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     setWindowTitle(Q(texts::kSpectrumCaption));
     auto* layout = new QVBoxLayout(this);
     auto* g = new QGridLayout;
-    upper_ = MakeUpperBoundList(bounds_.upperBoundMs, this);
-    lower_ = MakeLowerBoundList(bounds_.lowerBoundMs, this);
-    g->addWidget(new QLabel(Q(texts::kUpperBoundLabel), this), 0, 0);
-    g->addWidget(upper_, 0, 1);
-    g->addWidget(new QLabel(Q(texts::kLowerBoundLabel), this), 0, 2);
-    g->addWidget(lower_, 0, 3);
-    g->addWidget(new QLabel(Q(texts::kMsecLabel), this), 0, 4);
+    const BoundLists bounds = AddBoundRow(g, 0, bounds_, this);
+    upper_ = bounds.upper;
+    lower_ = bounds.lower;
 
     method_ = new QComboBox(this);
     method_->setObjectName("cbMethod");

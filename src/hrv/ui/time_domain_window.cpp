@@ -72,13 +72,9 @@ void TimeDomainWindow::BuildOptions(QWidget* panel) {
     auto* box = new QGroupBox(panel);
     box->setObjectName("fraOptions");
     auto* grid = new QGridLayout(box);
-    upper_ = MakeUpperBoundList(100, box);
-    lower_ = MakeLowerBoundList(10, box);
-    grid->addWidget(new QLabel(Q(texts::kUpperBoundLabel), box), 0, 0);
-    grid->addWidget(upper_, 0, 1);
-    grid->addWidget(new QLabel(Q(texts::kLowerBoundLabel), box), 0, 2);
-    grid->addWidget(lower_, 0, 3);
-    grid->addWidget(new QLabel(Q(texts::kMsecLabel), box), 0, 4);
+    const BoundLists bounds = AddBoundRow(grid, 0, HrvOptions{}, box);
+    upper_ = bounds.upper;
+    lower_ = bounds.lower;
 
     grid->addWidget(new QLabel(Q(texts::kSegmentPointsLabel), box), 1, 0);
     points_ = new QLineEdit(box);
