@@ -84,14 +84,17 @@ FTestResult FTest(const MeanVariance& s1, const MeanVariance& s2) {
 }
 
 KsResult KolmogorovSmirnov(std::span<const double> a, std::span<const double> b) {
+    // NaN has no place on a cumulative curve: the samples are their numbers.
+    std::vector<double> s1 = Sorted(a), s2 = Sorted(b);
+    std::erase_if(s1, [](double x) { return std::isnan(x); });
+    std::erase_if(s2, [](double x) { return std::isnan(x); });
     KsResult r;
-    r.n1 = int64_t(a.size());
-    r.n2 = int64_t(b.size());
-    if (a.empty() || b.empty()) {
+    r.n1 = int64_t(s1.size());
+    r.n2 = int64_t(s2.size());
+    if (s1.empty() || s2.empty()) {
         r.maxAbsDifference = r.z = r.p = kNaN;
         return r;
     }
-    const std::vector<double> s1 = Sorted(a), s2 = Sorted(b);
     // Walk both sorted samples together; ties advance both curves before the
     // difference is taken.
     std::size_t i = 0, j = 0;

@@ -83,6 +83,13 @@ TEST(KolmogorovSmirnov, AgainstScipy) {
     ASSERT_TRUE(r.exactP);
     ExpectRelative(*r.exactP, 0.5286364448145011, 1e-9);
 
+    // NaN values are left out rather than stalling the walk.
+    std::vector<double> withNan = b;
+    withNan.push_back(NAN);
+    const KsResult n = KolmogorovSmirnov(a, withNan);
+    EXPECT_EQ(n.n2, 20);
+    EXPECT_EQ(n.maxAbsDifference, r.maxAbsDifference);
+
     const PlotData plot = KsPlot(a, b);
     EXPECT_EQ(plot.title, "Cumulative Histograms of Array#1 and Array#2");
     EXPECT_EQ(plot.yAxis, "Cumulative Fraction");
