@@ -25,7 +25,7 @@ namespace vess {
 
 namespace {
 
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
+using stats_ui_texts::Q;
 std::string Name(const char* base, int item) { return std::string(base) + "_" + std::to_string(item); }
 
 void Show(const std::optional<PlotData>& plot) {

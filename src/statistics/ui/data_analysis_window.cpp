@@ -29,8 +29,9 @@
 
 namespace vess {
 
+using stats_ui_texts::Q;
+
 namespace {
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
 
 // Tests that read a sample's summary instead of an array.
 bool ReadsSummaries(StatTest test) {

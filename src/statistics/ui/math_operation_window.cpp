@@ -2,18 +2,18 @@
 
 #include <QComboBox>
 #include <QGridLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
 #include "recording/dialogs.h"
 #include "statistics/array_entry.h"
 #include "statistics/texts.h"
+#include "statistics/ui/texts.h"
 
 namespace vess {
 
-namespace {
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
-}  // namespace
+using stats_ui_texts::Q;
 
 MathOperationWindow::MathOperationWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     : QDialog(parent), ws_(ws), dialogs_(dialogs) {
@@ -46,14 +46,15 @@ MathOperationWindow::MathOperationWindow(Workspace& ws, Dialogs& dialogs, QWidge
     connect(calculate, &QPushButton::clicked, this, &MathOperationWindow::Calculate);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 
-    grid->addWidget(operand_[0], 0, 0);
-    grid->addWidget(constant_[0], 1, 0);
-    grid->addWidget(operation_, 0, 1);
-    grid->addWidget(operand_[1], 0, 2);
-    grid->addWidget(constant_[1], 1, 2);
-    grid->addWidget(destination_, 0, 3);
-    grid->addWidget(calculate, 2, 1);
-    grid->addWidget(cancel, 2, 2);
+    for (int c = 0; c < 4; ++c) grid->addWidget(new QLabel(Q(stats_ui_texts::kMathHeadings[c]), this), 0, c);
+    grid->addWidget(operand_[0], 1, 0);
+    grid->addWidget(constant_[0], 2, 0);
+    grid->addWidget(operation_, 1, 1);
+    grid->addWidget(operand_[1], 1, 2);
+    grid->addWidget(constant_[1], 2, 2);
+    grid->addWidget(destination_, 1, 3);
+    grid->addWidget(calculate, 3, 1);
+    grid->addWidget(cancel, 3, 2);
     UpdateEnabled();
 }
 

@@ -11,9 +11,7 @@
 
 namespace vess {
 
-namespace {
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
-}  // namespace
+using stats_ui_texts::Q;
 
 SampleFrame::SampleFrame(int number, QWidget* parent)
     : QGroupBox(Q(number == 1 ? stats_texts::kSample1Frame : stats_texts::kSample2Frame), parent) {

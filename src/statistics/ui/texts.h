@@ -2,10 +2,15 @@
 // texts do not hold. Texts marked "ours" have no established wording.
 #pragma once
 
+#include <QString>
+
 #include <string>
 #include <string_view>
 
 namespace vess::stats_ui_texts {
+
+// A text of the program as Qt shows it.
+inline QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
 
 // Top-level menus and their sub-menus.
 inline constexpr std::string_view kDataArraysMenu = "&Data Arrays";        // ours
@@ -32,6 +37,10 @@ inline std::string CumulNoBinArrayMenu(int k) {
 inline std::string InverseArrayMenu(int k) {  // ours
     return "Inverse Cumulative Curve of Array#" + std::to_string(k);
 }
+
+// Mathematical Operation window: the headings over its selectors.
+inline constexpr std::string_view kMathHeadings[4] = {"First operand", "Operation", "Second operand",
+                                                      "Result into"};  // ours
 
 // Data analysis window.
 inline constexpr std::string_view kDataAnalysisTitle = "Data Analysis";     // ours
