@@ -78,7 +78,8 @@ private:
     void BuildAnalysisMenu();
     void BuildNavigationMenu();
     void BuildLaterMenus();
-    void BuildGroupAnalysisMenu();
+    void BuildGroupAnalysisMenu();  // main_window_group.cpp
+    void BuildHeartRateMenu();  // main_window_hrv.cpp
     QAction* AddAction(QMenu* menu, const char* name, const QString& text,
                        const QList<QKeySequence>& keys, const char* tip, void (MainWindow::*slot)());
     void RestoreGeometry();

@@ -42,6 +42,7 @@ void MainWindow::BuildMenus() {
     BuildAnalysisMenu();
     BuildNavigationMenu();
     BuildLaterMenus();
+    BuildHeartRateMenu();
 
     // The buttons run the same actions.
     const char* buttonActions[] = {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop", "menu_Stop",
@@ -273,25 +274,9 @@ void MainWindow::BuildNavigationMenu() {
 }
 
 void MainWindow::BuildLaterMenus() {
-    // Subsystems still to come: present so users find them, disabled.
-    struct Later { const char* name; const char* text; };
-    for (const Later& l : {Later{"menu_AnalyseGp", nullptr},  // the group analysis menu
-                           Later{nullptr, nullptr},  // the statistics menus
-                           Later{"menu_HeartRate", "Heart &Rate"}}) {
-        if (l.name && !l.text) {
-            BuildGroupAnalysisMenu();
-            continue;
-        }
-        if (!l.name) {
-            BuildStatisticsMenus();
-            continue;
-        }
-        QMenu* m = menuBar()->addMenu(l.text);
-        m->setObjectName(l.name);
-        m->menuAction()->setObjectName(l.name);
-        m->setEnabled(false);
-        actions_[l.name] = m->menuAction();
-    }
+    // The analysis menus that follow the main window's own, in menu-bar order.
+    BuildGroupAnalysisMenu();
+    BuildStatisticsMenus();
 }
 
 }  // namespace vess

@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
     vess::cli::AddStatsCommand(app);
     vess::cli::AddHistCommand(app);
     vess::cli::AddCorrelogramCommand(app);
+    vess::cli::AddHrvCommand(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

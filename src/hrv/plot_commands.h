@@ -1,0 +1,26 @@
+// The heart-rate plots of the main form's menus, over every interval of the
+// events (in time order, asked for when not): menu_RRHisto,
+// menu_DeltaRRHisto, menu_LorenzPlot and menu_TachogramPlot.
+#pragma once
+
+#include <optional>
+
+#include "graphs/plot_data.h"
+#include "recording/dialogs.h"
+
+namespace vess {
+struct Workspace;
+}
+
+namespace vess::hrv {
+
+// The bin question of the histograms ("Bin Size"; an empty answer or 0
+// stops), the bin rule with its limit ("Too many bins"), then the plot.
+// Nothing when a question was cancelled, a message shown or there are too
+// few beats.
+std::optional<PlotData> RRHistogramCommand(Workspace& ws, Dialogs& dialogs);
+std::optional<PlotData> DeltaRRHistogramCommand(Workspace& ws, Dialogs& dialogs);
+std::optional<PlotData> LorenzPlotCommand(Workspace& ws, Dialogs& dialogs);
+std::optional<PlotData> TachogramPlotCommand(Workspace& ws, Dialogs& dialogs);
+
+}  // namespace vess::hrv

@@ -1,0 +1,194 @@
+#include "hrv/spectrum.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <numbers>
+
+#include <fftw3.h>
+
+namespace vess::hrv {
+
+SpectrumOptions HumanSpectrumPreset() { return {}; }
+
+SpectrumOptions MouseSpectrumPreset() {
+    SpectrumOptions o;
+    o.resampleHz = 20;
+    o.windowPoints = 512;
+    o.bands = {0, 0.4, 1.5, 4.0};
+    return o;
+}
+
+std::vector<double> CubicSplineAt(std::span<const double> x, std::span<const double> y,
+                                  std::span<const double> xs) {
+    const std::size_t n = x.size();
+    std::vector<double> out(xs.size(), 0);
+    if (n == 0) return out;
+    if (n == 1) return std::vector<double>(xs.size(), y[0]);
+    // Second derivatives M with M[0] = M[n-1] = 0, by the tridiagonal sweep.
+    std::vector<double> m(n, 0), c(n, 0), r(n, 0);
+    for (std::size_t i = 1; i + 1 < n; ++i) {
+        const double h0 = x[i] - x[i - 1], h1 = x[i + 1] - x[i];
+        const double a = h0 / 6, b = (h0 + h1) / 3, cc = h1 / 6;
+        const double rhs = (y[i + 1] - y[i]) / h1 - (y[i] - y[i - 1]) / h0;
+        const double denom = b - a * c[i - 1];
+        c[i] = cc / denom;
+        r[i] = (rhs - a * r[i - 1]) / denom;
+    }
+    for (std::size_t i = n - 2; i >= 1; --i) m[i] = r[i] - c[i] * m[i + 1];
+    std::size_t k = 0;
+    for (std::size_t j = 0; j < xs.size(); ++j) {
+        const double t = xs[j];
+        while (k + 2 < n && t > x[k + 1]) ++k;
+        const double h = x[k + 1] - x[k];
+        const double a = (x[k + 1] - t) / h, b = (t - x[k]) / h;
+        out[j] = a * y[k] + b * y[k + 1] +
+                 ((a * a * a - a) * m[k] + (b * b * b - b) * m[k + 1]) * h * h / 6;
+    }
+    return out;
+}
+
+void RemoveTrend(std::vector<double>& y, Detrend detrend) {
+    const double n = double(y.size());
+    if (y.empty()) return;
+    double sy = 0, sx = 0, sxx = 0, sxy = 0;
+    for (std::size_t i = 0; i < y.size(); ++i) {
+        sy += y[i];
+        sx += double(i);
+        sxx += double(i) * double(i);
+        sxy += double(i) * y[i];
+    }
+    double slope = 0;
+    if (detrend == Detrend::Linear && y.size() > 1) slope = (n * sxy - sx * sy) / (n * sxx - sx * sx);
+    const double intercept = (sy - slope * sx) / n;
+    for (std::size_t i = 0; i < y.size(); ++i) y[i] -= intercept + slope * double(i);
+}
+
+SpectrumResult WelchDensity(std::span<const double> y, double fs, int windowPoints,
+                            double overlapPercent) {
+    SpectrumResult s;
+    const int n = int(std::min<std::size_t>(y.size(), std::size_t(std::max(windowPoints, 4))));
+    if (n < 4) {
+        s.error = "Too few samples for a spectrum.";
+        return s;
+    }
+    const int step = std::max(1, int(std::nearbyint(n * (1 - overlapPercent / 100))));
+    std::vector<double> window(static_cast<std::size_t>(n));
+    double windowPower = 0;
+    for (int i = 0; i < n; ++i) {
+        window[std::size_t(i)] = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * i / n);  // periodic Hann
+        windowPower += window[std::size_t(i)] * window[std::size_t(i)];
+    }
+    const int bins = n / 2 + 1;
+    double* in = fftw_alloc_real(std::size_t(n));
+    fftw_complex* out = fftw_alloc_complex(std::size_t(bins));
+    fftw_plan plan = fftw_plan_dft_r2c_1d(n, in, out, FFTW_ESTIMATE);
+    s.densityMs2PerHz.assign(std::size_t(bins), 0);
+    for (std::size_t start = 0; start + std::size_t(n) <= y.size(); start += std::size_t(step)) {
+        // Each window loses its own mean, as the whole series lost its trend.
+        double mean = 0;
+        for (int i = 0; i < n; ++i) mean += y[start + std::size_t(i)];
+        mean /= n;
+        for (int i = 0; i < n; ++i) in[i] = (y[start + std::size_t(i)] - mean) * window[std::size_t(i)];
+        fftw_execute(plan);
+        for (int k = 0; k < bins; ++k)
+            s.densityMs2PerHz[std::size_t(k)] += out[k][0] * out[k][0] + out[k][1] * out[k][1];
+        ++s.windows;
+    }
+    fftw_destroy_plan(plan);
+    fftw_free(in);
+    fftw_free(out);
+    for (int k = 0; k < bins; ++k) {
+        // One-sided: every bin but DC and (for even n) Nyquist carries its mirror.
+        const bool single = k == 0 || (n % 2 == 0 && k == n / 2);
+        s.densityMs2PerHz[std::size_t(k)] *= (single ? 1.0 : 2.0) / (fs * windowPower * s.windows);
+        s.frequencyHz.push_back(k * fs / n);
+    }
+    return s;
+}
+
+SpectrumResult LombScargleDensity(std::span<const double> t, std::span<const double> y,
+                                  double maxHz, int oversampling) {
+    SpectrumResult s;
+    const std::size_t n = t.size();
+    if (n < 4 || !(t.back() > t.front())) {
+        s.error = "Too few samples for a spectrum.";
+        return s;
+    }
+    const double span = t.back() - t.front();
+    const double df = 1 / (span * std::max(1, oversampling));
+    for (double f = 0; f <= maxHz; f += df) {
+        double p = 0;
+        if (f > 0) {
+            const double w = 2 * std::numbers::pi * f;
+            double s2 = 0, c2 = 0;
+            for (std::size_t i = 0; i < n; ++i) s2 += std::sin(2 * w * t[i]), c2 += std::cos(2 * w * t[i]);
+            const double tau = std::atan2(s2, c2) / (2 * w);
+            double yc = 0, ys = 0, cc = 0, ss = 0;
+            for (std::size_t i = 0; i < n; ++i) {
+                const double c = std::cos(w * (t[i] - tau)), si = std::sin(w * (t[i] - tau));
+                yc += y[i] * c, ys += y[i] * si, cc += c * c, ss += si * si;
+            }
+            p = 0.5 * (yc * yc / cc + ys * ys / ss);
+        }
+        // For even sampling P = |DFT|^2 / N, so 2 P T / N is the one-sided density.
+        s.frequencyHz.push_back(f);
+        s.densityMs2PerHz.push_back(2 * p * span / double(n));
+    }
+    return s;
+}
+
+void MeasureBands(SpectrumResult& s, const Bands& bands) {
+    if (s.frequencyHz.size() < 2) return;
+    const double df = s.frequencyHz[1] - s.frequencyHz[0];
+    const auto band = [&](double lo, double hi) {
+        BandPower b;
+        double best = -1;
+        for (std::size_t k = 0; k < s.frequencyHz.size(); ++k) {
+            const double f = s.frequencyHz[k];
+            if (f < lo || f >= hi) continue;
+            b.powerMs2 += s.densityMs2PerHz[k] * df;
+            if (s.densityMs2PerHz[k] > best) best = s.densityMs2PerHz[k], b.peakHz = f;
+        }
+        return b;
+    };
+    s.vlf = band(bands.vlfLowHz, bands.vlfHighHz);
+    s.lf = band(bands.vlfHighHz, bands.lfHighHz);
+    s.hf = band(bands.lfHighHz, bands.hfHighHz);
+    s.totalMs2 = s.vlf.powerMs2 + s.lf.powerMs2 + s.hf.powerMs2;
+    const double lfhf = s.lf.powerMs2 + s.hf.powerMs2;
+    s.lfNu = lfhf > 0 ? 100 * s.lf.powerMs2 / lfhf : 0;
+    s.hfNu = lfhf > 0 ? 100 * s.hf.powerMs2 / lfhf : 0;
+    s.lfHfRatio = s.hf.powerMs2 > 0 ? s.lf.powerMs2 / s.hf.powerMs2 : 0;
+}
+
+SpectrumResult AnalyseSpectrum(std::span<const double> timesMs, std::span<const double> rrMs,
+                               const SpectrumOptions& o) {
+    SpectrumResult s;
+    if (rrMs.size() < 4 || timesMs.size() != rrMs.size()) {
+        s.error = "At least four RR intervals are needed for a spectrum.";
+        return s;
+    }
+    std::vector<double> tSeconds;
+    for (double t : timesMs) tSeconds.push_back(t / 1000);
+    if (o.method == SpectrumMethod::LombScargle) {
+        std::vector<double> y(rrMs.begin(), rrMs.end());
+        RemoveTrend(y, o.detrend);  // uneven times: the trend is fitted against beat index
+        s = LombScargleDensity(tSeconds, y, o.bands.hfHighHz, o.oversampling);
+    } else {
+        if (!(o.resampleHz > 0)) {
+            s.error = "The resampling rate must be positive.";
+            return s;
+        }
+        std::vector<double> grid;
+        const auto samples = std::size_t((tSeconds.back() - tSeconds.front()) * o.resampleHz) + 1;
+        for (std::size_t k = 0; k < samples; ++k) grid.push_back(tSeconds.front() + double(k) / o.resampleHz);
+        std::vector<double> y = CubicSplineAt(tSeconds, rrMs, grid);
+        RemoveTrend(y, o.detrend);
+        s = WelchDensity(y, o.resampleHz, o.windowPoints, o.overlapPercent);
+    }
+    if (s.error.empty()) MeasureBands(s, o.bands);
+    return s;
+}
+
+}  // namespace vess::hrv

@@ -1,0 +1,55 @@
+// Time-domain heart-rate-variability measures over the whole series and over
+// even segments of the recording.
+#pragma once
+
+#include <array>
+#include <span>
+#include <vector>
+
+#include "hrv/hrv_options.h"
+#include "hrv/rr_intervals.h"
+
+namespace vess::hrv {
+
+// Count, mean and sample standard deviation (divided by n - 1, from the
+// shared descriptive statistics), shown as 0 for fewer than two values.
+struct Summary {
+    int n = 0;
+    double mean = 0;
+    double sd = 0;
+};
+Summary Describe(std::span<const double> values);
+
+struct SegmentRow {
+    int number = 0;       // 1-based segment number from the start of the recording
+    int count = 0;        // RR intervals ending in the segment
+    double meanMs = 0;
+    double sdMs = 0;
+};
+
+struct TimeDomainResult {
+    int nRR = 0;
+    double MRR = 0, SDRR = 0, CVPercent = 0;
+    int nDRR = 0;
+    double MdRR = 0, SDdRR = 0, rMSSD = 0;
+    int nNN = 0;
+    double pNN = 0;
+    int nSegment = 0;
+    double MANN = 0, SDANN = 0, MSDNN = 0, SDSDNN = 0;
+    std::vector<SegmentRow> segments;  // the segments that take part, in order
+
+    // The fifteen measures in the result grid's column order.
+    std::array<double, 15> Values() const;
+};
+
+// The recording is cut into segments of segmentMs from 0 ms; recordingMs is
+// its length (the last beat's time when there is no recording). An interval
+// belongs to the segment that holds the beat ending it.
+TimeDomainResult AnalyseTimeDomain(const BoundedRR& rr, double recordingMs, double segmentMs,
+                                   const HrvOptions& options);
+
+// Fixed-point text of a measure as the grids show it: counts as integers,
+// others with three decimals.
+std::string FormatMeasure(std::size_t column, double value);
+
+}  // namespace vess::hrv

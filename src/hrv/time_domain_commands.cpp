@@ -1,0 +1,43 @@
+#include "hrv/time_domain_commands.h"
+
+#include <algorithm>
+
+#include "hrv/texts.h"
+#include "recording/file_io.h"
+#include "recording/save_path.h"
+#include "recording/workspace.h"
+
+namespace vess::hrv {
+
+std::optional<HrvAnalysis> StartAnalysisCommand(Workspace& ws, Dialogs& dialogs, const HrvOptions& options,
+                                                TimeDomainGrids& grids) {
+    if (ws.events.Empty() || !EnsureTimeOrder(ws, dialogs)) return std::nullopt;
+    const RecordingSpan span = SpanOf(ws);
+    HrvAnalysis a = AnalyseBeats(BeatTimesMs(ws.events), span.lengthMs, options.SegmentMs(span.intervalUs),
+                                 options);
+    const std::string name = ws.recording ? ws.recording->FileName() : std::string();
+    std::vector<std::string> row = ResultRow(name, a.timeDomain);
+    auto same = std::find_if(grids.results.begin(), grids.results.end(),
+                             [&](const auto& r) { return !r.empty() && r[0] == name; });
+    if (same != grids.results.end()) *same = std::move(row);
+    else grids.results.push_back(std::move(row));
+    grids.segments = SegmentRows(a.timeDomain);
+    return a;
+}
+
+std::string GridAsText(const TimeDomainGrids& grids, TimeDomainGrid which) {
+    return which == TimeDomainGrid::Results ? GridText(ResultTitles(), grids.results)
+                                            : GridText(SegmentTitles(), grids.segments);
+}
+
+bool SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, TimeDomainGrid which) {
+    const std::string caption(which == TimeDomainGrid::Results ? texts::kTimeDomainCaption
+                                                               : texts::kSegmentResults);
+    const auto path = ChooseSavePath(
+        dialogs, {caption, std::string(texts::kAsciiFilter), std::string(texts::kAsciiExtension), {}},
+        ExistingFile::Refuse);
+    if (!path) return false;
+    return ReportWrite(dialogs, WriteFileAtomic(*path, GridAsText(grids, which)));
+}
+
+}  // namespace vess::hrv

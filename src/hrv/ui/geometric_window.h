@@ -1,0 +1,57 @@
+// "Heart Rate Variability: Geometrical Methods": bin sizes and bounds
+// (section "HRV"), "Save Options", and "Generate Plots" drawing four panes
+// (RR histogram with the TINN triangle, delta-RR histogram, Lorenz plot with
+// the SD1/SD2 ellipse, tachogram) with the geometric and Lorenz measures.
+#pragma once
+
+#include <QWidget>
+
+#include <array>
+#include <optional>
+
+#include "hrv/analysis.h"
+
+class QComboBox;
+class QGridLayout;
+class QLabel;
+
+namespace vess {
+struct Workspace;
+class Dialogs;
+class PlotWidget;
+}  // namespace vess
+
+namespace vess::hrv {
+
+class GeometricWindow : public QWidget {
+    Q_OBJECT
+public:
+    GeometricWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
+
+    HrvOptions Options() const;
+    void SetOptions(const HrvOptions& options);
+    void GeneratePlots();   // Command1
+    void SaveOptions();     // Command2
+    // The four panes, nullptr before the first plots.
+    const std::array<PlotWidget*, 4>& Panes() const { return panes_; }
+    const std::optional<HrvAnalysis>& Analysis() const { return analysis_; }
+
+private:
+    void RefreshPreset();
+    void SetPane(int index, PlotWidget* plot);
+
+    Workspace& ws_;
+    Dialogs& dialogs_;
+    QComboBox* rrBin_ = nullptr;
+    QComboBox* deltaBin_ = nullptr;
+    QComboBox* upper_ = nullptr;
+    QComboBox* lower_ = nullptr;
+    QComboBox* preset_ = nullptr;
+    QLabel* presetInForce_ = nullptr;
+    QLabel* measures_ = nullptr;
+    QGridLayout* panesLayout_ = nullptr;
+    std::array<PlotWidget*, 4> panes_{};
+    std::optional<HrvAnalysis> analysis_;
+};
+
+}  // namespace vess::hrv

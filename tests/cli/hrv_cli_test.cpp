@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "recording/event_file.h"
+#include "support/run_vess.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+using test::RunVessCli;
+
+// Beats at 0, 800, 1600 and 3200 ms with bounds wide enough for all:
+// RR 800, 800, 1600; dRR 0, 800 (nNN 1 of 2 at threshold 50).
+TEST(VessHrv, JsonKeysAreTheGridColumnsForEventAndTextSources) {
+    test::TempDir dir;
+    EventTable table;
+    for (float t : {0.0f, 800.0f, 1600.0f, 3200.0f}) {
+        EventRecord r;
+        r.time = t;
+        table.Append(r);
+    }
+    ASSERT_EQ(WriteEventFile(dir / "beats.EVT", BlankHeaderCopy(), AnalysisParameters{}, table, "heart.abf"), "");
+    std::ofstream(dir / "rr.txt") << "RR (ms)\n800\n800\n1600\n";
+    const auto err = dir / "err.txt";
+    const std::string bounds = " --upper 2000 --lower 0 --json";
+    const test::VessRun fromEvents = RunVessCli("hrv " + (dir / "beats.EVT").string() + bounds, err);
+    ASSERT_EQ(fromEvents.exitCode, 0) << fromEvents.err;
+    const test::VessRun fromRR = RunVessCli("hrv --rr " + (dir / "rr.txt").string() + bounds, err);
+    ASSERT_EQ(fromRR.exitCode, 0) << fromRR.err;
+
+    const auto j = nlohmann::json::parse(fromEvents.out);
+    EXPECT_EQ(j, nlohmann::json::parse(fromRR.out));
+    const char* columns[] = {"n RR", "MRR", "SDRR", "CV%", "n dRR", "MdRR", "SDdRR", "rMSSD",
+                             "nNN", "%NN", "nSegment", "MANN", "SDANN", "MSDNN", "SDSDNN"};
+    for (const char* c : columns) EXPECT_TRUE(j.contains(c)) << c;
+    EXPECT_EQ(j["n RR"], 3);
+    EXPECT_EQ(j["nNN"], 1);
+    EXPECT_DOUBLE_EQ(j["%NN"].get<double>(), 50);
+    ASSERT_EQ(j["segments"].size(), 1u);
+    EXPECT_EQ(j["segments"][0]["n RR "], 3);
+    EXPECT_TRUE(j.contains("SD1") && j.contains("TINN") && j.contains("HRV triangular index"));
+    EXPECT_FALSE(j.contains("LF"));
+
+    // The stored defaults (10 to 100 ms) leave a human series out entirely.
+    const test::VessRun rodent = RunVessCli("hrv --rr " + (dir / "rr.txt").string() + " --json", err);
+    EXPECT_EQ(nlohmann::json::parse(rodent.out)["n RR"], 0);
+}
+
+TEST(VessHrv, SpectrumAndFailures) {
+    test::TempDir dir;
+    {
+        // 400 beats at 700 ms with a 25 ms sine at 0.25 Hz (HF).
+        std::ofstream out(dir / "rr.txt");
+        double t = 0;
+        for (int k = 0; k < 400; ++k) {
+            const double rr = 700 + 25 * std::sin(2 * M_PI * 0.25 * t / 1000);
+            out << rr << "\n";
+            t += rr;
+        }
+    }
+    const auto err = dir / "err.txt";
+    const test::VessRun run =
+        RunVessCli("hrv --rr " + (dir / "rr.txt").string() + " --upper 2000 --lower 300 --spectrum --json", err);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const auto j = nlohmann::json::parse(run.out);
+    EXPECT_GT(j["HF"].get<double>(), 10 * j["LF"].get<double>());
+    EXPECT_NEAR(j["HF peak"].get<double>(), 0.25, 1.0 / 64);
+
+    EXPECT_NE(RunVessCli("hrv", err).exitCode, 0);
+    EXPECT_NE(RunVessCli("hrv --rr " + (dir / "missing.txt").string(), err).exitCode, 0);
+    EXPECT_NE(RunVessCli("hrv " + (dir / "rr.txt").string(), err).exitCode, 0);  // not an event file
+}
+
+}  // namespace
+}  // namespace vess

@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "hrv/hrv_options.h"
+#include "hrv/scans.h"
+#include "hrv/tachogram.h"
+#include "hrv/texts.h"
+#include "recording/file_io.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/template_header.h"
+#include "recording/workspace.h"
+#include "support/beats.h"
+#include "support/test_recording.h"
+
+namespace vess::hrv {
+namespace {
+
+std::string S(std::string_view v) { return std::string(v); }
+
+using test::BeatsAt;
+
+std::vector<int> Groups(const Workspace& ws) {
+    std::vector<int> g;
+    for (const EventRecord& r : ws.events.Records()) g.push_back(r.group);
+    return g;
+}
+
+TEST(Scans, MissingBeatsMarkTheBeatBeforeEachGap) {
+    Workspace ws = BeatsAt({0, 800, 1600, 3200});
+    ScriptedDialogs d;
+    d.AnswerInput("1000");
+    ASSERT_TRUE(ScanMissingBeatsCommand(ws, d));
+    EXPECT_EQ(Groups(ws), (std::vector<int>{0, 0, 253, 0}));
+    EXPECT_EQ(d.Transcript()[0].caption, "Missing Beats");
+    EXPECT_EQ(d.Transcript()[0].text, S(texts::kMissingBeatsPrompt));
+    ASSERT_EQ(d.Messages().size(), 1u);
+    EXPECT_EQ(d.Messages()[0].caption, "Search Finished");
+    EXPECT_EQ(d.Messages()[0].text,
+              "There are 1 areas with potential missing beats.  The events are marked as group #253.");
+    EXPECT_TRUE(ws.history.CanUndo());
+
+    // An empty answer or 0 ends the scan without change.
+    for (const char* answer : {"", "0"}) {
+        Workspace fresh = BeatsAt({0, 800, 1600, 3200});
+        ScriptedDialogs quiet;
+        quiet.AnswerInput(std::string(answer));
+        EXPECT_FALSE(ScanMissingBeatsCommand(fresh, quiet));
+        EXPECT_EQ(Groups(fresh), (std::vector<int>{0, 0, 0, 0}));
+        EXPECT_TRUE(quiet.Messages().empty());
+    }
+}
+
+TEST(Scans, ShortIntervalsRejectTheLaterBeat) {
+    Workspace ws = BeatsAt({0, 800, 1600, 3200});
+    ScriptedDialogs d;
+    d.AnswerInput("900");
+    ASSERT_TRUE(ScanRejectRRIntervalsCommand(ws, d));
+    EXPECT_EQ(Groups(ws), (std::vector<int>{0, 255, 255, 0}));
+    EXPECT_EQ(d.Transcript()[0].caption, "Maximum Interval");
+    EXPECT_EQ(d.Messages().back().text, "2 events are rejected and marked as group #255");
+    ScriptedDialogs cancel;
+    cancel.AnswerInput(std::nullopt);
+    EXPECT_FALSE(ScanRejectRRIntervalsCommand(ws, cancel));
+}
+
+TEST(Scans, EventsOutOfOrderAreSortedOnlyOnYes) {
+    Workspace ws = BeatsAt({800, 0, 3200, 1600});
+    ScriptedDialogs no;
+    no.AnswerYesNo(false);
+    EXPECT_FALSE(ScanMissingBeatsCommand(ws, no));
+    EXPECT_EQ(no.Transcript()[0].caption, "Sort Events");
+    EXPECT_EQ(no.Transcript()[0].text,
+              "This function requires that the events are sorted by time.  Would you like to sort "
+              "the events now?");
+    EXPECT_EQ(ws.events[1].time, 800);
+
+    ScriptedDialogs yes;
+    yes.AnswerYesNo(true).AnswerInput("1000");
+    ASSERT_TRUE(ScanMissingBeatsCommand(ws, yes));
+    EXPECT_EQ(ws.events[1].time, 0);
+    EXPECT_EQ(ws.events[4].time, 3200);
+    EXPECT_EQ(ws.events[3].group, 253);
+}
+
+TEST(Tachogram, AsciiFileLayout) {
+    const std::vector<double> rr{800, 812.3456};
+    EXPECT_EQ(TachogramAtfText("heart.abf", rr),
+              "ATF\t1.0\r\n1\t2\r\n\"Tachogram: heart.abf\"\r\n\"Beat #\"\t\"RR Interval (ms)\"\r\n"
+              "1\t800.000\r\n2\t812.346\r\n");
+    test::TempDir dir;
+    Workspace ws = BeatsAt({0, 800, 1600});
+    ScriptedDialogs d;
+    d.AnswerSaveFile((dir / "tacho").string());
+    ASSERT_TRUE(SaveTachogramAsciiCommand(ws, d));
+    const auto bytes = ReadFileBytes(dir / "tacho.txt");
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(std::string(bytes->begin(), bytes->end()), TachogramAtfText("", std::vector<double>{800, 800}));
+    // Saving again over it asks to replace; No leaves it.
+    ScriptedDialogs again;
+    again.AnswerSaveFile((dir / "tacho.txt").string()).AnswerYesNo(false);
+    EXPECT_FALSE(SaveTachogramAsciiCommand(ws, again));
+    EXPECT_EQ(again.Transcript().back().caption, "Replace File");
+}
+
+TEST(Tachogram, AbfOnTheTemplateReadsBackInMs) {
+    test::TempDir dir;
+    ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
+    Workspace ws = BeatsAt({0, 812.5f, 1625, 3225, 3300});
+    ScriptedDialogs d;
+    d.AnswerSaveFile((dir / "tacho").string());
+    ASSERT_TRUE(SaveTachogramAbfCommand(ws, d, dir.Path()));
+    EXPECT_EQ(d.Messages().back().text, "The Tachogram is saved as tacho.ABF");
+
+    AbfError error = AbfError::None;
+    std::string detail;
+    auto rec = Recording::Open(dir / "tacho.ABF", &error, &detail);
+    ASSERT_TRUE(rec) << detail;
+    EXPECT_EQ(rec->ChannelCount(), 1);
+    EXPECT_EQ(rec->PointsPerChannel(), 4);
+    EXPECT_EQ(rec->Units(), "ms");
+    EXPECT_DOUBLE_EQ(rec->IntervalUs(), 1e6);
+    const std::vector<double> expected{812.5, 812.5, 1600, 75};
+    for (int i = 0; i < 4; ++i) EXPECT_NEAR(rec->Bit2pA(rec->Sample(i)), expected[std::size_t(i)], 1e-3);
+    // The template's own fields outside the changed ones are kept.
+    const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
+    EXPECT_EQ(std::vector<uint8_t>(tpl->begin() + 4, tpl->begin() + 8),
+              std::vector<uint8_t>(rec->HeaderBytes().begin() + 4, rec->HeaderBytes().begin() + 8));
+}
+
+TEST(Tachogram, MissingTemplateStopsBeforeAnything) {
+    test::TempDir dir;
+    Workspace ws = BeatsAt({0, 800, 1600});
+    ScriptedDialogs d;  // no save answer queued: a file dialog would throw
+    EXPECT_FALSE(SaveTachogramAbfCommand(ws, d, dir.Path()));
+    ASSERT_EQ(d.Messages().size(), 1u);
+    EXPECT_EQ(d.Messages()[0].caption, "Error");
+    EXPECT_EQ(d.Messages()[0].text.rfind(
+                  "The file SamplABF.dat does not exist.  The program cannot continue without this file.", 0),
+              0u);
+    EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
+}
+
+TEST(Options, DefaultsSaveAndPresets) {
+    test::TempDir dir;
+    const auto ini = dir / "Vessanto.ini";
+    EXPECT_EQ(LoadHrvOptions(ini), HrvOptions{});  // no file: every default
+    HrvOptions o;
+    o.upperBoundMs = 250;
+    o.pointsPerSegment = 12345;
+    o.includeZeroSegments = true;
+    o.rrBinMs = 4;  // not a key of the time-domain window
+    ScriptedDialogs d;
+    ASSERT_TRUE(SaveHrvOptionsCommand(ini, o, HrvWindow::TimeDomain, d));
+    EXPECT_EQ(d.Messages()[0].caption, "Settings Saved");
+    EXPECT_EQ(d.Messages()[0].text, "The settings are saved into Vessanto.ini file.");
+    HrvOptions back = LoadHrvOptions(ini);
+    EXPECT_EQ(back.upperBoundMs, 250);
+    EXPECT_EQ(back.pointsPerSegment, 12345);
+    EXPECT_TRUE(back.includeZeroSegments);
+    EXPECT_EQ(back.rrBinMs, 1);
+    ASSERT_TRUE(SaveHrvOptionsCommand(ini, o, HrvWindow::Geometric, d));
+    EXPECT_EQ(LoadHrvOptions(ini).rrBinMs, 4);
+    EXPECT_EQ(IniFile::Load(ini).Get("HRV", "IncludeZero"), "1");
+
+    // Presets set both bounds and the segment length, for the recording's interval.
+    const HrvOptions human = ApplyPreset(HrvOptions{}, Preset::Human, 1000);
+    EXPECT_EQ(human.upperBoundMs, 2000);
+    EXPECT_EQ(human.lowerBoundMs, 300);
+    EXPECT_EQ(human.pointsPerSegment, 300000);  // 5 minutes of 1 ms samples
+    EXPECT_EQ(PresetInForce(human, 1000), Preset::Human);
+    EXPECT_EQ(PresetInForce(ApplyPreset(o, Preset::Mouse, 50), 50), Preset::Mouse);
+    EXPECT_EQ(PresetInForce(HrvOptions{}, 50), Preset::Stored);
+    EXPECT_EQ(PresetInForce(o, 50), Preset::Custom);
+}
+
+}  // namespace
+}  // namespace vess::hrv

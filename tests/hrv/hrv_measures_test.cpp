@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "hrv/analysis.h"
+#include "hrv/geometric.h"
+#include "hrv/spectrum.h"
+
+namespace vess::hrv {
+namespace {
+
+HrvOptions WideOpen() {
+    HrvOptions o;
+    o.upperBoundMs = 1e6;
+    o.lowerBoundMs = 0;
+    return o;
+}
+
+// Beats at 0, 800, 1600 and 3200 ms: RR 800, 800, 1600; dRR 0, 800.
+TEST(TimeDomain, FourBeatsByHand) {
+    const std::vector<double> beats{0, 800, 1600, 3200};
+    const HrvAnalysis a = AnalyseBeats(beats, 3200, 3200, WideOpen());
+    const TimeDomainResult& r = a.timeDomain;
+    EXPECT_EQ(r.nRR, 3);
+    EXPECT_DOUBLE_EQ(r.MRR, 3200.0 / 3);
+    // Deviations -266.67, -266.67, 533.33: squares sum to 426666.67, over n - 1 = 2.
+    EXPECT_NEAR(r.SDRR, std::sqrt(426666.0 / 2 + 1.0 / 3), 1e-9);
+    EXPECT_NEAR(r.CVPercent, r.SDRR / r.MRR * 100, 1e-12);
+    EXPECT_EQ(r.nDRR, 2);
+    EXPECT_DOUBLE_EQ(r.MdRR, 400);
+    EXPECT_NEAR(r.SDdRR, std::sqrt(2 * 400.0 * 400.0), 1e-9);
+    EXPECT_NEAR(r.rMSSD, std::sqrt(800.0 * 800.0 / 2), 1e-9);
+    // Threshold 50: only |800| counts; a dRR equal to the threshold does not.
+    EXPECT_EQ(r.nNN, 1);
+    EXPECT_DOUBLE_EQ(r.pNN, 50);
+    HrvOptions atThreshold = WideOpen();
+    atThreshold.thresholdMs = 800;
+    EXPECT_EQ(AnalyseBeats(beats, 3200, 3200, atThreshold).timeDomain.nNN, 0);
+}
+
+TEST(TimeDomain, BoundsLeaveOutIntervalsAndTheDeltasFormedWithThem) {
+    const std::vector<double> beats{0, 800, 1600, 3200};
+    HrvOptions o = WideOpen();
+    o.upperBoundMs = 1000;  // 1600 goes, and with it the dRR 800
+    TimeDomainResult r = AnalyseBeats(beats, 3200, 3200, o).timeDomain;
+    EXPECT_EQ(r.nRR, 2);
+    EXPECT_EQ(r.nDRR, 1);
+    EXPECT_EQ(r.nNN, 0);
+    // A middle interval left out breaks both pairs around it.
+    const std::vector<double> gap{0, 100, 200, 900, 1000, 1100};
+    o.upperBoundMs = 150;
+    r = AnalyseBeats(gap, 1100, 1100, o).timeDomain;
+    EXPECT_EQ(r.nRR, 4);
+    EXPECT_EQ(r.nDRR, 2);
+    // The stored defaults (10 to 100 ms) suit rodents: a human series is all left out.
+    r = AnalyseBeats(beats, 3200, 3200, HrvOptions{}).timeDomain;
+    EXPECT_EQ(r.nRR, 0);
+    EXPECT_EQ(r.nDRR, 0);
+    EXPECT_EQ(r.MRR, 0);
+}
+
+// Segments of 1000 ms over a 4500 ms recording: five, the last incomplete.
+// Intervals end at 800 (segment 1), 1600 (2), 3200 (4), 4400 and 4450 (5,
+// RR 1200 and 50); segment 3 holds none.
+TEST(TimeDomain, SegmentsWithEmptyAndLastOptions) {
+    const std::vector<double> beats{0, 800, 1600, 3200, 4400, 4450};
+    HrvOptions o = WideOpen();
+    TimeDomainResult r = AnalyseBeats(beats, 4500, 1000, o).timeDomain;
+    ASSERT_EQ(r.nSegment, 4);
+    EXPECT_EQ(r.segments[2].number, 4);
+    EXPECT_EQ(r.segments[3].number, 5);
+    EXPECT_EQ(r.segments[3].count, 2);
+    EXPECT_DOUBLE_EQ(r.segments[3].meanMs, 625);
+    EXPECT_NEAR(r.segments[3].sdMs, std::sqrt(2 * 575.0 * 575.0), 1e-9);
+    EXPECT_EQ(r.segments[0].sdMs, 0);  // one interval: no spread
+    EXPECT_NEAR(r.MANN, (800 + 800 + 1600 + 625) / 4.0, 1e-12);
+    o.includeZeroSegments = true;
+    r = AnalyseBeats(beats, 4500, 1000, o).timeDomain;
+    EXPECT_EQ(r.nSegment, 5);
+    EXPECT_EQ(r.segments[2].count, 0);
+    EXPECT_NEAR(r.MANN, (800 + 800 + 0 + 1600 + 625) / 5.0, 1e-12);
+    o.excludeLastSegment = true;
+    r = AnalyseBeats(beats, 4500, 1000, o).timeDomain;
+    EXPECT_EQ(r.nSegment, 4);
+    EXPECT_EQ(r.segments.back().number, 4);
+    // A recording longer than the beats adds empty segments at the end.
+    r = AnalyseBeats(beats, 9000, 1000, o).timeDomain;
+    EXPECT_EQ(r.nSegment, 8);
+}
+
+// 1000 intervals around 700 ms with respiratory (0.25 Hz), slower (0.08 and
+// 0.02 Hz) modulation, uniform noise and two artefacts; the same series and
+// the reference values are in reference_values.py beside this file (numpy
+// and scipy), whose output is quoted below.
+std::vector<double> RealisticBeats() {
+    std::minstd_rand gen(12345);  // x <- 48271 x mod (2^31 - 1), fixed by the standard
+    std::vector<double> beats{0};
+    for (int k = 0; k < 1000; ++k) {
+        const double u = double(gen() - 1) / double(std::minstd_rand::modulus - 2);
+        const double t = beats.back() / 1000;
+        double rr = 700 + 25 * std::sin(2 * M_PI * 0.25 * t) + 15 * std::sin(2 * M_PI * 0.08 * t + 0.3) +
+                    10 * std::sin(2 * M_PI * 0.02 * t) + 20 * (u - 0.5);
+        if (k == 100) rr = 1400;
+        if (k == 500) rr = 250;
+        beats.push_back(beats.back() + rr);
+    }
+    return beats;
+}
+
+HrvOptions RealisticOptions() {
+    HrvOptions o;
+    o.upperBoundMs = 900;
+    o.lowerBoundMs = 300;
+    o.pointsPerSegment = 60000;
+    o.thresholdMs = 20;
+    o.rrBinMs = 1000.0 / 128;
+    return o;
+}
+
+TEST(TimeDomain, RealisticSeriesAgreesWithIndependentReference) {
+    const std::vector<double> beats = RealisticBeats();
+    const HrvOptions o = RealisticOptions();
+    const HrvAnalysis a = AnalyseBeats(beats, beats.back(), o.SegmentMs(1000), o);
+    const TimeDomainResult& r = a.timeDomain;
+    EXPECT_EQ(r.nRR, 998);
+    EXPECT_NEAR(r.MRR, 699.5278676, 1e-6);
+    EXPECT_NEAR(r.SDRR, 22.6211135, 1e-6);
+    EXPECT_NEAR(r.CVPercent, 3.233768739, 1e-8);
+    EXPECT_EQ(r.nDRR, 995);
+    EXPECT_NEAR(r.MdRR, 0.04366458153, 1e-9);
+    EXPECT_NEAR(r.SDdRR, 20.73192023, 1e-7);
+    EXPECT_NEAR(r.rMSSD, 20.72154557, 1e-7);
+    EXPECT_EQ(r.nNN, 406);
+    EXPECT_NEAR(r.pNN, 40.8040201, 1e-6);
+    EXPECT_EQ(r.nSegment, 12);
+    EXPECT_NEAR(r.MANN, 699.5115643, 1e-6);
+    EXPECT_NEAR(r.SDANN, 1.45732191, 1e-7);
+    EXPECT_NEAR(r.MSDNN, 22.70147813, 1e-7);
+    EXPECT_NEAR(r.SDSDNN, 0.3708834274, 1e-8);
+    EXPECT_EQ(r.segments.front().count, 85);
+    EXPECT_NEAR(r.segments.front().meanMs, 701.2084876, 1e-6);
+    EXPECT_NEAR(r.segments.front().sdMs, 22.09115822, 1e-7);
+    EXPECT_EQ(r.segments.back().count, 57);
+
+    EXPECT_NEAR(a.lorenz.sd1Ms, 14.65968138, 1e-7);
+    EXPECT_NEAR(a.lorenz.sd2Ms, 28.44102254, 1e-7);
+    // SD1 is SDdRR / sqrt(2) by construction.
+    EXPECT_NEAR(a.lorenz.sd1Ms, r.SDdRR / std::sqrt(2.0), 1e-9);
+    EXPECT_NEAR(a.triangle.triangularIndex, 6.789115646, 1e-8);
+    // The fitted triangle spans the bulk of the intervals around the mean.
+    EXPECT_LT(a.triangle.nMs, 650);
+    EXPECT_GT(a.triangle.mMs, 750);
+    EXPECT_LT(a.triangle.tinnMs, 250);
+
+    SpectrumResult s = AnalyseSpectrum(a.rr.endMs, a.rr.rrMs, HumanSpectrumPreset());
+    ASSERT_EQ(s.error, "");
+    EXPECT_NEAR(s.vlf.powerMs2, 61.74181284, 1e-5);
+    EXPECT_NEAR(s.lf.powerMs2, 115.6408624, 1e-5);
+    EXPECT_NEAR(s.hf.powerMs2, 327.2360259, 1e-5);
+    EXPECT_DOUBLE_EQ(s.vlf.peakHz, 0.015625);
+    EXPECT_DOUBLE_EQ(s.lf.peakHz, 0.078125);
+    EXPECT_DOUBLE_EQ(s.hf.peakHz, 0.25);
+}
+
+TEST(Geometric, BinsTriangleAndLorenzEllipse) {
+    // Bins of 10: 5 and 9 in bin 0, 10 in bin 1, -1 in bin -1 (floor).
+    const std::vector<double> v{5, 9, 10, -1};
+    const auto h = BinValues(v, 10);
+    ASSERT_TRUE(h);
+    EXPECT_EQ(h->lowestBin, -1);
+    EXPECT_EQ(h->counts, (std::vector<int32_t>{1, 2, 1}));
+    EXPECT_FALSE(BinValues(std::vector<double>{0, 60000}, 1));  // 60001 bins
+    EXPECT_TRUE(BinValues(std::vector<double>{0, 59999}, 1));
+    EXPECT_FALSE(BinValues(v, 0));
+
+    // An exact triangle 0,1,2,3,4,3,2,1,0 (bins 0..8 of width 1): feet at the
+    // centres of bins 0 and 8, TINN 8, index 16 / 4.
+    Histogram tri{1, 0, {0, 1, 2, 3, 4, 3, 2, 1, 0}};
+    const TriangleFit fit = FitTriangle(tri);
+    EXPECT_DOUBLE_EQ(fit.nMs, 0.5);
+    EXPECT_DOUBLE_EQ(fit.mMs, 8.5);
+    EXPECT_DOUBLE_EQ(fit.tinnMs, 8);
+    EXPECT_DOUBLE_EQ(fit.triangularIndex, 4);
+
+    // Points on the identity line have no spread across it.
+    const std::vector<std::pair<double, double>> line{{100, 100}, {110, 110}, {120, 120}};
+    const LorenzMeasures m = AnalyseLorenz(line);
+    EXPECT_NEAR(m.sd1Ms, 0, 1e-12);
+    EXPECT_NEAR(m.sd2Ms, std::sqrt(2.0) * 10, 1e-9);
+    const auto ellipse = LorenzEllipse(m, 5);
+    ASSERT_EQ(ellipse.size(), 5u);
+    EXPECT_NEAR(ellipse[0].first, 110 + 10, 1e-9);  // SD2 along the identity line
+    EXPECT_NEAR(ellipse[0].second, 110 + 10, 1e-9);
+}
+
+}  // namespace
+}  // namespace vess::hrv
