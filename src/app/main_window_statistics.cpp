@@ -2,6 +2,8 @@
 // entry runs a core command of the statistics subsystem; plots go to the
 // graph frame, results to the statistics windows. Entries of a control
 // array are named after it with the item index ("menu_FreqHisto_14").
+#include <cmath>
+
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -9,6 +11,7 @@
 #include <QMenuBar>
 
 #include "app/main_window.h"
+#include "detection/ui/trace_view.h"
 #include "graphs/ui/graph_frame.h"
 #include "statistics/array_fill.h"
 #include "statistics/array_text.h"
@@ -148,9 +151,19 @@ void MainWindow::BuildHistogramMenu() {
     m->addSeparator();
     AddStatisticsAction(m, "menu_CoastlineM", kCoastlineMenu,
                         [this] { Show(CoastlineCommand(ws_, dialogs_)); });
-    // The noise histogram reads two horizontal cursors, which the trace view
-    // does not offer yet.
-    AddStatisticsAction(m, "menu_NoiseHistogram", kNoiseHistogramMenu, [] {})->setEnabled(false);
+    AddStatisticsAction(m, "menu_NoiseHistogram", kNoiseHistogramMenu, [this] {
+        const auto c = trace_->Cursors();
+        if (!ws_.recording) return;
+        if (!c) {
+            dialogs_.Message(std::string(stats_ui_texts::kNoiseCursorsCaption),
+                             std::string(stats_ui_texts::kNoiseCursorsText));
+            return;
+        }
+        const Recording& rec = *ws_.recording;
+        const NoiseCursors cursors{c->index1, c->index2, rec.Bit2pA(int32_t(std::lround(c->counts1))),
+                                   rec.Bit2pA(int32_t(std::lround(c->counts2)))};
+        Show(NoiseHistogramCommand(ws_, dialogs_, cursors));
+    });
 }
 
 void MainWindow::BuildTestMenu() {

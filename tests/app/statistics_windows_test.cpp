@@ -14,6 +14,7 @@
 #include <numeric>
 #include <qcustomplot.h>
 
+#include "detection/ui/trace_view.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/plot_widget.h"
 #include "gui_fixture.h"
@@ -295,6 +296,50 @@ TEST_F(StatisticsGuiTest, MenusCarryTheirCaptionsAndColumnStatisticsOpens) {
     EXPECT_EQ(GridCell(*w->Grid(), "Average", 1), "2.500");
     EXPECT_EQ(GridCell(*w->Grid(), "Median", 2), "3.000");
     w->grab().save(Screen("column_statistics"));
+}
+
+// The noise histogram reads the two cursors of the trace: without them it
+// says how to place them; with them it counts the samples between the
+// vertical cursors whose level lies between the horizontal ones.
+TEST_F(StatisticsGuiTest, NoiseHistogramCountsTheSamplesBetweenTheCursors) {
+    OpenSample();
+    Trigger("menu_NoiseHistogram");
+    ASSERT_FALSE(dialogs.Messages().empty());
+    EXPECT_EQ(dialogs.Messages().back().caption, "Noise Amplitude Histogram");
+
+    window->Action("menu_Cursors")->setChecked(true);
+    TraceView* trace = window->Trace();
+    const QRect r = trace->PlotRect();
+    // Second cursor near the top-left, first cursor near the bottom-right:
+    // the levels span almost the whole plot height.
+    QTest::mouseClick(trace, Qt::MiddleButton, {}, QPoint(r.left() + r.width() / 4, r.top() + 2));
+    QTest::mouseMove(trace, QPoint(r.left() + 3 * r.width() / 4, r.bottom() - 2));
+    const auto c = trace->Cursors();
+    ASSERT_TRUE(c.has_value());
+    ASSERT_GT(c->index1, c->index2);
+    const int64_t width = std::abs(c->index1 - c->index2) + 1;
+
+    dialogs.ClearTranscript();
+    dialogs.AnswerInput("1");
+    Trigger("menu_NoiseHistogram");
+    ASSERT_FALSE(dialogs.Transcript().empty());
+    EXPECT_EQ(dialogs.Transcript().back().text.rfind(
+                  "This function will generate an amplitude frequency histogram from the displayed "
+                  "trace.  Set the area of baseline with the two vertical cursors and set the "
+                  "amplitude range with the two horizontal cursors.  Please enter the bin size for ",
+                  0),
+              0u);
+    PlotWidget* plot = CurrentGraphFrame() ? CurrentGraphFrame()->CurrentPlot() : nullptr;
+    ASSERT_NE(plot, nullptr);
+    const PlotData& h = plot->Description();
+    EXPECT_EQ(h.yAxis, "Number of Events");
+    ASSERT_EQ(h.series.size(), 1u);
+    EXPECT_EQ(h.series[0].legend, "Noise Amplitude");
+    const double counted = std::accumulate(h.series[0].y.begin(), h.series[0].y.end(), 0.0);
+    // Every counted sample lies between the vertical cursors; a trace fitted
+    // to its screen keeps nearly all of them inside the plot's height.
+    EXPECT_LE(counted, double(width));
+    EXPECT_GE(counted, 0.9 * double(width));
 }
 
 }  // namespace

@@ -256,6 +256,14 @@ void TraceView::DrawCursors(QPainter& p) const {
     p.setPen(QPen(trace_style::kCursorColour, 1, Qt::DashLine));
     for (const auto& c : {cursor1_, cursor2_})
         if (c) p.drawLine(QPointF(XOfIndex(*c + 0.5), plot.top()), QPointF(XOfIndex(*c + 0.5), plot.bottom()));
+    p.setPen(QPen(trace_style::kCursorColour, 1, Qt::DotLine));
+    if (cursor1_) p.drawLine(QPointF(plot.left(), YOfCounts(cursorCounts1_)), QPointF(plot.right(), YOfCounts(cursorCounts1_)));
+    if (cursor2_) p.drawLine(QPointF(plot.left(), YOfCounts(cursorCounts2_)), QPointF(plot.right(), YOfCounts(cursorCounts2_)));
+}
+
+std::optional<TraceView::CursorPair> TraceView::Cursors() const {
+    if (!cursorsOn_ || !cursor1_ || !cursor2_) return std::nullopt;
+    return CursorPair{*cursor1_, *cursor2_, cursorCounts1_, cursorCounts2_};
 }
 
 QString TraceView::CursorReadout() const {
@@ -291,6 +299,7 @@ void TraceView::mousePressEvent(QMouseEvent* event) {
     const int64_t index = IndexAtX(event->position().x());
     if (cursorsOn_ && event->button() == Qt::MiddleButton) {
         cursor2_ = index;
+        cursorCounts2_ = CountsAtY(event->position().y());
         emit CursorReadoutChanged(CursorReadout());
         update();
         return;
@@ -305,6 +314,7 @@ void TraceView::mouseMoveEvent(QMouseEvent* event) {
                       screen_->Rec().Bit2pA(int32_t(CountsAtY(event->position().y()))));
     if (cursorsOn_) {
         cursor1_ = index;
+        cursorCounts1_ = CountsAtY(event->position().y());
         emit CursorReadoutChanged(CursorReadout());
         update();
     }

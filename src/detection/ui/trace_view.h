@@ -52,6 +52,13 @@ public:
     int DataLength() const;
     void SetCursorsOn(bool on);
     bool CursorsOn() const { return cursorsOn_; }
+    // Both cursors placed: each is a vertical line at a window index and a
+    // horizontal line at the level (in counts) where it was set.
+    struct CursorPair {
+        int64_t index1 = 0, index2 = 0;
+        double counts1 = 0, counts2 = 0;
+    };
+    std::optional<CursorPair> Cursors() const;
     // Forget a locked frame so that the next screen set fits it afresh (a new
     // recording or channel).
     void ResetScale();
@@ -106,6 +113,7 @@ private:
     bool haveLockedFrame_ = false;
     bool cursorsOn_ = false;
     std::optional<int64_t> cursor1_, cursor2_;
+    double cursorCounts1_ = 0, cursorCounts2_ = 0;  // levels of the horizontal cursors
     QPixmap cache_;
     bool dirty_ = true;
     int renders_ = 0;

@@ -25,6 +25,11 @@ inline constexpr std::string_view kAutoCorrelogramMenu = "Auto-correlogram";    
 inline constexpr std::string_view kCrossCorrelogramMenu = "Cross-correlogram";             // ours
 inline constexpr std::string_view kCoastlineMenu = "Coastline Time Course";                // ours
 inline constexpr std::string_view kNoiseHistogramMenu = "Noise Amplitude Histogram";       // ours
+inline constexpr std::string_view kNoiseCursorsCaption = "Noise Amplitude Histogram";      // ours
+inline constexpr std::string_view kNoiseCursorsText =                                      // ours
+    "Place both cursors first (View, Cursors): the first follows the mouse, a middle click sets "
+    "the second.  The vertical cursors bound the stretch of baseline, the horizontal cursors the "
+    "amplitude range.";
 inline std::string FreqHistoArrayMenu(int k) {
     return "Frequency Histogram of Array#" + std::to_string(k);
 }
