@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     vess::cli::AddEventsCommand(app);
     vess::cli::AddDetectCommand(app);
     vess::cli::AddScoreCommand(app);
+    vess::cli::AddCheckCommand(app);
     vess::cli::AddArrayCommand(app);
     vess::cli::AddStatsCommand(app);
     vess::cli::AddHistCommand(app);
