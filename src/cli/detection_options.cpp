@@ -1,6 +1,7 @@
 #include "cli/detection_options.h"
 
 #include <charconv>
+#include <iostream>
 #include <system_error>
 
 #include "detection/suggest_from_recording.h"
@@ -114,6 +115,7 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         const RecordingSuggestion s = SuggestFromRecording(ws);
         if (!s.ok) return o.file + ": " + s.problem;
         ApplySuggestion(ws, s);
+        std::cerr << SuggestionReport(ws, s) << "\n";
         if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
         for (const std::string& set : o.sets) ApplyParameter(ws.params(), set);
     }

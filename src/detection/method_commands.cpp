@@ -30,8 +30,9 @@ void StoreDetections(const Detector& det, const MethodRun& run, const std::vecto
     for (std::size_t k = 0; k < points.size(); ++k) {
         if (points[k] >= screenEndPoint) break;
         const int64_t onset = points[k] - screen.AbsoluteIndex(0);
-        const int64_t limit = k + 1 < points.size() ? points[k + 1] - screen.AbsoluteIndex(0)
-                                                    : onset + run.peakWindowPoints;
+        const int64_t limit = run.Limit(
+            onset, k + 1 < points.size() ? std::optional<int64_t>(points[k + 1] - screen.AbsoluteIndex(0))
+                                         : std::nullopt);
         const std::optional<MeasuredEvent> e = MeasureDetection(det, run, onset, limit);
         if (!e) continue;
         const float time = screen.CalculateTime(e->peak);
@@ -159,9 +160,10 @@ PointCommandResult DetectAtPointByMethod(Workspace& ws, Dialogs& dialogs, int64_
     std::optional<MeasuredEvent> e;
     if (nearest) {
         const int64_t onset = points[*nearest] - screen.AbsoluteIndex(0);
-        const int64_t limit = *nearest + 1 < points.size()
-                                  ? points[*nearest + 1] - screen.AbsoluteIndex(0)
-                                  : onset + run.peakWindowPoints;
+        const int64_t limit = run.Limit(
+            onset, *nearest + 1 < points.size()
+                       ? std::optional<int64_t>(points[*nearest + 1] - screen.AbsoluteIndex(0))
+                       : std::nullopt);
         e = MeasureDetection(det, run, onset, limit);
     }
     if (!e) {

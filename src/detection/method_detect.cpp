@@ -103,7 +103,7 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
         const int64_t at = from + p;
         if (at < first) continue;
         if (at >= first + count) {
-            if (at < first + count + run.peakWindowPoints) out.push_back(at);
+            if (at < first + count + run.FollowPoints()) out.push_back(at);
             break;
         }
         out.push_back(at);

@@ -25,6 +25,14 @@ struct MethodRun {
     int64_t minSeparationPoints = 0;
     int64_t peakWindowPoints = 0;  // the peak is sought this far after the detection point
     int64_t lookPoints = 0;        // criterion read around a stretch to find its detections
+    // How far after a detection the next one bounds its peak and decay; a
+    // detection has no later neighbour beyond it.
+    int64_t FollowPoints() const { return lookPoints / 2; }
+    // The last window index (exclusive) of the event detected at onset when
+    // the next detection is at next (nullopt: none found).
+    int64_t Limit(int64_t onset, std::optional<int64_t> next) const {
+        return next && *next < onset + FollowPoints() ? *next : onset + FollowPoints();
+    }
 };
 
 // Builds the run for a recording; the noise of the deconvolved trace is
@@ -39,8 +47,8 @@ std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double thresh
                                      int64_t minSeparationPoints);
 
 // Detection points (point indices of the channel) in first .. first+count-1,
-// followed by the first one after that stretch when there is one within the
-// peak window (it bounds the last event's peak and decay).
+// followed by the first one after that stretch when there is one within
+// FollowPoints (it bounds the last event's peak and decay).
 std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, int64_t first,
                                     int64_t count);
 
