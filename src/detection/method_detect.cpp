@@ -8,9 +8,6 @@
 namespace vess {
 namespace {
 
-// A dip between two peaks separates them when it falls below this fraction
-// of the smaller one.
-constexpr double kDipFraction = 0.7;
 
 }  // namespace
 
@@ -21,6 +18,13 @@ MethodRun::MethodRun(const MethodParameters& p, double intervalUs, int direction
     threshold = deconvolution ? p.deconvolutionThreshold : p.templateThreshold;
     minSeparationPoints = std::max<int64_t>(int64_t(std::lround(p.minSeparationMs / dtMs)), 1);
     const EventKernel k{p.riseTauMs, p.decayTauMs};
+    if (!deconvolution) {
+        // The fitted scale stays significant for a while after an event: the
+        // template's criterion gives one event per rise and decay.
+        minSeparationPoints = std::max<int64_t>(
+            minSeparationPoints, int64_t(std::lround((KernelPeakMs(k) + k.decayTauMs) / dtMs)));
+        dipFraction = 0;
+    }
     // The smoothing moves a crossing up to about two of its SDs before the
     // onset; the peak follows the onset by the kernel's peak time.
     const double peakMs = 3 * KernelPeakMs(k) + (deconvolution ? 2 * p.lowPassMs : 0);
@@ -37,7 +41,7 @@ MethodRun PrepareMethodRun(const MethodParameters& params, const Recording& rec,
 }
 
 std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double threshold,
-                                     int64_t minSeparationPoints) {
+                                     int64_t minSeparationPoints, double dipFraction) {
     std::vector<int64_t> points;
     const int64_t n = int64_t(z.size());
     int64_t lastPeak = -1;          // index of the current event's highest point
@@ -67,7 +71,7 @@ std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double thresh
             continue;
         }
         if (!localMax) continue;
-        const bool clearDip = dip < kDipFraction * std::min(lastPeakValue, v);
+        const bool clearDip = dip < dipFraction * std::min(lastPeakValue, v);
         const bool belowAndApart = dip <= threshold && i - lastPeak >= minSeparationPoints;
         if (clearDip || belowAndApart) {
             // The new event begins where the trace left the dip: its
@@ -99,7 +103,7 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
     std::vector<double> z(c.size());
     for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
     std::vector<int64_t> out;
-    for (const int64_t p : DetectionPoints(z, run.threshold, run.minSeparationPoints)) {
+    for (const int64_t p : DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction)) {
         const int64_t at = from + p;
         if (at < first) continue;
         if (at >= first + count) {

@@ -23,6 +23,10 @@ struct MethodRun {
     NoiseLevel noise;              // of the criterion (centre 0, SD 1 for the template)
     double threshold = 0;          // in units of noise.sd
     int64_t minSeparationPoints = 0;
+    // A dip below this fraction of the smaller of two peaks separates them
+    // (two events closer than a Gaussian smoothing of the deconvolved trace
+    // leave a shallow dip: two at 2.5 SDs dip to 0.88 of their peaks).
+    double dipFraction = 0.92;
     int64_t peakWindowPoints = 0;  // the peak is sought this far after the detection point
     int64_t lookPoints = 0;        // criterion read around a stretch to find its detections
     // How far after a detection the next one bounds its peak and decay; a
@@ -41,10 +45,10 @@ MethodRun PrepareMethodRun(const MethodParameters& params, const Recording& rec,
 
 // Detection points from a criterion: indices into z (already in SD units)
 // where it crosses the threshold, and where a second peak follows a dip that
-// falls below 0.7 of the smaller peak (or below the threshold, at least the
-// minimum separation after the previous peak). Exposed for tests.
+// falls below dipFraction of the smaller peak (or below the threshold, at
+// least the minimum separation after the previous peak).
 std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double threshold,
-                                     int64_t minSeparationPoints);
+                                     int64_t minSeparationPoints, double dipFraction);
 
 // Detection points (point indices of the channel) in first .. first+count-1,
 // followed by the first one after that stretch when there is one within

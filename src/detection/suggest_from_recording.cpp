@@ -32,7 +32,7 @@ std::vector<Candidate> ClearEvents(const MethodParameters& params, const std::ve
     run.noise = RobustNoise(c);
     std::vector<double> z(c.size());
     for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
-    const std::vector<int64_t> points = DetectionPoints(z, kClearThreshold, run.minSeparationPoints);
+    const std::vector<int64_t> points = DetectionPoints(z, kClearThreshold, run.minSeparationPoints, run.dipFraction);
     const int64_t lead = std::max<int64_t>(int64_t(1000 / intervalUs), 2);
     const int64_t isolation = int64_t(isolationMs * 1000 / intervalUs);
     std::vector<Candidate> out;

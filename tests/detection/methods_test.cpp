@@ -142,14 +142,14 @@ TEST_F(MethodsTest, ScreenByScreenEqualsWholeFile) {
 // threshold gives one.
 TEST(DetectionPoints, TwoPeaksOnlyWithAClearDip) {
     const std::vector<double> twoPeaks = {0, 0, 5, 10, 6, 5, 6, 8, 4, 0, 0};
-    EXPECT_EQ(DetectionPoints(twoPeaks, 4, 100), (std::vector<int64_t>{2, 5}));
+    EXPECT_EQ(DetectionPoints(twoPeaks, 4, 100, 0.7), (std::vector<int64_t>{2, 5}));
     const std::vector<double> wiggle = {0, 0, 5, 10, 8, 7, 8, 9, 4, 0, 0};
-    EXPECT_EQ(DetectionPoints(wiggle, 4, 100), (std::vector<int64_t>{2}));
+    EXPECT_EQ(DetectionPoints(wiggle, 4, 100, 0.7), (std::vector<int64_t>{2}));
     // Two runs above the threshold far enough apart are two events, close
     // ones (under the minimum separation) one when the dip is shallow.
     const std::vector<double> runs = {0, 6, 6.5, 4.4, 6, 6.2, 0};
-    EXPECT_EQ(DetectionPoints(runs, 4.5, 2).size(), 2u);
-    EXPECT_EQ(DetectionPoints(runs, 4.5, 10).size(), 1u);
+    EXPECT_EQ(DetectionPoints(runs, 4.5, 2, 0.7).size(), 2u);
+    EXPECT_EQ(DetectionPoints(runs, 4.5, 10, 0.7).size(), 1u);
 }
 
 // The blocks of the FFT give the direct convolution (to rounding), also
