@@ -11,6 +11,7 @@
 #include "cli/commands.h"
 #include "cli/detection_options.h"
 #include "cli/stderr_dialogs.h"
+#include "detection/suggest_from_recording.h"
 #include "detection/whole_file.h"
 #include "recording/event_file.h"
 #include "recording/event_grid.h"
@@ -51,6 +52,9 @@ int RunDetect(const DetectionOptions& options, const std::string& outPath, const
         std::cerr << "vess detect: " << problem << "\n";
         return 2;
     }
+    if (const std::string problem = UnreachableThresholds(ws); !problem.empty())
+        std::cerr << "vess detect: " << problem << "  --suggest-from-noise sets them from the "
+                  << "recording.\n";
     StderrDialogs dialogs;
     const auto started = std::chrono::steady_clock::now();
     auto lastReport = started;

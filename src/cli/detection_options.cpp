@@ -1,8 +1,10 @@
 #include "cli/detection_options.h"
 
 #include <charconv>
+#include <iostream>
 #include <system_error>
 
+#include "detection/suggest_from_recording.h"
 #include "recording/file_io.h"
 #include "recording/parameter_file.h"
 #include "recording/scripted_dialogs.h"
@@ -35,6 +37,10 @@ void AddDetectionOptions(CLI::App& cmd, DetectionOptions& o) {
     cmd.add_option("--suggest", o.suggest,
                    "start from the parameters of Suggest Analysis Parameters entry 1, 2 or 3")
         ->check(CLI::Range(1, 3));
+    cmd.add_option("--method", o.method, "detection method: threshold, deconvolution or template")
+        ->check(CLI::IsMember({"threshold", "deconvolution", "template"}));
+    cmd.add_flag("--suggest-from-noise", o.suggestFromNoise,
+                 "set the method's kernel and thresholds from this recording's noise and events");
     cmd.add_option("--blocks-per-screen", o.blocksPerScreen, "256-point blocks per screen")
         ->check(CLI::Range(1, 1 << 20));
 }
@@ -88,6 +94,7 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         const std::string problem = ApplyParameter(ws.params(), s);
         if (!problem.empty()) return "--set: " + problem;
     }
+    if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
     if (o.blocksPerScreen > 0) ws.settings.DisplayTotalNumberBlockPerScreen = o.blocksPerScreen;
 
     AbfError error = AbfError::None;
@@ -103,6 +110,14 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         ScriptedDialogs quiet;  // the preset's message is not wanted here
         SuggestParameters(ws, quiet, o.suggest, [] { return true; });
         for (const std::string& s : o.sets) ApplyParameter(ws.params(), s);
+    }
+    if (o.suggestFromNoise) {
+        const RecordingSuggestion s = SuggestFromRecording(ws);
+        if (!s.ok) return o.file + ": " + s.problem;
+        ApplySuggestion(ws, s);
+        std::cerr << SuggestionReport(ws, s) << "\n";
+        if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
+        for (const std::string& set : o.sets) ApplyParameter(ws.params(), set);
     }
     return {};
 }

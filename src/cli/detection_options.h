@@ -22,6 +22,8 @@ struct DetectionOptions {
     std::vector<std::string> sets;
     int blocksPerScreen = 0;  // 0: the settings' value
     int suggest = 0;          // 1..3: a Suggest Analysis Parameters entry first
+    std::string method;       // threshold, deconvolution or template; empty: the settings'
+    bool suggestFromNoise = false;  // parameters from the recording's noise and events
 };
 
 // Registers --channel, --settings, --par, --suggest, --set and

@@ -13,6 +13,7 @@ int main(int argc, char** argv) {
     vess::cli::AddScoreCommand(app);
     vess::cli::AddAverageCommand(app);
     vess::cli::AddFitCommand(app);
+    vess::cli::AddCheckCommand(app);
     vess::cli::AddArrayCommand(app);
     vess::cli::AddStatsCommand(app);
     vess::cli::AddHistCommand(app);

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "detection/detector.h"
+#include "detection/method_commands.h"
 #include "detection/texts.h"
 
 namespace vess {
@@ -18,6 +19,7 @@ PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t window
                                  bool tenthThresholds) {
     PointCommandResult result;
     if (!ws.recording) return result;
+    if (UsesFilteringMethod(ws)) return DetectAtPointByMethod(ws, dialogs, windowIndex, tenthThresholds);
     const auto len = Lengths(ws, dialogs);
     if (!len) {
         result.improperParameters = true;

@@ -1,5 +1,6 @@
 #include "detection/screen_commands.h"
 
+#include "detection/method_commands.h"
 #include "detection/texts.h"
 #include "recording/screen.h"
 
@@ -18,6 +19,8 @@ void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
 
 AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
     const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    if (UsesFilteringMethod(ws))
+        return AnalyzeWindowByMethod(screen, ws.params(), MethodRunFor(ws), ws.events, dialogs);
     return AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
 }
 

@@ -1,10 +1,13 @@
 #include "detection/whole_file.h"
 
+#include "detection/method_commands.h"
+
 namespace vess {
 
 WholeFileResult DetectWholeFile(Workspace& ws, Dialogs& dialogs, const ProgressCallback& progress) {
     WholeFileResult result;
     if (!ws.recording) return result;
+    if (UsesFilteringMethod(ws)) return DetectWholeFileByMethod(ws, dialogs, progress);
     ws.screenStartBlock = 0;
     const AnalyzeWindowResult first = AnalyzeCurrentScreen(ws, dialogs);
     if (first.improperParameters) {

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <string>
 
+#include "recording/method_settings.h"
+
 namespace vess {
 
 struct AnalysisParameters {
@@ -42,6 +44,7 @@ struct Settings {
     std::string FilterFreq = "1000";
     // Analysis
     AnalysisParameters analysis;
+    MethodParameters method;
 
     bool operator==(const Settings&) const = default;
 };

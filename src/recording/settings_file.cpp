@@ -56,6 +56,28 @@ void ReadText(const IniFile& ini, std::string_view section, std::string_view key
     if (auto text = ini.Get(section, key, maxChars)) value = *text;
 }
 
+// A time constant or threshold read only when it is positive and within
+// [low, high]; anything else keeps the default.
+void ReadBounded(const IniFile& ini, std::string_view key, double low, double high, double& value) {
+    double parsed = value;
+    ReadNumber(ini, kAnalysis, key, parsed);
+    if (parsed >= low && parsed <= high) value = parsed;
+}
+
+void ReadMethod(const IniFile& ini, MethodParameters& m) {
+    std::string name;
+    ReadText(ini, kAnalysis, "DetectionMethod", name);
+    if (const auto method = ParseMethodName(name)) m.method = *method;
+    ReadBounded(ini, "KernelRiseMs", 0.01, 1000, m.riseTauMs);
+    ReadBounded(ini, "KernelDecayMs", 0.02, 10000, m.decayTauMs);
+    if (m.decayTauMs <= m.riseTauMs) m.decayTauMs = MethodParameters{}.decayTauMs;
+    if (m.decayTauMs <= m.riseTauMs) m.riseTauMs = MethodParameters{}.riseTauMs;
+    ReadBounded(ini, "DeconvolutionThreshold", 0.5, 100, m.deconvolutionThreshold);
+    ReadBounded(ini, "TemplateThreshold", 0.5, 100, m.templateThreshold);
+    ReadBounded(ini, "LowPassMs", 0.01, 100, m.lowPassMs);
+    ReadBounded(ini, "MinimumSeparationMs", 0, 1000, m.minSeparationMs);
+}
+
 std::string Bool(bool b) { return b ? "True" : "False"; }
 template <class T>
 std::string Num(T v) { return fmt::format("{}", v); }
@@ -89,6 +111,7 @@ Settings SettingsFromIni(const IniFile& ini) {
     ReadBool(ini, kAnalysis, "ComplexPeak", a.ComplexPeak);
     ReadNumber(ini, kAnalysis, "NumberPointsPeak", a.NumberPointsPeak);
     if (a.NumberPointsPeak < 1) a.NumberPointsPeak = 1;
+    ReadMethod(ini, s.method);
     return s;
 }
 
@@ -121,6 +144,14 @@ void SettingsToIni(const Settings& s, IniFile& ini) {
     ini.Set(kAnalysis, "AreaThreshold!", Num(a.AreaThreshold));
     ini.Set(kAnalysis, "ComplexPeak", Bool(a.ComplexPeak));
     ini.Set(kAnalysis, "NumberPointsPeak", Num(a.NumberPointsPeak));
+    const MethodParameters& m = s.method;
+    ini.Set(kAnalysis, "DetectionMethod", std::string(MethodName(m.method)));
+    ini.Set(kAnalysis, "KernelRiseMs", Num(m.riseTauMs));
+    ini.Set(kAnalysis, "KernelDecayMs", Num(m.decayTauMs));
+    ini.Set(kAnalysis, "DeconvolutionThreshold", Num(m.deconvolutionThreshold));
+    ini.Set(kAnalysis, "TemplateThreshold", Num(m.templateThreshold));
+    ini.Set(kAnalysis, "LowPassMs", Num(m.lowPassMs));
+    ini.Set(kAnalysis, "MinimumSeparationMs", Num(m.minSeparationMs));
 }
 
 std::string SaveIniSettings(const std::filesystem::path& path, const Settings& settings) {

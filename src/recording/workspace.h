@@ -5,7 +5,9 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <string>
 
 #include "recording/data_array.h"
 #include "recording/event_table.h"
@@ -26,6 +28,9 @@ struct Workspace {
     int32_t selectedEvent = 0;              // 1-based; 0 when none
     DataArray array1;                       // "Array #1"
     DataArray array2;                       // "Array #2"
+    // Values measured once over the whole recording (such as the noise of
+    // a filtered trace), keyed by what they were measured on and with.
+    std::map<std::string, double> measuredOnce;
 
     // Work array 1 or 2 (any other number gives array 2).
     DataArray& Array(int number) { return number == 1 ? array1 : array2; }

@@ -1,0 +1,211 @@
+#include "detection/accuracy_check.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include "detection/event_kernel.h"
+#include "detection/suggest_from_recording.h"
+#include "detection/whole_file.h"
+#include "recording/abf_writer.h"
+#include "recording/rounding.h"
+#include "recording/scripted_dialogs.h"
+
+namespace vess {
+namespace {
+
+struct Added {
+    int64_t onset;
+    double amplitudeCounts;
+};
+
+// A recording in memory holding samples with the channel's units and scaling.
+std::unique_ptr<Recording> InMemory(const Recording& rec, const std::vector<int16_t>& samples) {
+    AbfWriteSpec spec;
+    spec.intervalUs = rec.IntervalUs();
+    spec.adcRange = rec.Header().adcRange;
+    spec.adcResolution = rec.Header().adcResolution;
+    AbfChannelSpec ch;
+    ch.units = rec.Units();
+    ch.programmableGain = 1;
+    ch.signalGain = 1;
+    ch.instrumentScaleFactor = rec.Gain();
+    ch.signalOffset = rec.Offset();
+    spec.channels = {ch};
+    std::vector<uint8_t> bytes = BuildAbfHeader(spec, int64_t(samples.size()));
+    const std::size_t at = bytes.size();
+    bytes.resize(at + 2 * samples.size());
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const uint16_t v = uint16_t(samples[i]);
+        bytes[at + 2 * i] = uint8_t(v & 0xFF);
+        bytes[at + 2 * i + 1] = uint8_t(v >> 8);
+    }
+    AbfError error = AbfError::None;
+    return Recording::FromBytes(std::move(bytes), rec.Path().filename(), &error);
+}
+
+std::vector<double> DetectedPeaks(const Workspace& base, std::unique_ptr<Recording> copy) {
+    Workspace ws;
+    ws.settings = base.settings;
+    ws.recording = std::move(copy);
+    ScriptedDialogs quiet;
+    DetectWholeFile(ws, quiet);
+    std::vector<double> peaks;
+    for (const EventRecord& e : ws.events.Records()) peaks.push_back(double(e.sampleIndex));
+    return peaks;
+}
+
+std::vector<Added> PlaceEvents(int64_t points, int64_t spacing, int count, double low, double high,
+                               uint64_t seed) {
+    std::mt19937_64 rng(seed);
+    auto uniform = [&] { return double(rng() >> 11) * (1.0 / 9007199254740992.0); };
+    std::vector<Added> out;
+    // Slots of the spacing, in random order; an event lies at a random point
+    // of the first half of its slot, so two never come closer than half of it.
+    const int64_t slots = (points - 2 * spacing) / spacing;
+    std::vector<int64_t> order;
+    for (int64_t s = 0; s < slots; ++s) order.push_back(s);
+    for (int64_t i = int64_t(order.size()) - 1; i > 0; --i)
+        std::swap(order[std::size_t(i)], order[std::size_t(rng() % uint64_t(i + 1))]);
+    for (int k = 0; k < count && k < int(order.size()); ++k) {
+        const int64_t onset = spacing + order[std::size_t(k)] * spacing +
+                              int64_t(uniform() * double(spacing / 2));
+        const double amp = low * std::pow(high / low, uniform());
+        out.push_back({onset, amp});
+    }
+    std::sort(out.begin(), out.end(), [](const Added& a, const Added& b) { return a.onset < b.onset; });
+    return out;
+}
+
+}  // namespace
+
+AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o) {
+    AccuracyReport r;
+    if (!ws.recording) {
+        r.problem = "no recording is open";
+        return r;
+    }
+    const Recording& rec = *ws.recording;
+    const double intervalUs = rec.IntervalUs();
+    const int64_t n = std::min<int64_t>(rec.PointsPerChannel(), int64_t(o.maxSeconds * 1e6 / intervalUs));
+    const MethodParameters& m = ws.settings.method;
+    const EventKernel kernel{m.riseTauMs, m.decayTauMs};
+    // Events are spaced by the kernel's peak time and three decay constants.
+    const int64_t spacing = std::max<int64_t>(
+        int64_t((KernelPeakMs(kernel) + 3 * kernel.decayTauMs) * 1000 / intervalUs), 8);
+    if (n < 4 * spacing) {
+        r.problem = "the recording is too short for the check";
+        return r;
+    }
+    std::vector<int16_t> x(static_cast<std::size_t>(n));
+    rec.ReadSamples(0, x);
+    const double countUnits = std::abs(double(rec.Bit2pA2(1)));
+    const double sdCounts = RecordingNoiseSdCounts(x, intervalUs, {}, kernel.decayTauMs);
+    r.noiseSdUnits = sdCounts * countUnits;
+    r.units = rec.Units();
+    r.seconds = double(n) * intervalUs / 1e6;
+    const int dir = ws.params().PeakDirection > 0 ? 1 : -1;
+    const std::vector<Added> added =
+        PlaceEvents(n, spacing, o.events, o.lowSds * sdCounts, o.highSds * sdCounts, o.seed);
+    std::vector<int16_t> copy = x;
+    const int64_t length = 2 * spacing;
+    const std::vector<double> shape = KernelSamples(kernel, intervalUs, length);
+    for (const Added& a : added)
+        for (int64_t i = 0; i < length && a.onset + i < n; ++i) {
+            const std::size_t at = std::size_t(a.onset + i);
+            copy[at] = Clamp16(RoundEven(copy[at] + dir * a.amplitudeCounts * shape[std::size_t(i)]));
+        }
+    const std::vector<double> before = DetectedPeaks(ws, InMemory(rec, x));
+    const std::vector<double> after = DetectedPeaks(ws, InMemory(rec, copy));
+    r.originalEvents = int(before.size());
+    r.added = int(added.size());
+    // Bins evenly on the logarithmic amplitude scale.
+    const int bins = std::max(o.bins, 1);
+    const double low = o.lowSds * sdCounts, high = o.highSds * sdCounts;
+    auto binOf = [&](double counts) {
+        const double f = std::log(counts / low) / std::log(high / low);
+        return std::clamp(int(std::floor(f * bins)), 0, bins - 1);
+    };
+    r.bins.resize(std::size_t(bins));
+    for (int b = 0; b < bins; ++b) {
+        r.bins[std::size_t(b)].lowUnits = low * std::pow(high / low, double(b) / bins) * countUnits;
+        r.bins[std::size_t(b)].highUnits = low * std::pow(high / low, double(b + 1) / bins) * countUnits;
+    }
+    const int64_t match = int64_t(o.matchMs * 1000 / intervalUs);
+    std::vector<bool> used(after.size(), false);
+    for (const Added& a : added) {
+        AccuracyBin& bin = r.bins[std::size_t(binOf(a.amplitudeCounts))];
+        ++bin.added;
+        for (std::size_t k = 0; k < after.size(); ++k) {
+            if (used[k] || after[k] < double(a.onset) || after[k] > double(a.onset + match)) continue;
+            used[k] = true;
+            ++bin.found;
+            ++r.found;
+            break;
+        }
+    }
+    // A detection of the copy that is neither an added event nor one of the
+    // unchanged stretch (within a millisecond) is a false one.
+    const double near = 1000 / intervalUs;
+    for (std::size_t k = 0; k < after.size(); ++k) {
+        if (used[k]) continue;
+        const bool original = std::any_of(before.begin(), before.end(),
+                                          [&](double b) { return std::abs(b - after[k]) <= near; });
+        if (original) continue;
+        ++r.falsePositives;
+        // Binned by the size of the added event nearest before it, when any.
+        const auto next = std::upper_bound(added.begin(), added.end(), after[k],
+                                           [](double t, const Added& a) { return t < double(a.onset); });
+        if (next != added.begin()) ++r.bins[std::size_t(binOf(std::prev(next)->amplitudeCounts))].falsePositives;
+    }
+    for (const AccuracyBin& b : r.bins)
+        if (b.added > 0 && b.Recall() >= 0.9) {
+            r.recall90Units = b.lowUnits;
+            break;
+        }
+    r.ok = true;
+    return r;
+}
+
+std::string AccuracyTable(const AccuracyReport& r) {
+    std::string out = fmt::format(
+        "{:.1f} s checked, noise SD {:.4g} {}; {} events added, {} found (recall {:.3f}); {} false "
+        "detections; {} detections in the unchanged stretch\n",
+        r.seconds, r.noiseSdUnits, r.units, r.added, r.found,
+        r.added > 0 ? double(r.found) / r.added : 0.0, r.falsePositives, r.originalEvents);
+    out += fmt::format("{:>12} {:>12} {:>7} {:>7} {:>8} {:>7}\n", "from " + r.units, "to " + r.units,
+                       "added", "found", "recall", "false");
+    for (const AccuracyBin& b : r.bins)
+        out += fmt::format("{:>12.4g} {:>12.4g} {:>7} {:>7} {:>8.3f} {:>7}\n", b.lowUnits, b.highUnits,
+                           b.added, b.found, b.Recall(), b.falsePositives);
+    out += r.recall90Units ? fmt::format("Recall reaches 90 % from {:.4g} {}\n", *r.recall90Units, r.units)
+                           : std::string("Recall stays below 90 %\n");
+    return out;
+}
+
+PlotData AccuracyPlot(const AccuracyReport& r) {
+    PlotData plot;
+    plot.title = "Detection accuracy";
+    plot.xAxis = "Amplitude (" + r.units + ")";
+    plot.yAxis = "Recall";
+    PlotSeries recall;
+    recall.kind = SeriesKind::Lines;
+    recall.legend = "recall";
+    for (const AccuracyBin& b : r.bins) {
+        recall.x.push_back(std::sqrt(b.lowUnits * b.highUnits));
+        recall.y.push_back(b.Recall());
+    }
+    PlotSeries falseShare;
+    falseShare.kind = SeriesKind::Scatter;
+    falseShare.legend = "false detections per added event";
+    for (const AccuracyBin& b : r.bins) {
+        falseShare.x.push_back(std::sqrt(b.lowUnits * b.highUnits));
+        falseShare.y.push_back(b.added > 0 ? double(b.falsePositives) / b.added : 0.0);
+    }
+    plot.series = {recall, falseShare};
+    return plot;
+}
+
+}  // namespace vess

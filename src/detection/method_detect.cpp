@@ -1,0 +1,138 @@
+#include "detection/method_detect.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "recording/rounding.h"
+
+namespace vess {
+namespace {
+
+
+}  // namespace
+
+MethodRun::MethodRun(const MethodParameters& p, double intervalUs, int direction, NoiseLevel n)
+    : params(p), filter(p, intervalUs, direction), noise(n) {
+    const double dtMs = intervalUs / 1000.0;
+    const bool deconvolution = p.method != DetectionMethod::Template;
+    threshold = deconvolution ? p.deconvolutionThreshold : p.templateThreshold;
+    minSeparationPoints = std::max<int64_t>(int64_t(std::lround(p.minSeparationMs / dtMs)), 1);
+    const EventKernel k{p.riseTauMs, p.decayTauMs};
+    if (!deconvolution) {
+        // The fitted scale stays significant for a while after an event: the
+        // template's criterion gives one event per rise and decay.
+        minSeparationPoints = std::max<int64_t>(
+            minSeparationPoints, int64_t(std::lround((KernelPeakMs(k) + k.decayTauMs) / dtMs)));
+        dipFraction = 0;
+    }
+    // The smoothing moves a crossing up to about two of its SDs before the
+    // onset; the peak follows the onset by the kernel's peak time.
+    const double peakMs = 3 * KernelPeakMs(k) + (deconvolution ? 2 * p.lowPassMs : 0);
+    peakWindowPoints = std::max<int64_t>(int64_t(std::lround(peakMs / dtMs)), 2);
+    lookPoints = std::max<int64_t>(int64_t(std::lround((30 + 4 * p.lowPassMs) / dtMs)),
+                                   4 * minSeparationPoints);
+}
+
+MethodRun PrepareMethodRun(const MethodParameters& params, const Recording& rec, int direction) {
+    MethodRun run(params, rec.IntervalUs(), direction, {});
+    if (params.method == DetectionMethod::Template) run.noise = {0, 1};
+    else run.noise = CriterionNoise(run.filter, rec);
+    return run;
+}
+
+std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double threshold,
+                                     int64_t minSeparationPoints, double dipFraction) {
+    std::vector<int64_t> points;
+    const int64_t n = int64_t(z.size());
+    int64_t lastPeak = -1;          // index of the current event's highest point
+    double lastPeakValue = 0;
+    double dip = INFINITY;          // lowest value since lastPeak
+    int64_t dipIndex = -1;
+    int64_t i = 0;
+    // A run that is above the threshold at the first point began before z:
+    // its crossing belongs to the stretch before.
+    while (i < n && z[std::size_t(i)] > threshold) ++i;
+    for (; i < n; ++i) {
+        const double v = z[std::size_t(i)];
+        if (lastPeak >= 0 && v < dip) {
+            dip = v;
+            dipIndex = i;
+        }
+        if (!(v > threshold)) continue;
+        const bool localMax = (i + 1 >= n || v > z[std::size_t(i + 1)]) && v >= z[std::size_t(i - 1)];
+        const bool crossing = !(z[std::size_t(i - 1)] > threshold);
+        if (lastPeak < 0) {
+            if (crossing) {
+                points.push_back(i);
+                lastPeak = i;
+                lastPeakValue = v;
+                dip = INFINITY;
+            }
+            continue;
+        }
+        if (!localMax) continue;
+        const bool clearDip = dip < dipFraction * std::min(lastPeakValue, v);
+        const bool belowAndApart = dip <= threshold && i - lastPeak >= minSeparationPoints;
+        if (clearDip || belowAndApart) {
+            // The new event begins where the trace left the dip: its
+            // crossing when it fell below the threshold, else the dip.
+            int64_t onset = dipIndex;
+            if (dip <= threshold) {
+                onset = dipIndex;
+                while (onset + 1 < i && !(z[std::size_t(onset + 1)] > threshold)) ++onset;
+                ++onset;
+            }
+            points.push_back(onset);
+            lastPeak = i;
+            lastPeakValue = v;
+            dip = INFINITY;
+        } else if (v > lastPeakValue) {
+            lastPeak = i;
+            lastPeakValue = v;
+            dip = INFINITY;
+        }
+    }
+    return points;
+}
+
+std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, int64_t first,
+                                    int64_t count) {
+    const int64_t look = run.lookPoints;
+    const int64_t from = first - look;
+    const std::vector<double> c = run.filter.Compute(rec, from, count + 2 * look);
+    std::vector<double> z(c.size());
+    for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
+    std::vector<int64_t> out;
+    for (const int64_t p : DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction)) {
+        const int64_t at = from + p;
+        if (at < first) continue;
+        if (at >= first + count) {
+            if (at < first + count + run.FollowPoints()) out.push_back(at);
+            break;
+        }
+        out.push_back(at);
+    }
+    return out;
+}
+
+std::optional<MeasuredEvent> MeasureDetection(const Detector& det, const MethodRun& run,
+                                              int64_t onset, int64_t limit) {
+    const DetectionLengths& len = det.Lengths();
+    const int64_t end = std::min(limit, onset + run.peakWindowPoints);
+    const PeakPoint peak = det.FindMax(onset, int32_t(std::max<int64_t>(end - onset, 1)));
+    MeasuredEvent e;
+    const int64_t baseStart = onset - len.baseLen;
+    if (baseStart < det.Span().first || peak.index < onset) return std::nullopt;
+    e.peak = peak.index;
+    e.value = peak.value;
+    e.baseline = det.FindBaseline(baseStart, len.baseLen);
+    if (!(det.Direction() * int32_t(e.value) > det.Direction() * int32_t(e.baseline)))
+        return std::nullopt;
+    e.amplitudeCounts = std::abs(int32_t(e.value) - int32_t(e.baseline));
+    e.amplitudeUnits = det.AmplitudeUnits(e.amplitudeCounts);
+    e.baselineMiddle = baseStart + RoundEven(len.baseLen / 2.0);
+    det.WalkExtent(e, baseStart, limit > onset ? limit : std::numeric_limits<int64_t>::max());
+    return e;
+}
+
+}  // namespace vess

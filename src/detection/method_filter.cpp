@@ -1,0 +1,197 @@
+#include "detection/method_filter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vess {
+namespace {
+
+constexpr double kRunningMeanMs = 50;
+
+std::vector<double> GaussianTaps(double sdPoints) {
+    if (!(sdPoints > 0.3)) return {1.0};
+    const int64_t half = int64_t(std::ceil(4 * sdPoints));
+    std::vector<double> g(std::size_t(2 * half + 1));
+    double sum = 0;
+    for (int64_t k = -half; k <= half; ++k) {
+        const double v = std::exp(-0.5 * (k / sdPoints) * (k / sdPoints));
+        g[std::size_t(k + half)] = v;
+        sum += v;
+    }
+    for (double& v : g) v /= sum;
+    return g;
+}
+
+// The inverse of the sampled kernel p^n - q^n (p for the decay, q for the
+// rise): a[n] = (x[n+1] - (p+q) x[n] + pq x[n-1]) / (p - q), as taps on
+// x[n+1], x[n], x[n-1] (centre 1).
+std::vector<double> InverseKernelTaps(const EventKernel& k, double intervalUs) {
+    const double dtMs = intervalUs / 1000.0;
+    const double p = std::exp(-dtMs / k.decayTauMs), q = std::exp(-dtMs / k.riseTauMs);
+    const double s = 1.0 / (p - q);
+    return {s, -(p + q) * s, p * q * s};
+}
+
+std::vector<double> Convolve(const std::vector<double>& a, const std::vector<double>& b) {
+    std::vector<double> out(a.size() + b.size() - 1, 0.0);
+    for (std::size_t i = 0; i < a.size(); ++i)
+        for (std::size_t j = 0; j < b.size(); ++j) out[i + j] += a[i] * b[j];
+    return out;
+}
+
+}  // namespace
+
+MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, int direction)
+    : method_(params.method), direction_(direction > 0 ? 1 : -1) {
+    const EventKernel kernel{params.riseTauMs, params.decayTauMs};
+    const double dtMs = intervalUs / 1000.0;
+    if (method_ == DetectionMethod::Template) {
+        templatePoints_ = std::max<int64_t>(
+            int64_t(std::lround((KernelPeakMs(kernel) + 1.5 * kernel.decayTauMs) / dtMs)), 4);
+        template_ = KernelSamples(kernel, intervalUs, templatePoints_);
+        std::vector<double> reversed(template_.rbegin(), template_.rend());
+        convolver_ = std::make_unique<FftConvolver>(reversed, templatePoints_ - 1);
+        margin_ = templatePoints_;
+    } else {
+        const std::vector<double> g = GaussianTaps(params.lowPassMs / dtMs);
+        const std::vector<double> taps = Convolve(InverseKernelTaps(kernel, intervalUs), g);
+        convolver_ = std::make_unique<FftConvolver>(taps, int64_t(g.size() / 2) + 1);
+        meanHalf_ = std::max<int64_t>(int64_t(std::lround(kRunningMeanMs / 2 / dtMs)), 1);
+        margin_ = meanHalf_ + int64_t(taps.size());
+    }
+}
+
+std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count) const {
+    const int64_t before = convolver_->ReachBefore() + meanHalf_;
+    const int64_t after = convolver_->ReachAfter() + meanHalf_;
+    std::vector<int16_t> raw(std::size_t(count + before + after));
+    rec.ReadSamples(first - before, raw);
+    std::vector<double> x(raw.begin(), raw.end());
+    return FromSamples(x, count);
+}
+
+std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
+                                          int64_t count) const {
+    const int64_t before = convolver_->ReachBefore() + meanHalf_;
+    const int64_t after = convolver_->ReachAfter() + meanHalf_;
+    std::vector<double> x(std::size_t(count + before + after));
+    const int64_t last = int64_t(signal.size()) - 1;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const int64_t at = std::clamp<int64_t>(first - before + int64_t(i), 0, std::max<int64_t>(last, 0));
+        x[i] = signal.empty() ? 0.0 : signal[std::size_t(at)];
+    }
+    return FromSamples(x, count);
+}
+
+std::vector<double> MethodFilter::FromSamples(const std::vector<double>& x, int64_t count) const {
+    std::vector<double> filtered;
+    convolver_->Filter(x, filtered);
+    std::vector<double> out(std::size_t(std::max<int64_t>(count, 0)));
+    if (method_ == DetectionMethod::Template) {
+        // Least-squares scale and offset of the template on x[i .. i+N-1].
+        const int64_t n = templatePoints_;
+        double sT = 0, sTT = 0;
+        for (double t : template_) {
+            sT += t;
+            sTT += t * t;
+        }
+        const double denom = sTT - sT * sT / double(n);
+        double sY = 0, sYY = 0;
+        for (int64_t k = 0; k < n; ++k) {
+            sY += x[std::size_t(k)];
+            sYY += x[std::size_t(k)] * x[std::size_t(k)];
+        }
+        for (int64_t i = 0; i < count; ++i) {
+            if (i > 0) {
+                const double gone = x[std::size_t(i - 1)], come = x[std::size_t(i + n - 1)];
+                sY += come - gone;
+                sYY += come * come - gone * gone;
+            }
+            const double sTY = filtered[std::size_t(i)];
+            const double scale = (sTY - sT * sY / double(n)) / denom;
+            const double offset = (sY - scale * sT) / double(n);
+            const double sse = sYY + scale * scale * sTT + double(n) * offset * offset -
+                               2 * (scale * sTY + offset * sY - scale * offset * sT);
+            const double se = std::sqrt(std::max(sse, 1e-12) / double(n - 1));
+            out[std::size_t(i)] = direction_ * scale / se;
+        }
+        return out;
+    }
+    // Running mean over 2 meanHalf + 1 points of the deconvolved trace.
+    std::vector<double> prefix(filtered.size() + 1, 0.0);
+    for (std::size_t i = 0; i < filtered.size(); ++i) prefix[i + 1] = prefix[i] + filtered[i];
+    const int64_t w = 2 * meanHalf_ + 1;
+    for (int64_t i = 0; i < count; ++i) {
+        const std::size_t c = std::size_t(i + meanHalf_);
+        const double mean = (prefix[std::size_t(i + w)] - prefix[std::size_t(i)]) / double(w);
+        out[std::size_t(i)] = direction_ * (filtered[c] - mean);
+    }
+    return out;
+}
+
+NoiseLevel RobustNoise(std::vector<double> v) {
+    NoiseLevel level;
+    v.erase(std::remove_if(v.begin(), v.end(), [](double d) { return !std::isfinite(d); }), v.end());
+    if (v.size() < 16) return level;
+    auto median = [](std::vector<double>& a) {
+        std::nth_element(a.begin(), a.begin() + long(a.size() / 2), a.end());
+        return a[a.size() / 2];
+    };
+    const double med = median(v);
+    std::vector<double> dev(v.size());
+    for (std::size_t i = 0; i < v.size(); ++i) dev[i] = std::abs(v[i] - med);
+    const double mad = 1.4826 * median(dev);
+    if (!(mad > 0)) return {med, 1e-12};
+    constexpr int kBins = 101;
+    const double lo = med - 3 * mad, width = 6 * mad / kBins;
+    std::vector<double> counts(kBins, 0.0);
+    for (double d : v) {
+        const double b = (d - lo) / width;
+        if (b >= 0 && b < kBins) counts[std::size_t(b)] += 1;
+    }
+    const double fullest = *std::max_element(counts.begin(), counts.end());
+    // Weighted least squares of ln(count) = a + b x + c x^2 (x in MADs).
+    double s[5] = {0, 0, 0, 0, 0}, r[3] = {0, 0, 0};
+    for (int i = 0; i < kBins; ++i) {
+        if (counts[std::size_t(i)] < fullest / 5) continue;
+        const double x = (lo + (i + 0.5) * width - med) / mad;
+        const double y = std::log(counts[std::size_t(i)]);
+        const double w = counts[std::size_t(i)];
+        double p = w;
+        for (int k = 0; k < 5; ++k, p *= x) s[k] += p;
+        r[0] += w * y;
+        r[1] += w * y * x;
+        r[2] += w * y * x * x;
+    }
+    // Solve the 3x3 normal equations by Cramer's rule.
+    auto det3 = [](double a, double b, double c, double d, double e, double f, double g, double h,
+                   double i) { return a * (e * i - f * h) - b * (d * i - f * g) + c * (d * h - e * g); };
+    const double d = det3(s[0], s[1], s[2], s[1], s[2], s[3], s[2], s[3], s[4]);
+    if (!(std::abs(d) > 0)) return {med, mad};
+    const double b = det3(s[0], r[0], s[2], s[1], r[1], s[3], s[2], r[2], s[4]) / d;
+    const double c = det3(s[0], s[1], r[0], s[1], s[2], r[1], s[2], s[3], r[2]) / d;
+    if (!(c < 0)) return {med, mad};
+    level.sd = mad * std::sqrt(-1 / (2 * c));
+    level.centre = med + mad * (-b / (2 * c));
+    return level;
+}
+
+NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec) {
+    const int64_t points = rec.PointsPerChannel();
+    const int64_t twoMinutes = int64_t(120e6 / rec.IntervalUs());
+    std::vector<double> values;
+    if (points <= twoMinutes) {
+        values = filter.Compute(rec, 0, points);
+    } else {
+        const int64_t stretch = int64_t(3e6 / rec.IntervalUs());
+        constexpr int kStretches = 40;
+        for (int s = 0; s < kStretches; ++s) {
+            const int64_t first = (points - stretch) * s / (kStretches - 1);
+            const std::vector<double> part = filter.Compute(rec, first, stretch);
+            values.insert(values.end(), part.begin(), part.end());
+        }
+    }
+    return RobustNoise(std::move(values));
+}
+
+}  // namespace vess

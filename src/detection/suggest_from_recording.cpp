@@ -1,0 +1,224 @@
+#include "detection/suggest_from_recording.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "detection/detector.h"
+#include "detection/event_kernel.h"
+#include "detection/method_detect.h"
+#include "detection/method_texts.h"
+
+namespace vess {
+namespace {
+
+// The first pass keeps only detections this many SDs above the noise.
+constexpr double kClearThreshold = 6;
+constexpr int kMaxKernelEvents = 40;
+constexpr double kAmplitudeSds = 4;
+
+struct Candidate {
+    int64_t onset;
+    double amplitude;  // counts, in the event direction
+};
+
+// Clear events of a first pass with the given kernel: onset, and amplitude
+// over the mean of the millisecond before the onset.
+std::vector<Candidate> ClearEvents(const MethodParameters& params, const std::vector<int16_t>& x,
+                                   double intervalUs, int dir, double isolationMs) {
+    MethodRun run(params, intervalUs, dir, {});
+    const std::vector<double> c = run.filter.Compute(x, 0, int64_t(x.size()));
+    run.noise = RobustNoise(c);
+    std::vector<double> z(c.size());
+    for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
+    const std::vector<int64_t> points = DetectionPoints(z, kClearThreshold, run.minSeparationPoints, run.dipFraction);
+    const int64_t lead = std::max<int64_t>(int64_t(1000 / intervalUs), 2);
+    const int64_t isolation = int64_t(isolationMs * 1000 / intervalUs);
+    std::vector<Candidate> out;
+    for (std::size_t k = 0; k < points.size(); ++k) {
+        const int64_t onset = points[k];
+        if (onset - lead < 0 || onset + isolation >= int64_t(x.size())) continue;
+        if (k + 1 < points.size() && points[k + 1] - onset < isolation) continue;
+        if (k > 0 && onset - points[k - 1] < isolation / 2) continue;
+        double base = 0;
+        for (int64_t i = onset - lead; i < onset; ++i) base += x[std::size_t(i)];
+        base /= double(lead);
+        double best = 0;
+        for (int64_t i = onset; i < onset + run.peakWindowPoints && i < int64_t(x.size()); ++i)
+            best = std::max(best, dir * (x[std::size_t(i)] - base));
+        out.push_back({onset, best});
+    }
+    std::sort(out.begin(), out.end(), [](const Candidate& a, const Candidate& b) {
+        return a.amplitude > b.amplitude;
+    });
+    if (out.size() > std::size_t(kMaxKernelEvents)) out.resize(kMaxKernelEvents);
+    return out;
+}
+
+// Average of the candidates from 1 ms before the onset, in the event direction.
+std::vector<double> AverageAt(const std::vector<Candidate>& events, const std::vector<int16_t>& x,
+                              int64_t lead, int64_t length, int dir) {
+    std::vector<double> sum(std::size_t(length), 0.0);
+    int n = 0;
+    for (const Candidate& c : events) {
+        const int64_t first = c.onset - lead;
+        if (first < 0 || first + length > int64_t(x.size())) continue;
+        double base = 0;
+        for (int64_t i = 0; i < lead; ++i) base += x[std::size_t(first + i)];
+        base /= double(std::max<int64_t>(lead, 1));
+        for (int64_t i = 0; i < length; ++i) sum[std::size_t(i)] += dir * (x[std::size_t(first + i)] - base);
+        ++n;
+    }
+    for (double& v : sum) v /= std::max(n, 1);
+    return sum;
+}
+
+}  // namespace
+
+double RecordingNoiseSdCounts(const std::vector<int16_t>& x, double intervalUs,
+                              const std::vector<int64_t>& onsets, double decayMs) {
+    const int64_t half = std::max<int64_t>(int64_t(25000 / intervalUs), 1);
+    std::vector<double> prefix(x.size() + 1, 0.0);
+    for (std::size_t i = 0; i < x.size(); ++i) prefix[i + 1] = prefix[i] + x[i];
+    std::vector<bool> inEvent(x.size(), false);
+    const int64_t before = int64_t(1000 / intervalUs), after = int64_t(5 * decayMs * 1000 / intervalUs);
+    for (int64_t o : onsets)
+        for (int64_t i = std::max<int64_t>(o - before, 0); i < std::min<int64_t>(o + after, int64_t(x.size())); ++i)
+            inEvent[std::size_t(i)] = true;
+    std::vector<double> values;
+    for (int64_t i = half; i + half < int64_t(x.size()); ++i) {
+        if (inEvent[std::size_t(i)]) continue;
+        const double mean = (prefix[std::size_t(i + half + 1)] - prefix[std::size_t(i - half)]) / double(2 * half + 1);
+        values.push_back(x[std::size_t(i)] - mean);
+    }
+    return RobustNoise(std::move(values)).sd;
+}
+
+RecordingSuggestion SuggestFromRecording(Workspace& ws) {
+    RecordingSuggestion s;
+    if (!ws.recording) {
+        s.problem = "no recording is open";
+        return s;
+    }
+    const Recording& rec = *ws.recording;
+    const double intervalUs = rec.IntervalUs();
+    const int dir = NormalizedDirection(ws.params().PeakDirection);
+    const int64_t n = std::min<int64_t>(rec.PointsPerChannel(), int64_t(120e6 / intervalUs));
+    std::vector<int16_t> x(std::size_t(std::max<int64_t>(n, 0)));
+    rec.ReadSamples(0, x);
+    if (n < int64_t(200000 / intervalUs)) {
+        s.problem = "the recording is shorter than 0.2 s";
+        return s;
+    }
+    MethodParameters params = ws.settings.method;
+    params.method = DetectionMethod::Deconvolution;
+    std::vector<Candidate> clear;
+    // Twice: the kernel found with the first pass's events sharpens the second.
+    for (int pass = 0; pass < 2; ++pass) {
+        clear = ClearEvents(params, x, intervalUs, dir, 2 * params.decayTauMs);
+        if (clear.size() < 3) break;
+        const int64_t lead = std::max<int64_t>(int64_t(1000 / intervalUs), 2);
+        const int64_t length = int64_t((KernelPeakMs({params.riseTauMs, params.decayTauMs}) +
+                                        5 * params.decayTauMs) * 1000 / intervalUs);
+        const std::vector<double> avg = AverageAt(clear, x, lead, lead + length, dir);
+        const KernelFit fit = FitKernel(avg, intervalUs);
+        if (!fit.ok) break;
+        params.riseTauMs = fit.kernel.riseTauMs;
+        params.decayTauMs = fit.kernel.decayTauMs;
+    }
+    s.eventsUsed = int(clear.size());
+    std::vector<int64_t> onsets;
+    for (const Candidate& c : clear) onsets.push_back(c.onset);
+    s.noiseSdCounts = RecordingNoiseSdCounts(x, intervalUs, onsets, params.decayTauMs);
+    if (!(s.noiseSdCounts > 0)) s.noiseSdCounts = 1;
+    s.noiseSdUnits = std::abs(double(rec.Bit2pA2(1))) * s.noiseSdCounts;
+    s.riseTauMs = params.riseTauMs;
+    s.decayTauMs = params.decayTauMs;
+    s.thresholdAmplitude = float(kAmplitudeSds * s.noiseSdUnits);
+    // The area of an event of threshold amplitude and the kernel's shape is
+    // amplitude x (decay - rise) / (kernel peak value).
+    const EventKernel k{s.riseTauMs, s.decayTauMs};
+    const double tp = KernelPeakMs(k);
+    const double peak = std::exp(-tp / k.decayTauMs) - std::exp(-tp / k.riseTauMs);
+    s.areaThreshold = float(0.5 * s.thresholdAmplitude * (k.decayTauMs - k.riseTauMs) / peak);
+    s.ok = true;
+    return s;
+}
+
+void ApplySuggestion(Workspace& ws, const RecordingSuggestion& s) {
+    if (!s.ok) return;
+    ws.settings.method.riseTauMs = s.riseTauMs;
+    ws.settings.method.decayTauMs = s.decayTauMs;
+    ws.params().ThresholdAmplitude = s.thresholdAmplitude;
+    ws.params().AreaThreshold = s.areaThreshold;
+}
+
+std::string SuggestionReport(const Workspace& ws, const RecordingSuggestion& s) {
+    const std::string units = ws.recording ? ws.recording->Units() : std::string();
+    return fmt::format(
+        "Noise SD outside events: {:.4g} {} ({:.4g} counts).\n"
+        "Kernel from {} clear events: rise {:.3g} ms, decay {:.3g} ms.\n"
+        "Amplitude threshold {:.4g} {}; area threshold {:.4g} {}*ms.",
+        s.noiseSdUnits, units, s.noiseSdCounts, s.eventsUsed, s.riseTauMs, s.decayTauMs,
+        s.thresholdAmplitude, units, s.areaThreshold, units);
+}
+
+bool SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
+    if (!ws.recording) {
+        dialogs.Message(method_texts::kSuggestCaption, method_texts::kNoRecording);
+        return false;
+    }
+    const RecordingSuggestion s = SuggestFromRecording(ws);
+    if (!s.ok) {
+        dialogs.Message(method_texts::kSuggestCaption, s.problem);
+        return false;
+    }
+    ApplySuggestion(ws, s);
+    dialogs.Message(method_texts::kSuggestCaption, SuggestionReport(ws, s));
+    return true;
+}
+
+std::string UnreachableThresholds(const Workspace& ws) {
+    if (!ws.recording || ws.settings.method.method != DetectionMethod::Threshold) return {};
+    const Recording& rec = *ws.recording;
+    const AnalysisParameters& p = ws.params();
+    const double count = std::abs(double(rec.Bit2pA2(1)));
+    const double range = std::abs(double(rec.Bit2pA2(65535)));
+    const std::string units = rec.Units();
+    if (p.ThresholdAmplitude > range)
+        return fmt::format("The amplitude threshold {:g} {} is larger than the whole range of the "
+                           "channel ({:.4g} {}): no event can reach it.",
+                           p.ThresholdAmplitude, units, range, units);
+    if (p.ThresholdAmplitude > 0 && p.ThresholdAmplitude < count)
+        return fmt::format("The amplitude threshold {:g} {} is less than one count of the channel "
+                           "({:.4g} {}): noise alone reaches it.",
+                           p.ThresholdAmplitude, units, count, units);
+    const auto len = ConvertPeriods(p, rec.IntervalUs());
+    if (len) {
+        const double maxArea =
+            range * double(len->baseOffset + len->decayLen + 2) * rec.IntervalUs() / 1000.0;
+        if (p.AreaThreshold > maxArea)
+            return fmt::format("The area threshold {:g} {}*ms is larger than any event of this "
+                               "channel could have ({:.4g} {}*ms).",
+                               p.AreaThreshold, units, maxArea, units);
+    }
+    return {};
+}
+
+bool CheckThresholdsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
+    const std::string problem = UnreachableThresholds(ws);
+    if (problem.empty()) return true;
+    if (!dialogs.AskYesNo(method_texts::kThresholdsCaption,
+                          problem + "\n" + method_texts::kOfferSuggestion))
+        return false;
+    const RecordingSuggestion s = SuggestFromRecording(ws);
+    if (!s.ok) {
+        dialogs.Message(method_texts::kSuggestCaption, s.problem);
+        return false;
+    }
+    ApplySuggestion(ws, s);
+    return true;
+}
+
+}  // namespace vess

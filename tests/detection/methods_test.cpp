@@ -1,0 +1,277 @@
+// The deconvolution and template detectors on synthetic traces whose events
+// are known: isolated, 2 ms apart, at screen boundaries and on a drifting
+// baseline; screen-by-screen runs against whole-file runs; the suggestion on a
+// channel with an odd unit scale; the accuracy check.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "detection/accuracy_check.h"
+#include "detection/event_kernel.h"
+#include "detection/fft_convolution.h"
+#include "detection/method_detect.h"
+#include "detection/near_duplicates.h"
+#include "detection/screen_commands.h"
+#include "detection/suggest_from_recording.h"
+#include "detection/whole_file.h"
+#include "recording/scripted_dialogs.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+constexpr double kIntervalUs = 50;  // 20 kHz
+const EventKernel kKernel{0.5, 6};
+
+struct Trace {
+    std::vector<int16_t> samples;
+    std::vector<int64_t> onsets;
+};
+
+// White Gaussian noise of SD noiseCounts around -2000 counts, downward events
+// of amplitudeCounts with the kernel's shape, and a linear drift of
+// driftCounts over the whole trace.
+Trace MakeTrace(int64_t points, std::vector<int64_t> onsets, double amplitudeCounts,
+                double noiseCounts, double driftCounts = 0, uint64_t seed = 3) {
+    std::mt19937_64 rng(seed);
+    auto uniform = [&] { return (double(rng() >> 11) + 0.5) * (1.0 / 9007199254740992.0); };
+    std::vector<double> x(static_cast<std::size_t>(points));
+    for (int64_t i = 0; i < points; ++i) {
+        const double g = std::sqrt(-2 * std::log(uniform())) * std::cos(2 * M_PI * uniform());
+        x[std::size_t(i)] = -2000 + noiseCounts * g + driftCounts * double(i) / double(points);
+    }
+    const std::vector<double> shape = KernelSamples(kKernel, kIntervalUs, 2000);
+    for (int64_t o : onsets)
+        for (int64_t i = 0; i < 2000 && o + i < points; ++i)
+            x[std::size_t(o + i)] -= amplitudeCounts * shape[std::size_t(i)];
+    Trace t;
+    t.onsets = std::move(onsets);
+    for (double v : x) t.samples.push_back(int16_t(std::lround(v)));
+    return t;
+}
+
+void Configure(Workspace& ws, DetectionMethod method) {
+    ws.settings.method.method = method;
+    ws.settings.method.riseTauMs = kKernel.riseTauMs;
+    ws.settings.method.decayTauMs = kKernel.decayTauMs;
+    ws.params().PeakDirection = -1;
+    ws.settings.DisplayTotalNumberBlockPerScreen = 4;  // 1024-point screens
+}
+
+// Each onset matched once by a peak 0 to 5 ms after it.
+int Matched(const EventTable& events, const std::vector<int64_t>& onsets) {
+    std::vector<bool> used(std::size_t(events.Count()) + 1, false);
+    int matched = 0;
+    for (int64_t o : onsets)
+        for (int32_t k = 1; k <= events.Count(); ++k) {
+            const int64_t d = int64_t(events[k].sampleIndex) - o;
+            if (!used[std::size_t(k)] && d >= 0 && d <= 100) {
+                used[std::size_t(k)] = true;
+                ++matched;
+                break;
+            }
+        }
+    return matched;
+}
+
+class MethodsTest : public ::testing::Test {
+protected:
+    test::TempDir dir;
+    Workspace Open(const Trace& t, DetectionMethod method, float countsPerUnit = 1) {
+        Workspace ws;
+        ws.recording = test::MakeRecording(dir / "trace.abf", t.samples, kIntervalUs, countsPerUnit);
+        Configure(ws, method);
+        return ws;
+    }
+};
+
+// Isolated events, events near the boundaries of 1024-point screens
+// (10239 = 10 screens less one point) and on a baseline drifting by 3000
+// counts over 6 s: every event is found once, nothing else.
+TEST_F(MethodsTest, IsolatedBoundaryAndDriftingEventsAreFoundOnce) {
+    const std::vector<int64_t> onsets = {5000, 10239, 20480, 30700, 51190, 70000, 90000, 110000};
+    const Trace t = MakeTrace(120000, onsets, 150, 10, 3000);
+    for (DetectionMethod m : {DetectionMethod::Deconvolution, DetectionMethod::Template}) {
+        Workspace ws = Open(t, m);
+        ScriptedDialogs dialogs;
+        DetectWholeFile(ws, dialogs);
+        EXPECT_EQ(Matched(ws.events, onsets), int(onsets.size())) << MethodName(m);
+        EXPECT_EQ(ws.events.Count(), int32_t(onsets.size())) << MethodName(m);
+        for (const EventRecord& e : ws.events.Records()) {
+            // Amplitude 150 counts with noise of SD 10 on one sample.
+            EXPECT_NEAR(e.amplitude, 150, 40) << MethodName(m) << " at " << e.sampleIndex;
+            EXPECT_EQ(e.peakDirection, -1);
+        }
+    }
+}
+
+// Two events 2 ms (40 points) apart are two events to the deconvolution: its
+// trace shows two peaks where the recorded trace shows one rise on another.
+TEST_F(MethodsTest, DeconvolutionSeparatesEventsTwoMillisecondsApart) {
+    const std::vector<int64_t> onsets = {8000, 8040, 30000, 30040};
+    const Trace t = MakeTrace(40000, onsets, 150, 5);
+    Workspace ws = Open(t, DetectionMethod::Deconvolution);
+    ScriptedDialogs dialogs;
+    DetectWholeFile(ws, dialogs);
+    EXPECT_EQ(ws.events.Count(), 4);
+    EXPECT_EQ(Matched(ws.events, onsets), 4);
+}
+
+// Analysing the first screen and then running the non-stop analysis stores
+// exactly the records of the whole-file run: the criterion of a screen is read
+// from the samples around it.
+TEST_F(MethodsTest, ScreenByScreenEqualsWholeFile) {
+    std::vector<int64_t> onsets;
+    for (int64_t o = 3000; o < 78000; o += 1337) onsets.push_back(o);  // crossing many boundaries
+    const Trace t = MakeTrace(80000, onsets, 120, 12);
+    for (DetectionMethod m : {DetectionMethod::Deconvolution, DetectionMethod::Template}) {
+        Workspace whole = Open(t, m);
+        ScriptedDialogs dialogs;
+        DetectWholeFile(whole, dialogs);
+        Workspace screens = Open(t, m);
+        AnalyzeCurrentScreen(screens, dialogs);
+        NonStopAnalysis(screens, dialogs).RunToEnd();
+        ASSERT_GT(whole.events.Count(), 40) << MethodName(m);
+        EXPECT_EQ(screens.events.Records(), whole.events.Records()) << MethodName(m);
+    }
+}
+
+// z as drawn: a peak of 10, a dip to 5 (below 0.7 x 8), a second peak of 8
+// gives two points; a dip to 7 (not below 5.6) and no fall under the
+// threshold gives one.
+TEST(DetectionPoints, TwoPeaksOnlyWithAClearDip) {
+    const std::vector<double> twoPeaks = {0, 0, 5, 10, 6, 5, 6, 8, 4, 0, 0};
+    EXPECT_EQ(DetectionPoints(twoPeaks, 4, 100, 0.7), (std::vector<int64_t>{2, 5}));
+    const std::vector<double> wiggle = {0, 0, 5, 10, 8, 7, 8, 9, 4, 0, 0};
+    EXPECT_EQ(DetectionPoints(wiggle, 4, 100, 0.7), (std::vector<int64_t>{2}));
+    // Two runs above the threshold far enough apart are two events, close
+    // ones (under the minimum separation) one when the dip is shallow.
+    const std::vector<double> runs = {0, 6, 6.5, 4.4, 6, 6.2, 0};
+    EXPECT_EQ(DetectionPoints(runs, 4.5, 2, 0.7).size(), 2u);
+    EXPECT_EQ(DetectionPoints(runs, 4.5, 10, 0.7).size(), 1u);
+}
+
+// The blocks of the FFT give the direct convolution (to rounding), also
+// across the block joins of a long signal.
+TEST(FftConvolver, MatchesDirectConvolution) {
+    std::vector<double> taps(301), x(20000);
+    std::mt19937_64 rng(9);
+    for (double& v : taps) v = double(rng() % 1000) / 1000.0 - 0.5;
+    for (double& v : x) v = double(rng() % 20000) - 10000;
+    const int64_t centre = 120;
+    FftConvolver conv(taps, centre);
+    std::vector<double> out;
+    conv.Filter(x, out);
+    ASSERT_EQ(out.size(), x.size() - taps.size() + 1);
+    for (std::size_t o : {std::size_t(0), std::size_t(4095), std::size_t(9000), out.size() - 1}) {
+        double direct = 0;
+        const int64_t at = int64_t(o) + conv.ReachBefore();
+        for (std::size_t k = 0; k < taps.size(); ++k) direct += taps[k] * x[std::size_t(at - int64_t(k) + centre)];
+        EXPECT_NEAR(out[o], direct, 1e-6 * (1 + std::abs(direct))) << o;
+    }
+}
+
+// The kernel fit gives back the time constants of a noiseless average.
+TEST(EventKernel, FitRecoversTimeConstants) {
+    const EventKernel truth{0.4, 5};
+    std::vector<double> avg(20, 0.0);  // 1 ms before the onset
+    const std::vector<double> shape = KernelSamples(truth, kIntervalUs, 600);
+    for (double v : shape) avg.push_back(30 * v);
+    const KernelFit fit = FitKernel(avg, kIntervalUs);
+    ASSERT_TRUE(fit.ok);
+    EXPECT_NEAR(fit.kernel.riseTauMs, 0.4, 0.04);
+    EXPECT_NEAR(fit.kernel.decayTauMs, 5, 0.5);
+    EXPECT_NEAR(fit.amplitude, 30, 1.5);
+    EXPECT_NEAR(fit.onsetShiftMs, 1.0, 0.1);
+}
+
+// Gaussian noise of SD 3 with a tail of events on one side: the fitted SD
+// stays within a few per cent of 3, where the plain SD does not.
+TEST(RobustNoise, IgnoresOneSidedEvents) {
+    std::mt19937_64 rng(4);
+    std::normal_distribution<double> g(10, 3);
+    std::vector<double> v;
+    for (int i = 0; i < 50000; ++i) v.push_back(g(rng));
+    for (int i = 0; i < 3000; ++i) v.push_back(10 + 10 + double(i % 40));
+    const NoiseLevel n = RobustNoise(v);
+    EXPECT_NEAR(n.sd, 3, 0.15);
+    EXPECT_NEAR(n.centre, 10, 0.15);
+}
+
+// One count is 1e-11 of the unit: the default thresholds (5 units, area 50)
+// lie beyond the channel's whole range, detection says so, and the suggestion
+// sets thresholds in the channel's units from its noise (SD 10 counts, so 4
+// SDs are 4e-10) after which the threshold detection finds the events.
+TEST_F(MethodsTest, SuggestionOnAChannelWithAnOddUnitScale) {
+    std::vector<int64_t> onsets;
+    for (int64_t o = 4000; o < 190000; o += 6000) onsets.push_back(o);
+    const Trace t = MakeTrace(200000, onsets, 150, 10);
+    Workspace ws = Open(t, DetectionMethod::Threshold, 1e11f);
+    EXPECT_NE(UnreachableThresholds(ws).find("whole range"), std::string::npos);
+    ScriptedDialogs dialogs;
+    dialogs.AnswerYesNo(true);
+    ASSERT_TRUE(CheckThresholdsBeforeDetecting(ws, dialogs));
+    EXPECT_EQ(UnreachableThresholds(ws), "");
+    EXPECT_NEAR(ws.params().ThresholdAmplitude, 4e-10, 0.6e-10);
+    EXPECT_NEAR(ws.settings.method.riseTauMs, 0.5, 0.15);
+    EXPECT_NEAR(ws.settings.method.decayTauMs, 6, 1.0);
+    DetectWholeFile(ws, dialogs);
+    EXPECT_GE(Matched(ws.events, onsets), int(0.9 * double(onsets.size())));
+}
+
+// Events added at 0.5 to 5 noise SDs to white noise: the deconvolution
+// misses most below one SD and finds nearly all above three; the unchanged
+// copy holds no events, so every detection is an added one or a false one.
+TEST_F(MethodsTest, AccuracyCheckRecallRisesWithAmplitude) {
+    const Trace t = MakeTrace(400000, {}, 0, 10);
+    Workspace ws = Open(t, DetectionMethod::Deconvolution);
+    AccuracyOptions o;
+    o.events = 300;
+    o.bins = 5;
+    const AccuracyReport r = CheckAccuracy(ws, o);
+    ASSERT_TRUE(r.ok) << r.problem;
+    EXPECT_EQ(r.added, 300);
+    EXPECT_NEAR(r.noiseSdUnits, 10, 0.5);
+    EXPECT_LT(r.bins.front().Recall(), 0.5);
+    EXPECT_GT(r.bins.back().Recall(), 0.95);
+    ASSERT_TRUE(r.recall90Units.has_value());
+    EXPECT_LT(*r.recall90Units, 50);
+    EXPECT_LE(r.falsePositives, 10);
+    const PlotData plot = AccuracyPlot(r);
+    ASSERT_EQ(plot.series.size(), 2u);
+    EXPECT_EQ(plot.series[0].y.size(), 5u);
+    // The recording is untouched: the same samples are read back.
+    std::vector<int16_t> back(t.samples.size());
+    ws.recording->ReadSamples(0, back);
+    EXPECT_EQ(back, t.samples);
+}
+
+// Of two events closer than the separation the larger stays; events of
+// another channel are not compared; one undo step restores them.
+TEST(NearDuplicates, KeepTheLargerOfTwoCloseEvents) {
+    Workspace ws;
+    auto add = [&](float time, int32_t amplitude, uint8_t channel = 0) {
+        EventRecord e;
+        e.time = time;
+        e.amplitude = amplitude;
+        e.channel = channel;
+        ws.events.Append(e);
+    };
+    add(10, 50);
+    add(11, 80);      // within 2 ms of the first and larger: the first goes
+    add(11.5, 20, 1); // another channel
+    add(20, 30);
+    add(21.9, 30);    // equal: the earlier stays
+    add(30, 40);
+    const EditResult r = RemoveNearDuplicates(ws, 2);
+    EXPECT_TRUE(r.changed);
+    EXPECT_EQ(r.deleted, 2);
+    std::vector<float> times;
+    for (const EventRecord& e : ws.events.Records()) times.push_back(e.time);
+    EXPECT_EQ(times, (std::vector<float>{11, 11.5f, 20, 30}));
+    ASSERT_TRUE(ws.history.CanUndo());
+}
+
+}  // namespace
+}  // namespace vess
