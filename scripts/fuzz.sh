@@ -20,11 +20,14 @@ if [ ${#targets[@]} -eq 0 ]; then
   for src in "$here"/fuzz/*.cpp; do targets+=("$(basename "$src" .cpp)"); done
 fi
 
-seed_abf() {  # $1 = corpus folder
+# Whole small files made from the real ABF 1 recordings: the header, the
+# first blocks of samples and the tags, with the length and tag pointer
+# rewritten, so that the fuzzer starts from files that reach every section.
+seed_abf() {  # $1 = corpus folder, $2 = extra option of small_abf.py
   local corpus=$1 shared="$here/../shared/data" f
   if [ -d "$shared" ]; then
     while IFS= read -r -d '' f; do
-      head -c 8192 "$f" >"$corpus/real-$(basename "$f").head"
+      python3 "$here/scripts/small_abf.py" "$f" "$corpus/real-$(basename "$f")" ${2:-} || true
     done < <(find "$shared" -name '*.abf' -print0)
   fi
   local tmp
@@ -43,11 +46,16 @@ for t in "${targets[@]}"; do
   mkdir -p "$corpus" "$artifacts"
   case "$t" in
     fuzz_abf_header) seed_abf "$corpus" ;;
+    fuzz_detect) seed_abf "$corpus" --detect ;;
   esac
   if [ -d "$here/fuzz/seeds/$t" ]; then cp -r "$here/fuzz/seeds/$t/." "$corpus/"; fi
+  dict=()
+  if [ -f "$here/fuzz/$t.dict" ]; then dict=(-dict="$here/fuzz/$t.dict"); fi
   echo "== $t for ${seconds}s"
-  if ! "$build/fuzz/$t" -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 \
-      -artifact_prefix="$artifacts/" -print_final_stats=1 "$corpus" 2>"$build/$t.log"; then
+  # A run of more than 10 s on one input is a fault here (detection of one
+  # screen takes milliseconds).
+  if ! "$build/fuzz/$t" -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 -timeout=10 \
+      "${dict[@]}" -artifact_prefix="$artifacts/" -print_final_stats=1 "$corpus" 2>"$build/$t.log"; then
     echo "!! $t found a problem; see $build/$t.log and $artifacts/"
     status=1
   fi

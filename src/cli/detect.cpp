@@ -13,29 +13,10 @@
 #include "detection/whole_file.h"
 #include "recording/event_file.h"
 #include "recording/file_io.h"
+#include "cli/stderr_dialogs.h"
 
 namespace vess::cli {
 namespace {
-
-// Messages go to stderr; nothing is asked on the command line, so questions
-// get their safe answer (No, Cancel, no file).
-class StderrDialogs : public Dialogs {
-public:
-    void Message(const std::string& caption, const std::string& text) override {
-        std::cerr << caption << ": " << text << "\n";
-        ++messages;
-    }
-    bool AskYesNo(const std::string&, const std::string&) override { return false; }
-    Answer AskYesNoCancel(const std::string&, const std::string&) override { return Answer::Cancel; }
-    bool AskOkCancel(const std::string&, const std::string&) override { return false; }
-    std::optional<std::string> Input(const std::string&, const std::string&,
-                                     const std::string&) override {
-        return std::nullopt;
-    }
-    std::optional<std::string> OpenFile(const FileDialogRequest&) override { return std::nullopt; }
-    std::optional<std::string> SaveFile(const FileDialogRequest&) override { return std::nullopt; }
-    int messages = 0;
-};
 
 double Median(std::vector<double> v) {
     if (v.empty()) return 0;

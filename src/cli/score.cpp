@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <iostream>
 #include <sstream>
 
@@ -14,6 +13,7 @@
 #include "detection/scoring.h"
 #include "detection/detector.h"
 #include "detection/whole_file.h"
+#include "recording/file_io.h"
 #include "recording/screen.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
@@ -29,11 +29,13 @@ struct Truth {
 // Either the synthesiser's CSV (the peak_ms column) or a list of onset times
 // in seconds, one per line.
 std::optional<Truth> ReadTruth(const std::string& path, std::string& problem) {
-    std::ifstream in(path);
-    if (!in) {
-        problem = path + ": cannot open";
+    std::string why;
+    const auto bytes = ReadFileBytes(path, &why);
+    if (!bytes) {
+        problem = path + ": cannot open (" + why + ")";
         return std::nullopt;
     }
+    std::istringstream in(std::string(bytes->begin(), bytes->end()));
     Truth truth;
     std::string line;
     int peakColumn = -1;
