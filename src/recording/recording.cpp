@@ -284,10 +284,13 @@ bool Recording::ReadFrames(int64_t first, std::span<int16_t> out) const {
     for (std::size_t k = 0; k < whole; ++k) out[k] = le::Get<int16_t>(bytes, k * frameBytes + own);
     if (whole == out.size()) return true;
     std::fill(out.begin() + std::ptrdiff_t(whole), out.end(), int16_t(0));
+    // A file cut short has lost its last sample too: past the end of the
+    // data the trace goes on at 0 like the missing samples, without a step.
+    if (file_->Error().empty()) lastSample_ = 0;
     if (readFault_.empty()) {
         const std::string why = !file_->Error().empty()
                                     ? file_->Error()
-                                    : fmt::format("it now ends before byte {}", at + got + 1);
+                                    : fmt::format("it now ends at byte {}", at + got);
         readFault_ = texts::ReadFaultText(FileName(), why);
     }
     return false;

@@ -143,7 +143,8 @@ private:
     std::unique_ptr<DataFile> file_;
     uint64_t dataOffset_ = 0;         // byte of the first sample
     int64_t frames_ = 0;              // interleaved frames available in the file
-    int16_t firstSample_ = 0, lastSample_ = 0;  // of the chosen channel, for the edges
+    int16_t firstSample_ = 0;                   // of the chosen channel, for the edges
+    mutable int16_t lastSample_ = 0;            // 0 once the file is found cut short
     mutable std::vector<uint8_t> frameBytes_;   // interleaved bytes of the last read
     mutable std::vector<int16_t> chunk_;        // samples around the last Sample()
     mutable int64_t chunkStart_ = -1;

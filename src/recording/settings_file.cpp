@@ -222,7 +222,8 @@ bool SaveSettingsCommand(Workspace& ws, Dialogs& dialogs) {
 bool AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs) {
     switch (dialogs.AskYesNoCancel(std::string(texts::kSaveSettingsCaption),
                                    std::string(texts::kSaveSettingsOnExitText))) {
-        case Answer::Yes: SaveSettingsCommand(ws, dialogs); return true;
+        // A save that failed keeps the form open, so nothing is lost unseen.
+        case Answer::Yes: return SaveSettingsCommand(ws, dialogs);
         case Answer::No: return true;
         case Answer::Cancel: return false;
     }

@@ -58,7 +58,7 @@ std::filesystem::path DefaultIniPath(const std::filesystem::path& programDir);
 // Save settings (menu, Command6, Command7): writes ws.iniPath and says so.
 bool SaveSettingsCommand(Workspace& ws, Dialogs& dialogs);
 // On closing the main form: "Save Settings" Yes/No/Cancel. Returns false
-// when the user cancelled (the form stays open).
+// when the user cancelled or the save failed (the form stays open).
 bool AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs);
 // menu_SaveSettingsCustom: the current settings are written to the settings
 // file, which is then copied to the chosen *.SET file.

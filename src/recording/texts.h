@@ -196,7 +196,7 @@ inline std::string WithReason(std::string_view text, const std::string& name,
 inline constexpr std::string_view kReadFaultCaption = "Data File Changed";
 inline std::string ReadFaultText(const std::string& name, const std::string& why) {
     return "Part of the data file " + name + " can no longer be read (" + why +
-           ").  It has been changed, cut short or moved since it was opened; the trace shows "
+           ").  It has been changed or cut short since it was opened; the trace shows "
            "zero where samples are missing.";
 }
 inline std::string ReadFaultKeepEventsText(const std::string& fault, int32_t count) {

@@ -56,6 +56,7 @@ TEST(ReadFault, ATruncatedFileGivesZerosAndAFaultNotACrash) {
     EXPECT_NE(rec->ReadFault().find("cut.abf"), std::string::npos) << rec->ReadFault();
     // Single samples past the cut read as 0 as well; before it, as recorded.
     EXPECT_EQ(rec->Sample(30 * 256), 0);
+    EXPECT_EQ(rec->Sample(rec->PointsPerChannel() + 5), 0);  // no step after the end
     EXPECT_EQ(rec->Sample(5 * 256 + 7), samples[5 * 256 + 7]);
     const Screen screen(*rec, 28, 4);
     EXPECT_FALSE(screen.Complete());

@@ -159,6 +159,11 @@ TEST(Settings, CommandsSayWhatTheyDid) {
     dialogs.AnswerYesNoCancel(Answer::Yes);
     EXPECT_TRUE(AskSaveSettingsOnExit(ws, dialogs));
     EXPECT_EQ(LoadIniSettings(ws.iniPath).JumpInterval, 77);
+    // Yes with a save that fails keeps the form open.
+    ws.iniPath = dir.Path();
+    dialogs.AnswerYesNoCancel(Answer::Yes);
+    EXPECT_FALSE(AskSaveSettingsOnExit(ws, dialogs));
+    EXPECT_EQ(dialogs.Transcript().back().caption, "File Error");
 }
 
 // Every value is written to survive the 10-character read. The shortest form
