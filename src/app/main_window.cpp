@@ -23,6 +23,7 @@
 
 #include "app/nonstop_runner.h"
 #include "detection/navigation.h"
+#include "detection/ui/event_sound.h"
 #include "detection/ui/parameter_panel.h"
 #include "detection/ui/texts.h"
 #include "detection/ui/trace_view.h"
@@ -37,12 +38,15 @@
 namespace vess {
 
 MainWindow::MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
-    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), nonStop_(std::make_unique<NonStopRunner>(ws)) {
+    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), nonStop_(std::make_unique<NonStopRunner>(ws)),
+      sound_(std::make_unique<EventSound>()) {
     setObjectName("frmMain");
     setWindowTitle("Vessantorium");
     BuildLayout();
     BuildMenus();
     connect(nonStop_.get(), &NonStopRunner::Progress, this, &MainWindow::OnNonStopProgress);
+    connect(nonStop_.get(), &NonStopRunner::EventsStored, this,
+            [this](int count) { sound_->Stored(count, ws_.settings.SoundOn); });
     qApp->installEventFilter(this);
 
     // Start folder: the data folder of the settings when it exists, else home.

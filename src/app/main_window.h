@@ -27,6 +27,7 @@ class QTimer;
 namespace vess {
 
 class EventGridModel;
+class EventSound;
 class FileBrowser;
 class NonStopRunner;
 class ParameterPanel;
@@ -49,6 +50,7 @@ public:
     TraceView* Trace() const { return trace_; }
     QTableView* Grid() const { return grid_; }
     FileBrowser* Files() const { return files_; }
+    EventSound& Sound() { return *sound_; }
     // Redraws everything from the workspace.
     void RefreshAll();
 
@@ -152,6 +154,7 @@ private:
     Dialogs& dialogs_;
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
+    std::unique_ptr<EventSound> sound_;
     bool syncingSelection_ = false;
     // Grid columns are fitted once per recording opened; after that the
     // widths are the user's.

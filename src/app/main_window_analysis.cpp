@@ -1,7 +1,6 @@
 // Analysis commands of the main window: the buttons Command1..Command5, the
 // non-stop run and the mouse commands on the trace.
 #include <QAction>
-#include <QApplication>
 #include <QProgressBar>
 #include <QTableView>
 
@@ -11,6 +10,7 @@
 #include "app/nonstop_runner.h"
 #include "detection/screen_commands.h"
 #include "detection/editing.h"
+#include "detection/ui/event_sound.h"
 #include "detection/ui/trace_view.h"
 #include "recording/ui/event_grid_model.h"
 
@@ -25,20 +25,16 @@ constexpr double kPickRadiusPx = 10;
 void MainWindow::OnAnalyze() {
     if (!ws_.recording || nonStop_->Running()) return;
     const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws_, dialogs_);
-    if (r.eventsAdded > 0) {
-        if (ws_.settings.SoundOn) QApplication::beep();
-        ws_.selectedEvent = ws_.events.Count();
-    }
+    sound_->Stored(r.eventsAdded, ws_.settings.SoundOn);
+    if (r.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
     AfterEdit(false);
 }
 
 void MainWindow::OnAnalyzeNext() {
     if (!ws_.recording || nonStop_->Running()) return;
     const NextWindowResult r = AnalyzeNextWindow(ws_, dialogs_);
-    if (r.analysis.eventsAdded > 0) {
-        if (ws_.settings.SoundOn) QApplication::beep();
-        ws_.selectedEvent = ws_.events.Count();
-    }
+    sound_->Stored(r.analysis.eventsAdded, ws_.settings.SoundOn);
+    if (r.analysis.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
     AfterEdit(false);
 }
 

@@ -2,13 +2,13 @@
 // double peaks, baseline and threshold, RMS noise. Each is one core command
 // followed by a redraw.
 #include <QAction>
-#include <QApplication>
 
 #include "app/main_window.h"
 #include "detection/double_peak.h"
 #include "detection/editing.h"
 #include "detection/noise_commands.h"
 #include "detection/point_commands.h"
+#include "detection/ui/event_sound.h"
 #include "detection/ui/parameter_panel.h"
 #include "recording/ui/event_grid_model.h"
 
@@ -17,10 +17,8 @@ namespace vess {
 void MainWindow::DetectAtClick(int64_t index, bool lowThresholds) {
     const int32_t before = ws_.events.Count();
     const PointCommandResult r = DetectAtPoint(ws_, dialogs_, index, lowThresholds);
-    if (r.eventIndex > 0) {
-        ws_.selectedEvent = r.eventIndex;
-        if (ws_.settings.SoundOn) QApplication::beep();
-    }
+    if (r.eventIndex > 0) ws_.selectedEvent = r.eventIndex;
+    sound_->Stored(ws_.events.Count() - before, ws_.settings.SoundOn);
     AfterEdit(ws_.events.Count() != before || r.eventIndex > 0);
 }
 
@@ -45,7 +43,7 @@ void MainWindow::DetectDoublePeakAt(int64_t index) {
 void MainWindow::AfterDoublePeak(const DoublePeakResult& r, int32_t countBefore) {
     const bool stored = ws_.events.Count() != countBefore;
     if (r.eventIndex > 0) ws_.selectedEvent = r.eventIndex;
-    if (stored && ws_.settings.SoundOn) QApplication::beep();
+    sound_->Stored(ws_.events.Count() - countBefore, ws_.settings.SoundOn);
     AfterEdit(stored);
 }
 

@@ -36,7 +36,10 @@ void NonStopRunner::Tick() {
     QElapsedTimer slice;
     slice.start();
     bool more = true;
+    const int32_t foundBefore = run_->GetProgress().eventsFound;
     while (more && slice.elapsed() < kSliceMs) more = run_->Step();
+    if (const int32_t stored = run_->GetProgress().eventsFound - foundBefore; stored > 0)
+        emit EventsStored(stored);
     if (!more) {
         Finish();
         return;

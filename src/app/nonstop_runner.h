@@ -30,6 +30,8 @@ public:
 signals:
     // Emitted, throttled, while running, and once with finished = true.
     void Progress(bool finished);
+    // Events stored by the screens of one slice of the run (at least one).
+    void EventsStored(int count);
 
 private:
     void Tick();

@@ -10,5 +10,9 @@ void AddSynthCommand(CLI::App& app);     // vess synth OUT.abf [...]
 void AddEventsCommand(CLI::App& app);    // vess events FILE.EVT [--csv]
 void AddDetectCommand(CLI::App& app);    // vess detect FILE.abf [...]
 void AddScoreCommand(CLI::App& app);     // vess score FILE.abf TRUTH [...]
+void AddArrayCommand(CLI::App& app);     // vess array SOURCE [--group G] [--intervals]
+void AddStatsCommand(CLI::App& app);     // vess stats TEST A [B] [--alpha A] [--json]
+void AddHistCommand(CLI::App& app);      // vess hist SOURCE --bin SIZE [--kind K] [--csv]
+void AddCorrelogramCommand(CLI::App& app);  // vess correlogram A [B] --bin SIZE --max-bins N
 
 }  // namespace vess::cli

@@ -10,8 +10,10 @@
 
 #include "cli/commands.h"
 #include "cli/detection_options.h"
+#include "cli/stderr_dialogs.h"
 #include "detection/whole_file.h"
 #include "recording/event_file.h"
+#include "recording/event_grid.h"
 #include "recording/file_io.h"
 #include "cli/stderr_dialogs.h"
 
@@ -33,10 +35,12 @@ std::string EventsCsv(const Workspace& ws) {
         "peak_direction\n";
     for (int32_t i = 1; i <= ws.events.Count(); ++i) {
         const EventRecord& e = ws.events[i];
-        out += fmt::format("{},{:.4f},{},{:.5g},{},{:.5g},{},{},{},{:.5g},{},{:.5g},{:.5g},{:.5g},{}\n",
+        // A half-width that could not be measured is an empty field.
+        out += fmt::format("{},{:.4f},{},{:.5g},{},{:.5g},{},{},{},{:.5g},{},{},{:.5g},{:.5g},{}\n",
                            i, e.time, e.sampleIndex, rec.Bit2pA2(e.amplitude), e.amplitude,
                            rec.Bit2pA(e.baseline), e.noise, e.riseTime, e.decayTime, e.rise1090,
-                           e.rise50, e.halfWidth, e.slope1090, e.area, e.peakDirection);
+                           e.rise50, FormatCell(CellValue(e.halfWidth)), e.slope1090, e.area,
+                           e.peakDirection);
     }
     return out;
 }

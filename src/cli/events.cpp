@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "cli/named_recording.h"
 #include "cli/stderr_dialogs.h"
 #include "recording/event_file.h"
 #include "recording/event_grid.h"
@@ -45,18 +46,6 @@ std::string Parameters(const EventFileContents& f) {
     out += fmt::format("AreaThreshold: {}\n", p.AreaThreshold);
     out += fmt::format("NumberPointsPeak: {}\n", p.NumberPointsPeak < 1 ? 1 : p.NumberPointsPeak);
     return out;
-}
-
-// The recording named in the event file, from the event file's folder, on
-// the channel of the first event; null when it is not there or not readable.
-std::unique_ptr<Recording> OpenNamedRecording(const std::filesystem::path& eventFile,
-                                              const EventFileContents& f) {
-    if (f.storedName.empty()) return nullptr;
-    AbfError error = AbfError::None;
-    auto rec = Recording::Open(eventFile.parent_path() / f.storedName, &error);
-    if (rec && !f.records.empty() && f.records[0].channel < rec->ChannelCount())
-        rec->SetChannel(f.records[0].channel);
-    return rec;
 }
 
 std::string Table(const Recording* rec, const std::vector<EventRecord>& records, char sep) {

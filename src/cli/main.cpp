@@ -11,6 +11,10 @@ int main(int argc, char** argv) {
     vess::cli::AddEventsCommand(app);
     vess::cli::AddDetectCommand(app);
     vess::cli::AddScoreCommand(app);
+    vess::cli::AddArrayCommand(app);
+    vess::cli::AddStatsCommand(app);
+    vess::cli::AddHistCommand(app);
+    vess::cli::AddCorrelogramCommand(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

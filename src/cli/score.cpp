@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <iostream>
-#include <sstream>
 
 #include "cli/commands.h"
 #include "cli/detection_options.h"
@@ -13,59 +12,12 @@
 #include "detection/scoring.h"
 #include "detection/detector.h"
 #include "detection/whole_file.h"
-#include "recording/file_io.h"
 #include "recording/screen.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
 
 namespace vess::cli {
 namespace {
-
-struct Truth {
-    std::vector<double> timesMs;
-    bool onsets = false;  // onset times (peaks follow), else peak times
-};
-
-// Either the synthesiser's CSV (the peak_ms column) or a list of onset times
-// in seconds, one per line.
-std::optional<Truth> ReadTruth(const std::string& path, std::string& problem) {
-    std::string why;
-    const auto bytes = ReadFileBytes(path, &why);
-    if (!bytes) {
-        problem = path + ": cannot open (" + why + ")";
-        return std::nullopt;
-    }
-    std::istringstream in(std::string(bytes->begin(), bytes->end()));
-    Truth truth;
-    std::string line;
-    int peakColumn = -1;
-    while (std::getline(in, line)) {
-        if (line.empty() || line == "\r") continue;
-        if (line.find("peak_ms") != std::string::npos) {
-            std::stringstream header(line);
-            std::string name;
-            for (int c = 0; std::getline(header, name, ','); ++c)
-                if (name == "peak_ms") peakColumn = c;
-            continue;
-        }
-        try {
-            if (peakColumn >= 0) {
-                std::stringstream row(line);
-                std::string cell;
-                for (int c = 0; c <= peakColumn; ++c) std::getline(row, cell, ',');
-                truth.timesMs.push_back(std::stod(cell));
-            } else {
-                truth.timesMs.push_back(std::stod(line) * 1000.0);
-                truth.onsets = true;
-            }
-        } catch (const std::exception&) {
-            problem = path + ": cannot read the line '" + line + "'";
-            return std::nullopt;
-        }
-    }
-    std::sort(truth.timesMs.begin(), truth.timesMs.end());
-    return truth;
-}
 
 std::vector<double> DetectedPeaksMs(const Workspace& ws) {
     std::vector<double> ms;
@@ -136,13 +88,14 @@ std::string ToleranceLabel(double tolMs, double intervalUs) {
 int ScoreFile(const DetectionOptions& options, const std::string& truthPath, double toleranceMs,
               const NoiseProtocolOptions* protocol) {
     std::string problem;
-    const std::optional<Truth> truth = ReadTruth(truthPath, problem);
-    if (!truth) {
+    Workspace ws;
+    if (problem = PrepareWorkspace(options, ws); !problem.empty()) {
         std::cerr << "vess score: " << problem << "\n";
         return 2;
     }
-    Workspace ws;
-    if (problem = PrepareWorkspace(options, ws); !problem.empty()) {
+    const std::optional<TrueEvents> truth =
+        ReadTrueEvents(truthPath, ws.recording->IntervalUs(), problem);
+    if (!truth) {
         std::cerr << "vess score: " << problem << "\n";
         return 2;
     }
@@ -248,8 +201,10 @@ void AddScoreCommand(CLI::App& app) {
     AddDetectionOptions(*cmd, st->options);
     cmd->get_option("FILE")->required(false);
     cmd->add_option("TRUTH", st->truth,
-                    "true events: the synthesiser's CSV (peak times) or onset times in seconds, "
-                    "one per line");
+                    "true events: the synthesiser's CSV (its peak_ms column, the time of the "
+                    "0-based peak sample, as it stands) or onset times in seconds, one per line "
+                    "(onset t is the 1-based sample round(t x rate), as in simulated recordings: "
+                    "0-based sample round(t x rate) - 1)");
     cmd->add_option("--tolerance-ms", st->toleranceMs,
                     "matching tolerance (default: both 5 samples and 1 ms around true peaks; 5 ms "
                     "after onsets)");

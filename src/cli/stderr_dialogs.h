@@ -1,6 +1,5 @@
-// Dialogs of the command line: messages go to stderr, and since nothing is
-// asked on the command line, questions get their safe answer (No, Cancel,
-// no file).
+// The command line's Dialogs: messages go to stderr; nothing is asked, so
+// questions get their safe answer (No, Cancel, no file).
 #pragma once
 
 #include <iostream>

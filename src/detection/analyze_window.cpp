@@ -1,5 +1,6 @@
 #include "detection/analyze_window.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "detection/complex_peak.h"
@@ -21,6 +22,20 @@ bool Store(const Detector& det, const MeasuredEvent& e, EventTable& events,
     ++result.eventsAdded;
     AddMarks(det.Scr(), e, result.marks);
     return true;
+}
+
+// The peak (a window index of this screen) of the last stored event when the
+// analysis of an earlier screen stored it. An event found near the end of a
+// screen lies again at the start of the next one, and nothing at or before
+// it may be taken there a second time. An event stored by analysing this
+// same screen is no floor: analysing a screen again measures it afresh.
+std::optional<int64_t> CarriedFloor(const Screen& screen, const EventTable& events) {
+    if (events.Empty()) return std::nullopt;
+    const EventRecord& last = events.Last();
+    if (last.channel != screen.Rec().Channel()) return std::nullopt;
+    const int64_t foundOnScreenStart = int64_t(last.sampleIndex) - last.relativeTime;
+    if (foundOnScreenStart >= screen.AbsoluteIndex(0)) return std::nullopt;
+    return int64_t(last.sampleIndex) - screen.AbsoluteIndex(0);
 }
 
 }  // namespace
@@ -59,12 +74,21 @@ AnalyzeWindowResult AnalyzeWindow(const Screen& screen, const AnalysisParameters
     // On the file's first screen the search starts late enough for the first
     // baseline window to lie inside the data.
     int64_t pos = screen.StartBlock() == 0 ? int64_t(lengths->baseOffset) + searchLen : 0;
-    while (pos <= windowLen) {
+    if (const std::optional<int64_t> floor = CarriedFloor(screen, events)) {
+        det.SetCarriedFloor(*floor);
+        // Complex peaks: the next search range begins one range after the last
+        // stored peak, on this screen as on the one that stored it.
+        if (params.ComplexPeak) pos = std::max(pos, *floor + searchLen);
+    }
+    // Ranges that begin after the last point that can be a peak hold no data.
+    while (pos <= windowLen && pos <= det.LastPeakIndex()) {
         const PeakPoint candidate = det.FindMax(pos, searchLen);
         // Fails only for a one-point range whose single point is its own start.
         if (candidate.index != pos || candidate.index != pos + searchLen - 1) {
             const std::optional<MeasuredEvent> e = det.Measure(candidate);
-            if (e && Store(det, *e, events, result)) {
+            // A candidate that the measuring loop moved back onto a stored
+            // peak, or before it, is that event again.
+            if (e && e->peak > det.Floor() && Store(det, *e, events, result)) {
                 det.SetFloor(e->peak);
                 if (params.ComplexPeak) {
                     int64_t last = e->peak;

@@ -56,12 +56,8 @@ Detector::Detector(const Screen& screen, const AnalysisParameters& params,
       len_(lengths),
       dir_(NormalizedDirection(params.PeakDirection)),
       // A stored 0 (or less) would divide by zero; it is read as 1.
-      pointsPeak_(std::max<int32_t>(params.NumberPointsPeak, 1)) {
-    const Recording& rec = screen.Rec();
-    const double range = rec.Header().adcRange;
-    const double resolution = rec.Header().adcResolution;
-    unitsPerCount_ = rec.Gain() != 0 && resolution != 0 ? range / double(rec.Gain()) / resolution : 0;
-}
+      pointsPeak_(std::max<int32_t>(params.NumberPointsPeak, 1)),
+      span_(RecordedSpan(screen)) {}
 
 int16_t Detector::GetAverageValue(int64_t i) const {
     const int32_t h = len_.halfPeak;
@@ -86,8 +82,13 @@ int16_t Detector::FindBaseline(int64_t start, int32_t n) const {
 }
 
 PeakPoint Detector::FindMax(int64_t start, int32_t n) const {
-    // The first point is the initial best, so an empty range still answers it.
-    n = std::max<int32_t>(n, 1);
+    // The range is cut to the points that can be peaks; the first point left
+    // is the initial best, so an empty range still answers one.
+    const int64_t lowest = span_.first + PeakMargin(), highest = LastPeakIndex();
+    const int64_t end = std::min<int64_t>(start + std::max<int32_t>(n, 1) - 1, highest);
+    start = std::max(start, lowest);
+    if (start > end) start = std::max(std::min(start, highest), lowest);
+    n = int32_t(std::max<int64_t>(end - start + 1, 1));
     const int32_t h = len_.halfPeak;
     const int16_t* p = screen_.Samples(start - h, int64_t(n) + 2 * h);
     if (p != nullptr && pointsPeak_ == 1 && h == 0) {
@@ -133,6 +134,10 @@ bool Detector::PassesAmplitudeTests(int16_t value, int16_t baseline) const {
            dir_ * int32_t(value) > dir_ * int32_t(baseline);
 }
 
+bool Detector::ReachesThreshold(double counts) const {
+    return AmplitudeUnits(RoundClamp32(counts)) >= params_.ThresholdAmplitude;
+}
+
 float Detector::AmplitudeUnits(int32_t counts) const {
     // An amplitude is a difference of two levels: the offset of the channel
     // cancels, so it is converted without it. With the offset the threshold
@@ -163,6 +168,10 @@ float Detector::AmplitudeUnits(int32_t counts) const {
 //    an earlier peak that would be rejected must not take the candidate's
 //    place, since the candidate would then be lost with it.
 int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
+    return EarlierPeak(peak, value, floor_ + 1);
+}
+
+int64_t Detector::EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const {
     const int32_t bo = len_.baseOffset;
     if (bo < 3) return peak;
     const double third = bo / 3.0;
@@ -171,7 +180,7 @@ int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
     const int64_t part3Start = peak - bo;
     const Trough nearest = LeastExtreme(part1Start, peak);
     const Trough farthest = LeastExtreme(part3Start, part2Start - 1);
-    const int64_t first = std::max(farthest.index + 1, floor_ + 1);
+    const int64_t first = std::max(farthest.index + 1, lowest);
     const int64_t last = nearest.index - 1;
     if (first > last) return peak;
     Trough earlier{first, screen_.GetSampleValue(first)};
@@ -184,6 +193,7 @@ int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
     // before the floor, which would otherwise be found again a sample later).
     if (earlier.index == first) return peak;
     if (dir_ * earlier.value >= dir_ * value) return peak;
+    if (earlier.index - bo < span_.first) return peak;  // its baseline is not recorded
     const int16_t ownBaseline = FindBaseline(earlier.index - bo, len_.baseLen);
     if (!PassesAmplitudeTests(earlier.value, ownBaseline)) return peak;
     if (earlier.index + 1 > peak - 1) return peak;
@@ -198,7 +208,7 @@ int64_t Detector::DetectPrepeak(int64_t peak, int16_t value) const {
     const int16_t baseline = FindBaseline(peak - bo, len_.baseLen);
     const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
     if (fallCounts < 0.05 * amplitude) return peak;
-    if (AmplitudeUnits(RoundClamp32(fallCounts)) < params_.ThresholdAmplitude) return peak;
+    if (!ReachesThreshold(fallCounts)) return peak;
     const int32_t ownAmplitude = std::abs(int32_t(earlier.value) - int32_t(ownBaseline));
     if (fallCounts < kPrepeakFallFraction * ownAmplitude) return peak;
     // And the area test of a candidate.
@@ -217,7 +227,7 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
     // amplitude; the stopping sample is part of the area.
     const double startLevel = 0.01 * e.amplitudeCounts;
     double area = 0;
-    const int64_t startLast = std::max<int64_t>(peak - len_.baseOffset, startLimit);
+    const int64_t startLast = std::max({peak - len_.baseOffset, startLimit, span_.first});
     e.start = startLast > peak - len_.baseOffset ? startLast : peak - len_.baseOffset - 1;
     for (int64_t i = peak; i >= startLast; --i) {
         const double excess = double(screen_.GetSampleValue(i)) - e.baseline;
@@ -234,8 +244,15 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
                screen_.GetSampleValue(i + 1) / 3.0;
     };
     const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
-    const int64_t decayLast = std::min<int64_t>(peak + len_.decayLen, decayLimit);
+    int64_t decayLast = std::min<int64_t>(peak + len_.decayLen, decayLimit);
     e.decay = decayLast < peak + len_.decayLen ? decayLast : peak + len_.decayLen + 1;
+    // The last mean made of recorded samples. A decay point that would lie
+    // after it is cut short there.
+    const int64_t lastMean = span_.last - 1;
+    if (e.decay > lastMean) {
+        decayLast = std::min(decayLast, lastMean);
+        e.decay = std::max(lastMean, peak);
+    }
     for (int64_t i = peak + 1; i <= decayLast; ++i) {
         const double m = mean3(i);
         area += m - e.baseline;
@@ -244,10 +261,10 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
             break;
         }
     }
-    e.decayLevel = RoundClamp16(mean3(e.decay));
-    // The area is a sum of differences from the baseline: converted without
-    // the channel offset, like the amplitude.
-    e.areaUnitsMs = static_cast<float>(std::abs(area * unitsPerCount_) *
+    e.decayLevel = RoundClamp16(mean3(std::min(e.decay, lastMean)));
+    // The area as a whole count, converted as the channel converts a level.
+    const float areaUnits = screen_.Rec().Bit2pA(RoundClamp32(area));
+    e.areaUnitsMs = static_cast<float>(std::abs(double(areaUnits)) *
                                        screen_.Rec().IntervalUs() / 1000.0);
 }
 
@@ -259,11 +276,18 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
     for (;;) {
         MeasuredEvent e;
         const int64_t baseStart = peak - len_.baseOffset;
+        if (baseStart < span_.first) return std::nullopt;  // no recorded baseline
         e.baseline = FindBaseline(baseStart, len_.baseLen);
         e.amplitudeCounts = std::abs(int32_t(value) - int32_t(e.baseline));
         e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
         if (!PassesAmplitudeTests(value, e.baseline)) return std::nullopt;
 
+        // A candidate whose earlier peak is the event stored from the end of
+        // the previous screen is that screen's last search range examined a
+        // second time: it gave that event there.
+        if (carriedFloor_ && peak - len_.baseOffset <= *carriedFloor_ &&
+            EarlierPeak(peak, value, std::numeric_limits<int64_t>::min() / 2) <= *carriedFloor_)
+            return std::nullopt;
         if (prepeakMoves < kMaxPrepeakMoves) {
             const int64_t earlier = DetectPrepeak(peak, value);
             if (earlier < peak) {
@@ -306,7 +330,7 @@ EventRecord Detector::MakeRecord(const MeasuredEvent& e) const {
     shape.start = e.start;
     shape.amplitudeCounts = e.amplitudeCounts;
     shape.direction = dir_;
-    shape.decayLimit = e.peak + len_.decayLen + 1;
+    shape.decayLimit = HalfWidthReach(screen_, e.peak);
 
     EventRecord r;
     r.time = screen_.CalculateTime(e.peak);

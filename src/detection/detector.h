@@ -4,10 +4,12 @@
 // measuring loop that turns a candidate into a measured event or rejects it.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <optional>
 
+#include "detection/measurements.h"
 #include "recording/dialogs.h"
 #include "recording/event_record.h"
 #include "recording/screen.h"
@@ -66,6 +68,19 @@ public:
     // peaks) never move to or before this window index: a peak already stored
     // is not taken again.
     void SetFloor(int64_t index) { floor_ = index; }
+    int64_t Floor() const { return floor_; }
+    // The floor carried from the previous screen (the event it stored last,
+    // found again at the start of this one). A candidate whose earlier peak
+    // is that event, or one before it, is rejected: on the previous screen
+    // the same search gave that event.
+    void SetCarriedFloor(int64_t index) {
+        carriedFloor_ = index;
+        floor_ = index;
+    }
+    // The recorded samples of the screen, and the last window index that can
+    // be a peak: its averaging window and the sample after it are recorded.
+    const DataSpan& Span() const { return span_; }
+    int64_t LastPeakIndex() const { return span_.last - PeakMargin(); }
 
     // Sum of the samples i-h .. i+h divided by NumberPointsPeak (not by the
     // number summed), rounded to 16 bits.
@@ -73,7 +88,9 @@ public:
     // Mean of n samples from start, rounded to 16 bits.
     int16_t FindBaseline(int64_t start, int32_t n) const;
     // Index and smoothed value of the extreme point among start .. start+n-1;
-    // the earliest of equal values wins.
+    // the earliest of equal values wins. Points whose averaging window is not
+    // all recorded are left out; a range with none left answers its nearest
+    // point that can be a peak.
     PeakPoint FindMax(int64_t start, int32_t n) const;
     // An earlier separate peak in the rising phase before the candidate, or an
     // index not below the candidate's when there is none.
@@ -91,6 +108,9 @@ public:
 
     // Amplitude (a difference of counts) in the channel's unit.
     float AmplitudeUnits(int32_t counts) const;
+    // Whether a rise or fall of this many counts (not necessarily whole)
+    // reaches ThresholdAmplitude, the test every amplitude passes.
+    bool ReachesThreshold(double counts) const;
     // The amplitude and direction tests of a candidate: |value - baseline| at
     // least ThresholdAmplitude and value beyond baseline in the event direction.
     bool PassesAmplitudeTests(int16_t value, int16_t baseline) const;
@@ -100,6 +120,10 @@ public:
     // samples and not before startLimit; the decay walk forward at most
     // DecayLen samples and not after decayLimit. A walk that finds no point
     // ends one sample beyond its range, or at a limit that cut the range.
+    // Neither walks on samples beyond the recording: a decay that has not
+    // ended by the last three-point mean of recorded samples is cut short
+    // there, and its area covers the recorded samples only. The area is the
+    // sum rounded to a whole count, converted with Bit2pA, times the interval.
     void WalkExtent(MeasuredEvent& e, int64_t startLimit = std::numeric_limits<int64_t>::min(),
                     int64_t decayLimit = std::numeric_limits<int64_t>::max()) const;
 
@@ -109,14 +133,18 @@ private:
         int16_t value;
     };
     Trough LeastExtreme(int64_t first, int64_t last) const;  // raw samples, inclusive
+    // DetectPrepeak searching no further back than lowest.
+    int64_t EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const;
+    int32_t PeakMargin() const { return std::max<int32_t>(len_.halfPeak, 1); }
 
     const Screen& screen_;
     AnalysisParameters params_;
     DetectionLengths len_;
     int16_t dir_;
     int32_t pointsPeak_;
-    double unitsPerCount_;
+    DataSpan span_;
     int64_t floor_ = std::numeric_limits<int64_t>::min() / 2;
+    std::optional<int64_t> carriedFloor_;
 };
 
 }  // namespace vess

@@ -38,12 +38,12 @@ std::optional<MeasuredEvent> SecondPeakOnSide(const Detector& det, const Measure
     const Bump bump = MostDistinctBump(s, dir, first.peak + step, far, step);
     if (bump.riseCounts <= 0) return std::nullopt;
     if (bump.riseCounts < kSecondPeakRiseFraction * first.amplitudeCounts) return std::nullopt;
-    if (det.AmplitudeUnits(RoundClamp32(bump.riseCounts)) < det.Params().ThresholdAmplitude)
-        return std::nullopt;
+    if (!det.ReachesThreshold(bump.riseCounts)) return std::nullopt;
     // A later peak may climb on past the end of the stretch (the decay walk
     // stopped on its rise); an earlier one stays between the start and the
     // event's peak.
-    const int64_t limit = later ? first.peak + det.Lengths().decayLen : first.peak - 1;
+    const int64_t limit =
+        later ? std::min(first.peak + det.Lengths().decayLen, det.LastPeakIndex()) : first.peak - 1;
     const PeakPoint p = Climb(det, bump.peak, limit, step);
     if (!det.PassesAmplitudeTests(p.value, first.baseline)) return std::nullopt;
 

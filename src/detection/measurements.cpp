@@ -1,6 +1,7 @@
 #include "detection/measurements.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "recording/rounding.h"
 
@@ -41,18 +42,31 @@ double Interpolate(const Screen& screen, int64_t i, int side, double levelValue)
 
 }  // namespace
 
+DataSpan RecordedSpan(const Screen& screen) {
+    const int64_t origin = screen.AbsoluteIndex(0);
+    return {-origin, screen.Rec().PointsPerChannel() - 1 - origin};
+}
+
+int64_t HalfWidthReach(const Screen& screen, int64_t peak) {
+    const int64_t w = screen.WindowLen();
+    // Screen of the peak, rounded down also for indices before the window.
+    const int64_t peakScreen = peak >= 0 ? peak / w : -((-peak + w - 1) / w);
+    return std::min((peakScreen + 2) * w - 1, RecordedSpan(screen).last);
+}
+
 double RisingCrossing(const Screen& screen, const EventShape& e, double fraction) {
     const RisingStop stop = WalkBack(screen, e, fraction);
     if (!stop.found) return double(stop.index);
     return Interpolate(screen, stop.index, +1, LevelValue(e, fraction));
 }
 
-double FallingCrossing(const Screen& screen, const EventShape& e, double fraction) {
+std::optional<double> FallingCrossing(const Screen& screen, const EventShape& e,
+                                      double fraction) {
     const double level = fraction * double(e.amplitudeCounts);
     for (int64_t i = e.peak; i <= e.decayLimit; ++i)
         if (Excess(e, screen.GetSampleValue(i)) < level)
             return Interpolate(screen, i, -1, LevelValue(e, fraction));
-    return double(std::max(e.peak, e.decayLimit));
+    return std::nullopt;
 }
 
 float Detect1090Rise(const Screen& screen, const EventShape& e) {
@@ -71,8 +85,9 @@ float DetectHalfWidth(const Screen& screen, const EventShape& e, int16_t rise50P
     const double left = Excess(e, screen.GetSampleValue(i)) < level
                             ? Interpolate(screen, i, +1, LevelValue(e, 0.5))
                             : double(i);
-    const double right = FallingCrossing(screen, e, 0.5);
-    return static_cast<float>((right - left) * screen.Rec().IntervalUs() / 1000.0);
+    const std::optional<double> right = FallingCrossing(screen, e, 0.5);
+    if (!right) return std::numeric_limits<float>::quiet_NaN();
+    return static_cast<float>((*right - left) * screen.Rec().IntervalUs() / 1000.0);
 }
 
 float Slope1090(int16_t direction, float amplitudeUnits, float rise1090Ms) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "detection/measurements.h"
 #include "detection/texts.h"
 
 namespace vess {
@@ -32,7 +33,8 @@ std::string Report(const Recording& rec, const NoiseMeasure& m) {
 NoiseMeasure MeasureScreenNoise(const Screen& screen, const EventTable& events) {
     NoiseMeasure m;
     if (!screen.Valid()) return m;
-    const int64_t n = screen.WindowLen();
+    // The recorded samples of the screen: the last screen may end early.
+    const int64_t n = std::clamp<int64_t>(RecordedSpan(screen).last + 1, 0, screen.WindowLen());
     // Mark the samples inside stored events (start .. decay point).
     std::vector<bool> inEvent(std::size_t(n), false);
     const int64_t first = screen.AbsoluteIndex(0);

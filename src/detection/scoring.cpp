@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 #include <vector>
 
 #include "detection/whole_file.h"
+#include "recording/file_io.h"
+#include "recording/rounding.h"
 #include "recording/screen.h"
 
 namespace vess {
@@ -22,6 +25,51 @@ double DetectionScore::Precision() const {
 double DetectionScore::F1() const {
     const double p = Precision(), r = Recall();
     return p + r == 0 ? 0.0 : 2 * p * r / (p + r);
+}
+
+double OnsetTimeMs(double seconds, double intervalUs) {
+    const int64_t oneBased = RoundEven(seconds * 1e6 / intervalUs);
+    return double(oneBased - 1) * intervalUs / 1000.0;
+}
+
+std::optional<TrueEvents> ReadTrueEvents(const std::filesystem::path& path, double intervalUs,
+                                         std::string& problem) {
+    std::string why;
+    const auto bytes = ReadFileBytes(path, &why);  // regular files only
+    if (!bytes) {
+        problem = path.string() + ": cannot open (" + why + ")";
+        return std::nullopt;
+    }
+    std::istringstream in(std::string(bytes->begin(), bytes->end()));
+    TrueEvents truth;
+    std::string line;
+    int peakColumn = -1;
+    while (std::getline(in, line)) {
+        if (line.empty() || line == "\r") continue;
+        if (line.find("peak_ms") != std::string::npos) {
+            std::stringstream header(line);
+            std::string name;
+            for (int c = 0; std::getline(header, name, ','); ++c)
+                if (name == "peak_ms") peakColumn = c;
+            continue;
+        }
+        try {
+            if (peakColumn >= 0) {
+                std::stringstream row(line);
+                std::string cell;
+                for (int c = 0; c <= peakColumn; ++c) std::getline(row, cell, ',');
+                truth.timesMs.push_back(std::stod(cell));
+            } else {
+                truth.timesMs.push_back(OnsetTimeMs(std::stod(line), intervalUs));
+                truth.onsets = true;
+            }
+        } catch (const std::exception&) {
+            problem = path.string() + ": cannot read the line '" + line + "'";
+            return std::nullopt;
+        }
+    }
+    std::sort(truth.timesMs.begin(), truth.timesMs.end());
+    return truth;
 }
 
 namespace {

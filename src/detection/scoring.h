@@ -3,7 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "detection/noise_commands.h"
@@ -20,6 +23,25 @@ struct DetectionScore {
     double Precision() const;
     double F1() const;
 };
+
+// Known events to score against, in ms from the start of the data (the time
+// of a 0-based sample i is i x interval).
+struct TrueEvents {
+    std::vector<double> timesMs;  // sorted ascending
+    bool onsets = false;          // onset times (peaks follow), else peak times
+};
+
+// An onset time in seconds from a list of onsets, as the simulated
+// recordings give them: onset t is the 1-based sample round(t x rate), so
+// the 0-based sample round(t x rate) - 1, at that sample's time in ms.
+double OnsetTimeMs(double seconds, double intervalUs);
+
+// Reads either the synthesiser's CSV (the peak_ms column: peak times in ms
+// of 0-based samples, taken as they stand) or a list of onset times in
+// seconds, one per line (converted by OnsetTimeMs). nullopt with problem set
+// when the file cannot be opened or a line is not a number.
+std::optional<TrueEvents> ReadTrueEvents(const std::filesystem::path& path, double intervalUs,
+                                         std::string& problem);
 
 // Both lists in ms, sorted ascending. A detection d matches a true time t
 // when lowMs <= d - t <= highMs. True events are taken in time order, each

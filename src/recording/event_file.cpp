@@ -130,29 +130,33 @@ EventFileContents ReadEventFile(const std::filesystem::path& path) {
 }
 
 std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
-                                                      Dialogs& dialogs,
-                                                      const std::string* expectedDataName) {
+                                                      const std::string* expectedDataName,
+                                                      EventFileRefusal* refusal) {
     EventFileContents file = ReadEventFile(path);
     const std::string name = path.filename().string();
+    const auto refuse = [&](std::string_view caption, std::string text) {
+        if (refusal) *refusal = {std::string(caption), std::move(text)};
+        return std::nullopt;
+    };
     // The creator decides whether this is an event file at all; a file too
     // short to hold one, or unreadable, is reported as such first.
-    if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort) {
-        dialogs.Message(std::string(texts::kDamagedFileCaption), name + ": " + DescribeProblem(file));
-        return std::nullopt;
-    }
-    if (!file.HasProductTag()) {
-        dialogs.Message(std::string(texts::kNotEventFileCaption), std::string(texts::kNotEventFileText));
-        return std::nullopt;
-    }
-    if (!file.Ok()) {
-        dialogs.Message(std::string(texts::kDamagedFileCaption), name + ": " + DescribeProblem(file));
-        return std::nullopt;
-    }
-    if (expectedDataName && file.storedName != *expectedDataName) {
-        dialogs.Message(std::string(texts::kFileNotMatchingCaption),
-                        texts::FileNotMatchingText(file.storedName, *expectedDataName));
-        return std::nullopt;
-    }
+    if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort)
+        return refuse(texts::kDamagedFileCaption, name + ": " + DescribeProblem(file));
+    if (!file.HasProductTag())
+        return refuse(texts::kNotEventFileCaption, std::string(texts::kNotEventFileText));
+    if (!file.Ok()) return refuse(texts::kDamagedFileCaption, name + ": " + DescribeProblem(file));
+    if (expectedDataName && file.storedName != *expectedDataName)
+        return refuse(texts::kFileNotMatchingCaption,
+                      texts::FileNotMatchingText(file.storedName, *expectedDataName));
+    return file;
+}
+
+std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                      Dialogs& dialogs,
+                                                      const std::string* expectedDataName) {
+    EventFileRefusal refusal;
+    auto file = ReadCheckedEventFile(path, expectedDataName, &refusal);
+    if (!file) dialogs.Message(refusal.caption, refusal.text);
     return file;
 }
 

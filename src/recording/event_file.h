@@ -80,6 +80,15 @@ std::string DescribeProblem(const EventFileContents& contents);
 std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
                                                       Dialogs& dialogs,
                                                       const std::string* expectedDataName);
+// The same checks without a dialog: a failure fills *refusal (caption and
+// text) instead of showing it.
+struct EventFileRefusal {
+    std::string caption;
+    std::string text;
+};
+std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                      const std::string* expectedDataName,
+                                                      EventFileRefusal* refusal);
 
 // The parameter fields at 1954..2013 (not the count). NumberPointsPeak is
 // taken only when withNumberPointsPeak; other fields of base stay.

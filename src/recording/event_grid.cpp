@@ -1,6 +1,7 @@
 #include "recording/event_grid.h"
 
 #include <array>
+#include <cmath>
 
 #include <fmt/format.h>
 
@@ -105,7 +106,10 @@ CellValue EventCellValue(const Recording& rec, const EventRecord& r, int row, in
 std::string FormatCell(const CellValue& value) {
     return std::visit(
         [](auto v) -> std::string {
-            if constexpr (std::is_same_v<decltype(v), float>) return fmt::format("{}", v);
+            // A measurement that could not be made (not a number) is left
+            // empty rather than shown as "nan".
+            if constexpr (std::is_same_v<decltype(v), float>)
+                return std::isnan(v) ? std::string() : fmt::format("{}", v);
             else return fmt::format("{}", int32_t(v));
         },
         value);

@@ -39,7 +39,9 @@ CellValue EventCellValue(const Recording* recording, const EventRecord& record, 
 CellValue EventCellValue(const Recording& recording, const EventRecord& record, int row, int column);
 
 // Text of a cell value for the grid and text exports: integers in full,
-// floats in their shortest form that reads back to the same float.
+// floats in their shortest form that reads back to the same float, and an
+// empty text for a measurement that could not be made (a half-width whose
+// trace never fell to half is stored as not a number).
 std::string FormatCell(const CellValue& value);
 
 }  // namespace vess

@@ -56,4 +56,11 @@ void WriteEventRecord(const EventRecord& r, std::span<uint8_t> b) {
     le::Put(b, kSampleIndex, r.sampleIndex);
 }
 
+bool EventRecord::operator==(const EventRecord& other) const {
+    std::array<uint8_t, kEventRecordBytes> a{}, b{};
+    WriteEventRecord(*this, a);
+    WriteEventRecord(other, b);
+    return a == b;
+}
+
 }  // namespace vess

@@ -31,7 +31,9 @@ struct EventRecord {
     int32_t relativeTime = 0;       // peak index within its screen, points
     int32_t sampleIndex = 0;        // peak index from the first data block
 
-    bool operator==(const EventRecord&) const = default;
+    // Two records are equal when their stored bytes are: a measurement kept
+    // as not a number equals its copy, as it does on disk.
+    bool operator==(const EventRecord& other) const;
 };
 
 inline constexpr std::size_t kEventRecordBytes = 76;

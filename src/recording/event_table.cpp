@@ -1,5 +1,7 @@
 #include "recording/event_table.h"
 
+#include <cmath>
+#include <type_traits>
 #include <utility>
 
 namespace vess {
@@ -25,6 +27,18 @@ namespace {
 // its place, splitting the range. Both sides are then sorted the same way
 // (the smaller side by recursion, the larger by looping, so the depth stays
 // logarithmic). Records with equal keys end up in no particular order.
+// Key order of the sort. A float that is not a number (a measurement that
+// could not be made) sorts after every number, so that comparisons stay a
+// strict order and such records gather at the end.
+template <class T>
+bool KeyLess(T a, T b) {
+    if constexpr (std::is_floating_point_v<T>) {
+        if (std::isnan(a)) return false;
+        if (std::isnan(b)) return true;
+    }
+    return a < b;
+}
+
 template <class T>
 void QuickSort(std::vector<EventRecord>& a, std::ptrdiff_t lo, std::ptrdiff_t hi,
                T EventRecord::*key) {
@@ -35,8 +49,8 @@ void QuickSort(std::vector<EventRecord>& a, std::ptrdiff_t lo, std::ptrdiff_t hi
         a[std::size_t(mid)] = a[std::size_t(lo)];
         std::ptrdiff_t i = lo + 1, j = hi;
         for (;;) {
-            while (i <= j && a[std::size_t(i)].*key < pk) ++i;
-            while (i <= j && a[std::size_t(j)].*key > pk) --j;
+            while (i <= j && KeyLess(a[std::size_t(i)].*key, pk)) ++i;
+            while (i <= j && KeyLess(pk, a[std::size_t(j)].*key)) --j;
             if (i >= j) break;
             std::swap(a[std::size_t(i)], a[std::size_t(j)]);
             ++i;

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "recording/data_array.h"
 #include "recording/event_table.h"
 #include "recording/recording.h"
 #include "recording/settings.h"
@@ -23,6 +24,12 @@ struct Workspace {
     std::filesystem::path iniPath;          // where "Vessanto.ini" is read and written
     int32_t screenStartBlock = 0;           // first block of the displayed screen
     int32_t selectedEvent = 0;              // 1-based; 0 when none
+    DataArray array1;                       // "Array #1"
+    DataArray array2;                       // "Array #2"
+
+    // Work array 1 or 2 (any other number gives array 2).
+    DataArray& Array(int number) { return number == 1 ? array1 : array2; }
+    const DataArray& Array(int number) const { return number == 1 ? array1 : array2; }
 
     AnalysisParameters& params() { return settings.analysis; }
     const AnalysisParameters& params() const { return settings.analysis; }

@@ -1,4 +1,6 @@
 #include <QAction>
+#include <QCheckBox>
+#include <QElapsedTimer>
 #include <QComboBox>
 #include <QPushButton>
 
@@ -6,6 +8,7 @@
 
 #include "app/qt_dialogs.h"
 #include "detection/navigation.h"
+#include "detection/ui/event_sound.h"
 #include "detection/ui/texts.h"
 #include "detection/whole_file.h"
 #include "gui_fixture.h"
@@ -129,6 +132,31 @@ TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
     DetectWholeFile(reference, quiet);
     ASSERT_GT(reference.events.Count(), 10);
     EXPECT_EQ(ws.events, reference.events);
+}
+
+// The beep follows ckSoundOn and sounds for events stored by any command,
+// the non-stop analysis included, paced to at most one per 150 ms.
+TEST_F(GuiTest, StoredEventsBeepWhileTheSoundIsOnNonStopIncluded) {
+    OpenSample();
+    int beeps = 0;
+    window->Sound().SetBeep([&] { ++beeps; });
+    auto* sound = window->findChild<QCheckBox*>("ckSoundOn");
+    ASSERT_NE(sound, nullptr);
+    ASSERT_FALSE(sound->isChecked());
+    for (int screens = 0; screens < 20 && ws.events.Empty(); ++screens) Key(Qt::Key_F10);
+    ASSERT_GT(ws.events.Count(), 0);
+    EXPECT_EQ(beeps, 0);
+
+    sound->click();
+    ASSERT_TRUE(ws.settings.SoundOn);
+    window->Trace()->setFocus();
+    QElapsedTimer run;
+    run.start();
+    Key(Qt::Key_F11);
+    ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 60000));
+    const int64_t ms = run.elapsed();
+    EXPECT_GE(beeps, 1);
+    EXPECT_LE(beeps, ms / 150 + 1);
 }
 
 TEST_F(GuiTest, F12StopsNonStopBetweenScreens) {

@@ -61,6 +61,34 @@ TEST(Scoring, GreedyOneToOneMatching) {
     EXPECT_EQ(c.noise, 0);
 }
 
+// Onset lists give the 1-based sample as t x rate: at 25 us (40 kHz) the
+// first onset of the first simulated recording, 0.32275 s, is sample 12910
+// counted from 1, 0-based sample 12909, 322.725 ms; not 322.75 ms, a sample
+// late. Peak times of the synthesiser's CSV are taken as they stand.
+TEST(Scoring, OnsetTimesAreOneBasedSamples) {
+    EXPECT_DOUBLE_EQ(OnsetTimeMs(0.32275, 25.0), 12909 * 0.025);
+    EXPECT_DOUBLE_EQ(OnsetTimeMs(0.0000499, 50.0), 0.0);  // sample 1 of 50 us
+    test::TempDir dir;
+    {
+        std::ofstream(dir / "onsets.txt") << "3.540750000e-01\n3.227500000e-01\n";
+        std::ofstream(dir / "peaks.csv") << "onset_ms,peak_ms,amplitude_pa\n1,2.5,20\n";
+    }
+    std::string problem;
+    const auto onsets = ReadTrueEvents(dir / "onsets.txt", 25.0, problem);
+    ASSERT_TRUE(onsets) << problem;
+    EXPECT_TRUE(onsets->onsets);
+    EXPECT_EQ(onsets->timesMs, (std::vector<double>{12909 * 0.025, 14162 * 0.025}));
+    const auto peaks = ReadTrueEvents(dir / "peaks.csv", 25.0, problem);
+    ASSERT_TRUE(peaks) << problem;
+    EXPECT_FALSE(peaks->onsets);
+    EXPECT_EQ(peaks->timesMs, std::vector<double>{2.5});
+    {
+        std::ofstream(dir / "bad.txt") << "0.1\nabc\n";
+    }
+    EXPECT_FALSE(ReadTrueEvents(dir / "bad.txt", 25.0, problem));
+    EXPECT_NE(problem.find("'abc'"), std::string::npos);
+}
+
 struct SweepPoint {
     double snr;
     double minRecall;
@@ -156,13 +184,6 @@ TEST(Accuracy, ProtocolOnlySetsTheThresholds) {
     EXPECT_EQ(ws->events.Records(), again->events.Records());
 }
 
-std::vector<double> OnsetsMs(const std::filesystem::path& path) {
-    std::ifstream in(path);
-    std::vector<double> ms;
-    for (double s; in >> s;) ms.push_back(s * 1000.0);
-    std::sort(ms.begin(), ms.end());
-    return ms;
-}
 
 // Forty simulated events (median about 11-12 pA) on real whole-cell noise,
 // scored against their onsets: a detected peak within 5 ms after one. The
@@ -182,7 +203,12 @@ TEST(Accuracy, NoiseThresholdProtocolOnSimulatedEventsInRealNoise) {
     for (const char* name : {"Sim1", "Sim2"}) {
         SCOPED_TRACE(name);
         const auto folder = test::SharedData() / "events" / name;
-        const std::vector<double> onsets = OnsetsMs(folder / "EventTimes.txt");
+        std::string problem;
+        const std::optional<TrueEvents> truth =
+            ReadTrueEvents(folder / "EventTimes.txt", 25.0, problem);
+        ASSERT_TRUE(truth) << problem;
+        ASSERT_TRUE(truth->onsets);
+        const std::vector<double>& onsets = truth->timesMs;
         ASSERT_EQ(onsets.size(), 40u);
         ScriptedDialogs dialogs;
         auto plain = Suggested(folder / "Simulation.abf");

@@ -62,6 +62,26 @@ TEST(ScreenNoise, StoredEventsAreLeftOut) {
     EXPECT_DOUBLE_EQ(flat.baselineUnits, -250.0);
 }
 
+// A recording of 1948 samples: eight blocks, the last one partly recorded,
+// so the last screen (blocks 4-7) holds 924 samples. They are the square
+// wave of +-10 counts (462 of +10, 461 of -10) and then 300: measured on
+// those 924 alone the mean is 310/924 and the RMS about it
+// sqrt((923 x 100 + 90000) / 924 - mean^2) = 14.04 counts. A screen padded
+// with the last sample repeated would count 1024 points and read 89.9.
+TEST(ScreenNoise, OnlyRecordedSamplesAreMeasured) {
+    std::vector<int16_t> t(1948);
+    for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? 10 : -10);
+    t.back() = 300;
+    test::TraceFile file(t);
+    ASSERT_EQ(file.rec->BlockCount(), 8);
+    const NoiseMeasure m = MeasureScreenNoise(Screen(*file.rec, 4, 4), EventTable{});
+    ASSERT_TRUE(m.valid);
+    EXPECT_EQ(m.points, 924);
+    const double mean = 310.0 / 924.0;
+    EXPECT_NEAR(m.rmsUnits, std::sqrt((923 * 100.0 + 90000.0) / 924.0 - mean * mean), 1e-9);
+    EXPECT_NEAR(m.rmsUnits, 14.04, 0.01);
+}
+
 TEST(RmsNoise, ShowsTheRmsInTheChannelsUnits) {
     NoiseFixture f;
     f.ws.screenStartBlock = 12;

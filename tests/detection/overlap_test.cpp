@@ -67,6 +67,54 @@ TEST(Overlap, ComplexPeakFindsBothEventsOfAPair) {
     }
 }
 
+// A further peak is a separate event only when the trace falls into a real
+// trough after the stored peak and rises from it again. A notch of 40 counts
+// on the top of a single event (the sample after its peak) makes a rise of
+// about 13 counts on three-point means, above the threshold of 5, but the
+// trace has not fallen from the peak into it: no further peak is stored,
+// where the search used to store the sample two after the peak as one.
+TEST(Overlap, ComplexPeakNeedsARealTroughBetweenPeaks) {
+    for (const int direction : {1, -1}) {
+        // 999.83 and 999.91 at 25 and 26 samples both round to 1000: the
+        // sampled peak is the earlier, 585.
+        std::vector<int16_t> trace(2048, 0);
+        AddEvent(trace, 560, DoubleExp{10, 100, 1000}, direction);
+        trace[586] = int16_t(trace[586] - 40 * direction);
+        const ScreenRun run(trace, /*complexPeak=*/true, int16_t(direction));
+        EXPECT_EQ(run.Peaks(), std::vector<int64_t>{585}) << direction;
+    }
+}
+
+// An event stored from the end of one screen lies again at the start of the
+// next, and is not taken again from there. The pair: a 600-count event
+// peaking at 950 (found in the range 760..959 of the first screen) and a
+// 1000-count one peaking near 1052 (range 960..1159, reaching into the next
+// screen); BaseOffset 160 samples. On the next screen the second event is at
+// window index 28 and its earlier-peak search reaches back over the first
+// one, a separate event that it would move to and store a second time. With
+// complex peaks the second is found as a further peak of the first, and the
+// next screen's search begins one range after it, as on the first screen.
+TEST(Overlap, EventsOfTheLastRangeAreNotStoredAgainOnTheNextScreen) {
+    std::vector<int16_t> trace(4096, 0);
+    AddEvent(trace, 925, DoubleExp{10, 100, 600});  // 599.9 at 25 and 26: peak 950
+    AddEvent(trace, 1028, DoubleExp{10, 100, 1000});
+    test::TraceFile file(trace);
+    for (const bool complexPeak : {false, true}) {
+        AnalysisParameters p = test::TestParams();
+        p.PeriodStartBaseline = 8000;
+        p.ComplexPeak = complexPeak;
+        EventTable events;
+        ScriptedDialogs dialogs;
+        for (int32_t block = 0; block < 16; block += 4)
+            AnalyzeWindow(Screen(*file.rec, block, 4), p, events, dialogs);
+        std::vector<int32_t> peaks;
+        for (const EventRecord& r : events.Records()) peaks.push_back(r.sampleIndex);
+        ASSERT_EQ(peaks.size(), 2u) << "complex " << complexPeak;
+        EXPECT_EQ(peaks[0], 950) << complexPeak;
+        EXPECT_NEAR(peaks[1], 1028 + kPeakDelay, 3) << complexPeak;
+    }
+}
+
 // Without complex peaks, the search range yields one event: the candidate is
 // the taller summed second peak, and the earlier-peak search moves it to the
 // first event, which falls back far enough before the second rises. The
@@ -155,7 +203,7 @@ TEST_F(Crossings, EqualNeighboursGiveTheStoppingIndex) {
     EXPECT_DOUBLE_EQ(RisingCrossing(screen, Shape(5), 0.95), 15.0);
     EventShape fall = Shape(5);
     fall.peak = 15;
-    EXPECT_DOUBLE_EQ(FallingCrossing(screen, fall, 0.95), 15.0);
+    EXPECT_EQ(FallingCrossing(screen, fall, 0.95), 15.0);
     // Unequal neighbours interpolate: 10 % lies between 11 (5) and 12 (40).
     EXPECT_DOUBLE_EQ(RisingCrossing(screen, Shape(5), 0.1), 11 + 5.0 / 35.0);
 }

@@ -3,6 +3,7 @@
 // command line's path), one undo step per command.
 #include <gtest/gtest.h>
 
+#include "detection/event_sound.h"
 #include "detection/screen_commands.h"
 #include "detection/whole_file.h"
 #include "recording/scripted_dialogs.h"
@@ -146,6 +147,23 @@ TEST(Equivalence, StepLoopAndWholeFileGiveTheSameEvents) {
         EXPECT_GT(stepped.size(), 10u) << path;
         EXPECT_EQ(stepped, whole) << path;
     }
+}
+
+// The sound for stored events: nothing for none; otherwise at most one in
+// any 150 ms, so that screens analysed a few milliseconds apart during a
+// non-stop run give one sound per 150 ms rather than a buzz.
+TEST(EventSound, OneSoundPer150MsAtMost) {
+    using namespace std::chrono_literals;
+    EventSoundPacer pacer;
+    const EventSoundPacer::Clock::time_point t0{};
+    EXPECT_FALSE(pacer.ShouldSound(0, t0));
+    EXPECT_TRUE(pacer.ShouldSound(3, t0));
+    EXPECT_FALSE(pacer.ShouldSound(1, t0 + 149ms));
+    EXPECT_TRUE(pacer.ShouldSound(1, t0 + 150ms));
+    // A non-stop run storing events every 5 ms for a second.
+    int sounds = 0;
+    for (auto t = 1000ms; t < 2000ms; t += 5ms) sounds += pacer.ShouldSound(2, t0 + t) ? 1 : 0;
+    EXPECT_EQ(sounds, 7);  // 1000, 1150, .. 1900
 }
 
 }  // namespace

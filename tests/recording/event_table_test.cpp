@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 #include <vector>
 
 #include "recording/event_record.h"
@@ -104,6 +106,28 @@ TEST(EventTableSort, ByteFieldsCompareUnsigned) {
     t.Sort(EventField::Channel);
     EXPECT_EQ(t[1].channel, 0);
     EXPECT_EQ(t[5].channel, 255);
+}
+
+// A half-width that could not be measured is stored as not a number. Such
+// records sort after every measured one (in any order among themselves), the
+// others in order; and a record equals its copy, as its bytes do.
+TEST(EventTableSort, UnmeasuredValuesSortLastAndRecordsStayEqual) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EventTable t;
+    for (float w : {3.0f, nan, 1.0f, nan, 2.0f, nan, 0.5f}) {
+        EventRecord r;
+        r.halfWidth = w;
+        t.Append(r);
+    }
+    const EventTable copy = t;
+    EXPECT_EQ(copy, t);
+    t.Sort(EventField::HalfWidth);
+    const std::vector<float> measured{0.5f, 1.0f, 2.0f, 3.0f};
+    for (int i = 1; i <= 4; ++i) EXPECT_EQ(t[i].halfWidth, measured[std::size_t(i - 1)]);
+    for (int i = 5; i <= 7; ++i) EXPECT_TRUE(std::isnan(t[i].halfWidth));
+    EventRecord other = t[1];
+    other.halfWidth = 0.25f;
+    EXPECT_FALSE(other == t[1]);
 }
 
 TEST(EventTableSort, OneRecordAndAllEqualKeysKeepContent) {

@@ -1,0 +1,48 @@
+// The work arrays as text: the clipboard copy and paste, and the array text
+// file (Axon Text File form, CR LF line ends) with its save and import.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recording/data_array.h"
+#include "recording/dialogs.h"
+
+namespace vess {
+
+struct Workspace;
+
+// Shortest plain decimal text that reads back to the same float ("0.1",
+// "12", "-3.5e-07" is never produced: "-0.00000035").
+std::string FormatArrayValue(float value);
+
+// Both arrays as two tab-separated columns headed "Array #1" and "Array #2",
+// rows 1 to the larger upper bound, CR LF line ends; a shorter array's cell
+// is empty.
+std::string ArraysClipboardText(const DataArray& a1, const DataArray& a2);
+// Numbers of clipboard text: lines split at CR (LF tolerated), the text
+// before the first tab of each line, lines that are not numbers skipped.
+std::vector<float> ParseClipboardNumbers(std::string_view text);
+// menu_PasteArray index k-1: the clear question, then replace or append.
+// Returns true when the array changed.
+bool PasteArrayCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, std::string_view clipboardText);
+
+// The array text file of both arrays; recordingName follows "Array Data : ".
+std::string ArraysAtfText(const std::string& recordingName, const DataArray& a1, const DataArray& a2);
+
+struct ImportedArrays {
+    DataArray array1;  // bounds 0..MaxArray1
+    DataArray array2;  // bounds 0..MaxArray2
+};
+// Reads an array text file; nothing when it fails the header test.
+std::optional<ImportedArrays> ParseArraysAtf(std::string_view text);
+
+// menu_ArrayAscii: silent when both arrays are empty; save dialog, replace
+// question, temporary file renamed over the target. True when written.
+bool SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
+// menu_importAscii: open dialog, "Not a Valid Data Array" on a bad file.
+bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
+
+}  // namespace vess

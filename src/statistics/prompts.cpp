@@ -1,0 +1,41 @@
+#include "statistics/prompts.h"
+
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "detection/number_entry.h"
+#include "statistics/texts.h"
+
+namespace vess {
+
+std::optional<double> AskNumber(Dialogs& dialogs, const std::string& caption, const std::string& text,
+                                const std::string& initial) {
+    const auto answer = dialogs.Input(caption, text, initial);
+    if (!answer) return std::nullopt;
+    return ParseNumberEntry(*answer);
+}
+
+std::optional<int> AskGroup(Dialogs& dialogs, const std::string& caption, const std::string& text) {
+    const auto g = AskNumber(dialogs, caption, text, "0");
+    if (!g || *g < 0 || *g > 255 || std::floor(*g) != *g) return std::nullopt;
+    return int(*g);
+}
+
+std::optional<double> AskBinSize(Dialogs& dialogs, const std::string& text) {
+    const auto size = AskNumber(dialogs, std::string(stats_texts::kBinSizeCaption), text);
+    if (!size || *size <= 0) return std::nullopt;
+    return size;
+}
+
+std::optional<std::string> AskAxisUnit(Dialogs& dialogs) {
+    return dialogs.Input(std::string(stats_texts::kAxisUnitCaption), std::string(stats_texts::kAxisUnitText));
+}
+
+void TellTooManyBins(Dialogs& dialogs) {
+    dialogs.Message(std::string(stats_texts::kTooManyBinsCaption), std::string(stats_texts::kTooManyBinsText));
+}
+
+std::string BinSizeText(double binSize) { return fmt::format("{}", binSize); }
+
+}  // namespace vess

@@ -1,0 +1,35 @@
+// Results as the data analysis window's grid (Grid1) and the column
+// statistics window show them: labelled rows of formatted cells, each with
+// the full-precision numbers behind it for copying and for `vess stats --json`.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vess {
+
+struct ResultRow {
+    std::string label;
+    std::vector<std::string> cells;   // as shown, one per value column
+    std::vector<double> values;       // the numbers behind the cells
+};
+
+struct ResultTable {
+    std::string title;
+    std::vector<std::string> columns; // value column headings (may be empty)
+    std::vector<ResultRow> rows;
+
+    const ResultRow* Find(const std::string& label) const {
+        for (const auto& r : rows)
+            if (r.label == label) return &r;
+        return nullptr;
+    }
+};
+
+// Number formats of the grids: "#,##0.000" is FormatNumber(x, 3, true),
+// "0.00000000" FormatNumber(x, 8, false), "##0.000" FormatNumber(x, 3, false),
+// "#,##0" FormatNumber(x, 0, true). NaN and infinities print as "NaN",
+// "Infinity" and "-Infinity".
+std::string FormatNumber(double value, int decimals, bool thousands);
+
+}  // namespace vess

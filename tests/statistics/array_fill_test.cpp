@@ -1,0 +1,177 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "recording/scripted_dialogs.h"
+#include "statistics/array_fill.h"
+#include "statistics/math_operation.h"
+#include "stats_fixture.h"
+
+namespace vess {
+namespace {
+
+using test::TempDir;
+
+std::vector<float> Values(const DataArray& a) { return {a.Values().begin(), a.Values().end()}; }
+
+using ArrayFillTest = test::FiveEventsTest;
+
+TEST(DataArray, ClearedArrayHoldsOneZeroAndCountsAsEmpty) {
+    DataArray a;
+    EXPECT_EQ(a.LowerBound(), 1);
+    EXPECT_EQ(a.UpperBound(), 1);
+    EXPECT_EQ(a[1], 0.0f);
+    EXPECT_TRUE(a.Empty());
+    const float two[] = {1, 2};
+    a.Assign(two);
+    EXPECT_FALSE(a.Empty());
+    a.Reallocate(0, 3);
+    EXPECT_EQ(a.LowerBound(), 0);
+    EXPECT_EQ(a.UpperBound(), 3);
+    EXPECT_EQ(a.Values().size(), 3u);
+}
+
+TEST_F(ArrayFillTest, AppendingToAClearedArrayKeepsTheLeadingZero) {
+    dialogs.AnswerYesNo(false).AnswerInput("0");
+    ASSERT_TRUE(PutEventDataCommand(ws, dialogs, 1, ArrayField::Amplitude));
+    const auto v = Values(ws.array1);
+    ASSERT_EQ(v.size(), 6u);
+    EXPECT_EQ(v[0], 0.0f);
+    EXPECT_EQ(v[1], ws.recording->Bit2pA(-2));
+    const auto& t = dialogs.Transcript();
+    ASSERT_EQ(t.size(), 3u);
+    EXPECT_EQ(t[0].caption, "Append data or clear Data before adding");
+    EXPECT_EQ(t[0].text,
+              "Would you like to clear the array #1 before adding? (Answering 'No' will append the new data to "
+              "the previous data)");
+    EXPECT_EQ(t[1].caption, "Add Grouped Events");
+    EXPECT_EQ(t[2].caption, "Done Filling Array #1");
+    EXPECT_EQ(t[2].text, "All of 5 event data are safely put into Array #1 for further statistical data analysis.");
+}
+
+TEST_F(ArrayFillTest, ClearingFirstGivesExactlyTheGroupInTableOrder) {
+    dialogs.AnswerYesNo(true).AnswerInput("1");
+    ASSERT_TRUE(PutEventDataCommand(ws, dialogs, 2, ArrayField::Amplitude));
+    // Group 1 is events 1, 3, 5 (amplitudes -2, -6, -10 counts).
+    const std::vector<float> expected = {ws.recording->Bit2pA(-2), ws.recording->Bit2pA(-6),
+                                         ws.recording->Bit2pA(-10)};
+    EXPECT_EQ(Values(ws.array2), expected);
+    EXPECT_EQ(dialogs.Messages().back().caption, "Done Filling Array #2");
+    EXPECT_TRUE(ws.array1.Empty());
+}
+
+TEST_F(ArrayFillTest, ConversionsFollowTheFillTable) {
+    const EventRecord& e = ws.events[1];
+    const Recording* r = ws.recording.get();
+    // The offset of 3 units tells the two level conversions apart.
+    ASSERT_NE(r->Bit2pA(100), r->Bit2pA2(100));
+    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Amplitude), r->Bit2pA(e.amplitude));
+    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Noise), r->Bit2pA(e.noise));
+    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Baseline), r->Bit2pA2(e.baseline));
+    // 4 points of 50 us are 0.2 ms; 1000 points 50 ms.
+    EXPECT_FLOAT_EQ(ArrayFieldValue(r, e, ArrayField::RiseTime), 0.2f);
+    EXPECT_FLOAT_EQ(ArrayFieldValue(r, e, ArrayField::RelativeTime), 50.0f);
+    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Area), -7.25f);
+    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::PeakDirection), -1.0f);
+    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Time, 1000.0), 1010.0f);
+}
+
+TEST(ArrayFieldNames, CaptionsLowerCaseWithoutSpaces) {
+    EXPECT_EQ(ArrayFieldFromName("amplitude"), ArrayField::Amplitude);
+    EXPECT_EQ(ArrayFieldFromName("rise10-90"), ArrayField::Rise1090);
+    EXPECT_EQ(ArrayFieldFromName("timetorise"), ArrayField::RiseTime);
+    EXPECT_EQ(ArrayFieldFromName("burstevent#"), ArrayField::BurstEventNumber);
+    EXPECT_EQ(ArrayFieldFromName("relativetime"), ArrayField::RelativeTime);
+    EXPECT_FALSE(ArrayFieldFromName("Amplitude"));
+    EXPECT_EQ(ArrayFieldCaption(ArrayField::BurstEventNumber), "Burst Event #");
+}
+
+TEST_F(ArrayFillTest, TimeAsksForAConstantAndCancelChangesNothing) {
+    dialogs.AnswerYesNo(true).AnswerInput("0").AnswerInput(std::nullopt);
+    EXPECT_FALSE(PutEventDataCommand(ws, dialogs, 1, ArrayField::Time));
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Add a constant");
+    EXPECT_TRUE(ws.array1.Empty());
+
+    const int32_t rows[] = {4, 2};
+    dialogs.AnswerYesNo(true).AnswerInput("100");
+    ASSERT_TRUE(PutHighlightedEventDataCommand(ws, dialogs, 1, ArrayField::Time, rows));
+    EXPECT_EQ(Values(ws.array1), (std::vector<float>{150, 130}));  // selection order, 100 ms added
+}
+
+TEST_F(ArrayFillTest, SilentWithoutEventsGroupMatchesOrSelection) {
+    Workspace empty;
+    EXPECT_FALSE(PutEventDataCommand(empty, dialogs, 1, ArrayField::Amplitude));
+    EXPECT_FALSE(PutHighlightedEventDataCommand(ws, dialogs, 1, ArrayField::Amplitude, {}));
+    const int32_t row[] = {1};  // the highlighted-rows menus stop at Slope10-90
+    EXPECT_FALSE(PutHighlightedEventDataCommand(ws, dialogs, 1, ArrayField::RelativeTime, row));
+    EXPECT_TRUE(dialogs.Transcript().empty());
+    dialogs.AnswerYesNo(true).AnswerInput("7");  // no event has group 7
+    EXPECT_FALSE(PutEventDataCommand(ws, dialogs, 1, ArrayField::Amplitude));
+    EXPECT_TRUE(dialogs.Messages().empty());
+    EXPECT_TRUE(ws.array1.Empty());
+}
+
+TEST_F(ArrayFillTest, InterEventIntervalsOfSortedTimes) {
+    // All times 10, 20, 30, 45, 50 sorted: 10, 10, 15, 5.
+    dialogs.AnswerYesNo(true).AnswerInput("0");
+    ASSERT_TRUE(InterEventIntervalsCommand(ws, dialogs, 1));
+    EXPECT_EQ(Values(ws.array1), (std::vector<float>{10, 10, 15, 5}));
+    EXPECT_EQ(dialogs.Messages().back().text,
+              "All of 4 inter-event intervals are safely put into Array #1 for further statistical data analysis.");
+    EXPECT_EQ(dialogs.Transcript()[1].caption, "Calculate Grouped Events");
+}
+
+TEST_F(ArrayFillTest, TooFewEventsForIntervalsKeepsTheArray) {
+    ws.events.Truncate(1);
+    const float kept[] = {7, 8};
+    ws.array2.Assign(kept);
+    dialogs.AnswerYesNo(true).AnswerInput("0");
+    EXPECT_FALSE(InterEventIntervalsCommand(ws, dialogs, 2));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, "Error");
+    EXPECT_EQ(dialogs.Messages()[0].text, "Not enough events to add.");
+    EXPECT_EQ(Values(ws.array2), (std::vector<float>{7, 8}));
+}
+
+TEST_F(ArrayFillTest, MathOperationUsesTheShorterOperandAndReplacesTheDestination) {
+    const float a[] = {1, 2, 3, 4};
+    const float b[] = {10, 20, 0};
+    ws.array1.Assign(a);
+    ws.array2.Assign(b);
+    MathRequest r{MathOperand::Array1, 0, MathOperation::Addition, MathOperand::Array2, 0, 2};
+    ASSERT_TRUE(MathOperationCommand(ws, dialogs, r));
+    EXPECT_EQ(Values(ws.array2), (std::vector<float>{11, 22, 3}));
+    EXPECT_EQ(dialogs.Messages()[0].caption, "Mathematical Operation Finished");
+    EXPECT_EQ(dialogs.Messages()[0].text, "Calculations are done and the results are put into array #2");
+
+    // A constant applies to every element; event fields come in table order.
+    r = {MathOperand::Time, 0, MathOperation::Multiply, MathOperand::Constant, 2, 1};
+    EXPECT_EQ(ComputeMath(ws, r).values, (std::vector<float>{20, 60, 40, 100, 90}));
+    r = {MathOperand::Constant, 9, MathOperation::SquareRoot, MathOperand::Array2, 0, 1};
+    EXPECT_EQ(ComputeMath(ws, r).values, (std::vector<float>{3}));
+}
+
+TEST_F(ArrayFillTest, DivisionByZeroGivesInfinityAndSaysSo) {
+    const float a[] = {1, -1, 0};
+    const float zero[] = {0, 0, 0};
+    ws.array1.Assign(a);
+    ws.array2.Assign(zero);
+    const MathRequest r{MathOperand::Array1, 0, MathOperation::Divide, MathOperand::Array2, 0, 1};
+    ASSERT_TRUE(MathOperationCommand(ws, dialogs, r));
+    EXPECT_EQ(ws.array1[1], std::numeric_limits<float>::infinity());
+    EXPECT_EQ(ws.array1[2], -std::numeric_limits<float>::infinity());
+    EXPECT_TRUE(std::isnan(ws.array1[3]));
+    ASSERT_EQ(dialogs.Messages().size(), 2u);
+    EXPECT_NE(dialogs.Messages()[1].text.find("3 of the results"), std::string::npos);
+}
+
+TEST(MathTexts, SelectorsKeepTheirSpelling) {
+    EXPECT_EQ(MathOperationCaption(MathOperation::Multiply), "Muliply");
+    EXPECT_EQ(MathOperandCaption(MathOperand::InterEventInterval), "Inter-event Interval");
+    EXPECT_TRUE(IsUnary(MathOperation::Squared));
+    EXPECT_FALSE(IsUnary(MathOperation::Divide));
+}
+
+}  // namespace
+}  // namespace vess

@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "recording/file_io.h"
+#include "recording/scripted_dialogs.h"
+#include "statistics/array_text.h"
+#include "stats_fixture.h"
+
+namespace vess {
+namespace {
+
+using test::TempDir;
+
+std::string ReadAll(const std::filesystem::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+DataArray Of(std::vector<float> v) {
+    DataArray a;
+    a.Assign(v);
+    return a;
+}
+
+TEST(ArrayText, ValuesInShortestPlainDecimal) {
+    EXPECT_EQ(FormatArrayValue(0.1f), "0.1");
+    EXPECT_EQ(FormatArrayValue(12.0f), "12");
+    EXPECT_EQ(FormatArrayValue(-3.5e-7f), "-0.00000035");
+    EXPECT_EQ(FormatArrayValue(1234567.0f), "1234567");
+}
+
+TEST(ArrayText, PasteTakesTheFirstCellOfNumericLines) {
+    EXPECT_EQ(ParseClipboardNumbers("1.5\rabc\r2\t7\r"), (std::vector<float>{1.5f, 2.0f}));
+    EXPECT_EQ(ParseClipboardNumbers("Array #1\tArray #2\r\n3\t\r\n\t4\r\n"), (std::vector<float>{3.0f}));
+}
+
+TEST(ArrayText, PasteAsksThenReplacesOrAppends) {
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    dialogs.AnswerYesNo(false);
+    ASSERT_TRUE(PasteArrayCommand(ws, dialogs, 2, "1.5\rabc\r2\t7"));
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Clear Data Array?");
+    EXPECT_EQ(dialogs.Transcript()[0].text,
+              "There are 2 numbers extracted from the clipboard.  Would you like to clear the Array#2 before "
+              "pasting?");
+    EXPECT_EQ(ws.array2.UpperBound(), 3);  // the cleared array's 0, then 1.5 and 2
+    dialogs.AnswerYesNo(true);
+    ASSERT_TRUE(PasteArrayCommand(ws, dialogs, 2, "8\r9"));
+    EXPECT_EQ(std::vector<float>(ws.array2.Values().begin(), ws.array2.Values().end()), (std::vector<float>{8, 9}));
+}
+
+TEST(ArrayText, ClipboardCopyHasTwoColumnsWithBlankCells) {
+    EXPECT_EQ(ArraysClipboardText(Of({1, 2.5f}), Of({3})), "Array #1\tArray #2\r\n1\t3\r\n2.5\t\r\n");
+}
+
+TEST(ArrayText, FileOfTenAndThreeValues) {
+    const DataArray a1 = Of({1, 2, 3, 4, 5, 6, 7, 8, 9, 10.5f});
+    const DataArray a2 = Of({-1, 0.25f, 1e6f});
+    const std::string text = ArraysAtfText("cell.abf", a1, a2);
+    const std::string expectedHead =
+        "ATF\t1.0\r\n3\t2\r\n\"Array Data : cell.abf\"\r\n\"MaxArray1 : 10\"\r\n\"MaxArray2 : 3\"\r\n"
+        "\"Array #1\"\t\"Array #2\"\r\n1\t-1\r\n2\t0.25\r\n3\t1000000\r\n4\t \r\n";
+    EXPECT_EQ(text.substr(0, expectedHead.size()), expectedHead);
+    EXPECT_TRUE(text.ends_with("10.5\t \r\n"));
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 6 + 10);
+
+    const auto back = ParseArraysAtf(text);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->array1.LowerBound(), 0);
+    EXPECT_EQ(back->array1.UpperBound(), 10);
+    EXPECT_EQ(back->array2.UpperBound(), 3);
+    EXPECT_EQ(back->array1[0], 0.0f);
+    EXPECT_EQ(back->array1[10], 10.5f);
+    EXPECT_EQ(back->array2[3], 1e6f);
+    // Written again, the imported arrays give the same bytes.
+    EXPECT_EQ(ArraysAtfText("cell.abf", back->array1, back->array2), text);
+}
+
+TEST(ArrayText, ImportRefusesOtherFilesAndFillsMissingRowsWithZero) {
+    EXPECT_FALSE(ParseArraysAtf("ATF\t1.0\r\n0\t2\r\n\"Time(ms)\"\t\"Amplitude(pA)\"\r\n"));
+    EXPECT_FALSE(ParseArraysAtf("ATF\t1.0\r\n3\t2\r\nArray Data : x\r\n"));  // no opening quote
+    EXPECT_FALSE(ParseArraysAtf(""));
+    const auto short_ = ParseArraysAtf(
+        "ATF\t1.0\r\n3\t2\r\n\"Array Data : x\"\r\n\"MaxArray1 : 4\"\r\n\"MaxArray2 : 2\"\r\n\"a\"\t\"b\"\r\n5\t6\r\n");
+    ASSERT_TRUE(short_);
+    EXPECT_EQ(short_->array1.UpperBound(), 4);
+    EXPECT_EQ(short_->array1[1], 5.0f);
+    EXPECT_EQ(short_->array1[4], 0.0f);
+    EXPECT_EQ(short_->array2[1], 6.0f);
+}
+
+TEST(ArrayText, SaveAndImportCommandsRoundTripByteForByte) {
+    TempDir dir;
+    Workspace ws;
+    ws.recording = test::OffsetRecording(dir);
+    ASSERT_TRUE(ws.recording);
+    ScriptedDialogs dialogs;
+    // Both arrays empty: nothing asked.
+    EXPECT_FALSE(SaveArraysAsciiCommand(ws, dialogs));
+    EXPECT_TRUE(dialogs.Transcript().empty());
+
+    ws.array1 = Of({0.1f, 2, 3});
+    ws.array2 = Of({4});
+    dialogs.AnswerSaveFile((dir / "arrays").string());
+    ASSERT_TRUE(SaveArraysAsciiCommand(ws, dialogs));
+    const std::string first = ReadAll(dir / "arrays.txt");
+    EXPECT_TRUE(first.starts_with("ATF\t1.0\r\n3\t2\r\n\"Array Data : rec.abf\"\r\n"));
+
+    Workspace other;
+    dialogs.AnswerOpenFile((dir / "arrays.txt").string());
+    ASSERT_TRUE(ImportArraysAsciiCommand(other, dialogs));
+    EXPECT_EQ(other.array1.LowerBound(), 0);
+    EXPECT_EQ(other.array2.UpperBound(), 1);
+    other.recording = test::OffsetRecording(dir);
+    dialogs.AnswerSaveFile((dir / "again.txt").string());
+    ASSERT_TRUE(SaveArraysAsciiCommand(other, dialogs));
+    EXPECT_EQ(ReadAll(dir / "again.txt"), first);
+
+    // An existing file asks to replace; No keeps it.
+    dialogs.AnswerSaveFile((dir / "again.txt").string()).AnswerYesNo(false);
+    EXPECT_FALSE(SaveArraysAsciiCommand(ws, dialogs));
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Replace File");
+}
+
+TEST(ArrayText, ImportOfAForeignFileSaysSoAndKeepsTheArrays) {
+    TempDir dir;
+    ASSERT_EQ(WriteFileAtomic(dir / "x.txt", std::string_view("hello\r\n")), "");
+    Workspace ws;
+    ws.array1 = Of({1, 2});
+    ScriptedDialogs dialogs;
+    dialogs.AnswerOpenFile((dir / "x.txt").string());
+    EXPECT_FALSE(ImportArraysAsciiCommand(ws, dialogs));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, "Not a Valid Data Array");
+    EXPECT_EQ(dialogs.Messages()[0].text,
+              "This file does not contain valid array data.  Please check the file and try again.");
+    EXPECT_EQ(ws.array1.UpperBound(), 2);
+}
+
+}  // namespace
+}  // namespace vess

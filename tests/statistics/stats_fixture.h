@@ -1,0 +1,68 @@
+// A workspace with a small recording and hand-made events for the
+// statistics tests: 2 counts a unit, an instrument offset of 3 units (so
+// levels with offset and differences without come out apart), 50 us a point.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "recording/abf_writer.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/workspace.h"
+#include "support/test_recording.h"
+
+namespace vess::test {
+
+inline std::unique_ptr<Recording> OffsetRecording(const TempDir& dir, std::vector<int16_t> samples = {}) {
+    auto writeSpec = MakeSpec(50, 2.0f);
+    writeSpec.channels[0].instrumentOffset = 3.0f;
+    if (samples.empty()) samples.assign(4096, 0);
+    const auto path = dir / "rec.abf";
+    if (!WriteAbf(path, writeSpec, samples).empty()) return nullptr;
+    AbfError error{};
+    return Recording::Open(path, &error);
+}
+
+inline EventRecord MakeEvent(float timeMs, int32_t amplitude, uint8_t group = 0) {
+    EventRecord r;
+    r.time = timeMs;
+    r.amplitude = amplitude;
+    r.noise = 4;
+    r.riseTime = 4;
+    r.decayTime = 20;
+    r.baseline = 100;
+    r.area = -7.25f;
+    r.group = group;
+    r.rise1090 = 0.15f;
+    r.halfWidth = 1.5f;
+    r.rise50 = 2;
+    r.peakDirection = -1;
+    r.slope1090 = -33.5f;
+    r.relativeTime = 1000;
+    return r;
+}
+
+// Five events at 10, 30, 20, 50, 45 ms (out of order on purpose), amplitudes
+// -2, -4, -6, -8, -10 counts, groups 1, 2, 1, 2, 1.
+inline void AddFiveEvents(Workspace& ws) {
+    const float times[] = {10, 30, 20, 50, 45};
+    const uint8_t groups[] = {1, 2, 1, 2, 1};
+    for (int i = 0; i < 5; ++i) ws.events.Append(MakeEvent(times[i], -2 * (i + 1), groups[i]));
+}
+
+// The offset recording with the five events, and scripted dialogs.
+class FiveEventsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ws.recording = OffsetRecording(dir);
+        ASSERT_TRUE(ws.recording);
+        AddFiveEvents(ws);
+    }
+    TempDir dir;
+    Workspace ws;
+    ScriptedDialogs dialogs;
+};
+
+}  // namespace vess::test
