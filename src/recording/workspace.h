@@ -4,6 +4,7 @@
 // globals.
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
@@ -11,6 +12,7 @@
 #include "recording/event_table.h"
 #include "recording/recording.h"
 #include "recording/settings.h"
+#include "recording/value_ranges.h"
 
 namespace vess {
 
@@ -32,8 +34,7 @@ struct Workspace {
     AnalysisParameters& params() { return settings.analysis; }
     const AnalysisParameters& params() const { return settings.analysis; }
     int32_t BlocksPerScreen() const {
-        return settings.DisplayTotalNumberBlockPerScreen < 1 ? 1
-                                                             : settings.DisplayTotalNumberBlockPerScreen;
+        return std::clamp(settings.DisplayTotalNumberBlockPerScreen, 1, kMaxBlocksPerScreen);
     }
 };
 
