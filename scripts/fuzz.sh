@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Builds every libFuzzer target in fuzz/ with clang (ASan + UBSan) and runs
 # each for SECONDS seconds on its corpus under build-fuzz/corpus/<target>.
-# Seeds: the first 8 KiB of the real ABF 1 recordings and 32 KiB of the ABF 2
-# ones beside the checkout (when present) and files made by our own writer; fuzz/seeds/<target>/ if a target
-# keeps seeds in the repository. Corpora and crashes stay under build-fuzz/.
+# Seeds: small whole files made from the real ABF 1 recordings and the first
+# 32 KiB of the ABF 2 ones beside the checkout (when present), files made by
+# our own writer, and fuzz/seeds/<target>/ if a target keeps seeds in the
+# repository. Corpora and crashes stay under build-fuzz/.
 set -euo pipefail
 seconds=${1:?usage: scripts/fuzz.sh SECONDS [TARGET...]}
 shift || true
@@ -20,15 +21,20 @@ if [ ${#targets[@]} -eq 0 ]; then
   for src in "$here"/fuzz/*.cpp; do targets+=("$(basename "$src" .cpp)"); done
 fi
 
-seed_abf() {  # $1 = corpus folder
+# Whole small files made from the real ABF 1 recordings: the header, the
+# first blocks of samples and the tags, with the length and tag pointer
+# rewritten, so that the fuzzer starts from files that reach every section.
+seed_abf() {  # $1 = corpus folder, $2 = extra option of small_abf.py
   local corpus=$1 shared="$here/../shared/data" f
   if [ -d "$shared" ]; then
     while IFS= read -r -d '' f; do
-      # ABF 2 sections lie further in (strings up to block 35, data up
-      # to 38): keep enough bytes to reach them.
-      local keep=8192
-      if [ "$(head -c 4 "$f")" = "ABF2" ]; then keep=32768; fi
-      head -c "$keep" "$f" >"$corpus/real-$(basename "$f").head"
+      if [ "$(head -c 4 "$f")" = "ABF2" ]; then
+        # ABF 2: the first 32 KiB reach every section (strings up to block
+        # 35, samples from block 38); the header target only.
+        if [ -z "${2:-}" ]; then head -c 32768 "$f" >"$corpus/real-$(basename "$f").head"; fi
+      else
+        python3 "$here/scripts/small_abf.py" "$f" "$corpus/real-$(basename "$f")" ${2:-} || true
+      fi
     done < <(find "$shared" -name '*.abf' -print0)
   fi
   local tmp
@@ -47,11 +53,16 @@ for t in "${targets[@]}"; do
   mkdir -p "$corpus" "$artifacts"
   case "$t" in
     fuzz_abf_header) seed_abf "$corpus" ;;
+    fuzz_detect) seed_abf "$corpus" --detect ;;
   esac
   if [ -d "$here/fuzz/seeds/$t" ]; then cp -r "$here/fuzz/seeds/$t/." "$corpus/"; fi
+  dict=()
+  if [ -f "$here/fuzz/$t.dict" ]; then dict=(-dict="$here/fuzz/$t.dict"); fi
   echo "== $t for ${seconds}s"
-  if ! "$build/fuzz/$t" -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 \
-      -artifact_prefix="$artifacts/" -print_final_stats=1 "$corpus" 2>"$build/$t.log"; then
+  # A run of more than 10 s on one input is a fault here (detection of one
+  # screen takes milliseconds).
+  if ! "$build/fuzz/$t" -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 -timeout=10 \
+      "${dict[@]}" -artifact_prefix="$artifacts/" -print_final_stats=1 "$corpus" 2>"$build/$t.log"; then
     echo "!! $t found a problem; see $build/$t.log and $artifacts/"
     status=1
   fi

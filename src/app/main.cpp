@@ -15,6 +15,7 @@
 #include "app/qt_dialogs.h"
 #include "app/screenshot.h"
 #include "recording/settings_file.h"
+#include "recording/texts.h"
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -30,7 +31,8 @@ int main(int argc, char** argv) {
 
     vess::Workspace ws;
     ws.iniPath = vess::DefaultIniPath(QCoreApplication::applicationDirPath().toStdString());
-    ws.settings = vess::LoadIniSettings(ws.iniPath);
+    std::vector<std::string> settingsProblems;
+    ws.settings = vess::LoadIniSettings(ws.iniPath, &settingsProblems);
     // Absolute now: the file lists change the current folder.
     QStringList files;
     for (const QString& f : parser.positionalArguments()) files << QFileInfo(f).absoluteFilePath();
@@ -42,6 +44,9 @@ int main(int argc, char** argv) {
     vess::MainWindow window(ws, dialogs);
     dialogs.SetParent(&window);
     window.show();
+    if (!settingsProblems.empty())
+        dialogs.Message(std::string(vess::texts::kSettingsNotLoadedCaption),
+                        vess::SettingsProblemsText(ws.iniPath, settingsProblems));
     if (!files.isEmpty()) window.OpenPath(files.first());
 
     if (parser.isSet("screenshot")) {

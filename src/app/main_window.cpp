@@ -15,6 +15,7 @@
 #include <QScrollBar>
 #include <QSettings>
 #include <QSplitter>
+#include <QTimer>
 #include <QStatusBar>
 #include <QTableView>
 #include <QToolTip>
@@ -28,6 +29,8 @@
 #include "detection/ui/texts.h"
 #include "detection/ui/trace_view.h"
 #include "recording/event_grid_format.h"
+#include "recording/event_file.h"
+#include "recording/open_recording.h"
 #include "recording/screen.h"
 #include "recording/settings_file.h"
 #include "recording/texts.h"
@@ -247,6 +250,13 @@ void MainWindow::RebuildScreen() {
     screen_ = std::make_unique<Screen>(*ws_.recording, ws_.screenStartBlock, ws_.BlocksPerScreen());
     if (newRecording) trace_->ResetScale();
     trace_->SetScreen(screen_.get());
+    // After the redraw that is under way, not inside it.
+    if (!screen_->Complete()) QTimer::singleShot(0, this, &MainWindow::ReportReadFaultOnce);
+}
+
+void MainWindow::ReportReadFaultOnce() {
+    if (ReportReadFault(ws_, dialogs_, [this] { return SaveEventFileCommand(ws_, dialogs_); }))
+        RefreshStatus();
 }
 
 void MainWindow::RefreshTrace() {

@@ -87,6 +87,9 @@ private:
 
     // Redrawing.
     void RebuildScreen();
+    // Tells the user once that the recording's file could not be read,
+    // offering to save the events.
+    void ReportReadFaultOnce();
     void RefreshTrace();
     void RefreshGrid();
     void RefreshStatus();

@@ -60,7 +60,10 @@ void MainWindow::OnNonStopProgress(bool finished) {
                              .arg(p.eventsFound));
     if (ws_.events.Count() > 0) ws_.selectedEvent = ws_.events.Count();
     AfterEdit(false);
-    if (finished) RefreshActions();
+    if (finished) {
+        RefreshActions();
+        ReportReadFaultOnce();
+    }
 }
 
 void MainWindow::OnReset() {

@@ -16,6 +16,7 @@
 #include "recording/event_file.h"
 #include "recording/event_grid.h"
 #include "recording/file_io.h"
+#include "cli/stderr_dialogs.h"
 
 namespace vess::cli {
 namespace {

@@ -9,6 +9,8 @@
 #include "recording/parameter_file.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/settings_file.h"
+#include "recording/texts.h"
+#include "recording/value_ranges.h"
 
 namespace vess::cli {
 namespace {
@@ -42,7 +44,7 @@ void AddDetectionOptions(CLI::App& cmd, DetectionOptions& o) {
     cmd.add_flag("--suggest-from-noise", o.suggestFromNoise,
                  "set the method's kernel and thresholds from this recording's noise and events");
     cmd.add_option("--blocks-per-screen", o.blocksPerScreen, "256-point blocks per screen")
-        ->check(CLI::Range(1, 1 << 20));
+        ->check(CLI::Range(1, int(kMaxBlocksPerScreen)));
 }
 
 std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment) {
@@ -71,17 +73,21 @@ std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment)
 }
 
 std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
-    std::error_code ec;
     if (!o.settingsFile.empty()) {
-        // A missing settings file would silently give the defaults.
-        if (!std::filesystem::is_regular_file(o.settingsFile, ec))
-            return o.settingsFile + ": no such settings file";
-        ws.settings = LoadIniSettings(o.settingsFile);
+        // A missing file, or one that is no settings file, would silently
+        // give the defaults.
+        const SettingsFileRead read = ReadSettingsFile(o.settingsFile);
+        if (!read.settings) return o.settingsFile + ": " + read.refusal;
+        if (!read.problems.empty()) return SettingsProblemsText(o.settingsFile, read.problems);
+        ws.settings = *read.settings;
     }
     if (!o.parameterFile.empty()) {
-        const std::optional<std::vector<uint8_t>> bytes = ReadFileBytes(o.parameterFile);
-        if (!bytes) return o.parameterFile + ": cannot open the parameter file";
+        std::string why;
+        const std::optional<std::vector<uint8_t>> bytes = ReadFileBytes(o.parameterFile, &why);
+        if (!bytes) return o.parameterFile + ": cannot open the parameter file (" + why + ")";
         const ParameterFileContents contents = ParseParameterFile(*bytes, ws.params());
+        if (contents.problem == EventFileProblem::BadParameters)
+            return o.parameterFile + ": " + contents.detail;
         if (contents.problem != EventFileProblem::None)
             return o.parameterFile + ": too short or unreadable for a parameter file";
         if (!contents.hasProductTag)
@@ -95,6 +101,8 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         if (!problem.empty()) return "--set: " + problem;
     }
     if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
+    if (const std::string problem = ParameterProblem(ws.params()); !problem.empty())
+        return "--set: " + problem;
     if (o.blocksPerScreen > 0) ws.settings.DisplayTotalNumberBlockPerScreen = o.blocksPerScreen;
 
     AbfError error = AbfError::None;

@@ -10,6 +10,7 @@
 
 #include "cli/commands.h"
 #include "cli/named_recording.h"
+#include "cli/stderr_dialogs.h"
 #include "recording/event_file.h"
 #include "recording/event_grid.h"
 #include "recording/recording.h"
@@ -79,16 +80,10 @@ void AddEventsCommand(CLI::App& app) {
     cmd->add_flag("--csv", opts->csv, "print the event table alone, comma-separated");
     cmd->callback([opts] {
         const std::filesystem::path path = opts->file;
-        const EventFileContents f = ReadEventFile(path);
-        if (!f.Ok()) {
-            std::cerr << "vess events: " << opts->file << ": " << DescribeProblem(f) << "\n";
-            throw CLI::RuntimeError(1);
-        }
-        if (!f.HasProductTag()) {
-            std::cerr << "vess events: " << opts->file << ": "
-                      << texts::kNotEventFileText << "\n";
-            throw CLI::RuntimeError(1);
-        }
+        StderrDialogs dialogs;
+        const std::optional<EventFileContents> checked = ReadCheckedEventFile(path, dialogs, nullptr);
+        if (!checked) throw CLI::RuntimeError(1);
+        const EventFileContents& f = *checked;
         const auto rec = OpenNamedRecording(path, f);
         if (!rec)
             std::cerr << "vess events: the data file " << f.storedName << " is not beside "

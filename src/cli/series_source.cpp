@@ -34,9 +34,10 @@ LoadedSeries Failure(std::string message) { return {{}, std::move(message)}; }
 
 LoadedSeries FromEventFile(const std::filesystem::path& path, const std::string& fieldName, int group,
                            bool intervals) {
-    const EventFileContents f = ReadEventFile(path);
-    if (!f.Ok()) return Failure(path.string() + ": " + DescribeProblem(f));
-    if (!f.HasProductTag()) return Failure(path.string() + ": " + std::string(texts::kNotEventFileText));
+    EventFileRefusal refusal;
+    const std::optional<EventFileContents> checked = ReadCheckedEventFile(path, nullptr, &refusal);
+    if (!checked) return Failure(refusal.caption + ": " + refusal.text);
+    const EventFileContents& f = *checked;
     EventTable table;
     table.Assign(f.records);
     if (group != 0 && std::none_of(f.records.begin(), f.records.end(),

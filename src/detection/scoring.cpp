@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <sstream>
 #include <vector>
 
 #include "detection/whole_file.h"
+#include "recording/file_io.h"
 #include "recording/rounding.h"
 #include "recording/screen.h"
 
@@ -34,11 +34,13 @@ double OnsetTimeMs(double seconds, double intervalUs) {
 
 std::optional<TrueEvents> ReadTrueEvents(const std::filesystem::path& path, double intervalUs,
                                          std::string& problem) {
-    std::ifstream in(path);
-    if (!in) {
-        problem = path.string() + ": cannot open";
+    std::string why;
+    const auto bytes = ReadFileBytes(path, &why);  // regular files only
+    if (!bytes) {
+        problem = path.string() + ": cannot open (" + why + ")";
         return std::nullopt;
     }
+    std::istringstream in(std::string(bytes->begin(), bytes->end()));
     TrueEvents truth;
     std::string line;
     int peakColumn = -1;

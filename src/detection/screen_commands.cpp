@@ -19,6 +19,9 @@ void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
 
 AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
     const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    // Samples that could not be read are zeros, not data: nothing is
+    // detected on them (the caller tells the user about the fault).
+    if (!screen.Complete()) return {};
     if (UsesFilteringMethod(ws))
         return AnalyzeWindowByMethod(screen, ws.params(), MethodRunFor(ws), ws.events, dialogs);
     return AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
@@ -77,6 +80,10 @@ bool NonStopAnalysis::Step() {
     const int32_t before = ws_.events.Count();
     last_ = AnalyzeShown(ws_, dialogs_);
     ++progress_.screensDone;
+    if (!ws_.recording->ReadFault().empty()) {
+        running_ = false;
+        return false;
+    }
     if (last_.improperParameters) {
         running_ = false;
         return false;

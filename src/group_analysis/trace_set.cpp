@@ -94,14 +94,13 @@ int32_t TracePoints(double blocks) {
     return int32_t(std::min(points, 2.0e9));
 }
 
-void ReadStretch(std::span<const uint8_t> data, int64_t bytePosition, int channels, int channel,
+void ReadStretch(const Recording& rec, int64_t bytePosition, int channels, int channel,
                  std::span<int16_t> out) {
     if (bytePosition % 2 != 0) --bytePosition;
-    const auto size = int64_t(data.size());
-    for (std::size_t j = 0; j < out.size(); ++j) {
-        const int64_t at = bytePosition + (int64_t(j) * channels + channel) * 2;
-        out[j] = at >= 0 && at + 2 <= size ? le::Get<int16_t>(data, std::size_t(at)) : int16_t(0);
-    }
+    const std::vector<uint8_t> data =
+        rec.ReadDataBytes(bytePosition, out.size() * std::size_t(channels) * 2);
+    for (std::size_t j = 0; j < out.size(); ++j)
+        out[j] = le::Get<int16_t>(data, (j * std::size_t(channels) + std::size_t(channel)) * 2);
 }
 
 TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
@@ -135,7 +134,7 @@ TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
         if (options.alignment == Alignment::Rise50) align -= e.rise50;
         const double first = align - pre;
         const int64_t position = RoundEven(first * 2.0 * channels);
-        ReadStretch(rec.DataBytes(), position, channels, std::min<int>(e.channel, channels - 1), raw);
+        ReadStretch(rec, position, channels, std::min<int>(e.channel, channels - 1), raw);
         int16_t* row = set.points.data() + std::size_t(t) * L;
         for (std::size_t j = 0; j < L; ++j)
             row[j] = EventValue(raw[j], e, scaled, options.baselineAdjust, set.meanAmplitude);
@@ -156,7 +155,7 @@ TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& optio
     for (int32_t t = 1; t <= sweeps; ++t) {
         set.eventIndex[std::size_t(t)] = t;
         std::span<int16_t> row(set.points.data() + std::size_t(t) * L, L);
-        ReadStretch(rec.DataBytes(), int64_t(t - 1) * sweepSamples * 2, channels, rec.Channel(), row);
+        ReadStretch(rec, int64_t(t - 1) * sweepSamples * 2, channels, rec.Channel(), row);
         if (!options.baselineAdjust || L == 0) continue;
         int64_t first = 0;
         const std::size_t n = std::min<std::size_t>(5, L);

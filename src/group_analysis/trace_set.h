@@ -71,10 +71,11 @@ TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& optio
 TraceSet BuildTraceSet(const Recording& rec, const EventTable& events,
                        const AnalysisParameters& params, const TraceSetOptions& options);
 
-// Reads count interleaved 16-bit values starting at a byte position relative
-// to the data section, keeping every channels-th value from channel on. An odd
-// position is lowered by one byte first; bytes outside the data read as zero.
-void ReadStretch(std::span<const uint8_t> data, int64_t bytePosition, int channels, int channel,
+// Reads out.size() interleaved 16-bit values of the recording starting at a
+// byte position relative to the data section, keeping every channels-th value
+// from channel on. An odd position is lowered by one byte first; bytes outside
+// the data (or that could not be read) read as zero.
+void ReadStretch(const Recording& rec, int64_t bytePosition, int channels, int channel,
                  std::span<int16_t> out);
 
 }  // namespace vess::group

@@ -52,9 +52,12 @@ ParsedHeader Refuse(AbfError kind, std::string why) {
     return p;
 }
 
+// Exactly count bytes at offset; bytes the reader could not supply (the file
+// changed while it was read, which the reader notes) stay 0, so that fields
+// are never read past the end of what came back.
 std::vector<uint8_t> ReadBytes(const ByteReader& read, uint64_t offset, std::size_t count) {
     std::vector<uint8_t> out(count, 0);
-    out.resize(read(offset, out));
+    read(offset, out);
     return out;
 }
 
@@ -157,7 +160,8 @@ std::string Abf2Info::VersionText() const {
 
 ParsedHeader ParseAbf2Header(const ByteReader& read, uint64_t fileSize) {
     using namespace abf2;
-    const std::vector<uint8_t> header = ReadBytes(read, 0, kHeaderBytes);
+    std::vector<uint8_t> header(kHeaderBytes, 0);
+    header.resize(read(0, header));
     // Floating-point samples are refused for that reason, whatever else the
     // file holds, as for ABF 1.x.
     if (header.size() >= kDataFormat + 2 && le::Get<int16_t>(header, kDataFormat) == 1)

@@ -4,15 +4,6 @@
 
 namespace vess {
 
-ByteReader ReaderOver(std::span<const uint8_t> bytes) {
-    return [bytes](uint64_t offset, std::span<uint8_t> out) -> std::size_t {
-        if (offset >= bytes.size()) return 0;
-        const std::size_t n = std::min<std::size_t>(out.size(), bytes.size() - std::size_t(offset));
-        std::copy_n(bytes.begin() + std::ptrdiff_t(offset), n, out.begin());
-        return n;
-    };
-}
-
 std::vector<int64_t> FindSweepStarts(const SweepLayout& layout, int channels, int64_t points) {
     constexpr int16_t kGapFree = 3, kVariableLength = 1;
     std::vector<int64_t> starts{0};

@@ -18,7 +18,6 @@ namespace vess {
 
 // Reads up to out.size() bytes at offset and returns how many it read.
 using ByteReader = std::function<std::size_t(uint64_t offset, std::span<uint8_t> out)>;
-ByteReader ReaderOver(std::span<const uint8_t> bytes);
 
 // How the samples divide into sweeps, as the header states it.
 struct SweepLayout {

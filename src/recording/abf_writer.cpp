@@ -2,12 +2,12 @@
 
 #include <chrono>
 #include <cmath>
-#include <fstream>
 #include <system_error>
 
 #include <fmt/format.h>
 
 #include "recording/abf_layout.h"
+#include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
 
@@ -125,29 +125,9 @@ std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writ
     for (std::size_t i = 0; i < interleaved.size(); ++i)
         le::Put<int16_t>(out, dataAt + 2 * i, interleaved[i]);
 
-    // Write beside the target and rename over it, so a failure never leaves a
-    // half-written file in its place.
-    std::filesystem::path tmp = path;
-    tmp += ".tmp";
-    {
-        std::ofstream f(tmp, std::ios::binary | std::ios::trunc);
-        if (!f) return fmt::format("Cannot create {}.", tmp.string());
-        f.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-        f.close();
-        if (!f) {
-            std::error_code ignored;
-            std::filesystem::remove(tmp, ignored);
-            return fmt::format("Cannot write {}.", tmp.string());
-        }
-    }
-    std::error_code ec;
-    std::filesystem::rename(tmp, path, ec);
-    if (ec) {
-        std::error_code ignored;
-        std::filesystem::remove(tmp, ignored);
-        return fmt::format("Cannot replace {}: {}.", path.string(), ec.message());
-    }
-    return {};
+    // Written beside the target and renamed over it, so a failure never
+    // leaves a half-written file in its place.
+    return WriteFileAtomic(path, bytes);
 }
 
 }  // namespace vess

@@ -39,35 +39,28 @@ bool SaveEventFileCommand(Workspace& ws, Dialogs& dialogs) {
 bool OpenEventFileCommand(Workspace& ws, Dialogs& dialogs) {
     if (ws.events.Count() >= 1 &&
         dialogs.AskYesNo(S(texts::kSavePreviousEventsCaption),
-                         texts::SavePreviousEventsText(ws.events.Count(), OpenName(ws))))
-        SaveEventFileCommand(ws, dialogs);
+                         texts::SavePreviousEventsText(ws.events.Count(), OpenName(ws))) &&
+        !SaveEventFileCommand(ws, dialogs))
+        return false;  // a save that failed or was cancelled keeps the events
     const auto path = ChooseOpenPath(dialogs, {S(texts::kOpenEventCaption), S(texts::kEventFileFilter),
                                                S(texts::kEventFileExtension), {}});
     if (!path) return false;
-
-    const EventFileContents file = ReadEventFile(*path);
-    if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort) {
-        dialogs.Message(S(texts::kDamagedFileCaption), DescribeProblem(file));
-        return false;
-    }
-    if (!file.HasProductTag()) {
-        dialogs.Message(S(texts::kNotEventFileCaption), S(texts::kNotEventFileText));
-        return false;
-    }
-    if (file.storedName != OpenName(ws)) {
-        dialogs.Message(S(texts::kFileNotMatchingCaption),
-                        texts::FileNotMatchingText(file.storedName, OpenName(ws)));
-        return false;
-    }
-    return OpenEventFile(ws, *path, dialogs);
+    const std::string openName = OpenName(ws);
+    auto file = ReadCheckedEventFile(*path, dialogs, &openName);
+    if (!file) return false;
+    LoadEventFileContents(ws, std::move(*file), *path, dialogs);
+    return true;
 }
 
 bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
-    EventFileContents file = ReadEventFile(path);
-    if (!file.Ok()) {
-        dialogs.Message(S(texts::kDamagedFileCaption), DescribeProblem(file));
-        return false;
-    }
+    auto file = ReadCheckedEventFile(path, dialogs, nullptr);
+    if (!file) return false;
+    LoadEventFileContents(ws, std::move(*file), path, dialogs);
+    return true;
+}
+
+void LoadEventFileContents(Workspace& ws, EventFileContents file, const std::filesystem::path& path,
+                           Dialogs& dialogs) {
     AnalysisParameters params = ws.params();
     params = ReadParameterFields(file.header, params, true);
     if (params.NumberPointsPeak < 1) params.NumberPointsPeak = 1;
@@ -84,7 +77,6 @@ bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& di
         // original header is lost.
         ReportWrite(dialogs, WriteEventFile(path, file.header, ws.params(), ws.events, file.storedName));
     }
-    return true;
 }
 
 bool ConfirmResetForParameterChange(Workspace& ws, Dialogs& dialogs) {

@@ -5,6 +5,7 @@
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/texts.h"
+#include "recording/value_ranges.h"
 
 namespace vess {
 
@@ -90,6 +91,11 @@ EventFileContents ParseEventFile(std::span<const uint8_t> bytes) {
     c.eventCount = le::Get<int32_t>(bytes, evt::kEventCount);
     c.storedName = TrimBlanks(le::GetText(bytes, evt::kDataFileName, evt::kDataFileNameChars));
     c.version = VersionOf(c.creator);
+    c.detail = ParameterProblem(c.params);
+    if (!c.detail.empty()) {
+        c.problem = EventFileProblem::BadParameters;
+        return c;
+    }
 
     const std::size_t recordBytes =
         c.version == EventFileVersion::Current ? kEventRecordBytes : evt::kOldRecordBytes;
@@ -112,24 +118,61 @@ EventFileContents ParseEventFile(std::span<const uint8_t> bytes) {
 }
 
 EventFileContents ReadEventFile(const std::filesystem::path& path) {
-    const auto bytes = ReadFileBytes(path);
+    std::string why;
+    const auto bytes = ReadFileBytes(path, &why);
     if (!bytes) {
         EventFileContents c;
         c.problem = EventFileProblem::CannotRead;
+        c.detail = why;
         return c;
     }
     return ParseEventFile(*bytes);
 }
 
+std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                      const std::string* expectedDataName,
+                                                      EventFileRefusal* refusal) {
+    EventFileContents file = ReadEventFile(path);
+    const std::string name = path.filename().string();
+    const auto refuse = [&](std::string_view caption, std::string text) {
+        if (refusal) *refusal = {std::string(caption), std::move(text)};
+        return std::nullopt;
+    };
+    // The creator decides whether this is an event file at all; a file too
+    // short to hold one, or unreadable, is reported as such first.
+    if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort)
+        return refuse(texts::kDamagedFileCaption, name + ": " + DescribeProblem(file));
+    if (!file.HasProductTag())
+        return refuse(texts::kNotEventFileCaption, std::string(texts::kNotEventFileText));
+    if (!file.Ok()) return refuse(texts::kDamagedFileCaption, name + ": " + DescribeProblem(file));
+    if (expectedDataName && file.storedName != *expectedDataName)
+        return refuse(texts::kFileNotMatchingCaption,
+                      texts::FileNotMatchingText(file.storedName, *expectedDataName));
+    return file;
+}
+
+std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                      Dialogs& dialogs,
+                                                      const std::string* expectedDataName) {
+    EventFileRefusal refusal;
+    auto file = ReadCheckedEventFile(path, expectedDataName, &refusal);
+    if (!file) dialogs.Message(refusal.caption, refusal.text);
+    return file;
+}
+
 std::string DescribeProblem(const EventFileContents& c) {
     switch (c.problem) {
         case EventFileProblem::None: return {};
-        case EventFileProblem::CannotRead: return "The file cannot be read.";
+        case EventFileProblem::CannotRead:
+            return c.detail.empty() ? "The file cannot be read." : "The file cannot be read (" + c.detail + ").";
         case EventFileProblem::TooShort:
             return "The file is shorter than the 2048-byte header of an event file; nothing is loaded.";
         case EventFileProblem::BadCount:
             return "The file says it holds " + std::to_string(c.eventCount) +
                    " events, which it does not; it is damaged or truncated and nothing is loaded.";
+        case EventFileProblem::BadParameters:
+            return "Its detection parameters cannot be used (" + c.detail +
+                   "); it is damaged and nothing is loaded.";
     }
     return {};
 }
@@ -146,9 +189,12 @@ std::vector<uint8_t> BuildEventFile(std::span<const uint8_t> headerBytes,
                                     std::string_view dataFileName) {
     std::vector<uint8_t> out(headerBytes.begin(), headerBytes.end());
     if (out.size() < evt::kHeaderBytes) out.resize(evt::kHeaderBytes, 0);
+    // The short comment is carried into the long one, unless it is blank:
+    // then the long comment's own text is kept.
     if (out.size() >= evt::kLongComment + evt::kLongCommentChars) {
         const std::string comment = le::GetText(out, evt::kComment, evt::kCommentChars);
-        le::PutText(out, evt::kLongComment, evt::kLongCommentChars, comment);
+        if (comment.find_first_not_of(std::string_view(" \0", 2)) != std::string::npos)
+            le::PutText(out, evt::kLongComment, evt::kLongCommentChars, comment);
     }
     WriteParameterFields(out, texts::kEventFileCreator.substr(0, evt::kCreatorChars), params, true,
                          int32_t(records.size()), dataFileName);

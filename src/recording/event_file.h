@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -45,7 +46,7 @@ inline constexpr std::size_t kOldRecordBytes = 24;          // "3.0" and older
 }  // namespace evt
 
 enum class EventFileVersion { Current, V3, Oldest };
-enum class EventFileProblem { None, CannotRead, TooShort, BadCount };
+enum class EventFileProblem { None, CannotRead, TooShort, BadCount, BadParameters };
 
 struct EventFileContents {
     EventFileProblem problem = EventFileProblem::None;
@@ -57,6 +58,7 @@ struct EventFileContents {
     EventFileVersion version = EventFileVersion::Current;
     std::vector<EventRecord> records; // converted to the current layout
     std::vector<uint8_t> header;      // the first 2048 bytes
+    std::string detail;               // why it cannot be read, or which parameter is wrong
 
     bool Ok() const { return problem == EventFileProblem::None; }
     // "Vessantorium" in the creator field (needs the header to be there).
@@ -69,6 +71,24 @@ EventFileContents ParseEventFile(std::span<const uint8_t> bytes);
 EventFileContents ReadEventFile(const std::filesystem::path& path);
 // A sentence for the user saying why contents could not be read.
 std::string DescribeProblem(const EventFileContents& contents);
+
+// Reads an event file and makes every check before anything is changed: the
+// file can be read whole, it is an event file of this program, its count and
+// parameters are sound and, when expectedDataName is given, it was analysed
+// from that recording. A failure shows its message (naming the file) and
+// gives std::nullopt. Every command that reads an event file goes through it.
+std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                      Dialogs& dialogs,
+                                                      const std::string* expectedDataName);
+// The same checks without a dialog: a failure fills *refusal (caption and
+// text) instead of showing it.
+struct EventFileRefusal {
+    std::string caption;
+    std::string text;
+};
+std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                      const std::string* expectedDataName,
+                                                      EventFileRefusal* refusal);
 
 // The parameter fields at 1954..2013 (not the count). NumberPointsPeak is
 // taken only when withNumberPointsPeak; other fields of base stay.
@@ -108,6 +128,9 @@ bool OpenEventFileCommand(Workspace& ws, Dialogs& dialogs);
 // undoable change; files of earlier versions are converted and the user is
 // offered a rewrite in the current layout. A damaged file changes nothing.
 bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs);
+// The loader's second half, for contents that ReadCheckedEventFile passed.
+void LoadEventFileContents(Workspace& ws, EventFileContents file, const std::filesystem::path& path,
+                           Dialogs& dialogs);
 // Before a change of a setting that alters how events are measured: when
 // events exist, ask "Save and Reset"; Yes saves them (through the save
 // dialog) and empties the table as one undoable change. Returns true when the

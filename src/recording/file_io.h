@@ -12,8 +12,11 @@
 
 namespace vess {
 
-// The file's bytes, or std::nullopt when it cannot be read.
-std::optional<std::vector<uint8_t>> ReadFileBytes(const std::filesystem::path& path);
+// The file's bytes, or std::nullopt when it cannot be read (then *error, when
+// given, says why). Only regular files are read: a named pipe or a device is
+// refused at once rather than waited on.
+std::optional<std::vector<uint8_t>> ReadFileBytes(const std::filesystem::path& path,
+                                                  std::string* error = nullptr);
 
 // Writes bytes to a temporary file beside path and renames it over path, so a
 // failure never destroys an existing file. Returns an empty string on success,

@@ -21,24 +21,20 @@ bool OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs&
     const auto saveEvents = [&] { return SaveEventFileCommand(ws, dialogs); };
     if (!IsEventFileName(path)) return OpenDataFile(ws, path, dialogs, saveEvents);
 
-    const EventFileContents file = ReadEventFile(path);
-    if (file.problem == EventFileProblem::CannotRead || file.problem == EventFileProblem::TooShort) {
-        dialogs.Message(std::string(texts::kDamagedFileCaption), DescribeProblem(file));
-        return false;
-    }
-    if (!file.HasProductTag()) {
-        dialogs.Message(std::string(texts::kNotEventFileCaption), std::string(texts::kNotEventFileText));
-        return false;
-    }
-    const auto dataPath = path.parent_path() / file.storedName;
+    // The event file is checked whole before anything changes: a damaged one
+    // must not first replace the open recording and its events.
+    auto file = ReadCheckedEventFile(path, dialogs, nullptr);
+    if (!file) return false;
+    const auto dataPath = path.parent_path() / file->storedName;
     std::error_code ec;
-    if (file.storedName.empty() || !std::filesystem::is_regular_file(dataPath, ec)) {
+    if (file->storedName.empty() || !std::filesystem::is_regular_file(dataPath, ec)) {
         dialogs.Message(std::string(texts::kMissingDataFileCaption),
-                        texts::MissingDataFileText(file.storedName));
+                        texts::MissingDataFileText(file->storedName));
         return false;
     }
     if (!OpenDataFile(ws, dataPath, dialogs, saveEvents)) return false;
-    return OpenEventFile(ws, path, dialogs);
+    LoadEventFileContents(ws, std::move(*file), path, dialogs);
+    return true;
 }
 
 }  // namespace vess

@@ -32,6 +32,8 @@ public:
     // section; a missing section is added at the end of the file.
     void Set(std::string_view section, std::string_view key, std::string_view value);
 
+    bool HasSection(std::string_view section) const { return FindSection(section) != std::string::npos; }
+
     std::string Text() const;  // CR LF line ends
     // Writes through a temporary file; empty string on success.
     std::string Save(const std::filesystem::path& path) const;

@@ -20,6 +20,7 @@ std::string Trim(const std::string& s) {
 
 OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::string& detail) {
     const std::string damaged(texts::kDamagedAbfCaption);
+    const auto why = [&](std::string_view text) { return texts::WithReason(text, fileName, detail); };
     switch (error) {
         case AbfError::NotAbf:
             return {std::string(texts::kNotAbfCaption), std::string(texts::kNotAbfText)};
@@ -27,23 +28,23 @@ OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::s
             return {std::string(texts::kNotIntegerCaption), std::string(texts::kNotIntegerText)};
         case AbfError::CannotOpen:
             return {std::string(texts::kCannotOpenCaption), texts::CannotOpenText(fileName, detail)};
-        case AbfError::TooShort: return {damaged, std::string(texts::kTooShortText)};
-        case AbfError::BadChannelCount: return {damaged, std::string(texts::kBadChannelCountText)};
+        case AbfError::TooShort: return {damaged, why(texts::kTooShortText)};
+        case AbfError::BadChannelCount: return {damaged, why(texts::kBadChannelCountText)};
         case AbfError::BadSamplingSequence:
-            return {damaged, std::string(texts::kBadSamplingSequenceText)};
-        case AbfError::BadInterval: return {damaged, std::string(texts::kBadIntervalText)};
-        case AbfError::BadScaling: return {damaged, std::string(texts::kBadScalingText)};
-        case AbfError::BadDataPointer: return {damaged, std::string(texts::kBadDataPointerText)};
-        case AbfError::BadAcqLength: return {damaged, std::string(texts::kBadAcqLengthText)};
-        case AbfError::BadTagPointer: return {damaged, std::string(texts::kBadTagPointerText)};
+            return {damaged, why(texts::kBadSamplingSequenceText)};
+        case AbfError::BadInterval: return {damaged, why(texts::kBadIntervalText)};
+        case AbfError::BadScaling: return {damaged, why(texts::kBadScalingText)};
+        case AbfError::BadDataPointer: return {damaged, why(texts::kBadDataPointerText)};
+        case AbfError::BadAcqLength: return {damaged, why(texts::kBadAcqLengthText)};
+        case AbfError::BadTagPointer: return {damaged, why(texts::kBadTagPointerText)};
         case AbfError::BadProtocolSection:
-            return {damaged, std::string(texts::kBadProtocolSectionText)};
-        case AbfError::BadAdcSection: return {damaged, std::string(texts::kBadAdcSectionText)};
+            return {damaged, why(texts::kBadProtocolSectionText)};
+        case AbfError::BadAdcSection: return {damaged, why(texts::kBadAdcSectionText)};
         case AbfError::BadStringsSection:
-            return {damaged, std::string(texts::kBadStringsSectionText)};
-        case AbfError::BadSynchSection: return {damaged, std::string(texts::kBadSynchSectionText)};
-        case AbfError::BadStringIndex: return {damaged, std::string(texts::kBadStringIndexText)};
-        case AbfError::DuplicateAdc: return {damaged, std::string(texts::kDuplicateAdcText)};
+            return {damaged, why(texts::kBadStringsSectionText)};
+        case AbfError::BadSynchSection: return {damaged, why(texts::kBadSynchSectionText)};
+        case AbfError::BadStringIndex: return {damaged, why(texts::kBadStringIndexText)};
+        case AbfError::DuplicateAdc: return {damaged, why(texts::kDuplicateAdcText)};
         case AbfError::None: break;
     }
     return {damaged, detail};
@@ -104,6 +105,22 @@ bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dia
     std::error_code ignored;  // a folder we cannot enter still leaves the file open
     const auto folder = std::filesystem::absolute(path, ignored).parent_path();
     if (!folder.empty()) std::filesystem::current_path(folder, ignored);
+    return true;
+}
+
+bool ReportReadFault(Workspace& ws, Dialogs& dialogs, const std::function<bool()>& saveEvents) {
+    if (!ws.recording || ws.recording->ReadFault().empty() || ws.recording->ReadFaultReported())
+        return false;
+    ws.recording->MarkReadFaultReported();
+    const std::string caption(texts::kReadFaultCaption);
+    if (ws.events.Empty()) {
+        dialogs.Message(caption, ws.recording->ReadFault());
+        return true;
+    }
+    if (dialogs.AskYesNo(caption, texts::ReadFaultKeepEventsText(ws.recording->ReadFault(),
+                                                                 ws.events.Count())) &&
+        saveEvents)
+        saveEvents();
     return true;
 }
 

@@ -35,4 +35,10 @@ std::optional<uint8_t> AskChannel(int channels, Dialogs& dialogs);
 bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs,
                   const std::function<bool()>& saveEvents = {});
 
+// When part of the open recording could not be read (the file was cut short
+// or failed on disk while open) and the user has not been told yet: says so
+// once, keeping the events, and when there are events offers to save them
+// (saveEvents). Returns true when the fault was shown now.
+bool ReportReadFault(Workspace& ws, Dialogs& dialogs, const std::function<bool()>& saveEvents);
+
 }  // namespace vess

@@ -4,6 +4,7 @@
 #include "recording/le_bytes.h"
 #include "recording/rounding.h"
 #include "recording/save_path.h"
+#include "recording/value_ranges.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -33,6 +34,12 @@ ParameterFileContents ParseParameterFile(std::span<const uint8_t> bytes, const A
     c.hasProductTag = c.creator.find(texts::kProductTag) != std::string::npos;
     const bool current = c.creator.find(texts::kCurrentVersionTag) != std::string::npos;
     c.params = ReadParameterFields(bytes, base, current);
+    c.detail = ParameterProblem(c.params);
+    if (!c.detail.empty()) {
+        c.problem = EventFileProblem::BadParameters;
+        c.params = base;
+        return c;
+    }
     if (c.params.NumberPointsPeak < 1) c.params.NumberPointsPeak = 1;
     return c;
 }
@@ -57,6 +64,12 @@ bool LoadParameterFileCommand(Workspace& ws, Dialogs& dialogs) {
     ParameterFileContents file;
     if (bytes) file = ParseParameterFile(*bytes, ws.params());
     else file.problem = EventFileProblem::CannotRead;
+    if (file.problem == EventFileProblem::BadParameters && file.hasProductTag) {
+        dialogs.Message(S(texts::kDamagedFileCaption),
+                        texts::WithReason(texts::kBadParametersText, path->filename().string(),
+                                          file.detail));
+        return false;
+    }
     if (file.problem != EventFileProblem::None || !file.hasProductTag) {
         dialogs.Message(S(texts::kNotParameterFileCaption), S(texts::kNotParameterFileText));
         return false;

@@ -30,7 +30,9 @@ std::vector<uint8_t> BuildParameterFile(std::span<const uint8_t> headerBytes,
                                         std::string_view dataFileName);
 
 struct ParameterFileContents {
-    EventFileProblem problem = EventFileProblem::None;  // TooShort or CannotRead
+    // TooShort, CannotRead, or BadParameters (a value outside its range)
+    EventFileProblem problem = EventFileProblem::None;
+    std::string detail;           // which parameter, for BadParameters
     std::string creator;          // 16 characters as stored
     bool hasProductTag = false;   // "Vessantorium" in the creator field
     // base with the file's parameters; NumberPointsPeak only from a "5.0"

@@ -8,8 +8,10 @@
 #include "recording/abf_layout.h"
 #include "recording/abf_parse.h"
 #include "recording/le_bytes.h"
-#include "recording/mapped_file.h"
+#include "recording/data_file.h"
 #include "recording/rounding.h"
+#include "recording/texts.h"
+#include "recording/value_ranges.h"
 
 namespace vess {
 
@@ -107,6 +109,26 @@ ParsedHeader ParseAbf1Header(std::span<const uint8_t> bytes) {
     return p;
 }
 
+// The gain and offset of the ADC numbered adc, with the additional gain
+// where it applies (the telegraph gain of version 1.65+ files).
+ChannelScaling ScalingOf(const AbfHeader& h, std::size_t adc) {
+    float additGain = h.autosampleAdditGain;
+    int additAdc = h.autosampleAdcNum;
+    if (h.hasExtendedHeader) {
+        additGain = h.telegraphAdditGain[adc];
+        additAdc = int(adc);
+    }
+    double gain = double(h.adcProgrammableGain[adc]) * double(h.instrumentScaleFactor[adc]) *
+                  double(h.signalGain[adc]);
+    if (additGain > 0 && additAdc == int(adc) && h.autosampleEnable > 0) gain *= double(additGain);
+    ChannelScaling s;
+    s.gain = double(float(gain));
+    s.offset = double(float(double(h.signalOffset[adc]) + double(h.instrumentOffset[adc])));
+    s.adcRange = h.adcRange;
+    s.adcResolution = h.adcResolution;
+    return s;
+}
+
 // The checks that both versions share, on the fields in AbfHeader's terms.
 AbfError CheckHeader(const ParsedHeader& p, std::size_t fileSize, std::string* why) {
     using namespace abf;
@@ -124,14 +146,18 @@ AbfError CheckHeader(const ParsedHeader& p, std::size_t fileSize, std::string* w
             return AbfError::BadSamplingSequence;
         }
     }
-    if (!std::isfinite(p.intervalUs) || p.intervalUs <= 0) {
-        *why = fmt::format("the sample interval is {} us", p.intervalUs);
+    if (std::string problem = SampleIntervalProblem(p.intervalUs); !problem.empty()) {
+        *why = std::move(problem);
         return AbfError::BadInterval;
     }
-    if (!std::isfinite(h.adcRange) || h.adcRange <= 0 || h.adcResolution <= 0) {
-        *why = fmt::format("ADC range {} V and resolution {} cannot scale samples", h.adcRange,
-                           h.adcResolution);
-        return AbfError::BadScaling;
+    // Every channel must convert counts to units, so that choosing any of
+    // them later cannot give infinite or NaN values.
+    for (int c = 0; c < channels; ++c) {
+        const auto adc = std::size_t(h.adcSamplingSeq[std::size_t(c)]);
+        if (std::string problem = ScalingProblem(ScalingOf(h, adc)); !problem.empty()) {
+            *why = fmt::format("channel {} (ADC {}): {}", c, adc, problem);
+            return AbfError::BadScaling;
+        }
     }
     if (p.dataOffset < p.headerEnd || p.dataOffset > int64_t(fileSize)) {
         *why = fmt::format("the samples would start at byte {}, outside {}..{}", p.dataOffset,
@@ -148,13 +174,21 @@ AbfError CheckHeader(const ParsedHeader& p, std::size_t fileSize, std::string* w
     return AbfError::None;
 }
 
+// Why a read made while opening came back short.
+std::string ShrankWhileRead(const DataFile& file) {
+    return file.Error().empty() ? "the file became shorter while it was read" : file.Error();
+}
+
+// Samples read ahead around a single Sample() request.
+constexpr int64_t kChunkPoints = 4096;
+
 }  // namespace
 
 Recording::~Recording() = default;
 
 std::unique_ptr<Recording> Recording::Open(const std::filesystem::path& path, AbfError* error,
                                            std::string* detail) {
-    auto opened = MappedFile::Open(path);
+    auto opened = DataFile::Open(path);
     if (!opened.file) return Fail(error, detail, AbfError::CannotOpen, opened.error);
     return Parse(std::move(opened.file), path, error, detail);
 }
@@ -162,17 +196,35 @@ std::unique_ptr<Recording> Recording::Open(const std::filesystem::path& path, Ab
 std::unique_ptr<Recording> Recording::FromBytes(std::vector<uint8_t> bytes,
                                                 const std::filesystem::path& name,
                                                 AbfError* error, std::string* detail) {
-    return Parse(MappedFile::FromBytes(std::move(bytes)), name, error, detail);
+    return Parse(DataFile::FromBytes(std::move(bytes)), name, error, detail);
 }
 
-std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
+std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<DataFile> file,
                                             const std::filesystem::path& path, AbfError* error,
                                             std::string* detail) {
     using namespace abf;
-    const std::span<const uint8_t> bytes = file->Bytes();
-    const std::size_t fileSize = bytes.size();
-    ParsedHeader parsed = IsAbf2Signature(bytes) ? ParseAbf2Header(ReaderOver(bytes), fileSize)
-                                                 : ParseAbf1Header(bytes);
+    const uint64_t fileSize64 = file->Size();
+    const std::size_t fileSize = std::size_t(fileSize64);
+    // Only the header is read here (for ABF 1.x the first bytes, basic or
+    // extended; for ABF 2 each section it names, exactly the bytes needed),
+    // and the tags below; samples are read from the file when needed.
+    std::vector<uint8_t> head(std::min<uint64_t>(fileSize64, kExtendedHeaderBytes));
+    if (file->ReadAt(0, head) != head.size())
+        return Fail(error, detail, AbfError::CannotOpen, ShrankWhileRead(*file));
+    // A read that comes back shorter than the file's size at opening means the
+    // file changed while it was parsed.
+    bool shrank = false;
+    const ByteReader read = [&file, &shrank, fileSize64](uint64_t offset,
+                                                         std::span<uint8_t> out) {
+        const std::size_t got = file->ReadAt(offset, out);
+        const uint64_t expected =
+            offset >= fileSize64 ? 0 : std::min<uint64_t>(out.size(), fileSize64 - offset);
+        if (got < expected) shrank = true;
+        return got;
+    };
+    ParsedHeader parsed = IsAbf2Signature(head) ? ParseAbf2Header(read, fileSize64)
+                                                : ParseAbf1Header(head);
+    if (shrank) return Fail(error, detail, AbfError::CannotOpen, ShrankWhileRead(*file));
     if (parsed.error == AbfError::None) parsed.error = CheckHeader(parsed, fileSize, &parsed.detail);
     if (parsed.error != AbfError::None)
         return Fail(error, detail, parsed.error, std::move(parsed.detail));
@@ -192,14 +244,17 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
             return Fail(error, detail, AbfError::BadTagPointer,
                         fmt::format("{} tags at byte {} run past the end of the file ({} bytes)",
                                     h.numTagEntries, tagOffset, fileSize));
+        std::vector<uint8_t> tagBytes(std::size_t(tagEnd - tagOffset));
+        if (file->ReadAt(uint64_t(tagOffset), tagBytes) != tagBytes.size())
+            return Fail(error, detail, AbfError::CannotOpen, ShrankWhileRead(*file));
         tags.reserve(std::size_t(h.numTagEntries));
         for (int32_t i = 0; i < h.numTagEntries; ++i) {
-            const std::size_t at = std::size_t(tagOffset) + std::size_t(i) * kTagBytes;
+            const std::size_t at = std::size_t(i) * kTagBytes;
             AbfTag tag;
-            tag.time = le::Get<int32_t>(bytes, at + kTagTime);
-            tag.comment = le::GetText(bytes, at + kTagComment, kTagCommentChars);
-            tag.type = le::Get<int16_t>(bytes, at + kTagType);
-            tag.voiceTag = le::Get<int16_t>(bytes, at + kTagVoiceTag);
+            tag.time = le::Get<int32_t>(tagBytes, at + kTagTime);
+            tag.comment = le::GetText(tagBytes, at + kTagComment, kTagCommentChars);
+            tag.type = le::Get<int16_t>(tagBytes, at + kTagType);
+            tag.voiceTag = le::Get<int16_t>(tagBytes, at + kTagVoiceTag);
             tags.push_back(std::move(tag));
         }
     }
@@ -225,9 +280,7 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<MappedFile> file,
     rec->sweepStarts_ = FindSweepStarts(parsed.sweeps, channels, rec->pointsPerChannel_);
 
     rec->file_ = std::move(file);
-    rec->map_ = rec->file_->Bytes().data();
-    rec->mapSize_ = fileSize;
-    rec->data_ = rec->map_ + dataOffset;
+    rec->dataOffset_ = uint64_t(dataOffset);
     rec->SetChannel(0);
     if (error) *error = AbfError::None;
     return rec;
@@ -242,19 +295,14 @@ int Recording::AdcOfChannel(int channel) const {
 
 void Recording::SetChannel(uint8_t channel) {
     channel_ = uint8_t(std::min<int>(channel, ChannelCount() - 1));
-    const auto adc = std::size_t(AdcOfChannel(channel_));
-    float additGain = header_.autosampleAdditGain;
-    int additAdc = header_.autosampleAdcNum;
-    if (header_.hasExtendedHeader) {
-        additGain = header_.telegraphAdditGain[adc];
-        additAdc = int(adc);
+    const ChannelScaling scaling = ScalingOf(header_, std::size_t(AdcOfChannel(channel_)));
+    gain_ = float(scaling.gain);
+    offset_ = float(scaling.offset);
+    chunkStart_ = -1;
+    if (frames_ > 0) {
+        ReadFrames(0, std::span(&firstSample_, 1));
+        ReadFrames(frames_ - 1, std::span(&lastSample_, 1));
     }
-    double gain = double(header_.adcProgrammableGain[adc]) *
-                  double(header_.instrumentScaleFactor[adc]) * double(header_.signalGain[adc]);
-    if (additGain > 0 && additAdc == int(adc) && header_.autosampleEnable > 0)
-        gain *= double(additGain);
-    gain_ = float(gain);
-    offset_ = float(double(header_.signalOffset[adc]) + double(header_.instrumentOffset[adc]));
 }
 
 std::string Recording::Units() const {
@@ -284,31 +332,65 @@ float Recording::Bit2msec(int32_t points) const {
     return float(double(points) * intervalUs_ / 1000.0);
 }
 
+bool Recording::ReadFrames(int64_t first, std::span<int16_t> out) const {
+    const std::size_t frameBytes = std::size_t(ChannelCount()) * 2;
+    frameBytes_.resize(out.size() * frameBytes);
+    const uint64_t at = dataOffset_ + uint64_t(first) * frameBytes;
+    const std::size_t got = file_->ReadAt(at, frameBytes_);
+    const std::size_t whole = std::min(out.size(), got / frameBytes);
+    const std::span<const uint8_t> bytes(frameBytes_);
+    const std::size_t own = std::size_t(channel_) * 2;
+    for (std::size_t k = 0; k < whole; ++k) out[k] = le::Get<int16_t>(bytes, k * frameBytes + own);
+    if (whole == out.size()) return true;
+    std::fill(out.begin() + std::ptrdiff_t(whole), out.end(), int16_t(0));
+    // A file cut short has lost its last sample too: past the end of the
+    // data the trace goes on at 0 like the missing samples, without a step.
+    if (file_->Error().empty()) lastSample_ = 0;
+    if (readFault_.empty()) {
+        const std::string why = !file_->Error().empty()
+                                    ? file_->Error()
+                                    : fmt::format("it now ends at byte {}", at + got);
+        readFault_ = texts::ReadFaultText(FileName(), why);
+    }
+    return false;
+}
+
 int16_t Recording::Sample(int64_t index) const {
     if (frames_ <= 0) return 0;
-    const int64_t frame = std::clamp<int64_t>(index, 0, frames_ - 1);
-    const std::size_t at = std::size_t(frame * ChannelCount() + channel_) * 2;
-    return le::Get<int16_t>(std::span<const uint8_t>(data_, std::size_t(frames_ * ChannelCount()) * 2),
-                            at);
-}
-
-void Recording::ReadSamples(int64_t index, std::span<int16_t> out) const {
-    const int channels = ChannelCount();
-    const std::span<const uint8_t> data(data_, std::size_t(std::max<int64_t>(frames_, 0) * channels) * 2);
-    for (std::size_t k = 0; k < out.size(); ++k) {
-        const int64_t i = index + int64_t(k);
-        if (frames_ <= 0) {
-            out[k] = 0;
-        } else if (i >= 0 && i < frames_) {
-            out[k] = le::Get<int16_t>(data, std::size_t(i * channels + channel_) * 2);
-        } else {
-            out[k] = Sample(i);
-        }
+    if (index <= 0) return firstSample_;
+    if (index >= frames_ - 1) return lastSample_;
+    if (chunkStart_ < 0 || index < chunkStart_ || index >= chunkStart_ + int64_t(chunk_.size())) {
+        chunkStart_ = index / kChunkPoints * kChunkPoints;
+        chunk_.resize(std::size_t(std::min(kChunkPoints, frames_ - chunkStart_)));
+        ReadFrames(chunkStart_, chunk_);
     }
+    return chunk_[std::size_t(index - chunkStart_)];
 }
 
-std::span<const uint8_t> Recording::DataBytes() const {
-    return {data_, std::size_t(std::max<int64_t>(frames_, 0) * ChannelCount()) * 2};
+bool Recording::ReadSamples(int64_t index, std::span<int16_t> out) const {
+    if (frames_ <= 0) {
+        std::fill(out.begin(), out.end(), int16_t(0));
+        return true;
+    }
+    const int64_t n = int64_t(out.size());
+    // out[k] holds index + k: before the data, inside it, after it.
+    const int64_t inFirst = std::clamp<int64_t>(-index, 0, n);
+    const int64_t inEnd = std::clamp<int64_t>(frames_ - index, inFirst, n);
+    std::fill(out.begin(), out.begin() + inFirst, firstSample_);
+    std::fill(out.begin() + inEnd, out.end(), lastSample_);
+    if (inEnd == inFirst) return true;
+    return ReadFrames(index + inFirst, out.subspan(std::size_t(inFirst), std::size_t(inEnd - inFirst)));
+}
+
+std::vector<uint8_t> Recording::ReadDataBytes(int64_t position, std::size_t count) const {
+    std::vector<uint8_t> out(count, 0);
+    const int64_t size = std::max<int64_t>(frames_, 0) * ChannelCount() * 2;
+    const int64_t from = std::clamp<int64_t>(position, 0, size);
+    const int64_t to = std::clamp<int64_t>(position + int64_t(count), from, size);
+    if (to > from)
+        file_->ReadAt(dataOffset_ + uint64_t(from),
+                      std::span(out).subspan(std::size_t(from - position), std::size_t(to - from)));
+    return out;
 }
 
 }  // namespace vess

@@ -58,14 +58,14 @@ enum class AbfError {
     None, CannotOpen, NotAbf, FloatingPoint, TooShort, BadChannelCount, BadInterval,
     BadDataPointer, BadAcqLength, BadTagPointer,
     BadSamplingSequence,  // an ADC number of the sampling sequence outside 0..15
-    BadScaling,           // ADC range or resolution not positive and finite
+    BadScaling,           // ADC range, resolution or a channel's gain cannot scale counts
     // ABF 2 only: a section outside the file, a string index past the
     // strings, two channels on one ADC.
     BadProtocolSection, BadAdcSection, BadStringsSection, BadSynchSection, BadStringIndex,
     DuplicateAdc
 };
 
-class MappedFile;
+class DataFile;
 struct Abf2Info;
 struct ParsedHeader;
 
@@ -122,10 +122,20 @@ public:
     // recorded sample, so edges never produce artificial steps.
     int16_t Sample(int64_t index) const;
     // Copies count samples starting at index into out (same edge rule).
-    void ReadSamples(int64_t index, std::span<int16_t> out) const;
-    // The data section as stored, all channels interleaved, clipped to the
-    // whole frames present in the file.
-    std::span<const uint8_t> DataBytes() const;
+    // Returns false when part of them could not be read from the file (it
+    // was cut short or failed on disk since it was opened): those samples
+    // are 0 and ReadFault() says what happened.
+    bool ReadSamples(int64_t index, std::span<int16_t> out) const;
+    // The first read that failed, as a sentence naming the file; "" while
+    // every read has succeeded. It stays set for the life of the recording.
+    const std::string& ReadFault() const { return readFault_; }
+    // Whether the fault has been shown to the user (it is shown once).
+    bool ReadFaultReported() const { return readFaultReported_; }
+    void MarkReadFaultReported() { readFaultReported_ = true; }
+    // count bytes of the data section (all channels interleaved) from
+    // byte position on; bytes outside the recorded frames, or that could not
+    // be read, are 0.
+    std::vector<uint8_t> ReadDataBytes(int64_t position, std::size_t count) const;
 
     // File-information report (menu_DatInfo).
     std::string InfoReport() const;
@@ -143,16 +153,23 @@ private:
     int32_t blocks_ = 1;
     int64_t pointsPerChannel_ = 0;
     float gain_ = 1, offset_ = 0;
-    static std::unique_ptr<Recording> Parse(std::unique_ptr<MappedFile> file,
+    static std::unique_ptr<Recording> Parse(std::unique_ptr<DataFile> file,
                                             const std::filesystem::path& path, AbfError* error,
                                             std::string* detail);
     int AdcOfChannel(int channel) const;
-    std::unique_ptr<MappedFile> file_;
-    // Memory map of the whole file.
-    const uint8_t* map_ = nullptr;
-    std::size_t mapSize_ = 0;
-    const uint8_t* data_ = nullptr;   // first sample of the data section
+    // Reads the chosen channel's samples of frames [first, first + out.size()),
+    // which lie inside the data; false (and the fault noted) on a short read.
+    bool ReadFrames(int64_t first, std::span<int16_t> out) const;
+    std::unique_ptr<DataFile> file_;
+    uint64_t dataOffset_ = 0;         // byte of the first sample
     int64_t frames_ = 0;              // interleaved frames available in the file
+    int16_t firstSample_ = 0;                   // of the chosen channel, for the edges
+    mutable int16_t lastSample_ = 0;            // 0 once the file is found cut short
+    mutable std::vector<uint8_t> frameBytes_;   // interleaved bytes of the last read
+    mutable std::vector<int16_t> chunk_;        // samples around the last Sample()
+    mutable int64_t chunkStart_ = -1;
+    mutable std::string readFault_;
+    bool readFaultReported_ = false;
     friend class RecordingTestAccess;
 };
 

@@ -8,7 +8,7 @@ Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPer
       blocksPerScreen_(blocksPerScreen < 1 ? 1 : blocksPerScreen),
       windowLen_(blocksPerScreen_ * kBlockPoints),
       buffer_(std::size_t(3) * std::size_t(windowLen_)) {
-    recording.ReadSamples(AbsoluteIndex(-windowLen_), buffer_);
+    complete_ = recording.ReadSamples(AbsoluteIndex(-windowLen_), buffer_);
 }
 
 float Screen::CalculateTime(int64_t i) const {

@@ -17,6 +17,9 @@ public:
     Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen);
 
     bool Valid() const { return recording_ != nullptr; }
+    // False when part of the three screens could not be read from the file
+    // (see Recording::ReadFault); the missing samples are 0.
+    bool Complete() const { return complete_; }
     const Recording& Rec() const { return *recording_; }
     int32_t StartBlock() const { return startBlock_; }
     int32_t BlocksPerScreen() const { return blocksPerScreen_; }
@@ -45,6 +48,7 @@ private:
     int32_t blocksPerScreen_ = 4;
     int32_t windowLen_ = 1024;
     std::vector<int16_t> buffer_;  // previous, current and next screen
+    bool complete_ = true;
 };
 
 }  // namespace vess

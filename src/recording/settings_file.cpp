@@ -6,12 +6,15 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <optional>
+#include <vector>
 
 #include <fmt/format.h>
 
 #include "recording/file_io.h"
 #include "recording/save_path.h"
 #include "recording/texts.h"
+#include "recording/value_ranges.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -20,22 +23,60 @@ namespace {
 
 constexpr std::string_view kProgram = "Program", kDisplay = "Display", kAnalysis = "Analysis";
 
+// Collects the values that were not taken, each with its key and why.
+using Problems = std::vector<std::string>;
+
+void Note(Problems* problems, std::string_view key, const std::string& text, std::string_view why) {
+    if (problems) problems->push_back(fmt::format("{}={}: {}", key, text, why));
+}
+
+// A number of type T from the value's text, or std::nullopt.
 template <class T>
-void ReadNumber(const IniFile& ini, std::string_view section, std::string_view key, T& value) {
-    const auto text = ini.Get(section, key, kIniValueChars);
-    if (!text) return;
+std::optional<T> ParseNumber(const std::string& text) {
     if constexpr (std::is_floating_point_v<T>) {
         T parsed{};
-        const auto [end, ec] = std::from_chars(text->data(), text->data() + text->size(), parsed);
-        if (ec == std::errc() && end == text->data() + text->size() && std::isfinite(parsed))
-            value = parsed;
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), parsed);
+        if (ec == std::errc() && end == text.data() + text.size() && std::isfinite(parsed))
+            return parsed;
     } else {
         int64_t parsed = 0;
-        const auto [end, ec] = std::from_chars(text->data(), text->data() + text->size(), parsed);
-        if (ec == std::errc() && end == text->data() + text->size() &&
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), parsed);
+        if (ec == std::errc() && end == text.data() + text.size() &&
             parsed >= std::numeric_limits<T>::min() && parsed <= std::numeric_limits<T>::max())
-            value = T(parsed);
+            return T(parsed);
     }
+    return std::nullopt;
+}
+
+// Reads a number within [lo, hi]; anything else keeps the default and is
+// noted.
+template <class T>
+void ReadNumber(const IniFile& ini, std::string_view section, std::string_view key, T& value,
+                Problems* problems, T lo = std::numeric_limits<T>::lowest(),
+                T hi = std::numeric_limits<T>::max()) {
+    const auto text = ini.Get(section, key, kIniValueChars);
+    if (!text) return;
+    const std::optional<T> parsed = ParseNumber<T>(*text);
+    if (!parsed) return Note(problems, key, *text, "not a number");
+    if (*parsed < lo || *parsed > hi)
+        return Note(problems, key, *text, fmt::format("outside {} to {}", lo, hi));
+    value = *parsed;
+}
+
+// Reads one detection parameter through field; a value that the detection
+// ranges refuse keeps the default and is noted.
+template <class T>
+void ReadParameter(const IniFile& ini, std::string_view key, AnalysisParameters& params,
+                   T AnalysisParameters::*field, Problems* problems) {
+    const auto text = ini.Get(kAnalysis, key, kIniValueChars);
+    if (!text) return;
+    const std::optional<T> parsed = ParseNumber<T>(*text);
+    if (!parsed) return Note(problems, key, *text, "not a number");
+    AnalysisParameters candidate = params;
+    candidate.*field = *parsed;
+    if (const std::string why = ParameterProblem(candidate); !why.empty())
+        return Note(problems, key, *text, why);
+    params = candidate;
 }
 
 void ReadBool(const IniFile& ini, std::string_view section, std::string_view key, bool& value) {
@@ -82,9 +123,30 @@ std::string Bool(bool b) { return b ? "True" : "False"; }
 template <class T>
 std::string Num(T v) { return fmt::format("{}", v); }
 
+// Values are read back cut at kIniValueChars, so each is written to fit:
+// the shortest exact form when it fits, otherwise the most digits that do.
+std::string Num(float v) {
+    std::string exact = fmt::format("{}", v);
+    if (exact.size() <= kIniValueChars) return exact;
+    for (int digits = 9; digits >= 1; --digits) {
+        std::string t = fmt::format("{:.{}g}", v, digits);
+        // "1.5e-05" -> "1.5e-5": the exponent needs no sign "+" or leading zeros.
+        if (const auto e = t.find('e'); e != std::string::npos) {
+            std::string mantissa = t.substr(0, e), exponent = t.substr(e + 1);
+            const bool negative = exponent.front() == '-';
+            exponent.erase(0, exponent.find_first_not_of("+-"));
+            exponent.erase(0, std::min(exponent.find_first_not_of('0'), exponent.size() - 1));
+            t = mantissa + "e" + (negative ? "-" : "") + exponent;
+        }
+        if (t.size() <= kIniValueChars) return t;
+    }
+    return "0";
+}
+std::string Text(const std::string& v) { return v.substr(0, kIniValueChars); }
+
 }  // namespace
 
-Settings SettingsFromIni(const IniFile& ini) {
+Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems) {
     Settings s;
     ReadText(ini, kProgram, "DataDir", s.DataDir, std::string::npos);
     ReadBool(ini, kProgram, "SoundOn", s.SoundOn);
@@ -93,30 +155,40 @@ Settings SettingsFromIni(const IniFile& ini) {
     ReadText(ini, kDisplay, "FractionWindow", s.FractionWindow);
     ReadBool(ini, kDisplay, "DisplayTrace", s.DisplayTrace);
     ReadText(ini, kDisplay, "DisplayGain", s.DisplayGain);
-    ReadNumber(ini, kDisplay, "DisplayOffset&", s.DisplayOffset);
-    ReadNumber(ini, kDisplay, "DisplayTotalNumberBlockPerScreen", s.DisplayTotalNumberBlockPerScreen);
-    ReadNumber(ini, kDisplay, "GroupNavigate", s.GroupNavigate);
-    ReadNumber(ini, kDisplay, "JumpInterval", s.JumpInterval);
-    ReadNumber(ini, kDisplay, "FilterType", s.FilterType);
+    ReadNumber(ini, kDisplay, "DisplayOffset&", s.DisplayOffset, problems, kMinDisplayOffset);
+    ReadNumber(ini, kDisplay, "DisplayTotalNumberBlockPerScreen", s.DisplayTotalNumberBlockPerScreen,
+               problems, 1, kMaxBlocksPerScreen);
+    ReadNumber(ini, kDisplay, "GroupNavigate", s.GroupNavigate, problems, 0, 255);
+    ReadNumber(ini, kDisplay, "JumpInterval", s.JumpInterval, problems, 0);
+    ReadNumber(ini, kDisplay, "FilterType", s.FilterType, problems, 0, 255);
     ReadText(ini, kDisplay, "FilterFreq", s.FilterFreq);
+    using A = AnalysisParameters;
     AnalysisParameters& a = s.analysis;
-    ReadNumber(ini, kAnalysis, "PeakDirection%", a.PeakDirection);
-    ReadNumber(ini, kAnalysis, "ThresholdAmplitude!", a.ThresholdAmplitude);
-    ReadNumber(ini, kAnalysis, "PeriodToSearchMax&", a.PeriodToSearchMax);
-    ReadNumber(ini, kAnalysis, "PeriodStartBaseline&", a.PeriodStartBaseline);
-    ReadNumber(ini, kAnalysis, "PeriodFindDecayTime&", a.PeriodFindDecayTime);
-    ReadNumber(ini, kAnalysis, "DecayPercent!", a.DecayPercent);
-    ReadNumber(ini, kAnalysis, "PeriodBaselineAverage&", a.PeriodBaselineAverage);
-    ReadNumber(ini, kAnalysis, "AreaThreshold!", a.AreaThreshold);
+    ReadParameter(ini, "PeakDirection%", a, &A::PeakDirection, problems);
+    ReadParameter(ini, "ThresholdAmplitude!", a, &A::ThresholdAmplitude, problems);
+    ReadParameter(ini, "PeriodToSearchMax&", a, &A::PeriodToSearchMax, problems);
+    ReadParameter(ini, "PeriodStartBaseline&", a, &A::PeriodStartBaseline, problems);
+    ReadParameter(ini, "PeriodFindDecayTime&", a, &A::PeriodFindDecayTime, problems);
+    ReadParameter(ini, "DecayPercent!", a, &A::DecayPercent, problems);
+    ReadParameter(ini, "PeriodBaselineAverage&", a, &A::PeriodBaselineAverage, problems);
+    ReadParameter(ini, "AreaThreshold!", a, &A::AreaThreshold, problems);
     ReadBool(ini, kAnalysis, "ComplexPeak", a.ComplexPeak);
-    ReadNumber(ini, kAnalysis, "NumberPointsPeak", a.NumberPointsPeak);
+    ReadParameter(ini, "NumberPointsPeak", a, &A::NumberPointsPeak, problems);
     if (a.NumberPointsPeak < 1) a.NumberPointsPeak = 1;
     ReadMethod(ini, s.method);
     return s;
 }
 
-Settings LoadIniSettings(const std::filesystem::path& path) {
-    return SettingsFromIni(IniFile::Load(path));
+Settings LoadIniSettings(const std::filesystem::path& path, std::vector<std::string>* problems) {
+    return SettingsFromIni(IniFile::Load(path), problems);
+}
+
+std::string SettingsProblemsText(const std::filesystem::path& path,
+                                 const std::vector<std::string>& problems) {
+    std::string text = "These values in " + path.string() +
+                       " cannot be used; their defaults are kept:";
+    for (const std::string& p : problems) text += "\n" + p;
+    return text;
 }
 
 void SettingsToIni(const Settings& s, IniFile& ini) {
@@ -124,15 +196,15 @@ void SettingsToIni(const Settings& s, IniFile& ini) {
     ini.Set(kProgram, "SoundOn", Bool(s.SoundOn));
     ini.Set(kProgram, "DisplayTooltips", Bool(s.DisplayTooltips));
     ini.Set(kDisplay, "LockBase", Bool(s.LockBase));
-    ini.Set(kDisplay, "FractionWindow", s.FractionWindow);
+    ini.Set(kDisplay, "FractionWindow", Text(s.FractionWindow));
     ini.Set(kDisplay, "DisplayTrace", Bool(s.DisplayTrace));
-    ini.Set(kDisplay, "DisplayGain", s.DisplayGain);
+    ini.Set(kDisplay, "DisplayGain", Text(s.DisplayGain));
     ini.Set(kDisplay, "DisplayOffset&", Num(s.DisplayOffset));
     ini.Set(kDisplay, "DisplayTotalNumberBlockPerScreen", Num(s.DisplayTotalNumberBlockPerScreen));
     ini.Set(kDisplay, "GroupNavigate", Num(s.GroupNavigate));
     ini.Set(kDisplay, "JumpInterval", Num(s.JumpInterval));
     ini.Set(kDisplay, "FilterType", Num(s.FilterType));
-    ini.Set(kDisplay, "FilterFreq", s.FilterFreq);
+    ini.Set(kDisplay, "FilterFreq", Text(s.FilterFreq));
     const AnalysisParameters& a = s.analysis;
     ini.Set(kAnalysis, "PeakDirection%", Num(a.PeakDirection));
     ini.Set(kAnalysis, "ThresholdAmplitude!", Num(a.ThresholdAmplitude));
@@ -181,7 +253,8 @@ bool SaveSettingsCommand(Workspace& ws, Dialogs& dialogs) {
 bool AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs) {
     switch (dialogs.AskYesNoCancel(std::string(texts::kSaveSettingsCaption),
                                    std::string(texts::kSaveSettingsOnExitText))) {
-        case Answer::Yes: SaveSettingsCommand(ws, dialogs); return true;
+        // A save that failed keeps the form open, so nothing is lost unseen.
+        case Answer::Yes: return SaveSettingsCommand(ws, dialogs);
         case Answer::No: return true;
         case Answer::Cancel: return false;
     }
@@ -202,12 +275,35 @@ bool SaveCustomSettingsCommand(Workspace& ws, Dialogs& dialogs) {
     return ReportWrite(dialogs, WriteFileAtomic(*path, *bytes));
 }
 
+SettingsFileRead ReadSettingsFile(const std::filesystem::path& path) {
+    SettingsFileRead read;
+    const auto bytes = ReadFileBytes(path, &read.refusal);
+    if (!bytes) return read;
+    const IniFile ini = IniFile::Parse(
+        std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()));
+    if (!ini.HasSection(kProgram) && !ini.HasSection(kDisplay) && !ini.HasSection(kAnalysis)) {
+        read.refusal = std::string(texts::kNoSettingsSections);
+        return read;
+    }
+    read.settings = SettingsFromIni(ini, &read.problems);
+    return read;
+}
+
 bool LoadCustomSettingsCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseOpenPath(dialogs, {std::string(texts::kLoadCustomSettingsCaption),
                                                std::string(texts::kCustomSettingsOpenFilter),
                                                std::string(texts::kCustomSettingsExtension), {}});
     if (!path) return false;
-    ws.settings = LoadIniSettings(*path);
+    // A file that is missing, unreadable or holds none of the settings
+    // sections would silently give every default: it is refused instead.
+    const SettingsFileRead read = ReadSettingsFile(*path);
+    const std::string caption(texts::kSettingsNotLoadedCaption);
+    if (!read.settings) {
+        dialogs.Message(caption, texts::SettingsNotLoadedText(path->string(), read.refusal));
+        return false;
+    }
+    ws.settings = *read.settings;
+    if (!read.problems.empty()) dialogs.Message(caption, SettingsProblemsText(*path, read.problems));
     return true;
 }
 

@@ -1,12 +1,12 @@
 #include "recording/synth.h"
 
 #include <cmath>
-#include <fstream>
 #include <numbers>
 #include <random>
 
 #include <fmt/format.h>
 
+#include "recording/file_io.h"
 #include "recording/rounding.h"
 
 namespace vess {
@@ -162,25 +162,13 @@ std::filesystem::path TrueEventsPath(const std::filesystem::path& abfPath) {
 
 std::string WriteSynthetic(const std::filesystem::path& abfPath, const SynthRecording& rec) {
     if (std::string error = WriteAbf(abfPath, rec.writeSpec, rec.samples); !error.empty()) return error;
-    const auto csvPath = TrueEventsPath(abfPath);
-    auto tmp = csvPath;
-    tmp += ".tmp";
-    {
-        std::ofstream csv(tmp, std::ios::trunc);
-        if (!csv) return fmt::format("Cannot create {}.", tmp.string());
-        csv << "event,onset_ms,peak_ms,peak_index,amplitude_pA\n";
-        for (std::size_t i = 0; i < rec.events.size(); ++i) {
-            const TrueEvent& e = rec.events[i];
-            csv << fmt::format("{},{:.4f},{:.4f},{},{:.4f}\n", i + 1, e.onsetMs, e.peakMs,
-                               e.peakIndex, e.amplitudePa);
-        }
-        csv.close();
-        if (!csv) return fmt::format("Cannot write {}.", tmp.string());
+    std::string csv = "event,onset_ms,peak_ms,peak_index,amplitude_pA\n";
+    for (std::size_t i = 0; i < rec.events.size(); ++i) {
+        const TrueEvent& e = rec.events[i];
+        csv += fmt::format("{},{:.4f},{:.4f},{},{:.4f}\n", i + 1, e.onsetMs, e.peakMs, e.peakIndex,
+                           e.amplitudePa);
     }
-    std::error_code ec;
-    std::filesystem::rename(tmp, csvPath, ec);
-    if (ec) return fmt::format("Cannot replace {}: {}.", csvPath.string(), ec.message());
-    return {};
+    return WriteFileAtomic(TrueEventsPath(abfPath), std::string_view(csv));
 }
 
 }  // namespace vess

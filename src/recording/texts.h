@@ -4,6 +4,7 @@
 // as the users know them).
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -175,8 +176,8 @@ inline constexpr std::string_view kBadIntervalText =
     "The header of this file gives no valid sample interval.  The file may be damaged.  Try "
     "another file.";
 inline constexpr std::string_view kBadScalingText =
-    "The header of this file gives no valid ADC range or resolution, so its samples cannot be "
-    "converted to units.  The file may be damaged.  Try another file.";
+    "The header of this file gives no valid ADC range, resolution or channel gain, so its "
+    "samples cannot be converted to units.  The file may be damaged.  Try another file.";
 inline constexpr std::string_view kBadDataPointerText =
     "The data section of this file lies outside the file.  The file may be damaged or "
     "incompletely copied.  Try another file.";
@@ -205,6 +206,34 @@ inline constexpr std::string_view kBadStringIndexText =
 inline constexpr std::string_view kDuplicateAdcText =
     "The header of this file gives the same ADC input to two channels.  The file may be "
     "damaged.  Try another file.";
+// A refusal's text followed by the file and the exact reason.
+inline std::string WithReason(std::string_view text, const std::string& name,
+                              const std::string& reason) {
+    return std::string(text) + "\n\n" + name + ": " + reason + ".";
+}
+// The samples of the open recording could not all be read.
+inline constexpr std::string_view kReadFaultCaption = "Data File Changed";
+inline std::string ReadFaultText(const std::string& name, const std::string& why) {
+    return "Part of the data file " + name + " can no longer be read (" + why +
+           ").  It has been changed or cut short since it was opened; the trace shows "
+           "zero where samples are missing.";
+}
+inline std::string ReadFaultKeepEventsText(const std::string& fault, int32_t count) {
+    return fault + "  The " + std::to_string(count) +
+           " events analysed are kept.  Do you want to save the event data?";
+}
+
+inline constexpr std::string_view kBadParametersText =
+    "The detection parameters in this file lie outside what a recording can use.  The file may "
+    "be damaged; nothing is loaded.";
+// A custom settings file that cannot be used.
+inline constexpr std::string_view kSettingsNotLoadedCaption = "Settings Not Loaded";
+inline constexpr std::string_view kNoSettingsSections =
+    "it has none of the sections [Program], [Display] and [Analysis]";
+inline std::string SettingsNotLoadedText(const std::string& path, std::string_view why) {
+    return "The settings file " + path + " cannot be used (" + std::string(why) +
+           ").  The current settings are kept.";
+}
 
 // File information report (menu_DatInfo) labels, in report order.
 inline constexpr std::string_view kInfoTitle = "DAT File Info:  ";

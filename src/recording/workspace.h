@@ -4,6 +4,7 @@
 // globals.
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "recording/recording.h"
 #include "recording/results_table.h"
 #include "recording/settings.h"
+#include "recording/value_ranges.h"
 
 namespace vess {
 
@@ -39,8 +41,7 @@ struct Workspace {
     AnalysisParameters& params() { return settings.analysis; }
     const AnalysisParameters& params() const { return settings.analysis; }
     int32_t BlocksPerScreen() const {
-        return settings.DisplayTotalNumberBlockPerScreen < 1 ? 1
-                                                             : settings.DisplayTotalNumberBlockPerScreen;
+        return std::clamp(settings.DisplayTotalNumberBlockPerScreen, 1, kMaxBlocksPerScreen);
     }
 };
 

@@ -4,12 +4,15 @@
 #include <QComboBox>
 #include <QPushButton>
 
+#include <unistd.h>
+
 #include "app/qt_dialogs.h"
 #include "detection/navigation.h"
 #include "detection/ui/event_sound.h"
 #include "detection/ui/texts.h"
 #include "detection/whole_file.h"
 #include "gui_fixture.h"
+#include "recording/event_file.h"
 #include "recording/open_recording.h"
 #include "recording/texts.h"
 
@@ -269,6 +272,34 @@ TEST_F(GuiTest, LeftClickDetectsTheEventUnderThePointer) {
     EXPECT_EQ(ws.events[k].amplitude, original.amplitude);
     EXPECT_EQ(ws.selectedEvent, k);
     EXPECT_EQ(GridRows(), k);
+}
+
+}  // namespace
+}  // namespace vess::test
+
+namespace vess::test {
+namespace {
+
+// The recording is cut short on disk while events are under review: the
+// window says so once, keeps the events and offers to save them.
+TEST_F(GuiTest, ARecordingCutShortWhileOpenKeepsTheEventsAndOffersToSave) {
+    OpenSample();
+    AnalyseUntilEvents(3);
+    const EventTable events = ws.events;
+    ASSERT_EQ(::truncate(abfPath.c_str(), 8192), 0);
+    dialogs.ClearTranscript();
+    dialogs.AnswerYesNo(true).AnswerSaveFile((dir / "rescued.EVT").string());
+    Type('f');  // the last screen, long gone from the file
+    ASSERT_TRUE(WaitFor([&] { return dialogs.AllAnswersUsed(); }));
+    EXPECT_EQ(dialogs.Transcript().front().caption, texts::kReadFaultCaption);
+    EXPECT_EQ(ws.events, events);
+    EXPECT_TRUE(ReadEventFile(dir / "rescued.EVT").Ok());
+    Snapshot("read_fault");
+    // Told once: further screens say nothing more.
+    Type('s');
+    Type('d');
+    QTest::qWait(20);
+    EXPECT_EQ(dialogs.Transcript().size(), 2u);
 }
 
 }  // namespace

@@ -121,6 +121,19 @@ TEST(EventFileFormat, ExtendedHeaderKeepsItsTailAndGetsTheLongComment) {
     EXPECT_EQ(BuildEventFile(header, SomeParams(), many, "e.abf").size(), 2048u + 100 * 76);
 }
 
+// In the sample recordings the 56-character comment is blank; carrying it
+// over would only wipe the long comment's text.
+TEST(EventFileFormat, ABlankShortCommentKeepsTheLongComment) {
+    auto header = RandomBytes(6144, 13);
+    le::PutText(header, 310, 56, "");
+    le::PutText(header, 5154, 128, "long comment typed in the acquisition program");
+    const auto file = BuildEventFile(header, SomeParams(), {}, "e.abf");
+    EXPECT_EQ(le::GetText(file, 5154, 128), le::GetText(header, 5154, 128));
+    std::fill_n(header.begin() + 310, 56, uint8_t(0));  // blank as NULs too
+    EXPECT_EQ(le::GetText(BuildEventFile(header, SomeParams(), {}, "e.abf"), 5154, 128),
+              le::GetText(header, 5154, 128));
+}
+
 TEST(EventFileFormat, NameIsCutAt34Characters) {
     const std::string longName(40, 'n');
     const auto file = BuildEventFile(RandomBytes(2048, 9), SomeParams(), {}, longName + ".abf");
@@ -299,6 +312,10 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
     auto lying = BuildEventFile(BlankHeaderCopy(), SomeParams(), RandomRecords(2, 25), "cell.abf");
     le::Put(lying, 1986, int32_t(1000));
     WriteBytes(f.dir / "lying.EVT", lying);
+    // A search period of seconds: detection would crawl through it.
+    AnalysisParameters slow = SomeParams();
+    slow.PeriodToSearchMax = 3'600'000;  // 3.6 s in us, over the bound of one second
+    WriteBytes(f.dir / "slow.EVT", BuildEventFile(BlankHeaderCopy(), slow, {}, "cell.abf"));
 
     struct Case { const char* file; std::string caption; std::string text; };
     const Case cases[] = {
@@ -309,6 +326,9 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
          "the appropriate event file."},
         {"short.EVT", "Damaged File", ""},
         {"lying.EVT", "Damaged File", ""},
+        {"slow.EVT", "Damaged File",
+         "slow.EVT: Its detection parameters cannot be used (PeriodToSearchMax is 3600000 us, "
+         "outside 0 to 1000000 us); it is damaged and nothing is loaded."},
     };
     for (const auto& c : cases) {
         f.dialogs.ClearTranscript();
@@ -324,6 +344,26 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
         EXPECT_EQ(f.ws.params(), params);
         EXPECT_FALSE(f.ws.history.CanUndo());
     }
+}
+
+// Open Event offers to save the current events first; when that save is
+// cancelled or fails, nothing is opened (it used to go on and replace 487
+// unsaved events by the 3 loaded).
+TEST(EventFileCommands, AFailedOrCancelledSaveStopsOpenEvent) {
+    Fixture f;
+    f.AddEvents(487, 27);
+    const auto before = f.ws.events;
+    // Cancelled in the save dialog.
+    f.dialogs.AnswerYesNo(true).AnswerSaveFile(std::nullopt);
+    EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs));
+    // A save that fails: its folder does not exist.
+    f.dialogs.AnswerYesNo(true).AnswerSaveFile((f.dir / "gone" / "x.EVT").string());
+    EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs));
+    EXPECT_EQ(f.dialogs.Messages().back().caption, "File Error");
+    EXPECT_NE(f.dialogs.Messages().back().text.find("No such file or directory"), std::string::npos);
+    // No open dialog was shown (an unexpected one would have thrown).
+    EXPECT_TRUE(f.dialogs.AllAnswersUsed());
+    EXPECT_EQ(f.ws.events, before);
 }
 
 // A data file name longer than 34 characters is stored cut, so the event

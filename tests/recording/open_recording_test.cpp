@@ -124,6 +124,22 @@ TEST_F(OpenDataFileTest, EachMalformedFileIsRefusedWithItsMessageAndChangesNothi
          texts::kBadScalingText},
         {"zero resolution", [](auto& b) { Set<int32_t>(b, kADCResolution, 0); }, damaged,
          texts::kBadScalingText},
+        // A sample interval no digitiser can have: 1e-30 us made one screen
+        // span 1e34 samples of the detection periods.
+        {"interval of 1e-30 us", [](auto& b) { Set<float>(b, kADCSampleInterval, 1e-30f); },
+         damaged, texts::kBadIntervalText},
+        {"interval of a day", [](auto& b) { Set<float>(b, kADCSampleInterval, 8.64e10f); },
+         damaged, texts::kBadIntervalText},
+        // A gain of 0 or NaN would print values as inf or NaN and make
+        // detection find nothing.
+        {"zero signal gain", [](auto& b) { Set<float>(b, kSignalGain, 0.0f); }, damaged,
+         texts::kBadScalingText},
+        {"NaN programmable gain",
+         [](auto& b) { Set<float>(b, kADCProgrammableGain, std::numeric_limits<float>::quiet_NaN()); },
+         damaged, texts::kBadScalingText},
+        {"infinite instrument offset",
+         [](auto& b) { Set<float>(b, kInstrumentOffset, std::numeric_limits<float>::infinity()); },
+         damaged, texts::kBadScalingText},
         {"data pointer past the end", [](auto& b) { Set<int32_t>(b, kDataSectionPtr, 100000); },
          damaged, texts::kBadDataPointerText},
         {"data pointer inside the header", [](auto& b) { Set<int32_t>(b, kDataSectionPtr, 1); },
@@ -157,7 +173,13 @@ TEST_F(OpenDataFileTest, EachMalformedFileIsRefusedWithItsMessageAndChangesNothi
         const auto messages = dialogs.Messages();
         ASSERT_EQ(messages.size(), 1u);
         EXPECT_EQ(messages[0].caption, c.caption);
-        EXPECT_EQ(messages[0].text, c.text);
+        // A damaged file's message goes on to name the file and the fault.
+        if (c.caption == damaged) {
+            EXPECT_EQ(messages[0].text.substr(0, c.text.size()), c.text);
+            EXPECT_NE(messages[0].text.find("\n\nbad.abf: "), std::string::npos) << messages[0].text;
+        } else {
+            EXPECT_EQ(messages[0].text, c.text);
+        }
         ExpectPreviousKept();
     }
     EXPECT_TRUE(dialogs.AllAnswersUsed());

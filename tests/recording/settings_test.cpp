@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <limits>
 
 #include "recording/file_io.h"
 #include "recording/ini_file.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/settings_file.h"
+#include "recording/texts.h"
+#include "recording/value_ranges.h"
 #include "recording/workspace.h"
 #include "support/test_recording.h"
 
@@ -13,6 +16,10 @@ namespace vess {
 namespace {
 
 using test::TempDir;
+
+void Put(const std::filesystem::path& p, const std::string& text) {
+    ASSERT_EQ(WriteFileAtomic(p, std::string_view(text)), "");
+}
 
 std::string ReadText(const std::filesystem::path& p) {
     const auto b = ReadFileBytes(p);
@@ -152,6 +159,125 @@ TEST(Settings, CommandsSayWhatTheyDid) {
     dialogs.AnswerYesNoCancel(Answer::Yes);
     EXPECT_TRUE(AskSaveSettingsOnExit(ws, dialogs));
     EXPECT_EQ(LoadIniSettings(ws.iniPath).JumpInterval, 77);
+    // Yes with a save that fails keeps the form open.
+    ws.iniPath = dir.Path();
+    dialogs.AnswerYesNoCancel(Answer::Yes);
+    EXPECT_FALSE(AskSaveSettingsOnExit(ws, dialogs));
+    EXPECT_EQ(dialogs.Transcript().back().caption, "File Error");
+}
+
+// Every value is written to survive the 10-character read. The shortest form
+// of 1.3456789e-05 has 13 characters and used to come back as "1.3456789e"
+// (not a number), so the default 5 replaced it.
+TEST(Settings, ExtremeValuesOfEveryKeySurviveTheTenCharacterRead) {
+    Settings s;
+    s.FractionWindow = "0.123456789012";
+    s.DisplayGain = "12345.6789012";
+    s.FilterFreq = "1000.00000001";
+    s.DisplayOffset = kMinDisplayOffset;
+    s.DisplayTotalNumberBlockPerScreen = kMaxBlocksPerScreen;
+    s.GroupNavigate = 255;
+    s.JumpInterval = std::numeric_limits<int32_t>::max();
+    s.FilterType = 255;
+    AnalysisParameters& a = s.analysis;
+    a.PeakDirection = std::numeric_limits<int16_t>::min();
+    a.ThresholdAmplitude = 1.3456789e-05f;
+    a.AreaThreshold = -987654.3f;
+    a.DecayPercent = 0.123456789f;
+    a.PeriodToSearchMax = kMaxPeriodUs;
+    a.PeriodStartBaseline = 0;
+    a.PeriodFindDecayTime = 999999;
+    a.PeriodBaselineAverage = 1;
+    a.NumberPointsPeak = kMaxNumberPointsPeak;
+
+    IniFile ini;
+    SettingsToIni(s, ini);
+    std::vector<std::string> problems;
+    const Settings back = SettingsFromIni(ini, &problems);
+    EXPECT_TRUE(problems.empty()) << problems.front();
+    // Texts are written cut to what is read; integers come back exactly.
+    EXPECT_EQ(back.FractionWindow, "0.12345678");
+    EXPECT_EQ(back.DisplayGain, "12345.6789");
+    EXPECT_EQ(back.FilterFreq, "1000.00000");
+    EXPECT_EQ(back.DisplayOffset, s.DisplayOffset);
+    EXPECT_EQ(back.DisplayTotalNumberBlockPerScreen, s.DisplayTotalNumberBlockPerScreen);
+    EXPECT_EQ(back.JumpInterval, s.JumpInterval);
+    EXPECT_EQ(back.analysis.PeakDirection, a.PeakDirection);
+    EXPECT_EQ(back.analysis.PeriodToSearchMax, a.PeriodToSearchMax);
+    EXPECT_EQ(back.analysis.PeriodFindDecayTime, a.PeriodFindDecayTime);
+    EXPECT_EQ(back.analysis.NumberPointsPeak, a.NumberPointsPeak);
+    // Floats keep every digit that fits in 10 characters: "1.34568e-5"
+    // (6 significant digits), "-987654.3", "0.12345679".
+    EXPECT_EQ(ini.Get("Analysis", "ThresholdAmplitude!"), "1.34568e-5");
+    EXPECT_NEAR(back.analysis.ThresholdAmplitude, 1.3456789e-05f, 1e-10);
+    EXPECT_EQ(back.analysis.AreaThreshold, a.AreaThreshold);
+    EXPECT_EQ(back.analysis.DecayPercent, 0.12345679f);
+    // What was read once is written and read again unchanged.
+    IniFile again;
+    SettingsToIni(back, again);
+    EXPECT_EQ(again.Text(), ini.Text());
+    EXPECT_EQ(SettingsFromIni(again), back);
+}
+
+// Values no recording can use keep their defaults and are each reported: a
+// screen of 8388608 blocks overflowed the point count, a period of an hour
+// made detection hundreds of times slower.
+TEST(Settings, ValuesOutsideTheirRangeKeepTheDefaultsAndAreReported) {
+    const IniFile ini = IniFile::Parse(
+        "[Display]\nDisplayTotalNumberBlockPerScreen=8388608\nGroupNavigate=300\n"
+        "[Analysis]\nPeriodToSearchMax&=3600000000\nPeriodFindDecayTime&=360000000\n"
+        "NumberPointsPeak=32767\nDecayPercent!=1.5\nThresholdAmplitude!=nan\n"
+        "PeriodStartBaseline&=-5\nAreaThreshold!=70\n");
+    std::vector<std::string> problems;
+    const Settings s = SettingsFromIni(ini, &problems);
+    Settings expected;
+    expected.analysis.AreaThreshold = 70;  // the one value in range is taken
+    EXPECT_EQ(s, expected);
+    ASSERT_EQ(problems.size(), 8u);
+    EXPECT_EQ(problems[0], "DisplayTotalNumberBlockPerScreen=8388608: outside 1 to 4096");
+    EXPECT_EQ(problems[1], "GroupNavigate=300: outside 0 to 255");
+    EXPECT_EQ(problems[2], "ThresholdAmplitude!=nan: not a number");
+    EXPECT_EQ(problems[3], "PeriodToSearchMax&=3600000000: not a number");  // over 32 bits
+    EXPECT_EQ(problems[5],
+              "PeriodFindDecayTime&=360000000: PeriodFindDecayTime is 360000000 us, outside 0 "
+              "to 1000000 us");
+    EXPECT_EQ(problems[7], "NumberPointsPeak=32767: NumberPointsPeak is 32767, outside 1 to 255");
+}
+
+// Loading a custom settings file that is missing or is no settings file
+// used to reset every setting to its default without a word.
+TEST(Settings, ACustomSettingsFileThatCannotBeUsedChangesNothing) {
+    TempDir dir;
+    Workspace ws;
+    ws.settings = Changed();
+    ScriptedDialogs dialogs;
+    Put(dir / "notes.SET", "shopping list\n[Groceries]\nmilk=1\n");
+    std::filesystem::create_directory(dir / "folder.SET");
+    const struct {
+        std::filesystem::path file;
+        std::string why;
+    } cases[] = {{dir / "missing.SET", "No such file or directory"},
+                 {dir / "notes.SET", std::string(texts::kNoSettingsSections)},
+                 {dir / "folder.SET", "is a folder"}};
+    for (const auto& c : cases) {
+        dialogs.AnswerOpenFile(c.file.string());
+        EXPECT_FALSE(LoadCustomSettingsCommand(ws, dialogs));
+        EXPECT_EQ(dialogs.Transcript().back().caption, texts::kSettingsNotLoadedCaption);
+        EXPECT_EQ(dialogs.Transcript().back().text,
+                  texts::SettingsNotLoadedText(c.file.string(), c.why));
+        EXPECT_EQ(ws.settings, Changed());
+    }
+    // A settings file with one value out of range: the rest is taken and
+    // the user is told which value was not.
+    Put(dir / "odd.SET", "[Analysis]\nPeakDirection%=1\nNumberPointsPeak=32767\n");
+    dialogs.AnswerOpenFile((dir / "odd.SET").string());
+    EXPECT_TRUE(LoadCustomSettingsCommand(ws, dialogs));
+    EXPECT_EQ(ws.settings.analysis.PeakDirection, 1);
+    EXPECT_EQ(ws.settings.analysis.NumberPointsPeak, 1);
+    EXPECT_EQ(dialogs.Transcript().back().text,
+              SettingsProblemsText(dir / "odd.SET",
+                                   {"NumberPointsPeak=32767: NumberPointsPeak is 32767, outside 1 "
+                                    "to 255"}));
 }
 
 TEST(Settings, DefaultIniPathFallsBackToTheUserConfigFolder) {

@@ -1,0 +1,128 @@
+// Saving through a temporary file: the target is replaced whole, a user's own
+// "X.tmp" is never touched, permissions and symbolic links survive, a folder
+// that forbids new files still lets a writable file be saved, and failures
+// name the real file and the reason.
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "recording/file_io.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+using test::TempDir;
+
+std::string Text(const std::filesystem::path& p) {
+    const auto b = ReadFileBytes(p);
+    return b ? std::string(b->begin(), b->end()) : std::string("<unreadable>");
+}
+
+void Put(const std::filesystem::path& p, const std::string& text) {
+    std::ofstream(p, std::ios::binary) << text;
+}
+
+mode_t Mode(const std::filesystem::path& p) {
+    struct stat st {};
+    ::stat(p.c_str(), &st);
+    return st.st_mode & 07777;
+}
+
+TEST(WriteFileAtomic, ReplacesTheTargetAndLeavesNoTemporaryBehind) {
+    TempDir dir;
+    Put(dir / "cell.EVT", "old");
+    // A file of the user's that happens to have the name a fixed temporary
+    // name would take.
+    Put(dir / "cell.EVT.tmp", "mine");
+    EXPECT_EQ(WriteFileAtomic(dir / "cell.EVT", std::string_view("new")), "");
+    EXPECT_EQ(Text(dir / "cell.EVT"), "new");
+    EXPECT_EQ(Text(dir / "cell.EVT.tmp"), "mine");
+    int files = 0;
+    for (const auto& e : std::filesystem::directory_iterator(dir.Path())) {
+        (void)e;
+        ++files;
+    }
+    EXPECT_EQ(files, 2);
+}
+
+TEST(WriteFileAtomic, KeepsTheTargetsPermissions) {
+    TempDir dir;
+    Put(dir / "shared.SET", "old");
+    ASSERT_EQ(::chmod((dir / "shared.SET").c_str(), 0640), 0);
+    EXPECT_EQ(WriteFileAtomic(dir / "shared.SET", std::string_view("new")), "");
+    EXPECT_EQ(Mode(dir / "shared.SET"), mode_t(0640));
+    // A new file gets the usual permissions, not mkstemp's private 0600.
+    const mode_t mask = ::umask(022);
+    EXPECT_EQ(WriteFileAtomic(dir / "fresh.SET", std::string_view("x")), "");
+    ::umask(mask);
+    EXPECT_EQ(Mode(dir / "fresh.SET"), mode_t(0644));
+}
+
+TEST(WriteFileAtomic, WritesThroughASymbolicLinkToItsTarget) {
+    TempDir dir;
+    std::filesystem::create_directory(dir / "real");
+    Put(dir / "real" / "cell.EVT", "old");
+    std::filesystem::create_symlink("real/cell.EVT", dir / "link.EVT");
+    EXPECT_EQ(WriteFileAtomic(dir / "link.EVT", std::string_view("new")), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(dir / "link.EVT"));
+    EXPECT_EQ(Text(dir / "real" / "cell.EVT"), "new");
+    EXPECT_EQ(Text(dir / "link.EVT"), "new");
+}
+
+TEST(WriteFileAtomic, AFailureNamesTheRealFileAndTheReason) {
+    TempDir dir;
+    std::filesystem::create_symlink("missing/cell.EVT", dir / "link.EVT");
+    EXPECT_EQ(WriteFileAtomic(dir / "link.EVT", std::string_view("x")),
+              "Cannot write " + (dir / "missing/cell.EVT").string() +
+                  ": No such file or directory.");
+    std::filesystem::create_directory(dir / "folder.EVT");
+    EXPECT_EQ(WriteFileAtomic(dir / "folder.EVT", std::string_view("x")),
+              "Cannot write " + (dir / "folder.EVT").string() + ": it is not a regular file.");
+}
+
+// Runs check as an ordinary user: root may create files in any folder, so a
+// test about a folder's permissions drops to "nobody" in a child process.
+// Returns the child's exit status (0 when every check held).
+template <class F>
+int AsOrdinaryUser(F check) {
+    if (::geteuid() != 0) return check();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(90);
+        ::_exit(check());
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 99;
+}
+
+TEST(WriteFileAtomic, AFolderThatForbidsNewFilesStillLetsAWritableFileBeSaved) {
+    TempDir dir;
+    const auto locked = dir / "locked";
+    std::filesystem::create_directory(locked);
+    Put(locked / "cell.EVT", "old");
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chmod(dir.Path().c_str(), 0755), 0);
+        ASSERT_EQ(::chown(locked.c_str(), 65534, 65534), 0);
+        ASSERT_EQ(::chown((locked / "cell.EVT").c_str(), 65534, 65534), 0);
+    }
+    ASSERT_EQ(::chmod(locked.c_str(), 0555), 0);
+    const int status = AsOrdinaryUser([&] {
+        if (WriteFileAtomic(locked / "cell.EVT", std::string_view("new")) != "") return 1;
+        if (WriteFileAtomic(locked / "other.EVT", std::string_view("x")) !=
+            "Cannot write " + (locked / "other.EVT").string() + ": Permission denied.")
+            return 2;
+        return 0;
+    });
+    ::chmod(locked.c_str(), 0755);
+    EXPECT_EQ(status, 0) << "1: the writable file was not saved; 2: wrong refusal";
+    EXPECT_EQ(Text(locked / "cell.EVT"), "new");
+}
+
+}  // namespace
+}  // namespace vess

@@ -1,0 +1,193 @@
+// A recording whose file changes on disk while it is open: reads never crash,
+// a short read is reported once with the events kept and offered for saving,
+// and no detection runs on samples that could not be read. Files that are not
+// regular (named pipes) are refused at once instead of blocking.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <numeric>
+
+#include "detection/screen_commands.h"
+#include "recording/abf_layout.h"
+#include "recording/event_file.h"
+#include "recording/file_io.h"
+#include "recording/open_recording.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/screen.h"
+#include "recording/texts.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+using test::TempDir;
+
+std::vector<int16_t> Ramp(int n) {
+    std::vector<int16_t> v(std::size_t(n), 0);
+    for (int i = 0; i < n; ++i) v[std::size_t(i)] = int16_t(i % 3000 - 1500);
+    return v;
+}
+
+// The data section of a file written by MakeRecording starts right after
+// the header the writer builds; this is where sample 'point' lies.
+uint64_t ByteOfPoint(const Recording& rec, int64_t point) {
+    return uint64_t(rec.Header().dataSectionPtr) * abf::kBlockBytes + uint64_t(point) * 2;
+}
+
+TEST(ReadFault, ATruncatedFileGivesZerosAndAFaultNotACrash) {
+    TempDir dir;
+    const auto samples = Ramp(40 * 256);
+    auto rec = test::MakeRecording(dir / "cut.abf", samples);
+    std::vector<int16_t> out(512);
+    ASSERT_TRUE(rec->ReadSamples(1000, out));
+    EXPECT_EQ(out[0], samples[1000]);
+    EXPECT_EQ(rec->ReadFault(), "");
+
+    // Cut the file in the middle of block 20 while it is open: a memory map
+    // would raise SIGBUS on the next touch of the lost pages.
+    ASSERT_EQ(::truncate((dir / "cut.abf").c_str(), off_t(ByteOfPoint(*rec, 20 * 256 + 10))), 0);
+
+    EXPECT_FALSE(rec->ReadSamples(20 * 256, out));
+    for (int k = 0; k < 10; ++k) EXPECT_EQ(out[std::size_t(k)], samples[20 * 256 + std::size_t(k)]);
+    for (std::size_t k = 10; k < out.size(); ++k) ASSERT_EQ(out[k], 0) << k;
+    EXPECT_NE(rec->ReadFault().find("cut.abf"), std::string::npos) << rec->ReadFault();
+    // Single samples past the cut read as 0 as well; before it, as recorded.
+    EXPECT_EQ(rec->Sample(30 * 256), 0);
+    EXPECT_EQ(rec->Sample(rec->PointsPerChannel() + 5), 0);  // no step after the end
+    EXPECT_EQ(rec->Sample(5 * 256 + 7), samples[5 * 256 + 7]);
+    const Screen screen(*rec, 28, 4);
+    EXPECT_FALSE(screen.Complete());
+    const Screen early(*rec, 4, 4);
+    EXPECT_TRUE(early.Complete());
+}
+
+TEST(ReadFault, AFileReplacedByRenameKeepsServingTheOpenedData) {
+    TempDir dir;
+    const auto samples = Ramp(8 * 256);
+    auto rec = test::MakeRecording(dir / "swap.abf", samples);
+    // Saving another program's way: a new file renamed over the old name.
+    ASSERT_EQ(WriteFileAtomic(dir / "swap.abf", std::string_view("replaced")), "");
+    std::vector<int16_t> out(8 * 256);
+    EXPECT_TRUE(rec->ReadSamples(0, out));
+    EXPECT_EQ(out, samples);
+    EXPECT_EQ(rec->ReadFault(), "");
+}
+
+// An ABF 2 recording in sweeps (171116sh_0020.abf: 7 sweeps of one channel,
+// read as one trace) cut short while open is served through the same reads:
+// what is left reads as recorded, the rest as 0 with the fault noted.
+TEST(ReadFault, ATruncatedAbf2FileGivesZerosAndAFault) {
+    VESS_REQUIRE_SHARED_DATA();
+    TempDir dir;
+    const auto file = dir / "sweeps.abf";
+    std::filesystem::copy_file(test::SharedData() / "abf2/171116sh_0020.abf", file);
+    AbfError error{};
+    std::string detail;
+    auto rec = Recording::Open(file, &error, &detail);
+    ASSERT_TRUE(rec) << detail;
+    ASSERT_NE(rec->Abf2(), nullptr);
+    ASSERT_EQ(rec->SweepStarts().size(), 7u);
+    std::vector<int16_t> before(std::size_t(rec->PointsPerChannel()));
+    ASSERT_TRUE(rec->ReadSamples(0, before));
+
+    // Cut in the middle of the fourth sweep.
+    const int64_t cut = rec->SweepStarts()[3] + 123;
+    ASSERT_EQ(::truncate(file.c_str(), off_t(ByteOfPoint(*rec, cut))), 0);
+
+    std::vector<int16_t> after(before.size(), 7);
+    EXPECT_FALSE(rec->ReadSamples(0, after));
+    EXPECT_TRUE(std::equal(after.begin(), after.begin() + cut, before.begin()));
+    EXPECT_TRUE(std::all_of(after.begin() + cut, after.end(), [](int16_t v) { return v == 0; }));
+    EXPECT_NE(rec->ReadFault().find("sweeps.abf"), std::string::npos) << rec->ReadFault();
+    EXPECT_EQ(rec->Sample(rec->SweepStarts()[5] + 1), 0);
+    EXPECT_EQ(rec->Sample(rec->PointsPerChannel() + 5), 0);
+    EXPECT_EQ(rec->Sample(cut - 1), before[std::size_t(cut - 1)]);
+    const Screen screen(*rec, int32_t(cut / 256) - 1, 4);
+    EXPECT_FALSE(screen.Complete());
+
+    // Opened again, the shorter file keeps the samples that remain.
+    auto reopened = Recording::Open(file, &error, &detail);
+    ASSERT_TRUE(reopened) << detail;
+    EXPECT_EQ(reopened->PointsPerChannel(), cut);
+    EXPECT_EQ(reopened->ReadFault(), "");
+}
+
+class ReadFaultReport : public ::testing::Test {
+protected:
+    TempDir dir;
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    std::filesystem::path cwd = std::filesystem::current_path();
+    void TearDown() override { std::filesystem::current_path(cwd); }
+
+    void OpenAndCut(int events) {
+        ws.recording = test::MakeRecording(dir / "cell.abf", Ramp(40 * 256));
+        for (int k = 0; k < events; ++k) ws.events.Append(EventRecord{});
+        ws.history.Checkpoint(ws.events, "test");
+        ASSERT_EQ(::truncate((dir / "cell.abf").c_str(), off_t(ByteOfPoint(*ws.recording, 256))), 0);
+    }
+};
+
+TEST_F(ReadFaultReport, EventsAreKeptAndOfferedForSavingOnce) {
+    OpenAndCut(487);
+    ws.screenStartBlock = 8;
+    const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws, dialogs);
+    EXPECT_EQ(r.eventsAdded, 0);  // zeros are not data
+    EXPECT_EQ(ws.events.Count(), 487);
+
+    dialogs.AnswerYesNo(true).AnswerSaveFile((dir / "kept.EVT").string());
+    const auto save = [&] { return SaveEventFileCommand(ws, dialogs); };
+    EXPECT_TRUE(ReportReadFault(ws, dialogs, save));
+    ASSERT_FALSE(dialogs.Transcript().empty());
+    EXPECT_EQ(dialogs.Transcript()[0].caption, texts::kReadFaultCaption);
+    EXPECT_EQ(dialogs.Transcript()[0].text,
+              texts::ReadFaultKeepEventsText(ws.recording->ReadFault(), 487));
+    const EventFileContents saved = ReadEventFile(dir / "kept.EVT");
+    ASSERT_TRUE(saved.Ok());
+    EXPECT_EQ(saved.eventCount, 487);
+    EXPECT_EQ(ws.events.Count(), 487);
+
+    // Told once: the next screens that fail to read say nothing more.
+    ws.screenStartBlock = 16;
+    AnalyzeCurrentScreen(ws, dialogs);
+    EXPECT_FALSE(ReportReadFault(ws, dialogs, save));
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(ReadFaultReport, NonStopAnalysisStopsAtTheFault) {
+    OpenAndCut(0);
+    NonStopAnalysis run(ws, dialogs);
+    run.RunToEnd();
+    // Screens 4 blocks long; the first read past block 1 fails on the first
+    // step, so the run ends there instead of going through all nine screens.
+    EXPECT_EQ(run.GetProgress().screensDone, 1);
+    EXPECT_EQ(ws.events.Count(), 0);
+    EXPECT_TRUE(ReportReadFault(ws, dialogs, {}));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].text, ws.recording->ReadFault());
+}
+
+TEST(RegularFilesOnly, ANamedPipeIsRefusedWithoutBlocking) {
+    TempDir dir;
+    const auto fifo = dir / "pipe.abf";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    AbfError error = AbfError::None;
+    std::string detail;
+    // Before the fix each of these waited forever for a writer.
+    EXPECT_EQ(Recording::Open(fifo, &error, &detail), nullptr);
+    EXPECT_EQ(error, AbfError::CannotOpen);
+    EXPECT_EQ(detail, "not a regular file");
+    std::string why;
+    EXPECT_FALSE(ReadFileBytes(fifo, &why));
+    EXPECT_EQ(why, "not a regular file");
+    EXPECT_FALSE(ReadFileBytes(dir.Path(), &why));
+    EXPECT_EQ(why, "is a folder");
+}
+
+}  // namespace
+}  // namespace vess
