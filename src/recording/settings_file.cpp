@@ -97,26 +97,25 @@ void ReadText(const IniFile& ini, std::string_view section, std::string_view key
     if (auto text = ini.Get(section, key, maxChars)) value = *text;
 }
 
-// A time constant or threshold read only when it is positive and within
-// [low, high]; anything else keeps the default.
-void ReadBounded(const IniFile& ini, std::string_view key, double low, double high, double& value) {
-    double parsed = value;
-    ReadNumber(ini, kAnalysis, key, parsed);
-    if (parsed >= low && parsed <= high) value = parsed;
+// A time constant or threshold of the detection methods, read only within
+// [low, high]; anything else keeps the default and is noted.
+void ReadBounded(const IniFile& ini, std::string_view key, double low, double high, double& value,
+                 Problems* problems) {
+    ReadNumber(ini, kAnalysis, key, value, problems, low, high);
 }
 
-void ReadMethod(const IniFile& ini, MethodParameters& m) {
+void ReadMethod(const IniFile& ini, MethodParameters& m, Problems* problems) {
     std::string name;
     ReadText(ini, kAnalysis, "DetectionMethod", name);
     if (const auto method = ParseMethodName(name)) m.method = *method;
-    ReadBounded(ini, "KernelRiseMs", 0.01, 1000, m.riseTauMs);
-    ReadBounded(ini, "KernelDecayMs", 0.02, 10000, m.decayTauMs);
+    ReadBounded(ini, "KernelRiseMs", 0.01, 1000, m.riseTauMs, problems);
+    ReadBounded(ini, "KernelDecayMs", 0.02, 10000, m.decayTauMs, problems);
     if (m.decayTauMs <= m.riseTauMs) m.decayTauMs = MethodParameters{}.decayTauMs;
     if (m.decayTauMs <= m.riseTauMs) m.riseTauMs = MethodParameters{}.riseTauMs;
-    ReadBounded(ini, "DeconvolutionThreshold", 0.5, 100, m.deconvolutionThreshold);
-    ReadBounded(ini, "TemplateThreshold", 0.5, 100, m.templateThreshold);
-    ReadBounded(ini, "LowPassMs", 0.01, 100, m.lowPassMs);
-    ReadBounded(ini, "MinimumSeparationMs", 0, 1000, m.minSeparationMs);
+    ReadBounded(ini, "DeconvolutionThreshold", 0.5, 100, m.deconvolutionThreshold, problems);
+    ReadBounded(ini, "TemplateThreshold", 0.5, 100, m.templateThreshold, problems);
+    ReadBounded(ini, "LowPassMs", 0.01, 100, m.lowPassMs, problems);
+    ReadBounded(ini, "MinimumSeparationMs", 0, 1000, m.minSeparationMs, problems);
 }
 
 std::string Bool(bool b) { return b ? "True" : "False"; }
@@ -175,7 +174,7 @@ Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems)
     ReadBool(ini, kAnalysis, "ComplexPeak", a.ComplexPeak);
     ReadParameter(ini, "NumberPointsPeak", a, &A::NumberPointsPeak, problems);
     if (a.NumberPointsPeak < 1) a.NumberPointsPeak = 1;
-    ReadMethod(ini, s.method);
+    ReadMethod(ini, s.method, problems);
     return s;
 }
 
