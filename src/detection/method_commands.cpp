@@ -166,16 +166,7 @@ PointCommandResult DetectAtPointByMethod(Workspace& ws, Dialogs& dialogs, int64_
                        : std::nullopt);
         e = MeasureDetection(det, run, onset, limit);
     }
-    if (!e) {
-        dialogs.Message(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
-        return result;
-    }
-    if (!ws.events.Empty() && ws.events.Last().time == screen.CalculateTime(e->peak)) return result;
-    ws.history.Checkpoint(ws.events, "Detect event");
-    ws.events.Append(det.MakeRecord(*e));
-    result.eventIndex = ws.events.Count();
-    AddMarks(screen, *e, result.marks);
-    return result;
+    return StoreClickedEvent(ws, dialogs, screen, det, e);
 }
 
 }  // namespace vess

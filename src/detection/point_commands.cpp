@@ -33,7 +33,12 @@ PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t window
     const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
     const Detector det(screen, params, *len);
     const int64_t from = windowIndex - len->searchLen / 2;
-    const std::optional<MeasuredEvent> e = det.Measure(det.FindMax(from, len->searchLen));
+    return StoreClickedEvent(ws, dialogs, screen, det, det.Measure(det.FindMax(from, len->searchLen)));
+}
+
+PointCommandResult StoreClickedEvent(Workspace& ws, Dialogs& dialogs, const Screen& screen,
+                                     const Detector& det, const std::optional<MeasuredEvent>& e) {
+    PointCommandResult result;
     if (!e) {
         dialogs.Message(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
         return result;

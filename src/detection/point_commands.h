@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "detection/analyze_window.h"
@@ -24,6 +25,13 @@ struct PointCommandResult {
 // says so.
 PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
                                  bool tenthThresholds = false);
+
+class Detector;
+// The end of every click detection: says so when nothing was found, else
+// stores the event (unless it repeats the last stored time) as one undo step
+// and marks it.
+PointCommandResult StoreClickedEvent(Workspace& ws, Dialogs& dialogs, const Screen& screen,
+                                     const Detector& det, const std::optional<MeasuredEvent>& e);
 
 // menu_RecalculatePeak: measures event eventIndex (1-based) again on the
 // current screen from its stored peak, with the current parameters, and
