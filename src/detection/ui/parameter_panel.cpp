@@ -142,8 +142,14 @@ void ParameterPanel::Show(const Settings& settings, const std::string& units, do
     baselineAverage_->setText(QString::number(p.PeriodBaselineAverage));
     findDecay_->setText(QString::number(p.PeriodFindDecayTime));
     decayPercent_->setText(QString::number(p.DecayPercent));
-    const int points = std::clamp<int>(p.NumberPointsPeak, 1, kMaxPointsPeak);
-    points_->setCurrentIndex(points - 1);
+    // A file may hold more points than the list offers: show its value as it is.
+    const int points = std::max<int>(p.NumberPointsPeak, 1);
+    int pointsIndex = points_->findData(points);
+    if (pointsIndex < 0) {
+        points_->addItem(QString::number(points), points);
+        pointsIndex = points_->count() - 1;
+    }
+    points_->setCurrentIndex(pointsIndex);
     complexPeak_->setChecked(p.ComplexPeak);
     sound_->setChecked(settings.SoundOn);
     const QString u = units.empty() ? QString() : QString::fromStdString(units);
