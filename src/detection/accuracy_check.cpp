@@ -23,25 +23,19 @@ struct Added {
 
 // A recording in memory holding samples with the channel's units and scaling.
 std::unique_ptr<Recording> InMemory(const Recording& rec, const std::vector<int16_t>& samples) {
-    AbfWriteSpec spec;
-    spec.intervalUs = rec.IntervalUs();
-    spec.adcRange = rec.Header().adcRange;
-    spec.adcResolution = rec.Header().adcResolution;
+    AbfWriteSpec writeSpec;
+    writeSpec.intervalUs = rec.IntervalUs();
+    writeSpec.adcRange = rec.Header().adcRange;
+    writeSpec.adcResolution = rec.Header().adcResolution;
     AbfChannelSpec ch;
     ch.units = rec.Units();
     ch.programmableGain = 1;
     ch.signalGain = 1;
     ch.instrumentScaleFactor = rec.Gain();
     ch.signalOffset = rec.Offset();
-    spec.channels = {ch};
-    std::vector<uint8_t> bytes = BuildAbfHeader(spec, int64_t(samples.size()));
-    const std::size_t at = bytes.size();
-    bytes.resize(at + 2 * samples.size());
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const uint16_t v = uint16_t(samples[i]);
-        bytes[at + 2 * i] = uint8_t(v & 0xFF);
-        bytes[at + 2 * i + 1] = uint8_t(v >> 8);
-    }
+    writeSpec.channels = {ch};
+    std::vector<uint8_t> bytes;
+    if (!BuildAbfFile(writeSpec, samples, bytes).empty()) return nullptr;
     AbfError error = AbfError::None;
     return Recording::FromBytes(std::move(bytes), rec.Path().filename(), &error);
 }

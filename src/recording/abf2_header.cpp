@@ -126,15 +126,15 @@ void StoreChannel(std::span<const uint8_t> e, const Abf2Channel& ch, AbfHeader& 
 
 // The ABF 1.x header that event and parameter files carry for this recording.
 std::vector<uint8_t> HeaderCopy(const AbfHeader& h, const Abf2Info& info) {
-    AbfWriteSpec spec;
-    spec.intervalUs = info.adcSequenceInterval;
-    spec.adcRange = h.adcRange;
-    spec.adcResolution = h.adcResolution;
-    spec.creator = info.creatorName;
-    spec.comment = h.fileComment;
-    spec.fileStartDate = int32_t(info.fileStartDate);
-    spec.fileStartTimeS = int32_t(info.fileStartTimeMs / 1000);
-    spec.channels.clear();
+    AbfWriteSpec writeSpec;
+    writeSpec.intervalUs = info.adcSequenceInterval;
+    writeSpec.adcRange = h.adcRange;
+    writeSpec.adcResolution = h.adcResolution;
+    writeSpec.creator = info.creatorName;
+    writeSpec.comment = h.fileComment;
+    writeSpec.fileStartDate = int32_t(info.fileStartDate);
+    writeSpec.fileStartTimeS = int32_t(info.fileStartTimeMs / 1000);
+    writeSpec.channels.clear();
     for (const Abf2Channel& ch : info.channels) {
         const auto adc = std::size_t(ch.adcNum);
         AbfChannelSpec c;
@@ -146,10 +146,10 @@ std::vector<uint8_t> HeaderCopy(const AbfHeader& h, const Abf2Info& info) {
         c.instrumentOffset = h.instrumentOffset[adc];
         c.signalOffset = h.signalOffset[adc];
         c.telegraphAdditGain = h.telegraphAdditGain[adc];
-        spec.channels.push_back(c);
+        writeSpec.channels.push_back(c);
     }
     const int64_t frames = int64_t(h.actualAcqLength) / int64_t(info.channels.size());
-    return BuildAbfHeader(spec, frames);
+    return BuildAbfHeader(writeSpec, frames);
 }
 
 }  // namespace

@@ -105,8 +105,8 @@ std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frame
     return h;
 }
 
-std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writeSpec,
-                     std::span<const int16_t> interleaved) {
+std::string BuildAbfFile(const AbfWriteSpec& writeSpec, std::span<const int16_t> interleaved,
+                         std::vector<uint8_t>& bytes) {
     const std::size_t nch = writeSpec.channels.size();
     if (nch < 1 || nch > std::size_t(kMaxChannels))
         return fmt::format("An ABF file holds 1 to {} channels, not {}.", kMaxChannels, nch);
@@ -118,13 +118,20 @@ std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writ
         return "Too many samples for an ABF 1.x file.";
 
     const int64_t frames = int64_t(interleaved.size() / nch);
-    std::vector<uint8_t> bytes = BuildAbfHeader(writeSpec, frames);
+    bytes = BuildAbfHeader(writeSpec, frames);
     const std::size_t dataAt = bytes.size();
     bytes.resize(dataAt + interleaved.size() * 2);
     std::span<uint8_t> out(bytes);
     for (std::size_t i = 0; i < interleaved.size(); ++i)
         le::Put<int16_t>(out, dataAt + 2 * i, interleaved[i]);
+    return {};
+}
 
+std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writeSpec,
+                     std::span<const int16_t> interleaved) {
+    std::vector<uint8_t> bytes;
+    if (std::string problem = BuildAbfFile(writeSpec, interleaved, bytes); !problem.empty())
+        return problem;
     // Written beside the target and renamed over it, so a failure never
     // leaves a half-written file in its place.
     return WriteFileAtomic(path, bytes);

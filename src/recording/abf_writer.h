@@ -43,6 +43,11 @@ struct AbfWriteSpec {
 // frames interleaved samples.
 std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frames);
 
+// The whole file (header and interleaved samples) in memory. Returns an
+// empty string on success, otherwise what is wrong with the request.
+std::string BuildAbfFile(const AbfWriteSpec& writeSpec, std::span<const int16_t> interleaved,
+                         std::vector<uint8_t>& bytes);
+
 // interleaved holds frames of channels.size() samples each. Writes to a
 // temporary file and renames it over path. Returns an empty string on
 // success, otherwise a message saying what went wrong.

@@ -157,8 +157,8 @@ TEST(RealAbf2Recording, AbfOneTwinsHoldTheSameSamples) {
 }
 
 test::Abf2Spec TwoChannels() {
-    test::Abf2Spec spec;
-    spec.intervalUs = 33.3f;  // not a multiple of the channel count
+    test::Abf2Spec writeSpec;
+    writeSpec.intervalUs = 33.3f;  // not a multiple of the channel count
     test::Abf2Channel a;
     a.adcNum = 3;
     a.name = "Imemb";
@@ -176,8 +176,8 @@ test::Abf2Spec TwoChannels() {
     b.units = "mV";
     b.instrumentScaleFactor = 0.01f;
     b.telegraphAdditGain = 7;  // telegraph off: not applied
-    spec.channels = {a, b};
-    return spec;
+    writeSpec.channels = {a, b};
+    return writeSpec;
 }
 
 // Gains and offsets by the conversion rule: gain = programmable x scale x

@@ -32,7 +32,7 @@ struct Abf2Spec {
 inline constexpr uint32_t kAbf2ProtocolBlock = 1, kAbf2AdcBlock = 2, kAbf2StringsBlock = 3,
                           kAbf2DataBlock = 4;
 
-// interleaved holds whole frames of spec.channels.size() samples.
-std::vector<uint8_t> Abf2Bytes(const Abf2Spec& spec, const std::vector<int16_t>& interleaved);
+// interleaved holds whole frames of writeSpec.channels.size() samples.
+std::vector<uint8_t> Abf2Bytes(const Abf2Spec& writeSpec, const std::vector<int16_t>& interleaved);
 
 }  // namespace vess::test
