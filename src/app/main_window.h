@@ -80,6 +80,10 @@ private:
     void BuildLaterMenus();
     void BuildGroupAnalysisMenu();  // main_window_group.cpp
     void BuildHeartRateMenu();  // main_window_hrv.cpp
+    void BuildSignalMenu();     // main_window_signal.cpp
+    void AddFilterActions(QMenu* m);      // main_window_filter.cpp
+    void AddSignalToolActions(QMenu* m);  // main_window_signal_tools.cpp
+    void AddBatchActions(QMenu* m);       // main_window_batch.cpp
     QAction* AddAction(QMenu* menu, const char* name, const QString& text,
                        const QList<QKeySequence>& keys, const char* tip, void (MainWindow::*slot)());
     void RestoreGeometry();

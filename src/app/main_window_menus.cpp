@@ -277,6 +277,7 @@ void MainWindow::BuildLaterMenus() {
     // The analysis menus that follow the main window's own, in menu-bar order.
     BuildGroupAnalysisMenu();
     BuildStatisticsMenus();
+    BuildSignalMenu();
 }
 
 }  // namespace vess
