@@ -83,6 +83,8 @@ struct PlotData {
     std::vector<XBand> bands{};
     // Fixed axis ranges; when absent the range fits the data (FittedRanges).
     std::optional<AxisRange> xRange{}, yRange{};
+    // A logarithmic x axis (for frequency responses); give xRange above 0.
+    bool xLog = false;
 
     bool Empty() const { return series.empty() && !colourMap; }
 };

@@ -16,13 +16,15 @@ namespace {
 std::string Why() { return std::strerror(errno); }
 
 // Writes all bytes to fd and flushes them to the disk; "" or the reason.
-std::string WriteAllAndSync(int fd, std::span<const uint8_t> bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) return Why();
-        done += std::size_t(n);
+std::string WriteAllAndSync(int fd, const ChunkSource& next) {
+    for (std::span<const uint8_t> bytes = next(); !bytes.empty(); bytes = next()) {
+        std::size_t done = 0;
+        while (done < bytes.size()) {
+            const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+            if (n < 0 && errno == EINTR) continue;
+            if (n < 0) return Why();
+            done += std::size_t(n);
+        }
     }
     if (::fsync(fd) != 0) return Why();
     return {};
@@ -50,7 +52,7 @@ mode_t NewFileMode() {
 
 // Overwrites the existing file in place: used when its folder does not let
 // us create the temporary file but the file itself is writable.
-std::string WriteInPlace(const std::filesystem::path& target, std::span<const uint8_t> bytes) {
+std::string WriteInPlace(const std::filesystem::path& target, const ChunkSource& bytes) {
     const int fd = ::open(target.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) return "Cannot write " + target.string() + ": " + Why() + ".";
     std::string why = WriteAllAndSync(fd, bytes);
@@ -83,6 +85,15 @@ std::optional<std::vector<uint8_t>> ReadFileBytes(const std::filesystem::path& p
 }
 
 std::string WriteFileAtomic(const std::filesystem::path& path, std::span<const uint8_t> bytes) {
+    bool given = false;
+    return WriteFileAtomic(path, [&]() -> std::span<const uint8_t> {
+        if (given) return {};
+        given = true;
+        return bytes;
+    });
+}
+
+std::string WriteFileAtomic(const std::filesystem::path& path, const ChunkSource& bytes) {
     const std::filesystem::path target = FinalTarget(path);
     struct stat existing {};
     const bool exists = ::stat(target.c_str(), &existing) == 0;

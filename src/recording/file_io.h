@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,6 +24,10 @@ std::optional<std::vector<uint8_t>> ReadFileBytes(const std::filesystem::path& p
 // otherwise a message saying what went wrong.
 std::string WriteFileAtomic(const std::filesystem::path& path, std::span<const uint8_t> bytes);
 std::string WriteFileAtomic(const std::filesystem::path& path, std::string_view text);
+// The same for a file too long to hold in memory: next() hands out the bytes
+// chunk by chunk, an empty chunk at the end.
+using ChunkSource = std::function<std::span<const uint8_t>()>;
+std::string WriteFileAtomic(const std::filesystem::path& path, const ChunkSource& next);
 
 // Adds "." + extension when the file name has no "." in it.
 std::filesystem::path WithDefaultExtension(const std::filesystem::path& path,

@@ -298,10 +298,10 @@ void Recording::SetChannel(uint8_t channel) {
     const ChannelScaling scaling = ScalingOf(header_, std::size_t(AdcOfChannel(channel_)));
     gain_ = float(scaling.gain);
     offset_ = float(scaling.offset);
-    chunkStart_ = -1;
+    DetachFiltered();
     if (frames_ > 0) {
-        ReadFrames(0, std::span(&firstSample_, 1));
-        ReadFrames(frames_ - 1, std::span(&lastSample_, 1));
+        ReadRawFrames(0, std::span(&firstSample_, 1));
+        ReadRawFrames(frames_ - 1, std::span(&lastSample_, 1));
     }
 }
 
@@ -333,6 +333,10 @@ float Recording::Bit2msec(int32_t points) const {
 }
 
 bool Recording::ReadFrames(int64_t first, std::span<int16_t> out) const {
+    return ReadsFiltered() ? ReadFilteredFrames(first, out) : ReadRawFrames(first, out);
+}
+
+bool Recording::ReadRawFrames(int64_t first, std::span<int16_t> out) const {
     const std::size_t frameBytes = std::size_t(ChannelCount()) * 2;
     frameBytes_.resize(out.size() * frameBytes);
     const uint64_t at = dataOffset_ + uint64_t(first) * frameBytes;
@@ -346,19 +350,53 @@ bool Recording::ReadFrames(int64_t first, std::span<int16_t> out) const {
     // A file cut short has lost its last sample too: past the end of the
     // data the trace goes on at 0 like the missing samples, without a step.
     if (file_->Error().empty()) lastSample_ = 0;
+    return NoteShortRead(*file_, at + got);
+}
+
+bool Recording::ReadFilteredFrames(int64_t first, std::span<int16_t> out) const {
+    frameBytes_.resize(out.size() * 2);
+    const uint64_t at = uint64_t(first) * 2;
+    const std::size_t got = filtered_->ReadAt(at, frameBytes_);
+    const std::size_t whole = std::min(out.size(), got / 2);
+    for (std::size_t k = 0; k < whole; ++k) out[k] = le::Get<int16_t>(std::span<const uint8_t>(frameBytes_), k * 2);
+    if (whole == out.size()) return true;
+    std::fill(out.begin() + std::ptrdiff_t(whole), out.end(), int16_t(0));
+    return NoteShortRead(*filtered_, at + got);
+}
+
+bool Recording::NoteShortRead(const DataFile& file, uint64_t endByte) const {
     if (readFault_.empty()) {
-        const std::string why = !file_->Error().empty()
-                                    ? file_->Error()
-                                    : fmt::format("it now ends at byte {}", at + got);
+        const std::string why = !file.Error().empty() ? file.Error()
+                                                      : fmt::format("it now ends at byte {}", endByte);
         readFault_ = texts::ReadFaultText(FileName(), why);
     }
     return false;
 }
 
+void Recording::AttachFiltered(std::unique_ptr<DataFile> counts) {
+    filtered_ = std::move(counts);
+    chunkStart_ = -1;
+    if (frames_ > 0) {
+        ReadFilteredFrames(0, std::span(&filteredFirst_, 1));
+        ReadFilteredFrames(frames_ - 1, std::span(&filteredLast_, 1));
+    }
+}
+
+void Recording::DetachFiltered() {
+    filtered_.reset();
+    chunkStart_ = -1;
+}
+
+void Recording::ReadFiltered(bool on) {
+    if (on != readFiltered_) chunkStart_ = -1;
+    readFiltered_ = on;
+}
+
 int16_t Recording::Sample(int64_t index) const {
     if (frames_ <= 0) return 0;
-    if (index <= 0) return firstSample_;
-    if (index >= frames_ - 1) return lastSample_;
+    const bool filtered = ReadsFiltered();
+    if (index <= 0) return filtered ? filteredFirst_ : firstSample_;
+    if (index >= frames_ - 1) return filtered ? filteredLast_ : lastSample_;
     if (chunkStart_ < 0 || index < chunkStart_ || index >= chunkStart_ + int64_t(chunk_.size())) {
         chunkStart_ = index / kChunkPoints * kChunkPoints;
         chunk_.resize(std::size_t(std::min(kChunkPoints, frames_ - chunkStart_)));
@@ -368,6 +406,14 @@ int16_t Recording::Sample(int64_t index) const {
 }
 
 bool Recording::ReadSamples(int64_t index, std::span<int16_t> out) const {
+    return ReadSamplesFrom(ReadsFiltered(), index, out);
+}
+
+bool Recording::ReadRawSamples(int64_t index, std::span<int16_t> out) const {
+    return ReadSamplesFrom(false, index, out);
+}
+
+bool Recording::ReadSamplesFrom(bool filtered, int64_t index, std::span<int16_t> out) const {
     if (frames_ <= 0) {
         std::fill(out.begin(), out.end(), int16_t(0));
         return true;
@@ -376,10 +422,11 @@ bool Recording::ReadSamples(int64_t index, std::span<int16_t> out) const {
     // out[k] holds index + k: before the data, inside it, after it.
     const int64_t inFirst = std::clamp<int64_t>(-index, 0, n);
     const int64_t inEnd = std::clamp<int64_t>(frames_ - index, inFirst, n);
-    std::fill(out.begin(), out.begin() + inFirst, firstSample_);
-    std::fill(out.begin() + inEnd, out.end(), lastSample_);
+    std::fill(out.begin(), out.begin() + inFirst, filtered ? filteredFirst_ : firstSample_);
+    std::fill(out.begin() + inEnd, out.end(), filtered ? filteredLast_ : lastSample_);
     if (inEnd == inFirst) return true;
-    return ReadFrames(index + inFirst, out.subspan(std::size_t(inFirst), std::size_t(inEnd - inFirst)));
+    const auto inside = out.subspan(std::size_t(inFirst), std::size_t(inEnd - inFirst));
+    return filtered ? ReadFilteredFrames(index + inFirst, inside) : ReadRawFrames(index + inFirst, inside);
 }
 
 std::vector<uint8_t> Recording::ReadDataBytes(int64_t position, std::size_t count) const {

@@ -101,7 +101,20 @@ public:
     int ChannelCount() const;              // at least 1
     uint8_t Channel() const { return channel_; }
     // Selects the 0-based channel position and recomputes gain and offset.
+    // A filtered copy of the previous channel is dropped.
     void SetChannel(uint8_t channel);
+
+    // A filtered copy of the chosen channel: PointsPerChannel() little-endian
+    // 16-bit counts from the start of counts (a file written once per filter
+    // change, so the copy costs disk, not memory). While ReadFiltered(true)
+    // is in force, Sample and ReadSamples serve the copy, with the same edge
+    // rule, so that every reader (screens, detection, measurements) sees the
+    // filtered trace without knowing it.
+    void AttachFiltered(std::unique_ptr<DataFile> counts);
+    void DetachFiltered();
+    bool HasFiltered() const { return filtered_ != nullptr; }
+    void ReadFiltered(bool on);
+    bool ReadsFiltered() const { return readFiltered_ && filtered_; }
 
     double IntervalUs() const { return intervalUs_; }  // per channel
     int32_t BlockCount() const { return blocks_; }     // 256-point blocks, at least 1
@@ -126,6 +139,8 @@ public:
     // was cut short or failed on disk since it was opened): those samples
     // are 0 and ReadFault() says what happened.
     bool ReadSamples(int64_t index, std::span<int16_t> out) const;
+    // The same from the recorded samples, whatever ReadFiltered says.
+    bool ReadRawSamples(int64_t index, std::span<int16_t> out) const;
     // The first read that failed, as a sentence naming the file; "" while
     // every read has succeeded. It stays set for the life of the recording.
     const std::string& ReadFault() const { return readFault_; }
@@ -160,6 +175,10 @@ private:
     // Reads the chosen channel's samples of frames [first, first + out.size()),
     // which lie inside the data; false (and the fault noted) on a short read.
     bool ReadFrames(int64_t first, std::span<int16_t> out) const;
+    bool ReadRawFrames(int64_t first, std::span<int16_t> out) const;
+    bool ReadFilteredFrames(int64_t first, std::span<int16_t> out) const;
+    bool ReadSamplesFrom(bool filtered, int64_t index, std::span<int16_t> out) const;
+    bool NoteShortRead(const DataFile& file, uint64_t endByte) const;
     std::unique_ptr<DataFile> file_;
     uint64_t dataOffset_ = 0;         // byte of the first sample
     int64_t frames_ = 0;              // interleaved frames available in the file
@@ -170,6 +189,9 @@ private:
     mutable int64_t chunkStart_ = -1;
     mutable std::string readFault_;
     bool readFaultReported_ = false;
+    std::unique_ptr<DataFile> filtered_;
+    int16_t filteredFirst_ = 0, filteredLast_ = 0;
+    bool readFiltered_ = false;
     friend class RecordingTestAccess;
 };
 

@@ -40,8 +40,19 @@ struct Settings {
     int32_t DisplayTotalNumberBlockPerScreen = 4;
     int32_t GroupNavigate = 1;
     int32_t JumpInterval = 1000;
+    // The digital filter: FilterType is its kind (1 Butterworth, 2 Chebyshev,
+    // 3 inverse Chebyshev, 4 elliptic), FilterFreq its cut-off in Hz,
+    // FilterPass 0 for low-pass and 1 for high-pass; ripple and attenuation
+    // in dB. DetectOnFiltered makes detection and measurement read the
+    // filtered trace while a filter is applied.
     int32_t FilterType = 4;
     std::string FilterFreq = "1000";
+    int32_t FilterPass = 0;
+    int32_t FilterOrder = 4;
+    std::string FilterRipple = "0.5";
+    std::string FilterAttenuation = "60";
+    bool FilterZeroPhase = false;
+    bool DetectOnFiltered = false;
     // Analysis
     AnalysisParameters analysis;
     MethodParameters method;

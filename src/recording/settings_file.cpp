@@ -159,8 +159,14 @@ Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems)
                problems, 1, kMaxBlocksPerScreen);
     ReadNumber(ini, kDisplay, "GroupNavigate", s.GroupNavigate, problems, 0, 255);
     ReadNumber(ini, kDisplay, "JumpInterval", s.JumpInterval, problems, 0);
-    ReadNumber(ini, kDisplay, "FilterType", s.FilterType, problems, 0, 255);
+    ReadNumber(ini, kDisplay, "FilterType", s.FilterType, problems, kMinFilterType, kMaxFilterType);
     ReadText(ini, kDisplay, "FilterFreq", s.FilterFreq);
+    ReadNumber(ini, kDisplay, "FilterPass", s.FilterPass, problems, 0, 1);
+    ReadNumber(ini, kDisplay, "FilterOrder", s.FilterOrder, problems, 1, kMaxFilterOrder);
+    ReadText(ini, kDisplay, "FilterRipple", s.FilterRipple);
+    ReadText(ini, kDisplay, "FilterAttenuation", s.FilterAttenuation);
+    ReadBool(ini, kDisplay, "FilterZeroPhase", s.FilterZeroPhase);
+    ReadBool(ini, kDisplay, "DetectOnFiltered", s.DetectOnFiltered);
     using A = AnalysisParameters;
     AnalysisParameters& a = s.analysis;
     ReadParameter(ini, "PeakDirection%", a, &A::PeakDirection, problems);
@@ -204,6 +210,12 @@ void SettingsToIni(const Settings& s, IniFile& ini) {
     ini.Set(kDisplay, "JumpInterval", Num(s.JumpInterval));
     ini.Set(kDisplay, "FilterType", Num(s.FilterType));
     ini.Set(kDisplay, "FilterFreq", Text(s.FilterFreq));
+    ini.Set(kDisplay, "FilterPass", Num(s.FilterPass));
+    ini.Set(kDisplay, "FilterOrder", Num(s.FilterOrder));
+    ini.Set(kDisplay, "FilterRipple", Text(s.FilterRipple));
+    ini.Set(kDisplay, "FilterAttenuation", Text(s.FilterAttenuation));
+    ini.Set(kDisplay, "FilterZeroPhase", Bool(s.FilterZeroPhase));
+    ini.Set(kDisplay, "DetectOnFiltered", Bool(s.DetectOnFiltered));
     const AnalysisParameters& a = s.analysis;
     ini.Set(kAnalysis, "PeakDirection%", Num(a.PeakDirection));
     ini.Set(kAnalysis, "ThresholdAmplitude!", Num(a.ThresholdAmplitude));

@@ -23,6 +23,11 @@ inline constexpr double kMaxThresholdMagnitude = 1.0e6;
 // 256-point blocks on one screen: three screens of the largest stay a few MB.
 inline constexpr int32_t kMaxBlocksPerScreen = 4096;
 
+// The digital filter's kind (FilterType) and order.
+inline constexpr int32_t kMinFilterType = 1;
+inline constexpr int32_t kMaxFilterType = 4;
+inline constexpr int32_t kMaxFilterOrder = 16;
+
 // The values that turn one channel's ADC counts into its units.
 struct ChannelScaling {
     double gain = 0;          // programmable x instrument scale x signal (x additional)

@@ -178,7 +178,8 @@ TEST(Settings, ExtremeValuesOfEveryKeySurviveTheTenCharacterRead) {
     s.DisplayTotalNumberBlockPerScreen = kMaxBlocksPerScreen;
     s.GroupNavigate = 255;
     s.JumpInterval = std::numeric_limits<int32_t>::max();
-    s.FilterType = 255;
+    s.FilterType = kMaxFilterType;
+    s.FilterOrder = kMaxFilterOrder;
     AnalysisParameters& a = s.analysis;
     a.PeakDirection = std::numeric_limits<int16_t>::min();
     a.ThresholdAmplitude = 1.3456789e-05f;

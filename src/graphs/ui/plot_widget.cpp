@@ -52,6 +52,10 @@ void PlotWidget::Draw() {
     canvas_->plotLayout()->addElement(0, 0, title_);
     canvas_->xAxis->setLabel(Q(plot_.xAxis));
     canvas_->yAxis->setLabel(Q(plot_.yAxis));
+    if (plot_.xLog) {
+        canvas_->xAxis->setScaleType(QCPAxis::stLogarithmic);
+        canvas_->xAxis->setTicker(QSharedPointer<QCPAxisTickerLog>(new QCPAxisTickerLog));
+    }
     if (plot_.colourMap && plot_.colourMap->Valid()) DrawColourMap(*plot_.colourMap);
     for (std::size_t i = 0; i < plot_.series.size(); ++i) DrawSeries(plot_.series[i], int(i));
     // Band shading goes under everything, band labels over it.

@@ -1,0 +1,198 @@
+#include "signal/filter_channel.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "recording/abf_writer.h"
+#include "recording/file_io.h"
+#include "recording/le_bytes.h"
+#include "recording/rounding.h"
+#include "signal/filter_texts.h"
+#include "signal/sos_runner.h"
+
+namespace vess {
+
+namespace {
+
+constexpr int64_t kBlock = 1 << 16;
+
+// A file in the temporary folder for this process alone, with its name kept
+// until Release so that it can be opened again for reading.
+class TempFile {
+public:
+    TempFile() {
+        name_ = (std::filesystem::temp_directory_path() / "vess-filter-XXXXXX").string();
+        fd_ = ::mkstemp(name_.data());
+        if (fd_ < 0) error_ = std::strerror(errno);
+    }
+    ~TempFile() {
+        if (fd_ >= 0) ::close(fd_);
+        if (!name_.empty() && fd_ >= 0) ::unlink(name_.c_str());
+    }
+    TempFile(const TempFile&) = delete;
+    TempFile& operator=(const TempFile&) = delete;
+
+    const std::string& Error() const { return error_; }
+    template <typename T>
+    bool Write(int64_t index, const std::vector<T>& values) {
+        return Io(::pwrite, index * int64_t(sizeof(T)), const_cast<T*>(values.data()), values.size() * sizeof(T));
+    }
+    // values as little-endian 16-bit counts from sample index on.
+    bool WriteCounts(int64_t index, const std::vector<double>& values) {
+        std::vector<uint8_t> bytes(values.size() * 2);
+        for (std::size_t i = 0; i < values.size(); ++i) le::Put<int16_t>(bytes, i * 2, RoundClamp16(values[i]));
+        return Io(::pwrite, index * 2, bytes.data(), bytes.size());
+    }
+    template <typename T>
+    bool Read(int64_t index, std::vector<T>& values) {
+        return Io(::pread, index * int64_t(sizeof(T)), values.data(), values.size() * sizeof(T));
+    }
+    // Opens the written bytes for reading and removes the name, so the
+    // file lives as long as the returned handle.
+    std::unique_ptr<DataFile> Release() {
+        DataFile::OpenResult r = DataFile::Open(name_);
+        if (!r.file) error_ = r.error;
+        return std::move(r.file);
+    }
+
+private:
+    template <typename Fn>
+    bool Io(Fn fn, int64_t offset, void* data, std::size_t bytes) {
+        auto* p = static_cast<char*>(data);
+        while (bytes > 0 && error_.empty()) {
+            const ssize_t n = fn(fd_, p, bytes, off_t(offset));
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) error_ = n < 0 ? std::strerror(errno) : "the temporary file ended early";
+            else {
+                p += n;
+                offset += n;
+                bytes -= std::size_t(n);
+            }
+        }
+        return error_.empty();
+    }
+    std::string name_;
+    int fd_ = -1;
+    std::string error_;
+};
+
+struct Pass {
+    int64_t points;
+    const FilterProgress& progress;
+    double done = 0, share = 1;
+    bool Report(int64_t at) const { return !progress || progress(done + share * double(at) / double(points)); }
+};
+
+// The forward pass: recorded samples in, filtered values out through sink.
+template <typename Sink>
+bool Forward(const Recording& rec, SosRunner& runner, const Pass& pass, Sink sink) {
+    std::vector<int16_t> raw;
+    std::vector<double> x;
+    for (int64_t at = 0; at < pass.points; at += kBlock) {
+        const int64_t n = std::min(kBlock, pass.points - at);
+        raw.resize(std::size_t(n));
+        rec.ReadRawSamples(at, raw);
+        x.assign(raw.begin(), raw.end());
+        if (at == 0) runner.SettleAt(x[0]);
+        runner.Process(x);
+        if (!sink(at, x) || !pass.Report(at + n)) return false;
+    }
+    return true;
+}
+
+// The backward pass over the forward output kept in scratch, last block
+// first, each block reversed through the filter and written as counts.
+bool Backward(SosRunner& runner, const Pass& pass, TempFile& scratch, TempFile& out) {
+    std::vector<double> y;
+    for (int64_t end = pass.points; end > 0; end -= kBlock) {
+        const int64_t at = std::max<int64_t>(0, end - kBlock);
+        y.resize(std::size_t(end - at));
+        if (!scratch.Read(at, y)) return false;
+        std::reverse(y.begin(), y.end());
+        if (end == pass.points) runner.SettleAt(y[0]);
+        runner.Process(y);
+        std::reverse(y.begin(), y.end());
+        if (!out.WriteCounts(at, y) || !pass.Report(pass.points - at)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+double SampleRateHz(const Recording& recording) { return 1e6 / recording.IntervalUs(); }
+
+FilteredChannel FilterChannel(const Recording& rec, const FilterSpec& spec, const FilterProgress& progress) {
+    FilteredChannel result;
+    const FilterDesign design = DesignFilter(spec, SampleRateHz(rec));
+    if (!design.error.empty()) {
+        result.error = design.error;
+        return result;
+    }
+    TempFile out;
+    const int64_t points = std::max<int64_t>(rec.PointsPerChannel(), 0);
+    SosRunner forward(design.sections);
+    bool finished = out.Error().empty();
+    if (finished && !spec.zeroPhase) {
+        finished = Forward(rec, forward, Pass{points, progress},
+                           [&](int64_t at, const std::vector<double>& y) { return out.WriteCounts(at, y); });
+    } else if (finished) {
+        TempFile scratch;
+        SosRunner backward(design.sections);
+        finished = scratch.Error().empty() &&
+                   Forward(rec, forward, Pass{points, progress, 0, 0.5},
+                           [&](int64_t at, const std::vector<double>& y) { return scratch.Write(at, y); }) &&
+                   Backward(backward, Pass{points, progress, 0.5, 0.5}, scratch, out);
+        if (!scratch.Error().empty()) result.error = scratch.Error();
+    }
+    if (finished) result.counts = out.Release();
+    if (!out.Error().empty()) result.error = out.Error();
+    if (!finished && result.error.empty()) result.error = "stopped";
+    if (!result.error.empty()) result.counts.reset();
+    return result;
+}
+
+std::string ApplyFilter(Recording& recording, const FilterSpec& spec, const FilterProgress& progress) {
+    FilteredChannel f = FilterChannel(recording, spec, progress);
+    if (!f.counts) return f.error;
+    recording.AttachFiltered(std::move(f.counts));
+    return {};
+}
+
+std::string WriteChannelAbf(const Recording& rec, const std::filesystem::path& path) {
+    AbfWriteSpec spec;
+    spec.intervalUs = rec.IntervalUs();
+    spec.adcRange = rec.Header().adcRange;
+    spec.adcResolution = rec.Header().adcResolution;
+    AbfChannelSpec& channel = spec.channels.front();
+    channel.units = rec.Units();
+    channel.programmableGain = rec.Gain();
+    channel.instrumentScaleFactor = 1;
+    channel.instrumentOffset = rec.Offset();
+    const int64_t points = rec.PointsPerChannel();
+    if (points > INT32_MAX) return "Too many samples for an ABF 1.x file.";
+    std::vector<uint8_t> chunk = BuildAbfHeader(spec, points);
+    std::vector<int16_t> samples;
+    int64_t at = 0;
+    bool headerGiven = false;
+    return WriteFileAtomic(path, [&]() -> std::span<const uint8_t> {
+        if (!headerGiven) {
+            headerGiven = true;
+            return chunk;
+        }
+        const int64_t n = std::min(kBlock, points - at);
+        if (n <= 0) return {};
+        samples.resize(std::size_t(n));
+        rec.ReadSamples(at, samples);
+        at += n;
+        chunk.resize(samples.size() * 2);
+        for (std::size_t i = 0; i < samples.size(); ++i) le::Put<int16_t>(chunk, i * 2, samples[i]);
+        return chunk;
+    });
+}
+
+}  // namespace vess

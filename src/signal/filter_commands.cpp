@@ -1,0 +1,104 @@
+#include "signal/filter_commands.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#include <fmt/format.h>
+
+#include "signal/filter_texts.h"
+
+namespace vess {
+
+namespace {
+
+double NumberOrNan(const std::string& text) {
+    char* end = nullptr;
+    const double v = std::strtod(text.c_str(), &end);
+    if (end == text.c_str()) return std::numeric_limits<double>::quiet_NaN();
+    while (*end == ' ') ++end;
+    return *end == '\0' ? v : std::numeric_limits<double>::quiet_NaN();
+}
+
+std::string NumberText(double v) { return fmt::format("{:.10g}", v); }
+
+}  // namespace
+
+FilterSpec FilterSpecFromSettings(const Settings& s) {
+    FilterSpec spec;
+    spec.kind = FilterKind(std::clamp(s.FilterType, kMinFilterType, kMaxFilterType));
+    spec.pass = s.FilterPass == 1 ? FilterPass::High : FilterPass::Low;
+    spec.cutoffHz = NumberOrNan(s.FilterFreq);
+    spec.order = s.FilterOrder;
+    spec.rippleDb = NumberOrNan(s.FilterRipple);
+    spec.attenuationDb = NumberOrNan(s.FilterAttenuation);
+    spec.zeroPhase = s.FilterZeroPhase;
+    return spec;
+}
+
+void StoreFilterSpec(const FilterSpec& spec, Settings& s) {
+    s.FilterType = int32_t(spec.kind);
+    s.FilterPass = spec.pass == FilterPass::High ? 1 : 0;
+    s.FilterFreq = NumberText(spec.cutoffHz);
+    s.FilterOrder = spec.order;
+    s.FilterRipple = NumberText(spec.rippleDb);
+    s.FilterAttenuation = NumberText(spec.attenuationDb);
+    s.FilterZeroPhase = spec.zeroPhase;
+}
+
+bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterSpec& spec, const FilterProgress& progress) {
+    if (!ws.recording) {
+        dialogs.Message(texts::kFilterCaption, texts::kFilterNoRecording);
+        return false;
+    }
+    if (const std::string why = FilterSpecProblem(spec, SampleRateHz(*ws.recording)); !why.empty()) {
+        dialogs.Message(texts::kFilterCaption, why);
+        return false;
+    }
+    StoreFilterSpec(spec, ws.settings);
+    FilteredChannel f = FilterChannel(*ws.recording, spec, progress);
+    if (!f.counts) {
+        if (f.error != "stopped") dialogs.Message(texts::kFilterCaption, texts::FilterFailedText(f.error));
+        return false;
+    }
+    ws.recording->AttachFiltered(std::move(f.counts));
+    ws.recording->ReadFiltered(ws.settings.DetectOnFiltered);
+    return true;
+}
+
+void RemoveFilter(Workspace& ws) {
+    if (ws.recording) ws.recording->DetachFiltered();
+}
+
+void SetDetectOnFiltered(Workspace& ws, bool on) {
+    ws.settings.DetectOnFiltered = on;
+    if (ws.recording) ws.recording->ReadFiltered(on);
+}
+
+bool DetectsOnFiltered(const Workspace& ws) { return ws.recording && ws.recording->ReadsFiltered(); }
+
+PlotData FilterResponsePlot(const FilterSpec& spec, double sampleRateHz, int points) {
+    PlotData plot;
+    plot.title = fmt::format("{} {} {}-pass, order {}, cut-off {:g} Hz{}", texts::kFilterResponseTitle,
+                             KindName(spec.kind), PassName(spec.pass), spec.order, spec.cutoffHz,
+                             spec.zeroPhase ? ", zero phase" : "");
+    plot.xAxis = texts::kFilterResponseX;
+    plot.yAxis = texts::kFilterResponseY;
+    plot.xLog = true;
+    const FilterDesign d = DesignFilter(spec, sampleRateHz);
+    if (!d.error.empty()) return plot;
+    PlotSeries s;
+    const double lo = std::max(0.1, sampleRateHz / 1e4), hi = 0.4999 * sampleRateHz;
+    const double passes = spec.zeroPhase ? 2.0 : 1.0;
+    for (int i = 0; i < points; ++i) {
+        const double f = lo * std::pow(hi / lo, double(i) / (points - 1));
+        s.x.push_back(f);
+        // Floored so that the zeros of the stop band do not stretch the axis.
+        s.y.push_back(std::max(-200.0, passes * ResponseDb(d.sections, f, sampleRateHz)));
+    }
+    plot.series.push_back(std::move(s));
+    plot.xRange = AxisRange{lo, hi};
+    return plot;
+}
+
+}  // namespace vess

@@ -1,0 +1,39 @@
+// The digital filter as commands over the workspace: the filter kept in the
+// settings, applying and removing it, the trace that detection reads, and
+// the frequency response for a graph window.
+#pragma once
+
+#include <vector>
+
+#include "graphs/plot_data.h"
+#include "recording/dialogs.h"
+#include "recording/settings.h"
+#include "recording/workspace.h"
+#include "signal/filter_channel.h"
+#include "signal/filter_design.h"
+
+namespace vess {
+
+// The filter the settings describe; a text that is not a number becomes NaN,
+// which FilterSpecProblem refuses.
+FilterSpec FilterSpecFromSettings(const Settings& settings);
+void StoreFilterSpec(const FilterSpec& spec, Settings& settings);
+
+// Stores spec in the settings and filters the recording's chosen channel;
+// a refused spec or a failed run is told through dialogs and leaves the
+// recording as it was. True when the filtered copy is attached.
+bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterSpec& spec,
+                        const FilterProgress& progress = {});
+// Drops the filtered copy; detection reads the recorded samples again.
+void RemoveFilter(Workspace& ws);
+// Stores the choice and points the recording's reads at the filtered copy
+// when one is attached and the choice is on.
+void SetDetectOnFiltered(Workspace& ws, bool on);
+// Whether detection and measurement now read the filtered trace.
+bool DetectsOnFiltered(const Workspace& ws);
+
+// Gain in dB at log-spaced frequencies from fs/10000 (at least 0.1 Hz) to
+// just below fs/2, as applied: twice the single-pass gain for zero phase.
+PlotData FilterResponsePlot(const FilterSpec& spec, double sampleRateHz, int points = 400);
+
+}  // namespace vess

@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "recording/rounding.h"
+#include "recording/screen.h"
+#include "signal/filter_channel.h"
+#include "signal/filter_commands.h"
+#include "signal/sos_runner.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+FilterSpec LowPass(double cutoffHz, bool zeroPhase) {
+    FilterSpec s;
+    s.kind = FilterKind::Butterworth;
+    s.cutoffHz = cutoffHz;
+    s.order = 4;
+    s.zeroPhase = zeroPhase;
+    return s;
+}
+
+// Whole-trace filtering in memory, the definition the block-wise file
+// version must reproduce: settled at the first sample, and for zero phase
+// a second pass backward settled at the last forward output.
+std::vector<int16_t> InMemory(const std::vector<int16_t>& raw, const FilterSpec& spec, double fs) {
+    const auto sections = DesignFilter(spec, fs).sections;
+    std::vector<double> x(raw.begin(), raw.end());
+    SosRunner forward(sections);
+    forward.SettleAt(x.front());
+    forward.Process(x);
+    if (spec.zeroPhase) {
+        std::reverse(x.begin(), x.end());
+        SosRunner backward(sections);
+        backward.SettleAt(x.front());
+        backward.Process(x);
+        std::reverse(x.begin(), x.end());
+    }
+    std::vector<int16_t> out;
+    for (double v : x) out.push_back(RoundClamp16(v));
+    return out;
+}
+
+std::vector<int16_t> Noisy(std::size_t n) {
+    std::vector<int16_t> s(n);
+    uint32_t state = 12345;  // fixed-seed LCG
+    for (std::size_t i = 0; i < n; ++i) {
+        state = state * 1664525u + 1013904223u;
+        s[i] = int16_t(-300 + int(state >> 22) % 200 + (i / 5000 % 2) * 2000);
+    }
+    return s;
+}
+
+// 150,000 points span three 65,536-point blocks of the file filter.
+TEST(FilterChannel, BlockwiseFileEqualsWholeTraceFilteringCausalAndZeroPhase) {
+    test::TempDir dir;
+    const std::vector<int16_t> raw = Noisy(150000);
+    auto rec = test::MakeRecording(dir / "n.abf", raw, 50);  // 20 kHz
+    for (bool zeroPhase : {false, true}) {
+        const FilterSpec spec = LowPass(500, zeroPhase);
+        ASSERT_EQ(ApplyFilter(*rec, spec), "");
+        rec->ReadFiltered(true);
+        std::vector<int16_t> got(raw.size());
+        EXPECT_TRUE(rec->ReadSamples(0, got));
+        EXPECT_EQ(got, InMemory(raw, spec, 20000)) << "zero phase " << zeroPhase;
+        // A screen in the middle reads the same counts as the whole file.
+        const Screen screen(*rec, 300, 4);
+        for (int i = -1024; i < 2048; i += 97)
+            EXPECT_EQ(screen.GetSampleValue(i), got[std::size_t(300 * 256 + i)]);
+        // Switched back, reads give the recorded samples again.
+        rec->ReadFiltered(false);
+        EXPECT_EQ(rec->Sample(1234), raw[1234]);
+        EXPECT_EQ(rec->Sample(-5), raw.front());
+    }
+}
+
+// Forward-backward has no phase: an impulse far from the edges comes out
+// symmetric about its position, peak in place.
+TEST(FilterChannel, ZeroPhaseImpulseResponseIsSymmetric) {
+    test::TempDir dir;
+    std::vector<int16_t> raw(20001, 0);
+    raw[10000] = 30000;
+    auto rec = test::MakeRecording(dir / "i.abf", raw, 50);
+    ASSERT_EQ(ApplyFilter(*rec, LowPass(1000, true)), "");
+    rec->ReadFiltered(true);
+    std::vector<int16_t> y(raw.size());
+    rec->ReadSamples(0, y);
+    EXPECT_EQ(std::max_element(y.begin(), y.end()) - y.begin(), 10000);
+    for (int k = 1; k < 200; ++k) EXPECT_NEAR(y[std::size_t(10000 + k)], y[std::size_t(10000 - k)], 1) << k;
+    // The causal pass delays the peak instead.
+    ASSERT_EQ(ApplyFilter(*rec, LowPass(1000, false)), "");
+    rec->ReadSamples(0, y);
+    EXPECT_GT(std::max_element(y.begin(), y.end()) - y.begin(), 10000);
+}
+
+TEST(FilterChannel, OutOfRangeCountsAreClampedAndChannelChangeDropsTheCopy) {
+    test::TempDir dir;
+    // A full-scale square wave overshoots through an elliptic low-pass.
+    std::vector<int16_t> raw(4000);
+    for (std::size_t i = 0; i < raw.size(); ++i) raw[i] = (i / 500) % 2 ? 32767 : -32768;
+    auto rec = test::MakeRecording(dir / "s.abf", raw, 50);
+    FilterSpec spec = LowPass(2000, false);
+    spec.kind = FilterKind::Elliptic;
+    ASSERT_EQ(ApplyFilter(*rec, spec), "");
+    rec->ReadFiltered(true);
+    std::vector<int16_t> y(raw.size());
+    rec->ReadSamples(0, y);
+    EXPECT_EQ(*std::max_element(y.begin(), y.end()), 32767);
+    EXPECT_EQ(*std::min_element(y.begin(), y.end()), -32768);
+    rec->SetChannel(0);
+    EXPECT_FALSE(rec->HasFiltered());
+    EXPECT_EQ(rec->Sample(700), raw[700]);
+}
+
+TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
+    test::TempDir dir;
+    Workspace ws;
+    ws.recording = test::MakeRecording(dir / "n.abf", Noisy(3000), 50);
+    FilterSpec spec = LowPass(750, true);
+    spec.kind = FilterKind::InverseChebyshev;
+    spec.pass = FilterPass::High;
+    spec.attenuationDb = 45;
+    StoreFilterSpec(spec, ws.settings);
+    EXPECT_EQ(FilterSpecFromSettings(ws.settings), spec);
+
+    SetDetectOnFiltered(ws, true);
+    EXPECT_FALSE(DetectsOnFiltered(ws));  // nothing applied yet
+    class Silent : public Dialogs {
+    public:
+        std::string last;
+        void Message(const std::string&, const std::string& t) override { last = t; }
+        bool AskYesNo(const std::string&, const std::string&) override { return false; }
+        Answer AskYesNoCancel(const std::string&, const std::string&) override { return Answer::Cancel; }
+        bool AskOkCancel(const std::string&, const std::string&) override { return false; }
+        std::optional<std::string> Input(const std::string&, const std::string&, const std::string&) override { return {}; }
+        std::optional<std::string> OpenFile(const FileDialogRequest&) override { return {}; }
+        std::optional<std::string> SaveFile(const FileDialogRequest&) override { return {}; }
+    } dialogs;
+    ASSERT_TRUE(ApplyFilterCommand(ws, dialogs, spec));
+    EXPECT_TRUE(DetectsOnFiltered(ws));
+    SetDetectOnFiltered(ws, false);
+    EXPECT_FALSE(DetectsOnFiltered(ws));
+    spec.cutoffHz = 10000;  // fs/2 exactly
+    EXPECT_FALSE(ApplyFilterCommand(ws, dialogs, spec));
+    EXPECT_NE(dialogs.last.find("10000 Hz cannot be used"), std::string::npos) << dialogs.last;
+    EXPECT_EQ(ws.settings.FilterFreq, "750");  // the refused value is not stored
+}
+
+}  // namespace
+}  // namespace vess

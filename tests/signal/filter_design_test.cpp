@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "signal/filter_design.h"
+#include "signal/sos_runner.h"
+
+namespace vess {
+namespace {
+
+struct Reference {
+    FilterKind kind;
+    FilterPass pass;
+    double dbAt500, dbAt1000, dbAt2000;
+};
+
+// Order 4, cut-off 1000 Hz, sampling 20 kHz, ripple 0.5 dB, attenuation
+// 60 dB. Values from scipy 1.10.1:
+//   sos = signal.iirfilter(4, 1000, rp=0.5, rs=60, btype=..., ftype=...,
+//                          fs=20000, output="sos")
+//   20*log10(abs(signal.sosfreqz(sos, worN=[500, 1000, 2000], fs=20000)[1]))
+// 500 and 2000 Hz are the pass- and stop-band edges (low-pass) or the
+// other way round (high-pass).
+const Reference kReferences[] = {
+    {FilterKind::Butterworth, FilterPass::Low, -0.0161120779, -3.010299957, -24.97890438},
+    {FilterKind::Butterworth, FilterPass::High, -24.31438113, -3.010299957, -0.01382244313},
+    {FilterKind::Chebyshev, FilterPass::Low, -0.1241844538, -0.5, -31.6176602},
+    {FilterKind::Chebyshev, FilterPass::High, -30.85225557, -0.5, -0.105646687},
+    {FilterKind::InverseChebyshev, FilterPass::Low, -20.05862574, -60, -66.95060559},
+    {FilterKind::InverseChebyshev, FilterPass::High, -66.23918249, -60, -19.30090063},
+    {FilterKind::Elliptic, FilterPass::Low, -0.09740317131, -0.5, -37.85659049},
+    {FilterKind::Elliptic, FilterPass::High, -36.72953495, -0.5, -0.08082782066},
+};
+
+FilterSpec Spec(FilterKind kind, FilterPass pass, double cutoffHz, int order) {
+    FilterSpec s;
+    s.kind = kind;
+    s.pass = pass;
+    s.cutoffHz = cutoffHz;
+    s.order = order;
+    return s;
+}
+
+TEST(FilterDesign, ResponsesAgreeWithTheReferenceDesignForEveryKindAndPass) {
+    for (const Reference& r : kReferences) {
+        const FilterDesign d = DesignFilter(Spec(r.kind, r.pass, 1000, 4), 20000);
+        ASSERT_TRUE(d.error.empty()) << d.error;
+        EXPECT_EQ(d.sections.size(), 2u);
+        const std::string what = std::string(KindName(r.kind)) + " " + std::string(PassName(r.pass));
+        EXPECT_NEAR(ResponseDb(d.sections, 500, 20000), r.dbAt500, 1e-6) << what;
+        EXPECT_NEAR(ResponseDb(d.sections, 1000, 20000), r.dbAt1000, 1e-6) << what;
+        EXPECT_NEAR(ResponseDb(d.sections, 2000, 20000), r.dbAt2000, 1e-6) << what;
+    }
+}
+
+// Odd orders carry a first-order section and an unpaired real zero; extreme
+// cut-offs put the poles within 3e-4 of z = 1 or near z = -1. Values from
+// scipy 1.10.1 as above.
+TEST(FilterDesign, OddOrdersAndExtremeCutoffsAgreeWithTheReferenceDesign) {
+    const FilterDesign odd = DesignFilter(Spec(FilterKind::InverseChebyshev, FilterPass::High, 1000, 3), 20000);
+    EXPECT_EQ(odd.sections.size(), 2u);
+    EXPECT_NEAR(ResponseDb(odd.sections, 500, 20000), -60.00049883, 1e-6);
+    EXPECT_NEAR(ResponseDb(odd.sections, 2000, 20000), -30.94327312, 1e-6);
+    const FilterDesign ellip3 = DesignFilter(Spec(FilterKind::Elliptic, FilterPass::Low, 1000, 3), 20000);
+    EXPECT_NEAR(ResponseDb(ellip3.sections, 2000, 20000), -20.74968853, 1e-6);
+    EXPECT_NEAR(ResponseDb(ellip3.sections, 5000, 20000), -73.82167452, 1e-6);
+
+    // iirfilter(8, 1, btype="highpass", fs=20000), at 0.5, 1 and 2 Hz.
+    const FilterDesign butter = DesignFilter(Spec(FilterKind::Butterworth, FilterPass::High, 1, 8), 20000);
+    EXPECT_NEAR(ResponseDb(butter.sections, 0.5, 20000), -48.16486579, 1e-5);
+    EXPECT_NEAR(ResponseDb(butter.sections, 1, 20000), -3.010299921, 1e-5);
+    EXPECT_NEAR(ResponseDb(butter.sections, 2, 20000), -6.626242839e-05, 1e-6);
+    const FilterDesign ellip = DesignFilter(Spec(FilterKind::Elliptic, FilterPass::High, 1, 8), 20000);
+    EXPECT_NEAR(ResponseDb(ellip.sections, 0.5, 20000), -60.63470017, 1e-4);
+    EXPECT_NEAR(ResponseDb(ellip.sections, 1, 20000), -0.4999999633, 1e-5);
+    // iirfilter(6, 20000, ..., btype="lowpass", fs=50000), at 10, 20, 22 kHz.
+    const FilterDesign cheb = DesignFilter(Spec(FilterKind::InverseChebyshev, FilterPass::Low, 20000, 6), 50000);
+    EXPECT_NEAR(ResponseDb(cheb.sections, 10000, 50000), -0.0001506935478, 1e-7);
+    EXPECT_NEAR(ResponseDb(cheb.sections, 22000, 50000), -61.80893326, 1e-5);
+    const FilterDesign ell = DesignFilter(Spec(FilterKind::Elliptic, FilterPass::Low, 20000, 6), 50000);
+    EXPECT_NEAR(ResponseDb(ell.sections, 20000, 50000), -0.5, 1e-6);
+    EXPECT_NEAR(ResponseDb(ell.sections, 22000, 50000), -65.38835764, 1e-5);
+}
+
+// A 1 Hz high-pass of order 8 at 20 kHz: every pole inside the unit
+// circle, the impulse response decays to nothing, a step settles to 0.
+TEST(FilterDesign, OneHertzHighPassOfOrderEightIsStable) {
+    for (FilterKind kind : {FilterKind::Butterworth, FilterKind::Elliptic}) {
+        const FilterDesign d = DesignFilter(Spec(kind, FilterPass::High, 1, 8), 20000);
+        for (const Biquad& s : d.sections) EXPECT_LT(s[5], 1.0);  // |p|^2 of the pair
+        SosRunner impulse(d.sections), step(d.sections);
+        // 60 s: the sharpest poles of the elliptic design ring for seconds.
+        std::vector<double> x(1200000, 0.0), y(1200000, 1000.0);
+        x[0] = 1;
+        impulse.Process(x);
+        step.Process(y);
+        // Envelope of impulse and step responses at 15-20 s and 55-60 s.
+        double early = 0, late = 0;
+        for (std::size_t i = 0; i < x.size(); ++i) {
+            ASSERT_TRUE(std::isfinite(x[i]) && std::isfinite(y[i]));
+            double& band = i > 1100000 ? late : early;
+            if (i > 300000 && (i < 400000 || i > 1100000)) band = std::max({band, std::fabs(x[i]), std::fabs(y[i])});
+        }
+        EXPECT_LT(late, 0.3 * early) << KindName(kind);
+        EXPECT_LT(late, 2.0) << KindName(kind);  // of a 1000-count DC step
+    }
+}
+
+TEST(FilterDesign, RefusesCutoffsOutsideTheOpenBandAndBadShapes) {
+    for (double fc : {0.0, -5.0, 10000.0, 12000.0, std::nan("")}) {
+        const FilterDesign d = DesignFilter(Spec(FilterKind::Butterworth, FilterPass::Low, fc, 4), 20000);
+        EXPECT_TRUE(d.sections.empty());
+        EXPECT_NE(d.error.find("below half the sampling frequency (10000 Hz)"), std::string::npos) << d.error;
+    }
+    EXPECT_FALSE(DesignFilter(Spec(FilterKind::Butterworth, FilterPass::Low, 9999, 4), 20000).sections.empty());
+    EXPECT_NE(FilterSpecProblem(Spec(FilterKind::Butterworth, FilterPass::Low, 100, 0), 20000), "");
+    FilterSpec ellip = Spec(FilterKind::Elliptic, FilterPass::Low, 100, 4);
+    ellip.attenuationDb = 0.3;  // below the ripple
+    EXPECT_NE(FilterSpecProblem(ellip, 20000), "");
+}
+
+// Block by block with the state carried over equals one pass.
+TEST(SosRunner, BlockwiseEqualsOnePassAndSettledStartHasNoTransient) {
+    const FilterDesign d = DesignFilter(Spec(FilterKind::Chebyshev, FilterPass::Low, 300, 5), 20000);
+    std::vector<double> x(10007);
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] = 200 + 50 * std::sin(0.01 * double(i * i % 977));
+    std::vector<double> whole = x;
+    SosRunner one(d.sections), blocks(d.sections);
+    one.Process(whole);
+    for (std::size_t at = 0; at < x.size(); at += 1000)
+        blocks.Process(std::span(x).subspan(at, std::min<std::size_t>(1000, x.size() - at)));
+    for (std::size_t i = 0; i < x.size(); ++i) ASSERT_EQ(x[i], whole[i]) << i;
+
+    // Settled at 200, a constant 200 passes unchanged (the DC gain of an
+    // odd-order Chebyshev low-pass is 1) from the first sample on.
+    SosRunner settled(d.sections);
+    settled.SettleAt(200);
+    std::vector<double> flat(50, 200.0);
+    settled.Process(flat);
+    for (double v : flat) EXPECT_NEAR(v, 200.0, 1e-9);
+}
+
+}  // namespace
+}  // namespace vess
