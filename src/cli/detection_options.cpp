@@ -11,6 +11,8 @@
 #include "recording/settings_file.h"
 #include "recording/texts.h"
 #include "recording/value_ranges.h"
+#include "signal/filter_channel.h"
+#include "signal/filter_commands.h"
 
 namespace vess::cli {
 namespace {
@@ -45,6 +47,10 @@ void AddDetectionOptions(CLI::App& cmd, DetectionOptions& o) {
                  "set the method's kernel and thresholds from this recording's noise and events");
     cmd.add_option("--blocks-per-screen", o.blocksPerScreen, "256-point blocks per screen")
         ->check(CLI::Range(1, int(kMaxBlocksPerScreen)));
+    cmd.add_flag("--filtered", o.filtered,
+                 "detect and measure on the filtered trace: the settings' filter, changed by the "
+                 "filter options below");
+    AddFilterOptions(cmd, o.filter, false);
 }
 
 std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment) {
@@ -114,6 +120,11 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
                " channel(s); --channel " + std::to_string(o.channel) + " does not exist";
     ws.recording->SetChannel(static_cast<uint8_t>(o.channel));
     ws.screenStartBlock = 0;
+    if (o.filtered) {
+        const FilterSpec spec = ResolveFilter(o.filter, FilterSpecFromSettings(ws.settings));
+        if (const std::string why = ApplyFilter(*ws.recording, spec); !why.empty()) return "--filtered: " + why;
+        SetDetectOnFiltered(ws, true);
+    }
     if (o.suggest > 0) {
         ScriptedDialogs quiet;  // the preset's message is not wanted here
         SuggestParameters(ws, quiet, o.suggest, [] { return true; });

@@ -10,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/filter_options.h"
 #include "recording/workspace.h"
 
 namespace vess::cli {
@@ -24,6 +25,8 @@ struct DetectionOptions {
     int suggest = 0;          // 1..3: a Suggest Analysis Parameters entry first
     std::string method;       // threshold, deconvolution or template; empty: the settings'
     bool suggestFromNoise = false;  // parameters from the recording's noise and events
+    bool filtered = false;          // detect on the trace filtered by the settings' filter
+    FilterOptions filter;           // ... with these changes
 };
 
 // Registers --channel, --settings, --par, --suggest, --set and

@@ -1,0 +1,31 @@
+#include "cli/filter_options.h"
+
+namespace vess::cli {
+
+void AddFilterOptions(CLI::App& cmd, FilterOptions& o, bool required) {
+    cmd.add_option("--kind", o.kind, "filter kind")
+        ->check(CLI::IsMember({"butterworth", "chebyshev", "inverse-chebyshev", "elliptic"}))
+        ->required(required);
+    cmd.add_option("--pass", o.pass, "low or high")->check(CLI::IsMember({"low", "high"}))->required(required);
+    cmd.add_option("--cutoff", o.cutoffHz,
+                   "cut-off in Hz: -3 dB (butterworth), ripple edge (chebyshev, elliptic), "
+                   "stop-band edge (inverse-chebyshev)")
+        ->required(required);
+    cmd.add_option("--order", o.order, "filter order")->check(CLI::Range(1, int(kMaxFilterOrder)))->required(required);
+    cmd.add_option("--ripple", o.rippleDb, "pass-band ripple in dB (chebyshev, elliptic)");
+    cmd.add_option("--attenuation", o.attenuationDb, "stop-band attenuation in dB (inverse-chebyshev, elliptic)");
+    cmd.add_flag("--zero-phase", o.zeroPhase, "filter forward and backward (no phase shift)");
+}
+
+FilterSpec ResolveFilter(const FilterOptions& o, FilterSpec spec) {
+    if (o.kind) ParseKind(*o.kind, &spec.kind);
+    if (o.pass) ParsePass(*o.pass, &spec.pass);
+    if (o.cutoffHz) spec.cutoffHz = *o.cutoffHz;
+    if (o.order) spec.order = *o.order;
+    if (o.rippleDb) spec.rippleDb = *o.rippleDb;
+    if (o.attenuationDb) spec.attenuationDb = *o.attenuationDb;
+    if (o.zeroPhase) spec.zeroPhase = true;
+    return spec;
+}
+
+}  // namespace vess::cli
