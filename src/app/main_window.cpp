@@ -247,7 +247,11 @@ void MainWindow::RebuildScreen() {
         screen_->BlocksPerScreen() == ws_.BlocksPerScreen())
         return;
     const bool newRecording = !screen_ || &screen_->Rec() != ws_.recording.get();
+    // The screen shows what the user chose to see; every other read goes
+    // on from what detection reads.
+    ws_.recording->ReadFiltered(showFiltered_);
     screen_ = std::make_unique<Screen>(*ws_.recording, ws_.screenStartBlock, ws_.BlocksPerScreen());
+    ws_.recording->ReadFiltered(ws_.settings.DetectOnFiltered);
     if (newRecording) trace_->ResetScale();
     trace_->SetScreen(screen_.get());
     // After the redraw that is under way, not inside it.
@@ -328,6 +332,7 @@ void MainWindow::ShowSelection() {
 }
 
 void MainWindow::RefreshStatus() {
+    RefreshFilterIndicator();
     const Recording* rec = ws_.recording.get();
     if (!rec) {
         statusFile_->setText(tr("No recording open"));

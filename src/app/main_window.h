@@ -38,6 +38,8 @@ class ParameterPanel;
 class Screen;
 class TraceView;
 struct DoublePeakResult;
+struct FilterSpec;
+class FilterDialog;
 namespace group {
 class GroupAnalysisWindow;
 }
@@ -84,6 +86,14 @@ private:
     void AddFilterActions(QMenu* m);      // main_window_filter.cpp
     void AddSignalToolActions(QMenu* m);  // main_window_signal_tools.cpp
     void AddBatchActions(QMenu* m);       // main_window_batch.cpp
+    // Digital filter (main_window_filter.cpp).
+    void OnFilterDialog();
+    void OnFilterResponse(const FilterSpec& spec);
+    void OnFilterApply(const FilterSpec& spec);
+    void OnRemoveFilter();
+    void OnToggleFiltered();
+    void OnDetectOnFiltered(bool on);
+    void RefreshFilterIndicator();
     QAction* AddAction(QMenu* menu, const char* name, const QString& text,
                        const QList<QKeySequence>& keys, const char* tip, void (MainWindow::*slot)());
     void RestoreGeometry();
@@ -222,6 +232,11 @@ private:
     std::map<QString, QAction*> actions_;
     std::vector<QPushButton*> buttons_;
     QMenu* sortMenu_ = nullptr;
+    // The trace view shows the filtered copy while one is applied and this
+    // is on; detection reads it when the settings say so.
+    bool showFiltered_ = true;
+    QLabel* statusFilter_ = nullptr;
+    FilterDialog* filterDialog_ = nullptr;
 };
 
 }  // namespace vess
