@@ -34,10 +34,10 @@ TEST_F(SignalToolsTest, NoiseMeasuresAndSpectrumOfTheScreen) {
     EXPECT_EQ(plot.series[0].x.size(), 129u);  // 256-point segments: bins 0 .. 128
     ASSERT_EQ(plot.bands.size(), 1u);          // the 50 Hz line marker
     EXPECT_EQ(plot.bands[0].label, "50 Hz");
+    Snapshot("signal_tools_main");  // makes the screens folder
     frame->resize(900, 600);
     QTest::qWait(50);
     frame->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/noise_spectrum.png");
-    Snapshot("signal_tools_main");
     CloseGraphFrame();
 }
 
