@@ -33,7 +33,7 @@ using SampleSink = std::function<bool(std::span<const int16_t> samples)>;
 struct EventFreeOptions {
     int64_t levelPoints = 40;          // samples averaged for the level on each side
     int64_t chunkPoints = 1 << 16;     // samples read and written at a time
-    int64_t historyPoints = 1 << 20;   // most output kept for noise donors
+    int64_t historyPoints = 1 << 18;   // most output kept for noise donors
 };
 
 // Writes points samples to sink: the source with every stretch replaced. A
