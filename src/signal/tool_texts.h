@@ -18,7 +18,6 @@ inline constexpr std::string_view kRmsLabel = "RMS about the median: ";
 inline constexpr std::string_view kPeakToPeakLabel = "Peak-to-peak: ";
 inline constexpr std::string_view kCoastlineLabel = "Coastline length: ";
 inline constexpr std::string_view kTooShortText = "The stretch holds fewer than two samples.";
-inline constexpr std::string_view kNoRecordingText = "Open a recording first.";
 
 // Noise spectrum.
 inline constexpr std::string_view kSpectrumMenu = "Noise Power Spectrum";
