@@ -19,5 +19,6 @@ void AddHistCommand(CLI::App& app);      // vess hist SOURCE --bin SIZE [--kind 
 void AddCorrelogramCommand(CLI::App& app);  // vess correlogram A [B] --bin SIZE --max-bins N
 void AddHrvCommand(CLI::App& app);       // vess hrv SOURCE [...]
 void AddFilterCommand(CLI::App& app);    // vess filter FILE.abf --kind K --pass P --cutoff HZ --order N [...]
+void AddSignalToolCommands(CLI::App& app);  // vess noise, eventfree, synch
 
 }  // namespace vess::cli

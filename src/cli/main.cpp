@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     vess::cli::AddCorrelogramCommand(app);
     vess::cli::AddHrvCommand(app);
     vess::cli::AddFilterCommand(app);
+    vess::cli::AddSignalToolCommands(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

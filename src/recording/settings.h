@@ -53,6 +53,7 @@ struct Settings {
     std::string FilterAttenuation = "60";
     bool FilterZeroPhase = false;
     bool DetectOnFiltered = false;
+    int32_t LineFrequency = 50;              // Hz, marked on noise spectra (ours)
     // Analysis
     AnalysisParameters analysis;
     MethodParameters method;

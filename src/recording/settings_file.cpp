@@ -167,6 +167,7 @@ Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems)
     ReadText(ini, kDisplay, "FilterAttenuation", s.FilterAttenuation);
     ReadBool(ini, kDisplay, "FilterZeroPhase", s.FilterZeroPhase);
     ReadBool(ini, kDisplay, "DetectOnFiltered", s.DetectOnFiltered);
+    ReadNumber(ini, kDisplay, "LineFrequency", s.LineFrequency, problems, 1, 1000);
     using A = AnalysisParameters;
     AnalysisParameters& a = s.analysis;
     ReadParameter(ini, "PeakDirection%", a, &A::PeakDirection, problems);
@@ -216,6 +217,7 @@ void SettingsToIni(const Settings& s, IniFile& ini) {
     ini.Set(kDisplay, "FilterAttenuation", Text(s.FilterAttenuation));
     ini.Set(kDisplay, "FilterZeroPhase", Bool(s.FilterZeroPhase));
     ini.Set(kDisplay, "DetectOnFiltered", Bool(s.DetectOnFiltered));
+    ini.Set(kDisplay, "LineFrequency", Num(s.LineFrequency));
     const AnalysisParameters& a = s.analysis;
     ini.Set(kAnalysis, "PeakDirection%", Num(a.PeakDirection));
     ini.Set(kAnalysis, "ThresholdAmplitude!", Num(a.ThresholdAmplitude));
