@@ -9,11 +9,13 @@ data=${2:-$here/../shared/data}
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
 files=("$data"/abf1 "$data"/abf2)
-count=$("$vess" batch "${files[@]}" --jobs 1 --quiet --out-dir "$out/count" | tail -n +2 | wc -l)
+count=$({ "$vess" batch "${files[@]}" --jobs 1 --quiet --out-dir "$out/count" || true; } | tail -n +2 | wc -l)
 for jobs in 1 2; do
   /usr/bin/time -f "%e %M" -o "$out/time$jobs" \
     "$vess" batch "${files[@]}" --jobs "$jobs" --quiet --out-dir "$out/$jobs" --summary "$out/$jobs.csv" || true
-  read -r seconds kb < "$out/time$jobs"
+  # time puts "Command exited with non-zero status" first when a row failed.
+  read -r seconds kb < <(tail -n 1 "$out/time$jobs")
+  echo "$seconds" > "$out/seconds$jobs"
   echo "jobs $jobs: $count files in $seconds s ($(echo "$count / $seconds" | bc -l | cut -c1-6) files/s), max RSS $kb KB"
 done
-echo "speed-up 2 workers / 1: $(echo "$(cut -d' ' -f1 "$out/time1") / $(cut -d' ' -f1 "$out/time2")" | bc -l | cut -c1-5)"
+echo "speed-up 2 workers / 1: $(echo "$(cat "$out/seconds1") / $(cat "$out/seconds2")" | bc -l | cut -c1-5)"
