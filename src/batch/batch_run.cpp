@@ -13,6 +13,7 @@
 #include "detection/whole_file.h"
 #include "recording/detection_inputs.h"
 #include "recording/event_file.h"
+#include "recording/safe_answer_dialogs.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -22,21 +23,11 @@ namespace t = batch_texts;
 
 // A batch asks no one: messages are kept for the row, questions get their
 // safe answer.
-class CollectingDialogs : public Dialogs {
+class CollectingDialogs : public SafeAnswerDialogs {
 public:
     void Message(const std::string& caption, const std::string& text) override {
         Add(caption + ": " + text);
     }
-    bool AskYesNo(const std::string&, const std::string&) override { return false; }
-    Answer AskYesNoCancel(const std::string&, const std::string&) override { return Answer::Cancel; }
-    bool AskOkCancel(const std::string&, const std::string&) override { return false; }
-    std::optional<std::string> Input(const std::string&, const std::string&,
-                                     const std::string&) override {
-        return std::nullopt;
-    }
-    std::optional<std::string> OpenFile(const FileDialogRequest&) override { return std::nullopt; }
-    std::optional<std::string> SaveFile(const FileDialogRequest&) override { return std::nullopt; }
-
     void Add(std::string_view text) {
         if (!collected.empty()) collected += "; ";
         collected += text;
