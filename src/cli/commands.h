@@ -17,7 +17,8 @@ void AddArrayCommand(CLI::App& app);     // vess array SOURCE [--group G] [--int
 void AddStatsCommand(CLI::App& app);     // vess stats TEST A [B] [--alpha A] [--json]
 void AddHistCommand(CLI::App& app);      // vess hist SOURCE --bin SIZE [--kind K] [--csv]
 void AddCorrelogramCommand(CLI::App& app);  // vess correlogram A [B] --bin SIZE --max-bins N
-void AddHrvCommand(CLI::App& app);
-void AddBatchCommand(CLI::App& app);     // vess batch FILES... | --list LIST [...]       // vess hrv SOURCE [...]
+void AddHrvCommand(CLI::App& app);       // vess hrv SOURCE [...]
+void AddSignalToolCommands(CLI::App& app);  // vess noise, eventfree, synch
+void AddBatchCommand(CLI::App& app);     // vess batch FILES... | --list LIST [...]
 
 }  // namespace vess::cli
