@@ -20,5 +20,6 @@ void AddCorrelogramCommand(CLI::App& app);  // vess correlogram A [B] --bin SIZE
 void AddHrvCommand(CLI::App& app);       // vess hrv SOURCE [...]
 void AddFilterCommand(CLI::App& app);    // vess filter FILE.abf --kind K --pass P --cutoff HZ --order N [...]
 void AddSignalToolCommands(CLI::App& app);  // vess noise, eventfree, synch
+void AddBatchCommand(CLI::App& app);     // vess batch FILES... | --list LIST [...]
 
 }  // namespace vess::cli

@@ -2,7 +2,6 @@
 // (the first screen, then the non-stop analysis to the end).
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <iostream>
@@ -11,22 +10,15 @@
 #include "cli/commands.h"
 #include "cli/detection_options.h"
 #include "cli/stderr_dialogs.h"
+#include "detection/event_summary.h"
 #include "detection/suggest_from_recording.h"
 #include "detection/whole_file.h"
 #include "recording/event_file.h"
 #include "recording/event_grid.h"
 #include "recording/file_io.h"
-#include "cli/stderr_dialogs.h"
 
 namespace vess::cli {
 namespace {
-
-double Median(std::vector<double> v) {
-    if (v.empty()) return 0;
-    std::sort(v.begin(), v.end());
-    const std::size_t n = v.size();
-    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-}
 
 std::string EventsCsv(const Workspace& ws) {
     const Recording& rec = *ws.recording;
@@ -89,20 +81,13 @@ int RunDetect(const DetectionOptions& options, const std::string& outPath, const
             return 4;
         }
     }
-    std::vector<double> amplitudes, rises;
-    for (const EventRecord& e : ws.events.Records()) {
-        amplitudes.push_back(rec.Bit2pA2(e.amplitude));
-        rises.push_back(e.rise1090);
-    }
-    const double seconds = double(rec.PointsPerChannel()) * rec.IntervalUs() / 1e6;
-    const std::string units = rec.Units();
+    const EventSummary summary = SummariseEvents(rec, ws.events);
     std::cout << fmt::format("{}: {} events in {:.3f} s ({:.3f} per second), {} screens of {} blocks\n",
-                             rec.FileName(), ws.events.Count(), seconds,
-                             seconds > 0 ? ws.events.Count() / seconds : 0.0, result.screens,
-                             ws.BlocksPerScreen());
+                             rec.FileName(), summary.events, summary.durationS, summary.frequencyHz,
+                             result.screens, ws.BlocksPerScreen());
     if (!ws.events.Empty())
         std::cout << fmt::format("median amplitude {:.4g} {}, median rise time 10-90 {:.4g} ms\n",
-                                 Median(amplitudes), units, Median(rises));
+                                 summary.medianAmplitude, rec.Units(), summary.medianRise1090Ms);
     return 0;
 }
 

@@ -5,10 +5,9 @@
 #include <system_error>
 
 #include "detection/suggest_from_recording.h"
-#include "recording/file_io.h"
+#include "recording/detection_inputs.h"
 #include "recording/parameter_file.h"
 #include "recording/scripted_dialogs.h"
-#include "recording/settings_file.h"
 #include "recording/texts.h"
 #include "recording/value_ranges.h"
 #include "signal/filter_channel.h"
@@ -80,25 +79,12 @@ std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment)
 
 std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
     if (!o.settingsFile.empty()) {
-        // A missing file, or one that is no settings file, would silently
-        // give the defaults.
-        const SettingsFileRead read = ReadSettingsFile(o.settingsFile);
-        if (!read.settings) return o.settingsFile + ": " + read.refusal;
-        if (!read.problems.empty()) return SettingsProblemsText(o.settingsFile, read.problems);
-        ws.settings = *read.settings;
+        if (std::string problem = LoadSettingsFileInto(o.settingsFile, ws.settings); !problem.empty())
+            return problem;
     }
     if (!o.parameterFile.empty()) {
-        std::string why;
-        const std::optional<std::vector<uint8_t>> bytes = ReadFileBytes(o.parameterFile, &why);
-        if (!bytes) return o.parameterFile + ": cannot open the parameter file (" + why + ")";
-        const ParameterFileContents contents = ParseParameterFile(*bytes, ws.params());
-        if (contents.problem == EventFileProblem::BadParameters)
-            return o.parameterFile + ": " + contents.detail;
-        if (contents.problem != EventFileProblem::None)
-            return o.parameterFile + ": too short or unreadable for a parameter file";
-        if (!contents.hasProductTag)
-            return o.parameterFile + ": not a parameter or an event file of this program";
-        ws.params() = contents.params;
+        if (std::string problem = LoadParameterFileInto(o.parameterFile, ws.params()); !problem.empty())
+            return problem;
     }
     // The overrides are checked before the recording is opened, and applied
     // again after a suggested entry.
@@ -111,18 +97,11 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         return "--set: " + problem;
     if (o.blocksPerScreen > 0) ws.settings.DisplayTotalNumberBlockPerScreen = o.blocksPerScreen;
 
-    AbfError error = AbfError::None;
-    std::string detail;
-    ws.recording = Recording::Open(o.file, &error, &detail);
-    if (!ws.recording) return o.file + ": " + (detail.empty() ? "cannot open the recording" : detail);
-    if (o.channel >= ws.recording->ChannelCount())
-        return o.file + " has " + std::to_string(ws.recording->ChannelCount()) +
-               " channel(s); --channel " + std::to_string(o.channel) + " does not exist";
-    ws.recording->SetChannel(static_cast<uint8_t>(o.channel));
-    ws.screenStartBlock = 0;
+    if (std::string problem = OpenRecordingOnChannel(o.file, o.channel, ws); !problem.empty())
+        return problem;
     if (o.filtered) {
-        const FilterSpec spec = ResolveFilter(o.filter, FilterSpecFromSettings(ws.settings));
-        if (const std::string why = ApplyFilter(*ws.recording, spec); !why.empty()) return "--filtered: " + why;
+        const FilterSpec design = ResolveFilter(o.filter, FilterSpecFromSettings(ws.settings));
+        if (const std::string why = ApplyFilter(*ws.recording, design); !why.empty()) return "--filtered: " + why;
         SetDetectOnFiltered(ws, true);
     }
     if (o.suggest > 0) {

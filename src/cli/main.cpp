@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
     vess::cli::AddHrvCommand(app);
     vess::cli::AddFilterCommand(app);
     vess::cli::AddSignalToolCommands(app);
+    vess::cli::AddBatchCommand(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

@@ -4,8 +4,19 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 
 namespace vess {
+namespace {
+
+// FFTW's planner is not thread-safe (executing a plan is): batch runs build
+// convolvers on several threads at once.
+std::mutex& PlannerMutex() {
+    static std::mutex m;
+    return m;
+}
+
+}  // namespace
 
 struct FftConvolver::Plans {
     double* time = nullptr;
@@ -14,6 +25,7 @@ struct FftConvolver::Plans {
     fftw_plan forward = nullptr;
     fftw_plan backward = nullptr;
     ~Plans() {
+        const std::lock_guard lock(PlannerMutex());
         if (forward) fftw_destroy_plan(forward);
         if (backward) fftw_destroy_plan(backward);
         fftw_free(time);
@@ -34,6 +46,7 @@ FftConvolver::FftConvolver(std::vector<double> taps, int64_t centre)
     p.time = fftw_alloc_real(std::size_t(n));
     p.freq = fftw_alloc_complex(std::size_t(n / 2 + 1));
     p.filter = fftw_alloc_complex(std::size_t(n / 2 + 1));
+    const std::lock_guard lock(PlannerMutex());
     p.forward = fftw_plan_dft_r2c_1d(n, p.time, p.freq, FFTW_ESTIMATE);
     p.backward = fftw_plan_dft_c2r_1d(n, p.freq, p.time, FFTW_ESTIMATE);
     std::fill(p.time, p.time + n, 0.0);

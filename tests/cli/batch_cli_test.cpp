@@ -1,0 +1,94 @@
+// vess batch finds in each recording exactly the events that vess detect
+// finds in it alone, whatever the number of workers.
+#include <gtest/gtest.h>
+
+#include "recording/event_file.h"
+#include "recording/file_io.h"
+#include "support/run_vess.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Slurp(const fs::path& p) {
+    const auto bytes = ReadFileBytes(p);
+    return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
+}
+
+class VessBatch : public ::testing::Test {
+protected:
+    test::TempDir dir;
+    test::VessRun Run(const std::string& args) { return test::RunVessCli(args, dir / "err.txt"); }
+    // Small real recordings of both formats, and a synthetic one.
+    std::vector<fs::path> Recordings() {
+        const fs::path data = test::SharedData();
+        std::vector<fs::path> files = {data / "abf1/130618-1-12.abf", data / "abf1/myokit_abf-v1.abf",
+                                       data / "abf2/pclamp11_4ch.abf", dir / "syn.abf"};
+        EXPECT_EQ(Run("synth '" + files.back().string() + "' --seconds 4 --seed 9").exitCode, 0);
+        return files;
+    }
+    static std::string Quoted(const std::vector<fs::path>& files) {
+        std::string s;
+        for (const fs::path& f : files) s += " '" + f.string() + "'";
+        return s;
+    }
+};
+
+TEST_F(VessBatch, EachRecordingsEventsEqualThoseOfDetectAlone) {
+    VESS_REQUIRE_SHARED_DATA();
+    const std::vector<fs::path> files = Recordings();
+    const auto batch = Run("batch" + Quoted(files) + " --method deconvolution --out-dir '" +
+                           (dir / "batch").string() + "' --jobs 2 --quiet");
+    ASSERT_EQ(batch.exitCode, 0) << batch.err;
+    for (const fs::path& f : files) {
+        const fs::path single = dir / (f.stem().string() + ".single.EVT");
+        const auto detect = Run("detect '" + f.string() + "' --method deconvolution --quiet --out '" +
+                                single.string() + "'");
+        ASSERT_EQ(detect.exitCode, 0) << detect.err;
+        const EventFileContents a = ReadEventFile(single);
+        const EventFileContents b = ReadEventFile(dir / "batch" / (f.stem().string() + ".EVT"));
+        ASSERT_TRUE(a.Ok() && b.Ok()) << f;
+        EXPECT_EQ(a.records, b.records) << f;
+        // The summary counts what the event file holds.
+        EXPECT_NE(batch.out.find(f.string() + ",0,"), std::string::npos) << batch.out;
+    }
+}
+
+TEST_F(VessBatch, TwoWorkersGiveTheOneWorkerResult) {
+    VESS_REQUIRE_SHARED_DATA();
+    const std::vector<fs::path> files = Recordings();
+    for (const char* jobs : {"1", "2"}) {
+        const auto r = Run("batch" + Quoted(files) + " --jobs " + jobs + " --quiet --out-dir '" +
+                           (dir / jobs).string() + "' --summary '" + (dir / jobs).string() + ".csv'");
+        ASSERT_EQ(r.exitCode, 0) << r.err;
+    }
+    EXPECT_EQ(Slurp(dir / "1.csv"), Slurp(dir / "2.csv"));
+    EXPECT_NE(Slurp(dir / "1.csv").find("130618-1-12.abf"), std::string::npos);
+    for (const fs::path& f : files) {
+        const std::string name = f.stem().string() + ".EVT";
+        EXPECT_EQ(Slurp(dir / "1" / name), Slurp(dir / "2" / name)) << name;
+    }
+}
+
+TEST_F(VessBatch, ShardsOfAListSplitItAndABadFileOnlyFailsItsRow) {
+    ASSERT_EQ(Run("synth '" + (dir / "a.abf").string() + "' --seconds 1 --seed 1").exitCode, 0);
+    ASSERT_EQ(Run("synth '" + (dir / "c.abf").string() + "' --seconds 1 --seed 2").exitCode, 0);
+    ASSERT_EQ(WriteFileAtomic(dir / "b.abf", std::string_view("damaged")), "");
+    ASSERT_EQ(WriteFileAtomic(dir / "list.txt", std::string_view("c.abf\nb.abf\na.abf\n")), "");
+    const std::string list = " --list '" + (dir / "list.txt").string() + "' --quiet";
+    const auto first = Run("batch" + list + " --shard 0/2");
+    const auto second = Run("batch" + list + " --shard 1/2");
+    // Sorted a, b, c: shard 0 takes a and c, shard 1 takes the damaged b.
+    EXPECT_EQ(first.exitCode, 0) << first.err;
+    EXPECT_NE(first.out.find("a.abf,0,1.000"), std::string::npos) << first.out;
+    EXPECT_NE(first.out.find("c.abf,0,1.000"), std::string::npos) << first.out;
+    EXPECT_EQ(first.out.find("b.abf"), std::string::npos) << first.out;
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_NE(second.out.find("b.abf,0,,,"), std::string::npos) << second.out;
+    EXPECT_EQ(Run("batch" + list + " --shard 2/2").exitCode, 2);
+}
+
+}  // namespace
+}  // namespace vess
