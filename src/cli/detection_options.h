@@ -24,6 +24,7 @@ struct DetectionOptions {
     int suggest = 0;          // 1..3: a Suggest Analysis Parameters entry first
     std::string method;       // threshold, deconvolution or template; empty: the settings'
     bool suggestFromNoise = false;  // parameters from the recording's noise and events
+    std::string learnKernelFrom;    // event file whose accepted events give the kernel
 };
 
 // Registers --channel, --settings, --par, --suggest, --set and
