@@ -21,6 +21,7 @@ AccuracyWindow::AccuracyWindow(QWidget* parent) : QDialog(parent) {
     table_->setObjectName("tblAccuracy");
     table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table_->verticalHeader()->hide();
+    table_->horizontalHeader()->setStretchLastSection(true);
     recall90_ = new QLabel(this);
     recall90_->setObjectName("lbRecall90");
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);

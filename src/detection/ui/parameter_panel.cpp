@@ -60,7 +60,7 @@ ParameterPanel::ParameterPanel(QWidget* parent) : QGroupBox(tr("Analysis paramet
     kernel_ = new QLabel(this);
     kernel_->setObjectName("lbKernel");
     kernel_->setToolTip(tr("Rise and decay time constants of the event kernel"));
-    form_->addRow(tr("Event kernel"), kernel_);
+    form_->addRow(tr("Kernel rise / decay"), kernel_);
 
     direction_ = new QComboBox(this);
     direction_->setObjectName("cbPeakDirection");
@@ -154,7 +154,7 @@ void ParameterPanel::Show(const Settings& settings, const std::string& units, do
                                           : QString());
     const MethodParameters& m = settings.method;
     method_->setCurrentIndex(std::max(method_->findData(int(m.method)), 0));
-    kernel_->setText(tr("rise %1 ms, decay %2 ms")
+    kernel_->setText(tr("%1 / %2 ms")
                          .arg(m.riseTauMs, 0, 'g', 3)
                          .arg(m.decayTauMs, 0, 'g', 3));
     kernel_->setEnabled(m.method != DetectionMethod::Threshold);
