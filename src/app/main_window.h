@@ -32,6 +32,7 @@ class EventGridModel;
 class EventSound;
 class FileBrowser;
 class NonStopRunner;
+class AccuracyWindow;
 class DataAnalysisWindow;
 class OverviewStrip;
 class ParameterPanel;
@@ -167,6 +168,17 @@ private:
     void AfterDoublePeak(const DoublePeakResult& r, int32_t countBefore);
     void DetectAtClick(int64_t index, bool lowThresholds);
 
+    // Detection methods (main_window_methods.cpp).
+    void BuildMethodActions(QMenu* analysis, QMenu* events);
+    void OnMethodChosen(DetectionMethod method);
+    void OnSuggestFromRecording();
+    void OnLearnKernel();
+    void OnCheckAccuracy();
+    void OnRemoveNearDuplicates();
+    // Before F9, next window and non-stop: false when the thresholds are out
+    // of reach and the user did not take the suggestion.
+    bool ThresholdsWithinReach();
+
     // Editing (main_window_editing.cpp).
     void OnGroupSelected();
     void OnGroupAll();
@@ -237,6 +249,7 @@ private:
     bool showFiltered_ = true;
     QLabel* statusFilter_ = nullptr;
     FilterDialog* filterDialog_ = nullptr;
+    AccuracyWindow* accuracyWindow_ = nullptr;
 };
 
 }  // namespace vess

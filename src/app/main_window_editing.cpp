@@ -76,10 +76,12 @@ void MainWindow::RefreshActions() {
                           "menu_RecalculatePeak", "menu_DoublePeak"})
         enable(n, selected && open && !running);
     enable("menu_ScanDoublePeak", any && open && !running);
-    for (const char* n : {"menu_BaselineThreshold", "menu_RMSNoise"}) enable(n, open && !running);
+    for (const char* n : {"menu_BaselineThreshold", "menu_RMSNoise", "menu_SuggestFromRecording",
+                          "menu_LearnKernel", "menu_CheckAccuracy"})
+        enable(n, open && !running);
     for (const char* n : {"menu_markasgp", "menu_Group", "menu_MarkAllEvents", "menu_UnmarkGrouped",
                           "menu_RejectEvents", "menu_deleteevents", "menu_DeleteRejected",
-                          "menu_RemoveDuplicates", "menu_SaveData", "menu_savetoAsciiFile"})
+                          "menu_RemoveDuplicates", "menu_RemoveNearDuplicates", "menu_SaveData", "menu_savetoAsciiFile"})
         enable(n, any && !running);
     enable("menu_MarkAllWindow", any && open && !running);
     enable("menu_DatInfo", open);

@@ -178,6 +178,7 @@ void MainWindow::BuildAnalysisMenu() {
               &MainWindow::OnBaselineThreshold);
     AddAction(m, "menu_RMSNoise", tr("RMS Noise of This Window"), {}, nullptr,
               &MainWindow::OnRmsNoise);
+    BuildMethodActions(m, menuBar()->findChild<QMenu*>("menu_Events"));
 }
 
 void MainWindow::BuildNavigationMenu() {

@@ -4,8 +4,11 @@
 #include <iostream>
 #include <system_error>
 
+#include "detection/kernel_command.h"
 #include "detection/suggest_from_recording.h"
 #include "recording/detection_inputs.h"
+#include "recording/event_file.h"
+#include "recording/file_io.h"
 #include "recording/parameter_file.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/texts.h"
@@ -44,6 +47,9 @@ void AddDetectionOptions(CLI::App& cmd, DetectionOptions& o) {
         ->check(CLI::IsMember({"threshold", "deconvolution", "template"}));
     cmd.add_flag("--suggest-from-noise", o.suggestFromNoise,
                  "set the method's kernel and thresholds from this recording's noise and events");
+    cmd.add_option("--learn-kernel-from", o.learnKernelFrom,
+                   "event file (.EVT) of this recording: the kernel of the deconvolution and "
+                   "template detectors is fitted to the average of its accepted events");
     cmd.add_option("--blocks-per-screen", o.blocksPerScreen, "256-point blocks per screen")
         ->check(CLI::Range(1, int(kMaxBlocksPerScreen)));
     cmd.add_flag("--filtered", o.filtered,
@@ -116,6 +122,17 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         std::cerr << SuggestionReport(ws, s) << "\n";
         if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
         for (const std::string& set : o.sets) ApplyParameter(ws.params(), set);
+    }
+    if (!o.learnKernelFrom.empty()) {
+        EventFileRefusal refusal;
+        const std::optional<EventFileContents> contents =
+            ReadCheckedEventFile(o.learnKernelFrom, nullptr, &refusal);
+        if (!contents) return o.learnKernelFrom + ": " + refusal.text;
+        EventTable accepted;
+        accepted.Assign(contents->records);
+        const LearnedKernel learned = LearnKernelIntoSettings(ws, accepted);
+        if (!learned.ok) return o.learnKernelFrom + ": " + learned.text;
+        std::cerr << learned.text << "\n";
     }
     return {};
 }

@@ -27,6 +27,7 @@ struct DetectionOptions {
     bool suggestFromNoise = false;  // parameters from the recording's noise and events
     bool filtered = false;          // detect on the trace filtered by the settings' filter
     FilterOptions filter;           // ... with these changes
+    std::string learnKernelFrom;    // event file whose accepted events give the kernel
 };
 
 // Registers --channel, --settings, --par, --suggest, --set and

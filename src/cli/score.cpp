@@ -85,6 +85,84 @@ std::string ToleranceLabel(double tolMs, double intervalUs) {
                        tolMs);
 }
 
+// One row of the table of methods: how a method did with its settings.
+struct MethodScore {
+    std::string label;
+    DetectionScore score;
+};
+
+void PrintMethodTable(const std::vector<MethodScore>& rows, const std::string& indent) {
+    std::cout << fmt::format("{}{:<32} {:>6} {:>6} {:>7} {:>9} {:>7} {:>6}\n", indent, "method",
+                             "true", "found", "matched", "precision", "recall", "F1");
+    for (const MethodScore& r : rows) {
+        const DetectionScore& s = r.score;
+        std::cout << fmt::format("{}{:<32} {:>6} {:>6} {:>7} {:>9.3f} {:>7.3f} {:>6.3f}\n", indent,
+                                 r.label, s.truePositives + s.falseNegatives,
+                                 s.truePositives + s.falsePositives, s.truePositives,
+                                 s.Precision(), s.Recall(), s.F1());
+    }
+}
+
+// Detects with the options (the method among them) and scores the peaks;
+// nullopt after a message when the file or the parameters were refused.
+std::optional<DetectionScore> ScoreOnce(const DetectionOptions& options,
+                                        const NoiseProtocolOptions* protocol,
+                                        const std::vector<double>& truthMs, double lowMs,
+                                        double highMs) {
+    Workspace ws;
+    if (const std::string problem = PrepareWorkspace(options, ws); !problem.empty()) {
+        std::cerr << "vess score: " << problem << "\n";
+        return std::nullopt;
+    }
+    std::streambuf* out = std::cout.rdbuf(nullptr);  // the protocol's report is not wanted here
+    const bool ok = Detect(ws, protocol, "");
+    std::cout.rdbuf(out);
+    if (!ok) {
+        std::cerr << "vess score: improper analysis parameters\n";
+        return std::nullopt;
+    }
+    return ScoreDetections(DetectedPeaksMs(ws), truthMs, lowMs, highMs);
+}
+
+// Every method on the same recording, each with the options given (a
+// suggestion from the recording included).
+int ScoreMethods(const DetectionOptions& options, const std::string& truthPath, double toleranceMs,
+                 const NoiseProtocolOptions* protocol) {
+    std::string problem;
+    Workspace probe;
+    DetectionOptions plain;
+    plain.file = options.file;
+    plain.channel = options.channel;
+    if (problem = PrepareWorkspace(plain, probe); !problem.empty()) {
+        std::cerr << "vess score: " << problem << "\n";
+        return 2;
+    }
+    const double intervalUs = probe.recording->IntervalUs();
+    const std::optional<TrueEvents> truth = ReadTrueEvents(truthPath, intervalUs, problem);
+    if (!truth) {
+        std::cerr << "vess score: " << problem << "\n";
+        return 2;
+    }
+    const double tol = toleranceMs > 0 ? toleranceMs : (truth->onsets ? 5.0 : 1.0);
+    const double low = truth->onsets ? 0.0 : -tol;
+    std::cout << probe.recording->FileName() << ": peaks within "
+              << (truth->onsets ? fmt::format("{:g} ms after the true onsets", tol)
+                                : ToleranceLabel(tol, intervalUs) + " of the true peaks")
+              << "\n";
+    std::vector<MethodScore> rows;
+    for (const DetectionMethod m :
+         {DetectionMethod::Threshold, DetectionMethod::Deconvolution, DetectionMethod::Template}) {
+        DetectionOptions o = options;
+        o.method = std::string(MethodName(m));
+        const auto score = ScoreOnce(o, m == DetectionMethod::Threshold ? protocol : nullptr,
+                                     truth->timesMs, low, tol);
+        if (!score) return 3;
+        rows.push_back({o.method, *score});
+    }
+    PrintMethodTable(rows, "");
+    return 0;
+}
+
 int ScoreFile(const DetectionOptions& options, const std::string& truthPath, double toleranceMs,
               const NoiseProtocolOptions* protocol) {
     std::string problem;
@@ -126,8 +204,41 @@ int ScoreFile(const DetectionOptions& options, const std::string& truthPath, dou
 // Synthetic recordings at signal-to-noise ratios 2, 3, 5 and 10 (median
 // event amplitude / RMS of the noise as synthesised), scored with the first
 // suggested parameter set as it stands and by the noise-threshold protocol.
+// The sweep's table of methods: the threshold detection with the first
+// suggested set and by the noise-threshold protocol, and every method with
+// its settings suggested from the recording.
+bool SweepMethodTable(const std::string& file, const std::vector<double>& truth, double tol,
+                      const NoiseProtocolOptions& protocol) {
+    std::vector<MethodScore> rows;
+    struct Run {
+        const char* label;
+        DetectionMethod method;
+        bool fromNoise;
+        bool protocol;
+    };
+    const Run runs[] = {{"threshold, suggested set 1", DetectionMethod::Threshold, false, false},
+                        {"threshold, noise protocol", DetectionMethod::Threshold, false, true},
+                        {"threshold, from this recording", DetectionMethod::Threshold, true, false},
+                        {"deconvolution, from this recording", DetectionMethod::Deconvolution, true, false},
+                        {"template, from this recording", DetectionMethod::Template, true, false}};
+    for (const Run& run : runs) {
+        DetectionOptions d;
+        d.file = file;
+        d.suggest = run.fromNoise ? 0 : 1;
+        d.suggestFromNoise = run.fromNoise;
+        d.method = std::string(MethodName(run.method));
+        std::streambuf* err = std::cerr.rdbuf(nullptr);  // the suggestion's report
+        const auto score = ScoreOnce(d, run.protocol ? &protocol : nullptr, truth, -tol, tol);
+        std::cerr.rdbuf(err);
+        if (!score) return false;
+        rows.push_back({run.label, *score});
+    }
+    PrintMethodTable(rows, "  ");
+    return true;
+}
+
 int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folder, double toleranceMs,
-               const NoiseProtocolOptions& protocol) {
+               const NoiseProtocolOptions& protocol, bool allMethods) {
     std::filesystem::create_directories(folder);
     for (const double snr : {2.0, 3.0, 5.0, 10.0}) {
         SynthOptions o;
@@ -144,6 +255,12 @@ int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folde
         for (const TrueEvent& e : synth.events) truth.push_back(e.peakMs);
         std::cout << fmt::format("SNR {:g}: noise {:.1f} pA RMS, {} events of median {:g} pA\n", snr,
                                  o.noiseRmsPa, truth.size(), o.medianAmplitudePa);
+        if (allMethods) {
+            const double tol = toleranceMs > 0 ? toleranceMs : 1.0;
+            std::cout << fmt::format("  peaks within {:g} ms of the true peaks\n", tol);
+            if (!SweepMethodTable(file.string(), truth, tol, protocol)) return 3;
+            continue;
+        }
         for (const bool useProtocol : {false, true}) {
             DetectionOptions d;
             d.file = file.string();
@@ -195,6 +312,7 @@ void AddScoreCommand(CLI::App& app) {
         uint64_t seed = 7;
         std::string folder;
         bool protocol = false;
+        bool allMethods = false;
         NoiseProtocolOptions protocolOptions;
     };
     auto st = std::make_shared<State>();
@@ -220,6 +338,11 @@ void AddScoreCommand(CLI::App& app) {
         ->check(CLI::PositiveNumber);
     cmd->add_flag("--scale-area", st->protocolOptions.scaleAreaThreshold,
                   "with --noise-threshold, scale AreaThreshold as ThresholdAmplitude changes");
+    cmd->add_flag("--all-methods", st->allMethods,
+                  "score every detection method in one run and print a table of precision, recall "
+                  "and F1 (with --synth-sweep: the threshold detection with the first suggested set "
+                  "and by the noise-threshold protocol, and every method suggested from the "
+                  "recording)");
     cmd->add_option("--seconds", st->seconds, "length of each synthetic recording");
     cmd->add_option("--seed", st->seed, "seed of the synthetic recordings");
     cmd->add_option("--folder", st->folder, "where the synthetic recordings are written");
@@ -230,10 +353,13 @@ void AddScoreCommand(CLI::App& app) {
                 st->folder.empty() ? std::filesystem::temp_directory_path() / "vess-score"
                                    : std::filesystem::path(st->folder);
             status = SynthSweep(st->seconds, st->seed, folder, st->toleranceMs,
-                                st->protocolOptions);
+                                st->protocolOptions, st->allMethods);
         } else if (st->options.file.empty() || st->truth.empty()) {
             std::cerr << "vess score: give FILE and TRUTH, or --synth-sweep\n";
             status = 2;
+        } else if (st->allMethods) {
+            status = ScoreMethods(st->options, st->truth, st->toleranceMs,
+                                  st->protocol ? &st->protocolOptions : nullptr);
         } else {
             status = ScoreFile(st->options, st->truth, st->toleranceMs,
                                st->protocol ? &st->protocolOptions : nullptr);

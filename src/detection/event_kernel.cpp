@@ -126,7 +126,9 @@ KernelFit LearnKernel(const Recording& rec, const EventTable& events) {
     // Fit from a little before the stored onset; the fit finds the onset.
     const int64_t from = lead / 2;
     std::vector<double> fromOnset(average.begin() + from, average.end());
-    return FitKernel(fromOnset, rec.IntervalUs());
+    KernelFit fit = FitKernel(fromOnset, rec.IntervalUs());
+    fit.eventsUsed = int(accepted.size());
+    return fit;
 }
 
 }  // namespace vess

@@ -25,6 +25,7 @@ struct KernelFit {
     EventKernel kernel;
     double amplitude = 0;   // of the fitted kernel scaled to a peak of 1
     double onsetShiftMs = 0;  // fitted onset after the first point of the average
+    int eventsUsed = 0;       // events averaged (LearnKernel)
     bool ok = false;
 };
 // Least-squares fit of amplitude x kernel (peak 1) shifted by an onset delay

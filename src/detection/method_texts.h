@@ -16,6 +16,13 @@ inline constexpr const char* kNearDuplicatesAction = "Remove Near Duplicates";
 inline constexpr const char* kNearDuplicatesCaption = "Remove Near Duplicates";
 inline constexpr const char* kNearDuplicatesPrompt =
     "Of two events closer than this separation (ms), keep the larger:";
+inline constexpr const char* kLearnKernelAction = "Learn Kernel from Accepted Events";
+inline constexpr const char* kLearnKernelCaption = "Learn kernel";
+inline constexpr const char* kKernelTooFewEvents =
+    "At least three accepted events of this channel are needed to learn the kernel.";
+inline constexpr const char* kKernelFitFailed =
+    "The average of the accepted events could not be fitted with a rise and a decay.";
+inline constexpr const char* kCheckRunning = "Checking detection accuracy...";
 inline constexpr const char* kNearDuplicatesLabel = "Remove near duplicates";
 
 }  // namespace vess::method_texts

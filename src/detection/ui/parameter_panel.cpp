@@ -13,6 +13,7 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 
+#include "detection/method_texts.h"
 #include "detection/ui/texts.h"
 #include "recording/recording.h"
 
@@ -43,6 +44,23 @@ ParameterPanel::ParameterPanel(QWidget* parent) : QGroupBox(tr("Analysis paramet
     form_ = new QFormLayout(this);
     form_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form_->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+
+    method_ = new QComboBox(this);
+    method_->setObjectName("cbDetectionMethod");
+    for (const DetectionMethod m :
+         {DetectionMethod::Threshold, DetectionMethod::Deconvolution, DetectionMethod::Template})
+        method_->addItem(QString::fromUtf8(MethodName(m).data(), qsizetype(MethodName(m).size())),
+                         int(m));
+    method_->setToolTip(tr("How events are found: the amplitude and area thresholds, the trace "
+                           "deconvolved with the event kernel, or the kernel fitted as a template"));
+    form_->addRow(QString(method_texts::kMethodLabel), method_);
+    connect(method_, &QComboBox::activated, this, [this](int index) {
+        emit MethodChosen(DetectionMethod(method_->itemData(index).toInt()));
+    });
+    kernel_ = new QLabel(this);
+    kernel_->setObjectName("lbKernel");
+    kernel_->setToolTip(tr("Rise and decay time constants of the event kernel"));
+    form_->addRow(tr("Kernel rise / decay"), kernel_);
 
     direction_ = new QComboBox(this);
     direction_->setObjectName("cbPeakDirection");
@@ -129,11 +147,17 @@ void ParameterPanel::Show(const Settings& settings, const std::string& units, do
     showing_ = true;
     const AnalysisParameters& p = settings.analysis;
     shown_ = p;
-    const QSignalBlocker b1(direction_), b2(points_), b3(complexPeak_), b4(sound_), b5(blocks_);
+    const QSignalBlocker b0(method_), b1(direction_), b2(points_), b3(complexPeak_), b4(sound_), b5(blocks_);
     const int blocks = std::clamp(settings.DisplayTotalNumberBlockPerScreen, 1, kMaxBlocksPerScreen);
     blocks_->setValue(blocks);
     screenLength_->setText(intervalUs > 0 ? tr("= %1 ms").arg(blocks * kBlockPoints * intervalUs / 1000.0, 0, 'g', 6)
                                           : QString());
+    const MethodParameters& m = settings.method;
+    method_->setCurrentIndex(std::max(method_->findData(int(m.method)), 0));
+    kernel_->setText(tr("%1 / %2 ms")
+                         .arg(m.riseTauMs, 0, 'g', 3)
+                         .arg(m.decayTauMs, 0, 'g', 3));
+    kernel_->setEnabled(m.method != DetectionMethod::Threshold);
     direction_->setCurrentIndex(p.PeakDirection > 0 ? 1 : 0);
     threshold_->setText(QString::number(p.ThresholdAmplitude));
     areaThreshold_->setText(QString::number(p.AreaThreshold));

@@ -38,6 +38,8 @@ signals:
     // either stores the value or calls Show again to put the old one back.
     void NumberPointsPeakChosen(int points);
     void SoundToggled(bool on);
+    // The "Detection method" box was set to another method.
+    void MethodChosen(vess::DetectionMethod method);
     // The blocks-per-screen box was set to a new value.
     void BlocksPerScreenChosen(int blocks);
     // Enter was pressed in a box.
@@ -49,6 +51,8 @@ private:
 
     AnalysisParameters shown_;
     bool showing_ = false;
+    QComboBox* method_;
+    QLabel* kernel_;
     QComboBox* direction_;
     QLineEdit* threshold_;
     QLineEdit* searchMax_;

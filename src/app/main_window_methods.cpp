@@ -1,0 +1,96 @@
+// The detection-method commands of the main window: the method chosen beside
+// the parameters, the suggestion from the recording, the kernel learned from
+// the accepted events, the accuracy check (table and plot) and the removal of
+// near duplicates. Each is a core command followed by a redraw.
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+
+#include "app/main_window.h"
+#include "detection/accuracy_check.h"
+#include "detection/kernel_command.h"
+#include "detection/method_texts.h"
+#include "detection/near_duplicates.h"
+#include "detection/suggest_from_recording.h"
+#include "detection/ui/accuracy_window.h"
+#include "detection/ui/parameter_panel.h"
+#include "graphs/ui/graph_frame.h"
+
+namespace vess {
+
+void MainWindow::BuildMethodActions(QMenu* analysis, QMenu* events) {
+    analysis->addSeparator();
+    AddAction(analysis, "menu_SuggestFromRecording", method_texts::kSuggestAction, {}, nullptr,
+              &MainWindow::OnSuggestFromRecording);
+    AddAction(analysis, "menu_LearnKernel", method_texts::kLearnKernelAction, {}, nullptr,
+              &MainWindow::OnLearnKernel);
+    AddAction(analysis, "menu_CheckAccuracy", method_texts::kCheckAction, {}, nullptr,
+              &MainWindow::OnCheckAccuracy);
+    QAction* after = Action("menu_RemoveDuplicates");
+    QAction* near = AddAction(nullptr, "menu_RemoveNearDuplicates",
+                              method_texts::kNearDuplicatesAction, {}, nullptr,
+                              &MainWindow::OnRemoveNearDuplicates);
+    const QList<QAction*> list = events->actions();
+    const qsizetype at = list.indexOf(after);
+    events->insertAction(at >= 0 && at + 1 < list.size() ? list[at + 1] : nullptr, near);
+    connect(params_, &ParameterPanel::MethodChosen, this, &MainWindow::OnMethodChosen);
+}
+
+void MainWindow::OnMethodChosen(DetectionMethod method) {
+    ws_.settings.method.method = method;
+    RefreshAll();
+}
+
+void MainWindow::OnSuggestFromRecording() {
+    if (NonStopRunning()) return;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const RecordingSuggestion s = ws_.recording ? SuggestFromRecording(ws_) : RecordingSuggestion{};
+    QApplication::restoreOverrideCursor();
+    if (!ws_.recording) dialogs_.Message(method_texts::kSuggestCaption, method_texts::kNoRecording);
+    else if (!s.ok) dialogs_.Message(method_texts::kSuggestCaption, s.problem);
+    else {
+        ApplySuggestion(ws_, s);
+        dialogs_.Message(method_texts::kSuggestCaption, SuggestionReport(ws_, s));
+    }
+    RefreshAll();
+}
+
+void MainWindow::OnLearnKernel() {
+    if (NonStopRunning()) return;
+    LearnKernelCommand(ws_, dialogs_);
+    RefreshAll();
+}
+
+void MainWindow::OnCheckAccuracy() {
+    if (NonStopRunning()) return;
+    if (!ws_.recording) {
+        dialogs_.Message(method_texts::kCheckCaption, method_texts::kNoRecording);
+        return;
+    }
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const AccuracyReport report = CheckAccuracy(ws_, AccuracyOptions{});
+    QApplication::restoreOverrideCursor();
+    if (!report.ok) {
+        dialogs_.Message(method_texts::kCheckCaption, report.problem);
+        return;
+    }
+    if (!accuracyWindow_) accuracyWindow_ = new AccuracyWindow(this);
+    accuracyWindow_->Show(report);
+    accuracyWindow_->show();
+    accuracyWindow_->raise();
+    ShowPlot(AccuracyPlot(report));
+}
+
+void MainWindow::OnRemoveNearDuplicates() {
+    if (NonStopRunning()) return;
+    AfterEdit(RemoveNearDuplicatesCommand(ws_, dialogs_).changed);
+}
+
+bool MainWindow::ThresholdsWithinReach() {
+    if (UnreachableThresholds(ws_).empty()) return true;
+    const bool go = CheckThresholdsBeforeDetecting(ws_, dialogs_);
+    RefreshAll();  // a suggestion taken changes the boxes
+    return go;
+}
+
+}  // namespace vess

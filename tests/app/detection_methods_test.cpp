@@ -1,0 +1,137 @@
+// The detection method chosen on the main window: picked in its box, set up
+// from the recording, used by the keys and non-stop; the accuracy check's
+// table and plot; the kernel learned from the events found; thresholds out of
+// reach stopped before detection.
+#include <QComboBox>
+#include <QLabel>
+#include <QTableWidget>
+
+#include "app/gui_fixture.h"
+#include "detection/method_texts.h"
+#include "detection/ui/accuracy_window.h"
+#include "detection/whole_file.h"
+#include "graphs/ui/graph_frame.h"
+#include "graphs/ui/plot_widget.h"
+
+namespace vess::test {
+namespace {
+
+class MethodGuiTest : public GuiTest {
+protected:
+    void Trigger(const char* name) {
+        QAction* a = window->findChild<QAction*>(name);
+        ASSERT_NE(a, nullptr) << name;
+        ASSERT_TRUE(a->isEnabled()) << name;
+        a->trigger();
+    }
+    // Picks the method in the "Detection method" box with the keyboard.
+    void ChooseDeconvolution() {
+        auto* box = window->findChild<QComboBox*>("cbDetectionMethod");
+        ASSERT_NE(box, nullptr);
+        box->setFocus();
+        ASSERT_EQ(box->currentText(), "threshold");
+        QTest::keyClick(box, Qt::Key_Down);
+        ASSERT_EQ(box->currentText(), "deconvolution");
+    }
+    bool LastMessageIs(const char* caption) const {
+        const auto messages = dialogs.Messages();
+        return !messages.empty() && messages.back().caption == caption;
+    }
+};
+
+TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
+    OpenSample();
+    ChooseDeconvolution();
+    EXPECT_EQ(ws.settings.method.method, DetectionMethod::Deconvolution);
+
+    // The suggestion measures the recording: the synthesiser's kernel is a
+    // rise of 0.5 ms and a decay of 5 ms (its coloured noise slows the
+    // fitted rise of a 6 s recording's few clear events).
+    Trigger("menu_SuggestFromRecording");
+    ASSERT_TRUE(LastMessageIs(method_texts::kSuggestCaption));
+    EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
+    EXPECT_GT(ws.settings.method.riseTauMs, 0.2);
+    EXPECT_LT(ws.settings.method.riseTauMs, 1.2);
+    const QString kernel = window->findChild<QLabel*>("lbKernel")->text();
+    EXPECT_TRUE(kernel.contains(QString::number(ws.settings.method.decayTauMs, 'g', 3))) << kernel.toStdString();
+
+    window->Trace()->setFocus();
+    AnalyseUntilEvents(3);
+    Snapshot("method_deconvolution");
+
+    // Non-stop from the start stores what the whole file gives by the method.
+    Workspace whole;
+    whole.settings = ws.settings;
+    AbfError error = AbfError::None;
+    whole.recording = Recording::Open(abfPath, &error, nullptr);
+    ScriptedDialogs quiet;
+    DetectWholeFile(whole, quiet);
+    ws.events.Clear();
+    ws.screenStartBlock = 0;
+    Key(Qt::Key_F11);
+    ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
+    ASSERT_GT(whole.events.Count(), 20);
+    ASSERT_EQ(ws.events.Count(), whole.events.Count());
+    for (int32_t k = 1; k <= whole.events.Count(); ++k) EXPECT_EQ(ws.events[k].time, whole.events[k].time);
+
+    // The kernel learned from these events stays near the synthesiser's.
+    Trigger("menu_LearnKernel");
+    ASSERT_TRUE(LastMessageIs(method_texts::kLearnKernelCaption));
+    EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
+}
+
+TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndPlot) {
+    OpenSample();
+    ChooseDeconvolution();
+    Trigger("menu_SuggestFromRecording");
+    Trigger("menu_CheckAccuracy");
+    auto* check = window->findChild<AccuracyWindow*>("frmAccuracy");
+    ASSERT_NE(check, nullptr);
+    ASSERT_TRUE(WaitFor([&] { return check->isVisible(); }));
+    const QTableWidget* table = check->Table();
+    ASSERT_EQ(table->rowCount(), AccuracyOptions{}.bins);
+    // Recall rises from the smallest bin (half a noise SD) to the largest
+    // (five noise SDs), where every added event is found.
+    auto recall = [&](int row) { return table->item(row, 4)->text().toDouble(); };
+    EXPECT_LT(recall(0), 0.5);
+    EXPECT_GE(recall(table->rowCount() - 1), 0.9);
+    EXPECT_TRUE(check->Summary().contains("Recall reaches 90 % from")) << check->Summary().toStdString();
+    check->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/accuracy_check.png");
+    // The plot went to the graph frame: recall per bin, as in the table.
+    GraphFrame* frame = CurrentGraphFrame();
+    ASSERT_NE(frame, nullptr);
+    ASSERT_FALSE(frame->Plots().empty());
+    const PlotData& plot = frame->Plots().back()->Description();
+    EXPECT_EQ(plot.title, "Detection accuracy");
+    ASSERT_EQ(int(plot.series.at(0).y.size()), table->rowCount());
+    EXPECT_DOUBLE_EQ(plot.series[0].y.back(), recall(table->rowCount() - 1));
+    CloseGraphFrame();
+}
+
+TEST_F(MethodGuiTest, ThresholdsOutOfReachAreReportedBeforeDetecting) {
+    OpenSample();
+    ws.settings.analysis.ThresholdAmplitude = 1e7;  // beyond the channel's whole range
+    window->RefreshAll();
+    // Declined: nothing is detected.
+    dialogs.AnswerYesNo(false);
+    Key(Qt::Key_F9);
+    ASSERT_FALSE(dialogs.Transcript().empty());
+    EXPECT_EQ(dialogs.Transcript().back().caption, method_texts::kThresholdsCaption);
+    EXPECT_EQ(ws.events.Count(), 0);
+    // Accepted: the thresholds come from the recording and detection runs.
+    dialogs.AnswerYesNo(true);
+    AnalyseUntilEvents(3);
+    EXPECT_LT(ws.settings.analysis.ThresholdAmplitude, 100);
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+
+    // Near duplicates: the separation prompt, one undoable step.
+    const int32_t before = ws.events.Count();
+    dialogs.AnswerInput("1000");
+    Trigger("menu_RemoveNearDuplicates");
+    EXPECT_LT(ws.events.Count(), before);
+    Key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(ws.events.Count(), before);
+}
+
+}  // namespace
+}  // namespace vess::test

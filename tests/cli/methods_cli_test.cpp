@@ -1,0 +1,62 @@
+// The detection methods from the command line: every method scored in one
+// table, and the kernel learned from the events of an event file.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "recording/synth.h"
+#include "support/run_vess.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+using test::RunVessCli;
+
+TEST(VessMethods, ScoreTablesEveryMethodAndDetectLearnsTheKernelFromEvents) {
+    test::TempDir dir;
+    SynthOptions o;
+    o.seconds = 8;
+    o.seed = 4;
+    o.noiseRmsPa = 2;  // median amplitude 20 pA: every method finds most events
+    const SynthRecording synth = Synthesise(o);
+    const auto abf = dir / "syn.abf";
+    ASSERT_EQ(WriteSynthetic(abf, synth), "");
+    const auto err = dir / "err.txt";
+
+    const test::VessRun score =
+        RunVessCli("score " + abf.string() + " " + (dir / "syn_events.csv").string() +
+                       " --all-methods --suggest-from-noise",
+                   err);
+    ASSERT_EQ(score.exitCode, 0) << score.err;
+    for (const char* method : {"\nthreshold ", "\ndeconvolution ", "\ntemplate "})
+        EXPECT_NE(score.out.find(method), std::string::npos) << score.out;
+    // At a signal-to-noise ratio of 10 the deconvolution row's F1 (the last
+    // column) is high.
+    const std::size_t row = score.out.find("\ndeconvolution ");
+    const std::string line = score.out.substr(row + 1, score.out.find('\n', row + 1) - row - 1);
+    EXPECT_GT(std::stod(line.substr(line.find_last_of(' ') + 1)), 0.9) << line;
+
+    const auto evt = dir / "syn.EVT";
+    ASSERT_EQ(RunVessCli("detect " + abf.string() + " --method deconvolution --suggest-from-noise --out " +
+                             evt.string(),
+                         err)
+                  .exitCode,
+              0);
+    const test::VessRun learned = RunVessCli(
+        "detect " + abf.string() + " --method deconvolution --learn-kernel-from " + evt.string(), err);
+    ASSERT_EQ(learned.exitCode, 0) << learned.err;
+    // The synthesiser's kernel: decay 5 ms.
+    const std::size_t at = learned.err.find("decay ");
+    ASSERT_NE(at, std::string::npos) << learned.err;
+    EXPECT_NEAR(std::stod(learned.err.substr(at + 6)), 5, 1.5) << learned.err;
+
+    // An event file that does not exist changes nothing and says why.
+    const test::VessRun missing = RunVessCli(
+        "detect " + abf.string() + " --learn-kernel-from " + (dir / "none.EVT").string(), err);
+    EXPECT_NE(missing.exitCode, 0);
+    EXPECT_NE(missing.err.find("none.EVT"), std::string::npos) << missing.err;
+}
+
+}  // namespace
+}  // namespace vess
