@@ -6,10 +6,12 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSplitter>
@@ -49,12 +51,21 @@ GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidge
     settings_ = LoadGroupSettings(ws_.iniPath);
     BuildControls();
     BuildMenus();
+    BuildKeys();
     WriteControls();
+    printer_ = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    print_.choosePrinter = [this](QPrinter& printer) {
+        QPrintDialog dialog(&printer, this);
+        return dialog.exec() == QDialog::Accepted;
+    };
+    print_.showPreview = [](QPrintPreviewDialog& preview) { preview.exec(); };
     regroupTarget_->setCurrentText(QString::number(settings_.GroupNumber + 1));
     if (ws_.recording) scale_ = UnitScale::Of(*ws_.recording);
     RefreshGrid();
     resize(1100, 760);
 }
+
+GroupAnalysisWindow::~GroupAnalysisWindow() = default;
 
 void GroupAnalysisWindow::BuildControls() {
     QStringList groups;
@@ -301,17 +312,25 @@ void GroupAnalysisWindow::UpdateCursorLabel() {
                           f(set_.TimeMs(c2)) + "  y2:" + f(picture_->ValueAt(c2)));
 }
 
-void GroupAnalysisWindow::keyPressEvent(QKeyEvent* e) {
-    switch (e->key()) {
-        case Qt::Key_A: MoveTo(0); break;
-        case Qt::Key_S: MoveTo(current_ - 1); break;
-        case Qt::Key_D: MoveTo(current_ + 1); break;
-        case Qt::Key_F: MoveTo(set_.count); break;
-        case Qt::Key_K: RemoveTrace(); break;
-        case Qt::Key_U: RegroupTrace(); break;
-        case Qt::Key_Y: JumpToTrace(); break;
-        default: QMainWindow::keyPressEvent(e); return;
+// The keys work wherever the focus is in the window, except while typing in
+// a text field, which takes its letters first.
+void GroupAnalysisWindow::BuildKeys() {
+    struct Key { const char* name; Qt::Key key; std::function<void()> run; };
+    for (const Key& k : {Key{"key_first", Qt::Key_A, [this] { MoveTo(0); }},
+                         Key{"key_previous", Qt::Key_S, [this] { MoveTo(current_ - 1); }},
+                         Key{"key_next", Qt::Key_D, [this] { MoveTo(current_ + 1); }},
+                         Key{"key_last", Qt::Key_F, [this] { MoveTo(set_.count); }},
+                         Key{"key_jump", Qt::Key_Y, [this] { JumpToTrace(); }}}) {
+        auto* a = new QAction(this);
+        a->setObjectName(k.name);
+        a->setShortcut(QKeySequence(k.key));
+        a->setShortcutContext(Qt::WindowShortcut);
+        connect(a, &QAction::triggered, this, k.run);
+        addAction(a);
+        actions_[k.name] = a;
     }
+    Action("menu_trace_remove")->setShortcut(QKeySequence(Qt::Key_K));
+    Action("menu_trace_regroup")->setShortcut(QKeySequence(Qt::Key_U));
 }
 
 }  // namespace vess::group
