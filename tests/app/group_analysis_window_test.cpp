@@ -211,6 +211,22 @@ TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
     w->Action("menu_print")->trigger();
     EXPECT_EQ(PdfPages(pdf), 1);
 
+    // A vector picture asks for scale bars: their labels join the axis label.
+    auto svgMs = [&](const char* name, bool bars) {
+        dialogs.AnswerSaveFile((dir / name).string()).AnswerYesNo(bars);
+        w->Action("menu_saveBMP")->trigger();
+        EXPECT_EQ(dialogs.Transcript().back().caption, "Scale Bars");
+        EXPECT_EQ(dialogs.Transcript().back().text, "Would you like to add scale bars to the metafile?");
+        QFile f(QString::fromStdString((dir / name).string()));
+        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()).count(" ms") : -1;
+    };
+    const int plain = svgMs("plain.svg", false);
+    EXPECT_GE(plain, 1);
+    EXPECT_EQ(svgMs("bars.svg", true), plain + 1);
+    w->Picture()->SetScaleBars(true);
+    Shot(w->Picture(), "group_analysis_scale_bars");
+    w->Picture()->SetScaleBars(false);
+
     // One result prints on one page; 90 rows need more.
     w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
     QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);

@@ -82,7 +82,7 @@ void GroupAnalysisWindow::BuildControls() {
     type_ = Combo("Combo2", typeNames);
     alignment_ = Combo("Combo3", alignNames);
     blocks_ = Combo("Combo4", {"0.0625", "0.125", "0.25", "0.5", "0.75", "1", "1.25", "1.5", "2",
-                               "3", "4", "5", "10", "20", "50", "100", "1000", "2000", "5000"},
+                               "3", "4", "5", "10", "20", "50", "100", "1000", "2000", "3000", "4000", "5000"},
                     true);
     every_ = Combo("Combo7", {"1", "2", "5", "10", "20", "50", "100"}, true);
     gain_ = Combo("Combo5", {"0.5", "1", "2", "5", "10"}, true);
@@ -193,6 +193,17 @@ void GroupAnalysisWindow::BuildControls() {
     ff->addRow(fitButtons);
     ff->addRow(progress_);
 
+    amplitudeBins_ = Combo("Text4", {"10", "20", "50", "100", "200"}, true);
+    averageTraces_ = Combo("Combo18", {"0", "3", "5", "10", "20"}, true);
+    subtractBaseVar_ = Check("Check5", tr("Subtract baseline variance"));
+    fluctuationOffset_ = Check("Check6", tr("Include Offset"));
+    auto* fluctuation = new QGroupBox(tr("Non-stationary Fluctuation"));
+    auto* nf = new QFormLayout(fluctuation);
+    nf->addRow(tr("Amplitude bins"), amplitudeBins_);
+    nf->addRow(tr("Traces in the running mean (0: all)"), averageTraces_);
+    nf->addRow(subtractBaseVar_);
+    nf->addRow(fluctuationOffset_);
+
     picture_ = new TracePicture;
     report_ = new QPlainTextEdit;
     report_->setObjectName("Text1");
@@ -218,6 +229,7 @@ void GroupAnalysisWindow::BuildControls() {
     auto* lv = new QVBoxLayout(left);
     lv->addWidget(display);
     lv->addWidget(fitting);
+    lv->addWidget(fluctuation);
     lv->addLayout(buttons);
     lv->addStretch();
     auto* right = new QWidget;
@@ -280,6 +292,10 @@ void GroupAnalysisWindow::ReadControls() {
     s.FixAmplitude = fixAmplitude_->isChecked();
     s.UseGuess = useGuess_->isChecked();
     s.RestartSearch = restart_->isChecked();
+    s.AmplitudeBin = std::max(1, amplitudeBins_->currentText().toInt());
+    s.AverageTrace = std::max(0, averageTraces_->currentText().toInt());
+    s.SubtractBaseVar = subtractBaseVar_->isChecked();
+    s.NonStationaryOffset = fluctuationOffset_->isChecked();
 }
 
 void GroupAnalysisWindow::WriteControls() {
@@ -303,6 +319,10 @@ void GroupAnalysisWindow::WriteControls() {
     fixAmplitude_->setChecked(s.FixAmplitude);
     useGuess_->setChecked(s.UseGuess);
     restart_->setChecked(s.RestartSearch);
+    amplitudeBins_->setCurrentText(QString::number(s.AmplitudeBin));
+    averageTraces_->setCurrentText(QString::number(s.AverageTrace));
+    subtractBaseVar_->setChecked(s.SubtractBaseVar);
+    fluctuationOffset_->setChecked(s.NonStationaryOffset);
 }
 
 void GroupAnalysisWindow::UpdateCursorLabel() {
