@@ -2,6 +2,8 @@
 // display their average, step through the traces, fit the average and save
 // the results.
 #include <QCheckBox>
+#include <QClipboard>
+#include <QMimeData>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFile>
@@ -223,6 +225,12 @@ TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
     const int plain = svgMs("plain.svg", false);
     EXPECT_GE(plain, 1);
     EXPECT_EQ(svgMs("bars.svg", true), plain + 1);
+    // The same picture copied as SVG.
+    dialogs.AnswerYesNo(true);
+    w->Action("menu_CopyMeta")->trigger();
+    const QMimeData* copied = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(copied && copied->hasFormat("image/svg+xml"));
+    EXPECT_EQ(QString::fromUtf8(copied->data("image/svg+xml")).count(" ms"), plain + 1);
     w->Picture()->SetScaleBars(true);
     Shot(w->Picture(), "group_analysis_scale_bars");
     w->Picture()->SetScaleBars(false);

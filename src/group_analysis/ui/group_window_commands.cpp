@@ -344,6 +344,11 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(trace, "menu_copydata", tr("&Copy Trace Data"), [this] { SaveTraceText(false); });
     AddAction(trace, "menu_extractcurvedata", tr("Copy C&urve Data"), [this] { SaveTraceText(true); });
     AddAction(trace, "menu_copybmp", tr("Copy &Picture"), [this] { CopyWidget(picture_); });
+    AddAction(trace, "menu_CopyMeta", tr("Copy Picture as &SVG"), [this] {
+        picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
+        CopyWidgetSvg(picture_);
+        picture_->SetScaleBars(false);
+    });
     AddAction(trace, "menu_print", tr("Print Pictu&re..."), [this] { PrintPicture(); });
 
     QMenu* results = menuBar()->addMenu(tr("&Results"));
@@ -357,7 +362,7 @@ void GroupAnalysisWindow::BuildMenus() {
         DeleteSelectedResults(ws_.results, rows);
         done();
     });
-    AddAction(results, "menu_copyresults", tr("Cop&y Results"), [this] { CopyText(ResultsText(ws_.results)); });
+    AddAction(results, "menu_copyresults", tr("Cop&y Results"), [this] { CopyTextThroughFile(ResultsText(ws_.results), "TempAsc.tmp"); });
     AddAction(results, "menu_PrintResults", tr("&Print Results..."), [this] { PrintResults(); });
     AddAction(results, "menu_preview", tr("Print Pre&view..."), [this] { PreviewResults(); });
     AddAction(results, "menu_PageSetup", tr("Page Set&up..."), [this] {
