@@ -18,5 +18,6 @@ void AddStatsCommand(CLI::App& app);     // vess stats TEST A [B] [--alpha A] [-
 void AddHistCommand(CLI::App& app);      // vess hist SOURCE --bin SIZE [--kind K] [--csv]
 void AddCorrelogramCommand(CLI::App& app);  // vess correlogram A [B] --bin SIZE --max-bins N
 void AddHrvCommand(CLI::App& app);       // vess hrv SOURCE [...]
+void AddSignalToolCommands(CLI::App& app);  // vess noise, eventfree, synch
 
 }  // namespace vess::cli

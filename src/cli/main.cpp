@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
     vess::cli::AddHistCommand(app);
     vess::cli::AddCorrelogramCommand(app);
     vess::cli::AddHrvCommand(app);
+    vess::cli::AddSignalToolCommands(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

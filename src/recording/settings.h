@@ -42,6 +42,7 @@ struct Settings {
     int32_t JumpInterval = 1000;
     int32_t FilterType = 4;
     std::string FilterFreq = "1000";
+    int32_t LineFrequency = 50;              // Hz, marked on noise spectra (ours)
     // Analysis
     AnalysisParameters analysis;
     MethodParameters method;

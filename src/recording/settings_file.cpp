@@ -161,6 +161,7 @@ Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems)
     ReadNumber(ini, kDisplay, "JumpInterval", s.JumpInterval, problems, 0);
     ReadNumber(ini, kDisplay, "FilterType", s.FilterType, problems, 0, 255);
     ReadText(ini, kDisplay, "FilterFreq", s.FilterFreq);
+    ReadNumber(ini, kDisplay, "LineFrequency", s.LineFrequency, problems, 1, 1000);
     using A = AnalysisParameters;
     AnalysisParameters& a = s.analysis;
     ReadParameter(ini, "PeakDirection%", a, &A::PeakDirection, problems);
@@ -204,6 +205,7 @@ void SettingsToIni(const Settings& s, IniFile& ini) {
     ini.Set(kDisplay, "JumpInterval", Num(s.JumpInterval));
     ini.Set(kDisplay, "FilterType", Num(s.FilterType));
     ini.Set(kDisplay, "FilterFreq", Text(s.FilterFreq));
+    ini.Set(kDisplay, "LineFrequency", Num(s.LineFrequency));
     const AnalysisParameters& a = s.analysis;
     ini.Set(kAnalysis, "PeakDirection%", Num(a.PeakDirection));
     ini.Set(kAnalysis, "ThresholdAmplitude!", Num(a.ThresholdAmplitude));

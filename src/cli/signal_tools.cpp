@@ -1,0 +1,145 @@
+// vess noise, vess eventfree and vess synch: the noise measures and spectrum
+// of a stretch, the event-free copy of a channel, and the sweep start times,
+// with the engine of the main window's signal tools.
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+
+#include "cli/commands.h"
+#include "cli/detection_options.h"
+#include "cli/stderr_dialogs.h"
+#include "detection/whole_file.h"
+#include "signal/event_free_file.h"
+#include "signal/noise_measures.h"
+#include "signal/synch_array.h"
+#include "signal/welch_spectrum.h"
+
+namespace vess::cli {
+namespace {
+
+Workspace OpenOrFail(const DetectionOptions& options, const char* command) {
+    Workspace ws;
+    if (const std::string problem = PrepareWorkspace(options, ws); !problem.empty()) {
+        std::cerr << "vess " << command << ": " << problem << "\n";
+        throw CLI::RuntimeError(2);
+    }
+    return ws;
+}
+
+struct NoiseOptions {
+    DetectionOptions file;
+    double fromS = 0, toS = -1;
+    bool spectrum = false, json = false;
+    int segment = 0;
+    double lineHz = 50;
+};
+
+void RunNoise(const NoiseOptions& o) {
+    Workspace ws = OpenOrFail(o.file, "noise");
+    const Recording& rec = *ws.recording;
+    const double perS = 1e6 / rec.IntervalUs();
+    const int64_t first = int64_t(o.fromS * perS);
+    const int64_t last = o.toS < 0 ? rec.PointsPerChannel() : int64_t(o.toS * perS);
+    const TraceStretch s = ReadStretch(rec, first, last - first);
+    const auto m = MeasureNoise(s.values, s.intervalMs);
+    if (!m) {
+        std::cerr << "vess noise: the stretch holds fewer than two samples\n";
+        throw CLI::RuntimeError(2);
+    }
+    PowerSpectrum psd;
+    if (o.spectrum) {
+        const int segment = o.segment > 0 ? o.segment : DefaultSegmentLength(s.values.size());
+        if (!ValidSegmentLength(segment, s.values.size())) {
+            std::cerr << "vess noise: --segment must be a power of 2 from 16 to the stretch's points\n";
+            throw CLI::RuntimeError(2);
+        }
+        psd = WelchSpectrum(s.values, perS, segment);
+    }
+    if (o.json) {
+        nlohmann::json j = {{"file", rec.FileName()}, {"units", s.units}, {"points", m->points},
+                            {"interval_ms", s.intervalMs}, {"mean", m->mean}, {"median", m->median},
+                            {"sd", m->sd}, {"rms_about_median", m->rmsAboutBaseline},
+                            {"peak_to_peak", m->peakToPeak}, {"coastline", m->coastline},
+                            {"coastline_per_ms", m->coastlinePerMs}};
+        if (o.spectrum)
+            j["spectrum"] = {{"frequency_hz", psd.frequencyHz}, {"psd", psd.psd},
+                             {"segments", psd.segments}, {"line_hz", o.lineHz}};
+        std::cout << j.dump(1) << "\n";
+        return;
+    }
+    std::cout << rec.FileName() << "\n" << NoiseReportText(*m, s.units) << "\n";
+    if (!o.spectrum) return;
+    std::cout << fmt::format("frequency_hz psd_{}^2/Hz ({} segments)\n", s.units, psd.segments);
+    for (std::size_t k = 0; k < psd.psd.size(); ++k)
+        std::cout << fmt::format("{:.6g} {:.6g}\n", psd.frequencyHz[k], psd.psd[k]);
+}
+
+void AddNoise(CLI::App& app) {
+    auto o = std::make_shared<NoiseOptions>();
+    auto* cmd = app.add_subcommand("noise", "noise measures (and Welch spectrum) of a stretch");
+    cmd->add_option("file", o->file.file, "ABF file")->required();
+    cmd->add_option("--channel", o->file.channel, "0-based channel position");
+    cmd->add_option("--from", o->fromS, "start of the stretch, s");
+    cmd->add_option("--to", o->toS, "end of the stretch, s (default: the end)");
+    cmd->add_flag("--spectrum", o->spectrum, "print the Welch power spectral density");
+    cmd->add_option("--segment", o->segment, "spectrum segment, points (a power of 2)");
+    cmd->add_option("--line-hz", o->lineHz, "line frequency reported with the spectrum");
+    cmd->add_flag("--json", o->json, "JSON output");
+    cmd->callback([o] { RunNoise(*o); });
+}
+
+struct EventFreeCli {
+    DetectionOptions detection;
+    std::string out;
+    double marginMs = kDefaultEventFreeMarginMs;
+};
+
+void RunEventFree(const EventFreeCli& o) {
+    Workspace ws = OpenOrFail(o.detection, "eventfree");
+    StderrDialogs dialogs;
+    if (DetectWholeFile(ws, dialogs).improperParameters) throw CLI::RuntimeError(3);
+    const Recording& rec = *ws.recording;
+    const int64_t levelPoints = int64_t(ws.params().PeriodBaselineAverage / rec.IntervalUs());
+    if (const std::string problem = WriteEventFreeAbf(rec, ws.events, o.marginMs, levelPoints, o.out);
+        !problem.empty()) {
+        std::cerr << "vess eventfree: " << problem << "\n";
+        throw CLI::RuntimeError(4);
+    }
+    std::cout << fmt::format("{}: {} events removed into {}\n", rec.FileName(), ws.events.Count(), o.out);
+}
+
+void AddEventFree(CLI::App& app) {
+    auto o = std::make_shared<EventFreeCli>();
+    auto* cmd = app.add_subcommand("eventfree", "detect, then write the channel without its events");
+    AddDetectionOptions(*cmd, o->detection);
+    cmd->add_option("--out", o->out, "event-free ABF file to write")->required();
+    cmd->add_option("--margin", o->marginMs, "ms added on each side of every event")->capture_default_str();
+    cmd->callback([o] { RunEventFree(*o); });
+}
+
+void AddSynch(CLI::App& app) {
+    auto o = std::make_shared<DetectionOptions>();
+    auto* cmd = app.add_subcommand("synch", "start time of each sweep, ms, one a line");
+    cmd->add_option("file", o->file, "ABF file")->required();
+    cmd->add_option("--channel", o->channel, "0-based channel position");
+    cmd->callback([o] {
+        Workspace ws = OpenOrFail(*o, "synch");
+        const auto times = SweepStartTimesMs(*ws.recording);
+        if (times.empty()) {
+            std::cerr << "vess synch: " << ws.recording->FileName() << " has a single sweep\n";
+            throw CLI::RuntimeError(1);
+        }
+        for (float t : times) std::cout << fmt::format("{:.3f}\n", t);
+    });
+}
+
+}  // namespace
+
+void AddSignalToolCommands(CLI::App& app) {
+    AddNoise(app);
+    AddEventFree(app);
+    AddSynch(app);
+}
+
+}  // namespace vess::cli

@@ -1,0 +1,149 @@
+#include "signal/event_free_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include "hrv/texts.h"
+#include "recording/file_io.h"
+#include "recording/le_bytes.h"
+#include "recording/recording.h"
+#include "recording/rounding.h"
+#include "recording/save_path.h"
+#include "recording/texts.h"
+#include "recording/workspace.h"
+#include "signal/event_free.h"
+#include "signal/tool_texts.h"
+#include "statistics/prompts.h"
+
+namespace vess {
+
+namespace {
+
+std::string S(std::string_view v) { return std::string(v); }
+
+// A file written under a temporary name beside the target and renamed over
+// it once every byte is on disk; dropped unfinished, it removes itself.
+class StreamedFile {
+public:
+    explicit StreamedFile(const std::filesystem::path& target) : target_(target) {
+        tmp_ = (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
+        fd_ = ::mkstemp(tmp_.data());
+        created_ = fd_ >= 0;
+        if (!created_) error_ = std::strerror(errno);
+        else ::fchmod(fd_, 0644);
+    }
+    ~StreamedFile() {
+        if (fd_ >= 0) ::close(fd_);
+        if (created_ && !done_) ::unlink(tmp_.c_str());
+    }
+    bool Write(std::span<const uint8_t> bytes) {
+        while (error_.empty() && !bytes.empty()) {
+            const ssize_t n = ::write(fd_, bytes.data(), bytes.size());
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) error_ = std::strerror(errno);
+            else bytes = bytes.subspan(std::size_t(n));
+        }
+        return error_.empty();
+    }
+    // Empty on success.
+    std::string Finish() {
+        if (error_.empty() && ::fsync(fd_) != 0) error_ = std::strerror(errno);
+        if (::close(fd_) != 0 && error_.empty()) error_ = std::strerror(errno);
+        fd_ = -1;
+        if (error_.empty() && ::rename(tmp_.c_str(), target_.c_str()) != 0) error_ = std::strerror(errno);
+        done_ = error_.empty();
+        return Error();
+    }
+    std::string Error() const {
+        return error_.empty() ? std::string() : "Cannot write " + target_.string() + ": " + error_ + ".";
+    }
+
+private:
+    std::filesystem::path target_;
+    std::string tmp_;
+    int fd_ = -1;
+    bool created_ = false;
+    bool done_ = false;
+    std::string error_;
+};
+
+}  // namespace
+
+AbfWriteSpec EventFreeWriteSpec(const Recording& rec) {
+    const AbfHeader& h = rec.Header();
+    AbfWriteSpec spec;
+    spec.intervalUs = rec.IntervalUs();
+    spec.adcRange = h.adcRange;
+    spec.adcResolution = h.adcResolution;
+    AbfChannelSpec channel;
+    channel.units = rec.Units();
+    // The channel's whole gain in one factor, so that counts convert exactly
+    // as in the source.
+    channel.programmableGain = 1;
+    channel.signalGain = 1;
+    channel.instrumentScaleFactor = rec.Gain();
+    channel.instrumentOffset = 0;
+    channel.signalOffset = rec.Offset();
+    spec.channels = {channel};
+    spec.comment = "Event-free: " + rec.FileName();
+    return spec;
+}
+
+int64_t MarginPoints(const Recording& rec, double marginMs) {
+    return std::max<int64_t>(RoundEven(marginMs * 1000.0 / rec.IntervalUs()), 0);
+}
+
+std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
+                              int64_t levelPoints, const std::filesystem::path& path) {
+    const int64_t points = rec.PointsPerChannel();
+    if (points > int64_t(INT32_MAX)) return "Too many samples for an ABF 1.x file.";
+    StreamedFile file(path);
+    if (!file.Error().empty()) return file.Error();
+    if (!file.Write(BuildAbfHeader(EventFreeWriteSpec(rec), points))) return file.Error();
+    const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points);
+    std::vector<uint8_t> bytes;
+    const SampleReader read = [&rec](int64_t first, std::span<int16_t> out) { rec.ReadSamples(first, out); };
+    const SampleSink sink = [&](std::span<const int16_t> samples) {
+        bytes.resize(samples.size() * 2);
+        for (std::size_t i = 0; i < samples.size(); ++i) le::Put<int16_t>(bytes, 2 * i, samples[i]);
+        return file.Write(bytes);
+    };
+    EventFreeOptions options;
+    options.levelPoints = std::max<int64_t>(levelPoints, 1);
+    if (!EliminateStretches(points, stretches, read, sink, options)) return file.Error();
+    if (!rec.ReadFault().empty()) return rec.ReadFault();
+    return file.Finish();
+}
+
+bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
+    if (!ws.recording) return false;
+    const auto templatePath = templateFolder / S(texts::kTemplateHeaderFileName);
+    if (!ReadFileBytes(templatePath)) {
+        dialogs.Message(S(hrv::texts::kErrorCaption), S(hrv::texts::kTemplateMissingText));
+        return false;
+    }
+    if (ws.events.Empty()) {
+        dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kNoEventsText));
+        return false;
+    }
+    const auto margin = AskNumber(dialogs, S(tool_texts::kMarginCaption), S(tool_texts::kMarginPrompt),
+                                  fmt::format("{:g}", kDefaultEventFreeMarginMs));
+    if (!margin || *margin < 0) return false;
+    const auto path = ChooseSavePath(
+        dialogs, {S(hrv::texts::kSaveAsAbf), S(hrv::texts::kAbfFilter), S(hrv::texts::kAbfExtension), {}},
+        ExistingFile::AskReplace);
+    if (!path) return false;
+    const Recording& rec = *ws.recording;
+    const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
+    if (!ReportWrite(dialogs, WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path))) return false;
+    dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kEventFreeSaved) + path->filename().string());
+    return true;
+}
+
+}  // namespace vess

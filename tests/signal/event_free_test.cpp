@@ -1,0 +1,129 @@
+// The event-free copy of a channel: stretches merged and clamped, a
+// replaced stretch that matches the clean trace when the noise repeats, and
+// a synthetic recording that, made event-free, detects (almost) nothing.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "detection/whole_file.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/synth.h"
+#include "recording/texts.h"
+#include "recording/workspace.h"
+#include "hrv/texts.h"
+#include "signal/event_free.h"
+#include "signal/event_free_file.h"
+#include "support/test_recording.h"
+
+namespace vess {
+namespace {
+
+EventRecord Event(int32_t peak, int16_t rise, int16_t decay) {
+    EventRecord r;
+    r.sampleIndex = peak;
+    r.riseTime = rise;
+    r.decayTime = decay;
+    return r;
+}
+
+TEST(EventFree, StretchesAreWidenedMergedAndCutToTheRecording) {
+    EventTable events;
+    // Widened by 2, out of order: overlapping stretches merge, neighbours one
+    // point apart do not, and the ends are cut to 0 .. 99.
+    events.Append(Event(50, 5, 10));   // 43 .. 62
+    events.Append(Event(3, 5, 4));     // -4 .. 9 -> 0 .. 9
+    events.Append(Event(68, 4, 3));    // 62 .. 73, overlaps 43 .. 62
+    events.Append(Event(80, 1, 1));    // 77 .. 83, one point clear of 62 .. 73
+    events.Append(Event(98, 1, 10));   // 95 .. 110 -> 95 .. 99
+    const auto s = EventStretches(events, 2, 100);
+    EXPECT_EQ(s, (std::vector<PointStretch>{{0, 9}, {43, 73}, {77, 83}, {95, 99}}));
+}
+
+// A flat trace at 100 with +-1 alternating noise (even points -1).
+int16_t Clean(int64_t i) { return int16_t(100 + (i % 2 ? 1 : -1)); }
+
+std::vector<int16_t> RunOver(int64_t points, std::span<const PointStretch> stretches,
+                         const std::vector<int16_t>& source, int64_t chunk) {
+    std::vector<int16_t> out;
+    EventFreeOptions options;
+    options.levelPoints = 10;
+    options.chunkPoints = chunk;
+    const SampleReader read = [&](int64_t first, std::span<int16_t> dst) {
+        for (std::size_t k = 0; k < dst.size(); ++k) dst[k] = source[std::size_t(first) + k];
+    };
+    const SampleSink sink = [&](std::span<const int16_t> s) {
+        out.insert(out.end(), s.begin(), s.end());
+        return true;
+    };
+    EXPECT_TRUE(EliminateStretches(points, stretches, read, sink, options));
+    return out;
+}
+
+TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
+    // Events on 0..9 (noise lent from after it) and 400..449 (noise from the
+    // 50 points before): level 100 on both sides and donors of even length
+    // that keep the alternation, so the output is the clean trace exactly,
+    // whatever the chunk size.
+    std::vector<int16_t> clean(1000), source(1000);
+    for (int64_t i = 0; i < 1000; ++i) clean[std::size_t(i)] = source[std::size_t(i)] = Clean(i);
+    for (int64_t i = 0; i < 10; ++i) source[std::size_t(i)] += 300;
+    for (int64_t i = 400; i < 450; ++i) source[std::size_t(i)] -= 500;
+    const std::vector<PointStretch> stretches{{0, 9}, {400, 449}};
+    EXPECT_EQ(RunOver(1000, stretches, source, 1 << 16), clean);
+    EXPECT_EQ(RunOver(1000, stretches, source, 7), clean);
+    // A refusing sink stops the run.
+    const SampleReader read = [&](int64_t, std::span<int16_t> dst) { std::fill(dst.begin(), dst.end(), 0); };
+    EXPECT_FALSE(EliminateStretches(1000, stretches, read, [](auto) { return false; }));
+}
+
+TEST(EventFree, SyntheticRecordingMadeEventFreeDetectsAlmostNothing) {
+    test::TempDir dir;
+    SynthOptions synth;
+    synth.seconds = 10;
+    synth.seed = 5;
+    ASSERT_EQ(WriteSynthetic(dir / "s.abf", Synthesise(synth)), "");
+
+    Workspace ws;
+    AbfError error{};
+    ws.recording = Recording::Open(dir / "s.abf", &error);
+    ASSERT_TRUE(ws.recording);
+    ScriptedDialogs dialogs;
+    DetectWholeFile(ws, dialogs);
+    ASSERT_GT(ws.events.Count(), 30);  // about 5 a second
+
+    const Recording& src = *ws.recording;
+    const int64_t level = int64_t(ws.params().PeriodBaselineAverage / src.IntervalUs());
+    ASSERT_EQ(WriteEventFreeAbf(src, ws.events, 2.0, level, dir / "free.abf"), "");
+
+    Workspace again;
+    again.recording = Recording::Open(dir / "free.abf", &error);
+    ASSERT_TRUE(again.recording);
+    const Recording& out = *again.recording;
+    EXPECT_EQ(out.PointsPerChannel(), src.PointsPerChannel());
+    EXPECT_EQ(out.IntervalUs(), src.IntervalUs());
+    EXPECT_EQ(out.Units(), src.Units());
+    // Outside the stretches the samples read back as the same units.
+    const auto stretches = EventStretches(ws.events, MarginPoints(src, 2.0), src.PointsPerChannel());
+    ASSERT_GT(stretches.front().first, 0);
+    for (int64_t i = 0; i < stretches.front().first; ++i)
+        ASSERT_EQ(out.Bit2pA(out.Sample(i)), src.Bit2pA(src.Sample(i))) << i;
+
+    DetectWholeFile(again, dialogs);
+    // 0 in 10 s with the same settings when this test was written.
+    EXPECT_LE(again.events.Count(), 1);
+}
+
+TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
+    test::TempDir dir;
+    Workspace ws;
+    const std::vector<int16_t> samples(2048, 0);
+    ws.recording = test::MakeRecording(dir / "r.abf", samples);
+    ws.events.Append(Event(100, 5, 5));
+    ScriptedDialogs dialogs;
+    EXPECT_FALSE(EventFreeCommand(ws, dialogs, dir.Path()));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].text, hrv::texts::kTemplateMissingText);
+}
+
+}  // namespace
+}  // namespace vess

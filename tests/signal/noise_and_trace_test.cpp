@@ -1,0 +1,114 @@
+// Noise measures and the Welch spectrum on traces whose answers are known in
+// closed form, and the difference and variance-mean traces on hand-worked
+// inputs.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include "signal/noise_measures.h"
+#include "signal/trace_tools.h"
+#include "signal/welch_spectrum.h"
+
+namespace vess {
+namespace {
+
+// Gaussian samples by Box-Muller over our own uniform draws (the library's
+// distributions differ between implementations).
+std::vector<double> GaussianNoise(std::size_t n, double sd, uint64_t seed) {
+    std::mt19937_64 rng(seed);
+    const auto uniform = [&] { return (double(rng() >> 11) + 0.5) / double(1ull << 53); };
+    std::vector<double> v(n);
+    for (auto& x : v) x = sd * std::sqrt(-2 * std::log(uniform())) * std::cos(2 * std::numbers::pi * uniform());
+    return v;
+}
+
+std::vector<double> Sine(std::size_t n, double amplitude, double hz, double fs, double offset = 0) {
+    std::vector<double> v(n);
+    for (std::size_t i = 0; i < n; ++i) v[i] = offset + amplitude * std::sin(2 * std::numbers::pi * hz * double(i) / fs);
+    return v;
+}
+
+TEST(NoiseMeasures, GaussianNoiseGivesItsSdAsSdAndRms) {
+    // 200000 draws of sd 2: the sample SD is within 2 / sqrt(2 n) = 0.3 % of 2.
+    const auto v = GaussianNoise(200000, 2.0, 11);
+    const auto m = MeasureNoise(v, 0.05);
+    ASSERT_TRUE(m);
+    EXPECT_NEAR(m->sd, 2.0, 0.02);
+    EXPECT_NEAR(m->rmsAboutBaseline, 2.0, 0.02);
+    EXPECT_NEAR(m->median, 0.0, 0.02);
+    // Parseval: the density integrated over 0..fs/2 is the variance.
+    const PowerSpectrum psd = WelchSpectrum(v, 20000, 1024);
+    double power = 0;
+    for (double p : psd.psd) power += p * 20000.0 / 1024;
+    EXPECT_NEAR(power, 4.0, 0.08);
+    EXPECT_EQ(psd.segments, 2 * 200000 / 1024 - 1);
+}
+
+TEST(NoiseMeasures, SineOfKnownAmplitude) {
+    // 50 Hz at 10 kHz for 1 s: samples fall on the crests (i = 50 + 200 k),
+    // so the peak-to-peak is exactly 2A; the median of whole periods is 0 and
+    // the RMS A / sqrt(2). With the closing sample (10001 points, 1000 ms)
+    // the coastline is 4A a period over 50 periods.
+    // The offset of 1000 must not change any of them.
+    const double a = 3;
+    const auto v = Sine(10000, a, 50, 10000, 1000);
+    const auto m = MeasureNoise(v, 0.1);
+    ASSERT_TRUE(m);
+    EXPECT_NEAR(m->peakToPeak, 2 * a, 1e-9);
+    EXPECT_NEAR(m->rmsAboutBaseline, a / std::sqrt(2.0), 1e-9);
+    EXPECT_NEAR(m->median, 1000, 1e-9);
+    const auto closed = MeasureNoise(Sine(10001, a, 50, 10000, 1000), 0.1);
+    EXPECT_NEAR(closed->coastline, 50 * 4 * a, 1e-6);
+    EXPECT_NEAR(closed->coastlinePerMs, 50 * 4 * a / 1000, 1e-9);
+    EXPECT_FALSE(MeasureNoise(std::vector<double>{1.0}, 0.1));
+}
+
+TEST(WelchSpectrum, SinePeakAtItsFrequencyWithItsPower) {
+    // 100 Hz at 10240 Hz with 1024-point segments: 10 Hz bins, the sine on
+    // bin 10. The Hann window spreads it over bins 9..11; their power is A^2/2.
+    const double a = 3;
+    const auto v = Sine(10240 * 2, a, 100, 10240);
+    const PowerSpectrum psd = WelchSpectrum(v, 10240, 1024);
+    ASSERT_EQ(psd.psd.size(), 513u);
+    const auto peak = std::max_element(psd.psd.begin(), psd.psd.end()) - psd.psd.begin();
+    EXPECT_DOUBLE_EQ(psd.frequencyHz[std::size_t(peak)], 100.0);
+    double power = 0;
+    for (int k = 8; k <= 12; ++k) power += psd.psd[std::size_t(k)] * 10.0;
+    EXPECT_NEAR(power, a * a / 2, 1e-6);
+    // Refused lengths give no spectrum.
+    EXPECT_EQ(WelchSpectrum(v, 10240, 1000).segments, 0);
+    EXPECT_EQ(WelchSpectrum(std::vector<double>(100, 0.0), 10240, 128).segments, 0);
+    EXPECT_EQ(DefaultSegmentLength(3000), 2048);
+}
+
+TEST(TraceTools, DifferenceTraceInUnitsPerMsAtStepMiddles) {
+    // Steps +1, +2, -1 over 0.5 ms: 2, 4, -2 units/ms at 10.25, 10.75, 11.25 ms.
+    const TraceStretch s{{0, 1, 3, 2}, 0.5, 10, "pA"};
+    const XYTrace d = DifferenceTrace(s);
+    EXPECT_EQ(d.x, (std::vector<double>{10.25, 10.75, 11.25}));
+    EXPECT_EQ(d.y, (std::vector<double>{2, 4, -2}));
+    EXPECT_EQ(DifferencePlot(s).yAxis, "pA/ms");
+}
+
+TEST(TraceTools, VarianceMeanOverARunningWindow) {
+    // Windows of 3 over 1 2 3 4 10: means 2, 3, 17/3; variances (n - 1) 1, 1
+    // and ((8/3)^2 + (5/3)^2 + (13/3)^2) / 2 = 258/18 = 43/3.
+    for (double offset : {0.0, 1e6}) {
+        std::vector<double> v{1, 2, 3, 4, 10};
+        for (double& x : v) x += offset;
+        const XYTrace t = VarianceMeanTrace(v, 3);
+        ASSERT_EQ(t.x.size(), 3u);
+        EXPECT_NEAR(t.x[0] - offset, 2, 1e-9);
+        EXPECT_NEAR(t.x[2] - offset, 17.0 / 3, 1e-9);
+        EXPECT_NEAR(t.y[0], 1, 1e-6);
+        EXPECT_NEAR(t.y[1], 1, 1e-6);
+        EXPECT_NEAR(t.y[2], 43.0 / 3, 1e-6);
+    }
+    EXPECT_TRUE(VarianceMeanTrace(std::vector<double>{1, 2}, 3).x.empty());
+    EXPECT_TRUE(VarianceMeanTrace(std::vector<double>{1, 2}, 1).x.empty());
+}
+
+}  // namespace
+}  // namespace vess
