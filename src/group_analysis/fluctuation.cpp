@@ -35,6 +35,22 @@ std::vector<double> LeastSquares(const std::vector<std::array<double, 3>>& rows,
     return solution;
 }
 
+// The mean of the m traces nearest to trace t in the set, t left out: the
+// window is centred on t and shifted inwards at the ends.
+std::vector<double> NeighbourMean(const std::vector<std::vector<double>>& traces, std::size_t t,
+                                  std::size_t m) {
+    const std::size_t n = traces.size();
+    std::size_t first = t >= m / 2 ? t - m / 2 : 0;
+    first = std::min(first, n - 1 - m);
+    std::vector<double> mean(traces[t].size(), 0.0);
+    for (std::size_t k = first, used = 0; used < m; ++k) {
+        if (k == t) continue;
+        for (std::size_t j = 0; j < mean.size() && j < traces[k].size(); ++j) mean[j] += traces[k][j] / double(m);
+        ++used;
+    }
+    return mean;
+}
+
 }  // namespace
 
 FluctuationResult AnalyseFluctuation(const std::vector<std::vector<double>>& traces,
@@ -53,13 +69,19 @@ FluctuationResult AnalyseFluctuation(const std::vector<std::vector<double>>& tra
     if (out.peak == 0) return out;
 
     // Variance about the mean waveform, scaled to each trace's own peak
-    // when peak-scaled (n - 1 in the denominator).
+    // when peak-scaled. About the mean of all traces the sum of squares is
+    // divided by n - 1; about the mean of m other traces each square carries
+    // m / (m + 1) of the variance and is divided by n.
+    const auto m = std::size_t(options.averageTraces);
+    const bool running = m > 0 && m < n - 1;
     std::vector<double> variance(L, 0.0);
-    for (const auto& t : traces) {
-        const double scale = options.peakScaled ? t[peak] / out.peak : 1.0;
+    for (std::size_t t = 0; t < n; ++t) {
+        const std::vector<double> reference = running ? NeighbourMean(traces, t, m) : mean;
+        const double weight = running ? double(m) / double(m + 1) / double(n) : 1.0 / double(n - 1);
+        const double scale = options.peakScaled && reference[peak] != 0 ? traces[t][peak] / reference[peak] : 1.0;
         for (std::size_t j = 0; j < L; ++j) {
-            const double d = t[j] - mean[j] * scale;
-            variance[j] += d * d / double(n - 1);
+            const double d = traces[t][j] - reference[j] * scale;
+            variance[j] += d * d * weight;
         }
     }
     const auto basePoints = std::size_t(std::clamp<int32_t>(options.baselinePoints, 0, int32_t(peak)));

@@ -18,6 +18,11 @@ struct FluctuationOptions {
     bool subtractBaseVariance = false;
     bool includeOffset = false;
     int32_t baselinePoints = 0;      // points before the rise, for the baseline variance
+    // Each trace is compared with the mean of its averageTraces nearest
+    // neighbours in the set (itself left out), which follows a slow rundown
+    // of the responses; 0, or as many as the other traces, compares every
+    // trace with the mean of all of them.
+    int averageTraces = 0;
 };
 
 struct FluctuationResult {

@@ -47,6 +47,12 @@ inline constexpr std::string_view kGroupAnalysisHeader = "Group Analysis: ";
 inline constexpr std::string_view kGroupHeader = " Group # ";
 inline constexpr std::string_view kTraceHeader = " Trace # ";
 inline constexpr std::string_view kCurveFitHeader = "Curve Fit";
+// The line above a printed picture: "Group # " g, "Type: " type.
+inline constexpr std::string_view kPrintGroup = "Group # ";
+inline constexpr std::string_view kPrintType = "Type: ";
+inline constexpr std::string_view kScaleBarsCaption = "Scale Bars";
+inline constexpr std::string_view kScaleBarsPrompt = "Would you like to add scale bars to the metafile?";
+inline constexpr std::string_view kPreviewCaption = "Fitting Results Print Preview";
 inline constexpr std::string_view kTimeColumn = "Time (ms) ";
 inline constexpr std::string_view kTextFileFilter = "Text File (*.txt)";
 inline constexpr std::string_view kTextFileExtension = "txt";

@@ -1,8 +1,18 @@
 // The group analysis window driven offscreen: group the detected events,
 // display their average, step through the traces, fit the average and save
 // the results.
+#include <QCheckBox>
+#include <QClipboard>
+#include <QMimeData>
 #include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QFile>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPrintPreviewDialog>
+#include <QPrintPreviewWidget>
+#include <QPrinter>
+#include <QRegularExpression>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSpinBox>
@@ -37,10 +47,24 @@ protected:
         // Keys go to the active window's focus widget.
         w->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(w));
+        // The offscreen platform leaves the widget side's active window on
+        // the main window; a user's click on the window would move it.
+        QApplication::setActiveWindow(w);
+        EXPECT_EQ(QApplication::activeWindow(), w);
         w->Picture()->setFocus();
         w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
         w->findChild<QComboBox*>("Combo3")->setCurrentText("Peak");
         return w;
+    }
+    // A key as the user presses it: to whichever widget has the focus.
+    static void Press(GroupAnalysisWindow* w, Qt::Key key) {
+        QWidget* focus = QApplication::focusWidget();
+        QTest::keyClick(focus ? focus : w, key);
+    }
+    static int PdfPages(const QString& path) {
+        QFile f(path);
+        if (!f.open(QIODevice::ReadOnly)) return -1;
+        return int(QString::fromLatin1(f.readAll()).count(QRegularExpression("/Type\\s*/Page[^s]")));
     }
     void Shot(QWidget* w, const QString& name) {
         const QString folder = QString(VESS_BINARY_DIR) + "/app_screens";
@@ -104,6 +128,183 @@ TEST_F(GroupWindowTest, DisplaysNavigatesFitsAndSavesResults) {
     w->Action("menu_simplex_User")->trigger();
     EXPECT_EQ(dialogs.Messages().back().caption, "Not Available");
     EXPECT_EQ(dialogs.Messages().back().text, "This function will be available in future");
+}
+
+TEST_F(GroupWindowTest, KeysNavigateJumpRemoveAndRegroupAsPressed) {
+    GroupAnalysisWindow* w = OpenGrouped();
+    w->findChild<QComboBox*>("Combo2")->setCurrentText("Individual");
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    const int n = w->Traces().count;
+    ASSERT_GE(n, 4);
+    Press(w, Qt::Key_D);
+    EXPECT_EQ(w->CurrentTrace(), 1);
+    Press(w, Qt::Key_F);
+    EXPECT_EQ(w->CurrentTrace(), n);
+    Press(w, Qt::Key_S);
+    EXPECT_EQ(w->TraceLabel()->text(), QString("Trace: %1 of %2").arg(n - 1).arg(n));
+    Press(w, Qt::Key_A);
+    EXPECT_EQ(w->TraceLabel()->text(), QString("Trace:  0 of %1").arg(n));
+
+    // K and U refuse the average.
+    Press(w, Qt::Key_K);
+    Press(w, Qt::Key_U);
+    auto messages = dialogs.Messages();
+    ASSERT_GE(messages.size(), 2u);
+    EXPECT_EQ(messages[messages.size() - 2].text, "Cannot remove the averaged trace.");
+    EXPECT_EQ(messages.back().caption, "Average Trace");
+    EXPECT_EQ(messages.back().text, "Cannot regroup the averaged trace.");
+    EXPECT_EQ(w->Traces().count, n);
+
+    // Y asks for the trace; K then takes its event out of the group.
+    dialogs.AnswerInput("3");
+    Press(w, Qt::Key_Y);
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Jump to Trace");
+    EXPECT_EQ(dialogs.Transcript().back().text,
+              QString("Please specify the trace number to jump to (Trace 0 is the average trace).  "
+                      "Range: 0 to %1.").arg(n).toStdString());
+    ASSERT_EQ(w->CurrentTrace(), 3);
+    const int32_t third = w->Traces().eventIndex[3];
+    Press(w, Qt::Key_K);
+    EXPECT_EQ(ws.events[third].group, 0);
+    EXPECT_EQ(w->Traces().count, n - 1);
+    EXPECT_EQ(w->TraceLabel()->text(), QString("Trace:  0 of %1").arg(n - 1));
+
+    // U regroups the current trace to the group typed (offered: shown + 1).
+    Press(w, Qt::Key_D);
+    const int32_t first = w->Traces().eventIndex[1];
+    dialogs.AnswerInput("7");
+    Press(w, Qt::Key_U);
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Group Number");
+    EXPECT_EQ(dialogs.Transcript().back().text, "Please enter the group number to regroup this trace.");
+    EXPECT_EQ(ws.events[first].group, 7);
+    EXPECT_EQ(w->Traces().count, n - 2);
+
+    // A text field keeps its letters: typing there does not navigate.
+    Press(w, Qt::Key_D);
+    QLineEdit* offset = w->findChild<QComboBox*>("Combo6")->lineEdit();
+    offset->setFocus();
+    QTest::keyClick(offset, Qt::Key_F);
+    EXPECT_EQ(w->CurrentTrace(), 1);
+    EXPECT_TRUE(offset->text().contains('f'));
+    offset->setText("0");
+
+    // Y needs an individual or average display.
+    w->Picture()->setFocus();
+    w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    Press(w, Qt::Key_Y);
+    EXPECT_EQ(dialogs.Messages().back().text,
+              "This function will only work when trace is shown as individual or average.");
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
+    GroupAnalysisWindow* w = OpenGrouped();
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    QString pdf;
+    w->SetPrintHooks({.choosePrinter = [&pdf](QPrinter& printer) {
+                          printer.setOutputFormat(QPrinter::PdfFormat);
+                          printer.setOutputFileName(pdf);
+                          return true;
+                      },
+                      .showPreview = {}});
+    // The picture: one page.
+    pdf = QString::fromStdString((dir / "picture.pdf").string());
+    w->Action("menu_print")->trigger();
+    EXPECT_EQ(PdfPages(pdf), 1);
+
+    // A vector picture asks for scale bars: their labels join the axis label.
+    auto svgMs = [&](const char* name, bool bars) {
+        dialogs.AnswerSaveFile((dir / name).string()).AnswerYesNo(bars);
+        w->Action("menu_saveBMP")->trigger();
+        EXPECT_EQ(dialogs.Transcript().back().caption, "Scale Bars");
+        EXPECT_EQ(dialogs.Transcript().back().text, "Would you like to add scale bars to the metafile?");
+        QFile f(QString::fromStdString((dir / name).string()));
+        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()).count(" ms") : -1;
+    };
+    const int plain = svgMs("plain.svg", false);
+    EXPECT_GE(plain, 1);
+    EXPECT_EQ(svgMs("bars.svg", true), plain + 1);
+    // The same picture copied as SVG.
+    dialogs.AnswerYesNo(true);
+    w->Action("menu_CopyMeta")->trigger();
+    const QMimeData* copied = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(copied && copied->hasFormat("image/svg+xml"));
+    EXPECT_EQ(QString::fromUtf8(copied->data("image/svg+xml")).count(" ms"), plain + 1);
+    w->Picture()->SetScaleBars(true);
+    Shot(w->Picture(), "group_analysis_scale_bars");
+    w->Picture()->SetScaleBars(false);
+
+    // One result prints on one page; 90 rows need more.
+    w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
+    QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
+    ASSERT_EQ(ws.results.Count(), 1);
+    pdf = QString::fromStdString((dir / "one.pdf").string());
+    w->Action("menu_PrintResults")->trigger();
+    EXPECT_EQ(PdfPages(pdf), 1);
+    const auto row = ws.results[1];
+    for (int k = 1; k < 90; ++k) ws.results.Append(row);
+    w->RefreshGrid();
+    pdf = QString::fromStdString((dir / "many.pdf").string());
+    w->Action("menu_PrintResults")->trigger();
+    const int pages = PdfPages(pdf);
+    EXPECT_GT(pages, 1);
+
+    // The preview paints the same pages, under its caption.
+    int previewPages = 0;
+    QString caption;
+    w->SetPrintHooks({.choosePrinter = {}, .showPreview = [&](QPrintPreviewDialog& d) {
+                          caption = d.windowTitle();
+                          auto* view = d.findChild<QPrintPreviewWidget*>();
+                          ASSERT_NE(view, nullptr);
+                          view->updatePreview();
+                          previewPages = view->pageCount();
+                      }});
+    w->Action("menu_preview")->trigger();
+    EXPECT_EQ(caption, "Fitting Results Print Preview");
+    EXPECT_EQ(previewPages, pages);
+}
+
+TEST_F(GroupWindowTest, AssignDialogGroupsBurstsAndTimeWindows) {
+    OpenSample();
+    AnalyseUntilEvents(12);
+    std::vector<float> times;
+    for (const auto& e : ws.events.Records()) times.push_back(e.time);
+
+    // Bursts: intervals under 400 ms, at least 3 events, into group 5.
+    group::GroupAssignDialog d(ws, group::GroupAssignMode::Bursts);
+    d.findChild<QDoubleSpinBox*>("BurstMaxInterval")->setValue(400);
+    d.findChild<QSpinBox*>("BurstMinEvents")->setValue(3);
+    d.findChild<QSpinBox*>("BurstGroup")->setValue(5);
+    // The runs, counted here from the times.
+    int bursts = 0, inBursts = 0;
+    for (std::size_t i = 0, start = 0; i <= times.size(); ++i) {
+        if (i > 0 && i < times.size() && times[i] - times[i - 1] < 400) continue;
+        if (i > start && i - start >= 3) ++bursts, inBursts += int(i - start);
+        start = i;
+    }
+    ASSERT_GT(bursts, 0);
+    EXPECT_EQ(d.Preview()->text(),
+              QString("Bursts: %1\nGroup 5: %2 events\n").arg(bursts).arg(inBursts));
+    d.Apply();
+    int grouped = 0;
+    for (const auto& e : ws.events.Records()) {
+        grouped += e.group == 5;
+        EXPECT_EQ(e.group == 5, e.burstNumber > 0);
+        EXPECT_EQ(e.burstEventNumber > 0, e.burstNumber > 0);
+    }
+    EXPECT_EQ(grouped, inBursts);
+    ws.history.Undo(ws.events);
+    for (const auto& e : ws.events.Records()) EXPECT_NE(e.group, 5);
+
+    // Time windows of 2 s from group 2: each event by the window it falls in.
+    d.SetMode(group::GroupAssignMode::Episodic);
+    d.findChild<QCheckBox*>("EpisodeBySweep")->setChecked(false);
+    d.findChild<QDoubleSpinBox*>("EpisodeWindow")->setValue(2000);
+    d.findChild<QSpinBox*>("EpisodeFirstGroup")->setValue(2);
+    d.Apply();
+    for (std::size_t i = 0; i < times.size(); ++i)
+        EXPECT_EQ(ws.events[int32_t(i) + 1].group, 2 + int(times[i] / 2000)) << times[i];
 }
 
 TEST_F(GroupWindowTest, FittingCanBeInterruptedFromTheButton) {

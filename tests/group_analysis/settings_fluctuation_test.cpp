@@ -87,15 +87,18 @@ TEST(GroupSettings, CustomFilesAndTheSavedMessage) {
 
 // Traces of N = 200 channels of i = -2 pA, each open with a probability that
 // rises and decays (peak 0.6), counted binomially at each point with a fixed
-// seed, plus optional Gaussian background noise.
-std::vector<std::vector<double>> BinomialTraces(int traces, double noiseSd, unsigned seed) {
-    constexpr int kChannels = 200, kPoints = 400, kBase = 40;
+// seed, plus optional Gaussian background noise. With a rundown the channel
+// count falls linearly from 200 over the traces by that fraction.
+std::vector<std::vector<double>> BinomialTraces(int traces, double noiseSd, unsigned seed,
+                                                double rundown = 0) {
+    constexpr int kPoints = 400, kBase = 40;
     constexpr double kUnit = -2.0;
     std::mt19937 rng(seed);
     std::normal_distribution<double> noise(0.0, noiseSd);
     std::vector<std::vector<double>> out;
     for (int k = 0; k < traces; ++k) {
         std::vector<double> t;
+        const int kChannels = int(std::lround(200 * (1 - rundown * k / traces)));
         for (int j = 0; j < kPoints; ++j) {
             const double s = j - kBase;
             const double p = s < 0 ? 0 : 0.6 * (1 - std::exp(-s / 3)) * std::exp(-s / 80) / 0.9;
@@ -140,6 +143,25 @@ TEST(Fluctuation, BackgroundVarianceIsSubtractedWhenAsked) {
     const FluctuationResult offset = AnalyseFluctuation(traces, o);
     EXPECT_NEAR(offset.offset, 4.0, 1.5);  // the least constrained term
     EXPECT_NEAR(offset.unitCurrent, -2.0, 0.3);
+}
+
+TEST(Fluctuation, ARunningMeanOfNeighboursFollowsRundown) {
+    // 200 channels falling to 120 across 300 traces (160 on average): about
+    // the mean of all traces the spread of the trace means swamps the
+    // -I^2/N term; about the mean of 5 neighbours the drift between them is
+    // small and i and the average N come back.
+    const auto traces = BinomialTraces(300, 0, 13, 0.4);
+    FluctuationOptions o{.peakScaled = false, .amplitudeBins = 20};
+    const FluctuationResult all = AnalyseFluctuation(traces, o);
+    o.averageTraces = 5;
+    const FluctuationResult neighbours = AnalyseFluctuation(traces, o);
+    ASSERT_TRUE(neighbours.ok);
+    EXPECT_NEAR(neighbours.unitCurrent, -2.0, 0.2);
+    EXPECT_NEAR(neighbours.channels, 160, 25);
+    EXPECT_FALSE(all.ok && std::fabs(all.channels - 160) < 50);
+    // As many neighbours as other traces is the mean of all of them.
+    o.averageTraces = 299;
+    EXPECT_DOUBLE_EQ(AnalyseFluctuation(traces, o).channels, all.channels);
 }
 
 TEST(Fluctuation, TooFewTracesGiveNoResult) {

@@ -59,6 +59,10 @@ GroupAssignDialog::GroupAssignDialog(Workspace& ws, GroupAssignMode mode, QWidge
     minEvents_ = Spin(1, 100000, 3);
     burstGroup_ = Spin(1, 254, 1);
     firstOnly_ = new QCheckBox(tr("Only the first event of each burst"));
+    maxInterval_->setObjectName("BurstMaxInterval");
+    minEvents_->setObjectName("BurstMinEvents");
+    burstGroup_->setObjectName("BurstGroup");
+    firstOnly_->setObjectName("BurstFirstOnly");
     bf->addRow(tr("Maximum interval (ms)"), maxInterval_);
     bf->addRow(tr("Minimum events in a burst"), minEvents_);
     bf->addRow(tr("Group #"), burstGroup_);
@@ -72,6 +76,9 @@ GroupAssignDialog::GroupAssignDialog(Workspace& ws, GroupAssignMode mode, QWidge
     window_->setRange(0.001, 1e9);
     window_->setValue(1000);
     firstGroup_ = Spin(1, 254, 1);
+    bySweep_->setObjectName("EpisodeBySweep");
+    window_->setObjectName("EpisodeWindow");
+    firstGroup_->setObjectName("EpisodeFirstGroup");
     ef->addRow(bySweep_);
     ef->addRow(tr("Time window (ms)"), window_);
     ef->addRow(tr("First group #"), firstGroup_);

@@ -6,10 +6,12 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSplitter>
@@ -49,12 +51,21 @@ GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidge
     settings_ = LoadGroupSettings(ws_.iniPath);
     BuildControls();
     BuildMenus();
+    BuildKeys();
     WriteControls();
+    printer_ = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    print_.choosePrinter = [this](QPrinter& printer) {
+        QPrintDialog dialog(&printer, this);
+        return dialog.exec() == QDialog::Accepted;
+    };
+    print_.showPreview = [](QPrintPreviewDialog& preview) { preview.exec(); };
     regroupTarget_->setCurrentText(QString::number(settings_.GroupNumber + 1));
     if (ws_.recording) scale_ = UnitScale::Of(*ws_.recording);
     RefreshGrid();
     resize(1100, 760);
 }
+
+GroupAnalysisWindow::~GroupAnalysisWindow() = default;
 
 void GroupAnalysisWindow::BuildControls() {
     QStringList groups;
@@ -71,7 +82,7 @@ void GroupAnalysisWindow::BuildControls() {
     type_ = Combo("Combo2", typeNames);
     alignment_ = Combo("Combo3", alignNames);
     blocks_ = Combo("Combo4", {"0.0625", "0.125", "0.25", "0.5", "0.75", "1", "1.25", "1.5", "2",
-                               "3", "4", "5", "10", "20", "50", "100", "1000", "2000", "5000"},
+                               "3", "4", "5", "10", "20", "50", "100", "1000", "2000", "3000", "4000", "5000"},
                     true);
     every_ = Combo("Combo7", {"1", "2", "5", "10", "20", "50", "100"}, true);
     gain_ = Combo("Combo5", {"0.5", "1", "2", "5", "10"}, true);
@@ -182,6 +193,17 @@ void GroupAnalysisWindow::BuildControls() {
     ff->addRow(fitButtons);
     ff->addRow(progress_);
 
+    amplitudeBins_ = Combo("Text4", {"10", "20", "50", "100", "200"}, true);
+    averageTraces_ = Combo("Combo18", {"0", "3", "5", "10", "20"}, true);
+    subtractBaseVar_ = Check("Check5", tr("Subtract baseline variance"));
+    fluctuationOffset_ = Check("Check6", tr("Include Offset"));
+    auto* fluctuation = new QGroupBox(tr("Non-stationary Fluctuation"));
+    auto* nf = new QFormLayout(fluctuation);
+    nf->addRow(tr("Amplitude bins"), amplitudeBins_);
+    nf->addRow(tr("Traces in the running mean (0: all)"), averageTraces_);
+    nf->addRow(subtractBaseVar_);
+    nf->addRow(fluctuationOffset_);
+
     picture_ = new TracePicture;
     report_ = new QPlainTextEdit;
     report_->setObjectName("Text1");
@@ -207,6 +229,7 @@ void GroupAnalysisWindow::BuildControls() {
     auto* lv = new QVBoxLayout(left);
     lv->addWidget(display);
     lv->addWidget(fitting);
+    lv->addWidget(fluctuation);
     lv->addLayout(buttons);
     lv->addStretch();
     auto* right = new QWidget;
@@ -269,6 +292,10 @@ void GroupAnalysisWindow::ReadControls() {
     s.FixAmplitude = fixAmplitude_->isChecked();
     s.UseGuess = useGuess_->isChecked();
     s.RestartSearch = restart_->isChecked();
+    s.AmplitudeBin = std::max(1, amplitudeBins_->currentText().toInt());
+    s.AverageTrace = std::max(0, averageTraces_->currentText().toInt());
+    s.SubtractBaseVar = subtractBaseVar_->isChecked();
+    s.NonStationaryOffset = fluctuationOffset_->isChecked();
 }
 
 void GroupAnalysisWindow::WriteControls() {
@@ -292,6 +319,10 @@ void GroupAnalysisWindow::WriteControls() {
     fixAmplitude_->setChecked(s.FixAmplitude);
     useGuess_->setChecked(s.UseGuess);
     restart_->setChecked(s.RestartSearch);
+    amplitudeBins_->setCurrentText(QString::number(s.AmplitudeBin));
+    averageTraces_->setCurrentText(QString::number(s.AverageTrace));
+    subtractBaseVar_->setChecked(s.SubtractBaseVar);
+    fluctuationOffset_->setChecked(s.NonStationaryOffset);
 }
 
 void GroupAnalysisWindow::UpdateCursorLabel() {
@@ -301,17 +332,25 @@ void GroupAnalysisWindow::UpdateCursorLabel() {
                           f(set_.TimeMs(c2)) + "  y2:" + f(picture_->ValueAt(c2)));
 }
 
-void GroupAnalysisWindow::keyPressEvent(QKeyEvent* e) {
-    switch (e->key()) {
-        case Qt::Key_A: MoveTo(0); break;
-        case Qt::Key_S: MoveTo(current_ - 1); break;
-        case Qt::Key_D: MoveTo(current_ + 1); break;
-        case Qt::Key_F: MoveTo(set_.count); break;
-        case Qt::Key_K: RemoveTrace(); break;
-        case Qt::Key_U: RegroupTrace(); break;
-        case Qt::Key_Y: JumpToTrace(); break;
-        default: QMainWindow::keyPressEvent(e); return;
+// The keys work wherever the focus is in the window, except while typing in
+// a text field, which takes its letters first.
+void GroupAnalysisWindow::BuildKeys() {
+    struct Key { const char* name; Qt::Key key; std::function<void()> run; };
+    for (const Key& k : {Key{"key_first", Qt::Key_A, [this] { MoveTo(0); }},
+                         Key{"key_previous", Qt::Key_S, [this] { MoveTo(current_ - 1); }},
+                         Key{"key_next", Qt::Key_D, [this] { MoveTo(current_ + 1); }},
+                         Key{"key_last", Qt::Key_F, [this] { MoveTo(set_.count); }},
+                         Key{"key_jump", Qt::Key_Y, [this] { JumpToTrace(); }}}) {
+        auto* a = new QAction(this);
+        a->setObjectName(k.name);
+        a->setShortcut(QKeySequence(k.key));
+        a->setShortcutContext(Qt::WindowShortcut);
+        connect(a, &QAction::triggered, this, k.run);
+        addAction(a);
+        actions_[k.name] = a;
     }
+    Action("menu_trace_remove")->setShortcut(QKeySequence(Qt::Key_K));
+    Action("menu_trace_regroup")->setShortcut(QKeySequence(Qt::Key_U));
 }
 
 }  // namespace vess::group

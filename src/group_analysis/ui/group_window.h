@@ -5,6 +5,7 @@
 
 #include <QMainWindow>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -16,7 +17,10 @@
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QPagedPaintDevice;
 class QPlainTextEdit;
+class QPrinter;
+class QPrintPreviewDialog;
 class QPushButton;
 class QRadioButton;
 class QTableWidget;
@@ -30,10 +34,18 @@ namespace vess::group {
 
 class TracePicture;
 
+// How printing reaches a printer. The desktop shows the print and preview
+// dialogs; tests print to PDF files and look at the preview without showing it.
+struct PrintHooks {
+    std::function<bool(QPrinter&)> choosePrinter;       // false: cancelled
+    std::function<void(QPrintPreviewDialog&)> showPreview;
+};
+
 class GroupAnalysisWindow : public QMainWindow {
     Q_OBJECT
 public:
     GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
+    ~GroupAnalysisWindow() override;
 
     // The commands behind the buttons, menus and keys.
     void StartDisplay();
@@ -43,6 +55,12 @@ public:
     void RegroupTrace();
     void JumpToTrace();
     void RefreshGrid();
+    void PrintResults();
+    void PreviewResults();
+    void PrintPicture();
+    // The picture as printed: the group and type line above the display.
+    void PaintPicture(QPagedPaintDevice& device);
+    void SetPrintHooks(PrintHooks hooks) { print_ = std::move(hooks); }
 
     const TraceSet& Traces() const { return set_; }
     int32_t CurrentTrace() const { return current_; }
@@ -54,11 +72,9 @@ public:
     QLabel* TraceLabel() const { return traceLabel_; }
     QAction* Action(const char* name) const { return actions_.at(name); }
 
-protected:
-    void keyPressEvent(QKeyEvent* e) override;
-
 private:
     void BuildControls();
+    void BuildKeys();
     void BuildMenus();
     QAction* AddAction(QMenu* menu, const char* name, const QString& text,
                        std::function<void()> run);
@@ -86,13 +102,15 @@ private:
     std::vector<TraceFit> lastFits_;
     std::vector<ResultColumn> gridColumns_;
     std::map<std::string, QAction*> actions_;
+    std::unique_ptr<QPrinter> printer_;
+    PrintHooks print_;
 
     QRadioButton *episodes_, *byGroup_;
     QComboBox *group_, *type_, *alignment_, *blocks_, *every_, *gain_, *offset_;
     QComboBox *fitRange_, *exponentials_, *maxIter_, *rise_, *minRSquared_, *confidence_;
-    QComboBox *criterion_, *regroupTarget_;
+    QComboBox *criterion_, *regroupTarget_, *amplitudeBins_, *averageTraces_;
     QCheckBox *baseline_, *fullSweep_, *timeLock_, *includeOffset_, *fixAmplitude_, *useGuess_;
-    QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_;
+    QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_, *subtractBaseVar_, *fluctuationOffset_;
     QPushButton *start_, *fit_;
     QLabel *traceLabel_, *cursorLabel_, *progress_;
     TracePicture* picture_;

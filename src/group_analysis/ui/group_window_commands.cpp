@@ -5,7 +5,11 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QMenuBar>
+#include <QPageSetupDialog>
+#include <QPainter>
 #include <QPlainTextEdit>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableWidget>
@@ -13,6 +17,7 @@
 #include <fmt/format.h>
 
 #include "graphs/ui/graph_frame.h"
+#include "graphs/ui/grid_print.h"
 #include "group_analysis/fit_review.h"
 #include "group_analysis/fluctuation.h"
 #include "group_analysis/results_commands.h"
@@ -243,8 +248,45 @@ void GroupAnalysisWindow::SavePicture() {
     const auto name = dialogs_.SaveFile({"", "Picture (*.png *.svg *.pdf)", "png", ""});
     if (!name || name->empty()) return;
     const QString path = QString::fromStdString(WithDefaultExtension(*name, "png").string());
-    if (path.endsWith(".png", Qt::CaseInsensitive)) picture_->grab().save(path);
-    else ExportWidget(picture_, path);
+    if (path.endsWith(".png", Qt::CaseInsensitive)) {
+        picture_->grab().save(path);
+        return;
+    }
+    // Vector pictures go into documents, so they may carry scale bars.
+    picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
+    ExportWidget(picture_, path);
+    picture_->SetScaleBars(false);
+}
+
+void GroupAnalysisWindow::PrintResults() {
+    if (print_.choosePrinter(*printer_)) PrintGrid(grid_, Q(texts::kColumnStatCaption), *printer_);
+}
+
+void GroupAnalysisWindow::PreviewResults() {
+    QPrintPreviewDialog preview(printer_.get(), this);
+    preview.setWindowTitle(Q(texts::kPreviewCaption));
+    connect(&preview, &QPrintPreviewDialog::paintRequested, this,
+            [this](QPrinter* printer) { PrintGrid(grid_, Q(texts::kColumnStatCaption), *printer); });
+    print_.showPreview(preview);
+}
+
+void GroupAnalysisWindow::PrintPicture() {
+    if (print_.choosePrinter(*printer_)) PaintPicture(*printer_);
+}
+
+void GroupAnalysisWindow::PaintPicture(QPagedPaintDevice& device) {
+    QPainter p(&device);
+    const QRect page(0, 0, device.width(), device.height());
+    const QString line = Q(texts::kPrintGroup) + QString::number(displayedGroup_) + "    " +
+                         Q(texts::kPrintType) + type_->currentText();
+    const int lineHeight = p.fontMetrics().height() * 2;
+    p.drawText(QRect(page.left(), page.top(), page.width(), lineHeight), Qt::AlignLeft | Qt::AlignVCenter, line);
+    // The display scaled to the page width, under the line.
+    const double scale = std::min(double(page.width()) / picture_->width(),
+                                  double(page.height() - lineHeight) / picture_->height());
+    p.translate(page.left(), page.top() + lineHeight);
+    p.scale(scale, scale);
+    picture_->render(&p);
 }
 
 void GroupAnalysisWindow::RunFluctuation() {
@@ -258,7 +300,8 @@ void GroupAnalysisWindow::RunFluctuation() {
     const FluctuationResult r = AnalyseFluctuation(
         traces, {.peakScaled = IsScaled(Type()), .amplitudeBins = settings_.AmplitudeBin,
                  .subtractBaseVariance = settings_.SubtractBaseVar,
-                 .includeOffset = settings_.NonStationaryOffset, .baselinePoints = set_.prePoints / 2});
+                 .includeOffset = settings_.NonStationaryOffset, .baselinePoints = set_.prePoints / 2,
+                 .averageTraces = settings_.AverageTrace});
     if (!r.ok) return;
     ws_.results.Append(WriteResultRow(FluctuationRow(r, displayedGroup_, set_.count)));
     RefreshGrid();
@@ -295,12 +338,18 @@ void GroupAnalysisWindow::BuildMenus() {
 
     QMenu* trace = menuBar()->addMenu(tr("&Trace"));
     AddAction(trace, "menu_DisplayTrace", tr("&Start Display"), [this] { StartDisplay(); });
-    AddAction(trace, "menu_trace_remove", tr("&Remove Trace\tK"), [this] { RemoveTrace(); });
-    AddAction(trace, "menu_trace_regroup", tr("Re&group Trace\tU"), [this] { RegroupTrace(); });
+    AddAction(trace, "menu_trace_remove", tr("&Remove Trace"), [this] { RemoveTrace(); });
+    AddAction(trace, "menu_trace_regroup", tr("Re&group Trace"), [this] { RegroupTrace(); });
     AddAction(trace, "menu_trace_extract", tr("E&xtract Trace"), [this] { SaveTraceText(false); });
     AddAction(trace, "menu_copydata", tr("&Copy Trace Data"), [this] { SaveTraceText(false); });
     AddAction(trace, "menu_extractcurvedata", tr("Copy C&urve Data"), [this] { SaveTraceText(true); });
     AddAction(trace, "menu_copybmp", tr("Copy &Picture"), [this] { CopyWidget(picture_); });
+    AddAction(trace, "menu_CopyMeta", tr("Copy Picture as &SVG"), [this] {
+        picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
+        CopyWidgetSvg(picture_);
+        picture_->SetScaleBars(false);
+    });
+    AddAction(trace, "menu_print", tr("Print Pictu&re..."), [this] { PrintPicture(); });
 
     QMenu* results = menuBar()->addMenu(tr("&Results"));
     AddAction(results, "menu_LastResult", tr("Delete &Last Result"), [this, done] { DeleteLastResult(ws_.results); done(); });
@@ -313,7 +362,12 @@ void GroupAnalysisWindow::BuildMenus() {
         DeleteSelectedResults(ws_.results, rows);
         done();
     });
-    AddAction(results, "menu_copyresults", tr("Cop&y Results"), [this] { CopyText(ResultsText(ws_.results)); });
+    AddAction(results, "menu_copyresults", tr("Cop&y Results"), [this] { CopyTextThroughFile(ResultsText(ws_.results), "TempAsc.tmp"); });
+    AddAction(results, "menu_PrintResults", tr("&Print Results..."), [this] { PrintResults(); });
+    AddAction(results, "menu_preview", tr("Print Pre&view..."), [this] { PreviewResults(); });
+    AddAction(results, "menu_PageSetup", tr("Page Set&up..."), [this] {
+        QPageSetupDialog(printer_.get(), this).exec();
+    });
     AddAction(results, "menu_ColumnStat", tr("Column &Statistics"), [this] { ShowColumnStatistics(); });
     AddAction(results, "menu_Put2Array1", tr("Put Column into Array #&1"), [this] { PutColumn(1); });
     AddAction(results, "menu_Put2Array2", tr("Put Column into Array #&2"), [this] { PutColumn(2); });

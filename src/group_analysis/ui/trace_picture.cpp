@@ -11,7 +11,17 @@ namespace vess::group {
 
 namespace {
 constexpr int kMargin = 40;
+
+// The 1, 2 or 5 times a power of ten nearest below span / 4.
+double RoundBar(double span) {
+    const double target = span / 4;
+    if (!(target > 0)) return 0;
+    const double decade = std::pow(10.0, std::floor(std::log10(target)));
+    for (double m : {5.0, 2.0, 1.0})
+        if (m * decade <= target) return m * decade;
+    return decade;
 }
+}  // namespace
 
 TracePicture::TracePicture(QWidget* parent) : QWidget(parent) {
     setObjectName("Picture1");
@@ -127,8 +137,24 @@ void TracePicture::paintEvent(QPaintEvent*) {
         p.setPen(QPen(Qt::red, 2));
         p.drawPath(path);
     }
+    if (scaleBars_) DrawScaleBars(p);
     p.setPen(QPen(Qt::green, 1, Qt::DashLine));
     for (int32_t c : cursor_) p.drawLine(QPointF(XOf(c), kMargin / 2.0), QPointF(XOf(c), height() - kMargin / 2.0));
+}
+
+void TracePicture::DrawScaleBars(QPainter& p) const {
+    const auto [lo, hi] = YRange();
+    const double ms = RoundBar(set_->TimeMs(set_->length - 1)), units = RoundBar(hi - lo);
+    if (ms <= 0 || units <= 0) return;
+    const double msPerPixel = set_->TimeMs(set_->length - 1) / double(width() - 2 * kMargin);
+    const QPointF corner(width() - kMargin - 10, height() - kMargin);
+    const QPointF left(corner.x() - ms / msPerPixel, corner.y());
+    const QPointF top(corner.x(), YOf(lo + units) - YOf(lo) + corner.y());
+    p.setPen(QPen(Qt::white, 2));
+    p.drawLine(left, corner);
+    p.drawLine(corner, top);
+    p.drawText(QPointF(left.x(), corner.y() + 14), QString("%1 ms").arg(ms));
+    p.drawText(QPointF(corner.x() - 70, top.y() + 12), QString("%1 %2").arg(units).arg(QString::fromStdString(scale_.units)));
 }
 
 void TracePicture::mousePressEvent(QMouseEvent* e) {

@@ -5,6 +5,8 @@
 
 #include <QWidget>
 
+class QPainter;
+
 #include <optional>
 #include <vector>
 
@@ -27,6 +29,8 @@ public:
     void SetCurve(int32_t fromPoint, std::vector<double> values);
     void ClearCurve();
     void SetHighlighted(int32_t trace) { highlighted_ = trace; update(); }
+    // Time and amplitude bars in the lower right corner, for exported pictures.
+    void SetScaleBars(bool on) { scaleBars_ = on; update(); }
 
     // Cursor positions in points (x1 follows a left click, x2 a middle or
     // shift click).
@@ -48,6 +52,7 @@ private:
     int32_t PointOf(double x) const;
     double YOf(double units) const;
     std::pair<double, double> YRange() const;
+    void DrawScaleBars(QPainter& p) const;
 
     const TraceSet* set_ = nullptr;
     UnitScale scale_;
@@ -59,6 +64,7 @@ private:
     std::vector<double> curve_;
     int32_t cursor_[2] = {0, 0};
     int32_t highlighted_ = -1;
+    bool scaleBars_ = false;
 };
 
 }  // namespace vess::group

@@ -1,8 +1,6 @@
 #include "hrv/ui/hrv_widgets.h"
 
 #include <QHeaderView>
-#include <QPrinter>
-#include <QTextDocument>
 
 #include "hrv/texts.h"
 
@@ -68,22 +66,6 @@ void FillGrid(QTableWidget* grid, const std::vector<std::string>& titles,
             grid->setItem(r, c, item);
         }
     grid->resizeColumnsToContents();
-}
-
-void PrintGrid(const QTableWidget* grid, const QString& title, QPrinter& printer) {
-    QString html = "<h3>" + title.toHtmlEscaped() + "</h3><table border=1 cellspacing=0 cellpadding=3><tr>";
-    for (int c = 0; c < grid->columnCount(); ++c)
-        html += "<th>" + grid->horizontalHeaderItem(c)->text().toHtmlEscaped() + "</th>";
-    html += "</tr>";
-    for (int r = 0; r < grid->rowCount(); ++r) {
-        html += "<tr>";
-        for (int c = 0; c < grid->columnCount(); ++c)
-            html += "<td>" + (grid->item(r, c) ? grid->item(r, c)->text().toHtmlEscaped() : QString()) + "</td>";
-        html += "</tr>";
-    }
-    QTextDocument doc;
-    doc.setHtml(html + "</table>");
-    doc.print(&printer);
 }
 
 }  // namespace vess::hrv

@@ -1,5 +1,5 @@
 // Pieces the heart-rate windows share: the bound and preset controls, grids
-// filled from rows of text, and printing a grid.
+// filled from rows of text, and printing a grid (from graphs/ui).
 #pragma once
 
 #include <QComboBox>
@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
+#include "graphs/ui/grid_print.h"
 #include "hrv/hrv_options.h"
 
-class QPrinter;
 
 namespace vess::hrv {
 
@@ -40,7 +40,6 @@ void ShowPresetInForce(QLabel* label, QComboBox* presets, const HrvOptions& opti
 
 void FillGrid(QTableWidget* grid, const std::vector<std::string>& titles,
               const std::vector<std::vector<std::string>>& rows);
-// Prints the grid as a table (the title above it) on printer.
-void PrintGrid(const QTableWidget* grid, const QString& title, QPrinter& printer);
+using vess::PrintGrid;
 
 }  // namespace vess::hrv
