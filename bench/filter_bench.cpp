@@ -27,9 +27,9 @@ struct HourFile {
             state = state * 1664525u + 1013904223u;
             samples[i] = int16_t(int(state >> 24) - 128 + int(i / 100000 % 2) * 500);
         }
-        AbfWriteSpec spec;
-        spec.intervalUs = 50;
-        WriteAbf(path, spec, samples);
+        AbfWriteSpec choice;
+        choice.intervalUs = 50;
+        WriteAbf(path, choice, samples);
         AbfError error = AbfError::None;
         rec = Recording::Open(path, &error);
     }
@@ -56,12 +56,12 @@ void BM_ReadChannelOnce(benchmark::State& state) {
 
 void BM_FilterChannel(benchmark::State& state) {
     const Recording& rec = *File().rec;
-    FilterSpec spec;
-    spec.kind = FilterKind::Elliptic;
-    spec.order = 8;
-    spec.zeroPhase = state.range(0) != 0;
+    FilterSpec choice;
+    choice.kind = FilterKind::Elliptic;
+    choice.order = 8;
+    choice.zeroPhase = state.range(0) != 0;
     for (auto _ : state) {
-        FilteredChannel f = FilterChannel(rec, spec);
+        FilteredChannel f = FilterChannel(rec, choice);
         benchmark::DoNotOptimize(f.counts);
     }
 }

@@ -89,8 +89,8 @@ private:
     void AddBatchActions(QMenu* m);       // main_window_batch.cpp
     // Digital filter (main_window_filter.cpp).
     void OnFilterDialog();
-    void OnFilterResponse(const FilterSpec& spec);
-    void OnFilterApply(const FilterSpec& spec);
+    void OnFilterResponse(const FilterSpec& choice);
+    void OnFilterApply(const FilterSpec& choice);
     void OnRemoveFilter();
     void OnToggleFiltered();
     void OnDetectOnFiltered(bool on);

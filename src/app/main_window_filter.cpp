@@ -52,17 +52,17 @@ void MainWindow::OnFilterDialog() {
     filterDialog_->raise();
 }
 
-void MainWindow::OnFilterResponse(const FilterSpec& spec) {
+void MainWindow::OnFilterResponse(const FilterSpec& choice) {
     if (!ws_.recording) return;
     const double fs = SampleRateHz(*ws_.recording);
-    if (const std::string why = FilterSpecProblem(spec, fs); !why.empty())
+    if (const std::string why = FilterSpecProblem(choice, fs); !why.empty())
         return dialogs_.Message(texts::kFilterCaption, why);
-    ShowPlot(FilterResponsePlot(spec, fs));
+    ShowPlot(FilterResponsePlot(choice, fs));
 }
 
-void MainWindow::OnFilterApply(const FilterSpec& spec) {
+void MainWindow::OnFilterApply(const FilterSpec& choice) {
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool applied = ApplyFilterCommand(ws_, dialogs_, spec);
+    const bool applied = ApplyFilterCommand(ws_, dialogs_, choice);
     QApplication::restoreOverrideCursor();
     if (!applied) return;
     showFiltered_ = true;
@@ -107,13 +107,13 @@ void MainWindow::RefreshFilterIndicator() {
     if (ws_.recording) ws_.recording->ReadFiltered(ws_.settings.DetectOnFiltered);
     statusFilter_->setVisible(applied);
     if (!applied) return;
-    const FilterSpec spec = FilterSpecFromSettings(ws_.settings);
+    const FilterSpec choice = FilterSpecFromSettings(ws_.settings);
     const QString filter = QString("%1 %2-pass %3 Hz, order %4%5")
-                               .arg(QString::fromUtf8(KindName(spec.kind).data()))
-                               .arg(QString::fromUtf8(PassName(spec.pass).data()))
-                               .arg(spec.cutoffHz, 0, 'g', 8)
-                               .arg(spec.order)
-                               .arg(spec.zeroPhase ? tr(", zero phase") : QString());
+                               .arg(QString::fromUtf8(KindName(choice.kind).data()))
+                               .arg(QString::fromUtf8(PassName(choice.pass).data()))
+                               .arg(choice.cutoffHz, 0, 'g', 8)
+                               .arg(choice.order)
+                               .arg(choice.zeroPhase ? tr(", zero phase") : QString());
     const QString detection = DetectsOnFiltered(ws_) ? tr("; detection on filtered") : tr("; detection on recorded");
     if (showFiltered_) {
         statusFilter_->setText(tr(" FILTERED: %1%2 ").arg(filter, detection));

@@ -106,8 +106,8 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
     if (std::string problem = OpenRecordingOnChannel(o.file, o.channel, ws); !problem.empty())
         return problem;
     if (o.filtered) {
-        const FilterSpec design = ResolveFilter(o.filter, FilterSpecFromSettings(ws.settings));
-        if (const std::string why = ApplyFilter(*ws.recording, design); !why.empty()) return "--filtered: " + why;
+        const FilterSpec choice = ResolveFilter(o.filter, FilterSpecFromSettings(ws.settings));
+        if (const std::string why = ApplyFilter(*ws.recording, choice); !why.empty()) return "--filtered: " + why;
         SetDetectOnFiltered(ws, true);
     }
     if (o.suggest > 0) {

@@ -38,8 +38,8 @@ int RunFilter(const FilterState& s) {
         return 1;
     }
     rec->SetChannel(uint8_t(s.channel));
-    const FilterSpec spec = ResolveFilter(s.filter, FilterSpec{});
-    const FilterDesign design = DesignFilter(spec, SampleRateHz(*rec));
+    const FilterSpec choice = ResolveFilter(s.filter, FilterSpec{});
+    const FilterDesign design = DesignFilter(choice, SampleRateHz(*rec));
     if (!design.error.empty()) {
         std::cerr << "vess filter: " << design.error << "\n";
         return 1;
@@ -47,7 +47,7 @@ int RunFilter(const FilterState& s) {
     for (double f : s.response)
         std::cout << fmt::format("{:g} {:.6f}\n", f, ResponseDb(design.sections, f, SampleRateHz(*rec)));
     if (s.out.empty()) return 0;
-    if (const std::string why = ApplyFilter(*rec, spec); !why.empty()) {
+    if (const std::string why = ApplyFilter(*rec, choice); !why.empty()) {
         std::cerr << "vess filter: " << why << "\n";
         return 1;
     }

@@ -17,15 +17,15 @@ void AddFilterOptions(CLI::App& cmd, FilterOptions& o, bool required) {
     cmd.add_flag("--zero-phase", o.zeroPhase, "filter forward and backward (no phase shift)");
 }
 
-FilterSpec ResolveFilter(const FilterOptions& o, FilterSpec spec) {
-    if (o.kind) ParseKind(*o.kind, &spec.kind);
-    if (o.pass) ParsePass(*o.pass, &spec.pass);
-    if (o.cutoffHz) spec.cutoffHz = *o.cutoffHz;
-    if (o.order) spec.order = *o.order;
-    if (o.rippleDb) spec.rippleDb = *o.rippleDb;
-    if (o.attenuationDb) spec.attenuationDb = *o.attenuationDb;
-    if (o.zeroPhase) spec.zeroPhase = true;
-    return spec;
+FilterSpec ResolveFilter(const FilterOptions& o, FilterSpec choice) {
+    if (o.kind) ParseKind(*o.kind, &choice.kind);
+    if (o.pass) ParsePass(*o.pass, &choice.pass);
+    if (o.cutoffHz) choice.cutoffHz = *o.cutoffHz;
+    if (o.order) choice.order = *o.order;
+    if (o.rippleDb) choice.rippleDb = *o.rippleDb;
+    if (o.attenuationDb) choice.attenuationDb = *o.attenuationDb;
+    if (o.zeroPhase) choice.zeroPhase = true;
+    return choice;
 }
 
 }  // namespace vess::cli

@@ -77,10 +77,10 @@ private:
 
 AbfWriteSpec EventFreeWriteSpec(const Recording& rec) {
     const AbfHeader& h = rec.Header();
-    AbfWriteSpec spec;
-    spec.intervalUs = rec.IntervalUs();
-    spec.adcRange = h.adcRange;
-    spec.adcResolution = h.adcResolution;
+    AbfWriteSpec writeSpec;
+    writeSpec.intervalUs = rec.IntervalUs();
+    writeSpec.adcRange = h.adcRange;
+    writeSpec.adcResolution = h.adcResolution;
     AbfChannelSpec channel;
     channel.units = rec.Units();
     // The channel's whole gain in one factor, so that counts convert exactly
@@ -90,9 +90,9 @@ AbfWriteSpec EventFreeWriteSpec(const Recording& rec) {
     channel.instrumentScaleFactor = rec.Gain();
     channel.instrumentOffset = 0;
     channel.signalOffset = rec.Offset();
-    spec.channels = {channel};
-    spec.comment = "Event-free: " + rec.FileName();
-    return spec;
+    writeSpec.channels = {channel};
+    writeSpec.comment = "Event-free: " + rec.FileName();
+    return writeSpec;
 }
 
 int64_t MarginPoints(const Recording& rec, double marginMs) {

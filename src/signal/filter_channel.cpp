@@ -126,9 +126,9 @@ bool Backward(SosRunner& runner, const Pass& pass, TempFile& scratch, TempFile& 
 
 double SampleRateHz(const Recording& recording) { return 1e6 / recording.IntervalUs(); }
 
-FilteredChannel FilterChannel(const Recording& rec, const FilterSpec& spec, const FilterProgress& progress) {
+FilteredChannel FilterChannel(const Recording& rec, const FilterSpec& choice, const FilterProgress& progress) {
     FilteredChannel result;
-    const FilterDesign design = DesignFilter(spec, SampleRateHz(rec));
+    const FilterDesign design = DesignFilter(choice, SampleRateHz(rec));
     if (!design.error.empty()) {
         result.error = design.error;
         return result;
@@ -137,7 +137,7 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterSpec& spec, cons
     const int64_t points = std::max<int64_t>(rec.PointsPerChannel(), 0);
     SosRunner forward(design.sections);
     bool finished = out.Error().empty();
-    if (finished && !spec.zeroPhase) {
+    if (finished && !choice.zeroPhase) {
         finished = Forward(rec, forward, Pass{points, progress},
                            [&](int64_t at, const std::vector<double>& y) { return out.WriteCounts(at, y); });
     } else if (finished) {
@@ -156,26 +156,26 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterSpec& spec, cons
     return result;
 }
 
-std::string ApplyFilter(Recording& recording, const FilterSpec& spec, const FilterProgress& progress) {
-    FilteredChannel f = FilterChannel(recording, spec, progress);
+std::string ApplyFilter(Recording& recording, const FilterSpec& choice, const FilterProgress& progress) {
+    FilteredChannel f = FilterChannel(recording, choice, progress);
     if (!f.counts) return f.error;
     recording.AttachFiltered(std::move(f.counts));
     return {};
 }
 
 std::string WriteChannelAbf(const Recording& rec, const std::filesystem::path& path) {
-    AbfWriteSpec spec;
-    spec.intervalUs = rec.IntervalUs();
-    spec.adcRange = rec.Header().adcRange;
-    spec.adcResolution = rec.Header().adcResolution;
-    AbfChannelSpec& channel = spec.channels.front();
+    AbfWriteSpec choice;
+    choice.intervalUs = rec.IntervalUs();
+    choice.adcRange = rec.Header().adcRange;
+    choice.adcResolution = rec.Header().adcResolution;
+    AbfChannelSpec& channel = choice.channels.front();
     channel.units = rec.Units();
     channel.programmableGain = rec.Gain();
     channel.instrumentScaleFactor = 1;
     channel.instrumentOffset = rec.Offset();
     const int64_t points = rec.PointsPerChannel();
     if (points > INT32_MAX) return "Too many samples for an ABF 1.x file.";
-    std::vector<uint8_t> chunk = BuildAbfHeader(spec, points);
+    std::vector<uint8_t> chunk = BuildAbfHeader(choice, points);
     std::vector<int16_t> samples;
     int64_t at = 0;
     bool headerGiven = false;

@@ -30,17 +30,17 @@ struct FilteredChannel {
     std::string error;                 // "" on success; "stopped" when told to stop
 };
 
-// The recorded samples of the chosen channel filtered by spec: causal, or
+// The recorded samples of the chosen channel filtered as chosen: causal, or
 // forward and then backward for zero phase. The trace is taken as going on
 // at its first and last samples beyond its ends (the recording's edge rule),
 // so each pass starts settled at that level. Results are rounded to counts
 // (ties to even) and clamped to 16 bits.
-FilteredChannel FilterChannel(const Recording& recording, const FilterSpec& spec,
+FilteredChannel FilterChannel(const Recording& recording, const FilterSpec& choice,
                               const FilterProgress& progress = {});
 
 // Designs, filters and attaches the copy to the recording (reads of it stay
 // as they were set). Returns "" or the message that refuses the filter.
-std::string ApplyFilter(Recording& recording, const FilterSpec& spec,
+std::string ApplyFilter(Recording& recording, const FilterSpec& choice,
                         const FilterProgress& progress = {});
 
 // Writes the chosen channel as read now (the filtered copy while it is read)

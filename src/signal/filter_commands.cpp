@@ -25,38 +25,38 @@ std::string NumberText(double v) { return fmt::format("{:.10g}", v); }
 }  // namespace
 
 FilterSpec FilterSpecFromSettings(const Settings& s) {
-    FilterSpec spec;
-    spec.kind = FilterKind(std::clamp(s.FilterType, kMinFilterType, kMaxFilterType));
-    spec.pass = s.FilterPass == 1 ? FilterPass::High : FilterPass::Low;
-    spec.cutoffHz = NumberOrNan(s.FilterFreq);
-    spec.order = s.FilterOrder;
-    spec.rippleDb = NumberOrNan(s.FilterRipple);
-    spec.attenuationDb = NumberOrNan(s.FilterAttenuation);
-    spec.zeroPhase = s.FilterZeroPhase;
-    return spec;
+    FilterSpec choice;
+    choice.kind = FilterKind(std::clamp(s.FilterType, kMinFilterType, kMaxFilterType));
+    choice.pass = s.FilterPass == 1 ? FilterPass::High : FilterPass::Low;
+    choice.cutoffHz = NumberOrNan(s.FilterFreq);
+    choice.order = s.FilterOrder;
+    choice.rippleDb = NumberOrNan(s.FilterRipple);
+    choice.attenuationDb = NumberOrNan(s.FilterAttenuation);
+    choice.zeroPhase = s.FilterZeroPhase;
+    return choice;
 }
 
-void StoreFilterSpec(const FilterSpec& spec, Settings& s) {
-    s.FilterType = int32_t(spec.kind);
-    s.FilterPass = spec.pass == FilterPass::High ? 1 : 0;
-    s.FilterFreq = NumberText(spec.cutoffHz);
-    s.FilterOrder = spec.order;
-    s.FilterRipple = NumberText(spec.rippleDb);
-    s.FilterAttenuation = NumberText(spec.attenuationDb);
-    s.FilterZeroPhase = spec.zeroPhase;
+void StoreFilterSpec(const FilterSpec& choice, Settings& s) {
+    s.FilterType = int32_t(choice.kind);
+    s.FilterPass = choice.pass == FilterPass::High ? 1 : 0;
+    s.FilterFreq = NumberText(choice.cutoffHz);
+    s.FilterOrder = choice.order;
+    s.FilterRipple = NumberText(choice.rippleDb);
+    s.FilterAttenuation = NumberText(choice.attenuationDb);
+    s.FilterZeroPhase = choice.zeroPhase;
 }
 
-bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterSpec& spec, const FilterProgress& progress) {
+bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterSpec& choice, const FilterProgress& progress) {
     if (!ws.recording) {
         dialogs.Message(texts::kFilterCaption, texts::kFilterNoRecording);
         return false;
     }
-    if (const std::string why = FilterSpecProblem(spec, SampleRateHz(*ws.recording)); !why.empty()) {
+    if (const std::string why = FilterSpecProblem(choice, SampleRateHz(*ws.recording)); !why.empty()) {
         dialogs.Message(texts::kFilterCaption, why);
         return false;
     }
-    StoreFilterSpec(spec, ws.settings);
-    FilteredChannel f = FilterChannel(*ws.recording, spec, progress);
+    StoreFilterSpec(choice, ws.settings);
+    FilteredChannel f = FilterChannel(*ws.recording, choice, progress);
     if (!f.counts) {
         if (f.error != "stopped") dialogs.Message(texts::kFilterCaption, texts::FilterFailedText(f.error));
         return false;
@@ -77,19 +77,19 @@ void SetDetectOnFiltered(Workspace& ws, bool on) {
 
 bool DetectsOnFiltered(const Workspace& ws) { return ws.recording && ws.recording->ReadsFiltered(); }
 
-PlotData FilterResponsePlot(const FilterSpec& spec, double sampleRateHz, int points) {
+PlotData FilterResponsePlot(const FilterSpec& choice, double sampleRateHz, int points) {
     PlotData plot;
     plot.title = fmt::format("{} {} {}-pass, order {}, cut-off {:g} Hz{}", texts::kFilterResponseTitle,
-                             KindName(spec.kind), PassName(spec.pass), spec.order, spec.cutoffHz,
-                             spec.zeroPhase ? ", zero phase" : "");
+                             KindName(choice.kind), PassName(choice.pass), choice.order, choice.cutoffHz,
+                             choice.zeroPhase ? ", zero phase" : "");
     plot.xAxis = texts::kFilterResponseX;
     plot.yAxis = texts::kFilterResponseY;
     plot.xLog = true;
-    const FilterDesign d = DesignFilter(spec, sampleRateHz);
+    const FilterDesign d = DesignFilter(choice, sampleRateHz);
     if (!d.error.empty()) return plot;
     PlotSeries s;
     const double lo = std::max(0.1, sampleRateHz / 1e4), hi = 0.4999 * sampleRateHz;
-    const double passes = spec.zeroPhase ? 2.0 : 1.0;
+    const double passes = choice.zeroPhase ? 2.0 : 1.0;
     for (int i = 0; i < points; ++i) {
         const double f = lo * std::pow(hi / lo, double(i) / (points - 1));
         s.x.push_back(f);

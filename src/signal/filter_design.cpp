@@ -217,15 +217,15 @@ std::string FilterSpecProblem(const FilterSpec& s, double sampleRateHz) {
     return {};
 }
 
-FilterDesign DesignFilter(const FilterSpec& spec, double sampleRateHz) {
+FilterDesign DesignFilter(const FilterSpec& choice, double sampleRateHz) {
     FilterDesign d;
-    d.error = FilterSpecProblem(spec, sampleRateHz);
+    d.error = FilterSpecProblem(choice, sampleRateHz);
     if (!d.error.empty()) return d;
     // Designed at a sampling rate of 2 (cut-off as a fraction of Nyquist),
     // pre-warped so that the digital cut-off lands where it was asked.
-    const double wn = spec.cutoffHz / (sampleRateHz / 2);
+    const double wn = choice.cutoffHz / (sampleRateHz / 2);
     const double warped = 4.0 * std::tan(kPi * wn / 2.0);
-    d.sections = ToSections(Bilinear(Transform(Prototype(spec), spec.pass, warped), 2.0));
+    d.sections = ToSections(Bilinear(Transform(Prototype(choice), choice.pass, warped), 2.0));
     return d;
 }
 

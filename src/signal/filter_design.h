@@ -45,9 +45,9 @@ struct FilterDesign {
     std::string error;
 };
 
-// Why the spec cannot be designed at this sampling rate, or "".
-std::string FilterSpecProblem(const FilterSpec& spec, double sampleRateHz);
-FilterDesign DesignFilter(const FilterSpec& spec, double sampleRateHz);
+// Why the choice cannot be designed at this sampling rate, or "".
+std::string FilterSpecProblem(const FilterSpec& choice, double sampleRateHz);
+FilterDesign DesignFilter(const FilterSpec& choice, double sampleRateHz);
 
 // Gain in dB of one pass of the sections at a frequency.
 double ResponseDb(const std::vector<Biquad>& sections, double frequencyHz, double sampleRateHz);

@@ -26,13 +26,13 @@ FilterSpec LowPass(double cutoffHz, bool zeroPhase) {
 // Whole-trace filtering in memory, the definition the block-wise file
 // version must reproduce: settled at the first sample, and for zero phase
 // a second pass backward settled at the last forward output.
-std::vector<int16_t> InMemory(const std::vector<int16_t>& raw, const FilterSpec& spec, double fs) {
-    const auto sections = DesignFilter(spec, fs).sections;
+std::vector<int16_t> InMemory(const std::vector<int16_t>& raw, const FilterSpec& choice, double fs) {
+    const auto sections = DesignFilter(choice, fs).sections;
     std::vector<double> x(raw.begin(), raw.end());
     SosRunner forward(sections);
     forward.SettleAt(x.front());
     forward.Process(x);
-    if (spec.zeroPhase) {
+    if (choice.zeroPhase) {
         std::reverse(x.begin(), x.end());
         SosRunner backward(sections);
         backward.SettleAt(x.front());
@@ -60,12 +60,12 @@ TEST(FilterChannel, BlockwiseFileEqualsWholeTraceFilteringCausalAndZeroPhase) {
     const std::vector<int16_t> raw = Noisy(150000);
     auto rec = test::MakeRecording(dir / "n.abf", raw, 50);  // 20 kHz
     for (bool zeroPhase : {false, true}) {
-        const FilterSpec spec = LowPass(500, zeroPhase);
-        ASSERT_EQ(ApplyFilter(*rec, spec), "");
+        const FilterSpec choice = LowPass(500, zeroPhase);
+        ASSERT_EQ(ApplyFilter(*rec, choice), "");
         rec->ReadFiltered(true);
         std::vector<int16_t> got(raw.size());
         EXPECT_TRUE(rec->ReadSamples(0, got));
-        EXPECT_EQ(got, InMemory(raw, spec, 20000)) << "zero phase " << zeroPhase;
+        EXPECT_EQ(got, InMemory(raw, choice, 20000)) << "zero phase " << zeroPhase;
         // A screen in the middle reads the same counts as the whole file.
         const Screen screen(*rec, 300, 4);
         for (int i = -1024; i < 2048; i += 97)
@@ -102,9 +102,9 @@ TEST(FilterChannel, OutOfRangeCountsAreClampedAndChannelChangeDropsTheCopy) {
     std::vector<int16_t> raw(4000);
     for (std::size_t i = 0; i < raw.size(); ++i) raw[i] = (i / 500) % 2 ? 32767 : -32768;
     auto rec = test::MakeRecording(dir / "s.abf", raw, 50);
-    FilterSpec spec = LowPass(2000, false);
-    spec.kind = FilterKind::Elliptic;
-    ASSERT_EQ(ApplyFilter(*rec, spec), "");
+    FilterSpec choice = LowPass(2000, false);
+    choice.kind = FilterKind::Elliptic;
+    ASSERT_EQ(ApplyFilter(*rec, choice), "");
     rec->ReadFiltered(true);
     std::vector<int16_t> y(raw.size());
     rec->ReadSamples(0, y);
@@ -119,12 +119,12 @@ TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
     test::TempDir dir;
     Workspace ws;
     ws.recording = test::MakeRecording(dir / "n.abf", Noisy(3000), 50);
-    FilterSpec spec = LowPass(750, true);
-    spec.kind = FilterKind::InverseChebyshev;
-    spec.pass = FilterPass::High;
-    spec.attenuationDb = 45;
-    StoreFilterSpec(spec, ws.settings);
-    EXPECT_EQ(FilterSpecFromSettings(ws.settings), spec);
+    FilterSpec choice = LowPass(750, true);
+    choice.kind = FilterKind::InverseChebyshev;
+    choice.pass = FilterPass::High;
+    choice.attenuationDb = 45;
+    StoreFilterSpec(choice, ws.settings);
+    EXPECT_EQ(FilterSpecFromSettings(ws.settings), choice);
 
     SetDetectOnFiltered(ws, true);
     EXPECT_FALSE(DetectsOnFiltered(ws));  // nothing applied yet
@@ -139,12 +139,12 @@ TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
         std::optional<std::string> OpenFile(const FileDialogRequest&) override { return {}; }
         std::optional<std::string> SaveFile(const FileDialogRequest&) override { return {}; }
     } dialogs;
-    ASSERT_TRUE(ApplyFilterCommand(ws, dialogs, spec));
+    ASSERT_TRUE(ApplyFilterCommand(ws, dialogs, choice));
     EXPECT_TRUE(DetectsOnFiltered(ws));
     SetDetectOnFiltered(ws, false);
     EXPECT_FALSE(DetectsOnFiltered(ws));
-    spec.cutoffHz = 10000;  // fs/2 exactly
-    EXPECT_FALSE(ApplyFilterCommand(ws, dialogs, spec));
+    choice.cutoffHz = 10000;  // fs/2 exactly
+    EXPECT_FALSE(ApplyFilterCommand(ws, dialogs, choice));
     EXPECT_NE(dialogs.last.find("10000 Hz cannot be used"), std::string::npos) << dialogs.last;
     EXPECT_EQ(ws.settings.FilterFreq, "750");  // the refused value is not stored
 }

@@ -27,7 +27,7 @@ W* Named(W* w, const char* name, const char* tip) {
 
 }  // namespace
 
-FilterDialog::FilterDialog(const FilterSpec& spec, double sampleRateHz, QWidget* parent) : QDialog(parent) {
+FilterDialog::FilterDialog(const FilterSpec& choice, double sampleRateHz, QWidget* parent) : QDialog(parent) {
     setObjectName("FilterDialog");
     setWindowTitle(tr(texts::kFilterCaption));
     kind_ = Named(new QComboBox(this), "cbFilterKind", "The response shape of the filter");
@@ -89,7 +89,7 @@ FilterDialog::FilterDialog(const FilterSpec& spec, double sampleRateHz, QWidget*
     layout->addLayout(form);
     layout->addWidget(rate);
     layout->addWidget(buttons);
-    SetSpec(spec);
+    SetSpec(choice);
 }
 
 FilterSpec FilterDialog::Spec() const {

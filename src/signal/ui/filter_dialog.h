@@ -20,14 +20,14 @@ namespace vess {
 class FilterDialog : public QDialog {
     Q_OBJECT
 public:
-    FilterDialog(const FilterSpec& spec, double sampleRateHz, QWidget* parent = nullptr);
+    FilterDialog(const FilterSpec& choice, double sampleRateHz, QWidget* parent = nullptr);
     // What the form says now; a cut-off that is not a number gives NaN.
     FilterSpec Spec() const;
-    void SetSpec(const FilterSpec& spec);
+    void SetSpec(const FilterSpec& choice);
 
 signals:
-    void ResponseRequested(const FilterSpec& spec);
-    void ApplyRequested(const FilterSpec& spec);
+    void ResponseRequested(const FilterSpec& choice);
+    void ApplyRequested(const FilterSpec& choice);
     void RemoveRequested();
 
 private:
