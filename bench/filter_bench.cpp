@@ -56,7 +56,7 @@ void BM_ReadChannelOnce(benchmark::State& state) {
 
 void BM_FilterChannel(benchmark::State& state) {
     const Recording& rec = *File().rec;
-    FilterSpec choice;
+    FilterChoice choice;
     choice.kind = FilterKind::Elliptic;
     choice.order = 8;
     choice.zeroPhase = state.range(0) != 0;

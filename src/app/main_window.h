@@ -39,7 +39,7 @@ class ParameterPanel;
 class Screen;
 class TraceView;
 struct DoublePeakResult;
-struct FilterSpec;
+struct FilterChoice;
 class FilterDialog;
 namespace group {
 class GroupAnalysisWindow;
@@ -89,8 +89,8 @@ private:
     void AddBatchActions(QMenu* m);       // main_window_batch.cpp
     // Digital filter (main_window_filter.cpp).
     void OnFilterDialog();
-    void OnFilterResponse(const FilterSpec& choice);
-    void OnFilterApply(const FilterSpec& choice);
+    void OnFilterResponse(const FilterChoice& choice);
+    void OnFilterApply(const FilterChoice& choice);
     void OnRemoveFilter();
     void OnToggleFiltered();
     void OnDetectOnFiltered(bool on);

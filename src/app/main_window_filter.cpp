@@ -41,7 +41,7 @@ void MainWindow::AddFilterActions(QMenu* m) {
 void MainWindow::OnFilterDialog() {
     if (!ws_.recording) return dialogs_.Message(texts::kFilterCaption, texts::kFilterNoRecording);
     if (!filterDialog_) {
-        filterDialog_ = new FilterDialog(FilterSpecFromSettings(ws_.settings), SampleRateHz(*ws_.recording), this);
+        filterDialog_ = new FilterDialog(FilterChoiceFromSettings(ws_.settings), SampleRateHz(*ws_.recording), this);
         connect(filterDialog_, &FilterDialog::ResponseRequested, this, &MainWindow::OnFilterResponse);
         connect(filterDialog_, &FilterDialog::ApplyRequested, this, &MainWindow::OnFilterApply);
         connect(filterDialog_, &FilterDialog::RemoveRequested, this, &MainWindow::OnRemoveFilter);
@@ -52,15 +52,15 @@ void MainWindow::OnFilterDialog() {
     filterDialog_->raise();
 }
 
-void MainWindow::OnFilterResponse(const FilterSpec& choice) {
+void MainWindow::OnFilterResponse(const FilterChoice& choice) {
     if (!ws_.recording) return;
     const double fs = SampleRateHz(*ws_.recording);
-    if (const std::string why = FilterSpecProblem(choice, fs); !why.empty())
+    if (const std::string why = FilterChoiceProblem(choice, fs); !why.empty())
         return dialogs_.Message(texts::kFilterCaption, why);
     ShowPlot(FilterResponsePlot(choice, fs));
 }
 
-void MainWindow::OnFilterApply(const FilterSpec& choice) {
+void MainWindow::OnFilterApply(const FilterChoice& choice) {
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const bool applied = ApplyFilterCommand(ws_, dialogs_, choice);
     QApplication::restoreOverrideCursor();
@@ -107,7 +107,7 @@ void MainWindow::RefreshFilterIndicator() {
     if (ws_.recording) ws_.recording->ReadFiltered(ws_.settings.DetectOnFiltered);
     statusFilter_->setVisible(applied);
     if (!applied) return;
-    const FilterSpec choice = FilterSpecFromSettings(ws_.settings);
+    const FilterChoice choice = FilterChoiceFromSettings(ws_.settings);
     const QString filter = QString("%1 %2-pass %3 Hz, order %4%5")
                                .arg(QString::fromUtf8(KindName(choice.kind).data()))
                                .arg(QString::fromUtf8(PassName(choice.pass).data()))

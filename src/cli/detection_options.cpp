@@ -106,7 +106,7 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
     if (std::string problem = OpenRecordingOnChannel(o.file, o.channel, ws); !problem.empty())
         return problem;
     if (o.filtered) {
-        const FilterSpec choice = ResolveFilter(o.filter, FilterSpecFromSettings(ws.settings));
+        const FilterChoice choice = ResolveFilter(o.filter, FilterChoiceFromSettings(ws.settings));
         if (const std::string why = ApplyFilter(*ws.recording, choice); !why.empty()) return "--filtered: " + why;
         SetDetectOnFiltered(ws, true);
     }

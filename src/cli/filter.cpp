@@ -38,7 +38,7 @@ int RunFilter(const FilterState& s) {
         return 1;
     }
     rec->SetChannel(uint8_t(s.channel));
-    const FilterSpec choice = ResolveFilter(s.filter, FilterSpec{});
+    const FilterChoice choice = ResolveFilter(s.filter, FilterChoice{});
     const FilterDesign design = DesignFilter(choice, SampleRateHz(*rec));
     if (!design.error.empty()) {
         std::cerr << "vess filter: " << design.error << "\n";

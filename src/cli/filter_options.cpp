@@ -17,7 +17,7 @@ void AddFilterOptions(CLI::App& cmd, FilterOptions& o, bool required) {
     cmd.add_flag("--zero-phase", o.zeroPhase, "filter forward and backward (no phase shift)");
 }
 
-FilterSpec ResolveFilter(const FilterOptions& o, FilterSpec choice) {
+FilterChoice ResolveFilter(const FilterOptions& o, FilterChoice choice) {
     if (o.kind) ParseKind(*o.kind, &choice.kind);
     if (o.pass) ParsePass(*o.pass, &choice.pass);
     if (o.cutoffHz) choice.cutoffHz = *o.cutoffHz;

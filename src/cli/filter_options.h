@@ -23,6 +23,6 @@ struct FilterOptions {
 void AddFilterOptions(CLI::App& cmd, FilterOptions& options, bool required);
 
 // base with the options given applied.
-FilterSpec ResolveFilter(const FilterOptions& options, FilterSpec base);
+FilterChoice ResolveFilter(const FilterOptions& options, FilterChoice base);
 
 }  // namespace vess::cli

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "detection/detector.h"
 #include "detection/event_kernel.h"
@@ -164,18 +165,30 @@ std::string SuggestionReport(const Workspace& ws, const RecordingSuggestion& s) 
         s.thresholdAmplitude, units, s.areaThreshold, units);
 }
 
+namespace {
+
+// Measures the recording and applies what it suggests; a suggestion that
+// cannot be made is told and changes nothing.
+std::optional<RecordingSuggestion> SuggestAndApply(Workspace& ws, Dialogs& dialogs) {
+    const RecordingSuggestion s = SuggestFromRecording(ws);
+    if (!s.ok) {
+        dialogs.Message(method_texts::kSuggestCaption, s.problem);
+        return std::nullopt;
+    }
+    ApplySuggestion(ws, s);
+    return s;
+}
+
+}  // namespace
+
 bool SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
     if (!ws.recording) {
         dialogs.Message(method_texts::kSuggestCaption, method_texts::kNoRecording);
         return false;
     }
-    const RecordingSuggestion s = SuggestFromRecording(ws);
-    if (!s.ok) {
-        dialogs.Message(method_texts::kSuggestCaption, s.problem);
-        return false;
-    }
-    ApplySuggestion(ws, s);
-    dialogs.Message(method_texts::kSuggestCaption, SuggestionReport(ws, s));
+    const auto s = SuggestAndApply(ws, dialogs);
+    if (!s) return false;
+    dialogs.Message(method_texts::kSuggestCaption, SuggestionReport(ws, *s));
     return true;
 }
 
@@ -212,13 +225,7 @@ bool CheckThresholdsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
     if (!dialogs.AskYesNo(method_texts::kThresholdsCaption,
                           problem + "\n" + method_texts::kOfferSuggestion))
         return false;
-    const RecordingSuggestion s = SuggestFromRecording(ws);
-    if (!s.ok) {
-        dialogs.Message(method_texts::kSuggestCaption, s.problem);
-        return false;
-    }
-    ApplySuggestion(ws, s);
-    return true;
+    return SuggestAndApply(ws, dialogs).has_value();
 }
 
 }  // namespace vess

@@ -126,7 +126,7 @@ bool Backward(SosRunner& runner, const Pass& pass, TempFile& scratch, TempFile& 
 
 double SampleRateHz(const Recording& recording) { return 1e6 / recording.IntervalUs(); }
 
-FilteredChannel FilterChannel(const Recording& rec, const FilterSpec& choice, const FilterProgress& progress) {
+FilteredChannel FilterChannel(const Recording& rec, const FilterChoice& choice, const FilterProgress& progress) {
     FilteredChannel result;
     const FilterDesign design = DesignFilter(choice, SampleRateHz(rec));
     if (!design.error.empty()) {
@@ -156,7 +156,7 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterSpec& choice, co
     return result;
 }
 
-std::string ApplyFilter(Recording& recording, const FilterSpec& choice, const FilterProgress& progress) {
+std::string ApplyFilter(Recording& recording, const FilterChoice& choice, const FilterProgress& progress) {
     FilteredChannel f = FilterChannel(recording, choice, progress);
     if (!f.counts) return f.error;
     recording.AttachFiltered(std::move(f.counts));

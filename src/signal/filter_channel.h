@@ -35,12 +35,12 @@ struct FilteredChannel {
 // at its first and last samples beyond its ends (the recording's edge rule),
 // so each pass starts settled at that level. Results are rounded to counts
 // (ties to even) and clamped to 16 bits.
-FilteredChannel FilterChannel(const Recording& recording, const FilterSpec& choice,
+FilteredChannel FilterChannel(const Recording& recording, const FilterChoice& choice,
                               const FilterProgress& progress = {});
 
 // Designs, filters and attaches the copy to the recording (reads of it stay
 // as they were set). Returns "" or the message that refuses the filter.
-std::string ApplyFilter(Recording& recording, const FilterSpec& choice,
+std::string ApplyFilter(Recording& recording, const FilterChoice& choice,
                         const FilterProgress& progress = {});
 
 // Writes the chosen channel as read now (the filtered copy while it is read)

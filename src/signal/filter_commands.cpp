@@ -24,8 +24,8 @@ std::string NumberText(double v) { return fmt::format("{:.10g}", v); }
 
 }  // namespace
 
-FilterSpec FilterSpecFromSettings(const Settings& s) {
-    FilterSpec choice;
+FilterChoice FilterChoiceFromSettings(const Settings& s) {
+    FilterChoice choice;
     choice.kind = FilterKind(std::clamp(s.FilterType, kMinFilterType, kMaxFilterType));
     choice.pass = s.FilterPass == 1 ? FilterPass::High : FilterPass::Low;
     choice.cutoffHz = NumberOrNan(s.FilterFreq);
@@ -36,7 +36,7 @@ FilterSpec FilterSpecFromSettings(const Settings& s) {
     return choice;
 }
 
-void StoreFilterSpec(const FilterSpec& choice, Settings& s) {
+void StoreFilterChoice(const FilterChoice& choice, Settings& s) {
     s.FilterType = int32_t(choice.kind);
     s.FilterPass = choice.pass == FilterPass::High ? 1 : 0;
     s.FilterFreq = NumberText(choice.cutoffHz);
@@ -46,16 +46,16 @@ void StoreFilterSpec(const FilterSpec& choice, Settings& s) {
     s.FilterZeroPhase = choice.zeroPhase;
 }
 
-bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterSpec& choice, const FilterProgress& progress) {
+bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice, const FilterProgress& progress) {
     if (!ws.recording) {
         dialogs.Message(texts::kFilterCaption, texts::kFilterNoRecording);
         return false;
     }
-    if (const std::string why = FilterSpecProblem(choice, SampleRateHz(*ws.recording)); !why.empty()) {
+    if (const std::string why = FilterChoiceProblem(choice, SampleRateHz(*ws.recording)); !why.empty()) {
         dialogs.Message(texts::kFilterCaption, why);
         return false;
     }
-    StoreFilterSpec(choice, ws.settings);
+    StoreFilterChoice(choice, ws.settings);
     FilteredChannel f = FilterChannel(*ws.recording, choice, progress);
     if (!f.counts) {
         if (f.error != "stopped") dialogs.Message(texts::kFilterCaption, texts::FilterFailedText(f.error));
@@ -77,7 +77,7 @@ void SetDetectOnFiltered(Workspace& ws, bool on) {
 
 bool DetectsOnFiltered(const Workspace& ws) { return ws.recording && ws.recording->ReadsFiltered(); }
 
-PlotData FilterResponsePlot(const FilterSpec& choice, double sampleRateHz, int points) {
+PlotData FilterResponsePlot(const FilterChoice& choice, double sampleRateHz, int points) {
     PlotData plot;
     plot.title = fmt::format("{} {} {}-pass, order {}, cut-off {:g} Hz{}", texts::kFilterResponseTitle,
                              KindName(choice.kind), PassName(choice.pass), choice.order, choice.cutoffHz,

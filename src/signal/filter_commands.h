@@ -15,14 +15,14 @@
 namespace vess {
 
 // The filter the settings describe; a text that is not a number becomes NaN,
-// which FilterSpecProblem refuses.
-FilterSpec FilterSpecFromSettings(const Settings& settings);
-void StoreFilterSpec(const FilterSpec& choice, Settings& settings);
+// which FilterChoiceProblem refuses.
+FilterChoice FilterChoiceFromSettings(const Settings& settings);
+void StoreFilterChoice(const FilterChoice& choice, Settings& settings);
 
 // Stores the choice in the settings and filters the recording's chosen channel;
 // a refused choice or a failed run is told through dialogs and leaves the
 // recording as it was. True when the filtered copy is attached.
-bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterSpec& choice,
+bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice,
                         const FilterProgress& progress = {});
 // Drops the filtered copy; detection reads the recorded samples again.
 void RemoveFilter(Workspace& ws);
@@ -34,6 +34,6 @@ bool DetectsOnFiltered(const Workspace& ws);
 
 // Gain in dB at log-spaced frequencies from fs/10000 (at least 0.1 Hz) to
 // just below fs/2, as applied: twice the single-pass gain for zero phase.
-PlotData FilterResponsePlot(const FilterSpec& choice, double sampleRateHz, int points = 400);
+PlotData FilterResponsePlot(const FilterChoice& choice, double sampleRateHz, int points = 400);
 
 }  // namespace vess

@@ -94,7 +94,7 @@ Zpk Elliptic(int n, double rippleDb, double attenuationDb) {
     return f;
 }
 
-Zpk Prototype(const FilterSpec& s) {
+Zpk Prototype(const FilterChoice& s) {
     switch (s.kind) {
         case FilterKind::Butterworth: return Butterworth(s.order);
         case FilterKind::Chebyshev: return Chebyshev(s.order, s.rippleDb);
@@ -204,7 +204,7 @@ std::vector<Biquad> ToSections(const Zpk& f) {
 
 }  // namespace
 
-std::string FilterSpecProblem(const FilterSpec& s, double sampleRateHz) {
+std::string FilterChoiceProblem(const FilterChoice& s, double sampleRateHz) {
     if (!(s.cutoffHz > 0 && s.cutoffHz < sampleRateHz / 2))
         return texts::CutoffRefusedText(s.cutoffHz, sampleRateHz);
     if (s.order < 1 || s.order > kMaxFilterOrder) return texts::OrderRefusedText(s.order, kMaxFilterOrder);
@@ -217,9 +217,9 @@ std::string FilterSpecProblem(const FilterSpec& s, double sampleRateHz) {
     return {};
 }
 
-FilterDesign DesignFilter(const FilterSpec& choice, double sampleRateHz) {
+FilterDesign DesignFilter(const FilterChoice& choice, double sampleRateHz) {
     FilterDesign d;
-    d.error = FilterSpecProblem(choice, sampleRateHz);
+    d.error = FilterChoiceProblem(choice, sampleRateHz);
     if (!d.error.empty()) return d;
     // Designed at a sampling rate of 2 (cut-off as a fraction of Nyquist),
     // pre-warped so that the digital cut-off lands where it was asked.

@@ -25,7 +25,7 @@ enum class FilterPass { Low = 0, High = 1 };
 // filter, the edge of the ripple band of Chebyshev and elliptic filters, and
 // the edge of the stop band (where the attenuation is first reached) of an
 // inverse Chebyshev filter.
-struct FilterSpec {
+struct FilterChoice {
     FilterKind kind = FilterKind::Elliptic;
     FilterPass pass = FilterPass::Low;
     double cutoffHz = 1000;
@@ -34,7 +34,7 @@ struct FilterSpec {
     double attenuationDb = 60;    // inverse Chebyshev and elliptic
     bool zeroPhase = false;
 
-    bool operator==(const FilterSpec&) const = default;
+    bool operator==(const FilterChoice&) const = default;
 };
 
 // b0 b1 b2 1 a1 a2 of one section: (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2).
@@ -46,8 +46,8 @@ struct FilterDesign {
 };
 
 // Why the choice cannot be designed at this sampling rate, or "".
-std::string FilterSpecProblem(const FilterSpec& choice, double sampleRateHz);
-FilterDesign DesignFilter(const FilterSpec& choice, double sampleRateHz);
+std::string FilterChoiceProblem(const FilterChoice& choice, double sampleRateHz);
+FilterDesign DesignFilter(const FilterChoice& choice, double sampleRateHz);
 
 // Gain in dB of one pass of the sections at a frequency.
 double ResponseDb(const std::vector<Biquad>& sections, double frequencyHz, double sampleRateHz);

@@ -50,7 +50,7 @@ TEST(FilterCli, OutWritesTheFilteredChannelWithTheSourceScaling) {
     EXPECT_EQ(out->IntervalUs(), rec->IntervalUs());
     EXPECT_EQ(out->Units(), rec->Units());
     EXPECT_FLOAT_EQ(out->Bit2pA(400), rec->Bit2pA(400));
-    FilterSpec choice;
+    FilterChoice choice;
     choice.kind = FilterKind::Chebyshev;
     choice.pass = FilterPass::High;
     choice.cutoffHz = 50;

@@ -14,8 +14,8 @@
 namespace vess {
 namespace {
 
-FilterSpec LowPass(double cutoffHz, bool zeroPhase) {
-    FilterSpec s;
+FilterChoice LowPass(double cutoffHz, bool zeroPhase) {
+    FilterChoice s;
     s.kind = FilterKind::Butterworth;
     s.cutoffHz = cutoffHz;
     s.order = 4;
@@ -26,7 +26,7 @@ FilterSpec LowPass(double cutoffHz, bool zeroPhase) {
 // Whole-trace filtering in memory, the definition the block-wise file
 // version must reproduce: settled at the first sample, and for zero phase
 // a second pass backward settled at the last forward output.
-std::vector<int16_t> InMemory(const std::vector<int16_t>& raw, const FilterSpec& choice, double fs) {
+std::vector<int16_t> InMemory(const std::vector<int16_t>& raw, const FilterChoice& choice, double fs) {
     const auto sections = DesignFilter(choice, fs).sections;
     std::vector<double> x(raw.begin(), raw.end());
     SosRunner forward(sections);
@@ -60,7 +60,7 @@ TEST(FilterChannel, BlockwiseFileEqualsWholeTraceFilteringCausalAndZeroPhase) {
     const std::vector<int16_t> raw = Noisy(150000);
     auto rec = test::MakeRecording(dir / "n.abf", raw, 50);  // 20 kHz
     for (bool zeroPhase : {false, true}) {
-        const FilterSpec choice = LowPass(500, zeroPhase);
+        const FilterChoice choice = LowPass(500, zeroPhase);
         ASSERT_EQ(ApplyFilter(*rec, choice), "");
         rec->ReadFiltered(true);
         std::vector<int16_t> got(raw.size());
@@ -102,7 +102,7 @@ TEST(FilterChannel, OutOfRangeCountsAreClampedAndChannelChangeDropsTheCopy) {
     std::vector<int16_t> raw(4000);
     for (std::size_t i = 0; i < raw.size(); ++i) raw[i] = (i / 500) % 2 ? 32767 : -32768;
     auto rec = test::MakeRecording(dir / "s.abf", raw, 50);
-    FilterSpec choice = LowPass(2000, false);
+    FilterChoice choice = LowPass(2000, false);
     choice.kind = FilterKind::Elliptic;
     ASSERT_EQ(ApplyFilter(*rec, choice), "");
     rec->ReadFiltered(true);
@@ -119,12 +119,12 @@ TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
     test::TempDir dir;
     Workspace ws;
     ws.recording = test::MakeRecording(dir / "n.abf", Noisy(3000), 50);
-    FilterSpec choice = LowPass(750, true);
+    FilterChoice choice = LowPass(750, true);
     choice.kind = FilterKind::InverseChebyshev;
     choice.pass = FilterPass::High;
     choice.attenuationDb = 45;
-    StoreFilterSpec(choice, ws.settings);
-    EXPECT_EQ(FilterSpecFromSettings(ws.settings), choice);
+    StoreFilterChoice(choice, ws.settings);
+    EXPECT_EQ(FilterChoiceFromSettings(ws.settings), choice);
 
     SetDetectOnFiltered(ws, true);
     EXPECT_FALSE(DetectsOnFiltered(ws));  // nothing applied yet

@@ -33,8 +33,8 @@ const Reference kReferences[] = {
     {FilterKind::Elliptic, FilterPass::High, -36.72953495, -0.5, -0.08082782066},
 };
 
-FilterSpec Spec(FilterKind kind, FilterPass pass, double cutoffHz, int order) {
-    FilterSpec s;
+FilterChoice Chosen(FilterKind kind, FilterPass pass, double cutoffHz, int order) {
+    FilterChoice s;
     s.kind = kind;
     s.pass = pass;
     s.cutoffHz = cutoffHz;
@@ -44,7 +44,7 @@ FilterSpec Spec(FilterKind kind, FilterPass pass, double cutoffHz, int order) {
 
 TEST(FilterDesign, ResponsesAgreeWithTheReferenceDesignForEveryKindAndPass) {
     for (const Reference& r : kReferences) {
-        const FilterDesign d = DesignFilter(Spec(r.kind, r.pass, 1000, 4), 20000);
+        const FilterDesign d = DesignFilter(Chosen(r.kind, r.pass, 1000, 4), 20000);
         ASSERT_TRUE(d.error.empty()) << d.error;
         EXPECT_EQ(d.sections.size(), 2u);
         const std::string what = std::string(KindName(r.kind)) + " " + std::string(PassName(r.pass));
@@ -58,27 +58,27 @@ TEST(FilterDesign, ResponsesAgreeWithTheReferenceDesignForEveryKindAndPass) {
 // cut-offs put the poles within 3e-4 of z = 1 or near z = -1. Values from
 // scipy 1.10.1 as above.
 TEST(FilterDesign, OddOrdersAndExtremeCutoffsAgreeWithTheReferenceDesign) {
-    const FilterDesign odd = DesignFilter(Spec(FilterKind::InverseChebyshev, FilterPass::High, 1000, 3), 20000);
+    const FilterDesign odd = DesignFilter(Chosen(FilterKind::InverseChebyshev, FilterPass::High, 1000, 3), 20000);
     EXPECT_EQ(odd.sections.size(), 2u);
     EXPECT_NEAR(ResponseDb(odd.sections, 500, 20000), -60.00049883, 1e-6);
     EXPECT_NEAR(ResponseDb(odd.sections, 2000, 20000), -30.94327312, 1e-6);
-    const FilterDesign ellip3 = DesignFilter(Spec(FilterKind::Elliptic, FilterPass::Low, 1000, 3), 20000);
+    const FilterDesign ellip3 = DesignFilter(Chosen(FilterKind::Elliptic, FilterPass::Low, 1000, 3), 20000);
     EXPECT_NEAR(ResponseDb(ellip3.sections, 2000, 20000), -20.74968853, 1e-6);
     EXPECT_NEAR(ResponseDb(ellip3.sections, 5000, 20000), -73.82167452, 1e-6);
 
     // iirfilter(8, 1, btype="highpass", fs=20000), at 0.5, 1 and 2 Hz.
-    const FilterDesign butter = DesignFilter(Spec(FilterKind::Butterworth, FilterPass::High, 1, 8), 20000);
+    const FilterDesign butter = DesignFilter(Chosen(FilterKind::Butterworth, FilterPass::High, 1, 8), 20000);
     EXPECT_NEAR(ResponseDb(butter.sections, 0.5, 20000), -48.16486579, 1e-5);
     EXPECT_NEAR(ResponseDb(butter.sections, 1, 20000), -3.010299921, 1e-5);
     EXPECT_NEAR(ResponseDb(butter.sections, 2, 20000), -6.626242839e-05, 1e-6);
-    const FilterDesign ellip = DesignFilter(Spec(FilterKind::Elliptic, FilterPass::High, 1, 8), 20000);
+    const FilterDesign ellip = DesignFilter(Chosen(FilterKind::Elliptic, FilterPass::High, 1, 8), 20000);
     EXPECT_NEAR(ResponseDb(ellip.sections, 0.5, 20000), -60.63470017, 1e-4);
     EXPECT_NEAR(ResponseDb(ellip.sections, 1, 20000), -0.4999999633, 1e-5);
     // iirfilter(6, 20000, ..., btype="lowpass", fs=50000), at 10, 20, 22 kHz.
-    const FilterDesign cheb = DesignFilter(Spec(FilterKind::InverseChebyshev, FilterPass::Low, 20000, 6), 50000);
+    const FilterDesign cheb = DesignFilter(Chosen(FilterKind::InverseChebyshev, FilterPass::Low, 20000, 6), 50000);
     EXPECT_NEAR(ResponseDb(cheb.sections, 10000, 50000), -0.0001506935478, 1e-7);
     EXPECT_NEAR(ResponseDb(cheb.sections, 22000, 50000), -61.80893326, 1e-5);
-    const FilterDesign ell = DesignFilter(Spec(FilterKind::Elliptic, FilterPass::Low, 20000, 6), 50000);
+    const FilterDesign ell = DesignFilter(Chosen(FilterKind::Elliptic, FilterPass::Low, 20000, 6), 50000);
     EXPECT_NEAR(ResponseDb(ell.sections, 20000, 50000), -0.5, 1e-6);
     EXPECT_NEAR(ResponseDb(ell.sections, 22000, 50000), -65.38835764, 1e-5);
 }
@@ -87,7 +87,7 @@ TEST(FilterDesign, OddOrdersAndExtremeCutoffsAgreeWithTheReferenceDesign) {
 // circle, the impulse response decays to nothing, a step settles to 0.
 TEST(FilterDesign, OneHertzHighPassOfOrderEightIsStable) {
     for (FilterKind kind : {FilterKind::Butterworth, FilterKind::Elliptic}) {
-        const FilterDesign d = DesignFilter(Spec(kind, FilterPass::High, 1, 8), 20000);
+        const FilterDesign d = DesignFilter(Chosen(kind, FilterPass::High, 1, 8), 20000);
         for (const Biquad& s : d.sections) EXPECT_LT(s[5], 1.0);  // |p|^2 of the pair
         SosRunner impulse(d.sections), step(d.sections);
         // 60 s: the sharpest poles of the elliptic design ring for seconds.
@@ -109,20 +109,20 @@ TEST(FilterDesign, OneHertzHighPassOfOrderEightIsStable) {
 
 TEST(FilterDesign, RefusesCutoffsOutsideTheOpenBandAndBadShapes) {
     for (double fc : {0.0, -5.0, 10000.0, 12000.0, std::nan("")}) {
-        const FilterDesign d = DesignFilter(Spec(FilterKind::Butterworth, FilterPass::Low, fc, 4), 20000);
+        const FilterDesign d = DesignFilter(Chosen(FilterKind::Butterworth, FilterPass::Low, fc, 4), 20000);
         EXPECT_TRUE(d.sections.empty());
         EXPECT_NE(d.error.find("below half the sampling frequency (10000 Hz)"), std::string::npos) << d.error;
     }
-    EXPECT_FALSE(DesignFilter(Spec(FilterKind::Butterworth, FilterPass::Low, 9999, 4), 20000).sections.empty());
-    EXPECT_NE(FilterSpecProblem(Spec(FilterKind::Butterworth, FilterPass::Low, 100, 0), 20000), "");
-    FilterSpec ellip = Spec(FilterKind::Elliptic, FilterPass::Low, 100, 4);
+    EXPECT_FALSE(DesignFilter(Chosen(FilterKind::Butterworth, FilterPass::Low, 9999, 4), 20000).sections.empty());
+    EXPECT_NE(FilterChoiceProblem(Chosen(FilterKind::Butterworth, FilterPass::Low, 100, 0), 20000), "");
+    FilterChoice ellip = Chosen(FilterKind::Elliptic, FilterPass::Low, 100, 4);
     ellip.attenuationDb = 0.3;  // below the ripple
-    EXPECT_NE(FilterSpecProblem(ellip, 20000), "");
+    EXPECT_NE(FilterChoiceProblem(ellip, 20000), "");
 }
 
 // Block by block with the state carried over equals one pass.
 TEST(SosRunner, BlockwiseEqualsOnePassAndSettledStartHasNoTransient) {
-    const FilterDesign d = DesignFilter(Spec(FilterKind::Chebyshev, FilterPass::Low, 300, 5), 20000);
+    const FilterDesign d = DesignFilter(Chosen(FilterKind::Chebyshev, FilterPass::Low, 300, 5), 20000);
     std::vector<double> x(10007);
     for (std::size_t i = 0; i < x.size(); ++i) x[i] = 200 + 50 * std::sin(0.01 * double(i * i % 977));
     std::vector<double> whole = x;

@@ -27,7 +27,7 @@ W* Named(W* w, const char* name, const char* tip) {
 
 }  // namespace
 
-FilterDialog::FilterDialog(const FilterSpec& choice, double sampleRateHz, QWidget* parent) : QDialog(parent) {
+FilterDialog::FilterDialog(const FilterChoice& choice, double sampleRateHz, QWidget* parent) : QDialog(parent) {
     setObjectName("FilterDialog");
     setWindowTitle(tr(texts::kFilterCaption));
     kind_ = Named(new QComboBox(this), "cbFilterKind", "The response shape of the filter");
@@ -79,8 +79,8 @@ FilterDialog::FilterDialog(const FilterSpec& choice, double sampleRateHz, QWidge
     QPushButton* remove = Named(buttons->addButton(tr("&Remove Filter"), QDialogButtonBox::ResetRole),
                                 "btnFilterRemove", "Go back to the recorded trace");
     QPushButton* close = Named(buttons->addButton(QDialogButtonBox::Close), "btnFilterClose", "Close this form");
-    connect(response, &QPushButton::clicked, this, [this] { emit ResponseRequested(Spec()); });
-    connect(apply, &QPushButton::clicked, this, [this] { emit ApplyRequested(Spec()); });
+    connect(response, &QPushButton::clicked, this, [this] { emit ResponseRequested(Chosen()); });
+    connect(apply, &QPushButton::clicked, this, [this] { emit ApplyRequested(Chosen()); });
     connect(remove, &QPushButton::clicked, this, [this] { emit RemoveRequested(); });
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     connect(kind_, &QComboBox::currentIndexChanged, this, [this] { UpdateEnabled(); });
@@ -92,8 +92,8 @@ FilterDialog::FilterDialog(const FilterSpec& choice, double sampleRateHz, QWidge
     SetSpec(choice);
 }
 
-FilterSpec FilterDialog::Spec() const {
-    FilterSpec s;
+FilterChoice FilterDialog::Chosen() const {
+    FilterChoice s;
     s.kind = FilterKind(kind_->currentData().toInt());
     s.pass = FilterPass(pass_->currentData().toInt());
     bool ok = false;
@@ -106,7 +106,7 @@ FilterSpec FilterDialog::Spec() const {
     return s;
 }
 
-void FilterDialog::SetSpec(const FilterSpec& s) {
+void FilterDialog::SetSpec(const FilterChoice& s) {
     kind_->setCurrentIndex(kind_->findData(int(s.kind)));
     pass_->setCurrentIndex(pass_->findData(int(s.pass)));
     cutoff_->setText(QString::number(s.cutoffHz, 'g', 10));

@@ -1,7 +1,7 @@
 // The digital filter form: kind, pass, cut-off, order, ripple, attenuation
 // and zero phase, with buttons that ask for the frequency response, for
 // applying the filter and for removing it. The form only reads and shows a
-// FilterSpec; the main window does the work.
+// FilterChoice; the main window does the work.
 #pragma once
 
 #include <QDialog>
@@ -20,14 +20,14 @@ namespace vess {
 class FilterDialog : public QDialog {
     Q_OBJECT
 public:
-    FilterDialog(const FilterSpec& choice, double sampleRateHz, QWidget* parent = nullptr);
+    FilterDialog(const FilterChoice& choice, double sampleRateHz, QWidget* parent = nullptr);
     // What the form says now; a cut-off that is not a number gives NaN.
-    FilterSpec Spec() const;
-    void SetSpec(const FilterSpec& choice);
+    FilterChoice Chosen() const;
+    void SetSpec(const FilterChoice& choice);
 
 signals:
-    void ResponseRequested(const FilterSpec& choice);
-    void ApplyRequested(const FilterSpec& choice);
+    void ResponseRequested(const FilterChoice& choice);
+    void ApplyRequested(const FilterChoice& choice);
     void RemoveRequested();
 
 private:

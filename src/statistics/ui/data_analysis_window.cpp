@@ -139,8 +139,8 @@ void DataAnalysisWindow::ShowArrays(bool editable) {
 void DataAnalysisWindow::ReloadArrays() { arrays_->Reload(); }
 
 bool DataAnalysisWindow::RunTest() {
-    const auto s1 = sample1_->Spec();
-    const auto s2 = sample2_->Spec();
+    const auto s1 = sample1_->Chosen();
+    const auto s2 = sample2_->Chosen();
     const auto alpha = ParseTypedValue(alpha_->text().toStdString());
     if (!s1 || !s2 || !alpha) {
         dialogs_.Message(std::string(stats_ui_texts::kBadSummaryCaption),

@@ -55,7 +55,7 @@ void SampleFrame::UpdateEnabled() {
     for (QLineEdit* e : {mean_, stdDev_, count_}) e->setEnabled(summary);
 }
 
-std::optional<SampleSpec> SampleFrame::Spec() const {
+std::optional<SampleSpec> SampleFrame::Chosen() const {
     SampleSpec sample;
     sample.fromArray = optArray_->isChecked();
     sample.arrayNumber = array_->currentIndex() + 1;
