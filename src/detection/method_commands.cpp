@@ -55,12 +55,18 @@ MethodRun MethodRunFor(Workspace& ws) {
     const MethodParameters& m = ws.settings.method;
     if (m.method == DetectionMethod::Template) return PrepareMethodRun(m, rec, dir);
     const std::string centreKey = NoiseKey(ws, "centre"), sdKey = NoiseKey(ws, "sd");
+    const std::string traceKey = NoiseKey(ws, "trace sd");
     auto c = ws.measuredOnce.find(centreKey), s = ws.measuredOnce.find(sdKey);
-    if (c != ws.measuredOnce.end() && s != ws.measuredOnce.end())
-        return MethodRun(m, rec.IntervalUs(), dir, {c->second, s->second});
+    auto t = ws.measuredOnce.find(traceKey);
+    if (c != ws.measuredOnce.end() && s != ws.measuredOnce.end() && t != ws.measuredOnce.end()) {
+        MethodRun run(m, rec.IntervalUs(), dir, {c->second, s->second});
+        run.traceNoiseSd = t->second;
+        return run;
+    }
     MethodRun run = PrepareMethodRun(m, rec, dir);
     ws.measuredOnce[centreKey] = run.noise.centre;
     ws.measuredOnce[sdKey] = run.noise.sd;
+    ws.measuredOnce[traceKey] = run.traceNoiseSd;
     return run;
 }
 

@@ -3,11 +3,31 @@
 #include <algorithm>
 #include <cmath>
 
+#include "detection/weak_detections.h"
 #include "recording/rounding.h"
 
 namespace vess {
 namespace {
 
+// Chosen on simulated events in recorded noise: weak crossings from 0.8 of
+// the threshold, kept when the fitted event is 2.2 noise SDs tall.
+constexpr double kWeakFraction = 0.8;
+constexpr double kWeakAmplitudeSds = 2.2;
+
+// The weak runs of z whose fitted kernel is tall enough, as indices into z
+// (their first point above the lower threshold); z begins at point from.
+std::vector<int64_t> ConfirmedWeakPoints(const MethodRun& run, const Recording& rec,
+                                         const std::vector<double>& z, int64_t from) {
+    std::vector<int64_t> points;
+    if (!(run.traceNoiseSd > 0) || !(run.weakFraction < 1)) return points;
+    const EventKernel kernel{run.params.riseTauMs, run.params.decayTauMs};
+    const int direction = run.filter.Direction();
+    for (const WeakRun& w : WeakRuns(z, run.weakFraction * run.threshold, run.threshold)) {
+        const double amplitude = FittedKernelAmplitude(rec, from + w.top, kernel, direction);
+        if (amplitude >= run.weakAmplitudeSds * run.traceNoiseSd) points.push_back(w.start);
+    }
+    return points;
+}
 
 }  // namespace
 
@@ -24,6 +44,9 @@ MethodRun::MethodRun(const MethodParameters& p, double intervalUs, int direction
         minSeparationPoints = std::max<int64_t>(
             minSeparationPoints, int64_t(std::lround((KernelPeakMs(k) + k.decayTauMs) / dtMs)));
         dipFraction = 0;
+    } else {
+        weakFraction = kWeakFraction;
+        weakAmplitudeSds = kWeakAmplitudeSds;
     }
     // The smoothing moves a crossing up to about two of its SDs before the
     // onset; the peak follows the onset by the kernel's peak time.
@@ -36,7 +59,10 @@ MethodRun::MethodRun(const MethodParameters& p, double intervalUs, int direction
 MethodRun PrepareMethodRun(const MethodParameters& params, const Recording& rec, int direction) {
     MethodRun run(params, rec.IntervalUs(), direction, {});
     if (params.method == DetectionMethod::Template) run.noise = {0, 1};
-    else run.noise = CriterionNoise(run.filter, rec);
+    else {
+        run.noise = CriterionNoise(run.filter, rec);
+        run.traceNoiseSd = TraceNoiseSd(rec);
+    }
     return run;
 }
 
@@ -102,8 +128,14 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
     const std::vector<double> c = run.filter.Compute(rec, from, count + 2 * look);
     std::vector<double> z(c.size());
     for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
+    std::vector<int64_t> points = DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction);
+    const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from);
+    if (!weak.empty()) {
+        points.insert(points.end(), weak.begin(), weak.end());
+        std::sort(points.begin(), points.end());
+    }
     std::vector<int64_t> out;
-    for (const int64_t p : DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction)) {
+    for (const int64_t p : points) {
         const int64_t at = from + p;
         if (at < first) continue;
         if (at >= first + count) {

@@ -29,6 +29,12 @@ struct MethodRun {
     double dipFraction = 0.92;
     int64_t peakWindowPoints = 0;  // the peak is sought this far after the detection point
     int64_t lookPoints = 0;        // criterion read around a stretch to find its detections
+    // Weak crossings (weak_detections.h), deconvolution only: from this
+    // fraction of the threshold, kept when the kernel fitted there is this
+    // many noise SDs of the recorded trace (traceNoiseSd, counts; 0: none kept).
+    double weakFraction = 1;
+    double weakAmplitudeSds = 0;
+    double traceNoiseSd = 0;
     // How far after a detection the next one bounds its peak and decay; a
     // detection has no later neighbour beyond it.
     int64_t FollowPoints() const { return lookPoints / 2; }

@@ -27,6 +27,7 @@ public:
     MethodFilter(const MethodParameters& params, double intervalUs, int direction);
 
     DetectionMethod Method() const { return method_; }
+    int Direction() const { return direction_; }
     // Points read before and after a stretch to compute it.
     int64_t Margin() const { return margin_; }
     // Length of the template (template method) in points.

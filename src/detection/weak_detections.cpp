@@ -1,0 +1,112 @@
+#include "detection/weak_detections.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "detection/method_filter.h"
+
+namespace vess {
+namespace {
+
+constexpr double kLeadMs = 3;         // fitted before the onset
+constexpr double kSearchMs = 3;       // onsets tried either side of the centre
+constexpr double kSearchStepMs = 0.1;
+constexpr double kDecaysFitted = 4;
+constexpr double kRunningMeanMs = 50;
+
+int64_t Points(double ms, double intervalUs) {
+    return std::max<int64_t>(int64_t(std::lround(ms * 1000 / intervalUs)), 1);
+}
+
+// The samples less their running mean over 2 half + 1 points, where whole.
+void AppendDetrended(const std::vector<int16_t>& x, int64_t half, std::vector<double>& out) {
+    std::vector<double> prefix(x.size() + 1, 0.0);
+    for (std::size_t i = 0; i < x.size(); ++i) prefix[i + 1] = prefix[i] + x[i];
+    for (int64_t i = half; i + half < int64_t(x.size()); ++i) {
+        const double mean =
+            (prefix[std::size_t(i + half + 1)] - prefix[std::size_t(i - half)]) / double(2 * half + 1);
+        out.push_back(x[std::size_t(i)] - mean);
+    }
+}
+
+}  // namespace
+
+std::vector<WeakRun> WeakRuns(const std::vector<double>& z, double low, double high) {
+    std::vector<WeakRun> runs;
+    const int64_t n = int64_t(z.size());
+    int64_t i = 0;
+    while (i < n && z[std::size_t(i)] > low) ++i;
+    while (i < n) {
+        if (!(z[std::size_t(i)] > low)) {
+            ++i;
+            continue;
+        }
+        WeakRun run{i, i};
+        while (i < n && z[std::size_t(i)] > low) {
+            if (z[std::size_t(i)] > z[std::size_t(run.top)]) run.top = i;
+            ++i;
+        }
+        if (i < n && z[std::size_t(run.top)] < high) runs.push_back(run);
+    }
+    return runs;
+}
+
+double FittedKernelAmplitude(const Recording& rec, int64_t centre, const EventKernel& kernel,
+                             int direction) {
+    const double intervalUs = rec.IntervalUs();
+    const int64_t lead = Points(kLeadMs, intervalUs), search = Points(kSearchMs, intervalUs);
+    const int64_t step = Points(kSearchStepMs, intervalUs);
+    const int64_t after = Points(KernelPeakMs(kernel) + kDecaysFitted * kernel.decayTauMs, intervalUs);
+    const std::vector<double> k = KernelSamples(kernel, intervalUs, after);
+    const int64_t n = lead + after;
+    double sK = 0, sKK = 0;
+    for (double v : k) {
+        sK += v;
+        sKK += v * v;
+    }
+    const double denom = sKK - sK * sK / double(n);
+    const int64_t first = centre - search - lead;
+    std::vector<int16_t> raw(std::size_t(2 * search + n));
+    rec.ReadSamples(first, raw);
+    double best = -INFINITY, amplitude = 0;
+    for (int64_t shift = 0; shift <= 2 * search; shift += step) {
+        double sY = 0, sYY = 0, sKY = 0;
+        for (int64_t i = 0; i < n; ++i) {
+            const double y = raw[std::size_t(shift + i)];
+            sY += y;
+            sYY += y * y;
+            if (i >= lead) sKY += k[std::size_t(i - lead)] * y;
+        }
+        const double scale = (sKY - sK * sY / double(n)) / denom;
+        const double sse = std::max(sYY - sY * sY / double(n) - scale * scale * denom, 1e-12);
+        const double se = std::sqrt(sse / double(n - 2) / denom);
+        const double criterion = direction * scale / se;
+        if (criterion > best) {
+            best = criterion;
+            amplitude = direction * scale;
+        }
+    }
+    return amplitude;
+}
+
+double TraceNoiseSd(const Recording& rec) {
+    const int64_t points = rec.PointsPerChannel();
+    const int64_t half = Points(kRunningMeanMs / 2, rec.IntervalUs());
+    const int64_t twoMinutes = int64_t(120e6 / rec.IntervalUs());
+    std::vector<double> values;
+    auto take = [&](int64_t first, int64_t count) {
+        std::vector<int16_t> x(std::size_t(std::max<int64_t>(count, 0)));
+        rec.ReadSamples(first, x);
+        AppendDetrended(x, half, values);
+    };
+    if (points <= twoMinutes) {
+        take(0, points);
+    } else {
+        const int64_t stretch = int64_t(3e6 / rec.IntervalUs());
+        constexpr int kStretches = 40;
+        for (int s = 0; s < kStretches; ++s) take((points - stretch) * s / (kStretches - 1), stretch);
+    }
+    return RobustNoise(std::move(values)).sd;
+}
+
+}  // namespace vess
