@@ -23,6 +23,12 @@ void Assign(GroupPlan& plan, EventRecord& e, int64_t group) {
     ++plan.counts[e.group];
 }
 
+// The sweep a point falls in: the last one starting at or before it.
+int64_t SweepOf(const std::vector<int64_t>& starts, int64_t point) {
+    const auto after = std::upper_bound(starts.begin(), starts.end(), point);
+    return std::max<int64_t>(after - starts.begin() - 1, 0);
+}
+
 }  // namespace
 
 GroupPlan PlanBursts(const EventTable& events, const BurstOptions& options) {
@@ -57,8 +63,8 @@ GroupPlan PlanEpisodic(const EventTable& events, const EpisodicOptions& options)
     for (auto& e : plan.records) {
         if (Rejected(e)) continue;
         int64_t episode = 0;
-        if (options.bySweep && options.sweepPoints > 0)
-            episode = e.sampleIndex / options.sweepPoints;
+        if (options.bySweep && !options.sweepStarts.empty())
+            episode = SweepOf(options.sweepStarts, e.sampleIndex);
         else if (!options.bySweep && options.windowMs > 0)
             episode = int64_t(std::floor(double(e.time) / options.windowMs));
         Assign(plan, e, options.firstGroup + episode);

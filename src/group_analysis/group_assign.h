@@ -26,7 +26,7 @@ struct BurstOptions {
 
 struct EpisodicOptions {
     bool bySweep = true;          // else by fixed time windows
-    int64_t sweepPoints = 0;      // points per sweep of one channel
+    std::vector<int64_t> sweepStarts;  // first point of each sweep (Recording::SweepStarts)
     double windowMs = 1000;
     int firstGroup = 1;
 };

@@ -6,13 +6,16 @@
 #include <fmt/format.h>
 
 #include "group_analysis/texts.h"
+#include "recording/data_array.h"
 #include "statistics/histogram.h"
+#include "statistics/texts.h"
 
 namespace vess::group {
 
 namespace {
 
 std::string Str(std::string_view s) { return std::string(s); }
+namespace st = vess::stats_texts;
 
 std::optional<double> AskNumber(Dialogs& dialogs, std::string_view caption, const std::string& prompt,
                                 const std::string& initial) {
@@ -36,15 +39,13 @@ std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& 
     return v;
 }
 
-std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
+std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values, const std::string& name,
                                                bool cumulative, Dialogs& dialogs) {
-    const auto values = ColumnValues(table, column);
     if (values.empty()) return std::nullopt;
-    const auto bin = AskNumber(dialogs, texts::kBinSizeCaption, texts::BinSizePrompt(Str(column.title)), "1");
+    const auto bin = AskNumber(dialogs, texts::kBinSizeCaption, texts::BinSizePrompt(name), "1");
     if (!bin || *bin <= 0) return std::nullopt;
     const HistogramPlot h = MakeHistogram(
-        cumulative ? HistogramKind::CumulativeBins : HistogramKind::Frequency, values, *bin,
-        Str(column.title), "");
+        cumulative ? HistogramKind::CumulativeBins : HistogramKind::Frequency, values, *bin, name, "");
     if (h.tooManyBins) {
         const auto [lo, hi] = std::minmax_element(values.begin(), values.end());
         dialogs.Message(Str(texts::kTooManyBinsCaption), texts::TooManyBinsText(*lo, *hi, *bin));
@@ -53,8 +54,22 @@ std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const 
     PlotData plot = h.plot;
     plot.title = Str(cumulative ? texts::kCumulativeFraction : texts::kFrequencyHistogram);
     plot.yAxis = plot.title;
-    plot.xAxis = Str(column.title);
+    plot.xAxis = name;
+    for (PlotSeries& s : plot.series) s.legend = name;
     return plot;
+}
+
+std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
+                                               bool cumulative, Dialogs& dialogs) {
+    return ValuesHistogramCommand(ColumnValues(table, column), Str(column.title), cumulative, dialogs);
+}
+
+std::optional<PlotData> DataArrayHistogramCommand(const DataArray& array, int arrayNumber, Dialogs& dialogs) {
+    if (array.Empty()) {
+        dialogs.Message(st::EmptyOneArrayCaption(arrayNumber), st::EmptyOneArrayText(arrayNumber));
+        return std::nullopt;
+    }
+    return ValuesHistogramCommand(array.ValuesAsDouble(), texts::DataArrayName(arrayNumber), false, dialogs);
 }
 
 std::optional<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,

@@ -13,14 +13,25 @@
 #include "recording/dialogs.h"
 #include "statistics/descriptive.h"
 
+namespace vess {
+class DataArray;
+}
+
 namespace vess::group {
 
 std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& column);
 
-// Asks the bin size and draws the column's frequency (or cumulative)
-// histogram; nothing when cancelled or refused by the bin rule.
+// The window's Histogram procedure: asks the bin size for name and draws the
+// values' frequency (or cumulative) histogram, its series called name;
+// nothing when there are no values, or cancelled, or refused by the bin rule.
+std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values, const std::string& name,
+                                               bool cumulative, Dialogs& dialogs);
+// The same for a results column.
 std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
                                                bool cumulative, Dialogs& dialogs);
+// menu_Plot: the frequency histogram of work array 1 or 2 ("Data Array #1"
+// or "#2"); an empty array gets the statistics' empty-array message.
+std::optional<PlotData> DataArrayHistogramCommand(const DataArray& array, int arrayNumber, Dialogs& dialogs);
 // Asks how many first points to normalise to (0: none) and plots the column
 // against "Event #", divided by the mean of those points.
 std::optional<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,

@@ -47,6 +47,9 @@ inline constexpr std::string_view kGroupAnalysisHeader = "Group Analysis: ";
 inline constexpr std::string_view kGroupHeader = " Group # ";
 inline constexpr std::string_view kTraceHeader = " Trace # ";
 inline constexpr std::string_view kCurveFitHeader = "Curve Fit";
+inline constexpr std::string_view kCurveDataCaption = "Curve Data";
+inline constexpr std::string_view kNoResultCurve =
+    "There is no curve to put out yet.  Extract a trace or fit one first.";
 // The line above a printed picture: "Group # " g, "Type: " type.
 inline constexpr std::string_view kPrintGroup = "Group # ";
 inline constexpr std::string_view kPrintType = "Type: ";
@@ -133,6 +136,8 @@ inline std::string TooManyBinsText(double min, double max, double bin) {
     return "Too many bins!  Data range from " + std::to_string(min) + " to " + std::to_string(max) +
            " in " + std::to_string(bin) + ".  Please readjust the bin size and try again.";
 }
+// menu_Plot's entries and the series they plot.
+inline std::string DataArrayName(int array) { return "Data Array #" + std::to_string(array); }
 inline constexpr std::string_view kNormalizeFirstCaption = "Number of points to normalize";
 inline constexpr std::string_view kNormalizeFirstPrompt =
     "Please enter number of first points to normalize.  Entering 0 will generate non-normalized plot.";

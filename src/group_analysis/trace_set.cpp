@@ -16,14 +16,6 @@ constexpr std::array<std::string_view, kAnalysisTypeCount> kTypeNames = {
     "Scaled Superimpose"};
 constexpr std::array<std::string_view, kAlignmentCount> kAlignmentNames = {"Peak", "Rise-time",
                                                                          "Rise 50"};
-// ABF 1 header fields of episodic recordings.
-constexpr std::size_t kActualEpisodes = 16, kNumSamplesPerEpisode = 138;
-
-int32_t HeaderInt(const Recording& rec, std::size_t offset) {
-    const auto& h = rec.HeaderBytes();
-    return h.size() >= offset + 4 ? le::Get<int32_t>(h, offset) : 0;
-}
-
 // Sizes the matrix and fills row 0 with the average of rows 1..N, each point
 // rounded to nearest with ties to even.
 void Average(TraceSet& set) {
@@ -143,19 +135,29 @@ TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
     return set;
 }
 
+std::vector<int64_t> SweepLengths(const Recording& rec) {
+    const auto& starts = rec.SweepStarts();
+    std::vector<int64_t> lengths;
+    for (std::size_t k = 0; k < starts.size(); ++k)
+        lengths.push_back((k + 1 < starts.size() ? starts[k + 1] : rec.PointsPerChannel()) - starts[k]);
+    return lengths;
+}
+
 TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& options) {
     const int channels = rec.ChannelCount();
-    const int32_t sweeps = HeaderInt(rec, kActualEpisodes);
-    const int32_t sweepSamples = HeaderInt(rec, kNumSamplesPerEpisode);  // all channels
-    if (sweeps < 1 || sweepSamples < 1) return Sized(rec, 0, 0);
-    const double blocks =
-        options.fullSweep ? double(sweepSamples) / channels / kBlockPoints : options.blocks;
+    const auto& starts = rec.SweepStarts();
+    const std::vector<int64_t> lengths = SweepLengths(rec);
+    const int64_t longest = lengths.empty() ? 0 : *std::max_element(lengths.begin(), lengths.end());
+    const auto sweeps = int32_t(std::min<std::size_t>(starts.size(), INT32_MAX - 1));
+    if (sweeps < 1 || longest < 1) return Sized(rec, 0, 0);
+    // A whole sweep per trace: the longest, so that every sweep is shown whole.
+    const double blocks = options.fullSweep ? double(longest) / kBlockPoints : options.blocks;
     TraceSet set = Sized(rec, sweeps, TracePoints(blocks));
     const auto L = std::size_t(set.length);
     for (int32_t t = 1; t <= sweeps; ++t) {
         set.eventIndex[std::size_t(t)] = t;
         std::span<int16_t> row(set.points.data() + std::size_t(t) * L, L);
-        ReadStretch(rec, int64_t(t - 1) * sweepSamples * 2, channels, rec.Channel(), row);
+        ReadStretch(rec, starts[std::size_t(t - 1)] * channels * 2, channels, rec.Channel(), row);
         if (!options.baselineAdjust || L == 0) continue;
         int64_t first = 0;
         const std::size_t n = std::min<std::size_t>(5, L);

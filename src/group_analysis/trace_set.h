@@ -66,7 +66,12 @@ int32_t TracePoints(double blocks);
 // Group source: the events of options.group in table order.
 TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
                             const AnalysisParameters& params, const TraceSetOptions& options);
-// Episodes source: one trace per sweep of the recording's shown channel.
+// Points of one channel in each sweep of the recording, in order; the whole
+// recording for gap-free data.
+std::vector<int64_t> SweepLengths(const Recording& rec);
+
+// Episodes source: one trace per sweep of the recording's shown channel,
+// from the sweep's first point.
 TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& options);
 TraceSet BuildTraceSet(const Recording& rec, const EventTable& events,
                        const AnalysisParameters& params, const TraceSetOptions& options);

@@ -137,12 +137,20 @@ TEST(GroupAssign, BurstsNumberTheirEventsAndGroupThem) {
 
 TEST(GroupAssign, EpisodesBySweepOrWindowSkipRejectedEvents) {
     const EventTable t = Events({0, 5, 10, 60, 63, 123, 127});
-    const GroupPlan sweeps = PlanEpisodic(t, {.bySweep = true, .sweepPoints = 500, .firstGroup = 2});
+    // Peaks at 0, 50, 100, 600, 630, 1230, 1270 points.
+    const GroupPlan sweeps = PlanEpisodic(t, {.bySweep = true, .sweepStarts = {0, 500, 1000}, .firstGroup = 2});
     EXPECT_EQ(sweeps.records[0].group, 2);
     EXPECT_EQ(sweeps.records[1].group, kGroupRejected);
     EXPECT_EQ(sweeps.records[3].group, 3);   // 600 points: sweep 1
     EXPECT_EQ(sweeps.records[6].group, 4);   // 1270 points: sweep 2
-    const GroupPlan windows = PlanEpisodic(t, {.bySweep = false, .windowMs = 100});
+    // Sweeps of their own lengths (0-629, 630-1249, 1250-): a peak on a
+    // sweep's first point belongs to that sweep.
+    const GroupPlan uneven = PlanEpisodic(t, {.bySweep = true, .sweepStarts = {0, 630, 1250}});
+    EXPECT_EQ(uneven.records[3].group, 1);
+    EXPECT_EQ(uneven.records[4].group, 2);
+    EXPECT_EQ(uneven.records[5].group, 2);
+    EXPECT_EQ(uneven.records[6].group, 3);
+    const GroupPlan windows = PlanEpisodic(t, {.bySweep = false, .sweepStarts = {}, .windowMs = 100});
     EXPECT_EQ(windows.counts.at(1), 4);
     EXPECT_EQ(windows.counts.at(2), 2);
     EXPECT_EQ(PreviewText(windows), "Group 1: 4 events\nGroup 2: 2 events\n");

@@ -11,7 +11,6 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
-#include "recording/le_bytes.h"
 #include "recording/workspace.h"
 
 namespace vess::group {
@@ -25,10 +24,9 @@ QSpinBox* Spin(int lo, int hi, int value) {
     return s;
 }
 
-// Points of one channel per sweep, from the ABF 1 header (all channels at 138).
-int64_t SweepPoints(const Workspace& ws) {
-    if (!ws.recording || ws.recording->HeaderBytes().size() < 142) return 0;
-    return le::Get<int32_t>(ws.recording->HeaderBytes(), 138) / ws.recording->ChannelCount();
+// Where the sweeps of the open recording start; none without a recording.
+std::vector<int64_t> SweepStarts(const Workspace& ws) {
+    return ws.recording ? ws.recording->SweepStarts() : std::vector<int64_t>{};
 }
 
 }  // namespace
@@ -71,7 +69,7 @@ GroupAssignDialog::GroupAssignDialog(Workspace& ws, GroupAssignMode mode, QWidge
     auto* episodes = new QWidget;
     auto* ef = new QFormLayout(episodes);
     bySweep_ = new QCheckBox(tr("By sweep"));
-    bySweep_->setChecked(SweepPoints(ws_) > 0);
+    bySweep_->setChecked(SweepStarts(ws_).size() > 1);
     window_ = new QDoubleSpinBox;
     window_->setRange(0.001, 1e9);
     window_->setValue(1000);
@@ -135,7 +133,7 @@ GroupPlan GroupAssignDialog::Plan() const {
             return PlanBursts(ws_.events, {maxInterval_->value(), minEvents_->value(),
                                            firstOnly_->isChecked(), burstGroup_->value()});
         case GroupAssignMode::Episodic:
-            return PlanEpisodic(ws_.events, {bySweep_->isChecked(), SweepPoints(ws_), window_->value(),
+            return PlanEpisodic(ws_.events, {bySweep_->isChecked(), SweepStarts(ws_), window_->value(),
                                              firstGroup_->value()});
         case GroupAssignMode::Random: break;
     }

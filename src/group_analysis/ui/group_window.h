@@ -8,11 +8,14 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/group_settings.h"
 #include "group_analysis/trace_set.h"
+#include "group_analysis/trace_text.h"
 
 class QCheckBox;
 class QComboBox;
@@ -54,6 +57,8 @@ public:
     void RemoveTrace();
     void RegroupTrace();
     void JumpToTrace();
+    // menu_trace_extract: the shown trace becomes the result curve.
+    void ExtractTrace();
     void RefreshGrid();
     void PrintResults();
     void PreviewResults();
@@ -71,6 +76,7 @@ public:
     QPlainTextEdit* Report() const { return report_; }
     QLabel* TraceLabel() const { return traceLabel_; }
     QAction* Action(const char* name) const { return actions_.at(name); }
+    const std::optional<ResultCurve>& Curve() const { return resultCurve_; }
 
 private:
     void BuildControls();
@@ -86,7 +92,14 @@ private:
     const ResultColumn* CurrentColumn() const;
     void PutColumn(int array);
     void ShowColumnStatistics();
-    void SaveTraceText(bool curve);
+    // The trace shown alone: trace 0 for the average types.
+    int32_t ShownTrace() const;
+    std::string RecordingName() const;
+    // Trace or curve data to the clipboard (through a temporary file) or
+    // into a text file.
+    void TraceDataOut(bool toClipboard);
+    void CurveDataOut(bool toClipboard);
+    void PlotDataArray(int array);
     void SavePicture();
     void RunFluctuation();
     void NotAvailable();
@@ -100,6 +113,7 @@ private:
     int displayedGroup_ = 1;
     bool fitting_ = false, stopRequested_ = false;
     std::vector<TraceFit> lastFits_;
+    std::optional<ResultCurve> resultCurve_;
     std::vector<ResultColumn> gridColumns_;
     std::map<std::string, QAction*> actions_;
     std::unique_ptr<QPrinter> printer_;

@@ -14,8 +14,6 @@
 #include <QRadioButton>
 #include <QTableWidget>
 
-#include <fmt/format.h>
-
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/grid_print.h"
 #include "group_analysis/fit_review.h"
@@ -28,7 +26,6 @@
 #include "group_analysis/ui/trace_picture.h"
 #include "group_analysis/ui/widget_out.h"
 #include "recording/file_io.h"
-#include "recording/texts.h"
 #include "recording/workspace.h"
 
 namespace vess::group {
@@ -36,6 +33,8 @@ namespace vess::group {
 namespace {
 std::string Str(std::string_view s) { return std::string(s); }
 QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
+// The temporary file trace and curve data pass through on the way to the clipboard.
+constexpr const char* kTraceTempFile = "TempTrace.txt";
 }  // namespace
 
 AnalysisType GroupAnalysisWindow::Type() const {
@@ -167,6 +166,10 @@ void GroupAnalysisWindow::StartFitting() {
         if (stopped) break;
     }
     report_->setPlainText(QString::fromStdString(report));
+    if (!lastFits_.empty()) {
+        const TraceFit& last = lastFits_.back();
+        resultCurve_ = FittedCurve(set_, last.from, last.curve, CurveFitHeader(displayedGroup_, last.trace));
+    }
     fit_->setText(Q(texts::kStartFitting));
     fitting_ = false;
     RefreshGrid();
@@ -210,38 +213,33 @@ void GroupAnalysisWindow::ShowColumnStatistics() {
                      ColumnStatisticsText(ResultColumnStatistics(ws_.results)));
 }
 
-void GroupAnalysisWindow::SaveTraceText(bool curve) {
+int32_t GroupAnalysisWindow::ShownTrace() const { return IsAverageType(Type()) ? 0 : current_; }
+
+std::string GroupAnalysisWindow::RecordingName() const {
+    return ws_.recording ? ws_.recording->FileName() : std::string();
+}
+
+void GroupAnalysisWindow::ExtractTrace() {
     if (set_.Empty()) return;
-    int32_t t = current_;
-    if (!curve) {
-        const auto which = dialogs_.Input(Str(texts::kCopyTraceCaption), texts::CopyTracePrompt(set_.count), "0");
-        if (!which || which->empty()) return;
-        t = std::clamp(QString::fromStdString(*which).toInt(), 0, set_.count);
-    }
-    const auto factor = dialogs_.Input(Str(texts::kNormalizeCaption), Str(texts::kNormalizePrompt), "1");
-    if (!factor || factor->empty()) return;
-    const double by = QString::fromStdString(*factor).toDouble() == 0 ? 1 : QString::fromStdString(*factor).toDouble();
-    const auto name = dialogs_.SaveFile({"", Str(texts::kTextFileFilter), Str(texts::kTextFileExtension), ""});
-    if (!name || name->empty()) return;
-    const auto path = WithDefaultExtension(*name, texts::kTextFileExtension);
-    if (std::filesystem::exists(path) &&
-        !dialogs_.AskYesNo(Str(vess::texts::kReplaceFileCaption), Str(vess::texts::kReplaceFileText)))
-        return;
-    std::string text = (curve ? Str(texts::kCurveFitHeader) : Str(texts::kGroupAnalysisHeader) +
-                        (ws_.recording ? ws_.recording->FileName() : "")) +
-                       Str(texts::kGroupHeader) + std::to_string(displayedGroup_) +
-                       Str(texts::kTraceHeader) + std::to_string(t) + "\r\n";
-    text += Str(texts::kTimeColumn) + "\tAmplitude (" + scale_.units + ")\r\n";
-    if (curve && !lastFits_.empty()) {
-        const TraceFit& f = lastFits_.back();
-        for (std::size_t k = 0; k < f.curve.size(); ++k)
-            text += fmt::format("{:.4f}\t{:.4f}\r\n", set_.TimeMs(f.from + int32_t(k)), f.curve[k] / by);
-    } else {
-        const auto row = set_.Row(t);
-        for (int32_t j = 0; j < set_.length; ++j)
-            text += fmt::format("{:.4f}\t{:.4f}\r\n", set_.TimeMs(j), scale_.Level(row[std::size_t(j)]) / by);
-    }
-    WriteFileAtomic(path, text);
+    resultCurve_ = TraceCurve(set_, scale_, ShownTrace(), GroupAnalysisHeader(RecordingName(), displayedGroup_));
+}
+
+void GroupAnalysisWindow::TraceDataOut(bool toClipboard) {
+    const auto text = TraceDataText(set_, scale_, RecordingName(), displayedGroup_, dialogs_);
+    if (!text) return;
+    if (toClipboard) CopyTextThroughFile(*text, kTraceTempFile);
+    else SaveTextFileCommand(*text, dialogs_);
+}
+
+void GroupAnalysisWindow::CurveDataOut(bool toClipboard) {
+    const auto text = CurveDataText(resultCurve_, scale_.units, dialogs_);
+    if (!text) return;
+    if (toClipboard) CopyTextThroughFile(*text, kTraceTempFile);
+    else SaveTextFileCommand(*text, dialogs_);
+}
+
+void GroupAnalysisWindow::PlotDataArray(int array) {
+    if (auto plot = DataArrayHistogramCommand(ws_.Array(array), array, dialogs_)) ShowPlot(*plot);
 }
 
 void GroupAnalysisWindow::SavePicture() {
@@ -327,8 +325,8 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(file, "menu_SaveResults", tr("&Save Results..."), [this] { SaveResultsCommand(ws_.results, dialogs_); });
     AddAction(file, "menu_LoadResults", tr("&Load Results..."), [this, done] { LoadResultsCommand(ws_.results, dialogs_); done(); });
     AddAction(file, "menu_copyasciifile", tr("Save Results as &Text..."), [this] { SaveResultsAsciiCommand(ws_.results, dialogs_); });
-    AddAction(file, "menu_saveascii", tr("Save Trace &Data..."), [this] { SaveTraceText(false); });
-    AddAction(file, "menu_savecurvedata", tr("Save &Curve Data..."), [this] { SaveTraceText(true); });
+    AddAction(file, "menu_saveascii", tr("Save Trace &Data..."), [this] { TraceDataOut(false); });
+    AddAction(file, "menu_savecurvedata", tr("Save &Curve Data..."), [this] { CurveDataOut(false); });
     AddAction(file, "menu_saveBMP", tr("Save &Picture (PNG, SVG, PDF)..."), [this] { SavePicture(); });
     file->addSeparator();
     AddAction(file, "menu_SaveSettings", tr("Save Settings"), [this] { ReadControls(); SaveGroupSettingsCommand(ws_.iniPath, settings_, dialogs_); });
@@ -340,9 +338,9 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(trace, "menu_DisplayTrace", tr("&Start Display"), [this] { StartDisplay(); });
     AddAction(trace, "menu_trace_remove", tr("&Remove Trace"), [this] { RemoveTrace(); });
     AddAction(trace, "menu_trace_regroup", tr("Re&group Trace"), [this] { RegroupTrace(); });
-    AddAction(trace, "menu_trace_extract", tr("E&xtract Trace"), [this] { SaveTraceText(false); });
-    AddAction(trace, "menu_copydata", tr("&Copy Trace Data"), [this] { SaveTraceText(false); });
-    AddAction(trace, "menu_extractcurvedata", tr("Copy C&urve Data"), [this] { SaveTraceText(true); });
+    AddAction(trace, "menu_trace_extract", tr("E&xtract Trace"), [this] { ExtractTrace(); });
+    AddAction(trace, "menu_copydata", tr("&Copy Trace Data"), [this] { TraceDataOut(true); });
+    AddAction(trace, "menu_extractcurvedata", tr("Copy C&urve Data"), [this] { CurveDataOut(true); });
     AddAction(trace, "menu_copybmp", tr("Copy &Picture"), [this] { CopyWidget(picture_); });
     AddAction(trace, "menu_CopyMeta", tr("Copy Picture as &SVG"), [this] {
         picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
@@ -384,6 +382,12 @@ void GroupAnalysisWindow::BuildMenus() {
             ShowPlot(ScatterPlot(ws_.results, gridColumns_[std::size_t(c)], gridColumns_[std::size_t(c + 1)],
                                  c + 2 < int(gridColumns_.size()) ? std::optional(gridColumns_[std::size_t(c + 2)]) : std::nullopt));
     });
+
+    QMenu* plotArray = results->addMenu(tr("&Plot"));
+    plotArray->menuAction()->setObjectName("menu_Plot");
+    for (int array : {1, 2})
+        AddAction(plotArray, array == 1 ? "menu_Plot_1" : "menu_Plot_2", Q(texts::DataArrayName(array)),
+                  [this, array] { PlotDataArray(array); });
 
     QMenu* analysis = menuBar()->addMenu(tr("&Analysis"));
     AddAction(analysis, "menu_StartFitting", tr("Start &Fitting"), [this] { StartFitting(); });

@@ -11,6 +11,8 @@ namespace vess::group {
 
 namespace {
 constexpr int kMargin = 40;
+// How near (pixels) a right click must come to a trace to pick it.
+constexpr double kPickPixels = 6;
 
 // The 1, 2 or 5 times a power of ten nearest below span / 4.
 double RoundBar(double span) {
@@ -42,7 +44,12 @@ void TracePicture::SetTraces(const TraceSet* set, const UnitScale& scale) {
     curve_.clear();
     update();
 }
-void TracePicture::ShowTrace(int32_t trace) { trace_ = trace; all_ = false; update(); }
+void TracePicture::ShowTrace(int32_t trace) {
+    if (trace != trace_ || all_) highlighted_ = -1;
+    trace_ = trace;
+    all_ = false;
+    update();
+}
 void TracePicture::ShowAll() { all_ = true; update(); }
 void TracePicture::SetDecimation(int everyPoints) { every_ = std::max(everyPoints, 1); update(); }
 void TracePicture::SetGainOffset(double gain, double offset) {
@@ -69,6 +76,11 @@ double TracePicture::ValueAt(int32_t point) const {
     return scale_.Level(set_->Row(all_ ? 0 : trace_)[std::size_t(point)]);
 }
 
+QPointF TracePicture::PixelOf(int32_t t, int32_t point) const {
+    if (!set_ || t < 0 || t > set_->count || point < 0 || point >= set_->length) return {};
+    return {XOf(point), YOf(scale_.Level(set_->Row(t)[std::size_t(point)]))};
+}
+
 double TracePicture::XOf(int32_t point) const {
     const int32_t n = set_ ? std::max(set_->length - 1, 1) : 1;
     return kMargin + double(width() - 2 * kMargin) * point / n;
@@ -93,8 +105,10 @@ std::pair<double, double> TracePicture::YRange() const {
     return {mid - half, mid + half};
 }
 
-double TracePicture::YOf(double units) const {
-    const auto [lo, hi] = YRange();
+double TracePicture::YOf(double units) const { return YOf(units, YRange()); }
+
+double TracePicture::YOf(double units, std::pair<double, double> range) const {
+    const auto [lo, hi] = range;
     return height() - kMargin / 2.0 - (units - lo) / (hi - lo) * (height() - kMargin);
 }
 
@@ -104,7 +118,8 @@ void TracePicture::paintEvent(QPaintEvent*) {
     p.setPen(QColor(90, 90, 90));
     p.drawRect(kMargin, kMargin / 2, width() - 2 * kMargin, height() - kMargin);
     if (!set_ || set_->Empty() || set_->length < 1) return;
-    const auto [lo, hi] = YRange();
+    const auto range = YRange();
+    const auto [lo, hi] = range;
     p.setPen(Qt::lightGray);
     p.drawText(2, kMargin / 2 + 12, QString::number(hi, 'f', 1));
     p.drawText(2, height() - kMargin / 2, QString::number(lo, 'f', 1));
@@ -114,7 +129,7 @@ void TracePicture::paintEvent(QPaintEvent*) {
         QPainterPath path;
         const auto row = set_->Row(t);
         for (int32_t j = 0; j < set_->length; j += every_) {
-            const QPointF pt(XOf(j), YOf(scale_.Level(row[std::size_t(j)])));
+            const QPointF pt(XOf(j), YOf(scale_.Level(row[std::size_t(j)]), range));
             if (j == 0) path.moveTo(pt);
             else path.lineTo(pt);
         }
@@ -123,14 +138,18 @@ void TracePicture::paintEvent(QPaintEvent*) {
     };
     if (all_) {
         for (int32_t t = 1; t <= set_->count; ++t)
-            drawRow(t, t == highlighted_ ? QColor(Qt::yellow) : QColor(80, 160, 255));
+            if (t != highlighted_) drawRow(t, QColor(80, 160, 255));
+        // The highlighted trace over the others.
+        if (highlighted_ >= 1 && highlighted_ <= set_->count) drawRow(highlighted_, QColor(Qt::yellow));
     } else {
-        drawRow(trace_, trace_ == 0 ? QColor(Qt::white) : QColor(80, 200, 255));
+        drawRow(trace_, trace_ == highlighted_ ? QColor(Qt::yellow)
+                        : trace_ == 0         ? QColor(Qt::white)
+                                              : QColor(80, 200, 255));
     }
     if (!curve_.empty()) {
         QPainterPath path;
         for (std::size_t k = 0; k < curve_.size(); ++k) {
-            const QPointF pt(XOf(curveFrom_ + int32_t(k)), YOf(curve_[k]));
+            const QPointF pt(XOf(curveFrom_ + int32_t(k)), YOf(curve_[k], range));
             if (k == 0) path.moveTo(pt);
             else path.lineTo(pt);
         }
@@ -157,21 +176,35 @@ void TracePicture::DrawScaleBars(QPainter& p) const {
     p.drawText(QPointF(corner.x() - 70, top.y() + 12), QString("%1 %2").arg(units).arg(QString::fromStdString(scale_.units)));
 }
 
+double TracePicture::DistanceToRow(int32_t t, QPointF at) const {
+    // The drawn points within a few pixels either side of the click.
+    const int32_t from = std::max(PointOf(at.x() - kPickPixels), 0);
+    const int32_t to = std::min(PointOf(at.x() + kPickPixels), set_->length - 1);
+    const auto row = set_->Row(t);
+    const auto range = YRange();
+    double best = 1e300;
+    for (int32_t j = from; j <= to; ++j)
+        best = std::min(best, std::fabs(YOf(scale_.Level(row[std::size_t(j)]), range) - at.y()));
+    return best;
+}
+
 void TracePicture::mousePressEvent(QMouseEvent* e) {
     if (!set_ || set_->Empty()) return;
     const int32_t point = PointOf(e->position().x());
-    if (e->button() == Qt::RightButton && all_) {
-        // The trace nearest the click at that point.
-        int32_t best = 1;
-        double bestDistance = 1e300;
-        for (int32_t t = 1; t <= set_->count; ++t) {
-            const double d = std::fabs(
-                YOf(scale_.Level(set_->Row(t)[std::size_t(std::clamp(point, 0, set_->length - 1))])) -
-                e->position().y());
-            if (d < bestDistance) bestDistance = d, best = t;
+    if (e->button() == Qt::RightButton) {
+        int32_t chosen = -1;
+        if (all_) {
+            // The trace nearest the click.
+            double bestDistance = 1e300;
+            for (int32_t t = 1; t <= set_->count; ++t) {
+                const double d = DistanceToRow(t, e->position());
+                if (d < bestDistance) bestDistance = d, chosen = t;
+            }
+        } else if (DistanceToRow(trace_, e->position()) <= kPickPixels) {
+            chosen = trace_;
         }
-        SetHighlighted(best);
-        emit TraceHighlighted(best);
+        SetHighlighted(chosen);
+        if (chosen >= 0) emit TraceHighlighted(chosen);
         return;
     }
     const bool second = e->button() == Qt::MiddleButton || (e->modifiers() & Qt::ShiftModifier);

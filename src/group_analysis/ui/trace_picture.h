@@ -28,7 +28,12 @@ public:
     void SetGainOffset(double gain, double offset);
     void SetCurve(int32_t fromPoint, std::vector<double> values);
     void ClearCurve();
+    // The trace drawn in the highlight colour (-1: none). A right click picks
+    // the trace nearest it in the superimposed display, or the shown trace
+    // when it comes near it; elsewhere it clears the highlight, as does
+    // showing another trace.
     void SetHighlighted(int32_t trace) { highlighted_ = trace; update(); }
+    int32_t Highlighted() const { return highlighted_; }
     // Time and amplitude bars in the lower right corner, for exported pictures.
     void SetScaleBars(bool on) { scaleBars_ = on; update(); }
 
@@ -36,6 +41,8 @@ public:
     // shift click).
     int32_t Cursor(int which) const { return cursor_[which]; }
     void SetCursor(int which, int32_t point);
+    // Where point j of row t is drawn, in pixels of the picture.
+    QPointF PixelOf(int32_t t, int32_t point) const;
     // y of the shown trace at a cursor, in units.
     double ValueAt(int32_t point) const;
 
@@ -51,6 +58,9 @@ private:
     double XOf(int32_t point) const;
     int32_t PointOf(double x) const;
     double YOf(double units) const;
+    double YOf(double units, std::pair<double, double> range) const;
+    // Pixels from a point to the nearest drawn point of row t around it.
+    double DistanceToRow(int32_t t, QPointF at) const;
     std::pair<double, double> YRange() const;
     void DrawScaleBars(QPainter& p) const;
 
