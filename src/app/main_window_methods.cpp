@@ -61,24 +61,30 @@ void MainWindow::OnLearnKernel() {
     RefreshAll();
 }
 
+// The check runs on its own thread over a copy of the channel's first
+// minutes: the main window stays usable, and the table and plot come when it
+// ends. Asked again while one runs, the window is only raised.
 void MainWindow::OnCheckAccuracy() {
     if (NonStopRunning()) return;
     if (!ws_.recording) {
         dialogs_.Message(method_texts::kCheckCaption, method_texts::kNoRecording);
         return;
     }
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const AccuracyReport report = CheckAccuracy(ws_, AccuracyOptions{});
-    QApplication::restoreOverrideCursor();
-    if (!report.ok) {
-        dialogs_.Message(method_texts::kCheckCaption, report.problem);
-        return;
+    if (!accuracyWindow_) {
+        accuracyWindow_ = new AccuracyWindow(this);
+        connect(accuracyWindow_, &AccuracyWindow::Finished, this,
+                [this](const AccuracyReport& report) { ShowPlot(AccuracyPlot(report)); });
     }
-    if (!accuracyWindow_) accuracyWindow_ = new AccuracyWindow(this);
-    accuracyWindow_->Show(report);
+    if (!accuracyWindow_->Running()) {
+        AccuracyInput input = PrepareAccuracyCheck(ws_, AccuracyOptions{});
+        if (!input.problem.empty()) {
+            dialogs_.Message(method_texts::kCheckCaption, input.problem);
+            return;
+        }
+        accuracyWindow_->Start(std::move(input));
+    }
     accuracyWindow_->show();
     accuracyWindow_->raise();
-    ShowPlot(AccuracyPlot(report));
 }
 
 void MainWindow::OnRemoveNearDuplicates() {

@@ -21,8 +21,8 @@ struct Added {
     double amplitudeCounts;
 };
 
-// A recording in memory holding samples with the channel's units and scaling.
-std::unique_ptr<Recording> InMemory(const Recording& rec, const std::vector<int16_t>& samples) {
+// The format of the chosen channel, as a single-channel file.
+AbfWriteSpec ChannelFormat(const Recording& rec) {
     AbfWriteSpec writeSpec;
     writeSpec.intervalUs = rec.IntervalUs();
     writeSpec.adcRange = rec.Header().adcRange;
@@ -34,18 +34,30 @@ std::unique_ptr<Recording> InMemory(const Recording& rec, const std::vector<int1
     ch.instrumentScaleFactor = rec.Gain();
     ch.signalOffset = rec.Offset();
     writeSpec.channels = {ch};
-    std::vector<uint8_t> bytes;
-    if (!BuildAbfFile(writeSpec, samples, bytes).empty()) return nullptr;
-    AbfError error = AbfError::None;
-    return Recording::FromBytes(std::move(bytes), rec.Path().filename(), &error);
+    return writeSpec;
 }
 
-std::vector<double> DetectedPeaks(const Workspace& base, std::unique_ptr<Recording> copy) {
+// A recording in memory holding samples in the channel's format.
+std::unique_ptr<Recording> InMemory(const AccuracyInput& in, const std::vector<int16_t>& samples) {
+    std::vector<uint8_t> bytes;
+    if (!BuildAbfFile(in.format, samples, bytes).empty()) return nullptr;
+    AbfError error = AbfError::None;
+    return Recording::FromBytes(std::move(bytes), in.name, &error);
+}
+
+// The peaks detected on a copy, the progress going from one share to another
+// as the screens are done. Stops early when the run is cancelled.
+std::vector<double> DetectedPeaks(const Settings& settings, std::unique_ptr<Recording> copy,
+                                  const AccuracyControl& control, double from, double to) {
     Workspace ws;
-    ws.settings = base.settings;
+    ws.settings = settings;
     ws.recording = std::move(copy);
     ScriptedDialogs quiet;
-    DetectWholeFile(ws, quiet);
+    DetectWholeFile(ws, quiet, [&](const NonStopAnalysis::Progress& p) {
+        const double share = p.screensTotal > 0 ? double(p.screensDone) / double(p.screensTotal) : 1.0;
+        control.Report(from + (to - from) * std::clamp(share, 0.0, 1.0));
+        return !control.Cancelled();
+    });
     std::vector<double> peaks;
     for (const EventRecord& e : ws.events.Records()) peaks.push_back(double(e.sampleIndex));
     return peaks;
@@ -73,46 +85,11 @@ std::vector<Added> PlaceEvents(int64_t points, int64_t spacing, int count, doubl
     return out;
 }
 
-}  // namespace
-
-AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o) {
-    AccuracyReport r;
-    if (!ws.recording) {
-        r.problem = "no recording is open";
-        return r;
-    }
-    const Recording& rec = *ws.recording;
-    const double intervalUs = rec.IntervalUs();
-    const int64_t n = std::min<int64_t>(rec.PointsPerChannel(), int64_t(o.maxSeconds * 1e6 / intervalUs));
-    const MethodParameters& m = ws.settings.method;
-    const EventKernel kernel{m.riseTauMs, m.decayTauMs};
-    // Events are spaced by the kernel's peak time and three decay constants.
-    const int64_t spacing = std::max<int64_t>(
-        int64_t((KernelPeakMs(kernel) + 3 * kernel.decayTauMs) * 1000 / intervalUs), 8);
-    if (n < 4 * spacing) {
-        r.problem = "the recording is too short for the check";
-        return r;
-    }
-    std::vector<int16_t> x(static_cast<std::size_t>(n));
-    rec.ReadSamples(0, x);
-    const double countUnits = std::abs(double(rec.Bit2pA2(1)));
-    const double sdCounts = RecordingNoiseSdCounts(x, intervalUs, {}, kernel.decayTauMs);
-    r.noiseSdUnits = sdCounts * countUnits;
-    r.units = rec.Units();
-    r.seconds = double(n) * intervalUs / 1e6;
-    const int dir = ws.params().PeakDirection > 0 ? 1 : -1;
-    const std::vector<Added> added =
-        PlaceEvents(n, spacing, o.events, o.lowSds * sdCounts, o.highSds * sdCounts, o.seed);
-    std::vector<int16_t> copy = x;
-    const int64_t length = 2 * spacing;
-    const std::vector<double> shape = KernelSamples(kernel, intervalUs, length);
-    for (const Added& a : added)
-        for (int64_t i = 0; i < length && a.onset + i < n; ++i) {
-            const std::size_t at = std::size_t(a.onset + i);
-            copy[at] = Clamp16(RoundEven(copy[at] + dir * a.amplitudeCounts * shape[std::size_t(i)]));
-        }
-    const std::vector<double> before = DetectedPeaks(ws, InMemory(rec, x));
-    const std::vector<double> after = DetectedPeaks(ws, InMemory(rec, copy));
+// Recall and false detections per amplitude bin, from the peaks detected on
+// the unchanged stretch (before) and on the copy with the added events (after).
+void Tally(const std::vector<Added>& added, const std::vector<double>& before,
+           const std::vector<double>& after, double sdCounts, double countUnits, double intervalUs,
+           const AccuracyOptions& o, AccuracyReport& r) {
     r.originalEvents = int(before.size());
     r.added = int(added.size());
     // Bins evenly on the logarithmic amplitude scale.
@@ -159,8 +136,87 @@ AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o) {
             r.recall90Units = b.lowUnits;
             break;
         }
+}
+
+// Events are spaced by the kernel's peak time and three decay constants.
+int64_t EventSpacing(const MethodParameters& m, double intervalUs) {
+    const EventKernel kernel{m.riseTauMs, m.decayTauMs};
+    return std::max<int64_t>(int64_t((KernelPeakMs(kernel) + 3 * kernel.decayTauMs) * 1000 / intervalUs), 8);
+}
+
+AccuracyReport Stopped() {
+    AccuracyReport r;
+    r.cancelled = true;
+    r.problem = "the check was stopped";
+    return r;
+}
+
+}  // namespace
+
+AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o) {
+    AccuracyInput in;
+    if (!ws.recording) {
+        in.problem = "no recording is open";
+        return in;
+    }
+    const Recording& rec = *ws.recording;
+    const int64_t n =
+        std::min<int64_t>(rec.PointsPerChannel(), int64_t(o.maxSeconds * 1e6 / rec.IntervalUs()));
+    if (n < 4 * EventSpacing(ws.settings.method, rec.IntervalUs())) {
+        in.problem = "the recording is too short for the check";
+        return in;
+    }
+    in.options = o;
+    in.settings = ws.settings;
+    in.samples.resize(static_cast<std::size_t>(n));
+    rec.ReadSamples(0, in.samples);
+    in.format = ChannelFormat(rec);
+    in.countUnits = std::abs(double(rec.Bit2pA2(1)));
+    in.name = rec.Path().filename();
+    return in;
+}
+
+AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& control) {
+    AccuracyReport r;
+    if (!in.problem.empty()) {
+        r.problem = in.problem;
+        return r;
+    }
+    if (control.Cancelled()) return Stopped();
+    const AccuracyOptions& o = in.options;
+    const std::vector<int16_t>& x = in.samples;
+    const int64_t n = int64_t(x.size());
+    const double intervalUs = in.format.intervalUs;
+    const MethodParameters& m = in.settings.method;
+    const EventKernel kernel{m.riseTauMs, m.decayTauMs};
+    const int64_t spacing = EventSpacing(m, intervalUs);
+    const double sdCounts = RecordingNoiseSdCounts(x, intervalUs, {}, kernel.decayTauMs);
+    r.noiseSdUnits = sdCounts * in.countUnits;
+    r.units = in.format.channels.front().units;
+    r.seconds = double(n) * intervalUs / 1e6;
+    const int dir = in.settings.analysis.PeakDirection > 0 ? 1 : -1;
+    const std::vector<Added> added =
+        PlaceEvents(n, spacing, o.events, o.lowSds * sdCounts, o.highSds * sdCounts, o.seed);
+    std::vector<int16_t> copy = x;
+    const int64_t length = 2 * spacing;
+    const std::vector<double> shape = KernelSamples(kernel, intervalUs, length);
+    for (const Added& a : added)
+        for (int64_t i = 0; i < length && a.onset + i < n; ++i) {
+            const std::size_t at = std::size_t(a.onset + i);
+            copy[at] = Clamp16(RoundEven(copy[at] + dir * a.amplitudeCounts * shape[std::size_t(i)]));
+        }
+    control.Report(0);
+    const std::vector<double> before = DetectedPeaks(in.settings, InMemory(in, x), control, 0, 0.5);
+    if (control.Cancelled()) return Stopped();
+    const std::vector<double> after = DetectedPeaks(in.settings, InMemory(in, copy), control, 0.5, 1);
+    if (control.Cancelled()) return Stopped();
+    Tally(added, before, after, sdCounts, in.countUnits, intervalUs, o, r);
     r.ok = true;
     return r;
+}
+
+AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o, const AccuracyControl& control) {
+    return RunAccuracyCheck(PrepareAccuracyCheck(ws, o), control);
 }
 
 std::string AccuracyTable(const AccuracyReport& r) {

@@ -5,12 +5,16 @@
 // recording itself is not changed.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "graphs/plot_data.h"
+#include "recording/abf_writer.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -35,6 +39,7 @@ struct AccuracyBin {
 
 struct AccuracyReport {
     bool ok = false;
+    bool cancelled = false;      // stopped on request before its end
     std::string problem;
     double seconds = 0;          // length of the stretch
     double noiseSdUnits = 0;
@@ -46,7 +51,36 @@ struct AccuracyReport {
     std::optional<double> recall90Units;  // smallest amplitude where recall reaches 90 %
 };
 
-AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& options);
+// What a check works on, copied from the workspace: the stretch of the
+// channel, its format and the settings. A run needs nothing else, so it can
+// go on while the workspace is used (on another thread).
+struct AccuracyInput {
+    std::string problem;          // why the check cannot run; "" when it can
+    AccuracyOptions options;
+    Settings settings;
+    std::vector<int16_t> samples;
+    AbfWriteSpec format;          // the channel's units and scaling
+    double countUnits = 1;        // units of one count
+    std::filesystem::path name;
+};
+
+// Progress and stopping of a run. progress is called with the share done,
+// 0 to 1, on the thread of the run; the run returns a cancelled report soon
+// after cancel is set.
+struct AccuracyControl {
+    std::function<void(double)> progress;
+    const std::atomic<bool>* cancel = nullptr;
+    bool Cancelled() const { return cancel && cancel->load(); }
+    void Report(double done) const {
+        if (progress) progress(done);
+    }
+};
+
+AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& options);
+AccuracyReport RunAccuracyCheck(const AccuracyInput& input, const AccuracyControl& control = {});
+// Both in one go.
+AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& options,
+                             const AccuracyControl& control = {});
 
 std::string AccuracyTable(const AccuracyReport& report);
 PlotData AccuracyPlot(const AccuracyReport& report);

@@ -23,6 +23,9 @@ inline constexpr const char* kKernelTooFewEvents =
 inline constexpr const char* kKernelFitFailed =
     "The average of the accepted events could not be fitted with a rise and a decay.";
 inline constexpr const char* kCheckRunning = "Checking detection accuracy...";
+inline constexpr const char* kCheckStop = "Stop";
+inline constexpr const char* kCheckStopping = "Stopping...";
+inline constexpr const char* kCheckStopped = "Stopped before the end; the table is that of the last finished check.";
 inline constexpr const char* kNearDuplicatesLabel = "Remove near duplicates";
 
 }  // namespace vess::method_texts

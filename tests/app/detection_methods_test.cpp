@@ -4,6 +4,8 @@
 // reach stopped before detection.
 #include <QComboBox>
 #include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QTableWidget>
 
 #include "app/gui_fixture.h"
@@ -55,6 +57,8 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
     const QString kernel = window->findChild<QLabel*>("lbKernel")->text();
     EXPECT_TRUE(kernel.contains(QString::number(ws.settings.method.decayTauMs, 'g', 3))) << kernel.toStdString();
 
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     window->Trace()->setFocus();
     AnalyseUntilEvents(3);
     Snapshot("method_deconvolution");
@@ -87,7 +91,18 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndPlot) {
     Trigger("menu_CheckAccuracy");
     auto* check = window->findChild<AccuracyWindow*>("frmAccuracy");
     ASSERT_NE(check, nullptr);
-    ASSERT_TRUE(WaitFor([&] { return check->isVisible(); }));
+    // The check runs on its own thread: the window shows at once with the
+    // progress bar and the Stop button, the table when the check ends.
+    EXPECT_TRUE(check->isVisible());
+    EXPECT_TRUE(check->Running());
+    EXPECT_TRUE(check->Progress()->isVisible());
+    EXPECT_TRUE(check->StopButton()->isVisible());
+    EXPECT_EQ(check->Status(), method_texts::kCheckRunning);
+    EXPECT_EQ(check->Table()->rowCount(), 0);
+    check->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/accuracy_check_running.png");
+    ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
+    EXPECT_FALSE(check->Progress()->isVisible());
+    EXPECT_FALSE(check->StopButton()->isVisible());
     const QTableWidget* table = check->Table();
     ASSERT_EQ(table->rowCount(), AccuracyOptions{}.bins);
     // Recall rises from the smallest bin (half a noise SD) to the largest
@@ -105,6 +120,63 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndPlot) {
     EXPECT_EQ(plot.title, "Detection accuracy");
     ASSERT_EQ(int(plot.series.at(0).y.size()), table->rowCount());
     EXPECT_DOUBLE_EQ(plot.series[0].y.back(), recall(table->rowCount() - 1));
+    CloseGraphFrame();
+}
+
+// Stopped, closed or left behind by the main window mid-run, a check ends
+// without a table of its own: the window keeps the last finished check and
+// can run the next one.
+TEST_F(MethodGuiTest, AccuracyCheckStopsCleanly) {
+    OpenSample();
+    ChooseDeconvolution();
+    Trigger("menu_SuggestFromRecording");
+    Trigger("menu_CheckAccuracy");
+    auto* check = window->findChild<AccuracyWindow*>("frmAccuracy");
+    ASSERT_NE(check, nullptr);
+    ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
+    const QString finished = check->Summary();
+    const int rows = check->Table()->rowCount();
+    ASSERT_GT(rows, 0);
+    const QString topRecall = check->Table()->item(rows - 1, 4)->text();
+
+    // Stop: asked while it runs, the check ends as stopped.
+    Trigger("menu_CheckAccuracy");
+    ASSERT_TRUE(check->Running());
+    QTest::mouseClick(check->StopButton(), Qt::LeftButton);
+    EXPECT_EQ(check->Status(), method_texts::kCheckStopping);
+    EXPECT_FALSE(check->StopButton()->isEnabled());
+    ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
+    EXPECT_EQ(check->Status(), method_texts::kCheckStopped);
+    EXPECT_EQ(check->Summary(), finished);
+    ASSERT_EQ(check->Table()->rowCount(), rows);
+    EXPECT_EQ(check->Table()->item(rows - 1, 4)->text(), topRecall);
+    EXPECT_FALSE(check->Progress()->isVisible());
+    check->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/accuracy_check_stopped.png");
+
+    // Closing the window (Escape) stops the check too; the main window goes on.
+    Trigger("menu_CheckAccuracy");
+    ASSERT_TRUE(check->Running());
+    QTest::keyClick(check, Qt::Key_Escape);
+    EXPECT_FALSE(check->isVisible());
+    ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
+    EXPECT_EQ(check->Status(), method_texts::kCheckStopped);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    window->Trace()->setFocus();
+    AnalyseUntilEvents(3);
+
+    // The next check runs to its end: the same seed gives the same table.
+    Trigger("menu_CheckAccuracy");
+    ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
+    EXPECT_EQ(check->Summary(), finished);
+    EXPECT_EQ(check->Status(), "");
+
+    // The main window closed mid-run takes the window with it; the check's
+    // thread is stopped and awaited.
+    Trigger("menu_CheckAccuracy");
+    ASSERT_TRUE(check->Running());
+    window->hide();
+    window.reset();
     CloseGraphFrame();
 }
 

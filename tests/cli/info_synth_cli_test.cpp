@@ -1,5 +1,6 @@
 // vess synth and vess info as a user runs them.
 #include <fstream>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -29,6 +30,23 @@ TEST(VessSynthInfo, SynthesisedFileReportsItsDerivedValues) {
     EXPECT_TRUE(Has(info.out, "Blocks (256 points): 78"));  // 20000 / 256 = 78.1
     EXPECT_TRUE(Has(info.out, "Units: pA"));
     EXPECT_TRUE(Has(info.out, "Duration (s): 2.000000"));
+}
+
+// --scan reads every sample: the extremes sit in the second 65536-point
+// block and at the very last point (a short last block); at 2 counts per pA
+// -1234 and 4321 counts are -617 and 2160.5 pA.
+TEST(VessSynthInfo, ScanGivesTheRangeOfEverySample) {
+    test::TempDir dir;
+    std::vector<int16_t> samples(200000, 7);
+    samples[70000] = -1234;
+    samples.back() = 4321;
+    test::MakeRecording(dir / "r.abf", samples, 50, 2.0f);
+    const auto r = test::RunVessCli("info '" + (dir / "r.abf").string() + "' --scan", dir / "err.txt");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_TRUE(Has(r.out, "Sample range (counts): -1234 to 4321")) << r.out;
+    EXPECT_TRUE(Has(r.out, "Sample range (pA): -617.00000 to 2160.50000")) << r.out;
+    const auto plain = test::RunVessCli("info '" + (dir / "r.abf").string() + "'", dir / "err.txt");
+    EXPECT_EQ(plain.out.find("Sample range"), std::string::npos);
 }
 
 TEST(VessSynthInfo, BadInputsExitWithStatus1AndAMessage) {

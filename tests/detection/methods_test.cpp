@@ -4,6 +4,8 @@
 // channel with an odd unit scale; the accuracy check.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <random>
 
@@ -245,6 +247,64 @@ TEST_F(MethodsTest, AccuracyCheckRecallRisesWithAmplitude) {
     std::vector<int16_t> back(t.samples.size());
     ws.recording->ReadSamples(0, back);
     EXPECT_EQ(back, t.samples);
+}
+
+// A run with a progress callback gives the table of a run without one, also
+// when the workspace is gone once its input is copied; the share reported
+// only grows and ends at 1.
+TEST_F(MethodsTest, AccuracyCheckRunsOnItsOwnCopyWithProgress) {
+    const Trace t = MakeTrace(200000, {}, 0, 10);
+    for (DetectionMethod m : {DetectionMethod::Threshold, DetectionMethod::Deconvolution}) {
+        SCOPED_TRACE(MethodName(m));
+        Workspace ws = Open(t, m);
+        AccuracyOptions o;
+        o.events = 150;
+        o.seed = 11;
+        const AccuracyReport plain = CheckAccuracy(ws, o);
+        ASSERT_TRUE(plain.ok) << plain.problem;
+        const AccuracyInput input = PrepareAccuracyCheck(ws, o);
+        ws.recording.reset();
+        std::vector<double> shares;
+        AccuracyControl control;
+        control.progress = [&](double done) { shares.push_back(done); };
+        const AccuracyReport followed = RunAccuracyCheck(input, control);
+        ASSERT_TRUE(followed.ok) << followed.problem;
+        EXPECT_FALSE(followed.cancelled);
+        EXPECT_EQ(AccuracyTable(followed), AccuracyTable(plain));
+        EXPECT_GT(plain.found, 0);
+        ASSERT_GE(shares.size(), 3u);
+        EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
+        EXPECT_DOUBLE_EQ(shares.back(), 1.0);
+    }
+}
+
+// Cancelled during the detection on the unchanged copy, the run stops
+// before it goes on to the copy with the added events (the second half of
+// the progress) and says it was stopped; cancelled before it begins, it
+// reports nothing at all.
+TEST_F(MethodsTest, AccuracyCheckStopsWhenCancelled) {
+    const Trace t = MakeTrace(200000, {}, 0, 10);
+    Workspace ws = Open(t, DetectionMethod::Threshold);  // 196 screens: many progress steps
+    std::atomic<bool> cancel{false};
+    std::vector<double> shares;
+    AccuracyControl control;
+    control.cancel = &cancel;
+    control.progress = [&](double done) {
+        shares.push_back(done);
+        if (done > 0.1) cancel = true;
+    };
+    const AccuracyReport r = CheckAccuracy(ws, AccuracyOptions{}, control);
+    EXPECT_TRUE(r.cancelled);
+    EXPECT_FALSE(r.ok);
+    EXPECT_TRUE(r.bins.empty());
+    ASSERT_FALSE(shares.empty());
+    EXPECT_LT(shares.back(), 0.5);
+    EXPECT_LT(std::count_if(shares.begin(), shares.end(), [](double d) { return d > 0.1; }), 3);
+
+    shares.clear();
+    const AccuracyReport before = CheckAccuracy(ws, AccuracyOptions{}, control);
+    EXPECT_TRUE(before.cancelled);
+    EXPECT_TRUE(shares.empty());
 }
 
 // Of two events closer than the separation the larger stays; events of

@@ -1,14 +1,26 @@
 #include "detection/ui/accuracy_window.h"
 
 #include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QTableWidget>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include "detection/method_texts.h"
 
 namespace vess {
+
+// Shared by the window and the thread of a check, so that neither outlives
+// what it reads: the thread never touches the window.
+struct AccuracyWindow::RunState {
+    std::atomic<bool> cancel{false};
+    std::atomic<int> permille{0};
+};
 
 AccuracyWindow::AccuracyWindow(QWidget* parent) : QDialog(parent) {
     setObjectName("frmAccuracy");
@@ -24,16 +36,102 @@ AccuracyWindow::AccuracyWindow(QWidget* parent) : QDialog(parent) {
     table_->horizontalHeader()->setStretchLastSection(true);
     recall90_ = new QLabel(this);
     recall90_->setObjectName("lbRecall90");
+    status_ = new QLabel(this);
+    status_->setObjectName("lbAccuracyStatus");
+    progress_ = new QProgressBar(this);
+    progress_->setObjectName("pbAccuracy");
+    progress_->setRange(0, 1000);
+    progress_->setTextVisible(false);
+    stop_ = new QPushButton(method_texts::kCheckStop, this);
+    stop_->setObjectName("cmdStopCheck");
+    connect(stop_, &QPushButton::clicked, this, &AccuracyWindow::Stop);
+    auto* running = new QHBoxLayout;
+    running->addWidget(status_, 1);
+    running->addWidget(progress_, 2);
+    running->addWidget(stop_);
+    progress_->hide();
+    stop_->hide();
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     layout->addWidget(summary_);
     layout->addWidget(table_, 1);
     layout->addWidget(recall90_);
+    layout->addLayout(running);
     layout->addWidget(buttons);
-    resize(560, 400);
+    poll_ = new QTimer(this);
+    poll_->setInterval(50);
+    connect(poll_, &QTimer::timeout, this, &AccuracyWindow::ShowProgress);
+    connect(&watcher_, &QFutureWatcherBase::finished, this, &AccuracyWindow::OnRunEnded);
+    resize(560, 420);
+}
+
+AccuracyWindow::~AccuracyWindow() {
+    // The thread holds its own copy of the samples and the shared state; it
+    // is stopped and awaited so that none outlives the program's objects.
+    if (run_) run_->cancel = true;
+    watcher_.disconnect(this);
+    watcher_.waitForFinished();
+}
+
+bool AccuracyWindow::Running() const { return run_ != nullptr; }
+
+bool AccuracyWindow::Start(AccuracyInput input) {
+    if (Running()) return false;
+    run_ = std::make_shared<RunState>();
+    std::shared_ptr<RunState> state = run_;
+    watcher_.setFuture(QtConcurrent::run([state, in = std::move(input)] {
+        AccuracyControl control;
+        control.cancel = &state->cancel;
+        control.progress = [&state](double done) { state->permille = int(done * 1000); };
+        return RunAccuracyCheck(in, control);
+    }));
+    status_->setText(method_texts::kCheckRunning);
+    progress_->setValue(0);
+    progress_->show();
+    stop_->setEnabled(true);
+    stop_->show();
+    poll_->start();
+    return true;
+}
+
+void AccuracyWindow::Stop() {
+    if (!run_) return;
+    run_->cancel = true;
+    status_->setText(method_texts::kCheckStopping);
+    stop_->setEnabled(false);
+}
+
+void AccuracyWindow::done(int result) {
+    Stop();
+    QDialog::done(result);
+}
+
+void AccuracyWindow::ShowProgress() {
+    if (run_) progress_->setValue(run_->permille.load());
+}
+
+void AccuracyWindow::OnRunEnded() {
+    poll_->stop();
+    run_.reset();
+    progress_->hide();
+    stop_->hide();
+    const AccuracyReport report = watcher_.result();
+    if (report.cancelled) {
+        status_->setText(method_texts::kCheckStopped);
+        return;
+    }
+    if (!report.ok) {
+        status_->setText(QString::fromStdString(report.problem));
+        return;
+    }
+    status_->clear();
+    Show(report);
+    emit Finished(report);
 }
 
 QString AccuracyWindow::Summary() const { return summary_->text() + "\n" + recall90_->text(); }
+
+QString AccuracyWindow::Status() const { return status_->text(); }
 
 void AccuracyWindow::Show(const AccuracyReport& r) {
     const QString units = QString::fromStdString(r.units);
