@@ -7,6 +7,7 @@
 
 #include "group_analysis/texts.h"
 #include "recording/file_io.h"
+#include "recording/save_path.h"
 #include "recording/texts.h"
 
 namespace vess::group {
@@ -152,14 +153,11 @@ bool SaveGroupSettingsCommand(const std::filesystem::path& iniPath,
 }
 
 bool SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settings, Dialogs& dialogs) {
-    const auto name = dialogs.SaveFile({"", Str(texts::kCustomSettingsFilter),
-                                        Str(texts::kCustomSettingsExtension), ""});
-    if (!name || name->empty()) return false;
-    const auto path = WithDefaultExtension(*name, texts::kCustomSettingsExtension);
-    if (std::filesystem::exists(path) &&
-        !dialogs.AskYesNo(Str(vess::texts::kReplaceFileCaption), Str(vess::texts::kReplaceFileText)))
-        return false;
-    const std::string error = SaveGroupSettings(path, settings);
+    const auto path = ChooseSavePath(
+        dialogs, {"", Str(texts::kCustomSettingsFilter), Str(texts::kCustomSettingsExtension), ""},
+        ExistingFile::AskReplace);
+    if (!path) return false;
+    const std::string error = SaveGroupSettings(*path, settings);
     if (!error.empty()) dialogs.Message(Str(texts::kCustomSettingsFilter), error);
     return error.empty();
 }

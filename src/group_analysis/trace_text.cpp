@@ -8,6 +8,7 @@
 
 #include "group_analysis/texts.h"
 #include "recording/file_io.h"
+#include "recording/save_path.h"
 #include "recording/texts.h"
 #include "statistics/prompts.h"
 
@@ -82,13 +83,10 @@ std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve
 }
 
 bool SaveTextFileCommand(const std::string& text, Dialogs& dialogs) {
-    const auto name = dialogs.SaveFile({"", Str(texts::kTextFileFilter), Str(texts::kTextFileExtension), ""});
-    if (!name || name->empty()) return false;
-    const auto path = WithDefaultExtension(*name, texts::kTextFileExtension);
-    if (std::filesystem::exists(path) &&
-        !dialogs.AskYesNo(Str(vess::texts::kReplaceFileCaption), Str(vess::texts::kReplaceFileText)))
-        return false;
-    const std::string error = WriteFileAtomic(path, text);
+    const auto path = ChooseSavePath(
+        dialogs, {"", Str(texts::kTextFileFilter), Str(texts::kTextFileExtension), ""}, ExistingFile::AskReplace);
+    if (!path) return false;
+    const std::string error = WriteFileAtomic(*path, text);
     if (!error.empty()) dialogs.Message(Str(texts::kWindowCaption), error);
     return error.empty();
 }

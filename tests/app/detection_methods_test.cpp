@@ -35,6 +35,15 @@ protected:
         QTest::keyClick(box, Qt::Key_Down);
         ASSERT_EQ(box->currentText(), "deconvolution");
     }
+    // Deconvolution with its suggested settings on the sample, then the
+    // accuracy check started from the menu; its window, or null.
+    AccuracyWindow* StartAccuracyCheck() {
+        OpenSample();
+        ChooseDeconvolution();
+        Trigger("menu_SuggestFromRecording");
+        Trigger("menu_CheckAccuracy");
+        return window->findChild<AccuracyWindow*>("frmAccuracy");
+    }
     bool LastMessageIs(const char* caption) const {
         const auto messages = dialogs.Messages();
         return !messages.empty() && messages.back().caption == caption;
@@ -85,11 +94,7 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
 }
 
 TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndPlot) {
-    OpenSample();
-    ChooseDeconvolution();
-    Trigger("menu_SuggestFromRecording");
-    Trigger("menu_CheckAccuracy");
-    auto* check = window->findChild<AccuracyWindow*>("frmAccuracy");
+    auto* check = StartAccuracyCheck();
     ASSERT_NE(check, nullptr);
     // The check runs on its own thread: the window shows at once with the
     // progress bar and the Stop button, the table when the check ends.
@@ -127,11 +132,7 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndPlot) {
 // without a table of its own: the window keeps the last finished check and
 // can run the next one.
 TEST_F(MethodGuiTest, AccuracyCheckStopsCleanly) {
-    OpenSample();
-    ChooseDeconvolution();
-    Trigger("menu_SuggestFromRecording");
-    Trigger("menu_CheckAccuracy");
-    auto* check = window->findChild<AccuracyWindow*>("frmAccuracy");
+    auto* check = StartAccuracyCheck();
     ASSERT_NE(check, nullptr);
     ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
     const QString finished = check->Summary();

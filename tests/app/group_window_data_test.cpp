@@ -178,16 +178,16 @@ TEST_F(GroupDataTest, EpisodicEventsAreGroupedByTheirSweeps) {
     options.seed = 11;
     options.eventsPerSecond = 8;
     const SynthRecording synth = Synthesise(options);
-    Abf2Spec spec;
-    spec.intervalUs = 50;
-    spec.adcRange = synth.writeSpec.adcRange;
-    spec.adcResolution = synth.writeSpec.adcResolution;
-    spec.operationMode = 5;  // episodic stimulation
-    spec.samplesPerSweep = int32_t(kSweep);
-    spec.sweeps = 6;
-    static_cast<AbfChannelSpec&>(spec.channels[0]) = synth.writeSpec.channels[0];
+    Abf2Spec layout;
+    layout.intervalUs = 50;
+    layout.adcRange = synth.writeSpec.adcRange;
+    layout.adcResolution = synth.writeSpec.adcResolution;
+    layout.operationMode = 5;  // episodic stimulation
+    layout.samplesPerSweep = int32_t(kSweep);
+    layout.sweeps = 6;
+    static_cast<AbfChannelSpec&>(layout.channels[0]) = synth.writeSpec.channels[0];
     ASSERT_EQ(synth.samples.size(), std::size_t(6 * kSweep));
-    ASSERT_EQ(WriteFileAtomic(dir / "episodic.abf", std::span<const uint8_t>(Abf2Bytes(spec, synth.samples))), "");
+    ASSERT_EQ(WriteFileAtomic(dir / "episodic.abf", std::span<const uint8_t>(Abf2Bytes(layout, synth.samples))), "");
     ClickFile("episodic.abf");
     ASSERT_NE(ws.recording, nullptr);
     ASSERT_EQ(ws.recording->SweepStarts().size(), 6u);
