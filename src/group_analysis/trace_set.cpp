@@ -158,12 +158,16 @@ TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& optio
         set.eventIndex[std::size_t(t)] = t;
         std::span<int16_t> row(set.points.data() + std::size_t(t) * L, L);
         ReadStretch(rec, starts[std::size_t(t - 1)] * channels * 2, channels, rec.Channel(), row);
-        if (!options.baselineAdjust || L == 0) continue;
+        // A sweep shorter than the trace ends there: the rest is zero, as for
+        // any stretch that reaches past the data, not the next sweep.
+        const auto own = std::size_t(std::clamp<int64_t>(lengths[std::size_t(t - 1)], 0, int64_t(L)));
+        std::fill(row.begin() + std::ptrdiff_t(own), row.end(), int16_t(0));
+        if (!options.baselineAdjust || own == 0) continue;
         int64_t first = 0;
-        const std::size_t n = std::min<std::size_t>(5, L);
+        const std::size_t n = std::min<std::size_t>(5, own);
         for (std::size_t j = 0; j < n; ++j) first += row[j];
         const double base = double(first) / double(n);
-        for (auto& v : row) v = RoundClamp16(v - base);
+        for (std::size_t j = 0; j < own; ++j) row[j] = RoundClamp16(row[j] - base);
     }
     Average(set);
     return set;

@@ -102,6 +102,7 @@ void ReadProtocol(std::span<const uint8_t> p, Abf2Info& info, AbfHeader& h) {
     using namespace abf2;
     info.operationMode = le::Get<int16_t>(p, kOperationMode);
     info.adcSequenceInterval = le::Get<float>(p, kADCSequenceInterval);
+    info.synchTimeUnit = le::Get<float>(p, kSynchTimeUnit);
     info.numSamplesPerEpisode = le::Get<int32_t>(p, kNumSamplesPerEpisode);
     info.episodesPerRun = le::Get<int32_t>(p, kEpisodesPerRun);
     h.adcRange = le::Get<float>(p, kADCRange);
@@ -275,8 +276,14 @@ ParsedHeader ParseAbf2Header(const ByteReader& read, uint64_t fileSize) {
             const auto e = ReadBytes(read, synch.Offset() + uint64_t(k) * synch.entryBytes,
                                      kSynchMinBytes);
             p.sweeps.sweepSamples.push_back(le::Get<int32_t>(e, kSynchLength));
+            p.sweeps.sweepTimes.push_back(le::Get<int32_t>(e, kSynchStart));
         }
     }
+
+    // Synch times count the synch time unit or, when it is 0, single samples
+    // (of any channel).
+    p.sweeps.synchUnitUs = info.synchTimeUnit > 0 ? double(info.synchTimeUnit)
+                                                  : double(h.adcSampleInterval);
 
     p.headerEnd = int64_t(kHeaderBytes);
     p.dataOffset = int64_t(data.Offset());

@@ -47,6 +47,7 @@ static_assert(SectionAt(Section::Stats) + kSectionEntryBytes <= kHeaderBytes);
 // Protocol section (one entry).
 inline constexpr std::size_t kOperationMode = 0;         // int16
 inline constexpr std::size_t kADCSequenceInterval = 2;   // float, us per channel
+inline constexpr std::size_t kSynchTimeUnit = 14;        // float, us; 0: one sample interval
 inline constexpr std::size_t kNumSamplesPerEpisode = 22; // int32, all channels
 inline constexpr std::size_t kEpisodesPerRun = 30;       // int32
 inline constexpr std::size_t kADCRange = 110;            // float, volts

@@ -33,10 +33,13 @@ inline constexpr std::size_t kMSBinFormat = 38;           // int16
 inline constexpr std::size_t kDataSectionPtr = 40;        // int32, in 512-byte blocks
 inline constexpr std::size_t kTagSectionPtr = 44;         // int32, in 512-byte blocks
 inline constexpr std::size_t kNumTagEntries = 48;         // int32
+inline constexpr std::size_t kSynchArrayPtr = 92;         // int32, in 512-byte blocks
+inline constexpr std::size_t kSynchArraySize = 96;        // int32, entries
 inline constexpr std::size_t kDataFormat = 100;           // int16, 0 integer, 1 float
 // Group 3: trial hierarchy.
 inline constexpr std::size_t kADCNumChannels = 120;       // int16
 inline constexpr std::size_t kADCSampleInterval = 122;    // float, us
+inline constexpr std::size_t kSynchTimeUnit = 130;        // float, us; 0: one sample interval
 inline constexpr std::size_t kSecondsPerRun = 134;        // float
 inline constexpr std::size_t kNumSamplesPerEpisode = 138; // int32
 inline constexpr std::size_t kEpisodesPerRun = 146;       // int32
@@ -76,6 +79,12 @@ inline constexpr std::size_t kSignalHighpassFilter = 1242;// float
 // Extended header (version 1.6 and later).
 inline constexpr std::size_t kTelegraphEnable = 4512;     // int16 x 16
 inline constexpr std::size_t kTelegraphAdditGain = 4576;  // float x 16
+
+// Synch array entry (one per variable-length sweep), relative to its start:
+// the sweep's start time and its length in samples of all channels.
+inline constexpr std::size_t kSynchEntryBytes = 8;
+inline constexpr std::size_t kSynchEntryStart = 0;        // int32, synch time units
+inline constexpr std::size_t kSynchEntryLength = 4;       // int32
 
 // Tag entry, relative to its start.
 inline constexpr std::size_t kTagTime = 0;                // int32

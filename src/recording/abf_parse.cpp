@@ -28,4 +28,10 @@ std::vector<int64_t> FindSweepStarts(const SweepLayout& layout, int channels, in
     return starts;
 }
 
+std::vector<double> SweepTimesMs(const SweepLayout& layout) {
+    std::vector<double> ms;
+    for (int64_t t : layout.sweepTimes) ms.push_back(double(t) * layout.synchUnitUs / 1000.0);
+    return ms;
+}
+
 }  // namespace vess

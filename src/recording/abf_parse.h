@@ -25,7 +25,13 @@ struct SweepLayout {
     int64_t samplesPerSweep = 0;        // all channels together
     int64_t sweeps = 0;                 // sweeps recorded
     std::vector<int64_t> sweepSamples;  // per sweep, all channels (variable-length sweeps)
+    std::vector<int64_t> sweepTimes;    // start of each of those sweeps, in synch time units
+    double synchUnitUs = 0;             // one synch time unit
 };
+
+// The acquisition start times of variable-length sweeps in ms, from their
+// synch array; empty when the layout has none.
+std::vector<double> SweepTimesMs(const SweepLayout& layout);
 
 // The first point (per channel, from 0) of each sweep, in order: {0} for a
 // gap-free recording or one whose sweep layout does not fit its points.
@@ -56,6 +62,7 @@ struct Abf2Info {
     int32_t numSamplesPerEpisode = 0;
     int32_t episodesPerRun = 0;
     float adcSequenceInterval = 0;      // us per channel
+    float synchTimeUnit = 0;            // us; 0: one sample interval
     std::vector<Abf2Channel> channels;  // in sampling order
     std::string VersionText() const;    // "2.9.0.0"
 };

@@ -109,6 +109,38 @@ ParsedHeader ParseAbf1Header(std::span<const uint8_t> bytes) {
     return p;
 }
 
+// The lengths of the variable-length sweeps of an ABF 1.x file, from its
+// synch array. A file of another operation mode, or without the array, keeps
+// an empty list.
+AbfError ReadAbf1SweepLengths(const ByteReader& read, std::span<const uint8_t> head,
+                              uint64_t fileSize, SweepLayout& sweeps, std::string* why) {
+    using namespace abf;
+    constexpr int16_t kVariableLength = 1;
+    if (sweeps.operationMode != kVariableLength) return AbfError::None;
+    const int64_t entries = le::Get<int32_t>(head, kSynchArraySize);
+    if (entries == 0) return AbfError::None;
+    const int64_t offset = int64_t(le::Get<int32_t>(head, kSynchArrayPtr)) * int64_t(kBlockBytes);
+    const int64_t end = offset + entries * int64_t(kSynchEntryBytes);
+    if (entries < 0 || entries > int64_t(sweeps.sweeps) + 1 || offset < int64_t(kHeaderBytes) ||
+        end > int64_t(fileSize)) {
+        *why = fmt::format("synch array: {} entries at byte {}, file of {} bytes", entries, offset,
+                           fileSize);
+        return AbfError::BadSynchSection;
+    }
+    std::vector<uint8_t> bytes(std::size_t(end - offset));
+    read(uint64_t(offset), bytes);
+    for (int64_t k = 0; k < entries; ++k) {
+        const std::size_t at = std::size_t(k) * kSynchEntryBytes;
+        sweeps.sweepSamples.push_back(le::Get<int32_t>(bytes, at + kSynchEntryLength));
+        sweeps.sweepTimes.push_back(le::Get<int32_t>(bytes, at + kSynchEntryStart));
+    }
+    // Synch times count the synch time unit or, when it is 0, single samples
+    // (of any channel).
+    const float unit = le::Get<float>(head, kSynchTimeUnit);
+    sweeps.synchUnitUs = unit > 0 ? double(unit) : double(le::Get<float>(head, kADCSampleInterval));
+    return AbfError::None;
+}
+
 // The gain and offset of the ADC numbered adc, with the additional gain
 // where it applies (the telegraph gain of version 1.65+ files).
 ChannelScaling ScalingOf(const AbfHeader& h, std::size_t adc) {
@@ -224,6 +256,8 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<DataFile> file,
     };
     ParsedHeader parsed = IsAbf2Signature(head) ? ParseAbf2Header(read, fileSize64)
                                                 : ParseAbf1Header(head);
+    if (!parsed.abf2 && parsed.error == AbfError::None)
+        parsed.error = ReadAbf1SweepLengths(read, head, fileSize64, parsed.sweeps, &parsed.detail);
     if (shrank) return Fail(error, detail, AbfError::CannotOpen, ShrankWhileRead(*file));
     if (parsed.error == AbfError::None) parsed.error = CheckHeader(parsed, fileSize, &parsed.detail);
     if (parsed.error != AbfError::None)
@@ -278,6 +312,8 @@ std::unique_ptr<Recording> Recording::Parse(std::unique_ptr<DataFile> file,
                               : double(rec->frames_) / kBlockPoints;
     rec->blocks_ = std::max<int32_t>(1, RoundClamp32(blocks));
     rec->sweepStarts_ = FindSweepStarts(parsed.sweeps, channels, rec->pointsPerChannel_);
+    rec->sweepTimesMs_ = vess::SweepTimesMs(parsed.sweeps);
+    rec->sweepTimesMs_.resize(std::min(rec->sweepTimesMs_.size(), rec->sweepStarts_.size()));
 
     rec->file_ = std::move(file);
     rec->dataOffset_ = uint64_t(dataOffset);

@@ -98,6 +98,10 @@ public:
     // The first point of each sweep (per channel, from 0), in recording
     // order; {0} for gap-free data.
     const std::vector<int64_t>& SweepStarts() const { return sweepStarts_; }
+    // When the sweeps are of their own lengths, the time each began in the
+    // acquisition (ms, from the file's synch array; there are gaps between
+    // them that the samples do not hold); otherwise empty.
+    const std::vector<double>& SweepTimesMs() const { return sweepTimesMs_; }
     int ChannelCount() const;              // at least 1
     uint8_t Channel() const { return channel_; }
     // Selects the 0-based channel position and recomputes gain and offset.
@@ -163,6 +167,7 @@ private:
     std::vector<AbfTag> tags_;
     std::unique_ptr<const Abf2Info> abf2_;
     std::vector<int64_t> sweepStarts_{0};
+    std::vector<double> sweepTimesMs_;
     uint8_t channel_ = 0;
     double intervalUs_ = 0;
     int32_t blocks_ = 1;

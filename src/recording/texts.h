@@ -198,7 +198,7 @@ inline constexpr std::string_view kBadStringsSectionText =
     "The strings section of this ABF 2 file, which holds the channel names and units, lies "
     "outside the file.  The file may be damaged or incompletely copied.  Try another file.";
 inline constexpr std::string_view kBadSynchSectionText =
-    "The sweep table of this ABF 2 file lies outside the file or does not fit its samples.  The "
+    "The sweep table of this ABF file lies outside the file or does not fit its samples.  The "
     "file may be damaged or incompletely copied.  Try another file.";
 inline constexpr std::string_view kBadStringIndexText =
     "The header of this file names a channel name or unit that its strings section does not "

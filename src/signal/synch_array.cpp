@@ -14,6 +14,11 @@ std::vector<float> SweepStartTimesMs(const Recording& rec) {
     const auto& starts = rec.SweepStarts();
     std::vector<float> times;
     if (starts.size() < 2) return times;
+    // Sweeps of their own lengths began at the times of the synch array.
+    if (rec.SweepTimesMs().size() == starts.size()) {
+        for (double t : rec.SweepTimesMs()) times.push_back(float(t));
+        return times;
+    }
     for (int64_t p : starts) times.push_back(float(double(p) * rec.IntervalUs() / 1000.0));
     return times;
 }

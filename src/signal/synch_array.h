@@ -14,8 +14,9 @@ namespace vess {
 class Recording;
 struct Workspace;
 
-// Sweep starts in ms from the start of the data (point x interval); empty
-// for a recording of one sweep.
+// Sweep starts in ms: for sweeps of their own lengths the acquisition times
+// of the file's synch array, otherwise from the start of the data (point x
+// interval); empty for a recording of one sweep.
 std::vector<float> SweepStartTimesMs(const Recording& rec);
 
 // Asks for the array (1 or 2) and fills it with the sweep start times.

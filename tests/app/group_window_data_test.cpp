@@ -83,7 +83,11 @@ TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
     w->Action("menu_extractcurvedata")->trigger();
     EXPECT_EQ(dialogs.Messages().back().caption, "Curve Data");
 
-    // Extract makes the shown trace (the average) the curve, under its own header.
+    // Extract makes the shown trace (the average) the curve, under its own
+    // header. It follows the display, not the type box changed since.
+    w->findChild<QAction*>("key_next")->trigger();  // trace 1 is current, the average still shown
+    ASSERT_EQ(w->findChild<QLabel*>("Label6")->text().toStdString().rfind("Trace: 1 of ", 0), 0u);
+    w->findChild<QComboBox*>("Combo2")->setCurrentText("Individual");
     w->Action("menu_trace_extract")->trigger();
     dialogs.AnswerInput("1");
     w->Action("menu_extractcurvedata")->trigger();

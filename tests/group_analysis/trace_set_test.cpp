@@ -284,5 +284,30 @@ TEST(RealRecording, EpisodesAreTheSweepsOfBothFileVersions) {
     }
 }
 
+// Sweeps of their own lengths: the lengths are the synch array's (8316, 8460,
+// 8426, 8458, 8226, 8378 and 8298 samples of two channels, which add up to the
+// 58562 samples the header states). Each trace is its sweep, then zeros up to
+// the longest sweep.
+TEST(RealRecording, VariableLengthSweepsEachEndWhereTheyEnd) {
+    VESS_REQUIRE_SHARED_DATA();
+    AbfError error{};
+    auto rec = Recording::Open(test::SharedData() / "abf1/2009_01_19_0002_varlen_v18.abf", &error);
+    ASSERT_TRUE(rec);
+    const std::vector<int64_t> lengths{4158, 4230, 4213, 4229, 4113, 4189, 4149};
+    EXPECT_EQ(SweepLengths(*rec), lengths);
+    rec->SetChannel(1);
+    const TraceSet set =
+        BuildTraceSet(*rec, {}, {}, {.source = TraceSource::Episodes, .fullSweep = true});
+    ASSERT_EQ(set.count, 7);
+    ASSERT_EQ(set.length, 4230);
+    int64_t start = 0;
+    for (int32_t t = 1; t <= set.count; ++t) {
+        const int64_t own = lengths[std::size_t(t - 1)];
+        for (int64_t j = 0; j < set.length; ++j)
+            ASSERT_EQ(set.Row(t)[std::size_t(j)], j < own ? rec->Sample(start + j) : 0) << t << " " << j;
+        start += own;
+    }
+}
+
 }  // namespace
 }  // namespace vess::group

@@ -162,6 +162,20 @@ TEST_F(OpenDataFileTest, EachMalformedFileIsRefusedWithItsMessageAndChangesNothi
          damaged, texts::kBadTagPointerText},
         {"negative tag count", [](auto& b) { Set<int32_t>(b, kNumTagEntries, -1); }, damaged,
          texts::kBadTagPointerText},
+        // Sweeps of their own lengths whose synch array lies past the end of
+        // the file, or holds more entries than sweeps.
+        {"synch array past the end",
+         [](auto& b) {
+             Set<int16_t>(b, kOperationMode, 1); Set<int32_t>(b, kActualEpisodes, 2);
+             Set<int32_t>(b, kSynchArraySize, 2); Set<int32_t>(b, kSynchArrayPtr, 100000);
+         },
+         damaged, texts::kBadSynchSectionText},
+        {"synch array longer than the sweeps",
+         [](auto& b) {
+             Set<int16_t>(b, kOperationMode, 1); Set<int32_t>(b, kActualEpisodes, 1);
+             Set<int32_t>(b, kSynchArraySize, 50); Set<int32_t>(b, kSynchArrayPtr, 12);
+         },
+         damaged, texts::kBadSynchSectionText},
     };
     for (const Corruption& c : cases) {
         SCOPED_TRACE(c.name);

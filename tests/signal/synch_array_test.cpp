@@ -38,6 +38,17 @@ TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
     ASSERT_TRUE(abf1);
     abf1->SetChannel(1);
     EXPECT_EQ(SweepStartTimesMs(*abf1), (std::vector<float>{0, 3000, 6000, 9000, 12000, 15000}));
+
+    // abf1/2009_01_19_0002_varlen_v18.abf: sweeps of their own lengths with
+    // gaps between them. The synch array starts them at 230260, 487274, ...
+    // samples of 25 us (its time unit is 0, so one sample interval).
+    auto varlen = OpenShared("abf1/2009_01_19_0002_varlen_v18.abf");
+    ASSERT_TRUE(varlen);
+    EXPECT_EQ(varlen->SweepStarts(), (std::vector<int64_t>{0, 4158, 8388, 12601, 16830, 20943, 25132}));
+    const std::vector<float> times = SweepStartTimesMs(*varlen);
+    const std::vector<double> expected{5756.5, 12181.85, 19654.05, 29194.1, 36601.8, 43263.55, 49483.1};
+    ASSERT_EQ(times.size(), expected.size());
+    for (std::size_t k = 0; k < times.size(); ++k) EXPECT_FLOAT_EQ(times[k], float(expected[k])) << k;
 }
 
 TEST(SynchArray, GapFreeRecordingIsRefused) {

@@ -111,6 +111,9 @@ private:
     UnitScale scale_;
     int32_t current_ = 0;
     int displayedGroup_ = 1;
+    // The type of the shown traces, as it was at Start Display: what is on
+    // screen, whatever the type box says since.
+    AnalysisType displayedType_{};
     bool fitting_ = false, stopRequested_ = false;
     std::vector<TraceFit> lastFits_;
     std::optional<ResultCurve> resultCurve_;

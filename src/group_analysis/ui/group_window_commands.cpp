@@ -47,10 +47,11 @@ void GroupAnalysisWindow::StartDisplay() {
     if (ws_.recording) {
         scale_ = UnitScale::Of(*ws_.recording);
         displayedGroup_ = settings_.GroupNumber;
+        displayedType_ = Type();
         const TraceSetOptions o{
             .source = settings_.DisplayGroup ? TraceSource::Group : TraceSource::Episodes,
             .group = settings_.GroupNumber,
-            .type = Type(),
+            .type = displayedType_,
             .alignment = AlignmentFromName(settings_.PeakAlignment),
             .blocks = QString::fromStdString(settings_.BlocktoAnalyze).toDouble(),
             .baselineAdjust = settings_.BaselineAdjust,
@@ -60,7 +61,7 @@ void GroupAnalysisWindow::StartDisplay() {
     current_ = 0;
     picture_->SetTraces(&set_, scale_);
     picture_->SetDecimation(settings_.DisplayEveryPoint);
-    if (IsSuperimposeType(Type())) picture_->ShowAll();
+    if (IsSuperimposeType(displayedType_)) picture_->ShowAll();
     else picture_->ShowTrace(0);
     traceLabel_->setText(Q(texts::TraceLabel(0, set_.count)));
     const int32_t last = std::max(set_.length - 1, 0);
@@ -74,7 +75,7 @@ void GroupAnalysisWindow::StartDisplay() {
 void GroupAnalysisWindow::MoveTo(int32_t trace) {
     if (set_.Empty()) return;
     current_ = std::clamp(trace, 0, set_.count);
-    if (!IsSuperimposeType(Type())) picture_->ShowTrace(IsAverageType(Type()) ? 0 : current_);
+    if (!IsSuperimposeType(displayedType_)) picture_->ShowTrace(IsAverageType(displayedType_) ? 0 : current_);
     else picture_->SetHighlighted(current_);
     picture_->ClearCurve();
     traceLabel_->setText(Q(texts::TraceLabel(current_, set_.count)));
@@ -83,7 +84,7 @@ void GroupAnalysisWindow::MoveTo(int32_t trace) {
 
 void GroupAnalysisWindow::JumpToTrace() {
     if (set_.Empty()) return;
-    if (!IsIndividualType(Type()) && !IsAverageType(Type())) {
+    if (!IsIndividualType(displayedType_) && !IsAverageType(displayedType_)) {
         dialogs_.Message(Str(texts::kWindowCaption), Str(texts::kOnlyIndividualOrAverage));
         return;
     }
@@ -156,7 +157,7 @@ void GroupAnalysisWindow::StartFitting() {
     };
     lastFits_.clear();
     std::string report;
-    for (int32_t t : TracesToFit(set_, Type(), current_)) {
+    for (int32_t t : TracesToFit(set_, displayedType_, current_)) {
         TraceFit fit = FitTrace(set_, t, ws_.params().PeakDirection, displayedGroup_, scale_, f, progress);
         ws_.results.Append(WriteResultRow(fit.values));
         report += fit.report + "\r\n\r\n";
@@ -173,7 +174,7 @@ void GroupAnalysisWindow::StartFitting() {
     fit_->setText(Q(texts::kStartFitting));
     fitting_ = false;
     RefreshGrid();
-    if (IsSuperimposeType(Type()) && (autoReject_->isChecked() || rejectCi_->isChecked())) {
+    if (IsSuperimposeType(displayedType_) && (autoReject_->isChecked() || rejectCi_->isChecked())) {
         RejectCriterion c;
         if (autoReject_->isChecked()) c.minRSquared = minRSquared_->currentText().toDouble();
         if (rejectCi_->isChecked()) c.confidencePercent = confidence_->currentText().toDouble();
@@ -213,7 +214,7 @@ void GroupAnalysisWindow::ShowColumnStatistics() {
                      ColumnStatisticsText(ResultColumnStatistics(ws_.results)));
 }
 
-int32_t GroupAnalysisWindow::ShownTrace() const { return IsAverageType(Type()) ? 0 : current_; }
+int32_t GroupAnalysisWindow::ShownTrace() const { return IsAverageType(displayedType_) ? 0 : current_; }
 
 std::string GroupAnalysisWindow::RecordingName() const {
     return ws_.recording ? ws_.recording->FileName() : std::string();
@@ -276,7 +277,7 @@ void GroupAnalysisWindow::PaintPicture(QPagedPaintDevice& device) {
     QPainter p(&device);
     const QRect page(0, 0, device.width(), device.height());
     const QString line = Q(texts::kPrintGroup) + QString::number(displayedGroup_) + "    " +
-                         Q(texts::kPrintType) + type_->currentText();
+                         Q(texts::kPrintType) + Q(AnalysisTypeName(displayedType_));
     const int lineHeight = p.fontMetrics().height() * 2;
     p.drawText(QRect(page.left(), page.top(), page.width(), lineHeight), Qt::AlignLeft | Qt::AlignVCenter, line);
     // The display scaled to the page width, under the line.
@@ -296,7 +297,7 @@ void GroupAnalysisWindow::RunFluctuation() {
         traces.push_back(std::move(v));
     }
     const FluctuationResult r = AnalyseFluctuation(
-        traces, {.peakScaled = IsScaled(Type()), .amplitudeBins = settings_.AmplitudeBin,
+        traces, {.peakScaled = IsScaled(displayedType_), .amplitudeBins = settings_.AmplitudeBin,
                  .subtractBaseVariance = settings_.SubtractBaseVar,
                  .includeOffset = settings_.NonStationaryOffset, .baselinePoints = set_.prePoints / 2,
                  .averageTraces = settings_.AverageTrace});
@@ -396,7 +397,7 @@ void GroupAnalysisWindow::BuildMenus() {
         if (set_.Empty()) return;
         dialogs_.Message(Str(texts::kCompareFitsCaption), Str(texts::kCompareFitsText));
         std::vector<int32_t> twoWon;
-        for (int32_t t : TracesToFit(set_, Type(), current_)) {
+        for (int32_t t : TracesToFit(set_, displayedType_, current_)) {
             Comparison c = CompareFits(set_, t, ws_.params().PeakDirection, displayedGroup_, scale_,
                                        MakeFitSettings(), criterion_->currentText().toDouble());
             ws_.results.Append(WriteResultRow(c.chosen.values));
