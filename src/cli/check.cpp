@@ -52,6 +52,8 @@ void AddCheckCommand(CLI::App& app) {
         j["found"] = r.found;
         j["false_positives"] = r.falsePositives;
         j["original_events"] = r.originalEvents;
+        j["inverted_detections"] = r.invertedDetections;
+        j["false_per_minute"] = r.FalsePerMinute();
         j["recall_90_amplitude"] = r.recall90Units ? nlohmann::json(*r.recall90Units) : nlohmann::json();
         for (const AccuracyBin& b : r.bins)
             j["bins"].push_back({{"from", b.lowUnits}, {"to", b.highUnits}, {"added", b.added},

@@ -24,8 +24,8 @@ struct AccuracyOptions {
     uint64_t seed = 1;
     double maxSeconds = 120;     // the stretch copied, from the start of the channel
     double lowSds = 0.5;         // amplitudes from lowSds to highSds noise SDs,
-    double highSds = 5;          // evenly on a logarithmic scale
-    int bins = 8;
+    double highSds = 10;         // evenly on a logarithmic scale
+    int bins = 10;
     double matchMs = 5;          // a detection matches when its peak lies 0..matchMs after an onset
 };
 
@@ -47,8 +47,19 @@ struct AccuracyReport {
     int added = 0, found = 0;
     int originalEvents = 0;      // detections on the unchanged copy
     int falsePositives = 0;      // detections on the copy that match neither
+    // Detections on the unchanged copy turned upside down, away from the
+    // recording's own detected events (whose turned decays a detector may
+    // take for rises): that trace holds no event of the detected direction,
+    // so each is one the noise alone gives, over invertedSeconds of it.
+    int invertedDetections = 0;
+    double invertedSeconds = 0;
     std::vector<AccuracyBin> bins;
-    std::optional<double> recall90Units;  // smallest amplitude where recall reaches 90 %
+    // The amplitude from which recall stays at 90 % or more (the lower edge
+    // of the first bin of that run to the largest).
+    std::optional<double> recall90Units;
+    double FalsePerMinute() const {
+        return invertedSeconds > 0 ? invertedDetections * 60.0 / invertedSeconds : 0.0;
+    }
 };
 
 // What a check works on, copied from the workspace: the stretch of the
@@ -75,6 +86,10 @@ struct AccuracyControl {
         if (progress) progress(done);
     }
 };
+
+// The lower edge of the first bin from which every bin with added events
+// up to the largest reaches 90 % recall; none when the largest does not.
+std::optional<double> Recall90From(const std::vector<AccuracyBin>& bins);
 
 AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& options);
 AccuracyReport RunAccuracyCheck(const AccuracyInput& input, const AccuracyControl& control = {});

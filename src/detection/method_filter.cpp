@@ -6,8 +6,6 @@
 namespace vess {
 namespace {
 
-constexpr double kRunningMeanMs = 50;
-
 std::vector<double> GaussianTaps(double sdPoints) {
     if (!(sdPoints > 0.3)) return {1.0};
     const int64_t half = int64_t(std::ceil(4 * sdPoints));

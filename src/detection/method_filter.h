@@ -22,6 +22,10 @@
 
 namespace vess {
 
+// The window of the running mean taken off the deconvolved trace (and off the
+// recorded trace when its noise is measured).
+inline constexpr double kRunningMeanMs = 50;
+
 class MethodFilter {
 public:
     MethodFilter(const MethodParameters& params, double intervalUs, int direction);

@@ -12,7 +12,6 @@ constexpr double kLeadMs = 3;         // fitted before the onset
 constexpr double kSearchMs = 3;       // onsets tried either side of the centre
 constexpr double kSearchStepMs = 0.1;
 constexpr double kDecaysFitted = 4;
-constexpr double kRunningMeanMs = 50;
 
 int64_t Points(double ms, double intervalUs) {
     return std::max<int64_t>(int64_t(std::lround(ms * 1000 / intervalUs)), 1);

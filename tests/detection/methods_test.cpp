@@ -222,9 +222,10 @@ TEST_F(MethodsTest, SuggestionOnAChannelWithAnOddUnitScale) {
     EXPECT_GE(Matched(ws.events, onsets), int(0.9 * double(onsets.size())));
 }
 
-// Events added at 0.5 to 5 noise SDs to white noise: the deconvolution
+// Events added at 0.5 to 10 noise SDs to white noise: the deconvolution
 // misses most below one SD and finds nearly all above three; the unchanged
-// copy holds no events, so every detection is an added one or a false one.
+// copy holds no events, so every detection is an added one or a false one,
+// and the stretch turned upside down gives as few as the unchanged one.
 TEST_F(MethodsTest, AccuracyCheckRecallRisesWithAmplitude) {
     const Trace t = MakeTrace(400000, {}, 0, 10);
     Workspace ws = Open(t, DetectionMethod::Deconvolution);
@@ -240,6 +241,8 @@ TEST_F(MethodsTest, AccuracyCheckRecallRisesWithAmplitude) {
     ASSERT_TRUE(r.recall90Units.has_value());
     EXPECT_LT(*r.recall90Units, 50);
     EXPECT_LE(r.falsePositives, 10);
+    EXPECT_LE(r.invertedDetections, 10);
+    EXPECT_NEAR(r.invertedSeconds, r.seconds, 0.5);
     const PlotData plot = AccuracyPlot(r);
     ASSERT_EQ(plot.series.size(), 2u);
     EXPECT_EQ(plot.series[0].y.size(), 5u);
@@ -247,6 +250,45 @@ TEST_F(MethodsTest, AccuracyCheckRecallRisesWithAmplitude) {
     std::vector<int16_t> back(t.samples.size());
     ws.recording->ReadSamples(0, back);
     EXPECT_EQ(back, t.samples);
+}
+
+// The recording's own events are neither found added events nor false ones,
+// and the false-event estimate leaves out the trace around them: 40 events of
+// 20 SDs, every 10000 points, in 400000 points of white noise.
+TEST_F(MethodsTest, AccuracyCheckSetsTheRecordingsOwnEventsApart) {
+    std::vector<int64_t> onsets;
+    for (int64_t o = 5000; o < 400000; o += 10000) onsets.push_back(o);
+    const Trace t = MakeTrace(400000, onsets, 200, 10);
+    Workspace ws = Open(t, DetectionMethod::Deconvolution);
+    AccuracyOptions o;
+    o.events = 100;
+    o.lowSds = 8;  // all large enough to be found
+    o.highSds = 10;
+    const AccuracyReport r = CheckAccuracy(ws, o);
+    ASSERT_TRUE(r.ok) << r.problem;
+    EXPECT_EQ(r.originalEvents, 40);
+    EXPECT_GE(r.found, 95);
+    EXPECT_LE(r.found, 100);
+    EXPECT_LE(r.falsePositives, 3);
+    // The turned events' decays fall inside the parts left out.
+    EXPECT_LT(r.invertedSeconds, r.seconds - 0.5 * 40 * 0.02);
+    EXPECT_LE(r.invertedDetections, 3);
+}
+
+// Recall must stay at 90 % from the bin given up to the largest; a single
+// bin above it lower down does not count, and bins without events are
+// passed over.
+TEST(AccuracyRecall90, FromTheRunOfHighRecallAtTheTop) {
+    auto bin = [](double low, int added, int found) {
+        AccuracyBin b;
+        b.lowUnits = low;
+        b.added = added;
+        b.found = found;
+        return b;
+    };
+    EXPECT_EQ(Recall90From({bin(1, 10, 10), bin(2, 10, 5), bin(4, 10, 9), bin(8, 0, 0), bin(16, 10, 10)}), 4.0);
+    EXPECT_EQ(Recall90From({bin(1, 10, 0), bin(2, 10, 9), bin(4, 10, 8)}), std::nullopt);
+    EXPECT_EQ(Recall90From({}), std::nullopt);
 }
 
 // A run with a progress callback gives the table of a run without one, also
