@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "detection/method_filter.h"
 #include "detection/method_texts.h"
 
 namespace vess {
@@ -14,9 +15,11 @@ LearnedKernel LearnKernelIntoSettings(Workspace& ws, const EventTable& events) {
                                           : method_texts::kKernelFitFailed};
     ws.settings.method.riseTauMs = fit.kernel.riseTauMs;
     ws.settings.method.decayTauMs = fit.kernel.decayTauMs;
+    ws.settings.method.lowPassMs = SmoothingMsForKernel(fit.kernel);
     return {true, fmt::format("Kernel learned from {} accepted events: rise {:.3g} ms, decay "
-                              "{:.3g} ms.",
-                              fit.eventsUsed, fit.kernel.riseTauMs, fit.kernel.decayTauMs)};
+                              "{:.3g} ms; smoothing {:.3g} ms.",
+                              fit.eventsUsed, fit.kernel.riseTauMs, fit.kernel.decayTauMs,
+                              ws.settings.method.lowPassMs)};
 }
 
 bool LearnKernelCommand(Workspace& ws, Dialogs& dialogs) {

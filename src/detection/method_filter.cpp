@@ -39,6 +39,10 @@ std::vector<double> Convolve(const std::vector<double>& a, const std::vector<dou
 
 }  // namespace
 
+double SmoothingMsForKernel(const EventKernel& kernel) {
+    return std::max(MethodParameters{}.lowPassMs, kernel.riseTauMs);
+}
+
 MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, int direction)
     : method_(params.method), direction_(direction > 0 ? 1 : -1) {
     const EventKernel kernel{params.riseTauMs, params.decayTauMs};

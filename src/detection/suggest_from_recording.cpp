@@ -9,6 +9,7 @@
 #include "detection/detector.h"
 #include "detection/event_kernel.h"
 #include "detection/method_detect.h"
+#include "detection/method_filter.h"
 #include "detection/method_texts.h"
 
 namespace vess {
@@ -127,6 +128,7 @@ RecordingSuggestion SuggestFromRecording(Workspace& ws) {
         if (!fit.ok) break;
         params.riseTauMs = fit.kernel.riseTauMs;
         params.decayTauMs = fit.kernel.decayTauMs;
+        params.lowPassMs = SmoothingMsForKernel(fit.kernel);
     }
     s.eventsUsed = int(clear.size());
     std::vector<int64_t> onsets;
@@ -136,6 +138,7 @@ RecordingSuggestion SuggestFromRecording(Workspace& ws) {
     s.noiseSdUnits = std::abs(double(rec.Bit2pA2(1))) * s.noiseSdCounts;
     s.riseTauMs = params.riseTauMs;
     s.decayTauMs = params.decayTauMs;
+    s.lowPassMs = params.lowPassMs;
     s.thresholdAmplitude = float(kAmplitudeSds * s.noiseSdUnits);
     // The area of an event of threshold amplitude and the kernel's shape is
     // amplitude x (decay - rise) / (kernel peak value).
@@ -151,6 +154,7 @@ void ApplySuggestion(Workspace& ws, const RecordingSuggestion& s) {
     if (!s.ok) return;
     ws.settings.method.riseTauMs = s.riseTauMs;
     ws.settings.method.decayTauMs = s.decayTauMs;
+    ws.settings.method.lowPassMs = s.lowPassMs;
     ws.params().ThresholdAmplitude = s.thresholdAmplitude;
     ws.params().AreaThreshold = s.areaThreshold;
 }
@@ -159,9 +163,9 @@ std::string SuggestionReport(const Workspace& ws, const RecordingSuggestion& s) 
     const std::string units = ws.recording ? ws.recording->Units() : std::string();
     return fmt::format(
         "Noise SD outside events: {:.4g} {} ({:.4g} counts).\n"
-        "Kernel from {} clear events: rise {:.3g} ms, decay {:.3g} ms.\n"
+        "Kernel from {} clear events: rise {:.3g} ms, decay {:.3g} ms; smoothing {:.3g} ms.\n"
         "Amplitude threshold {:.4g} {}; area threshold {:.4g} {}*ms.",
-        s.noiseSdUnits, units, s.noiseSdCounts, s.eventsUsed, s.riseTauMs, s.decayTauMs,
+        s.noiseSdUnits, units, s.noiseSdCounts, s.eventsUsed, s.riseTauMs, s.decayTauMs, s.lowPassMs,
         s.thresholdAmplitude, units, s.areaThreshold, units);
 }
 

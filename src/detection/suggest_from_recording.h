@@ -19,6 +19,7 @@ struct RecordingSuggestion {
     double noiseSdUnits = 0;
     int eventsUsed = 0;           // clear events averaged for the kernel
     double riseTauMs = 0, decayTauMs = 0;
+    double lowPassMs = 0;         // smoothing of the deconvolved trace
     float thresholdAmplitude = 0; // units
     float areaThreshold = 0;      // units x ms
 };
