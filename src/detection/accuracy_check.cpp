@@ -262,23 +262,30 @@ AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o, cons
     return RunAccuracyCheck(PrepareAccuracyCheck(ws, o), control);
 }
 
-std::string AccuracyTable(const AccuracyReport& r) {
-    std::string out = fmt::format(
+std::string AccuracySummary(const AccuracyReport& r) {
+    return fmt::format(
         "{:.1f} s checked, noise SD {:.4g} {}; {} events added, {} found (recall {:.3f}); {} false "
         "detections; {} detections in the unchanged stretch\n"
         "{} detections in the stretch turned upside down, away from its own events ({:.1f} s): "
-        "noise alone gives about {:.2f} false events per minute\n",
+        "noise alone gives about {:.2f} false events per minute",
         r.seconds, r.noiseSdUnits, r.units, r.added, r.found,
         r.added > 0 ? double(r.found) / r.added : 0.0, r.falsePositives, r.originalEvents,
         r.invertedDetections, r.invertedSeconds, r.FalsePerMinute());
+}
+
+std::string AccuracyRecall90Text(const AccuracyReport& r) {
+    return r.recall90Units ? fmt::format("Recall reaches 90 % from {:.4g} {}", *r.recall90Units, r.units)
+                           : std::string("Recall stays below 90 %");
+}
+
+std::string AccuracyTable(const AccuracyReport& r) {
+    std::string out = AccuracySummary(r) + "\n";
     out += fmt::format("{:>12} {:>12} {:>7} {:>7} {:>8} {:>7}\n", "from " + r.units, "to " + r.units,
                        "added", "found", "recall", "false");
     for (const AccuracyBin& b : r.bins)
         out += fmt::format("{:>12.4g} {:>12.4g} {:>7} {:>7} {:>8.3f} {:>7}\n", b.lowUnits, b.highUnits,
                            b.added, b.found, b.Recall(), b.falsePositives);
-    out += r.recall90Units ? fmt::format("Recall reaches 90 % from {:.4g} {}\n", *r.recall90Units, r.units)
-                           : std::string("Recall stays below 90 %\n");
-    return out;
+    return out + AccuracyRecall90Text(r) + "\n";
 }
 
 PlotData AccuracyPlot(const AccuracyReport& r) {

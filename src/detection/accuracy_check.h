@@ -97,6 +97,10 @@ AccuracyReport RunAccuracyCheck(const AccuracyInput& input, const AccuracyContro
 AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& options,
                              const AccuracyControl& control = {});
 
+// The lines above and below the table: what was checked and found, the
+// false events the noise gives, and where recall reaches 90 %.
+std::string AccuracySummary(const AccuracyReport& report);
+std::string AccuracyRecall90Text(const AccuracyReport& report);
 std::string AccuracyTable(const AccuracyReport& report);
 PlotData AccuracyPlot(const AccuracyReport& report);
 

@@ -29,6 +29,9 @@ AccuracyWindow::AccuracyWindow(QWidget* parent) : QDialog(parent) {
     summary_ = new QLabel(this);
     summary_->setObjectName("lbAccuracySummary");
     summary_->setWordWrap(true);
+    // Two lines that wrap into up to four: a wrapped label does not claim
+    // its height in the layout by itself.
+    summary_->setMinimumHeight(4 * summary_->fontMetrics().lineSpacing() + 4);
     table_ = new QTableWidget(this);
     table_->setObjectName("tblAccuracy");
     table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -62,7 +65,7 @@ AccuracyWindow::AccuracyWindow(QWidget* parent) : QDialog(parent) {
     poll_->setInterval(50);
     connect(poll_, &QTimer::timeout, this, &AccuracyWindow::ShowProgress);
     connect(&watcher_, &QFutureWatcherBase::finished, this, &AccuracyWindow::OnRunEnded);
-    resize(560, 420);
+    resize(640, 580);  // the ten bins without scrolling
 }
 
 AccuracyWindow::~AccuracyWindow() {
@@ -135,16 +138,7 @@ QString AccuracyWindow::Status() const { return status_->text(); }
 
 void AccuracyWindow::Show(const AccuracyReport& r) {
     const QString units = QString::fromStdString(r.units);
-    summary_->setText(tr("%1 s of the channel checked, noise SD %2 %3. %4 events added, %5 found "
-                         "(recall %6); %7 false detections; %8 detections in the unchanged copy.")
-                          .arg(r.seconds, 0, 'f', 1)
-                          .arg(r.noiseSdUnits, 0, 'g', 4)
-                          .arg(units)
-                          .arg(r.added)
-                          .arg(r.found)
-                          .arg(r.added > 0 ? double(r.found) / r.added : 0.0, 0, 'f', 3)
-                          .arg(r.falsePositives)
-                          .arg(r.originalEvents));
+    summary_->setText(QString::fromStdString(AccuracySummary(r)));
     const QStringList headers{tr("From (%1)").arg(units), tr("To (%1)").arg(units), tr("Added"),
                               tr("Found"), tr("Recall"), tr("False")};
     table_->clear();
@@ -163,9 +157,7 @@ void AccuracyWindow::Show(const AccuracyReport& r) {
         }
     }
     table_->resizeColumnsToContents();
-    recall90_->setText(r.recall90Units
-                           ? tr("Recall reaches 90 % from %1 %2.").arg(*r.recall90Units, 0, 'g', 4).arg(units)
-                           : tr("Recall stays below 90 %."));
+    recall90_->setText(QString::fromStdString(AccuracyRecall90Text(r)));
 }
 
 }  // namespace vess
