@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSpinBox>
 #include <QTimer>
 
@@ -221,6 +222,26 @@ TEST_F(GroupDataTest, EpisodicEventsAreGroupedByTheirSweeps) {
         sweeps.insert(int(e.sampleIndex / kSweep));
     }
     EXPECT_GE(sweeps.size(), 3u);
+}
+
+// Sweeps of their own lengths, shown whole: seven traces as long as the
+// longest (4230 points), each ending where its sweep ends.
+TEST_F(GroupDataTest, VariableLengthSweepsAreShownAsEpisodes) {
+    VESS_REQUIRE_SHARED_DATA();
+    dialogs.AnswerInput("0");  // the channel
+    ASSERT_TRUE(OpenFile(SharedData() / "abf1/2009_01_19_0002_varlen_v18.abf"));
+    GroupAnalysisWindow* w = window->OpenGroupAnalysis();
+    w->findChild<QRadioButton*>("Option2_0")->setChecked(true);
+    w->findChild<QCheckBox*>("Check10")->setChecked(true);
+    w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    const group::TraceSet& set = w->Traces();
+    ASSERT_EQ(set.count, 7);
+    ASSERT_EQ(set.length, 4230);
+    EXPECT_EQ(set.Row(1)[4157], ws.recording->Sample(4157));
+    EXPECT_EQ(set.Row(1)[4158], 0);  // the first sweep holds 4158 points
+    EXPECT_EQ(set.Row(2)[4229], ws.recording->Sample(4158 + 4229));
+    Shot(w, "group_analysis_variable_sweeps");
 }
 
 }  // namespace

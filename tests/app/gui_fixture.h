@@ -63,6 +63,12 @@ protected:
         ASSERT_TRUE(WaitFor([&] { return list->visualRect(index).isValid(); }));
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(index).center());
     }
+    // Opens a file by its path, as the file menu does; true when it is open.
+    bool OpenFile(const std::filesystem::path& path) {
+        window->OpenPath(QString::fromStdString(path.string()));
+        window->Trace()->setFocus();
+        return ws.recording && ws.recording->Path() == path;
+    }
     void OpenSample() {
         ClickFile("syn.abf");
         ASSERT_NE(ws.recording, nullptr);

@@ -43,11 +43,6 @@ bool ColourNear(const QImage& image, QPointF at, const QColor& colour, int radiu
 
 class ReviewTest : public GuiTest {
 protected:
-    bool OpenFile(const std::filesystem::path& path) {
-        window->OpenPath(QString::fromStdString(path.string()));
-        window->Trace()->setFocus();
-        return ws.recording && ws.recording->Path() == path;
-    }
     // Counts at the bottom and top of the plot.
     VisibleCounts Visible() const {
         const TraceView* t = window->Trace();
