@@ -7,7 +7,6 @@
 #include <random>
 
 #include "detection/event_kernel.h"
-#include "detection/method_filter.h"
 #include "detection/suggest_from_recording.h"
 #include "detection/whole_file.h"
 #include "recording/abf_writer.h"
@@ -140,17 +139,15 @@ void Tally(const std::vector<Added>& added, const std::vector<double>& before,
 
 // The detections on the turned-over stretch that lie away from the
 // recording's own events, and the length of the trace away from them. A
-// turned event reaches the detection criterion over its own length and, for
-// the deconvolution, over half the running-mean window on either side (it
-// raises the mean it is measured against), so the trace from that far before
-// each detected peak to that far after its end is left out.
+// turned event's decay looks like a slow event of the detected direction, so
+// the trace from a quarter of the event spacing before each detected peak to
+// a whole spacing after it is left out.
 void TallyInverted(const std::vector<double>& before, const std::vector<double>& inverted,
                    int64_t points, int64_t spacing, double intervalUs, AccuracyReport& r) {
-    const double reach = kRunningMeanMs / 2 * 1000 / intervalUs;
     std::vector<std::pair<double, double>> spans;
     for (double b : before) {
-        const double from = std::max(0.0, b - reach - double(spacing) / 4);
-        const double to = std::min(double(points), b + double(spacing) + reach);
+        const double from = std::max(0.0, b - double(spacing) / 4);
+        const double to = std::min(double(points), b + double(spacing));
         if (!spans.empty() && from <= spans.back().second) spans.back().second = std::max(spans.back().second, to);
         else spans.emplace_back(from, to);
     }

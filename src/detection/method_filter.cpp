@@ -6,6 +6,9 @@
 namespace vess {
 namespace {
 
+// The baseline's blocks (their means are what the running median takes).
+constexpr double kBaselineBlockMs = 2;
+
 std::vector<double> GaussianTaps(double sdPoints) {
     if (!(sdPoints > 0.3)) return {1.0};
     const int64_t half = int64_t(std::ceil(4 * sdPoints));
@@ -58,34 +61,37 @@ MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, in
         const std::vector<double> g = GaussianTaps(params.lowPassMs / dtMs);
         const std::vector<double> taps = Convolve(InverseKernelTaps(kernel, intervalUs), g);
         convolver_ = std::make_unique<FftConvolver>(taps, int64_t(g.size() / 2) + 1);
-        meanHalf_ = std::max<int64_t>(int64_t(std::lround(kRunningMeanMs / 2 / dtMs)), 1);
-        margin_ = meanHalf_ + int64_t(taps.size());
+        blockPoints_ = std::max<int64_t>(int64_t(std::lround(kBaselineBlockMs / dtMs)), 1);
+        blocksAside_ = std::max<int64_t>(
+            int64_t(std::lround(kRunningMeanMs / 2 / (double(blockPoints_) * dtMs))), 1);
+        margin_ = Apron() + int64_t(taps.size());
     }
 }
 
 std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count) const {
-    const int64_t before = convolver_->ReachBefore() + meanHalf_;
-    const int64_t after = convolver_->ReachAfter() + meanHalf_;
+    const int64_t before = convolver_->ReachBefore() + Apron();
+    const int64_t after = convolver_->ReachAfter() + Apron();
     std::vector<int16_t> raw(std::size_t(count + before + after));
     rec.ReadSamples(first - before, raw);
     std::vector<double> x(raw.begin(), raw.end());
-    return FromSamples(x, count);
+    return FromSamples(x, first, count);
 }
 
 std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
                                           int64_t count) const {
-    const int64_t before = convolver_->ReachBefore() + meanHalf_;
-    const int64_t after = convolver_->ReachAfter() + meanHalf_;
+    const int64_t before = convolver_->ReachBefore() + Apron();
+    const int64_t after = convolver_->ReachAfter() + Apron();
     std::vector<double> x(std::size_t(count + before + after));
     const int64_t last = int64_t(signal.size()) - 1;
     for (std::size_t i = 0; i < x.size(); ++i) {
         const int64_t at = std::clamp<int64_t>(first - before + int64_t(i), 0, std::max<int64_t>(last, 0));
         x[i] = signal.empty() ? 0.0 : signal[std::size_t(at)];
     }
-    return FromSamples(x, count);
+    return FromSamples(x, first, count);
 }
 
-std::vector<double> MethodFilter::FromSamples(const std::vector<double>& x, int64_t count) const {
+std::vector<double> MethodFilter::FromSamples(const std::vector<double>& x, int64_t first,
+                                              int64_t count) const {
     std::vector<double> filtered;
     convolver_->Filter(x, filtered);
     std::vector<double> out(std::size_t(std::max<int64_t>(count, 0)));
@@ -119,14 +125,57 @@ std::vector<double> MethodFilter::FromSamples(const std::vector<double>& x, int6
         }
         return out;
     }
-    // Running mean over 2 meanHalf + 1 points of the deconvolved trace.
-    std::vector<double> prefix(filtered.size() + 1, 0.0);
-    for (std::size_t i = 0; i < filtered.size(); ++i) prefix[i + 1] = prefix[i] + filtered[i];
-    const int64_t w = 2 * meanHalf_ + 1;
-    for (int64_t i = 0; i < count; ++i) {
-        const std::size_t c = std::size_t(i + meanHalf_);
-        const double mean = (prefix[std::size_t(i + w)] - prefix[std::size_t(i)]) / double(w);
-        out[std::size_t(i)] = direction_ * (filtered[c] - mean);
+    return LessRunningMedian(filtered, first, count);
+}
+
+namespace {
+
+// floor(a / b) for b > 0, also for negative a.
+int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
+
+}  // namespace
+
+std::vector<double> MethodFilter::LessRunningMedian(const std::vector<double>& filtered,
+                                                    int64_t first, int64_t count) const {
+    // filtered[j] is point first - Apron() + j.
+    const int64_t B = blockPoints_, K = blocksAside_, origin = first - Apron();
+    // Medians at the centres of blocks firstBlock .. lastBlock, which bracket
+    // every point of the stretch.
+    const int64_t firstBlock = FloorDiv(first, B) - 1;
+    const int64_t lastBlock = FloorDiv(first + count, B) + 1;
+    const int64_t meansFrom = firstBlock - K;
+    std::vector<double> means(std::size_t(lastBlock + K - meansFrom + 1));
+    for (std::size_t m = 0; m < means.size(); ++m) {
+        const int64_t start = (meansFrom + int64_t(m)) * B - origin;
+        double sum = 0;
+        for (int64_t j = start; j < start + B; ++j) sum += filtered[std::size_t(j)];
+        means[m] = sum / double(B);
+    }
+    // The running median of 2 K + 1 block means, kept in a sorted window
+    // that each step drops one mean from and takes one into.
+    std::vector<double> medians(std::size_t(lastBlock - firstBlock + 1));
+    std::vector<double> window(means.begin(), means.begin() + std::ptrdiff_t(2 * K + 1));
+    std::sort(window.begin(), window.end());
+    for (std::size_t k = 0;; ++k) {
+        medians[k] = window[std::size_t(K)];
+        if (k + 1 == medians.size()) break;
+        window.erase(std::lower_bound(window.begin(), window.end(), means[k]));
+        const double in = means[k + std::size_t(2 * K + 1)];
+        window.insert(std::upper_bound(window.begin(), window.end(), in), in);
+    }
+    // Between the centres of blocks k and k + 1 the level runs straight from
+    // one median to the next.
+    std::vector<double> out(std::size_t(std::max<int64_t>(count, 0)));
+    const double centre = double(B - 1) / 2;
+    int64_t a = first;
+    for (std::size_t k = 0; k + 1 < medians.size() && a < first + count; ++k) {
+        const double from = double((firstBlock + int64_t(k)) * B) + centre;
+        const int64_t end = std::min<int64_t>(int64_t(std::ceil(from + double(B))), first + count);
+        const double step = (medians[k + 1] - medians[k]) / double(B);
+        for (; a < end; ++a) {
+            const double level = medians[k] + step * (double(a) - from);
+            out[std::size_t(a - first)] = direction_ * (filtered[std::size_t(a - origin)] - level);
+        }
     }
     return out;
 }

@@ -3,8 +3,10 @@
 // gives the values the whole file gives:
 //  - deconvolution (Pernia-Andrade et al. 2012): the trace deconvolved with
 //    the event kernel (exactly, by the three-point inverse of a sampled
-//    double exponential), smoothed by a Gaussian and less its running mean
-//    over 50 ms, which takes out the baseline and slow drift;
+//    double exponential), smoothed by a Gaussian and less its running median
+//    over 50 ms (of 2 ms block means, interpolated), which takes out the baseline and slow drift (a median, so
+//    that a large event does not shift the level its neighbours are measured
+//    from: with a mean, a small event 10 ms after a large one went unseen);
 //  - template (Clements & Bekkers 1997): the template scaled and offset to fit
 //    the trace from each point by least squares; the criterion is the scale
 //    over its standard error.
@@ -22,8 +24,8 @@
 
 namespace vess {
 
-// The window of the running mean taken off the deconvolved trace (and off the
-// recorded trace when its noise is measured).
+// The window of the running median taken off the deconvolved trace (and of
+// the running mean taken off the recorded trace when its noise is measured).
 inline constexpr double kRunningMeanMs = 50;
 
 // The SD of the Gaussian smoothing of the deconvolved trace that suits a
@@ -51,11 +53,20 @@ public:
                                 int64_t count) const;
 
 private:
-    std::vector<double> FromSamples(const std::vector<double>& x, int64_t count) const;
+    // x begins at point first - ReachBefore() - Apron() of the channel.
+    std::vector<double> FromSamples(const std::vector<double>& x, int64_t first, int64_t count) const;
+    std::vector<double> LessRunningMedian(const std::vector<double>& filtered, int64_t first,
+                                          int64_t count) const;
+    // Points read beyond the deconvolution's own reach for the baseline.
+    int64_t Apron() const { return blockPoints_ > 0 ? (blocksAside_ + 3) * blockPoints_ : 0; }
     DetectionMethod method_;
     int direction_;
     int64_t margin_ = 0;
-    int64_t meanHalf_ = 0;        // deconvolution: half the running-mean window
+    // Deconvolution: the baseline is the median of the means of blocks of
+    // blockPoints_ (aligned on the channel's points), blocksAside_ either
+    // side of each block, interpolated between block centres.
+    int64_t blockPoints_ = 0;
+    int64_t blocksAside_ = 0;
     int64_t templatePoints_ = 0;
     std::vector<double> template_;
     std::unique_ptr<FftConvolver> convolver_;

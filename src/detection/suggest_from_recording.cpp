@@ -25,8 +25,9 @@ struct Candidate {
     double amplitude;  // counts, in the event direction
 };
 
-// Clear events of a first pass with the given kernel: onset, and amplitude
-// over the mean of the millisecond before the onset.
+// Clear events of a first pass with the given kernel: onset (the peak of
+// the deconvolved pulse), and amplitude over the mean of the millisecond
+// before the onset.
 std::vector<Candidate> ClearEvents(const MethodParameters& params, const std::vector<int16_t>& x,
                                    double intervalUs, int dir, double isolationMs) {
     MethodRun run(params, intervalUs, dir, {});
@@ -34,7 +35,16 @@ std::vector<Candidate> ClearEvents(const MethodParameters& params, const std::ve
     run.noise = RobustNoise(c);
     std::vector<double> z(c.size());
     for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
-    const std::vector<int64_t> points = DetectionPoints(z, kClearThreshold, run.minSeparationPoints, run.dipFraction);
+    std::vector<int64_t> points = DetectionPoints(z, kClearThreshold, run.minSeparationPoints, run.dipFraction);
+    // The onset is where the deconvolved pulse peaks: the crossing comes
+    // earlier the larger the event, which would blur the average.
+    for (int64_t& p : points) {
+        const int64_t end = std::min<int64_t>(p + run.peakWindowPoints, int64_t(z.size()));
+        int64_t top = p;
+        for (int64_t i = p; i < end && z[std::size_t(i)] > kClearThreshold; ++i)
+            if (z[std::size_t(i)] > z[std::size_t(top)]) top = i;
+        p = top;
+    }
     const int64_t lead = std::max<int64_t>(int64_t(1000 / intervalUs), 2);
     const int64_t isolation = int64_t(isolationMs * 1000 / intervalUs);
     std::vector<Candidate> out;

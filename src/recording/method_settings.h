@@ -15,7 +15,7 @@ struct MethodParameters {
     DetectionMethod method = DetectionMethod::Threshold;
     double riseTauMs = 0.5;          // event kernel: exp(-t/decay) - exp(-t/rise)
     double decayTauMs = 6;
-    double deconvolutionThreshold = 5;    // in noise SDs of the deconvolved trace
+    double deconvolutionThreshold = 5.2;  // in noise SDs of the deconvolved trace
     double templateThreshold = 4;       // scale over its standard error
     double lowPassMs = 0.8;             // SD of the Gaussian smoothing of the deconvolved trace
     double minSeparationMs = 1.5;       // closer crossings are one event unless two peaks show

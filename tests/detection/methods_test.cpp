@@ -17,6 +17,7 @@
 #include "detection/screen_commands.h"
 #include "detection/suggest_from_recording.h"
 #include "detection/whole_file.h"
+#include "recording/rounding.h"
 #include "recording/scripted_dialogs.h"
 #include "support/test_recording.h"
 
@@ -220,6 +221,43 @@ TEST_F(MethodsTest, SuggestionOnAChannelWithAnOddUnitScale) {
     EXPECT_NEAR(ws.settings.method.decayTauMs, 6, 1.0);
     DetectWholeFile(ws, dialogs);
     EXPECT_GE(Matched(ws.events, onsets), int(0.9 * double(onsets.size())));
+}
+
+// Large events do not move the baseline their neighbours are measured
+// against. Turned the other way (200 noise SDs upward where events go down),
+// they give no detections around them (with a running mean they gave 311).
+// The right way, the criterion of a small event (4 noise SDs) 20 ms after
+// each large one stands above the threshold, and the criterion between them
+// stays near 0 (a running mean held it 20 SDs below). The small events are
+// not stored: on the steep decay their trace has no peak of its own to
+// measure.
+TEST_F(MethodsTest, LargeEventsLeaveTheirNeighboursAlone) {
+    std::vector<int64_t> big;
+    for (int64_t o = 5000; o < 190000; o += 8000) big.push_back(o);
+    {
+        const Trace t = MakeTrace(200000, big, -2000, 10);
+        Workspace ws = Open(t, DetectionMethod::Deconvolution);
+        ScriptedDialogs dialogs;
+        DetectWholeFile(ws, dialogs);
+        EXPECT_EQ(ws.events.Count(), 0);
+    }
+    Trace t = MakeTrace(200000, big, 2000, 10);
+    const std::vector<double> shape = KernelSamples(kKernel, kIntervalUs, 2000);
+    for (int64_t o : big)
+        for (int64_t i = 0; i < 2000; ++i)
+            t.samples[std::size_t(o + 400 + i)] =
+                RoundClamp16(t.samples[std::size_t(o + 400 + i)] - 40 * shape[std::size_t(i)]);
+    Workspace ws = Open(t, DetectionMethod::Deconvolution);
+    const MethodRun run = PrepareMethodRun(ws.settings.method, *ws.recording, -1);
+    for (int64_t o : big) {
+        const std::vector<double> c = run.filter.Compute(*ws.recording, o + 100, 400);
+        std::vector<double> z(c.size());
+        for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
+        EXPECT_GT(*std::max_element(z.begin() + 250, z.end()), run.threshold) << o;
+        std::vector<double> between(z.begin(), z.begin() + 250);
+        std::nth_element(between.begin(), between.begin() + 125, between.end());
+        EXPECT_LT(std::abs(between[125]), 1.0) << o;
+    }
 }
 
 // Slowly rising events (rise 2 ms, decay 8 ms) of 2 noise SDs: the
