@@ -20,6 +20,7 @@ struct RecordingSuggestion {
     int eventsUsed = 0;           // clear events averaged for the kernel
     double riseTauMs = 0, decayTauMs = 0;
     double lowPassMs = 0;         // smoothing of the deconvolved trace
+    double templateThreshold = 0; // from the spread of the template criterion
     float thresholdAmplitude = 0; // units
     float areaThreshold = 0;      // units x ms
 };
