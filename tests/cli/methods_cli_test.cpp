@@ -1,6 +1,9 @@
 // The detection methods from the command line: every method scored in one
-// table, and the kernel learned from the events of an event file.
+// table, the kernel learned from the events of an event file, and the
+// accuracy check as JSON.
 #include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
 
 #include <string>
 
@@ -56,6 +59,39 @@ TEST(VessMethods, ScoreTablesEveryMethodAndDetectLearnsTheKernelFromEvents) {
         "detect " + abf.string() + " --learn-kernel-from " + (dir / "none.EVT").string(), err);
     EXPECT_NE(missing.exitCode, 0);
     EXPECT_NE(missing.err.find("none.EVT"), std::string::npos) << missing.err;
+}
+
+// On a synthetic recording with almost no events of its own and noise of
+// 2 pA, the deconvolution finds every added event of 10 noise SDs, the
+// bins cover 0.5 to 10 SDs, and the stretch turned upside down gives few
+// false events.
+TEST(VessMethods, CheckReportsRecallPerBinAndTheFalseEventsOfTheNoise) {
+    test::TempDir dir;
+    SynthOptions o;
+    o.seconds = 20;
+    o.seed = 6;
+    o.eventsPerSecond = 0.05;
+    o.noiseRmsPa = 2;
+    const auto abf = dir / "quiet.abf";
+    ASSERT_EQ(WriteSynthetic(abf, Synthesise(o)), "");
+    const test::VessRun run = RunVessCli(
+        "check " + abf.string() + " --method deconvolution --suggest-from-noise --events 150 --json",
+        dir / "err.txt");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const nlohmann::json j = nlohmann::json::parse(run.out);
+    EXPECT_EQ(j["method"], "deconvolution");
+    EXPECT_EQ(j["added"], 150);
+    const auto& bins = j["bins"];
+    ASSERT_EQ(bins.size(), 10u);
+    const double sd = j["noise_sd"];
+    EXPECT_NEAR(double(bins.front()["from"]), 0.5 * sd, 1e-9 * sd);
+    EXPECT_NEAR(double(bins.back()["to"]), 10 * sd, 1e-6 * sd);
+    EXPECT_DOUBLE_EQ(double(bins.back()["recall"]), 1.0);
+    EXPECT_LT(double(bins.front()["recall"]), 0.2);
+    EXPECT_TRUE(j["recall_90_amplitude"].is_number());
+    EXPECT_GT(double(j["recall_90_amplitude"]), sd);
+    EXPECT_LE(int(j["inverted_detections"]), 3);
+    EXPECT_NEAR(double(j["false_per_minute"]), int(j["inverted_detections"]) * 3.0, 0.5);
 }
 
 }  // namespace
