@@ -4,6 +4,7 @@
 // Workspace, and every command is a core function followed by a redraw.
 #pragma once
 
+#include <QPointer>
 #include <QMainWindow>
 
 #include <functional>
@@ -248,7 +249,7 @@ private:
     // is on; detection reads it when the settings say so.
     bool showFiltered_ = true;
     QLabel* statusFilter_ = nullptr;
-    FilterDialog* filterDialog_ = nullptr;
+    QPointer<FilterDialog> filterDialog_;  // cleared when the dialog is deleted
     AccuracyWindow* accuracyWindow_ = nullptr;
 };
 

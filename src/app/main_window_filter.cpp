@@ -46,7 +46,6 @@ void MainWindow::OnFilterDialog() {
         connect(filterDialog_, &FilterDialog::ApplyRequested, this, &MainWindow::OnFilterApply);
         connect(filterDialog_, &FilterDialog::RemoveRequested, this, &MainWindow::OnRemoveFilter);
         connect(filterDialog_, &QDialog::finished, filterDialog_, &QObject::deleteLater);
-        connect(filterDialog_, &QObject::destroyed, this, [this] { filterDialog_ = nullptr; });
     }
     filterDialog_->show();
     filterDialog_->raise();

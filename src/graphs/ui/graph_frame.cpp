@@ -39,6 +39,8 @@ std::string FileNameOf(const std::string& title) {
 
 }  // namespace
 
+GraphFrame::~GraphFrame() { disconnect(area_, nullptr, this, nullptr); }
+
 GraphFrame::GraphFrame(QWidget* parent) : QMainWindow(parent), area_(new QMdiArea(this)) {
     setObjectName("GraphFrame");
     setWindowTitle(tr("Graphs"));

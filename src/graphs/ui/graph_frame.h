@@ -21,6 +21,8 @@ class GraphFrame : public QMainWindow {
     Q_OBJECT
 public:
     explicit GraphFrame(QWidget* parent = nullptr);
+    // The area's signals stop first: its windows are closed as the frame goes.
+    ~GraphFrame() override;
 
     PlotWidget* AddPlot(const PlotData& plot);
     std::vector<PlotWidget*> Plots() const;
