@@ -6,6 +6,7 @@
 #include <cmath>
 #include <random>
 
+#include "detection/detector.h"
 #include "detection/event_kernel.h"
 #include "detection/suggest_from_recording.h"
 #include "detection/whole_file.h"
@@ -20,22 +21,6 @@ struct Added {
     int64_t onset;
     double amplitudeCounts;
 };
-
-// The format of the chosen channel, as a single-channel file.
-AbfWriteSpec ChannelFormat(const Recording& rec) {
-    AbfWriteSpec writeSpec;
-    writeSpec.intervalUs = rec.IntervalUs();
-    writeSpec.adcRange = rec.Header().adcRange;
-    writeSpec.adcResolution = rec.Header().adcResolution;
-    AbfChannelSpec ch;
-    ch.units = rec.Units();
-    ch.programmableGain = 1;
-    ch.signalGain = 1;
-    ch.instrumentScaleFactor = rec.Gain();
-    ch.signalOffset = rec.Offset();
-    writeSpec.channels = {ch};
-    return writeSpec;
-}
 
 // A recording in memory holding samples in the channel's format.
 std::unique_ptr<Recording> InMemory(const AccuracyInput& in, const std::vector<int16_t>& samples) {
@@ -203,7 +188,7 @@ AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o
     in.settings = ws.settings;
     in.samples.resize(static_cast<std::size_t>(n));
     rec.ReadSamples(0, in.samples);
-    in.format = ChannelFormat(rec);
+    in.format = ChannelWriteSpec(rec);
     in.countUnits = std::abs(double(rec.Bit2pA2(1)));
     in.name = rec.Path().filename();
     return in;
@@ -227,7 +212,7 @@ AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& 
     r.noiseSdUnits = sdCounts * in.countUnits;
     r.units = in.format.channels.front().units;
     r.seconds = double(n) * intervalUs / 1e6;
-    const int dir = in.settings.analysis.PeakDirection > 0 ? 1 : -1;
+    const int dir = NormalizedDirection(in.settings.analysis.PeakDirection);
     const std::vector<Added> added =
         PlaceEvents(n, spacing, o.events, o.lowSds * sdCounts, o.highSds * sdCounts, o.seed);
     std::vector<int16_t> copy = x;

@@ -63,7 +63,7 @@ MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, in
         convolver_ = std::make_unique<FftConvolver>(taps, int64_t(g.size() / 2) + 1);
         blockPoints_ = std::max<int64_t>(int64_t(std::lround(kBaselineBlockMs / dtMs)), 1);
         blocksAside_ = std::max<int64_t>(
-            int64_t(std::lround(kRunningMeanMs / 2 / (double(blockPoints_) * dtMs))), 1);
+            int64_t(std::lround(kBaselineWindowMs / 2 / (double(blockPoints_) * dtMs))), 1);
         margin_ = Apron() + int64_t(taps.size());
     }
 }
@@ -227,20 +227,21 @@ NoiseLevel RobustNoise(std::vector<double> v) {
     return level;
 }
 
-NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec) {
+std::vector<std::pair<int64_t, int64_t>> NoiseStretches(const Recording& rec) {
     const int64_t points = rec.PointsPerChannel();
-    const int64_t twoMinutes = int64_t(120e6 / rec.IntervalUs());
+    if (points <= int64_t(120e6 / rec.IntervalUs())) return {{0, points}};
+    const int64_t stretch = int64_t(3e6 / rec.IntervalUs());
+    constexpr int kStretches = 40;
+    std::vector<std::pair<int64_t, int64_t>> stretches;
+    for (int s = 0; s < kStretches; ++s) stretches.emplace_back((points - stretch) * s / (kStretches - 1), stretch);
+    return stretches;
+}
+
+NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec) {
     std::vector<double> values;
-    if (points <= twoMinutes) {
-        values = filter.Compute(rec, 0, points);
-    } else {
-        const int64_t stretch = int64_t(3e6 / rec.IntervalUs());
-        constexpr int kStretches = 40;
-        for (int s = 0; s < kStretches; ++s) {
-            const int64_t first = (points - stretch) * s / (kStretches - 1);
-            const std::vector<double> part = filter.Compute(rec, first, stretch);
-            values.insert(values.end(), part.begin(), part.end());
-        }
+    for (const auto& [first, count] : NoiseStretches(rec)) {
+        const std::vector<double> part = filter.Compute(rec, first, count);
+        values.insert(values.end(), part.begin(), part.end());
     }
     return RobustNoise(std::move(values));
 }

@@ -4,9 +4,10 @@
 //  - deconvolution (Pernia-Andrade et al. 2012): the trace deconvolved with
 //    the event kernel (exactly, by the three-point inverse of a sampled
 //    double exponential), smoothed by a Gaussian and less its running median
-//    over 50 ms (of 2 ms block means, interpolated), which takes out the baseline and slow drift (a median, so
-//    that a large event does not shift the level its neighbours are measured
-//    from: with a mean, a small event 10 ms after a large one went unseen);
+//    over 50 ms (of 2 ms block means, interpolated), which takes out the
+//    baseline and slow drift; a median, so that a large event does not shift
+//    the level its neighbours are measured from (with a mean, a small event
+//    10 ms after a large one went unseen);
 //  - template (Clements & Bekkers 1997): the template scaled and offset to fit
 //    the trace from each point by least squares; the criterion is the scale
 //    over its standard error.
@@ -15,6 +16,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "detection/event_kernel.h"
@@ -26,7 +28,7 @@ namespace vess {
 
 // The window of the running median taken off the deconvolved trace (and of
 // the running mean taken off the recorded trace when its noise is measured).
-inline constexpr double kRunningMeanMs = 50;
+inline constexpr double kBaselineWindowMs = 50;
 
 // The SD of the Gaussian smoothing of the deconvolved trace that suits a
 // kernel: its rise time constant, and at least the default. A deconvolved
@@ -82,8 +84,12 @@ struct NoiseLevel {
 };
 NoiseLevel RobustNoise(std::vector<double> values);
 
-// The noise of the criterion over the channel: the whole channel when it is
-// at most two minutes long, otherwise 40 stretches of 3 s spread evenly.
+// The stretches (first point, count) a channel's noise is measured over: the
+// whole channel when it is at most two minutes long, otherwise 40 stretches
+// of 3 s spread evenly.
+std::vector<std::pair<int64_t, int64_t>> NoiseStretches(const Recording& rec);
+
+// The noise of the criterion over the NoiseStretches of the channel.
 NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec);
 
 }  // namespace vess

@@ -89,21 +89,12 @@ double FittedKernelAmplitude(const Recording& rec, int64_t centre, const EventKe
 }
 
 double TraceNoiseSd(const Recording& rec) {
-    const int64_t points = rec.PointsPerChannel();
-    const int64_t half = Points(kRunningMeanMs / 2, rec.IntervalUs());
-    const int64_t twoMinutes = int64_t(120e6 / rec.IntervalUs());
+    const int64_t half = Points(kBaselineWindowMs / 2, rec.IntervalUs());
     std::vector<double> values;
-    auto take = [&](int64_t first, int64_t count) {
+    for (const auto& [first, count] : NoiseStretches(rec)) {
         std::vector<int16_t> x(std::size_t(std::max<int64_t>(count, 0)));
         rec.ReadSamples(first, x);
         AppendDetrended(x, half, values);
-    };
-    if (points <= twoMinutes) {
-        take(0, points);
-    } else {
-        const int64_t stretch = int64_t(3e6 / rec.IntervalUs());
-        constexpr int kStretches = 40;
-        for (int s = 0; s < kStretches; ++s) take((points - stretch) * s / (kStretches - 1), stretch);
     }
     return RobustNoise(std::move(values)).sd;
 }

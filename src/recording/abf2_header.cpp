@@ -280,10 +280,8 @@ ParsedHeader ParseAbf2Header(const ByteReader& read, uint64_t fileSize) {
         }
     }
 
-    // Synch times count the synch time unit or, when it is 0, single samples
-    // (of any channel).
-    p.sweeps.synchUnitUs = info.synchTimeUnit > 0 ? double(info.synchTimeUnit)
-                                                  : double(h.adcSampleInterval);
+    p.sweeps.synchTimeUnitUs = info.synchTimeUnit;
+    p.sweeps.sampleIntervalUs = h.adcSampleInterval;
 
     p.headerEnd = int64_t(kHeaderBytes);
     p.dataOffset = int64_t(data.Offset());

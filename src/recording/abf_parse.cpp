@@ -29,8 +29,9 @@ std::vector<int64_t> FindSweepStarts(const SweepLayout& layout, int channels, in
 }
 
 std::vector<double> SweepTimesMs(const SweepLayout& layout) {
+    const double unitUs = layout.synchTimeUnitUs > 0 ? layout.synchTimeUnitUs : layout.sampleIntervalUs;
     std::vector<double> ms;
-    for (int64_t t : layout.sweepTimes) ms.push_back(double(t) * layout.synchUnitUs / 1000.0);
+    for (int64_t t : layout.sweepTimes) ms.push_back(double(t) * unitUs / 1000.0);
     return ms;
 }
 

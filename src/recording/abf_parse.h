@@ -26,7 +26,8 @@ struct SweepLayout {
     int64_t sweeps = 0;                 // sweeps recorded
     std::vector<int64_t> sweepSamples;  // per sweep, all channels (variable-length sweeps)
     std::vector<int64_t> sweepTimes;    // start of each of those sweeps, in synch time units
-    double synchUnitUs = 0;             // one synch time unit
+    double synchTimeUnitUs = 0;         // as the header gives it; 0: one sample interval
+    double sampleIntervalUs = 0;        // of one sample (of any channel)
 };
 
 // The acquisition start times of variable-length sweeps in ms, from their

@@ -41,6 +41,22 @@ StartTime Now() {
 
 }  // namespace
 
+AbfWriteSpec ChannelWriteSpec(const Recording& rec) {
+    AbfWriteSpec writeSpec;
+    writeSpec.intervalUs = rec.IntervalUs();
+    writeSpec.adcRange = rec.Header().adcRange;
+    writeSpec.adcResolution = rec.Header().adcResolution;
+    AbfChannelSpec channel;
+    channel.units = rec.Units();
+    channel.programmableGain = 1;
+    channel.signalGain = 1;
+    channel.instrumentScaleFactor = rec.Gain();
+    channel.instrumentOffset = 0;
+    channel.signalOffset = rec.Offset();
+    writeSpec.channels = {channel};
+    return writeSpec;
+}
+
 std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frames) {
     using namespace abf;
     std::vector<uint8_t> h(kExtendedHeaderBytes, 0);

@@ -11,6 +11,8 @@
 
 namespace vess {
 
+class Recording;
+
 struct AbfChannelSpec {
     std::string name = "IN 0";
     std::string units = "pA";
@@ -38,6 +40,11 @@ struct AbfWriteSpec {
     int32_t fileStartDate = 0;
     int32_t fileStartTimeS = 0;
 };
+
+// The chosen channel of rec as a single-channel file: its interval, range,
+// units, and its whole gain in one factor, so that counts convert to units
+// exactly as in rec.
+AbfWriteSpec ChannelWriteSpec(const Recording& rec);
 
 // The header bytes (6144, the extended header) that WriteAbf puts before
 // frames interleaved samples.

@@ -134,10 +134,8 @@ AbfError ReadAbf1SweepLengths(const ByteReader& read, std::span<const uint8_t> h
         sweeps.sweepSamples.push_back(le::Get<int32_t>(bytes, at + kSynchEntryLength));
         sweeps.sweepTimes.push_back(le::Get<int32_t>(bytes, at + kSynchEntryStart));
     }
-    // Synch times count the synch time unit or, when it is 0, single samples
-    // (of any channel).
-    const float unit = le::Get<float>(head, kSynchTimeUnit);
-    sweeps.synchUnitUs = unit > 0 ? double(unit) : double(le::Get<float>(head, kADCSampleInterval));
+    sweeps.synchTimeUnitUs = le::Get<float>(head, kSynchTimeUnit);
+    sweeps.sampleIntervalUs = le::Get<float>(head, kADCSampleInterval);
     return AbfError::None;
 }
 

@@ -76,21 +76,7 @@ private:
 }  // namespace
 
 AbfWriteSpec EventFreeWriteSpec(const Recording& rec) {
-    const AbfHeader& h = rec.Header();
-    AbfWriteSpec writeSpec;
-    writeSpec.intervalUs = rec.IntervalUs();
-    writeSpec.adcRange = h.adcRange;
-    writeSpec.adcResolution = h.adcResolution;
-    AbfChannelSpec channel;
-    channel.units = rec.Units();
-    // The channel's whole gain in one factor, so that counts convert exactly
-    // as in the source.
-    channel.programmableGain = 1;
-    channel.signalGain = 1;
-    channel.instrumentScaleFactor = rec.Gain();
-    channel.instrumentOffset = 0;
-    channel.signalOffset = rec.Offset();
-    writeSpec.channels = {channel};
+    AbfWriteSpec writeSpec = ChannelWriteSpec(rec);
     writeSpec.comment = "Event-free: " + rec.FileName();
     return writeSpec;
 }
