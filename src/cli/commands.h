@@ -21,5 +21,6 @@ void AddHrvCommand(CLI::App& app);       // vess hrv SOURCE [...]
 void AddFilterCommand(CLI::App& app);    // vess filter FILE.abf --kind K --pass P --cutoff HZ --order N [...]
 void AddSignalToolCommands(CLI::App& app);  // vess noise, eventfree, synch
 void AddBatchCommand(CLI::App& app);     // vess batch FILES... | --list LIST [...]
+void AddTraceAnalysisCommands(CLI::App& app);  // vess ap, ap-train, fepsp, peaks TRACE.csv
 
 }  // namespace vess::cli

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     vess::cli::AddFilterCommand(app);
     vess::cli::AddSignalToolCommands(app);
     vess::cli::AddBatchCommand(app);
+    vess::cli::AddTraceAnalysisCommands(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

@@ -1,5 +1,6 @@
 #include "group_analysis/result_row.h"
 
+#include "group_analysis/measure_columns.h"
 #include "recording/le_bytes.h"
 
 namespace vess::group {
@@ -53,6 +54,17 @@ void ForEachInteger(Values& v, F&& f) {
     f(o::kRestarts, v.restarts);
 }
 
+// Headings laid out one value after the other from the first measure slot;
+// "-" marks a slot the kind does not show.
+template <std::size_t N>
+std::vector<ResultColumn> MeasureColumns(const std::array<std::string_view, N>& titles) {
+    static_assert(N <= columns::kSlots);
+    std::vector<ResultColumn> out;
+    for (std::size_t i = 0; i < N; ++i)
+        if (titles[i] != "-") out.push_back({titles[i], columns::kFirstOffset + 8 * i});
+    return out;
+}
+
 }  // namespace
 
 ResultBytes WriteResultRow(const ResultValues& values) {
@@ -85,6 +97,12 @@ std::vector<ResultColumn> ResultColumns(ResultKind kind) {
             return {{"Amplitude", o::kAmplitude}, {"i", o::kUnitCurrent}, {"N", o::kChannels},
                     {"Po", o::kOpenProbability}, {"Base Var", o::kBaselineVariance},
                     {"R-Sqr", o::kRSquared}};
+        case ResultKind::SpikeShape: return MeasureColumns(columns::kSpikeShape);
+        case ResultKind::SpikeTrain: return MeasureColumns(columns::kSpikeTrain);
+        case ResultKind::FieldPotential: return MeasureColumns(columns::kFieldPotential);
+        case ResultKind::EvokedCurrent: return MeasureColumns(columns::kEvokedCurrent);
+        case ResultKind::Multipeak: return MeasureColumns(columns::kMultipeak);
+        case ResultKind::ManualPoint: return MeasureColumns(columns::kManualPoint);
         case ResultKind::None: break;
     }
     return {{"Amplitude", o::kAmplitude}, {"Time", o::kTime}, {"Baseline", o::kBaseline},

@@ -1,5 +1,6 @@
 #include "group_analysis/results_commands.h"
 
+#include <cmath>
 #include <filesystem>
 
 #include <fmt/format.h>
@@ -47,7 +48,10 @@ void DeleteSelectedResults(ResultsTable& table, const std::set<int32_t>& rows) {
     KeepRows(table, [&](int32_t i) { return !rows.contains(i); });
 }
 
-std::string FormatResult(double value) { return fmt::format("{:.3f}", value); }
+// A value that was not measured (NaN) shows blank.
+std::string FormatResult(double value) {
+    return std::isfinite(value) ? fmt::format("{:.3f}", value) : std::string();
+}
 
 std::string ResultsText(const ResultsTable& table) {
     const ResultKind kind =
@@ -141,7 +145,9 @@ bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
 bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
                              DataArray& array, int arrayNumber, Dialogs& dialogs) {
     std::vector<float> values;
-    for (const ResultBytes& row : table.Rows()) values.push_back(float(ResultCell(row, column)));
+    // Cells that were not measured are not data.
+    for (const ResultBytes& row : table.Rows())
+        if (const double x = ResultCell(row, column); std::isfinite(x)) values.push_back(float(x));
     if (!array.Empty() &&
         dialogs.AskYesNo(Str(texts::kAppendOrClearCaption), texts::ClearArrayPrompt(arrayNumber)))
         array.Clear();

@@ -1,5 +1,6 @@
 #include "group_analysis/results_plots.h"
 
+#include <cmath>
 #include <algorithm>
 #include <charconv>
 
@@ -35,7 +36,9 @@ ResultKind LastKind(const ResultsTable& table) {
 
 std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& column) {
     std::vector<double> v;
-    for (const ResultBytes& row : table.Rows()) v.push_back(ResultCell(row, column));
+    // Cells that were not measured are left out.
+    for (const ResultBytes& row : table.Rows())
+        if (const double x = ResultCell(row, column); std::isfinite(x)) v.push_back(x);
     return v;
 }
 

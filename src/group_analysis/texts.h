@@ -32,6 +32,13 @@ inline constexpr std::string_view kOnlyIndividualOrAverage =
 inline constexpr std::string_view kOnlyAverageOrIndividual =
     "This function is only for Average or Individual trace.";
 inline constexpr std::string_view kNotAvailableCaption = "Not Available";
+inline constexpr std::string_view kTryAgainCaption = "Try Again";
+inline constexpr std::string_view kManualOnlyIndividual =
+    "Manual detection only works with individual traces.  Please change the display settings and try again.";
+inline constexpr std::string_view kFieldPotentials = "Field Potentials";
+inline constexpr std::string_view kSynapticCurrents = "Synaptic Currents";
+inline constexpr std::string_view kSlopeFitted = "Slope";
+inline constexpr std::string_view kSlopeChord = "10-90% Chord";
 inline constexpr std::string_view kAvailableInFuture = "This function will be available in future";
 
 // Trace and curve data out.

@@ -230,6 +230,7 @@ void GroupAnalysisWindow::BuildControls() {
     lv->addWidget(display);
     lv->addWidget(fitting);
     lv->addWidget(fluctuation);
+    lv->addWidget(BuildAnalysisSettings());
     lv->addLayout(buttons);
     lv->addStretch();
     auto* right = new QWidget;
@@ -296,6 +297,7 @@ void GroupAnalysisWindow::ReadControls() {
     s.AverageTrace = std::max(0, averageTraces_->currentText().toInt());
     s.SubtractBaseVar = subtractBaseVar_->isChecked();
     s.NonStationaryOffset = fluctuationOffset_->isChecked();
+    ReadAnalysisControls();
 }
 
 void GroupAnalysisWindow::WriteControls() {
@@ -323,6 +325,7 @@ void GroupAnalysisWindow::WriteControls() {
     averageTraces_->setCurrentText(QString::number(s.AverageTrace));
     subtractBaseVar_->setChecked(s.SubtractBaseVar);
     fluctuationOffset_->setChecked(s.NonStationaryOffset);
+    WriteAnalysisControls();
 }
 
 void GroupAnalysisWindow::UpdateCursorLabel() {

@@ -14,6 +14,7 @@
 
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/group_settings.h"
+#include "group_analysis/spike_shape.h"
 #include "group_analysis/trace_set.h"
 #include "group_analysis/trace_text.h"
 
@@ -78,6 +79,19 @@ public:
     QAction* Action(const char* name) const { return actions_.at(name); }
     const std::optional<ResultCurve>& Curve() const { return resultCurve_; }
 
+    // The trace analyses of the Analysis menu (group_window_analyses.cpp):
+    // each reads the shown trace between the cursors the user placed,
+    // draws what it found and appends its rows.
+    void RunSpikeShape();
+    void RunSpikeTrain();
+    void RunFieldPotential();
+    void RunMultipeak();
+    // Manual detection: each click on the trace appends its time and value;
+    // Escape ends it.
+    void StartManualDetection();
+    void EndManualDetection();
+    bool ManualDetection() const { return manual_; }
+
 private:
     void BuildControls();
     void BuildKeys();
@@ -103,6 +117,16 @@ private:
     void SavePicture();
     void RunFluctuation();
     void NotAvailable();
+    void BuildSpecialAnalyses(QMenu* analysis);
+    QWidget* BuildAnalysisSettings();
+    void ReadAnalysisControls();
+    void WriteAnalysisControls();
+    SpikeShapeSettings MakeSpikeSettings() const;
+    // The stretch an analysis of one trace works on, or nullopt (after
+    // saying why) when there is no trace or several are shown.
+    std::optional<SampledTrace> AnalysedStretch();
+    void AppendMeasureRows(ResultKind kind, const std::vector<std::vector<double>>& rows);
+    void ManualPoint(int32_t point);
 
     Workspace& ws_;
     Dialogs& dialogs_;
@@ -128,6 +152,11 @@ private:
     QComboBox *criterion_, *regroupTarget_, *amplitudeBins_, *averageTraces_;
     QCheckBox *baseline_, *fullSweep_, *timeLock_, *includeOffset_, *fixAmplitude_, *useGuess_;
     QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_, *subtractBaseVar_, *fluctuationOffset_;
+    QComboBox *widthAbove_, *ym_, *yt_, *decayPercent_, *slopeKind_, *fieldKind_, *thresholdRate_, *peakSds_;
+    QCheckBox* thresholdBaseline_;
+    bool manual_ = false;
+    int manualCount_ = 0;
+    double manualTime_ = 0, manualValue_ = 0;
     QPushButton *start_, *fit_;
     QLabel *traceLabel_, *cursorLabel_, *progress_;
     TracePicture* picture_;

@@ -411,10 +411,7 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(analysis, "menu_simplex_User", tr("&User-defined Function..."), [this] {
         dialogs_.Message(Str(texts::kNotAvailableCaption), Str(texts::kAvailableInFuture));
     });
-    for (const char* special : {"Action Potential Wave Analysis", "Amperometric Peak Analysis", "ECG Analysis",
-                                "Population Spike / fEPSP Analysis", "Multipeak Analysis",
-                                "Random-walk Diffusion Fitting"})
-        AddAction(analysis, special, tr(special), [this] { NotAvailable(); });
+    BuildSpecialAnalyses(analysis);
 
     QMenu* groups = menuBar()->addMenu(tr("&Groups"));
     for (auto [name, mode] : {std::pair{"menu_groupBursts", GroupAssignMode::Bursts},

@@ -42,10 +42,12 @@ void TracePicture::SetTraces(const TraceSet* set, const UnitScale& scale) {
     trace_ = 0;
     highlighted_ = -1;
     curve_.clear();
+    marks_.clear();
+    cursorsPlaced_ = false;
     update();
 }
 void TracePicture::ShowTrace(int32_t trace) {
-    if (trace != trace_ || all_) highlighted_ = -1;
+    if (trace != trace_ || all_) highlighted_ = -1, marks_.clear();
     trace_ = trace;
     all_ = false;
     update();
@@ -63,6 +65,22 @@ void TracePicture::SetCurve(int32_t fromPoint, std::vector<double> values) {
     update();
 }
 void TracePicture::ClearCurve() { curve_.clear(); update(); }
+void TracePicture::SetMarks(std::vector<PlotSeries> marks) { marks_ = std::move(marks); update(); }
+
+void TracePicture::DrawMarks(QPainter& p, std::pair<double, double> range) const {
+    const double pointsPerMs = 1000.0 / set_->intervalUs;
+    for (const PlotSeries& s : marks_) {
+        const Colour c = s.colour.value_or(Colour{255, 255, 0});
+        p.setPen(QPen(QColor(c.r, c.g, c.b), 2));
+        QPolygonF line;
+        for (std::size_t k = 0; k < s.Size(); ++k) {
+            const QPointF at(XOf(s.x[k] * pointsPerMs), YOf(s.y[k], range));
+            if (s.kind == SeriesKind::Scatter) p.drawEllipse(at, s.pointSize / 2 + 1, s.pointSize / 2 + 1);
+            else line << at;
+        }
+        if (!line.isEmpty()) p.drawPolyline(line);
+    }
+}
 
 void TracePicture::SetCursor(int which, int32_t point) {
     const int32_t last = set_ && set_->length > 0 ? set_->length - 1 : 0;
@@ -81,7 +99,7 @@ QPointF TracePicture::PixelOf(int32_t t, int32_t point) const {
     return {XOf(point), YOf(scale_.Level(set_->Row(t)[std::size_t(point)]))};
 }
 
-double TracePicture::XOf(int32_t point) const {
+double TracePicture::XOf(double point) const {
     const int32_t n = set_ ? std::max(set_->length - 1, 1) : 1;
     return kMargin + double(width() - 2 * kMargin) * point / n;
 }
@@ -156,6 +174,7 @@ void TracePicture::paintEvent(QPaintEvent*) {
         p.setPen(QPen(Qt::red, 2));
         p.drawPath(path);
     }
+    DrawMarks(p, range);
     if (scaleBars_) DrawScaleBars(p);
     p.setPen(QPen(Qt::green, 1, Qt::DashLine));
     for (int32_t c : cursor_) p.drawLine(QPointF(XOf(c), kMargin / 2.0), QPointF(XOf(c), height() - kMargin / 2.0));
@@ -207,7 +226,12 @@ void TracePicture::mousePressEvent(QMouseEvent* e) {
         if (chosen >= 0) emit TraceHighlighted(chosen);
         return;
     }
+    if (manual_ && e->button() == Qt::LeftButton) {
+        emit PointPicked(std::clamp(point, 0, set_->length - 1));
+        return;
+    }
     const bool second = e->button() == Qt::MiddleButton || (e->modifiers() & Qt::ShiftModifier);
+    cursorsPlaced_ = true;
     SetCursor(second ? 1 : 0, point);
 }
 

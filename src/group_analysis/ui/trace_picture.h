@@ -10,6 +10,7 @@ class QPainter;
 #include <optional>
 #include <vector>
 
+#include "graphs/plot_data.h"
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/trace_set.h"
 
@@ -28,6 +29,16 @@ public:
     void SetGainOffset(double gain, double offset);
     void SetCurve(int32_t fromPoint, std::vector<double> values);
     void ClearCurve();
+    // What an analysis found, drawn over the trace: markers and lines with
+    // x in ms from the start of the trace and y in units. Showing another
+    // trace or a new set clears them.
+    void SetMarks(std::vector<PlotSeries> marks);
+    const std::vector<PlotSeries>& Marks() const { return marks_; }
+    // Manual detection: a left click picks a point (PointPicked) instead of
+    // moving a cursor.
+    void SetManualMode(bool on) { manual_ = on; setCursor(on ? Qt::CrossCursor : Qt::ArrowCursor); }
+    // True once the user has placed a cursor by clicking since the traces were set.
+    bool CursorsPlaced() const { return cursorsPlaced_; }
     // The trace drawn in the highlight colour (-1: none). A right click picks
     // the trace nearest it in the superimposed display, or the shown trace
     // when it comes near it; elsewhere it clears the highlight, as does
@@ -49,13 +60,15 @@ public:
 signals:
     void CursorsMoved();
     void TraceHighlighted(int32_t trace);
+    void PointPicked(int32_t point);
 
 protected:
     void paintEvent(QPaintEvent*) override;
     void mousePressEvent(QMouseEvent* e) override;
 
 private:
-    double XOf(int32_t point) const;
+    double XOf(double point) const;
+    void DrawMarks(QPainter& p, std::pair<double, double> range) const;
     int32_t PointOf(double x) const;
     double YOf(double units) const;
     double YOf(double units, std::pair<double, double> range) const;
@@ -75,6 +88,8 @@ private:
     int32_t cursor_[2] = {0, 0};
     int32_t highlighted_ = -1;
     bool scaleBars_ = false;
+    std::vector<PlotSeries> marks_;
+    bool manual_ = false, cursorsPlaced_ = false;
 };
 
 }  // namespace vess::group

@@ -1,0 +1,182 @@
+// The trace analyses where a measurement cannot be made, the levels that
+// decide what counts as a spike or a peak, and the rows they append. Traces
+// with known answers and the comparison with a separate implementation are
+// in trace_analyses_reference.py.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "group_analysis/decay_fit.h"
+#include "group_analysis/field_potential.h"
+#include "group_analysis/multipeak.h"
+#include "group_analysis/results_commands.h"
+#include "group_analysis/results_plots.h"
+#include "group_analysis/spike_train.h"
+
+namespace vess::group {
+namespace {
+
+constexpr double kDt = 0.02;
+
+// -65 mV with Gaussian spikes (height, centre ms, sd 0.3 ms) and an
+// optional dip after each.
+SampledTrace Spikes(std::vector<std::pair<double, double>> spikes, double ms, double dip = 0) {
+    SampledTrace t{0, kDt, {}};
+    for (double x = 0; x < ms; x += kDt) {
+        double v = -65;
+        for (auto [h, c] : spikes) {
+            v += h * std::exp(-(x - c) * (x - c) / (2 * 0.09));
+            if (x > c + 1) v -= dip * (x - c - 1) / 3 * std::exp(1 - (x - c - 1) / 3);
+        }
+        t.y.push_back(v);
+    }
+    return t;
+}
+
+TEST(SpikeShape, WhatCannotBeMeasuredIsNotMeasured) {
+    struct Case {
+        const char* what;
+        SampledTrace trace;
+        bool threshold, halfWidth, ahp;
+    };
+    SampledTrace rising{0, kDt, {}};   // climbs through threshold and never comes down
+    for (int i = 0; i < 400; ++i) rising.y.push_back(-65 + 100 / (1 + std::exp(-(i - 200) * 0.2)));
+    const Case cases[] = {
+        {"flat trace", Spikes({}, 20), false, false, false},
+        {"slow bump under the rate", SampledTrace{0, kDt, std::vector<double>(1000, -65.0)}, false, false, false},
+        {"spike without an AHP", Spikes({{90, 10}}, 30), true, true, false},
+        {"spike with an AHP", Spikes({{90, 10}}, 30, 10), true, true, true},
+        {"cut off at its peak", rising, true, false, false},
+    };
+    for (const Case& c : cases) {
+        const SpikeShape s = MeasureSpike(c.trace, {});
+        EXPECT_TRUE(Measured(s.peak)) << c.what;
+        EXPECT_EQ(Measured(s.threshold), c.threshold) << c.what;
+        EXPECT_EQ(Measured(s.halfWidth), c.halfWidth) << c.what;
+        EXPECT_EQ(Measured(s.ahpPeak), c.ahp) << c.what;
+        EXPECT_EQ(Measured(s.ahpArea), c.ahp) << c.what;
+    }
+}
+
+TEST(SpikeShape, WidthAboveThresholdAndAhpReference) {
+    const SampledTrace t = Spikes({{90, 10}}, 30, 10);
+    SpikeShapeSettings s;
+    s.widthAboveThreshold = 200;   // above the peak
+    EXPECT_FALSE(Measured(MeasureSpike(t, s).width));
+    s.widthAboveThreshold = 0;     // at threshold: wider than the half-width
+    const SpikeShape atThreshold = MeasureSpike(t, s);
+    EXPECT_GT(atThreshold.width, atThreshold.halfWidth);
+    // Against the threshold the AHP is deeper by threshold - baseline.
+    s.useThresholdBaseline = true;
+    const SpikeShape fromThreshold = MeasureSpike(t, s);
+    EXPECT_NEAR(fromThreshold.ahpPeak - atThreshold.ahpPeak, fromThreshold.threshold - atThreshold.baseline, 1e-9);
+}
+
+TEST(SpikeShape, DecayPercentText) {
+    SpikeShapeSettings s;
+    for (const char* bad : {"37-90%", "90", "a-b%", "150-10%"}) EXPECT_FALSE(SetDecayPercent(s, bad)) << bad;
+    ASSERT_TRUE(SetDecayPercent(s, "80-20%"));
+    EXPECT_DOUBLE_EQ(s.decayFrom, 0.8);
+    EXPECT_DOUBLE_EQ(s.decayTo, 0.2);
+}
+
+TEST(SpikeTrain, YmAndYtDecideWhatIsASpike) {
+    // Spikes of 90 mV at 10 and 30 ms, a 4 mV ripple at 50 ms, and a doublet
+    // at 70 and 71 ms whose trough stays far above threshold.
+    const SampledTrace t = Spikes({{90, 10}, {90, 30}, {4, 50}, {90, 70}, {90, 71}}, 90);
+    struct Case {
+        double ym, yt;
+        std::size_t spikes;
+    };
+    for (const Case c : {Case{5, 2, 3}, Case{3, 2, 3}, Case{5, 80, 4}, Case{95, 2, 0}}) {
+        SpikeTrainSettings s;
+        s.minHeight = c.ym;
+        s.hysteresis = c.yt;
+        s.shape.thresholdRate = 10;
+        const SpikeTrain train = MeasureSpikeTrain(t, s);
+        EXPECT_EQ(train.spikes.size(), c.spikes) << "Ym " << c.ym << " Yt " << c.yt;
+        // One row per spike and the summary, under the train's headings.
+        EXPECT_EQ(SpikeTrainRows(train).size(), c.spikes + 1);
+    }
+    const SpikeTrain two = MeasureSpikeTrain(Spikes({{90, 10}, {90, 30}}, 40), {});
+    EXPECT_FALSE(Measured(two.adaptation));   // needs two intervals
+    EXPECT_NEAR(two.frequency, 50, 0.1);
+    // d2V/dt2 of a Gaussian of sd 0.3 ms peaks sqrt(3) sd before its centre.
+    EXPECT_NEAR(two.spikes[0].phaseThresholdTime, 10 - std::sqrt(3.0) * 0.3, kDt);
+}
+
+TEST(Multipeak, NoiseAloneHasNoPeaksAndDownwardPeaksAreFound) {
+    SampledTrace t{0, kDt, {}};
+    uint32_t seed = 1;
+    for (int i = 0; i < 4000; ++i) {
+        seed = seed * 1664525u + 1013904223u;
+        t.y.push_back(double(seed >> 8) / double(1u << 24) - 0.5);   // uniform noise, sd 0.29
+    }
+    const Multipeak none = FindPeaks(t, {});
+    EXPECT_TRUE(none.peaks.empty());
+    EXPECT_FALSE(Measured(none.meanAmplitude));
+    for (int i = 0; i < 4000; ++i) t.y[std::size_t(i)] -= 5 * std::exp(-std::pow((i - 2000) * kDt, 2) / 0.5);
+    const Multipeak down = FindPeaks(t, {.direction = -1});
+    ASSERT_EQ(down.peaks.size(), 1u);
+    EXPECT_NEAR(down.peaks[0].time, 40, 0.1);   // the noise moves the top by a few samples
+    EXPECT_NEAR(down.peaks[0].amplitude, 5, 0.5);
+    EXPECT_TRUE(FindPeaks(t, {.direction = 1}).peaks.empty());
+}
+
+TEST(FieldPotential, SynapticCurrentsTakeTheSignOfTheResponse) {
+    // A stimulus step at 5 ms, then an outward current rising at 100 pA/ms.
+    SampledTrace t{0, kDt, {}};
+    for (double x = 0; x < 30; x += kDt) {
+        double v = x >= 5 ? 500 * std::exp(-(x - 5) / 0.02) : 0;
+        if (x >= 7) v += std::min(100 * (x - 7), 200.0) * std::exp(-std::max(0.0, x - 9) / 5);
+        t.y.push_back(v);
+    }
+    FieldSettings s;
+    s.synapticCurrents = true;
+    const auto r = MeasureFieldResponses(t, s);
+    ASSERT_EQ(r.size(), 1u);
+    EXPECT_NEAR(r[0].stimulusTime, 5, kDt);
+    EXPECT_NEAR(r[0].slope, 100, 1);
+    EXPECT_NEAR(r[0].amplitude, 200, 2);
+    EXPECT_FALSE(Measured(r[0].spikeAmplitude));
+    EXPECT_FALSE(Measured(r[0].pairedSlopeRatio));
+    EXPECT_TRUE(MeasureFieldResponses(SampledTrace{0, kDt, {1, 2, 3}}, s).empty());
+}
+
+TEST(TraceAnalysisRows, NotMeasuredIsBlankAndLeftOutOfStatistics) {
+    ResultsTable table;
+    SpikeShape a, b;
+    a.threshold = -50, a.halfWidth = 1.0;
+    b.threshold = -40;   // half-width not measured
+    for (const SpikeShape& s : {a, b}) table.Append(MeasureRow(ResultKind::SpikeShape, 1, 2, SpikeShapeValues(s)));
+    const auto text = ResultsText(table);
+    EXPECT_EQ(text.substr(0, text.find('\t')), "Threshold");
+    EXPECT_NE(text.find("-40.000\t\t"), std::string::npos);
+    const auto stats = ResultColumnStatistics(table);
+    ASSERT_EQ(stats.size(), 16u);
+    EXPECT_EQ(stats[8].title, "Half-width");
+    EXPECT_DOUBLE_EQ(stats[8].stats.average, 1.0);
+    EXPECT_DOUBLE_EQ(stats[0].stats.average, -45.0);
+}
+
+TEST(TraceAnalysis, StretchBetweenCursorsAndAreaAcrossALevel) {
+    TraceSet set;
+    set.length = 5, set.count = 1, set.intervalUs = 100;
+    set.points = {0, 0, 0, 0, 0, 10, 20, 30, 40, 50};
+    UnitScale scale;
+    scale.gain = 1, scale.range = 1, scale.resolution = 1;
+    const SampledTrace t = TraceStretch(set, 1, 3, 1, scale);
+    EXPECT_DOUBLE_EQ(t.startMs, 0.1);
+    EXPECT_EQ(t.y, (std::vector<double>{scale.Level(20), scale.Level(30), scale.Level(40)}));
+    // A V from 0 down to -2 and back over four samples, level -1: the
+    // triangle below the level has base 2 samples and height 1.
+    const SampledTrace v{0, 0.5, {0, -1, -2, -1, 0}};
+    EXPECT_DOUBLE_EQ(AreaBeyond(v, 0, 4, -1, -1), 0.5 * 2 * 1 * 0.5);
+    EXPECT_DOUBLE_EQ(AreaBeyond(v, 0, 4, -0.5, -1), 0.5 * 3 * 1.5 * 0.5);
+    EXPECT_EQ(SingleTraceProblem(AnalysisType::Superimpose).value_or(""),
+              "This function is only for Average or Individual trace.");
+    EXPECT_FALSE(SingleTraceProblem(AnalysisType::ScaledIndividual));
+}
+
+}  // namespace
+}  // namespace vess::group
