@@ -1,0 +1,162 @@
+// The trace analyses of the group analysis window driven offscreen: the
+// one-trace rule, manual detection by clicks, multiple peaks on the
+// synthetic recording, and action potentials and evoked currents on real
+// recordings, each drawn on the trace and appended to the grid.
+#include <QComboBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+
+#include <cmath>
+
+#include "app/gui_fixture.h"
+#include "graphs/ui/graph_frame.h"
+#include "graphs/ui/plot_widget.h"
+#include "group_analysis/result_row.h"
+#include "group_analysis/texts.h"
+#include "group_analysis/ui/group_assign_dialog.h"
+#include "group_analysis/ui/group_window.h"
+#include "group_analysis/ui/trace_picture.h"
+
+namespace vess::test {
+namespace {
+
+using group::GroupAnalysisWindow;
+
+class GroupAnalysesTest : public GuiTest {
+protected:
+    // The window over the given type, after Start Display.
+    GroupAnalysisWindow* Display(const QString& type, const QString& blocks = "1", bool episodes = false) {
+        if (!w) w = window->OpenGroupAnalysis();
+        w->findChild<QRadioButton*>(episodes ? "Option2_0" : "Option2_1")->setChecked(true);
+        w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
+        w->findChild<QComboBox*>("Combo2")->setCurrentText(type);
+        w->findChild<QComboBox*>("Combo4")->setCurrentText(blocks);
+        QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+        return w;
+    }
+    QString Heading(int column) const { return w->Grid()->horizontalHeaderItem(column)->text(); }
+    QString Cell(int row, int column) const { return w->Grid()->item(row, column)->text(); }
+    std::vector<std::string> MarkNames() const {
+        std::vector<std::string> out;
+        for (const auto& m : w->Picture()->Marks()) out.push_back(m.legend);
+        return out;
+    }
+    void Shot(QWidget* widget, const QString& name) {
+        const QString folder = QString(VESS_BINARY_DIR) + "/app_screens";
+        QDir().mkpath(folder);
+        widget->grab().save(folder + "/" + name + ".png");
+    }
+    void ClickPoint(int32_t point) {
+        QTest::mouseClick(w->Picture(), Qt::LeftButton, {}, w->Picture()->PixelOf(w->CurrentTrace(), point).toPoint());
+    }
+    GroupAnalysisWindow* w = nullptr;
+};
+
+TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
+    OpenSample();
+    AnalyseUntilEvents(6);
+    group::GroupAssignDialog d(ws, group::GroupAssignMode::Random);
+    d.RandomGroups()->setValue(1);
+    d.Apply();
+
+    Display("Superimpose");
+    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak"}) {
+        w->Action(analysis)->trigger();
+        EXPECT_EQ(dialogs.Messages().back().text, "This function is only for Average or Individual trace.") << analysis;
+    }
+    Display("Average");
+    w->Action("menu_ManualDetection")->trigger();
+    EXPECT_EQ(dialogs.Messages().back().caption, "Try Again");
+    EXPECT_EQ(dialogs.Messages().back().text,
+              "Manual detection only works with individual traces.  Please change the display settings and try again.");
+    EXPECT_FALSE(w->ManualDetection());
+    EXPECT_EQ(ws.results.Count(), 0);
+
+    // Two clicks: two rows, the second with the difference; Escape ends.
+    Display("Individual");
+    w->MoveTo(1);
+    w->Action("menu_ManualDetection")->trigger();
+    ASSERT_TRUE(w->ManualDetection());
+    const int32_t a = 40, b = 120;
+    ClickPoint(a);
+    ClickPoint(b);
+    ASSERT_EQ(ws.results.Count(), 2);
+    EXPECT_EQ(Heading(0), "Point #");
+    EXPECT_EQ(Heading(3), "dTime");
+    EXPECT_EQ(Cell(0, 3), "");   // no difference for the first point
+    const double interval = w->Traces().intervalUs / 1000.0;
+    EXPECT_EQ(Cell(1, 3), QString::number((b - a) * interval, 'f', 3));
+    EXPECT_EQ(Cell(1, 4), QString::number(w->Picture()->ValueAt(b) - w->Picture()->ValueAt(a), 'f', 3));
+    EXPECT_EQ(w->Picture()->Marks().at(0).x.size(), 2u);
+    QTest::keyClick(w->Picture(), Qt::Key_Escape);
+    EXPECT_FALSE(w->ManualDetection());
+    ClickPoint(200);   // moves the cursor now
+    EXPECT_EQ(ws.results.Count(), 2);
+    EXPECT_EQ(w->Picture()->Cursor(0), 200);
+
+    // Every event of the synthetic recording stands well out of its noise.
+    Display("Individual", "4");
+    w->MoveTo(2);
+    w->Action("menu_Multipeak")->trigger();
+    const int rows = ws.results.Count() - 2;
+    ASSERT_GE(rows, 2);   // at least one peak and the summary
+    EXPECT_EQ(Heading(0), "Peak #");
+    const auto summary = group::ReadResultRow(ws.results[ws.results.Count()]);
+    EXPECT_EQ(summary.kind, group::ResultKind::Multipeak);
+    EXPECT_EQ(Cell(ws.results.Count() - 1, 7), QString::number(rows - 1) + ".000");   // count
+    EXPECT_EQ(MarkNames().front(), "Peaks");
+    w->resize(1200, 900);
+    Shot(w, "group_multipeak");
+}
+
+// Spontaneous action potentials (about one every 0.6 s, 50 us sampling).
+TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
+    VESS_REQUIRE_SHARED_DATA();
+    ASSERT_TRUE(OpenFile(SharedData() / "abf2/SanPy_19114001.abf"));
+    Display("Average", "100", true);
+    w->Action("menu_APWave1")->trigger();
+    ASSERT_EQ(ws.results.Count(), 1);
+    EXPECT_EQ(Heading(0), "Threshold");
+    const double threshold = Cell(0, 0).toDouble(), halfWidth = Cell(0, 8).toDouble();
+    EXPECT_GT(threshold, -70);
+    EXPECT_LT(threshold, -20);
+    EXPECT_GT(halfWidth, 0.3);
+    EXPECT_LT(halfWidth, 20);
+    EXPECT_EQ(MarkNames(), (std::vector<std::string>{"Peak", "Threshold", "Half-width", "AHP"}));
+    w->resize(1200, 900);
+    Shot(w, "group_ap_shape");
+
+    Display("Average", "400", true);
+    w->Action("menu_APWave2")->trigger();
+    const int spikes = ws.results.Count() - 2;
+    EXPECT_GE(spikes, 3);
+    EXPECT_EQ(Heading(0), "Spike #");
+    EXPECT_EQ(Cell(ws.results.Count() - 1, 19), QString::number(spikes) + ".000");
+    Shot(w, "group_ap_train");
+    ASSERT_NE(CurrentGraphFrame(), nullptr);
+    const PlotWidget* plane = CurrentGraphFrame()->CurrentPlot();
+    ASSERT_NE(plane, nullptr);
+    EXPECT_EQ(plane->Description().title, "Phase Plane");
+    EXPECT_EQ(plane->Description().series.at(1).x.size(), std::size_t(spikes));
+    Shot(CurrentGraphFrame(), "group_phase_plane");
+}
+
+// Stimulated synaptic currents: the first sweep's response.
+TEST_F(GroupAnalysesTest, EvokedCurrentsOfARealRecording) {
+    VESS_REQUIRE_SHARED_DATA();
+    dialogs.AnswerInput("0");  // the channel
+    ASSERT_TRUE(OpenFile(SharedData() / "abf1/f1.abf"));
+    Display("Individual", "40", true);
+    w->MoveTo(1);
+    w->Action("menu_fEPSP")->trigger();
+    ASSERT_GE(ws.results.Count(), 1);
+    EXPECT_EQ(Heading(3), "PSC Slope");
+    const auto row = group::ReadResultRow(ws.results[1]);
+    EXPECT_EQ(row.kind, group::ResultKind::EvokedCurrent);
+    w->resize(1200, 900);
+    Shot(w, "group_evoked");
+}
+
+}  // namespace
+}  // namespace vess::test
