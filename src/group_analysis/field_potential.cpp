@@ -48,16 +48,26 @@ FieldResponse MeasureResponse(const SampledTrace& t, const std::vector<double>& 
     const std::span<const double> y(t.y);
     r.stimulusTime = t.TimeAt(double(stim));
     const auto perMs = 1.0 / t.intervalMs;
-    // The artefact: past its fastest point, until dV/dt has fallen below a
-    // tenth of that (and at least minBlankMs after the stimulus).
+    // The artefact: at least minBlankMs from the stimulus and past its
+    // fastest point.
     std::size_t artefact = stim;
     for (std::size_t i = stim; i <= std::min(end, stim + std::size_t(std::ceil(0.5 * perMs))); ++i)
         if (std::fabs(dvdt[i]) > std::fabs(dvdt[artefact])) artefact = i;
+    // It has ended once dV/dt has stayed for 0.1 ms within three SDs of its
+    // noise before the stimulus (or, on a noise-free trace, below 2 % of
+    // the artefact's fastest rate).
+    const auto before = std::size_t(std::llround(s.baselineMs * perMs));
+    const std::size_t quietFrom = stim > before ? stim - before : 0;
+    double noise = 0;
+    for (std::size_t i = quietFrom; i + 1 < stim; ++i) noise += dvdt[i] * dvdt[i];
+    noise = stim > quietFrom + 1 ? std::sqrt(noise / double(stim - quietFrom - 1)) : 0;
+    const double settled = noise > 0 ? 3 * noise : 0.02 * std::fabs(dvdt[artefact]);
     std::size_t blank = std::max(artefact, stim + std::size_t(std::ceil(s.minBlankMs * perMs)));
-    while (blank < end && std::fabs(dvdt[blank]) >= 0.1 * std::fabs(dvdt[artefact])) ++blank;
+    const auto settle = std::max<std::size_t>(2, std::size_t(std::ceil(0.1 * perMs)));
+    for (std::size_t quiet = 0; blank < end && quiet < settle; ++blank)
+        quiet = std::fabs(dvdt[blank]) < settled ? quiet + 1 : 0;
     if (blank + 3 >= end) return r;
     r.blankEnd = t.TimeAt(double(blank));
-    const auto before = std::size_t(std::llround(s.baselineMs * perMs));
     r.baseline = stim > 0 ? Mean(y, stim > before ? stim - before : 0, stim) : y[blank];
 
     // Work on w = sign x (y - baseline), so that the response rises.
@@ -147,13 +157,19 @@ std::vector<double> FindStimuli(const SampledTrace& trace, const FieldSettings& 
     for (std::size_t i = 1; i < trace.Size(); ++i) jump[i] = std::fabs(trace.y[i] - trace.y[i - 1]);
     const std::size_t first = ArgMax(jump, 1, jump.size() - 1);
     const auto gap = std::size_t(std::ceil(settings.minGapMs / trace.intervalMs));
-    std::vector<double> out{trace.TimeAt(double(first))};
+    // An artefact that takes a few samples starts where its steps begin to be large.
+    const auto onset = [&](std::size_t i) {
+        const double big = 0.1 * jump[i];
+        while (i > 1 && jump[i - 1] >= big) --i;
+        return trace.TimeAt(double(i));
+    };
+    std::vector<double> out{onset(first)};
     std::optional<std::size_t> second;
     for (std::size_t i = 1; i < jump.size(); ++i)
         if ((i + gap <= first || i >= first + gap) && jump[i] >= 0.5 * jump[first] &&
             (!second || jump[i] > jump[*second]))
             second = i;
-    if (second) out.push_back(trace.TimeAt(double(*second)));
+    if (second) out.push_back(onset(*second));
     std::sort(out.begin(), out.end());
     return out;
 }

@@ -102,7 +102,11 @@ std::vector<std::vector<double>> SpikeTrainRows(const SpikeTrain& train) {
 PlotData PhasePlanePlot(const SampledTrace& trace, const SpikeTrain& train, const std::string& units) {
     PlotData plot{.title = "Phase Plane", .xAxis = "V (" + units + ")", .yAxis = "dV/dt (" + units + "/ms)", .series = {}};
     const auto dvdt = Derivative(trace.y, trace.intervalMs);
-    plot.series.push_back({.kind = SeriesKind::Lines, .x = trace.y, .y = dvdt, .legend = "dV/dt"});
+    // Points, not lines: the graph windows draw lines in x order, and the
+    // trajectory goes back and forth in V.
+    PlotSeries path{.kind = SeriesKind::Scatter, .x = trace.y, .y = dvdt, .legend = "dV/dt"};
+    path.pointSize = 2;
+    plot.series.push_back(std::move(path));
     PlotSeries rate = Markers("Threshold (dV/dt)", {}, {}, {0, 150, 0});
     PlotSeries curve = Markers("Threshold (max d2V/dt2)", {}, {}, {200, 100, 0});
     const SampledTrace slope{trace.startMs, trace.intervalMs, dvdt};

@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
 #include <QTableWidget>
 
 #include <cmath>
@@ -27,7 +28,12 @@ class GroupAnalysesTest : public GuiTest {
 protected:
     // The window over the given type, after Start Display.
     GroupAnalysisWindow* Display(const QString& type, const QString& blocks = "1", bool episodes = false) {
-        if (!w) w = window->OpenGroupAnalysis();
+        if (!w) {
+            w = window->OpenGroupAnalysis();
+            // Window shortcuts (Escape) need the window active, as a click on it makes it.
+            w->activateWindow();
+            QApplication::setActiveWindow(w);
+        }
         w->findChild<QRadioButton*>(episodes ? "Option2_0" : "Option2_1")->setChecked(true);
         w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
         w->findChild<QComboBox*>("Combo2")->setCurrentText(type);

@@ -126,7 +126,8 @@ TEST(Multipeak, NoiseAloneHasNoPeaksAndDownwardPeaksAreFound) {
 TEST(FieldPotential, SynapticCurrentsTakeTheSignOfTheResponse) {
     // A stimulus step at 5 ms, then an outward current rising at 100 pA/ms.
     SampledTrace t{0, kDt, {}};
-    for (double x = 0; x < 30; x += kDt) {
+    for (int i = 0; i < 1500; ++i) {
+        const double x = i * kDt;
         double v = x >= 5 ? 500 * std::exp(-(x - 5) / 0.02) : 0;
         if (x >= 7) v += std::min(100 * (x - 7), 200.0) * std::exp(-std::max(0.0, x - 9) / 5);
         t.y.push_back(v);
