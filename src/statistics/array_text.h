@@ -2,6 +2,7 @@
 // file (Axon Text File form, CR LF line ends) with its save and import.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,8 +37,12 @@ struct ImportedArrays {
     DataArray array1;  // bounds 0..MaxArray1
     DataArray array2;  // bounds 0..MaxArray2
 };
-// Reads an array text file; nothing when it fails the header test.
+// Reads an array text file; nothing when it fails the header test. The
+// announced counts are capped by the text's length.
 std::optional<ImportedArrays> ParseArraysAtf(std::string_view text);
+// The same from a file, read in pieces so that only the arrays are held;
+// nothing when it cannot be read or is not a regular file.
+std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path);
 
 // menu_ArrayAscii: silent when both arrays are empty; save dialog, replace
 // question, temporary file renamed over the target. True when written.

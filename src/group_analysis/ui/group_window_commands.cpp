@@ -56,7 +56,10 @@ void GroupAnalysisWindow::StartDisplay() {
             .blocks = QString::fromStdString(settings_.BlocktoAnalyze).toDouble(),
             .baselineAdjust = settings_.BaselineAdjust,
             .fullSweep = fullSweep_->isChecked()};
-        set_ = BuildTraceSet(*ws_.recording, ws_.events, ws_.params(), o);
+        const std::string tooLarge =
+            TraceSetSizeProblem(TraceSetBytes(*ws_.recording, ws_.events, o, false));
+        if (tooLarge.empty()) set_ = BuildTraceSet(*ws_.recording, ws_.events, ws_.params(), o);
+        else dialogs_.Message(Str(texts::kWindowCaption), tooLarge);
     }
     current_ = 0;
     picture_->SetTraces(&set_, scale_);
