@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -231,12 +232,14 @@ std::optional<ImportedArrays> ParseArraysAtf(std::string_view text) {
     return parser.Finish();
 }
 
-std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path) {
-    const int fd = OpenRegularFile(path, nullptr);
+std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError) {
+    const int fd = OpenRegularFile(path, readError);
     if (fd < 0) return std::nullopt;
     struct stat st {};
     std::optional<ImportedArrays> arrays;
-    if (::fstat(fd, &st) == 0) {
+    if (::fstat(fd, &st) != 0) {
+        if (readError) *readError = std::strerror(errno);
+    } else {
         // Two passes, neither holding the file: the line ends first (LF, or
         // CR alone when the file has no LF), then the rows.
         char separator = '\r';
@@ -254,6 +257,8 @@ std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path) {
             })) {
             lines.End(line);
             arrays = parser.Finish();
+        } else if (readError) {
+            *readError = std::strerror(errno);
         }
     }
     ::close(fd);

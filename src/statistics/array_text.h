@@ -41,8 +41,9 @@ struct ImportedArrays {
 // announced counts are capped by the text's length.
 std::optional<ImportedArrays> ParseArraysAtf(std::string_view text);
 // The same from a file, read in pieces so that only the arrays are held;
-// nothing when it cannot be read or is not a regular file.
-std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path);
+// nothing when it cannot be read (then *readError says why) or fails the
+// header test.
+std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError = nullptr);
 
 // menu_ArrayAscii: silent when both arrays are empty; save dialog, replace
 // question, temporary file renamed over the target. True when written.
