@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cerrno>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -126,6 +127,7 @@ public:
         }
         ++index_;
     }
+    bool Valid() const { return valid_; }
     std::optional<ImportedArrays> Finish() {
         if (!valid_ || index_ < 3) return std::nullopt;
         if (!Sized()) return std::nullopt;
@@ -193,7 +195,9 @@ std::vector<float> ParseClipboardNumbers(std::string_view text) {
     for (std::string_view line : Lines(text)) {
         std::string first(BeforeTab(line));
         std::erase(first, '\n');
-        if (const auto v = ParseNumberEntry(first)) out.push_back(float(*v));
+        // A number beyond the float range would be stored as an infinity:
+        // it is skipped like any other line that is no finite number.
+        if (const auto v = ParseNumberEntry(first); v && std::isfinite(float(*v))) out.push_back(float(*v));
     }
     return out;
 }
@@ -253,7 +257,7 @@ std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, s
         const auto line = [&parser](std::string_view l) { parser.Line(l); };
         if (::lseek(fd, 0, SEEK_SET) == 0 && ReadChunks(fd, [&](std::string_view chunk) {
                 lines.Feed(chunk, line);
-                return true;
+                return parser.Valid();  // a file that failed the header test is read no further
             })) {
             lines.End(line);
             arrays = parser.Finish();

@@ -24,7 +24,8 @@ std::string FormatArrayValue(float value);
 // is empty.
 std::string ArraysClipboardText(const DataArray& a1, const DataArray& a2);
 // Numbers of clipboard text: lines split at CR (LF tolerated), the text
-// before the first tab of each line, lines that are not numbers skipped.
+// before the first tab of each line, lines that are not finite numbers (as
+// a float) skipped.
 std::vector<float> ParseClipboardNumbers(std::string_view text);
 // menu_PasteArray index k-1: the clear question, then replace or append.
 // Returns true when the array changed.

@@ -33,6 +33,8 @@ TEST(ArrayText, ValuesInShortestPlainDecimal) {
 
 TEST(ArrayText, PasteTakesTheFirstCellOfNumericLines) {
     EXPECT_EQ(ParseClipboardNumbers("1.5\rabc\r2\t7\r"), (std::vector<float>{1.5f, 2.0f}));
+    // Beyond the float range a number would become an infinity: skipped.
+    EXPECT_EQ(ParseClipboardNumbers("1e39\r-1e39\r5\r"), (std::vector<float>{5.0f}));
     EXPECT_EQ(ParseClipboardNumbers("Array #1\tArray #2\r\n3\t\r\n\t4\r\n"), (std::vector<float>{3.0f}));
 }
 
