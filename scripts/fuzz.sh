@@ -2,9 +2,9 @@
 # Builds every libFuzzer target in fuzz/ with clang (ASan + UBSan) and runs
 # each for SECONDS seconds on its corpus under build-fuzz/corpus/<target>.
 # Seeds: small whole files made from the real ABF 1 recordings and the first
-# 32 KiB of the ABF 2 ones beside the checkout (when present), files made by
-# our own writer, and fuzz/seeds/<target>/ if a target keeps seeds in the
-# repository. Corpora and crashes stay under build-fuzz/.
+# 32 KiB of the ABF 2 ones beside the checkout (when present) for the
+# readers of ABF headers, files made by our own writer, and the real and
+# edge files of fuzz/seeds/<target>/. Corpora and crashes stay under build-fuzz/.
 set -euo pipefail
 seconds=${1:?usage: scripts/fuzz.sh SECONDS [TARGET...]}
 shift || true
@@ -52,7 +52,7 @@ for t in "${targets[@]}"; do
   artifacts="$build/artifacts/$t"
   mkdir -p "$corpus" "$artifacts"
   case "$t" in
-    fuzz_abf_header) seed_abf "$corpus" ;;
+    fuzz_abf_header | fuzz_tachogram_template) seed_abf "$corpus" ;;
     fuzz_detect) seed_abf "$corpus" --detect ;;
   esac
   if [ -d "$here/fuzz/seeds/$t" ]; then cp -r "$here/fuzz/seeds/$t/." "$corpus/"; fi

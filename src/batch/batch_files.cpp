@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <fstream>
+#include <sstream>
 #include <map>
 #include <set>
 #include <system_error>
 
+#include "recording/file_io.h"
 #include "recording/texts.h"
 
 namespace vess {
@@ -21,29 +22,52 @@ bool HasRecordingExtension(const fs::path& path) {
     return ext == ".abf";
 }
 
+namespace {
+
+// The file a path names, whatever way it is written (relative or absolute,
+// through links), so that one file named twice is analysed once.
+fs::path Identity(const fs::path& path) {
+    std::error_code ec;
+    fs::path real = fs::weakly_canonical(path, ec);
+    if (ec) real = fs::absolute(path, ec).lexically_normal();
+    return real;
+}
+
+}  // namespace
+
 std::vector<fs::path> ExpandRecordings(const std::vector<fs::path>& inputs) {
-    std::set<fs::path> found;
+    std::map<fs::path, fs::path> byIdentity;  // the file -> the name it was first given by
+    const auto add = [&](const fs::path& p) { byIdentity.emplace(Identity(p), p.lexically_normal()); };
     for (const fs::path& input : inputs) {
         std::error_code ec;
         if (!fs::is_directory(input, ec)) {
-            found.insert(input.lexically_normal());
+            add(input);
             continue;
         }
         for (const fs::directory_entry& entry : fs::directory_iterator(input, ec)) {
-            if (entry.is_regular_file(ec) && HasRecordingExtension(entry.path()))
-                found.insert(entry.path().lexically_normal());
+            if (entry.is_regular_file(ec) && HasRecordingExtension(entry.path())) add(entry.path());
         }
     }
-    return {found.begin(), found.end()};
+    std::set<fs::path> sorted;
+    for (const auto& [identity, given] : byIdentity) sorted.insert(given);
+    return {sorted.begin(), sorted.end()};
 }
 
 std::optional<std::vector<fs::path>> ReadRecordingList(const fs::path& list, std::string* problem) {
-    std::ifstream in(list);
-    if (!in) {
-        if (problem) *problem = list.string() + ": cannot read the list of recordings";
+    // Read whole and only as a regular file: a named pipe would wait forever.
+    std::string why;
+    const auto bytes = ReadFileBytes(list, &why);
+    if (!bytes) {
+        if (problem) *problem = list.string() + ": cannot read the list of recordings (" + why + ")";
         return std::nullopt;
     }
+    return ParseRecordingList(std::string_view(reinterpret_cast<const char*>(bytes->data()), bytes->size()),
+                              list.parent_path());
+}
+
+std::vector<fs::path> ParseRecordingList(std::string_view text, const fs::path& folder) {
     std::vector<fs::path> paths;
+    std::istringstream in{std::string(text)};
     std::string line;
     while (std::getline(in, line)) {
         while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t'))
@@ -51,7 +75,7 @@ std::optional<std::vector<fs::path>> ReadRecordingList(const fs::path& list, std
         const std::size_t first = line.find_first_not_of(" \t");
         if (first == std::string::npos || line[first] == '#') continue;
         const fs::path p = line.substr(first);
-        paths.push_back(p.is_absolute() ? p : list.parent_path() / p);
+        paths.push_back(p.is_absolute() ? p : folder / p);
     }
     return paths;
 }

@@ -22,16 +22,21 @@ struct BatchItem {
 bool HasRecordingExtension(const std::filesystem::path& path);
 
 // Files as given and the recordings (*.abf, any case) directly inside each
-// folder, sorted by path and each once. A path that does not exist is kept,
-// so that its row in the summary says so.
+// folder, sorted by path and each file once, however it is named (relative,
+// absolute, through a link). A path that does not exist is kept, so that its
+// row in the summary says so.
 std::vector<std::filesystem::path> ExpandRecordings(const std::vector<std::filesystem::path>& inputs);
 
 // A list file: one path per line; blank lines and lines starting with '#'
 // are skipped, and a relative path is taken from the list's folder. The
 // paths still go through ExpandRecordings. std::nullopt (and *problem) when
-// the list cannot be read.
+// the list cannot be read or is not a regular file (a named pipe is refused,
+// not waited on).
 std::optional<std::vector<std::filesystem::path>> ReadRecordingList(const std::filesystem::path& list,
                                                                     std::string* problem);
+// The paths of a list's text, relative ones taken from folder.
+std::vector<std::filesystem::path> ParseRecordingList(std::string_view text,
+                                                      const std::filesystem::path& folder);
 
 // The event file of each recording: its name with the extension ".EVT",
 // beside it, or in outDir when that is not empty. A recording whose event

@@ -128,6 +128,17 @@ BatchRow AnalyseRecording(const BatchItem& item, const BatchSetup& setup,
         row.errors = item.refusal;
         return row;
     }
+    std::error_code ec;  // a name that cannot be looked at counts as taken
+    if (!setup.overwrite &&
+        std::filesystem::symlink_status(item.eventFile, ec).type() != std::filesystem::file_type::not_found) {
+        BatchRow row;
+        row.file = item.file;
+        row.channel = setup.channel;
+        row.eventFile = item.eventFile;
+        row.errors = t::kKeptEventFile;
+        row.kept = true;
+        return row;
+    }
     // A damaged file must cost its own row only, whatever goes wrong in it.
     try {
         return DetectAndWrite(item, setup, progress, stop);

@@ -30,6 +30,7 @@ struct BatchSetup {
     Settings settings;   // the source applied and the method chosen
     int channel = 0;     // 0-based channel position, the same in every recording
     int jobs = 0;        // worker threads; 0: one per core
+    bool overwrite = false;  // replace event files that already exist
 };
 
 inline constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
@@ -50,6 +51,7 @@ struct BatchRow {
     std::filesystem::path eventFile;  // empty when none was written
     std::string errors;               // empty when the file was analysed whole
     bool analysed = false;            // the detection ran to the end of the file
+    bool kept = false;                // not analysed: its event file exists and was kept
 };
 
 // Progress and results arrive on the worker threads: fileProgress with the
@@ -65,6 +67,8 @@ int WorkerCount(int jobs, std::size_t count);
 
 // Detection over one recording; writes its event file when the detection
 // ran to the end. Setting stop ends the detection early (no event file).
+// An existing event file (perhaps reviewed by hand) is kept and the
+// recording not analysed unless setup.overwrite asks to replace it.
 BatchRow AnalyseRecording(const BatchItem& item, const BatchSetup& setup,
                           const std::function<void(int percent)>& progress,
                           const std::atomic<bool>& stop);

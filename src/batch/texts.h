@@ -16,6 +16,7 @@ inline constexpr std::string_view kStoppedPartway =
     "stopped before the end of the file; no event file written";
 inline constexpr std::string_view kImproperParameters =
     "the detection parameters do not suit this recording; no event file written";
+inline constexpr std::string_view kKeptEventFile = "kept: event file exists";
 inline constexpr std::string_view kReadFaultSuffix = "; no event file written";
 
 // The window.
@@ -34,6 +35,7 @@ inline constexpr std::string_view kMethod = "Method";
 inline constexpr std::string_view kOutputFolder = "Event files";
 inline constexpr std::string_view kBesideRecordings = "(beside each recording)";
 inline constexpr std::string_view kJobs = "Workers";
+inline constexpr std::string_view kOverwrite = "Replace existing event files";
 inline constexpr std::string_view kRun = "Run";
 inline constexpr std::string_view kStop = "Stop";
 inline constexpr std::string_view kSaveSummary = "Save Summary";

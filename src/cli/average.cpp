@@ -2,7 +2,8 @@
 // [--baseline] [--type average|scaled] [--csv OUT.csv]: the average of a
 // group's events, exactly the trace 0 the group analysis window draws, as
 // time (ms) and value (units).
-#include <fstream>
+#include <cmath>
+#include <iterator>
 #include <iostream>
 #include <map>
 
@@ -17,12 +18,47 @@ namespace vess::cli {
 
 namespace {
 
-std::string AverageCsv(const Recording& rec, const group::TraceSet& set) {
-    std::string out = fmt::format("Time (ms),Value ({})\n", rec.Units());
-    const auto row = set.Row(0);
-    for (int32_t j = 0; j < set.length; ++j)
-        out += fmt::format("{:.6g},{:.9g}\n", set.TimeMs(j), rec.Bit2pA(row[std::size_t(j)]));
-    return out;
+// The average as CSV, handed out a few thousand lines at a time so that a
+// long trace is never held as one text.
+class AverageCsv {
+public:
+    AverageCsv(const Recording& rec, const group::TraceSet& set) : rec_(rec), set_(set) {
+        chunk_ = fmt::format("Time (ms),Value ({})\n", rec.Units());
+    }
+    std::span<const uint8_t> Next() {
+        if (!headerGiven_) {
+            headerGiven_ = true;
+            return Bytes();
+        }
+        chunk_.clear();
+        const auto row = set_.Row(0);
+        for (int lines = 0; next_ < set_.length && lines < 4096; ++lines, ++next_)
+            fmt::format_to(std::back_inserter(chunk_), "{:.6g},{:.9g}\n", set_.TimeMs(next_),
+                           rec_.Bit2pA(row[std::size_t(next_)]));
+        return Bytes();
+    }
+
+private:
+    std::span<const uint8_t> Bytes() const {
+        return {reinterpret_cast<const uint8_t*>(chunk_.data()), chunk_.size()};
+    }
+    const Recording& rec_;
+    const group::TraceSet& set_;
+    std::string chunk_;
+    bool headerGiven_ = false;
+    int32_t next_ = 0;
+};
+
+void Fail(const std::string& message) {
+    std::cerr << "vess average: " << message << "\n";
+    throw CLI::RuntimeError(1);
+}
+
+// The first event of the group whose time is not a number (1-based), or 0.
+int32_t EventWithoutTime(const EventTable& events, int group) {
+    for (int32_t i = 1; i <= events.Count(); ++i)
+        if (events[i].group == group && !std::isfinite(events[i].time)) return i;
+    return 0;
 }
 
 }  // namespace
@@ -70,24 +106,30 @@ void AddAverageCommand(CLI::App& app) {
             .alignment = aligns.at(o->align),
             .blocks = o->blocks,
             .baselineAdjust = o->baseline};
-        const group::TraceSet set = group::BuildGroupTraceSet(*rec, events, f.params, options);
-        if (set.Empty()) {
-            std::cerr << "vess average: no event in group " << o->group << "\n";
-            throw CLI::RuntimeError(1);
-        }
-        const std::string csv = AverageCsv(*rec, set);
+        if (group::TracePoints(o->blocks) < 1)
+            Fail(fmt::format("--blocks {:g} gives a trace of no point: at least 1/256 of a block is needed",
+                             o->blocks));
+        if (const int32_t bad = EventWithoutTime(events, o->group))
+            Fail(fmt::format("event {} of group {} has no time (not a number); it cannot be aligned", bad,
+                             o->group));
+        const std::string tooLarge =
+            group::TraceSetSizeProblem(group::TraceSetBytes(*rec, events, options, true));
+        if (!tooLarge.empty()) Fail(tooLarge);
+        const group::TraceSet set = group::BuildGroupAverage(*rec, events, f.params, options);
+        if (set.Empty()) Fail(fmt::format("no event in group {}", o->group));
         const std::string count = fmt::format("Traces averaged: {}\n", set.count);
-        if (o->csv.empty()) {
-            std::cout << count << csv << std::flush;
+        AverageCsv csv(*rec, set);
+        if (o->csv.empty() || o->csv == "-") {
+            if (o->csv.empty()) std::cout << count;
+            else std::cerr << count;
+            for (auto bytes = csv.Next(); !bytes.empty(); bytes = csv.Next())
+                std::cout.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+            std::cout << std::flush;
             return;
         }
         std::cerr << count;
-        if (o->csv == "-") {
-            std::cout << csv << std::flush;
-        } else if (const std::string error = WriteFileAtomic(o->csv, csv); !error.empty()) {
-            std::cerr << "vess average: " << error << "\n";
-            throw CLI::RuntimeError(1);
-        }
+        if (const std::string error = WriteFileAtomic(o->csv, [&csv] { return csv.Next(); }); !error.empty())
+            Fail(error);
     });
 }
 

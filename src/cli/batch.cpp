@@ -23,6 +23,7 @@ struct BatchOptions {
     std::string settingsFile, parameterFile, method, outDir, shard, summary;
     int jobs = 0;
     bool quiet = false;
+    bool overwrite = false;
 };
 
 int RunBatchCommand(const BatchOptions& o) {
@@ -48,6 +49,7 @@ int RunBatchCommand(const BatchOptions& o) {
     BatchSetup setup;
     setup.channel = o.channel;
     setup.jobs = o.jobs;
+    setup.overwrite = o.overwrite;
     const SettingsSource source = !o.settingsFile.empty()    ? SettingsSource::SettingsFile
                                   : !o.parameterFile.empty() ? SettingsSource::ParameterFile
                                                              : SettingsSource::Current;
@@ -60,7 +62,13 @@ int RunBatchCommand(const BatchOptions& o) {
         fs::create_directories(o.outDir, ec);
         if (ec) return refuse(o.outDir + ": " + ec.message());
     }
-    const std::vector<BatchItem> items = SelectShard(PlanBatch(ExpandRecordings(inputs), o.outDir), shard);
+    const std::vector<fs::path> recordings = ExpandRecordings(inputs);
+    if (recordings.empty()) {
+        std::string named;
+        for (const fs::path& p : inputs) named += (named.empty() ? "" : ", ") + p.string();
+        return refuse("no recordings (*.abf) in " + named);
+    }
+    const std::vector<BatchItem> items = SelectShard(PlanBatch(recordings, o.outDir), shard);
 
     std::mutex errMutex;
     BatchCallbacks callbacks;
@@ -79,7 +87,7 @@ int RunBatchCommand(const BatchOptions& o) {
         std::cerr << "vess batch: " << problem << "\n";
         return 4;
     }
-    const auto failed = std::count_if(rows.begin(), rows.end(), [](const BatchRow& r) { return !r.analysed; });
+    const auto failed = std::count_if(rows.begin(), rows.end(), [](const BatchRow& r) { return !r.analysed && !r.kept; });
     return failed ? 1 : 0;
 }
 
@@ -103,6 +111,8 @@ void AddBatchCommand(CLI::App& app) {
                     "K/N: analyse recordings K, K+N, K+2N, ... of the sorted list (K from 0)");
     cmd->add_option("--summary", o->summary, "write the summary CSV here instead of to stdout");
     cmd->add_flag("--quiet", o->quiet, "no progress on stderr");
+    cmd->add_flag("--overwrite", o->overwrite,
+                  "replace existing event files (by default they are kept and their recordings skipped)");
     cmd->callback([o] {
         const int status = RunBatchCommand(*o);
         if (status != 0) throw CLI::RuntimeError(status);

@@ -13,41 +13,13 @@
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/group_settings.h"
 #include "group_analysis/simplex.h"
+#include "group_analysis/trace_csv.h"
 
 namespace vess::cli {
 
 namespace {
 
-struct Trace {
-    std::vector<double> x, y;
-};
-
-// A header line, then "time,value" lines (commas, tabs or blanks between).
-std::optional<Trace> ReadTrace(std::istream& in, std::string& error) {
-    Trace t;
-    std::string line;
-    std::getline(in, line);
-    int number = 1;
-    while (std::getline(in, line)) {
-        ++number;
-        for (char& c : line)
-            if (c == ',' || c == '\t' || c == ';' || c == '\r') c = ' ';
-        if (line.find_first_not_of(' ') == std::string::npos) continue;
-        std::istringstream fields(line);
-        double x = 0, y = 0;
-        if (!(fields >> x >> y)) {
-            error = fmt::format("line {} does not hold two numbers", number);
-            return std::nullopt;
-        }
-        t.x.push_back(x);
-        t.y.push_back(y);
-    }
-    if (t.x.size() < 2) {
-        error = "the trace needs at least two points";
-        return std::nullopt;
-    }
-    return t;
-}
+using Trace = group::TextTrace;
 
 // The points of the chosen range. The first value stands for the baseline
 // and the peak is the point furthest from it; a trace that only moves away
@@ -120,7 +92,7 @@ void AddFitCommand(CLI::App& app) {
             throw CLI::RuntimeError(1);
         }
         std::string error;
-        const auto trace = ReadTrace(o->file == "-" ? std::cin : file, error);
+        const auto trace = group::ReadTextTrace(o->file == "-" ? std::cin : file, error);
         if (!trace) {
             std::cerr << "vess fit: " << o->file << ": " << error << "\n";
             throw CLI::RuntimeError(1);

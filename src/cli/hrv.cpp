@@ -169,6 +169,7 @@ void AddHrvCommand(CLI::App& app) {
             s = hrv::AnalyseSpectrum(a.rr.endMs, a.rr.rrMs, so);
             if (!s.error.empty()) Fail(s.error);
         }
+        if (!a.timeDomain.segmentProblem.empty()) std::cerr << "vess hrv: " << a.timeDomain.segmentProblem << "\n";
         if (o->json) std::cout << Json(a, o->spectrum ? &s : nullptr).dump(2) << "\n";
         else PrintText(b, a, o->spectrum ? &s : nullptr);
     });

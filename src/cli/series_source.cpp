@@ -54,9 +54,9 @@ LoadedSeries FromEventFile(const std::filesystem::path& path, const std::string&
 }
 
 LoadedSeries FromArrayFile(const std::filesystem::path& path, int column) {
-    const auto text = ReadText(path);
-    if (!text) return Failure(path.string() + ": cannot be read");
-    const auto arrays = ParseArraysAtf(*text);
+    std::string readError;
+    const auto arrays = ReadArraysAtf(path, &readError);
+    if (!readError.empty()) return Failure(path.string() + ": cannot be read");
     if (!arrays) return Failure(path.string() + ": " + std::string(stats_texts::kNotValidArrayText));
     const DataArray& a = column == 1 ? arrays->array1 : arrays->array2;
     return {{a.Values().begin(), a.Values().end()}, {}};

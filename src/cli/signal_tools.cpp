@@ -41,8 +41,9 @@ void RunNoise(const NoiseOptions& o) {
     const double perS = 1e6 / rec.IntervalUs();
     const int64_t first = int64_t(o.fromS * perS);
     const int64_t last = o.toS < 0 ? rec.PointsPerChannel() : int64_t(o.toS * perS);
-    const TraceStretch s = ReadStretch(rec, first, last - first);
-    const auto m = MeasureNoise(s.values, s.intervalMs);
+    // Without a spectrum the samples need not be held at all.
+    const TraceStretch s = o.spectrum ? ReadStretch(rec, first, last - first) : ReadStretch(rec, 0, 0);
+    const auto m = o.spectrum ? MeasureNoise(s.values, s.intervalMs) : MeasureRecordingNoise(rec, first, last - first);
     if (!m) {
         std::cerr << "vess noise: the stretch holds fewer than two samples\n";
         throw CLI::RuntimeError(2);

@@ -91,6 +91,9 @@ public:
             }
             const double rtol = Spread(f[ihi], f[ilo]);
             if (rtol < options_.tolerance || iter >= options_.maxIterations) break;
+            // Not even the best vertex has a finite objective (a trace of
+            // not-a-number): no step can improve on it.
+            if (!std::isfinite(f[ilo])) break;
             if (progress_ &&
                 !progress_({options_.trace, iterations + iter,
                             std::sqrt(f[ilo] / double(std::max<std::size_t>(1, y_.size()))), rtol})) {

@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include <fmt/format.h>
+
 #include "recording/le_bytes.h"
 #include "recording/rounding.h"
 
@@ -27,12 +29,13 @@ void Average(TraceSet& set) {
     }
 }
 
-TraceSet Sized(const Recording& rec, int32_t count, int32_t length) {
+// Rows for count traces of length points, or row 0 alone without allRows.
+TraceSet Sized(const Recording& rec, int32_t count, int32_t length, bool allRows) {
     TraceSet set;
     set.count = count;
     set.length = length;
     set.intervalUs = rec.IntervalUs();
-    set.points.assign(std::size_t(count + 1) * std::size_t(std::max(length, 0)), 0);
+    set.points.assign(std::size_t(allRows ? count + 1 : 1) * std::size_t(std::max(length, 0)), 0);
     set.eventIndex.assign(std::size_t(count + 1), 0);
     return set;
 }
@@ -95,8 +98,14 @@ void ReadStretch(const Recording& rec, int64_t bytePosition, int channels, int c
         out[j] = le::Get<int16_t>(data, (j * std::size_t(channels) + std::size_t(channel)) * 2);
 }
 
-TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
-                            const AnalysisParameters& params, const TraceSetOptions& options) {
+namespace {
+
+// The group's events in table order, each event's trace handed to use(t, i,
+// values) as trace t (1-based) of event i; one trace held at a time.
+template <class Use>
+TraceSet ForEachGroupTrace(const Recording& rec, const EventTable& events,
+                           const AnalysisParameters& params, const TraceSetOptions& options,
+                           bool allRows, Use use) {
     const double interval = rec.IntervalUs();
     const auto pre = int32_t(double(params.PeriodStartBaseline) / interval);
     int32_t count = 0;
@@ -106,8 +115,8 @@ TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
         ++count;
         amplitudeSum += e.amplitude;
     }
-    if (count < 1) return Sized(rec, 0, 0);
-    TraceSet set = Sized(rec, count, TracePoints(options.blocks));
+    if (count < 1) return Sized(rec, 0, 0, true);
+    TraceSet set = Sized(rec, count, TracePoints(options.blocks), allRows);
     set.prePoints = pre;
     set.meanAmplitude = RoundClamp32(double(amplitudeSum) / count);
 
@@ -127,12 +136,59 @@ TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
         const double first = align - pre;
         const int64_t position = RoundEven(first * 2.0 * channels);
         ReadStretch(rec, position, channels, std::min<int>(e.channel, channels - 1), raw);
-        int16_t* row = set.points.data() + std::size_t(t) * L;
         for (std::size_t j = 0; j < L; ++j)
-            row[j] = EventValue(raw[j], e, scaled, options.baselineAdjust, set.meanAmplitude);
+            raw[j] = EventValue(raw[j], e, scaled, options.baselineAdjust, set.meanAmplitude);
+        use(set, t, std::span<const int16_t>(raw));
     }
-    Average(set);
     return set;
+}
+
+int32_t GroupCount(const EventTable& events, int group) {
+    return int32_t(std::count_if(events.Records().begin(), events.Records().end(),
+                                 [group](const EventRecord& e) { return e.group == group; }));
+}
+
+}  // namespace
+
+TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
+                            const AnalysisParameters& params, const TraceSetOptions& options) {
+    TraceSet set = ForEachGroupTrace(rec, events, params, options, true,
+                                     [](TraceSet& s, int32_t t, std::span<const int16_t> values) {
+                                         std::copy(values.begin(), values.end(),
+                                                   s.points.begin() + std::ptrdiff_t(t) * s.length);
+                                     });
+    if (!set.Empty()) Average(set);
+    return set;
+}
+
+TraceSet BuildGroupAverage(const Recording& rec, const EventTable& events,
+                           const AnalysisParameters& params, const TraceSetOptions& options) {
+    std::vector<int64_t> sums;
+    TraceSet set = ForEachGroupTrace(rec, events, params, options, false,
+                                     [&sums](TraceSet&, int32_t, std::span<const int16_t> values) {
+                                         sums.resize(values.size(), 0);
+                                         for (std::size_t j = 0; j < values.size(); ++j) sums[j] += values[j];
+                                     });
+    for (std::size_t j = 0; j < sums.size(); ++j) set.points[j] = Clamp16(RoundEven(double(sums[j]) / set.count));
+    return set;
+}
+
+std::optional<std::size_t> TraceSetBytes(const Recording& rec, const EventTable& events,
+                                         const TraceSetOptions& options, bool averageOnly) {
+    const auto L = std::size_t(TracePoints(options.blocks));
+    if (averageOnly) return L * (2 * sizeof(int16_t) + sizeof(int64_t));
+    const std::size_t count = options.source == TraceSource::Group
+                                  ? std::size_t(GroupCount(events, options.group))
+                                  : rec.SweepStarts().size();
+    if (options.source == TraceSource::Episodes && options.fullSweep) return std::nullopt;
+    return (count + 1) * L * sizeof(int16_t);
+}
+
+std::string TraceSetSizeProblem(std::optional<std::size_t> bytes) {
+    if (!bytes || *bytes <= kTraceSetBudgetBytes) return {};
+    return fmt::format("The traces would need {:.1f} GB of memory, more than the {:.0f} GB allowed. "
+                       "Analyse fewer blocks or fewer events.",
+                       double(*bytes) / 1e9, double(kTraceSetBudgetBytes) / (1 << 30));
 }
 
 std::vector<int64_t> SweepLengths(const Recording& rec) {
@@ -149,10 +205,10 @@ TraceSet BuildEpisodeTraceSet(const Recording& rec, const TraceSetOptions& optio
     const std::vector<int64_t> lengths = SweepLengths(rec);
     const int64_t longest = lengths.empty() ? 0 : *std::max_element(lengths.begin(), lengths.end());
     const auto sweeps = int32_t(std::min<std::size_t>(starts.size(), INT32_MAX - 1));
-    if (sweeps < 1 || longest < 1) return Sized(rec, 0, 0);
+    if (sweeps < 1 || longest < 1) return Sized(rec, 0, 0, true);
     // A whole sweep per trace: the longest, so that every sweep is shown whole.
     const double blocks = options.fullSweep ? double(longest) / kBlockPoints : options.blocks;
-    TraceSet set = Sized(rec, sweeps, TracePoints(blocks));
+    TraceSet set = Sized(rec, sweeps, TracePoints(blocks), true);
     const auto L = std::size_t(set.length);
     for (int32_t t = 1; t <= sweeps; ++t) {
         set.eventIndex[std::size_t(t)] = t;

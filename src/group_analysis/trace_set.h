@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -66,6 +68,20 @@ int32_t TracePoints(double blocks);
 // Group source: the events of options.group in table order.
 TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
                             const AnalysisParameters& params, const TraceSetOptions& options);
+// The same average (row 0) without holding the individual traces: points
+// holds row 0 only, so Row(t) is valid for t = 0 alone.
+TraceSet BuildGroupAverage(const Recording& rec, const EventTable& events,
+                           const AnalysisParameters& params, const TraceSetOptions& options);
+
+// Memory the traces may hold at most; a larger set is refused, not begun.
+inline constexpr std::size_t kTraceSetBudgetBytes = std::size_t(1) << 30;
+// Bytes a trace set of these options holds (the average alone, or every
+// trace); std::nullopt when that is known only once the sweeps are read
+// (whole sweeps, bounded by the recording itself).
+std::optional<std::size_t> TraceSetBytes(const Recording& rec, const EventTable& events,
+                                         const TraceSetOptions& options, bool averageOnly);
+// "" when bytes fit the budget, otherwise the refusal giving the memory needed.
+std::string TraceSetSizeProblem(std::optional<std::size_t> bytes);
 // Points of one channel in each sweep of the recording, in order; the whole
 // recording for gap-free data.
 std::vector<int64_t> SweepLengths(const Recording& rec);

@@ -6,6 +6,7 @@
 #include <numbers>
 
 #include <fftw3.h>
+#include <fmt/format.h>
 
 namespace vess::hrv {
 
@@ -171,6 +172,18 @@ SpectrumResult AnalyseSpectrum(std::span<const double> timesMs, std::span<const 
     }
     std::vector<double> tSeconds;
     for (double t : timesMs) tSeconds.push_back(t / 1000);
+    const double spanS = tSeconds.back() - tSeconds.front();
+    // Points the spectrum would hold: checked as a double, before any is made.
+    const double points = o.method == SpectrumMethod::LombScargle
+                              ? o.bands.hfHighHz * spanS * std::max(1, o.oversampling) + 1
+                              : spanS * o.resampleHz + 1;
+    if (!(points <= double(kMaxSpectrumPoints))) {
+        s.error = fmt::format("{:.4g} s of beats give {:.3g} spectrum points, more than {}; {}.", spanS, points,
+                              kMaxSpectrumPoints,
+                              o.method == SpectrumMethod::LombScargle ? "analyse a shorter stretch"
+                                                                     : "choose a lower resampling rate");
+        return s;
+    }
     if (o.method == SpectrumMethod::LombScargle) {
         std::vector<double> y(rrMs.begin(), rrMs.end());
         RemoveTrend(y, o.detrend);  // uneven times: the trend is fitted against beat index

@@ -54,6 +54,9 @@ struct SpectrumResult {
     double lfHfRatio = 0;
 };
 
+// Resampled points (or Lomb-Scargle frequencies) a spectrum holds at most.
+inline constexpr std::size_t kMaxSpectrumPoints = 20'000'000;
+
 // timesMs: the time of each interval's ending beat, increasing; rrMs: the
 // intervals. At least four intervals are needed.
 SpectrumResult AnalyseSpectrum(std::span<const double> timesMs, std::span<const double> rrMs,

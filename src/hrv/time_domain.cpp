@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <map>
+#include <string>
 
 #include <fmt/format.h>
 
@@ -31,24 +34,49 @@ std::string FormatMeasure(std::size_t column, double value) {
 
 namespace {
 
+// Segment k (0-based) of the one holding a beat at endMs, as a whole number
+// in a double: far beats give indexes beyond any integer type.
+double SegmentOf(double endMs, double segmentMs, double lastSegment) {
+    return std::min(lastSegment, std::max(0.0, std::floor(endMs / segmentMs)));
+}
+
 std::vector<SegmentRow> Segments(const BoundedRR& rr, double recordingMs, double segmentMs,
-                                 const HrvOptions& options) {
+                                 const HrvOptions& options, std::string& problem) {
     if (!(segmentMs > 0)) return {};
     const double lastBeat = rr.endMs.empty() ? 0 : rr.endMs.back();
     const double length = std::max(recordingMs, lastBeat);
     // A beat exactly at the end of a whole segment still belongs to the last one.
-    std::size_t count = std::size_t(std::max(1.0, std::ceil(length / segmentMs)));
-    std::vector<std::vector<double>> members(count);
-    for (std::size_t i = 0; i < rr.rrMs.size(); ++i) {
-        const auto k = std::min(count - 1, std::size_t(std::max(0.0, rr.endMs[i] / segmentMs)));
-        members[k].push_back(rr.rrMs[i]);
-    }
-    if (options.excludeLastSegment) --count;
+    const double count = std::max(1.0, std::ceil(length / segmentMs));
+    const auto tooMany = [&] {
+        problem = fmt::format("{:.4g} segments of {:.4g} ms: too many to list (at most {}); no segment measures.",
+                              count, segmentMs, kMaxSegmentRows);
+        return std::vector<SegmentRow>{};
+    };
+    // Beyond 2^53 segment numbers are no longer whole in a double.
+    if (!(count <= 0x1p53)) return tooMany();
+    // Only segments that hold an interval are kept, so an empty stretch of
+    // any length costs nothing.
+    std::map<double, std::vector<double>> members;
+    for (std::size_t i = 0; i < rr.rrMs.size(); ++i)
+        members[SegmentOf(rr.endMs[i], segmentMs, count - 1)].push_back(rr.rrMs[i]);
+    const double taken = options.excludeLastSegment ? count - 1 : count;
+    std::erase_if(members, [taken](const auto& m) { return m.first >= taken; });
+    const double rowsWanted = options.includeZeroSegments ? taken : double(members.size());
+    const double lastNumber = options.includeZeroSegments ? taken : members.empty() ? 0 : members.rbegin()->first + 1;
+    if (lastNumber > double(std::numeric_limits<int>::max()) || rowsWanted > double(kMaxSegmentRows))
+        return tooMany();
     std::vector<SegmentRow> rows;
-    for (std::size_t k = 0; k < count; ++k) {
-        if (members[k].empty() && !options.includeZeroSegments) continue;
-        const Summary s = Describe(members[k]);
-        rows.push_back({int(k + 1), s.n, s.mean, s.sd});
+    const auto add = [&rows](int k, std::span<const double> values) {
+        const Summary s = Describe(values);
+        rows.push_back({k + 1, s.n, s.mean, s.sd});
+    };
+    if (!options.includeZeroSegments) {
+        for (const auto& [k, values] : members) add(int(k), values);
+        return rows;
+    }
+    for (int k = 0; k < int(taken); ++k) {
+        const auto held = members.find(double(k));
+        add(k, held == members.end() ? std::span<const double>() : std::span<const double>(held->second));
     }
     return rows;
 }
@@ -77,7 +105,7 @@ TimeDomainResult AnalyseTimeDomain(const BoundedRR& rr, double recordingMs, doub
     r.rMSSD = d.n ? std::sqrt(squares / d.n) : 0;
     r.pNN = d.n ? double(r.nNN) / d.n * 100 : 0;
 
-    r.segments = Segments(rr, recordingMs, segmentMs, options);
+    r.segments = Segments(rr, recordingMs, segmentMs, options, r.segmentProblem);
     std::vector<double> means, sds;
     for (const SegmentRow& s : r.segments) {
         means.push_back(s.meanMs);

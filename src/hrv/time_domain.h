@@ -4,6 +4,7 @@
 
 #include <array>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "hrv/hrv_options.h"
@@ -37,10 +38,16 @@ struct TimeDomainResult {
     int nSegment = 0;
     double MANN = 0, SDANN = 0, MSDNN = 0, SDSDNN = 0;
     std::vector<SegmentRow> segments;  // the segments that take part, in order
+    std::string segmentProblem;        // why there are no segment measures, or ""
 
     // The fifteen measures in the result grid's column order.
     std::array<double, 15> Values() const;
 };
+
+// Segment rows listed at most; more (a tiny segment length, a beat far
+// beyond the recording with empty segments listed) leaves the segment
+// measures out with a reason.
+inline constexpr int kMaxSegmentRows = 1'000'000;
 
 // The recording is cut into segments of segmentMs from 0 ms; recordingMs is
 // its length (the last beat's time when there is no recording). An interval

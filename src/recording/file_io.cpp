@@ -15,8 +15,8 @@ namespace {
 
 std::string Why() { return std::strerror(errno); }
 
-// Writes all bytes to fd and flushes them to the disk; "" or the reason.
-std::string WriteAllAndSync(int fd, const ChunkSource& next) {
+// Writes all bytes to fd; "" or the reason.
+std::string WriteAll(int fd, const ChunkSource& next) {
     for (std::span<const uint8_t> bytes = next(); !bytes.empty(); bytes = next()) {
         std::size_t done = 0;
         while (done < bytes.size()) {
@@ -26,7 +26,6 @@ std::string WriteAllAndSync(int fd, const ChunkSource& next) {
             done += std::size_t(n);
         }
     }
-    if (::fsync(fd) != 0) return Why();
     return {};
 }
 
@@ -50,15 +49,13 @@ mode_t NewFileMode() {
     return mode_t(0666) & ~mask;
 }
 
-// Overwrites the existing file in place: used when its folder does not let
-// us create the temporary file but the file itself is writable.
-std::string WriteInPlace(const std::filesystem::path& target, const ChunkSource& bytes) {
-    const int fd = ::open(target.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0) return "Cannot write " + target.string() + ": " + Why() + ".";
-    std::string why = WriteAllAndSync(fd, bytes);
-    if (::close(fd) != 0 && why.empty()) why = Why();
-    if (!why.empty()) return "Cannot write " + target.string() + ": " + why + ".";
-    return {};
+// The refusal for a folder that forbids the temporary file: writing into the
+// old file instead would leave it half new on a full disk or a crash.
+std::string NoNewFileWhy(int createErrno, bool exists) {
+    if ((createErrno == EACCES || createErrno == EPERM) && exists)
+        return "its folder does not allow a new file beside it (" + std::string(std::strerror(createErrno)) +
+               "); the file is left unchanged rather than overwritten in place. Save to another folder";
+    return std::strerror(createErrno);
 }
 
 }  // namespace
@@ -93,40 +90,66 @@ std::string WriteFileAtomic(const std::filesystem::path& path, std::span<const u
     });
 }
 
-std::string WriteFileAtomic(const std::filesystem::path& path, const ChunkSource& bytes) {
-    const std::filesystem::path target = FinalTarget(path);
+AtomicFile::AtomicFile(const std::filesystem::path& path) : target_(FinalTarget(path)) {
     struct stat existing {};
-    const bool exists = ::stat(target.c_str(), &existing) == 0;
-    if (exists && !S_ISREG(existing.st_mode))
-        return "Cannot write " + target.string() + ": it is not a regular file.";
-
+    const bool exists = ::stat(target_.c_str(), &existing) == 0;
+    if (exists && !S_ISREG(existing.st_mode)) {
+        why_ = "it is not a regular file";
+        return;
+    }
     // A name of our own beside the target, never one the user may own.
-    std::string tmpName = (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
-    const int fd = ::mkstemp(tmpName.data());
-    if (fd < 0) {
-        const int createErrno = errno;
-        if ((createErrno == EACCES || createErrno == EPERM) && exists &&
-            ::access(target.c_str(), W_OK) == 0)
-            return WriteInPlace(target, bytes);
-        return "Cannot write " + target.string() + ": " + std::strerror(createErrno) + ".";
+    tmp_ = (target_.parent_path() / ("." + target_.filename().string() + ".XXXXXX")).string();
+    fd_ = ::mkstemp(tmp_.data());
+    if (fd_ < 0) {
+        why_ = NoNewFileWhy(errno, exists);
+        tmp_.clear();
+        return;
     }
-    const std::filesystem::path tmp = tmpName;
-    ::fchmod(fd, exists ? (existing.st_mode & 07777) : NewFileMode());
-    std::string why = WriteAllAndSync(fd, bytes);
-    if (::close(fd) != 0 && why.empty()) why = Why();
-    if (why.empty() && ::rename(tmp.c_str(), target.c_str()) != 0) why = Why();
-    if (!why.empty()) {
-        ::unlink(tmp.c_str());
-        return "Cannot write " + target.string() + ": " + why + ".";
-    }
+    ::fchmod(fd_, exists ? (existing.st_mode & 07777) : NewFileMode());
+}
+
+AtomicFile::~AtomicFile() {
+    if (fd_ >= 0) ::close(fd_);
+    if (!tmp_.empty() && !renamed_) ::unlink(tmp_.c_str());
+}
+
+bool AtomicFile::Write(std::span<const uint8_t> bytes) {
+    if (!why_.empty()) return false;
+    bool given = false;
+    why_ = WriteAll(fd_, [&]() -> std::span<const uint8_t> {
+        if (given) return {};
+        given = true;
+        return bytes;
+    });
+    return why_.empty();
+}
+
+std::string AtomicFile::Finish() {
+    if (why_.empty() && ::fsync(fd_) != 0) why_ = Why();
+    if (fd_ >= 0 && ::close(fd_) != 0 && why_.empty()) why_ = Why();
+    fd_ = -1;
+    if (why_.empty() && ::rename(tmp_.c_str(), target_.c_str()) != 0) why_ = Why();
+    if (!why_.empty()) return Error();
+    renamed_ = true;
     // The rename itself reaches the disk with the folder.
-    if (const int dir = ::open(target.parent_path().empty() ? "." : target.parent_path().c_str(),
+    if (const int dir = ::open(target_.parent_path().empty() ? "." : target_.parent_path().c_str(),
                                O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         dir >= 0) {
         ::fsync(dir);
         ::close(dir);
     }
     return {};
+}
+
+std::string AtomicFile::Error() const {
+    return why_.empty() ? std::string() : "Cannot write " + target_.string() + ": " + why_ + ".";
+}
+
+std::string WriteFileAtomic(const std::filesystem::path& path, const ChunkSource& next) {
+    AtomicFile file(path);
+    for (std::span<const uint8_t> bytes = next(); !bytes.empty(); bytes = next())
+        if (!file.Write(bytes)) break;
+    return file.Finish();
 }
 
 std::string WriteFileAtomic(const std::filesystem::path& path, std::string_view text) {

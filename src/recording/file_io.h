@@ -19,8 +19,37 @@ namespace vess {
 std::optional<std::vector<uint8_t>> ReadFileBytes(const std::filesystem::path& path,
                                                   std::string* error = nullptr);
 
-// Writes bytes to a temporary file beside path and renames it over path, so a
-// failure never destroys an existing file. Returns an empty string on success,
+// A file written under a temporary name beside its target and renamed over
+// the target once every byte is on disk, so a failure never destroys an
+// existing file: dropped unfinished, it removes its temporary file. Saving
+// through a symbolic link replaces the link's final target and keeps the
+// link; a replaced file keeps its permission bits, a new one gets the
+// umask's. A file whose folder forbids new files is refused, never written
+// in place.
+class AtomicFile {
+public:
+    explicit AtomicFile(const std::filesystem::path& path);
+    ~AtomicFile();
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+
+    // Appends bytes; false once anything has failed (then Error() says why).
+    bool Write(std::span<const uint8_t> bytes);
+    // Flushes, renames over the target and returns "" on success, otherwise
+    // the message; the target is untouched on failure.
+    std::string Finish();
+    // "" while all is well, otherwise "Cannot write <file>: <why>."
+    std::string Error() const;
+
+private:
+    std::filesystem::path target_;
+    std::string tmp_;
+    int fd_ = -1;
+    bool renamed_ = false;
+    std::string why_;
+};
+
+// Writes bytes through an AtomicFile. Returns an empty string on success,
 // otherwise a message saying what went wrong.
 std::string WriteFileAtomic(const std::filesystem::path& path, std::span<const uint8_t> bytes);
 std::string WriteFileAtomic(const std::filesystem::path& path, std::string_view text);

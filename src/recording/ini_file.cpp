@@ -45,6 +45,16 @@ std::optional<KeyLine> ParseKey(std::string_view line) {
     return KeyLine{Trim(line.substr(0, eq)), Trim(line.substr(eq + 1))};
 }
 
+// The value as written after "key=": quoted when reading would otherwise
+// lose its outer blanks or a pair of quotes around it.
+std::string StoredValue(std::string_view value) {
+    const auto blank = [](char c) { return c == ' ' || c == '\t'; };
+    const bool quoted = value.size() >= 2 && value.front() == '"' && value.back() == '"';
+    if (!value.empty() && (blank(value.front()) || blank(value.back()) || quoted))
+        return "\"" + std::string(value) + "\"";
+    return std::string(value);
+}
+
 }  // namespace
 
 IniFile IniFile::Parse(std::string_view text) {
@@ -90,7 +100,7 @@ std::optional<std::string> IniFile::Get(std::string_view section, std::string_vi
 }
 
 void IniFile::Set(std::string_view section, std::string_view key, std::string_view value) {
-    std::string line = std::string(key) + "=" + std::string(value);
+    std::string line = std::string(key) + "=" + StoredValue(value);
     std::size_t s = FindSection(section);
     if (s == std::string::npos) {
         while (!lines_.empty() && Trim(lines_.back()).empty()) lines_.pop_back();

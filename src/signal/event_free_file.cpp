@@ -1,12 +1,5 @@
 #include "signal/event_free_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
-
 #include <fmt/format.h>
 
 #include "hrv/texts.h"
@@ -27,52 +20,6 @@ namespace {
 
 std::string S(std::string_view v) { return std::string(v); }
 
-// A file written under a temporary name beside the target and renamed over
-// it once every byte is on disk; dropped unfinished, it removes itself.
-class StreamedFile {
-public:
-    explicit StreamedFile(const std::filesystem::path& target) : target_(target) {
-        tmp_ = (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
-        fd_ = ::mkstemp(tmp_.data());
-        created_ = fd_ >= 0;
-        if (!created_) error_ = std::strerror(errno);
-        else ::fchmod(fd_, 0644);
-    }
-    ~StreamedFile() {
-        if (fd_ >= 0) ::close(fd_);
-        if (created_ && !done_) ::unlink(tmp_.c_str());
-    }
-    bool Write(std::span<const uint8_t> bytes) {
-        while (error_.empty() && !bytes.empty()) {
-            const ssize_t n = ::write(fd_, bytes.data(), bytes.size());
-            if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) error_ = std::strerror(errno);
-            else bytes = bytes.subspan(std::size_t(n));
-        }
-        return error_.empty();
-    }
-    // Empty on success.
-    std::string Finish() {
-        if (error_.empty() && ::fsync(fd_) != 0) error_ = std::strerror(errno);
-        if (::close(fd_) != 0 && error_.empty()) error_ = std::strerror(errno);
-        fd_ = -1;
-        if (error_.empty() && ::rename(tmp_.c_str(), target_.c_str()) != 0) error_ = std::strerror(errno);
-        done_ = error_.empty();
-        return Error();
-    }
-    std::string Error() const {
-        return error_.empty() ? std::string() : "Cannot write " + target_.string() + ": " + error_ + ".";
-    }
-
-private:
-    std::filesystem::path target_;
-    std::string tmp_;
-    int fd_ = -1;
-    bool created_ = false;
-    bool done_ = false;
-    std::string error_;
-};
-
 }  // namespace
 
 AbfWriteSpec EventFreeWriteSpec(const Recording& rec) {
@@ -89,7 +36,7 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
                               int64_t levelPoints, const std::filesystem::path& path) {
     const int64_t points = rec.PointsPerChannel();
     if (points > int64_t(INT32_MAX)) return "Too many samples for an ABF 1.x file.";
-    StreamedFile file(path);
+    AtomicFile file(path);
     if (!file.Error().empty()) return file.Error();
     if (!file.Write(BuildAbfHeader(EventFreeWriteSpec(rec), points))) return file.Error();
     const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points);

@@ -51,6 +51,12 @@ struct NoiseMeasures {
 // resting level. On a stationary trace it equals the SD within sampling error.
 std::optional<NoiseMeasures> MeasureNoise(std::span<const double> values, double intervalMs);
 
+// The same measures of points [first, first + count) of the chosen channel,
+// read twice in pieces of piecePoints: the median comes from how often each
+// 16-bit sample occurs, so a whole long recording is never held.
+std::optional<NoiseMeasures> MeasureRecordingNoise(const Recording& rec, int64_t first, int64_t count,
+                                                   int64_t piecePoints = int64_t(1) << 20);
+
 // The report shown to the user, one measure a line, values with the unit.
 std::string NoiseReportText(const NoiseMeasures& m, const std::string& units);
 

@@ -2,9 +2,16 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cerrno>
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "detection/number_entry.h"
+#include "recording/data_file.h"
 #include "recording/file_io.h"
 #include "recording/save_path.h"
 #include "recording/texts.h"
@@ -57,6 +64,117 @@ double AnnouncedCount(std::string_view line, std::string_view tag) {
     return at == std::string_view::npos ? 0 : LeadingNumber(line.substr(std::min(line.size(), at + 12)));
 }
 
+// Lines of text handed over in pieces, split at separator with a trailing
+// CR removed: the same lines as Lines() gives for the whole text.
+class LineSplitter {
+public:
+    explicit LineSplitter(char separator) : separator_(separator) {}
+    template <class F>
+    void Feed(std::string_view chunk, const F& line) {
+        for (std::size_t end = chunk.find(separator_); end != std::string_view::npos;
+             end = chunk.find(separator_)) {
+            if (partial_.empty()) {
+                Emit(chunk.substr(0, end), line);
+            } else {
+                partial_.append(chunk.substr(0, end));
+                Emit(partial_, line);
+                partial_.clear();
+            }
+            chunk.remove_prefix(end + 1);
+        }
+        partial_.append(chunk);
+    }
+    template <class F>
+    void End(const F& line) {
+        if (!partial_.empty()) Emit(partial_, line);
+        partial_.clear();
+    }
+
+private:
+    template <class F>
+    static void Emit(std::string_view l, const F& line) {
+        if (!l.empty() && l.back() == '\r') l.remove_suffix(1);
+        line(l);
+    }
+    char separator_;
+    std::string partial_;
+};
+
+char LineSeparator(std::string_view text) {
+    return text.find('\n') == std::string_view::npos ? '\r' : '\n';
+}
+
+// The array text file line by line: the header test on lines 1 to 3, the
+// announced counts on lines 4 and 5, the rows from line 7. A count is
+// capped by the file's size (a row takes at least one byte), so a short
+// file cannot claim memory it does not fill.
+class ArrayFileParser {
+public:
+    explicit ArrayFileParser(std::size_t fileBytes) : fileBytes_(double(fileBytes)) {}
+    void Line(std::string_view line) {
+        if (!valid_) return;
+        switch (index_) {
+            case 0: valid_ = line.find(texts::kAtfTag) != std::string_view::npos; break;
+            case 1: valid_ = line.find(st::kArrayFileShape) != std::string_view::npos; break;
+            case 2:
+                valid_ = line.substr(std::min<std::size_t>(1, line.size())).substr(0, st::kArrayDataProbe.size()) ==
+                         st::kArrayDataProbe;
+                break;
+            case 3: count1_ = AnnouncedCount(line, st::kMaxArray1Tag); break;
+            case 4: count2_ = AnnouncedCount(line, st::kMaxArray2Tag); break;
+            case 5: break;
+            default: Row(line);
+        }
+        ++index_;
+    }
+    bool Valid() const { return valid_; }
+    std::optional<ImportedArrays> Finish() {
+        if (!valid_ || index_ < 3) return std::nullopt;
+        if (!Sized()) return std::nullopt;
+        return std::move(arrays_);
+    }
+
+private:
+    bool Sized() {
+        if (sized_) return valid_;
+        sized_ = true;
+        if (!(count1_ <= kMaxImportCount) || !(count2_ <= kMaxImportCount)) return valid_ = false;
+        n1_ = int32_t(std::clamp(count1_, 0.0, fileBytes_));
+        n2_ = int32_t(std::clamp(count2_, 0.0, fileBytes_));
+        arrays_.array1.Reallocate(0, n1_);
+        arrays_.array2.Reallocate(0, n2_);
+        return true;
+    }
+    void Row(std::string_view row) {
+        if (!Sized()) return;
+        const int64_t i = index_ - 5;
+        const std::size_t tab = row.find('\t');
+        if (i <= n1_) arrays_.array1[int32_t(i)] = float(LeadingNumber(row.substr(0, tab)));
+        if (i <= n2_ && tab != std::string_view::npos)
+            arrays_.array2[int32_t(i)] = float(LeadingNumber(row.substr(tab + 1)));
+    }
+
+    double fileBytes_;
+    int64_t index_ = 0;
+    bool valid_ = true, sized_ = false;
+    double count1_ = 0, count2_ = 0;
+    int32_t n1_ = 0, n2_ = 0;
+    ImportedArrays arrays_;
+};
+
+// Hands the file's bytes to use in pieces until use returns false or the
+// end; false when reading failed.
+template <class F>
+bool ReadChunks(int fd, const F& use) {
+    std::vector<char> buffer(1 << 16);
+    for (;;) {
+        const ssize_t n = ::read(fd, buffer.data(), buffer.size());
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return false;
+        if (n == 0 || !use(std::string_view(buffer.data(), std::size_t(n)))) return true;
+    }
+}
+
 }  // namespace
 
 std::string FormatArrayValue(float value) {
@@ -77,7 +195,9 @@ std::vector<float> ParseClipboardNumbers(std::string_view text) {
     for (std::string_view line : Lines(text)) {
         std::string first(BeforeTab(line));
         std::erase(first, '\n');
-        if (const auto v = ParseNumberEntry(first)) out.push_back(float(*v));
+        // A number beyond the float range would be stored as an infinity:
+        // it is skipped like any other line that is no finite number.
+        if (const auto v = ParseNumberEntry(first); v && std::isfinite(float(*v))) out.push_back(float(*v));
     }
     return out;
 }
@@ -108,26 +228,44 @@ std::string ArraysAtfText(const std::string& recordingName, const DataArray& a1,
 }
 
 std::optional<ImportedArrays> ParseArraysAtf(std::string_view text) {
-    const std::vector<std::string_view> lines = Lines(text);
-    if (lines.size() < 3 || lines[0].find(texts::kAtfTag) == std::string_view::npos ||
-        lines[1].find(st::kArrayFileShape) == std::string_view::npos ||
-        lines[2].substr(std::min<std::size_t>(1, lines[2].size())).substr(0, st::kArrayDataProbe.size()) !=
-            st::kArrayDataProbe)
-        return std::nullopt;
-    const double count1 = lines.size() > 3 ? AnnouncedCount(lines[3], st::kMaxArray1Tag) : 0;
-    const double count2 = lines.size() > 4 ? AnnouncedCount(lines[4], st::kMaxArray2Tag) : 0;
-    if (!(count1 <= kMaxImportCount) || !(count2 <= kMaxImportCount)) return std::nullopt;
-    ImportedArrays arrays;
-    const auto n1 = int32_t(std::max(0.0, count1)), n2 = int32_t(std::max(0.0, count2));
-    arrays.array1.Reallocate(0, n1);
-    arrays.array2.Reallocate(0, n2);
-    for (std::size_t line = 6; line < lines.size(); ++line) {
-        const auto i = int32_t(line - 5);
-        const std::string_view row = lines[line];
-        const std::size_t tab = row.find('\t');
-        if (i <= n1) arrays.array1[i] = float(LeadingNumber(row.substr(0, tab)));
-        if (i <= n2 && tab != std::string_view::npos) arrays.array2[i] = float(LeadingNumber(row.substr(tab + 1)));
+    ArrayFileParser parser(text.size());
+    LineSplitter lines(LineSeparator(text));
+    const auto line = [&parser](std::string_view l) { parser.Line(l); };
+    lines.Feed(text, line);
+    lines.End(line);
+    return parser.Finish();
+}
+
+std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError) {
+    const int fd = OpenRegularFile(path, readError);
+    if (fd < 0) return std::nullopt;
+    struct stat st {};
+    std::optional<ImportedArrays> arrays;
+    if (::fstat(fd, &st) != 0) {
+        if (readError) *readError = std::strerror(errno);
+    } else {
+        // Two passes, neither holding the file: the line ends first (LF, or
+        // CR alone when the file has no LF), then the rows.
+        char separator = '\r';
+        ReadChunks(fd, [&separator](std::string_view chunk) {
+            if (chunk.find('\n') == std::string_view::npos) return true;
+            separator = '\n';
+            return false;
+        });
+        ArrayFileParser parser(std::size_t(st.st_size));
+        LineSplitter lines(separator);
+        const auto line = [&parser](std::string_view l) { parser.Line(l); };
+        if (::lseek(fd, 0, SEEK_SET) == 0 && ReadChunks(fd, [&](std::string_view chunk) {
+                lines.Feed(chunk, line);
+                return parser.Valid();  // a file that failed the header test is read no further
+            })) {
+            lines.End(line);
+            arrays = parser.Finish();
+        } else if (readError) {
+            *readError = std::strerror(errno);
+        }
     }
+    ::close(fd);
     return arrays;
 }
 
@@ -147,16 +285,13 @@ bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
                                     std::string(texts::kTextFileExtension), {}};
     const auto path = ChooseOpenPath(dialogs, request);
     if (!path) return false;
-    const auto bytes = ReadFileBytes(*path);
-    const auto arrays = bytes ? ParseArraysAtf(std::string_view(reinterpret_cast<const char*>(bytes->data()),
-                                                                bytes->size()))
-                              : std::nullopt;
+    auto arrays = ReadArraysAtf(*path);
     if (!arrays) {
         dialogs.Message(std::string(st::kNotValidArrayCaption), std::string(st::kNotValidArrayText));
         return false;
     }
-    ws.array1 = arrays->array1;
-    ws.array2 = arrays->array2;
+    ws.array1 = std::move(arrays->array1);
+    ws.array2 = std::move(arrays->array2);
     return true;
 }
 

@@ -2,6 +2,7 @@
 // file (Axon Text File form, CR LF line ends) with its save and import.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,7 +24,8 @@ std::string FormatArrayValue(float value);
 // is empty.
 std::string ArraysClipboardText(const DataArray& a1, const DataArray& a2);
 // Numbers of clipboard text: lines split at CR (LF tolerated), the text
-// before the first tab of each line, lines that are not numbers skipped.
+// before the first tab of each line, lines that are not finite numbers (as
+// a float) skipped.
 std::vector<float> ParseClipboardNumbers(std::string_view text);
 // menu_PasteArray index k-1: the clear question, then replace or append.
 // Returns true when the array changed.
@@ -36,8 +38,13 @@ struct ImportedArrays {
     DataArray array1;  // bounds 0..MaxArray1
     DataArray array2;  // bounds 0..MaxArray2
 };
-// Reads an array text file; nothing when it fails the header test.
+// Reads an array text file; nothing when it fails the header test. The
+// announced counts are capped by the text's length.
 std::optional<ImportedArrays> ParseArraysAtf(std::string_view text);
+// The same from a file, read in pieces so that only the arrays are held;
+// nothing when it cannot be read (then *readError says why) or fails the
+// header test.
+std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError = nullptr);
 
 // menu_ArrayAscii: silent when both arrays are empty; save dialog, replace
 // question, temporary file renamed over the target. True when written.

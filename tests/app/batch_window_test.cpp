@@ -1,6 +1,7 @@
 // The batch window from the signal menu: a run over two recordings fills the
 // summary table and writes the event files, Stop ends a long run, and the
 // summary is saved as the command line writes it.
+#include <QCheckBox>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
@@ -69,6 +70,19 @@ TEST_F(BatchWindowTest, RunsTwoRecordingsAndSavesTheSummary) {
     const auto saved = ReadFileBytes(dir / "summary.csv");
     ASSERT_TRUE(saved);
     EXPECT_EQ(std::string(saved->begin(), saved->end()), SummaryCsv(w->Rows()));
+
+    // A second run keeps the event files the first wrote, unless the box
+    // asks to replace them.
+    QTest::mouseClick(w->findChild<QPushButton*>("run"), Qt::LeftButton);
+    ASSERT_TRUE(WaitFor([&] { return !w->Running(); }, 20000));
+    EXPECT_TRUE(w->Rows()[0].kept);
+    EXPECT_EQ(Cell(w, 0, 10).toStdString(), batch_texts::kKeptEventFile);
+    Picture(w, "batch_window_kept");
+    w->findChild<QCheckBox*>("overwrite")->setChecked(true);
+    QTest::mouseClick(w->findChild<QPushButton*>("run"), Qt::LeftButton);
+    ASSERT_TRUE(WaitFor([&] { return !w->Running(); }, 20000));
+    EXPECT_TRUE(w->Rows()[0].analysed);
+    EXPECT_EQ(Cell(w, 0, 10), "");
 }
 
 TEST_F(BatchWindowTest, StopEndsALongRunAndTheWindowAnswersMeanwhile) {

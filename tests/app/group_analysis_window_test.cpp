@@ -109,8 +109,8 @@ TEST_F(GroupWindowTest, DisplaysNavigatesFitsAndSavesResults) {
     QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
     EXPECT_FALSE(w->Fitting());
     ASSERT_EQ(ws.results.Count(), 1);
-    EXPECT_EQ(w->Grid()->rowCount(), 1);
-    EXPECT_EQ(w->Grid()->horizontalHeaderItem(7)->text(), "Tau1");
+    EXPECT_EQ(w->Grid()->model()->rowCount(), 1);
+    EXPECT_EQ(w->Grid()->model()->headerData(7, Qt::Horizontal).toString(), "Tau1");
     EXPECT_TRUE(w->Report()->toPlainText().startsWith(
         QString("Number of Traces Averaged : %1").arg(grouped - 1)));
     const double tau = group::ReadResultRow(ws.results[1]).tau1;
@@ -263,6 +263,17 @@ TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
     w->Action("menu_preview")->trigger();
     EXPECT_EQ(caption, "Fitting Results Print Preview");
     EXPECT_EQ(previewPages, pages);
+
+    // A results file of 200,000 rows is shown through the model, with no
+    // item per cell: the last row reads as the first.
+    ws.results.Assign(std::vector<ResultBytes>(200000, row));
+    w->RefreshGrid();
+    const QAbstractItemModel* model = w->Grid()->model();
+    EXPECT_EQ(model->rowCount(), 200000);
+    EXPECT_EQ(model->data(model->index(199999, 7)).toString(), model->data(model->index(0, 7)).toString());
+    EXPECT_NE(model->data(model->index(0, 7)).toString(), "");
+    w->Grid()->scrollToBottom();
+    w->Grid()->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/group_results_grid.png");
 }
 
 TEST_F(GroupWindowTest, AssignDialogGroupsBurstsAndTimeWindows) {

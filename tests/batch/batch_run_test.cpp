@@ -1,5 +1,7 @@
 // Batch runs: every recording gets a row, a bad one never stops the others,
 // the stop flag ends the run, and the list, shard and event-file rules.
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -97,14 +99,39 @@ TEST(BatchRun, StopEndsTheRunAndLeavesNoPartialEventFile) {
     EXPECT_FALSE(rows[1].analysed);
 }
 
+// A reviewed event file is never replaced unless asked: the recording is
+// skipped and its row says so; with overwrite it is analysed and replaced.
+TEST(BatchRun, AnExistingEventFileIsKeptUnlessOverwriteIsAsked) {
+    test::TempDir dir;
+    const std::vector<BatchItem> items = PlanBatch({Synth(dir, "a.abf", 6, 1)}, {});
+    ASSERT_EQ(WriteFileAtomic(dir / "a.EVT", std::string_view("reviewed")), "");
+    BatchSetup setup;
+    const std::atomic<bool> stop{false};
+    const BatchRow kept = AnalyseRecording(items[0], setup, {}, stop);
+    EXPECT_TRUE(kept.kept);
+    EXPECT_FALSE(kept.analysed);
+    EXPECT_EQ(kept.errors, batch_texts::kKeptEventFile);
+    const std::vector<uint8_t> reviewed = {'r', 'e', 'v', 'i', 'e', 'w', 'e', 'd'};
+    EXPECT_EQ(Bytes(dir / "a.EVT"), reviewed);
+    setup.overwrite = true;
+    const BatchRow replaced = AnalyseRecording(items[0], setup, {}, stop);
+    EXPECT_TRUE(replaced.analysed);
+    EXPECT_FALSE(replaced.kept);
+    EXPECT_EQ(ReadEventFile(dir / "a.EVT").records.size(), std::size_t(replaced.events));
+}
+
 TEST(BatchFiles, FoldersListsAndEventFileNames) {
     test::TempDir dir;
     fs::create_directories(dir / "x");
     fs::create_directories(dir / "y");
     for (const char* name : {"x/b.ABF", "x/a.abf", "x/notes.txt", "y/a.abf"})
         ASSERT_EQ(WriteFileAtomic(dir / name, std::string_view("")), "");
-    // The folder gives its recordings only, sorted; a file named twice is one.
-    const std::vector<fs::path> files = ExpandRecordings({dir / "y/a.abf", dir / "x", dir / "x/a.abf"});
+    // The folder gives its recordings only, sorted; a file named twice is
+    // one, also when once through a relative path and once through a link.
+    fs::create_symlink(dir / "y", dir / "z");
+    const fs::path relative = fs::relative(dir / "y/a.abf");
+    const std::vector<fs::path> files =
+        ExpandRecordings({dir / "y/a.abf", dir / "x", dir / "x/a.abf", relative, dir / "z/a.abf"});
     ASSERT_EQ(files, (std::vector<fs::path>{dir / "x/a.abf", dir / "x/b.ABF", dir / "y/a.abf"}));
 
     const std::vector<BatchItem> beside = PlanBatch(files, {});
@@ -124,6 +151,10 @@ TEST(BatchFiles, FoldersListsAndEventFileNames) {
               (std::vector<fs::path>{dir / "x/a.abf", dir / "y/a.abf"}));
     EXPECT_FALSE(ReadRecordingList(dir / "none.txt", &problem));
     EXPECT_NE(problem.find("none.txt"), std::string::npos);
+    // A named pipe is refused at once, not waited on.
+    ASSERT_EQ(::mkfifo((dir / "fifo").c_str(), 0600), 0);
+    EXPECT_FALSE(ReadRecordingList(dir / "fifo", &problem));
+    EXPECT_NE(problem.find("fifo"), std::string::npos);
 }
 
 TEST(BatchFiles, ShardsTakeEveryRecordingOnce) {

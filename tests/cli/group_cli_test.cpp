@@ -60,6 +60,33 @@ TEST(VessAverage, PrintsTheAverageInUnitsAndTheTraceCount) {
     EXPECT_NE(missing.err.find("no event in group 7"), std::string::npos);
 }
 
+// Inputs that cannot give an average are refused with status 1 and a
+// reason, never a header-only trace or the start of the data.
+TEST(VessAverage, RefusesTracesOfNoPointTooLargeOrWithoutATime) {
+    EventFileOnDisk f;
+    const EventFileContents stored = ReadEventFile(f.dir / "cell.EVT");
+    EventTable nan;
+    nan.Assign(stored.records);
+    nan[2].time = std::nanf("");
+    AbfError error{};
+    const auto rec = Recording::Open(f.dir / "cell.abf", &error);
+    ASSERT_TRUE(rec);
+    ASSERT_EQ(WriteEventFile(f.dir / "nan.EVT", rec->HeaderBytes(), stored.params, nan, "cell.abf"), "");
+    const struct {
+        std::string args, message;
+    } cases[] = {
+        {f.Evt() + " --group 1 --blocks 0.001", "--blocks 0.001 gives a trace of no point"},
+        {f.Evt() + " --group 1 --blocks 1000000", "would need 3.1 GB of memory"},
+        {(f.dir / "nan.EVT").string() + " --group 1", "event 2 of group 1 has no time (not a number)"},
+    };
+    for (const auto& c : cases) {
+        const test::VessRun run = RunVessCli("average " + c.args, f.dir / "err.txt");
+        EXPECT_EQ(run.exitCode, 1) << c.args;
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+        EXPECT_EQ(run.out, "") << c.args;
+    }
+}
+
 TEST(VessAverage, PipedIntoFitGivesTheDecay) {
     EventFileOnDisk f;
     const std::string cli = VESS_CLI;

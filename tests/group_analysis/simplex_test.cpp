@@ -128,6 +128,17 @@ TEST(ExponentialFit, ProgressCanStopTheSearch) {
     EXPECT_EQ(r.restarts, 0);
 }
 
+// A trace of not-a-number gives no finite objective anywhere: the search
+// stops at once instead of running its whole (here unbounded) budget.
+TEST(ExponentialFit, ANonFiniteObjectiveStopsTheSearch) {
+    const auto x = Grid(100, 0.1);
+    const std::vector<double> y(x.size(), std::nan(""));
+    const SimplexResult r = FitExponentials({1, true}, {5, 100, 0, 0, 0, 0, 1}, x, y,
+                                            SimplexOptions{.maxIterations = INT32_MAX});
+    EXPECT_EQ(r.iterations, 0);
+    EXPECT_FALSE(std::isfinite(r.quality.rss));
+}
+
 TEST(ExponentialFit, FixedAmplitudesStayAtTheirStartingValues) {
     const auto x = Grid(200, 0.1);
     std::vector<double> y;

@@ -131,6 +131,37 @@ TEST_F(RampRecording, ValuesBeyondSixteenBitsAreClamped) {
     EXPECT_EQ(Build({.type = AnalysisType::ScaledIndividual}).Row(2)[0], -32768);
 }
 
+// The average built without holding the traces is the same, point for
+// point, for every kind of value (ties to even, baseline, scaling).
+TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSet) {
+    AddEvent(100, 1, 10, 90);
+    AddEvent(101, 1, 30, 290);
+    AddEvent(2040, 1, 20, 7);
+    for (const TraceSetOptions& o : {TraceSetOptions{.blocks = 0.0625},
+                                     TraceSetOptions{.blocks = 0.0625, .baselineAdjust = true},
+                                     TraceSetOptions{.type = AnalysisType::ScaledAverage, .blocks = 0.0625}}) {
+        const TraceSet whole = BuildGroupTraceSet(*rec, events, params, o);
+        const TraceSet alone = BuildGroupAverage(*rec, events, params, o);
+        EXPECT_EQ(alone.count, whole.count);
+        EXPECT_EQ(alone.points.size(), std::size_t(whole.length));
+        EXPECT_TRUE(std::ranges::equal(alone.Row(0), whole.Row(0)));
+    }
+}
+
+// A million blocks of three traces is refused before anything is held,
+// with the memory it would need: 4 rows x 256,000,000 points x 2 bytes.
+TEST_F(RampRecording, ATraceSetBeyondTheBudgetIsRefusedWithTheMemoryNeeded) {
+    for (int k = 0; k < 3; ++k) AddEvent(100 + k);
+    const TraceSetOptions huge{.blocks = 1e6};
+    EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, false)),
+              "The traces would need 2.0 GB of memory, more than the 1 GB allowed. Analyse fewer "
+              "blocks or fewer events.");
+    // The average alone needs 12 bytes a point: 3.1 GB, refused too; a
+    // thousand blocks (3 MB) is not.
+    EXPECT_NE(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, true)), "");
+    EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, {.blocks = 1000}, false)), "");
+}
+
 TEST_F(RampRecording, EmptyGroupGivesNoTraces) {
     AddEvent(100, 3);
     EXPECT_TRUE(Build().Empty());

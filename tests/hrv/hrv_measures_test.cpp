@@ -90,6 +90,42 @@ TEST(TimeDomain, SegmentsWithEmptyAndLastOptions) {
     EXPECT_EQ(r.nSegment, 8);
 }
 
+// Far beats and tiny segments: segments without intervals cost nothing, and
+// more rows than can be listed (or numbered) leave the segment measures out
+// with a reason instead of an index past the end or a huge table.
+TEST(TimeDomain, FarBeatsAndTinySegmentsStayBounded) {
+    HrvOptions o = WideOpen();
+    o.upperBoundMs = 1e308;
+    const struct {
+        std::vector<double> beats;
+        double segmentMs;
+        bool includeZero;
+        int segments;  // -1: refused with a reason
+    } cases[] = {
+        // The interval ending at 1e15 ms is in the last of 1e8 segments: listed alone.
+        {{0, 800, 1e15}, 1e7, false, 2},
+        {{0, 800, 1e300}, 1000, false, -1},    // segment number beyond any int
+        {{0, 800, 1600}, 1e-300, false, -1},   // 1.6e303 segments
+        {{0, 800, 1e12}, 1000, true, -1},      // a billion empty rows asked for
+        {{0, 800, 1600, 2400}, 1, true, 2400}, // one row a millisecond, listed
+    };
+    for (const auto& c : cases) {
+        o.includeZeroSegments = c.includeZero;
+        const TimeDomainResult r = AnalyseBeats(c.beats, 0, c.segmentMs, o).timeDomain;
+        EXPECT_EQ(r.nRR, int(c.beats.size()) - 1);
+        if (c.segments < 0) {
+            EXPECT_NE(r.segmentProblem.find("too many to list"), std::string::npos) << c.beats.back();
+            EXPECT_EQ(r.nSegment, 0);
+        } else {
+            EXPECT_EQ(r.segmentProblem, "");
+            EXPECT_EQ(r.nSegment, c.segments) << c.beats.back();
+        }
+    }
+    o.includeZeroSegments = false;
+    EXPECT_EQ(AnalyseBeats(std::vector<double>{0, 800, 1e15}, 0, 1e7, o).timeDomain.segments[1].number,
+              100'000'000);
+}
+
 // 1000 intervals around 700 ms with respiratory (0.25 Hz), slower (0.08 and
 // 0.02 Hz) modulation, uniform noise and two artefacts; the same series and
 // the reference values are in reference_values.py beside this file (numpy

@@ -97,6 +97,14 @@ TEST(Spectrum, MousePresetScalesTheBandsAndFailuresAreReported) {
 
     const std::vector<double> few{1, 2, 3};
     EXPECT_NE(AnalyseSpectrum(few, few, human).error, "");
+    // 300 s at 1e9 Hz would be 3e11 points; a beat at 1e30 ms, as many
+    // Lomb-Scargle frequencies: both refused before anything is held.
+    SpectrumOptions fast = mouse;
+    fast.resampleHz = 1e9;
+    EXPECT_NE(AnalyseSpectrum(times, rr, fast).error.find("choose a lower resampling rate"), std::string::npos);
+    times.back() = 1e30;
+    fast.method = SpectrumMethod::LombScargle;
+    EXPECT_NE(AnalyseSpectrum(times, rr, fast).error.find("analyse a shorter stretch"), std::string::npos);
 }
 
 TEST(Spectrum, SplineAndDetrendPieces) {

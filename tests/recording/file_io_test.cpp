@@ -1,7 +1,7 @@
 // Saving through a temporary file: the target is replaced whole, a user's own
 // "X.tmp" is never touched, permissions and symbolic links survive, a folder
-// that forbids new files still lets a writable file be saved, and failures
-// name the real file and the reason.
+// that forbids new files refuses the save and keeps the old file whole, and
+// failures name the real file and the reason.
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -101,7 +101,9 @@ int AsOrdinaryUser(F check) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 99;
 }
 
-TEST(WriteFileAtomic, AFolderThatForbidsNewFilesStillLetsAWritableFileBeSaved) {
+// Writing into the old file when no temporary file can be made would leave
+// it half new on a full disk: the save is refused and the old bytes stay.
+TEST(WriteFileAtomic, AFolderThatForbidsNewFilesRefusesAndKeepsTheOldFile) {
     TempDir dir;
     const auto locked = dir / "locked";
     std::filesystem::create_directory(locked);
@@ -113,15 +115,19 @@ TEST(WriteFileAtomic, AFolderThatForbidsNewFilesStillLetsAWritableFileBeSaved) {
     }
     ASSERT_EQ(::chmod(locked.c_str(), 0555), 0);
     const int status = AsOrdinaryUser([&] {
-        if (WriteFileAtomic(locked / "cell.EVT", std::string_view("new")) != "") return 1;
+        if (WriteFileAtomic(locked / "cell.EVT", std::string_view("new")) !=
+            "Cannot write " + (locked / "cell.EVT").string() +
+                ": its folder does not allow a new file beside it (Permission denied); the file is "
+                "left unchanged rather than overwritten in place. Save to another folder.")
+            return 1;
         if (WriteFileAtomic(locked / "other.EVT", std::string_view("x")) !=
             "Cannot write " + (locked / "other.EVT").string() + ": Permission denied.")
             return 2;
         return 0;
     });
     ::chmod(locked.c_str(), 0755);
-    EXPECT_EQ(status, 0) << "1: the writable file was not saved; 2: wrong refusal";
-    EXPECT_EQ(Text(locked / "cell.EVT"), "new");
+    EXPECT_EQ(status, 0) << "1: the writable file was not refused; 2: wrong refusal";
+    EXPECT_EQ(Text(locked / "cell.EVT"), "old");
 }
 
 }  // namespace

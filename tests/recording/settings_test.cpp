@@ -121,6 +121,12 @@ TEST(IniFile, SetAddsKeysAtTheEndOfTheirSectionAndNewSectionsAtTheEnd) {
     EXPECT_EQ(ini.Text(), "[A]\r\nx=1\r\nz=3\r\n\r\n[B]\r\ny=2\r\n\r\n[C]\r\nw=4\r\n");
     EXPECT_EQ(ini.Get("B", "x"), std::nullopt);
     EXPECT_EQ(ini.Get("D", "x"), std::nullopt);
+    // Outer blanks and a pair of outer quotes survive a write and a read
+    // (a value cut at ten characters may end in a blank).
+    for (const std::string value : {"0.1234567 ", " a", "\"q\"", "\t", "x \"y\""}) {
+        ini.Set("A", "v", value);
+        EXPECT_EQ(IniFile::Parse(ini.Text()).Get("A", "v"), value) << value;
+    }
 }
 
 TEST(Settings, CommandsSayWhatTheyDid) {

@@ -1,12 +1,15 @@
 // The event-free copy of a channel: stretches merged and clamped, a
 // replaced stretch that matches the clean trace when the noise repeats, and
 // a synthetic recording that, made event-free, detects (almost) nothing.
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "detection/whole_file.h"
 #include "recording/scripted_dialogs.h"
+#include "recording/file_io.h"
 #include "recording/synth.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
@@ -111,6 +114,26 @@ TEST(EventFree, SyntheticRecordingMadeEventFreeDetectsAlmostNothing) {
     DetectWholeFile(again, dialogs);
     // 0 in 10 s with the same settings when this test was written.
     EXPECT_LE(again.events.Count(), 1);
+}
+
+// Saved over a private file through a symbolic link, the copy replaces the
+// link's target, keeps the link and keeps the target's permissions.
+TEST(EventFree, ReplacingAFileKeepsItsLinkAndPermissions) {
+    test::TempDir dir;
+    const std::vector<int16_t> samples(2048, 0);
+    const auto rec = test::MakeRecording(dir / "r.abf", samples);
+    EventTable events;
+    events.Append(Event(100, 5, 5));
+    std::filesystem::create_directory(dir / "real");
+    ASSERT_EQ(WriteFileAtomic(dir / "real" / "free.abf", std::string_view("old")), "");
+    ASSERT_EQ(::chmod((dir / "real" / "free.abf").c_str(), 0600), 0);
+    std::filesystem::create_symlink("real/free.abf", dir / "free.abf");
+    ASSERT_EQ(WriteEventFreeAbf(*rec, events, 1.0, 10, dir / "free.abf"), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(dir / "free.abf"));
+    struct stat st {};
+    ASSERT_EQ(::stat((dir / "real" / "free.abf").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, mode_t(0600));
+    EXPECT_GT(st.st_size, 2048 * 2);
 }
 
 TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {

@@ -3,11 +3,13 @@
 // inputs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>
 
 #include "signal/noise_measures.h"
+#include "support/test_recording.h"
 #include "signal/trace_tools.h"
 #include "signal/welch_spectrum.h"
 
@@ -63,6 +65,31 @@ TEST(NoiseMeasures, SineOfKnownAmplitude) {
     EXPECT_NEAR(closed->coastline, 50 * 4 * a, 1e-6);
     EXPECT_NEAR(closed->coastlinePerMs, 50 * 4 * a / 1000, 1e-9);
     EXPECT_FALSE(MeasureNoise(std::vector<double>{1.0}, 0.1));
+}
+
+// Read in pieces, with the median from the count of each sample value, a
+// stretch gives exactly the measures of the stretch held whole, for odd and
+// even lengths, pieces that do not divide it, and stretches cut at the end.
+TEST(NoiseMeasures, MeasuredInPiecesEqualsMeasuredWhole) {
+    test::TempDir dir;
+    std::mt19937 gen(7);
+    std::normal_distribution<double> noise(0, 300);
+    std::vector<int16_t> samples(20011);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = int16_t(std::clamp(std::nearbyint(noise(gen) + 2000 * std::sin(i / 500.0)), -32768.0, 32767.0));
+    const auto rec = test::MakeRecording(dir / "n.abf", samples, 50, 3.0f);
+    for (const auto [first, count] : {std::pair<int64_t, int64_t>{0, 20011}, {17, 10000}, {19000, 5000}}) {
+        const TraceStretch whole = ReadStretch(*rec, first, count);
+        const auto expected = MeasureNoise(whole.values, whole.intervalMs);
+        const auto pieces = MeasureRecordingNoise(*rec, first, count, 999);
+        ASSERT_TRUE(expected && pieces);
+        EXPECT_EQ(pieces->points, expected->points);
+        for (auto field : {&NoiseMeasures::mean, &NoiseMeasures::median, &NoiseMeasures::sd,
+                           &NoiseMeasures::rmsAboutBaseline, &NoiseMeasures::peakToPeak, &NoiseMeasures::coastline,
+                           &NoiseMeasures::coastlinePerMs})
+            EXPECT_EQ((*pieces).*field, (*expected).*field) << first;
+    }
+    EXPECT_FALSE(MeasureRecordingNoise(*rec, 20010, 5));
 }
 
 TEST(WelchSpectrum, SinePeakAtItsFrequencyWithItsPower) {

@@ -33,6 +33,8 @@ TEST(ArrayText, ValuesInShortestPlainDecimal) {
 
 TEST(ArrayText, PasteTakesTheFirstCellOfNumericLines) {
     EXPECT_EQ(ParseClipboardNumbers("1.5\rabc\r2\t7\r"), (std::vector<float>{1.5f, 2.0f}));
+    // Beyond the float range a number would become an infinity: skipped.
+    EXPECT_EQ(ParseClipboardNumbers("1e39\r-1e39\r5\r"), (std::vector<float>{5.0f}));
     EXPECT_EQ(ParseClipboardNumbers("Array #1\tArray #2\r\n3\t\r\n\t4\r\n"), (std::vector<float>{3.0f}));
 }
 
@@ -89,6 +91,35 @@ TEST(ArrayText, ImportRefusesOtherFilesAndFillsMissingRowsWithZero) {
     EXPECT_EQ(short_->array1[1], 5.0f);
     EXPECT_EQ(short_->array1[4], 0.0f);
     EXPECT_EQ(short_->array2[1], 6.0f);
+    // A count the file cannot hold is cut to the file's size in bytes.
+    const std::string huge =
+        "ATF\t1.0\r\n3\t2\r\n\"Array Data : x\"\r\n\"MaxArray1 : 50000000\"\r\n\"MaxArray2 : 2\"\r\n\"a\"\t\"b\"\r\n5\t6\r\n";
+    EXPECT_EQ(ParseArraysAtf(huge)->array1.UpperBound(), int32_t(huge.size()));
+}
+
+// Read from a file in pieces, the arrays are those of the whole text, for
+// LF and for CR-only line ends.
+TEST(ArrayText, AFileReadInPiecesGivesTheArraysOfItsText) {
+    TempDir dir;
+    std::vector<float> many(70000);
+    for (std::size_t i = 0; i < many.size(); ++i) many[i] = float(i) * 0.5f;
+    DataArray a1, a2;
+    a1.Assign(many);
+    a2.Assign(std::vector<float>{1, 2, 3});
+    std::string text = ArraysAtfText("cell.abf", a1, a2);
+    for (const bool crOnly : {false, true}) {
+        if (crOnly) std::erase(text, '\n');
+        ASSERT_EQ(WriteFileAtomic(dir / "a.txt", text), "");
+        const auto read = ReadArraysAtf(dir / "a.txt");
+        ASSERT_TRUE(read);
+        EXPECT_EQ(read->array1, ParseArraysAtf(text)->array1);
+        EXPECT_EQ(read->array1.UpperBound(), 70000);
+        EXPECT_EQ(read->array1[70000], 34999.5f);
+        EXPECT_EQ(read->array2, ParseArraysAtf(text)->array2);
+    }
+    std::string why;
+    EXPECT_FALSE(ReadArraysAtf(dir / "missing.txt", &why));
+    EXPECT_NE(why, "");
 }
 
 TEST(ArrayText, SaveAndImportCommandsRoundTripByteForByte) {

@@ -1,6 +1,7 @@
 #include "batch/ui/batch_window.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFormLayout>
@@ -143,6 +144,10 @@ void BatchWindow::BuildForm() {
     form->addRow(Q(t::kMethod), method_);
     form->addRow(Q(t::kOutputFolder), outRow);
     form->addRow(Q(t::kJobs), jobs_);
+    overwrite_ = new QCheckBox(Q(t::kOverwrite));
+    overwrite_->setObjectName("overwrite");
+    overwrite_->setToolTip("Unticked, a recording whose event file exists is skipped and the file kept");
+    form->addRow(QString(), overwrite_);
 
     table_ = new QTableWidget(0, int(t::kSummaryColumns.size()) + 1);
     table_->setObjectName("summary");
@@ -277,6 +282,7 @@ void BatchWindow::Run() {
     setup.settings.method.method = DetectionMethod(method_->currentIndex());
     setup.channel = channel_->value();
     setup.jobs = jobs_->value();
+    setup.overwrite = overwrite_->isChecked();
     ShowFiles();
     rows_.assign(files_.size(), BatchRow{});
     for (std::size_t i = 0; i < files_.size(); ++i) rows_[i].file = files_[i];

@@ -17,6 +17,7 @@
 #include "recording/workspace.h"
 
 class QComboBox;
+class QCheckBox;
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -77,6 +78,7 @@ private:
     QComboBox* method_ = nullptr;
     QLabel* out_dir_ = nullptr;
     QSpinBox* jobs_ = nullptr;
+    QCheckBox* overwrite_ = nullptr;
     QProgressBar* overall_ = nullptr;
     QPushButton* run_ = nullptr;
     QPushButton* stop_button_ = nullptr;

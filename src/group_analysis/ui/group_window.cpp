@@ -15,7 +15,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSplitter>
-#include <QTableWidget>
+#include <QTableView>
 #include <QVBoxLayout>
 
 #include "group_analysis/texts.h"
@@ -209,7 +209,9 @@ void GroupAnalysisWindow::BuildControls() {
     report_->setObjectName("Text1");
     report_->setReadOnly(true);
     report_->setMaximumHeight(150);
-    grid_ = new QTableWidget;
+    grid_ = new QTableView;
+    gridModel_ = new ResultsGridModel(ws_.results, grid_);
+    grid_->setModel(gridModel_);
     grid_->setObjectName("TDBGrid1");
     grid_->setSelectionBehavior(QAbstractItemView::SelectRows);
     grid_->setEditTriggers(QAbstractItemView::NoEditTriggers);

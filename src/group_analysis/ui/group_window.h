@@ -17,6 +17,7 @@
 #include "group_analysis/spike_shape.h"
 #include "group_analysis/trace_set.h"
 #include "group_analysis/trace_text.h"
+#include "group_analysis/ui/results_grid_model.h"
 
 class QCheckBox;
 class QComboBox;
@@ -27,7 +28,7 @@ class QPrinter;
 class QPrintPreviewDialog;
 class QPushButton;
 class QRadioButton;
-class QTableWidget;
+class QTableView;
 
 namespace vess {
 struct Workspace;
@@ -73,7 +74,7 @@ public:
     bool Fitting() const { return fitting_; }
     GroupAnalysisSettings& Settings() { return settings_; }
     TracePicture* Picture() const { return picture_; }
-    QTableWidget* Grid() const { return grid_; }
+    QTableView* Grid() const { return grid_; }
     QPlainTextEdit* Report() const { return report_; }
     QLabel* TraceLabel() const { return traceLabel_; }
     QAction* Action(const char* name) const { return actions_.at(name); }
@@ -161,7 +162,8 @@ private:
     QLabel *traceLabel_, *cursorLabel_, *progress_;
     TracePicture* picture_;
     QPlainTextEdit* report_;
-    QTableWidget* grid_;
+    QTableView* grid_;
+    ResultsGridModel* gridModel_;
 };
 
 }  // namespace vess::group

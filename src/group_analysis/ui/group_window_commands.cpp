@@ -12,7 +12,7 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTableWidget>
+#include <QTableView>
 
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/grid_print.h"
@@ -56,7 +56,10 @@ void GroupAnalysisWindow::StartDisplay() {
             .blocks = QString::fromStdString(settings_.BlocktoAnalyze).toDouble(),
             .baselineAdjust = settings_.BaselineAdjust,
             .fullSweep = fullSweep_->isChecked()};
-        set_ = BuildTraceSet(*ws_.recording, ws_.events, ws_.params(), o);
+        const std::string tooLarge =
+            TraceSetSizeProblem(TraceSetBytes(*ws_.recording, ws_.events, o, false));
+        if (tooLarge.empty()) set_ = BuildTraceSet(*ws_.recording, ws_.events, ws_.params(), o);
+        else dialogs_.Message(Str(texts::kWindowCaption), tooLarge);
     }
     current_ = 0;
     picture_->SetTraces(&set_, scale_);
@@ -183,7 +186,7 @@ void GroupAnalysisWindow::StartFitting() {
 }
 
 const ResultColumn* GroupAnalysisWindow::CurrentColumn() const {
-    const int c = std::max(grid_->currentColumn(), 0);
+    const int c = std::max(grid_->currentIndex().column(), 0);
     return c < int(gridColumns_.size()) ? &gridColumns_[std::size_t(c)] : nullptr;
 }
 
@@ -191,15 +194,7 @@ void GroupAnalysisWindow::RefreshGrid() {
     const ResultKind kind = ws_.results.Empty() ? ResultKind::None
                                                 : ReadResultRow(ws_.results[ws_.results.Count()]).kind;
     gridColumns_ = ResultColumns(kind);
-    grid_->setColumnCount(int(gridColumns_.size()));
-    grid_->setRowCount(ws_.results.Count());
-    QStringList heads;
-    for (const auto& c : gridColumns_) heads << Q(c.title);
-    grid_->setHorizontalHeaderLabels(heads);
-    for (int32_t r = 1; r <= ws_.results.Count(); ++r)
-        for (std::size_t c = 0; c < gridColumns_.size(); ++c)
-            grid_->setItem(r - 1, int(c), new QTableWidgetItem(QString::fromStdString(
-                                              FormatResult(ResultCell(ws_.results[r], gridColumns_[c])))));
+    gridModel_->Reload(gridColumns_);
     grid_->resizeColumnsToContents();
 }
 
@@ -258,14 +253,14 @@ void GroupAnalysisWindow::SavePicture() {
 }
 
 void GroupAnalysisWindow::PrintResults() {
-    if (print_.choosePrinter(*printer_)) PrintGrid(grid_, Q(texts::kColumnStatCaption), *printer_);
+    if (print_.choosePrinter(*printer_)) PrintGrid(*gridModel_, Q(texts::kColumnStatCaption), *printer_);
 }
 
 void GroupAnalysisWindow::PreviewResults() {
     QPrintPreviewDialog preview(printer_.get(), this);
     preview.setWindowTitle(Q(texts::kPreviewCaption));
     connect(&preview, &QPrintPreviewDialog::paintRequested, this,
-            [this](QPrinter* printer) { PrintGrid(grid_, Q(texts::kColumnStatCaption), *printer); });
+            [this](QPrinter* printer) { PrintGrid(*gridModel_, Q(texts::kColumnStatCaption), *printer); });
     print_.showPreview(preview);
 }
 
@@ -378,7 +373,7 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(results, "menu_CumulHisto", tr("C&umulative Histogram"), [this, plot] { plot([this](const ResultColumn& c) { return ResultHistogramCommand(ws_.results, c, true, dialogs_); }); });
     AddAction(results, "menu_TimeCoursePlot", tr("&Time Course Plot"), [this, plot] { plot([this](const ResultColumn& c) { return TimeCourseCommand(ws_.results, c, dialogs_); }); });
     AddAction(results, "menu_scatter", tr("X-Y &Scatter (current and next column)"), [this] {
-        const int c = std::max(grid_->currentColumn(), 0);
+        const int c = std::max(grid_->currentIndex().column(), 0);
         if (c + 1 < int(gridColumns_.size()))
             ShowPlot(ScatterPlot(ws_.results, gridColumns_[std::size_t(c)], gridColumns_[std::size_t(c + 1)],
                                  c + 2 < int(gridColumns_.size()) ? std::optional(gridColumns_[std::size_t(c + 2)]) : std::nullopt));
