@@ -1,5 +1,6 @@
 #include "group_analysis/results_commands.h"
 
+#include <cmath>
 #include <filesystem>
 
 #include <fmt/format.h>
@@ -47,7 +48,8 @@ void DeleteSelectedResults(ResultsTable& table, const std::set<int32_t>& rows) {
     KeepRows(table, [&](int32_t i) { return !rows.contains(i); });
 }
 
-std::string FormatResult(double value) { return fmt::format("{:.3f}", value); }
+// A measure that could not be made is stored as not-a-number and shown blank.
+std::string FormatResult(double value) { return std::isfinite(value) ? fmt::format("{:.3f}", value) : std::string(); }
 
 std::string ResultsText(const ResultsTable& table) {
     const ResultKind kind =
@@ -140,6 +142,10 @@ bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
 
 bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
                              DataArray& array, int arrayNumber, Dialogs& dialogs) {
+    if (table.Empty()) {
+        dialogs.Message(Str(texts::kDoneFillingCaption), Str(texts::kNoResultsToPutText));
+        return false;
+    }
     std::vector<float> values;
     for (const ResultBytes& row : table.Rows()) values.push_back(float(ResultCell(row, column)));
     if (!array.Empty() &&

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "recording/event_time.h"
 #include "recording/le_bytes.h"
 #include "recording/rounding.h"
 
@@ -121,7 +122,7 @@ TraceSet BuildGroupTraceSet(const Recording& rec, const EventTable& events,
         if (e.group != options.group) continue;
         ++t;
         set.eventIndex[std::size_t(t)] = i;
-        double align = double(e.time) * 1000.0 / interval;
+        double align = ExactEventTimeMs(e, interval) * 1000.0 / interval;
         if (options.alignment == Alignment::RiseTime) align -= e.riseTime;
         if (options.alignment == Alignment::Rise50) align -= e.rise50;
         const double first = align - pre;

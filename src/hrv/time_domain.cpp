@@ -2,19 +2,26 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <fmt/format.h>
 
 #include "statistics/descriptive.h"
+#include "statistics/finite_series.h"
 
 namespace vess::hrv {
 
+namespace {
+constexpr double kNotMeasured = std::numeric_limits<double>::quiet_NaN();
+}
+
 Summary Describe(std::span<const double> values) {
-    const MeanVariance mv = MeanAndVariance(values);
+    const FiniteSeries finite = FiniteOnly(values);
+    const MeanVariance mv = MeanAndVariance(finite.values);
     Summary s;
-    s.n = int(values.size());
-    s.mean = s.n ? mv.mean : 0;
-    s.sd = s.n >= 2 ? std::sqrt(mv.variance) : 0;
+    s.n = int(finite.values.size());
+    s.mean = s.n ? mv.mean : kNotMeasured;
+    s.sd = s.n >= 2 ? std::sqrt(mv.variance) : kNotMeasured;
     return s;
 }
 
@@ -24,6 +31,7 @@ std::array<double, 15> TimeDomainResult::Values() const {
 }
 
 std::string FormatMeasure(std::size_t column, double value) {
+    if (!std::isfinite(value)) return {};  // not measured: blank
     // n RR, n dRR, nNN and nSegment are counts.
     if (column == 0 || column == 4 || column == 8 || column == 10) return fmt::format("{}", value);
     return fmt::format("{:.3f}", value);
@@ -47,7 +55,9 @@ std::vector<SegmentRow> Segments(const BoundedRR& rr, double recordingMs, double
     std::vector<SegmentRow> rows;
     for (std::size_t k = 0; k < count; ++k) {
         if (members[k].empty() && !options.includeZeroSegments) continue;
-        const Summary s = Describe(members[k]);
+        // An empty segment taken in by the option counts as 0 ms, as the
+        // option says; a lone interval has no standard deviation.
+        const Summary s = members[k].empty() ? Summary{0, 0, 0} : Describe(members[k]);
         rows.push_back({int(k + 1), s.n, s.mean, s.sd});
     }
     return rows;
@@ -62,7 +72,7 @@ TimeDomainResult AnalyseTimeDomain(const BoundedRR& rr, double recordingMs, doub
     r.nRR = all.n;
     r.MRR = all.mean;
     r.SDRR = all.sd;
-    r.CVPercent = all.mean != 0 ? all.sd / all.mean * 100 : 0;
+    r.CVPercent = all.mean != 0 ? all.sd / all.mean * 100 : kNotMeasured;
 
     const std::vector<double> delta = rr.DeltaMs();
     const Summary d = Describe(delta);
@@ -74,8 +84,8 @@ TimeDomainResult AnalyseTimeDomain(const BoundedRR& rr, double recordingMs, doub
         squares += v * v;
         if (std::abs(v) > options.thresholdMs) ++r.nNN;
     }
-    r.rMSSD = d.n ? std::sqrt(squares / d.n) : 0;
-    r.pNN = d.n ? double(r.nNN) / d.n * 100 : 0;
+    r.rMSSD = d.n ? std::sqrt(squares / d.n) : kNotMeasured;
+    r.pNN = d.n ? double(r.nNN) / d.n * 100 : kNotMeasured;
 
     r.segments = Segments(rr, recordingMs, segmentMs, options);
     std::vector<double> means, sds;
