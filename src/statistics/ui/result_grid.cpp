@@ -12,6 +12,7 @@ void ShowResultTable(QTableWidget& grid, const ResultTable& table) {
     std::size_t columns = table.columns.size();
     for (const ResultRow& r : table.rows) columns = std::max(columns, r.cells.size());
     grid.clear();
+    grid.clearSpans();
     grid.setRowCount(int(table.rows.size()) + (table.note.empty() ? 0 : 1));
     grid.setColumnCount(int(columns) + 1);
     QStringList headers{QString()};
