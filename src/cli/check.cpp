@@ -53,7 +53,9 @@ void AddCheckCommand(CLI::App& app) {
         j["false_positives"] = r.falsePositives;
         j["original_events"] = r.originalEvents;
         j["inverted_detections"] = r.invertedDetections;
-        j["false_per_minute"] = r.FalsePerMinute();
+        const auto perMinute = r.FalsePerMinute();  // null: not measurable
+        j["false_per_minute"] = perMinute ? nlohmann::json(*perMinute) : nlohmann::json();
+        j["collided"] = r.collided;
         j["recall_90_amplitude"] = r.recall90Units ? nlohmann::json(*r.recall90Units) : nlohmann::json();
         for (const AccuracyBin& b : r.bins)
             j["bins"].push_back({{"from", b.lowUnits}, {"to", b.highUnits}, {"added", b.added},

@@ -11,6 +11,7 @@
 #include "cli/stderr_dialogs.h"
 #include "statistics/binning.h"
 #include "statistics/correlogram.h"
+#include "statistics/finite_series.h"
 #include "statistics/histogram.h"
 #include "statistics/texts.h"
 
@@ -37,6 +38,7 @@ std::vector<double> LoadNonEmpty(const std::string& command, const std::string& 
 }
 
 void PrintPlot(const PlotData& p, bool csv) {
+    if (!p.note.empty()) std::cerr << p.note << "\n";
     const char sep = csv ? ',' : '\t';
     std::cout << p.xAxis << sep << p.yAxis << "\n";
     for (const PlotSeries& s : p.series)
@@ -79,8 +81,8 @@ void AddHistCommand(CLI::App& app) {
     cmd->add_flag("--csv", opts->csv, "comma-separated");
     cmd->callback([opts] {
         const HistogramKind kind = KindNames().at(opts->kind);
-        if (UsesBins(kind) && !(opts->bin > 0)) {
-            std::cerr << "vess hist: --bin must be a positive size for the " << opts->kind << " histogram\n";
+        if (UsesBins(kind) && !ValidBinSize(opts->bin)) {
+            std::cerr << "vess hist: --bin must be a finite positive size for the " << opts->kind << " histogram\n";
             throw CLI::RuntimeError(1);
         }
         const auto values = LoadNonEmpty("hist", opts->source, 1, opts->group, opts->intervals);
@@ -103,23 +105,26 @@ void AddCorrelogramCommand(CLI::App& app) {
     auto* cmd = app.add_subcommand("correlogram", "Auto-correlogram of A, or cross-correlogram of A against B");
     cmd->add_option("a", opts->a, "series (as for vess array)")->required();
     cmd->add_option("b", opts->b, "second series: cross-correlogram of A against B");
-    cmd->add_option("--bin", opts->bin, "bin size")->required()->check(CLI::PositiveNumber);
+    cmd->add_option("--bin", opts->bin, "bin size")->required();
     cmd->add_option("--max-bins", opts->maxBins, "maximum number of bins (x range)")->check(CLI::PositiveNumber);
     cmd->add_flag("--normalize", opts->normalize, "divide counts by the number of elements of A");
     cmd->add_flag("--csv", opts->csv, "comma-separated");
     cmd->callback([opts] {
-        if (opts->maxBins > kMaxBins) TooManyBins();
-        const auto a = LoadNonEmpty("correlogram", opts->a, 1);
-        Correlogram c;
-        PlotData p;
-        if (opts->b.empty()) {
-            c = AutoCorrelogram(a, opts->bin, opts->maxBins);
-        } else {
-            c = CrossCorrelogram(a, LoadNonEmpty("correlogram", opts->b, 2), opts->bin, opts->maxBins);
+        if (!ValidBinSize(opts->bin)) {
+            std::cerr << "vess correlogram: --bin must be a finite positive size\n";
+            throw CLI::RuntimeError(1);
         }
-        if (c.tooManyBins) TooManyBins();
-        if (opts->normalize) Normalize(c, a.size());
-        p = opts->b.empty() ? AutoCorrelogramPlot(c, 1, opts->bin, {}) : CrossCorrelogramPlot(c, 1, opts->bin, {});
+        if (opts->maxBins > kMaxBins) TooManyBins();
+        const FiniteSeries a = FiniteOnly(LoadNonEmpty("correlogram", opts->a, 1));
+        const FiniteSeries b = opts->b.empty() ? FiniteSeries{} : FiniteOnly(LoadNonEmpty("correlogram", opts->b, 2));
+        const Correlogram raw = opts->b.empty() ? AutoCorrelogram(a.values, opts->bin, opts->maxBins)
+                                                : CrossCorrelogram(a.values, b.values, opts->bin, opts->maxBins);
+        if (raw.tooManyBins) TooManyBins();
+        Correlogram c = raw;
+        if (opts->normalize) Normalize(c, a.values.size());
+        PlotData p = opts->b.empty() ? AutoCorrelogramPlot(c, 1, opts->bin, {}) : CrossCorrelogramPlot(c, 1, opts->bin, {});
+        const std::string lost = LostPrecisionText(a.values);
+        p.note = JoinNotes(LeftOutText(a.leftOut + b.leftOut), lost.empty() ? LostPrecisionText(b.values) : lost);
         PrintPlot(p, opts->csv);
     });
 }

@@ -60,11 +60,14 @@ Beats LoadBeats(const HrvCliOptions& o) {
         const EventFileContents f = ReadEventFile(o.source);
         if (!f.Ok()) Fail(o.source + ": " + DescribeProblem(f));
         b.name = f.storedName.empty() ? std::filesystem::path(o.source).filename().string() : f.storedName;
-        for (const EventRecord& r : f.records) b.timesMs.push_back(r.time);
+        double exactIntervalUs = 0;  // no recording: the stored times
         if (const auto rec = OpenNamedRecording(o.source, f)) {
-            b.intervalUs = rec->IntervalUs();
+            b.intervalUs = exactIntervalUs = rec->IntervalUs();
             b.lengthMs = double(rec->PointsPerChannel()) * b.intervalUs / 1000;
         }
+        EventTable table;
+        table.Assign(f.records);
+        b.timesMs = hrv::BeatTimesMs(table, exactIntervalUs);
     }
     if (!std::is_sorted(b.timesMs.begin(), b.timesMs.end())) {
         std::cerr << "vess hrv: the beats are not in time order; they are sorted by time\n";
@@ -113,7 +116,8 @@ nlohmann::ordered_json Json(const hrv::HrvAnalysis& a, const hrv::SpectrumResult
 void PrintText(const Beats& b, const hrv::HrvAnalysis& a, const hrv::SpectrumResult* s) {
     const auto titles = hrv::ResultTitles();
     const auto row = hrv::ResultRow(b.name, a.timeDomain);
-    for (std::size_t i = 0; i < titles.size(); ++i) std::cout << fmt::format("{:<10} {}\n", titles[i], row[i]);
+    for (std::size_t i = 0; i < titles.size(); ++i)
+        std::cout << fmt::format("{:<10} {}\n", titles[i], row[i].empty() ? "not measured" : row[i]);
     std::cout << fmt::format("{:<10} {:.3f}\n{:<10} {:.3f} ms\n{:<10} {:.3f} ms\n{:<10} {:.3f} ms\n",
                              "HRV tri", a.triangle.triangularIndex, "TINN", a.triangle.tinnMs, "SD1",
                              a.lorenz.sd1Ms, "SD2", a.lorenz.sd2Ms);
@@ -159,6 +163,10 @@ void AddHrvCommand(CLI::App& app) {
         const Beats b = LoadBeats(*o);
         const hrv::HrvAnalysis a =
             hrv::AnalyseBeats(b.timesMs, b.lengthMs, o->hrv.SegmentMs(b.intervalUs), o->hrv);
+        if (a.rr.rrMs.empty() && a.rr.outsideBounds > 0)
+            Fail(hrv::texts::NoIntervalInBoundsText(a.rr.outsideBounds, o->hrv.lowerBoundMs, o->hrv.upperBoundMs) +
+                 " (--lower, --upper)");
+        if (a.rr.notMeasured > 0) std::cerr << hrv::texts::NotMeasuredIntervalsText(a.rr.notMeasured) << "\n";
         hrv::SpectrumOptions so = o->mouseBands ? hrv::MouseSpectrumPreset() : hrv::HumanSpectrumPreset();
         if (cmd->count("--resample")) so.resampleHz = o->spectral.resampleHz;
         if (cmd->count("--window")) so.windowPoints = o->spectral.windowPoints;

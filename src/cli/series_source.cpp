@@ -41,12 +41,13 @@ LoadedSeries FromEventFile(const std::filesystem::path& path, const std::string&
     EventTable table;
     table.Assign(f.records);
     if (group != 0 && std::none_of(f.records.begin(), f.records.end(),
-                                   [&](const EventRecord& r) { return r.group == group; }))
+                                   [&](const EventRecord& r) { return InSourceGroup(r, group); }))
         return Failure(stats_texts::NoGroupEventsText(group));
-    if (intervals || fieldName == kIntervalsField) return {InterEventIntervals(table, group), {}};
+    const auto recording = OpenNamedRecording(path, f);
+    if (intervals || fieldName == kIntervalsField)
+        return {InterEventIntervals(table, group, recording ? recording->IntervalUs() : 0.0), {}};
     const auto field = ArrayFieldFromName(fieldName);
     if (!field) return Failure("unknown event field \"" + fieldName + "\"");
-    const auto recording = OpenNamedRecording(path, f);
     if (!recording && ArrayFieldNeedsRecording(*field))
         return Failure("the data file " + f.storedName + " is not beside " + path.filename().string() +
                        "; \"" + fieldName + "\" needs it for its conversion");

@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <cmath>
 #include <iostream>
 
 #include "cli/commands.h"
@@ -39,8 +41,17 @@ void RunNoise(const NoiseOptions& o) {
     Workspace ws = OpenOrFail(o.file, "noise");
     const Recording& rec = *ws.recording;
     const double perS = 1e6 / rec.IntervalUs();
+    // The stretch must lie within the recording: no silent fall-back to the
+    // whole file for a range outside it.
+    const double lengthS = double(rec.PointsPerChannel()) / perS;
+    const double toS = o.toS == -1 ? lengthS : o.toS;  // -1: the default, to the end
+    if (!std::isfinite(o.fromS) || !std::isfinite(toS) || o.fromS < 0 || toS > lengthS || !(toS > o.fromS)) {
+        std::cerr << fmt::format("vess noise: --from and --to must give a stretch from 0 to {} s with --from "
+                                 "before --to\n", lengthS);
+        throw CLI::RuntimeError(2);
+    }
     const int64_t first = int64_t(o.fromS * perS);
-    const int64_t last = o.toS < 0 ? rec.PointsPerChannel() : int64_t(o.toS * perS);
+    const int64_t last = int64_t(std::min(toS * perS, double(rec.PointsPerChannel())));
     // Without a spectrum the samples need not be held at all.
     const TraceStretch s = o.spectrum ? ReadStretch(rec, first, last - first) : ReadStretch(rec, 0, 0);
     const auto m = o.spectrum ? MeasureNoise(s.values, s.intervalMs) : MeasureRecordingNoise(rec, first, last - first);
@@ -101,6 +112,10 @@ void RunEventFree(const EventFreeCli& o) {
     StderrDialogs dialogs;
     if (DetectWholeFile(ws, dialogs).improperParameters) throw CLI::RuntimeError(3);
     const Recording& rec = *ws.recording;
+    if (const std::string problem = EventFreeMarginProblem(rec, o.marginMs); !problem.empty()) {
+        std::cerr << "vess eventfree: " << problem << "\n";
+        throw CLI::RuntimeError(2);
+    }
     const int64_t levelPoints = int64_t(ws.params().PeriodBaselineAverage / rec.IntervalUs());
     if (const std::string problem = WriteEventFreeAbf(rec, ws.events, o.marginMs, levelPoints, o.out);
         !problem.empty()) {

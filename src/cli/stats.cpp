@@ -39,6 +39,7 @@ void PrintTable(const ResultTable& t) {
         for (const std::string& cell : r.cells) std::cout << "\t" << cell;
         std::cout << "\n";
     }
+    if (!t.note.empty()) std::cout << t.note << "\n";
 }
 
 // Keys are the grid's labels; a row of one value is a number, of several an
@@ -55,6 +56,7 @@ nlohmann::json TableJson(const ResultTable& t) {
         for (double v : r.values) a.push_back(number(v));
         j[r.label] = a;
     }
+    if (!t.note.empty()) j["note"] = t.note;
     return j;
 }
 

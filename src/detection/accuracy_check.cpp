@@ -98,7 +98,17 @@ void Tally(const std::vector<Added>& added, const std::vector<double>& before,
     for (std::size_t k = 0; k < after.size(); ++k)
         used[k] = std::any_of(before.begin(), before.end(),
                               [&](double b) { return std::abs(b - after[k]) <= near; });
+    const auto collides = [&](const Added& a) {
+        return std::any_of(before.begin(), before.end(), [&](double b) {
+            return b >= double(a.onset) - near && b <= double(a.onset + match) + near;
+        });
+    };
     for (const Added& a : added) {
+        if (collides(a)) {  // on the recording's own event: not counted either way
+            ++r.collided;
+            --r.added;
+            continue;
+        }
         AccuracyBin& bin = r.bins[std::size_t(binOf(a.amplitudeCounts))];
         ++bin.added;
         for (std::size_t k = 0; k < after.size(); ++k) {
@@ -245,14 +255,21 @@ AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o, cons
 }
 
 std::string AccuracySummary(const AccuracyReport& r) {
+    const auto perMinute = r.FalsePerMinute();
+    const std::string rate =
+        perMinute ? fmt::format("noise alone gives about {:.2f} false events per minute", *perMinute)
+                  : fmt::format("false events per minute not measurable (less than {:.0f} s of event-free trace)",
+                                AccuracyReport::kMinFalseRateSeconds);
+    const std::string collided =
+        r.collided > 0 ? fmt::format(" ({} more landed on the recording's own events and are left out)", r.collided)
+                       : std::string();
     return fmt::format(
-        "{:.1f} s checked, noise SD {:.4g} {}; {} events added, {} found (recall {:.3f}); {} false "
+        "{:.1f} s checked, noise SD {:.4g} {}; {} events added{}, {} found (recall {:.3f}); {} false "
         "detections; {} detections in the unchanged stretch\n"
-        "{} detections in the stretch turned upside down, away from its own events ({:.1f} s): "
-        "noise alone gives about {:.2f} false events per minute",
-        r.seconds, r.noiseSdUnits, r.units, r.added, r.found,
+        "{} detections in the stretch turned upside down, away from its own events ({:.1f} s): {}",
+        r.seconds, r.noiseSdUnits, r.units, r.added, collided, r.found,
         r.added > 0 ? double(r.found) / r.added : 0.0, r.falsePositives, r.originalEvents,
-        r.invertedDetections, r.invertedSeconds, r.FalsePerMinute());
+        r.invertedDetections, r.invertedSeconds, rate);
 }
 
 std::string AccuracyRecall90Text(const AccuracyReport& r) {

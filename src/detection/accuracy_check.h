@@ -45,6 +45,9 @@ struct AccuracyReport {
     double noiseSdUnits = 0;
     std::string units;
     int added = 0, found = 0;
+    // Added events that landed on one of the recording's own events: a
+    // detection there cannot be told apart, so they stay out of recall.
+    int collided = 0;
     int originalEvents = 0;      // detections on the unchanged copy
     int falsePositives = 0;      // detections on the copy that match neither
     // Detections on the unchanged copy turned upside down, away from the
@@ -57,8 +60,12 @@ struct AccuracyReport {
     // The amplitude from which recall stays at 90 % or more (the lower edge
     // of the first bin of that run to the largest).
     std::optional<double> recall90Units;
-    double FalsePerMinute() const {
-        return invertedSeconds > 0 ? invertedDetections * 60.0 / invertedSeconds : 0.0;
+    // Less than a minute of event-free trace is too little to measure a rate
+    // per minute: nothing then (shown as "not measurable").
+    static constexpr double kMinFalseRateSeconds = 60;
+    std::optional<double> FalsePerMinute() const {
+        if (!(invertedSeconds >= kMinFalseRateSeconds)) return std::nullopt;
+        return invertedDetections * 60.0 / invertedSeconds;
     }
 };
 

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "recording/number_text.h"
+
 namespace vess {
 
 double NiceStep(double range, int wanted) {
@@ -19,7 +21,7 @@ double NiceStep(double range, int wanted) {
 std::string TickLabel(double value, double step) {
     const int decimals = step >= 1 ? 0 : std::min(6, int(std::ceil(-std::log10(step) - 1e-9)));
     if (std::abs(value) < step * 1e-6) value = 0;  // no "-0" from rounding noise
-    return fmt::format("{:.{}f}", value, decimals);
+    return FixedOrSignificant(value, decimals);
 }
 
 namespace {

@@ -85,6 +85,9 @@ struct PlotData {
     std::optional<AxisRange> xRange{}, yRange{};
     // A logarithmic x axis (for frequency responses); give xRange above 0.
     bool xLog = false;
+    // What the plot leaves out or cannot show exactly ("3 values that were
+    // not measured were left out"), shown under the title; empty for none.
+    std::string note{};
 
     bool Empty() const { return series.empty() && !colourMap; }
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 #include <fmt/format.h>
 
@@ -25,6 +26,27 @@ int32_t BackTo(std::span<const int16_t> y, int32_t from, int32_t base, int32_t a
     for (int32_t j = from; j >= 0; --j)
         if (std::fabs(double(y[std::size_t(j)]) - base) <= std::fabs(f * amplitude)) return j;
     return 0;
+}
+
+// Mean of the first n points, rounded.
+int32_t MeanLevel(std::span<const int16_t> y, int32_t n) {
+    int64_t sum = 0;
+    for (int32_t j = 0; j < n; ++j) sum += y[std::size_t(j)];
+    return RoundClamp32(double(sum) / n);
+}
+
+// The point furthest from the baseline in the direction of the events, from
+// the alignment point on; the earliest wins ties.
+int32_t PeakPoint(std::span<const int16_t> y, int32_t from, int32_t baseline, int dir) {
+    int32_t peak = from;
+    for (int32_t j = from; j < int32_t(y.size()); ++j)
+        if ((y[std::size_t(j)] - baseline) * dir > (y[std::size_t(peak)] - baseline) * dir) peak = j;
+    return peak;
+}
+
+// A measure in ms for the report, or "not measured".
+std::string MsOrNotMeasured(double ms) {
+    return std::isfinite(ms) ? fmt::format("{:.2f}ms", ms) : std::string(texts::kNotMeasured);
 }
 
 }  // namespace
@@ -78,21 +100,28 @@ TraceMeasurements MeasureTrace(std::span<const int16_t> y, int32_t prePoints, in
     const auto L = int32_t(y.size());
     if (L == 0) return m;
     const int32_t pre = prePoints > 0 && prePoints < L ? prePoints : 0;
-    int64_t sum = 0;
-    for (int32_t j = 0; j < std::max(pre, 1); ++j) sum += y[std::size_t(j)];
-    m.baseline = RoundClamp32(double(sum) / std::max(pre, 1));
     const int dir = peakDirection < 0 ? -1 : 1;
-    m.peak = pre;
-    for (int32_t j = pre; j < L; ++j)
-        if ((y[std::size_t(j)] - m.baseline) * dir > (y[std::size_t(m.peak)] - m.baseline) * dir)
-            m.peak = j;
-    m.amplitude = y[std::size_t(m.peak)] - m.baseline;
+    // The baseline is the mean of the points before the rise: first of the
+    // whole stretch before the alignment point, then, as long as that moves
+    // it, of the points before the 10 % crossing of the rise, so that the
+    // rising phase does not pull the baseline towards the peak.
+    int32_t baselineEnd = std::max(pre, 1);
+    for (int pass = 0; pass < 20; ++pass) {
+        m.baseline = MeanLevel(y, baselineEnd);
+        m.peak = PeakPoint(y, pre, m.baseline, dir);
+        m.amplitude = y[std::size_t(m.peak)] - m.baseline;
+        const int32_t riseStart = std::max(BackTo(y, m.peak, m.baseline, m.amplitude, 0.1), 1);
+        if (riseStart >= baselineEnd || pre == 0) break;
+        baselineEnd = riseStart;
+    }
     const std::vector<double> values(y.begin(), y.end());
     m.decayPoints = FindDecayPoints(values, m.peak, m.baseline, m.amplitude);
     const auto [lo, hi] = kRiseFractions[std::size_t(rise)];
     const int32_t hiPoint = BackTo(y, m.peak, m.baseline, m.amplitude, hi);
     const int32_t loPoint = BackTo(y, hiPoint, m.baseline, m.amplitude, lo);
     m.riseMs = scale.Ms(hiPoint - loPoint);
+    // A level the trace never reaches leaves its measure not measured (NaN).
+    m.halfWidthMs = m.decay9037Ms = std::numeric_limits<double>::quiet_NaN();
     if (m.decayPoints[kDecay50] >= 0)
         m.halfWidthMs =
             scale.Ms(m.decayPoints[kDecay50] - BackTo(y, m.peak, m.baseline, m.amplitude, 0.5));
@@ -202,8 +231,8 @@ std::string FitReport(const TraceFit& fit, const TraceSet& set, const UnitScale&
     r += fit.trace == 0 ? fmt::format("Number of Traces Averaged : {}", set.count)
                         : fmt::format("Number of Trace : {}", fit.trace);
     r += nl + "Peak Amplitude : " + FormatThousands(scale.Difference(m.amplitude)) + " " + scale.units;
-    r += nl + fmt::format("Rise{} : {:.2f}ms    Half-width : {:.2f}ms  Decay90-37% : {:.2f}ms",
-                          RiseRangeName(settings.rise), m.riseMs, m.halfWidthMs, m.decay9037Ms);
+    r += nl + fmt::format("Rise{} : {:.2f}ms    Half-width : {}  Decay90-37% : {}", RiseRangeName(settings.rise),
+                          m.riseMs, MsOrNotMeasured(m.halfWidthMs), MsOrNotMeasured(m.decay9037Ms));
     r += nl + fmt::format("    Area Under Curve : {:.2f}", m.areaUnitsMs);
     r += nl + fmt::format("# of exponentials={}    Fit Range : {}", settings.model.exponentials,
                           FitRangeName(settings.range));

@@ -36,12 +36,14 @@ std::string_view FitRangeName(FitRange range);
 std::string_view RiseRangeName(RiseRange range);
 
 struct TraceMeasurements {
-    int32_t baseline = 0;        // counts, mean of the points before the alignment point
+    int32_t baseline = 0;        // counts, mean of the points before the rise (its 10 % crossing)
     int32_t peak = 0;            // point of the peak
     int32_t amplitude = 0;       // counts, peak value minus baseline
     // First point after the peak within each fraction of the amplitude of
     // the baseline; -1 when the trace never gets there.
     std::array<int32_t, 6> decayPoints{};
+    // Half-width and decay 90-37 % are NaN (not measured) when the trace
+    // never falls back to the 50 % or 36.8 % level.
     double riseMs = 0, halfWidthMs = 0, decay9037Ms = 0, areaUnitsMs = 0;
 };
 

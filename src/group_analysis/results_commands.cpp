@@ -48,10 +48,8 @@ void DeleteSelectedResults(ResultsTable& table, const std::set<int32_t>& rows) {
     KeepRows(table, [&](int32_t i) { return !rows.contains(i); });
 }
 
-// A value that was not measured (NaN) shows blank.
-std::string FormatResult(double value) {
-    return std::isfinite(value) ? fmt::format("{:.3f}", value) : std::string();
-}
+// A measure that could not be made is stored as not-a-number and shown blank.
+std::string FormatResult(double value) { return std::isfinite(value) ? fmt::format("{:.3f}", value) : std::string(); }
 
 std::string ResultsText(const ResultsTable& table) {
     const ResultKind kind =
@@ -144,6 +142,10 @@ bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
 
 bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
                              DataArray& array, int arrayNumber, Dialogs& dialogs) {
+    if (table.Empty()) {
+        dialogs.Message(Str(texts::kDoneFillingCaption), Str(texts::kNoResultsToPutText));
+        return false;
+    }
     std::vector<float> values;
     // Cells that were not measured are not data.
     for (const ResultBytes& row : table.Rows())

@@ -3,11 +3,13 @@
 #include <cmath>
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include <fmt/format.h>
 
 #include "group_analysis/texts.h"
 #include "recording/data_array.h"
+#include "statistics/finite_series.h"
 #include "statistics/histogram.h"
 #include "statistics/texts.h"
 
@@ -125,7 +127,7 @@ std::vector<ColumnStatistics> ResultColumnStatistics(const ResultsTable& table) 
 }
 
 std::string ColumnStatisticsText(const std::vector<ColumnStatistics>& columns) {
-    auto f = [](double v) { return fmt::format("{:.3f}", v); };
+    auto f = [](double v) { return std::isfinite(v) ? fmt::format("{:.3f}", v) : std::string(); };
     std::string out = Str(texts::kColumnStatCaption) + "\r\n\t";
     for (const char* name : {"Average", "Stdev", "Std Error", "Variance", "Coeff of Var", "1/CV^2",
                              "Median", "Minimum", "Maximum", "Skewness", "Kurtosis"})
@@ -140,6 +142,8 @@ std::string ColumnStatisticsText(const std::vector<ColumnStatistics>& columns) {
             out += "\t" + f(v);
         out += "\r\n";
     }
+    for (const auto& c : columns)
+        if (c.stats.leftOut > 0) out += c.title + ": " + LeftOutText(std::size_t(c.stats.leftOut)) + "\r\n";
     return out;
 }
 

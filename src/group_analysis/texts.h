@@ -88,6 +88,9 @@ inline std::string ClearArrayPrompt(int array) {
 }
 // Says Array #1 for both arrays.
 inline constexpr std::string_view kDoneFillingCaption = "Done Filling Array #1";
+inline constexpr std::string_view kNotMeasured = "not measured";  // ours
+inline constexpr std::string_view kNoResultsToPutText =  // ours
+    "There are no results to put into the array: fit or measure a trace first.";
 inline std::string DoneFillingText(int count) {
     return "All of " + std::to_string(count) +
            " results are safely put into Array #1 for further statistical data analysis.";

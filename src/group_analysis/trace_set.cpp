@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "recording/event_time.h"
 #include "recording/le_bytes.h"
 #include "recording/rounding.h"
 
@@ -130,7 +131,7 @@ TraceSet ForEachGroupTrace(const Recording& rec, const EventTable& events,
         if (e.group != options.group) continue;
         ++t;
         set.eventIndex[std::size_t(t)] = i;
-        double align = double(e.time) * 1000.0 / interval;
+        double align = ExactEventTimeMs(e, interval) * 1000.0 / interval;
         if (options.alignment == Alignment::RiseTime) align -= e.riseTime;
         if (options.alignment == Alignment::Rise50) align -= e.rise50;
         const double first = align - pre;

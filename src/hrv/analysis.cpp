@@ -60,8 +60,8 @@ std::vector<std::string> SegmentTitles() { return {texts::kSegmentColumns.begin(
 std::vector<std::vector<std::string>> SegmentRows(const TimeDomainResult& r) {
     std::vector<std::vector<std::string>> rows;
     for (const SegmentRow& s : r.segments)
-        rows.push_back({fmt::format("{}", s.number), fmt::format("{}", s.count),
-                        fmt::format("{:.3f}", s.meanMs), fmt::format("{:.3f}", s.sdMs)});
+        rows.push_back({fmt::format("{}", s.number), fmt::format("{}", s.count), FormatMeasure(1, s.meanMs),
+                        FormatMeasure(1, s.sdMs)});
     return rows;
 }
 

@@ -20,7 +20,7 @@ std::string S(std::string_view v) { return std::string(v); }
 // the user keeps them out of order or there are fewer than two beats.
 std::optional<BoundedRR> Intervals(Workspace& ws, Dialogs& dialogs) {
     if (!EnsureTimeOrder(ws, dialogs) || ws.events.Count() < 2) return std::nullopt;
-    return AllIntervals(BeatTimesMs(ws.events));
+    return AllIntervals(WorkspaceBeatTimesMs(ws));
 }
 
 std::optional<PlotData> AskAndBin(Dialogs& dialogs, const std::vector<double>& values,

@@ -7,15 +7,21 @@
 #include <string>
 
 #include "hrv/texts.h"
+#include "recording/event_time.h"
 #include "recording/workspace.h"
 
 namespace vess::hrv {
 
-std::vector<double> BeatTimesMs(const EventTable& events) {
+std::vector<double> BeatTimesMs(const EventTable& events, double intervalUs) {
     std::vector<double> t;
     t.reserve(events.Records().size());
-    for (const EventRecord& r : events.Records()) t.push_back(r.time);
+    for (const EventRecord& r : events.Records())
+        if (InSourceGroup(r, 0)) t.push_back(ExactEventTimeMs(r, intervalUs));
     return t;
+}
+
+std::vector<double> WorkspaceBeatTimesMs(const Workspace& ws) {
+    return BeatTimesMs(ws.events, ws.recording ? ws.recording->IntervalUs() : 0.0);
 }
 
 bool InTimeOrder(const EventTable& events) {
@@ -57,7 +63,10 @@ BoundedRR SelectIntervals(std::span<const double> beatTimesMs, double lowerMs, d
     bool previousKept = false;
     for (std::size_t i = 1; i < beatTimesMs.size(); ++i) {
         const double rr = beatTimesMs[i] - beatTimesMs[i - 1];
-        const bool kept = !(rr > upperMs || rr < lowerMs);
+        const bool measured = std::isfinite(rr);
+        const bool kept = measured && !(rr > upperMs || rr < lowerMs);
+        if (!measured) ++out.notMeasured;
+        else if (!kept) ++out.outsideBounds;
         if (kept && previousKept) out.pairs.emplace_back(out.rrMs.back(), rr);
         if (kept) {
             out.rrMs.push_back(rr);

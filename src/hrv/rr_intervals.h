@@ -3,6 +3,7 @@
 // delta RR i is RR interval i+1 minus RR interval i.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -17,8 +18,12 @@ struct Workspace;
 
 namespace vess::hrv {
 
-// Event times in ms, in table order.
-std::vector<double> BeatTimesMs(const EventTable& events);
+// The beats of the event table in ms, in table order: every event the user
+// has not rejected (group 255), at its exact time when intervalUs (the
+// recording's sample interval, 0 for none) and its sample index give it.
+std::vector<double> BeatTimesMs(const EventTable& events, double intervalUs = 0);
+// The same for the open recording's events.
+std::vector<double> WorkspaceBeatTimesMs(const Workspace& ws);
 bool InTimeOrder(const EventTable& events);
 // Asks "Sort Events" when the events are not in time order and sorts them on
 // Yes (a change the user can undo). False when they stay out of order.
@@ -34,6 +39,8 @@ std::vector<double> BeatsFromIntervals(std::span<const double> rrMs);
 // upper or smaller than the lower bound is left out), and the adjacent pairs
 // of them: a delta RR exists only where both of its intervals are kept.
 struct BoundedRR {
+    std::size_t notMeasured = 0;   // intervals left out for a beat time that is not a number
+    std::size_t outsideBounds = 0; // intervals left out by the bounds
     std::vector<double> rrMs;      // kept intervals, in beat order
     std::vector<double> endMs;     // time of the beat that ends each kept interval
     std::vector<int> beatNumber;   // 1-based number i of each kept interval (beat i to i+1)

@@ -1,5 +1,6 @@
 #include "hrv/tachogram.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -27,6 +28,16 @@ std::string RecordingName(const Workspace& ws) {
 }
 
 }  // namespace
+
+double TachogramCountsPerMs(std::span<const double> rrMs) {
+    double longest = 0;
+    for (double rr : rrMs)
+        if (std::isfinite(rr)) longest = std::max(longest, std::fabs(rr));
+    double counts = kTachogramCountsPerMs;
+    // Coarser by tens until the longest interval fits the 16-bit samples.
+    while (counts > 1e-6 && longest * counts > 32767.0) counts /= 10;
+    return counts;
+}
 
 std::string TachogramAtfText(const std::string& recordingName, std::span<const double> rrMs) {
     std::string out = "ATF\t1.0\r\n1\t2\r\n";
@@ -78,7 +89,8 @@ TachogramAbf BuildTachogramAbf(std::span<const uint8_t> tpl, std::span<const dou
     le::PutText(b, kADCChannelName, kADCChannelNameChars, "RR");
     le::PutText(b, kADCUnits, kADCUnitsChars, "ms");
     le::Put<float>(b, kADCProgrammableGain, 1.0f);
-    le::Put<float>(b, kInstrumentScaleFactor, float(100.0 / 32768.0));
+    const double countsPerMs = TachogramCountsPerMs(rrMs);
+    le::Put<float>(b, kInstrumentScaleFactor, float(10.0 * countsPerMs / 32768.0));
     le::Put<float>(b, kInstrumentOffset, 0.0f);
     le::Put<float>(b, kSignalGain, 1.0f);
     le::Put<float>(b, kSignalOffset, 0.0f);
@@ -87,7 +99,7 @@ TachogramAbf BuildTachogramAbf(std::span<const uint8_t> tpl, std::span<const dou
         le::Put<float>(b, kTelegraphAdditGain, 1.0f);
     }
     for (std::size_t i = 0; i < rrMs.size(); ++i)
-        le::Put<int16_t>(b, headerBytes + 2 * i, RoundClamp16(rrMs[i] * kTachogramCountsPerMs));
+        le::Put<int16_t>(b, headerBytes + 2 * i, RoundClamp16(rrMs[i] * countsPerMs));
     return out;
 }
 
@@ -97,7 +109,7 @@ bool SaveTachogramAsciiCommand(Workspace& ws, Dialogs& dialogs) {
         dialogs, {S(texts::kSaveAsAscii), S(texts::kAsciiFilter), S(texts::kAsciiExtension), {}},
         ExistingFile::AskReplace);
     if (!path) return false;
-    const std::vector<double> rr = Differences(BeatTimesMs(ws.events));
+    const std::vector<double> rr = Differences(WorkspaceBeatTimesMs(ws));
     return ReportWrite(dialogs, WriteFileAtomic(*path, TachogramAtfText(RecordingName(ws), rr)));
 }
 
@@ -109,7 +121,7 @@ bool SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std::filesys
         return false;
     }
     if (!EnsureTimeOrder(ws, dialogs)) return false;
-    const std::vector<double> rr = Differences(BeatTimesMs(ws.events));
+    const std::vector<double> rr = Differences(WorkspaceBeatTimesMs(ws));
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, S(texts::kTachogramRecord) + RecordingName(ws));
     if (!ReportWrite(dialogs, abf.error)) return false;
     const auto path = ChooseSavePath(

@@ -31,10 +31,13 @@ std::string TachogramAtfText(const std::string& recordingName, std::span<const d
 //   sample interval 1000000 us;
 //   ADC range 10 V, resolution 32768, programmable and signal gain 1, signal
 //   and instrument offset 0, telegraph and autosample gain off, instrument
-//   scale factor 100/32768 V per ms: value = counts / (gains * scale factor)
-//   * range / resolution, so one count is 0.1 ms and a reader shows
-//   intervals in ms up to 3276.7 ms (longer ones are clamped).
+//   scale factor 10 c/32768 V per ms for c counts per ms: value = counts /
+//   (gains * scale factor) * range / resolution. c is 10 (0.1 ms a count, up
+//   to 3276.7 ms) unless a longer interval needs a coarser step: then 1, 0.1
+//   and so on, so that no interval is clipped.
 inline constexpr double kTachogramCountsPerMs = 10;
+// The counts per ms the ABF form uses for these intervals.
+double TachogramCountsPerMs(std::span<const double> rrMs);
 inline constexpr double kTachogramIntervalUs = 1e6;
 // The ABF bytes, or an empty vector with error set when the template is not
 // an ABF header we can build on.

@@ -4,16 +4,37 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace vess::hrv::texts {
+
+// A bound as typed: "100", "0.5".
+inline std::string FormatBound(double ms) {
+    std::string t = std::to_string(ms);
+    t.erase(t.find_last_not_of('0') + 1);
+    if (!t.empty() && t.back() == '.') t.pop_back();
+    return t;
+}
 
 // Events in time order.
 inline constexpr std::string_view kSortEventsCaption = "Sort Events";
 inline constexpr std::string_view kSortEventsText =
     "This function requires that the events are sorted by time.  Would you like to sort the "
     "events now?";
+
+// No interval within the bounds (ours).
+inline constexpr std::string_view kNoIntervalInBoundsCaption = "No RR Interval within the Bounds";
+inline std::string NoIntervalInBoundsText(std::size_t intervals, double lowerMs, double upperMs) {
+    return "None of the " + std::to_string(intervals) +
+           " RR intervals lies within the bounds: the analysis leaves out intervals smaller than " +
+           FormatBound(lowerMs) + " ms and greater than " + FormatBound(upperMs) +
+           " ms.  Please set the bounds to suit the recording and try again.";
+}
+inline std::string NotMeasuredIntervalsText(std::size_t n) {
+    return std::to_string(n) + " RR intervals next to a beat whose time was not measured were left out";
+}
 
 // Settings section and keys.
 inline constexpr std::string_view kSection = "HRV";

@@ -9,15 +9,21 @@
 #include <fmt/format.h>
 
 #include "statistics/descriptive.h"
+#include "statistics/finite_series.h"
 
 namespace vess::hrv {
 
+namespace {
+constexpr double kNotMeasured = std::numeric_limits<double>::quiet_NaN();
+}
+
 Summary Describe(std::span<const double> values) {
-    const MeanVariance mv = MeanAndVariance(values);
+    const FiniteSeries finite = FiniteOnly(values);
+    const MeanVariance mv = MeanAndVariance(finite.values);
     Summary s;
-    s.n = int(values.size());
-    s.mean = s.n ? mv.mean : 0;
-    s.sd = s.n >= 2 ? std::sqrt(mv.variance) : 0;
+    s.n = int(finite.values.size());
+    s.mean = s.n ? mv.mean : kNotMeasured;
+    s.sd = s.n >= 2 ? std::sqrt(mv.variance) : kNotMeasured;
     return s;
 }
 
@@ -27,6 +33,7 @@ std::array<double, 15> TimeDomainResult::Values() const {
 }
 
 std::string FormatMeasure(std::size_t column, double value) {
+    if (!std::isfinite(value)) return {};  // not measured: blank
     // n RR, n dRR, nNN and nSegment are counts.
     if (column == 0 || column == 4 || column == 8 || column == 10) return fmt::format("{}", value);
     return fmt::format("{:.3f}", value);
@@ -67,7 +74,9 @@ std::vector<SegmentRow> Segments(const BoundedRR& rr, double recordingMs, double
         return tooMany();
     std::vector<SegmentRow> rows;
     const auto add = [&rows](int k, std::span<const double> values) {
-        const Summary s = Describe(values);
+        // An empty segment taken in by the option counts as 0 ms, as the
+        // option says; a lone interval has no standard deviation.
+        const Summary s = values.empty() ? Summary{0, 0, 0} : Describe(values);
         rows.push_back({k + 1, s.n, s.mean, s.sd});
     };
     if (!options.includeZeroSegments) {
@@ -90,7 +99,7 @@ TimeDomainResult AnalyseTimeDomain(const BoundedRR& rr, double recordingMs, doub
     r.nRR = all.n;
     r.MRR = all.mean;
     r.SDRR = all.sd;
-    r.CVPercent = all.mean != 0 ? all.sd / all.mean * 100 : 0;
+    r.CVPercent = all.mean != 0 ? all.sd / all.mean * 100 : kNotMeasured;
 
     const std::vector<double> delta = rr.DeltaMs();
     const Summary d = Describe(delta);
@@ -102,8 +111,8 @@ TimeDomainResult AnalyseTimeDomain(const BoundedRR& rr, double recordingMs, doub
         squares += v * v;
         if (std::abs(v) > options.thresholdMs) ++r.nNN;
     }
-    r.rMSSD = d.n ? std::sqrt(squares / d.n) : 0;
-    r.pNN = d.n ? double(r.nNN) / d.n * 100 : 0;
+    r.rMSSD = d.n ? std::sqrt(squares / d.n) : kNotMeasured;
+    r.pNN = d.n ? double(r.nNN) / d.n * 100 : kNotMeasured;
 
     r.segments = Segments(rr, recordingMs, segmentMs, options, r.segmentProblem);
     std::vector<double> means, sds;

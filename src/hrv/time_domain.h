@@ -13,7 +13,8 @@
 namespace vess::hrv {
 
 // Count, mean and sample standard deviation (divided by n - 1, from the
-// shared descriptive statistics), shown as 0 for fewer than two values.
+// shared descriptive statistics) of the finite values; a mean of no value
+// and a deviation of fewer than two are not measured (NaN).
 struct Summary {
     int n = 0;
     double mean = 0;
@@ -56,7 +57,8 @@ TimeDomainResult AnalyseTimeDomain(const BoundedRR& rr, double recordingMs, doub
                                    const HrvOptions& options);
 
 // Fixed-point text of a measure as the grids show it: counts as integers,
-// others with three decimals.
+// others with three decimals, a measure that is not measured blank. CV%,
+// rMSSD and %NN are not measured when their counts cannot define them.
 std::string FormatMeasure(std::size_t column, double value);
 
 }  // namespace vess::hrv

@@ -13,8 +13,13 @@ std::optional<HrvAnalysis> StartAnalysisCommand(Workspace& ws, Dialogs& dialogs,
                                                 TimeDomainGrids& grids) {
     if (ws.events.Empty() || !EnsureTimeOrder(ws, dialogs)) return std::nullopt;
     const RecordingSpan span = SpanOf(ws);
-    HrvAnalysis a = AnalyseBeats(BeatTimesMs(ws.events), span.lengthMs, options.SegmentMs(span.intervalUs),
+    HrvAnalysis a = AnalyseBeats(WorkspaceBeatTimesMs(ws), span.lengthMs, options.SegmentMs(span.intervalUs),
                                  options);
+    if (a.rr.rrMs.empty() && a.rr.outsideBounds > 0) {
+        dialogs.Message(std::string(texts::kNoIntervalInBoundsCaption),
+                        texts::NoIntervalInBoundsText(a.rr.outsideBounds, options.lowerBoundMs, options.upperBoundMs));
+        return std::nullopt;
+    }
     const std::string name = ws.recording ? ws.recording->FileName() : std::string();
     std::vector<std::string> row = ResultRow(name, a.timeDomain);
     auto same = std::find_if(grids.results.begin(), grids.results.end(),

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "recording/number_text.h"
 #include "recording/recording.h"
 
 namespace vess {
@@ -31,7 +32,7 @@ Kind KindOf(int column) {
     }
 }
 
-std::string Fixed(double v, int decimals) { return fmt::format("{:.{}f}", v, decimals); }
+std::string Fixed(double v, int decimals) { return FixedOrSignificant(v, decimals); }
 
 }  // namespace
 

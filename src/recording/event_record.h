@@ -40,6 +40,13 @@ inline constexpr std::size_t kEventRecordBytes = 76;
 inline constexpr std::size_t kGroupRejected = 255;
 inline constexpr std::size_t kGroupMissingBeat = 253;
 
+// The events that a statistics, work-array or heart-rate source takes for a
+// group answer: 0 is every event the user has not rejected, any other number
+// that group alone (255 picks the rejected events themselves).
+inline bool InSourceGroup(const EventRecord& r, int group) {
+    return group == 0 ? r.group != kGroupRejected : r.group == group;
+}
+
 // Byte offsets of the on-disk record.
 namespace event_offsets {
 inline constexpr std::size_t kTime = 0, kAmplitude = 4, kNoise = 8, kRiseTime = 10,

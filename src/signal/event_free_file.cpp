@@ -1,5 +1,8 @@
 #include "signal/event_free_file.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <fmt/format.h>
 
 #include "hrv/texts.h"
@@ -29,7 +32,19 @@ AbfWriteSpec EventFreeWriteSpec(const Recording& rec) {
 }
 
 int64_t MarginPoints(const Recording& rec, double marginMs) {
-    return std::max<int64_t>(RoundEven(marginMs * 1000.0 / rec.IntervalUs()), 0);
+    // Counted in double and bounded by the recording before any integer
+    // conversion: a margin longer than the recording covers all of it.
+    const double points = marginMs * 1000.0 / rec.IntervalUs();
+    if (!(points > 0)) return 0;
+    return RoundEven(std::min(points, double(rec.PointsPerChannel())));
+}
+
+std::string EventFreeMarginProblem(const Recording& rec, double marginMs) {
+    const double lengthMs = double(rec.PointsPerChannel()) * rec.IntervalUs() / 1000.0;
+    if (!std::isfinite(marginMs) || marginMs < 0 || marginMs >= lengthMs)
+        return fmt::format("the margin must be a number of ms from 0 to less than the recording's length "
+                           "({:g} ms)", lengthMs);
+    return {};
 }
 
 std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
@@ -67,7 +82,11 @@ bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::pa
     }
     const auto margin = AskNumber(dialogs, S(tool_texts::kMarginCaption), S(tool_texts::kMarginPrompt),
                                   fmt::format("{:g}", kDefaultEventFreeMarginMs));
-    if (!margin || *margin < 0) return false;
+    if (!margin) return false;
+    if (const std::string problem = EventFreeMarginProblem(*ws.recording, *margin); !problem.empty()) {
+        dialogs.Message(S(tool_texts::kMarginCaption), "The event-free file is not written: " + problem + ".");
+        return false;
+    }
     const auto path = ChooseSavePath(
         dialogs, {S(hrv::texts::kSaveAsAbf), S(hrv::texts::kAbfFilter), S(hrv::texts::kAbfExtension), {}},
         ExistingFile::AskReplace);

@@ -24,6 +24,9 @@ AbfWriteSpec EventFreeWriteSpec(const Recording& rec);
 
 // The margin in sample points (rounded, at least 0).
 int64_t MarginPoints(const Recording& rec, double marginMs);
+// Why a margin cannot be used (not a number, negative, or as long as the
+// recording, which would leave nothing event-free); empty when it can.
+std::string EventFreeMarginProblem(const Recording& rec, double marginMs);
 
 // Writes the event-free copy of rec's chosen channel to path. levelPoints is
 // how many samples set the baseline on each side of a stretch. Returns an

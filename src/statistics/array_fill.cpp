@@ -4,6 +4,7 @@
 #include <cctype>
 #include <string>
 
+#include "recording/event_time.h"
 #include "recording/workspace.h"
 #include "statistics/prompts.h"
 #include "statistics/texts.h"
@@ -23,14 +24,14 @@ struct FieldRule {
     Conversion conversion;
 };
 
-// Fill items 0..16 in menu order. Amplitude and noise go through the
-// with-offset conversion and the baseline through the offset-free one, as
-// the fill menus have always done.
+// Fill items 0..16 in menu order. The arrays take exactly the grid's values:
+// an amplitude and a noise are differences (no offset), a baseline is a
+// level (with the channel's offset).
 constexpr FieldRule kRules[kArrayFieldCount] = {
-    {EventField::Amplitude, Conversion::WithOffset},   {EventField::Noise, Conversion::WithOffset},
+    {EventField::Amplitude, Conversion::NoOffset},     {EventField::Noise, Conversion::NoOffset},
     {EventField::RiseTime, Conversion::PointsToMs},    {EventField::DecayTime, Conversion::PointsToMs},
     {EventField::Area, Conversion::AsStored},          {EventField::Time, Conversion::AsStored},
-    {EventField::Baseline, Conversion::NoOffset},      {EventField::Group, Conversion::AsStored},
+    {EventField::Baseline, Conversion::WithOffset},    {EventField::Group, Conversion::AsStored},
     {EventField::Channel, Conversion::AsStored},       {EventField::Rise1090, Conversion::AsStored},
     {EventField::HalfWidth, Conversion::AsStored},     {EventField::Rise50, Conversion::PointsToMs},
     {EventField::PeakDirection, Conversion::AsStored}, {EventField::BurstNumber, Conversion::AsStored},
@@ -38,7 +39,7 @@ constexpr FieldRule kRules[kArrayFieldCount] = {
     {EventField::RelativeTime, Conversion::PointsToMs},
 };
 
-bool InGroup(const EventRecord& r, int group) { return group == 0 || r.group == group; }
+bool InGroup(const EventRecord& r, int group) { return InSourceGroup(r, group); }
 
 // The clear/append question; true for clear.
 bool AskClear(Dialogs& dialogs, int k) {
@@ -60,6 +61,8 @@ void Store(DataArray& array, bool clear, const std::vector<float>& values) {
 }
 
 bool HasEvents(const Workspace& ws) { return ws.recording && !ws.events.Empty(); }
+
+double RecordingIntervalUs(const Workspace& ws) { return ws.recording ? ws.recording->IntervalUs() : 0.0; }
 
 int ArrayNumber(int k) { return k == 1 ? 1 : 2; }
 
@@ -121,11 +124,16 @@ std::vector<float> SortedDifferences(std::vector<float> values) {
     return out;
 }
 
-std::vector<float> InterEventIntervals(const EventTable& events, int group) {
-    std::vector<float> times;
+std::vector<float> InterEventIntervals(const EventTable& events, int group, double intervalUs) {
+    // The differences are taken on the exact times and only then rounded to
+    // the array's floats, so late events keep their sample resolution.
+    std::vector<double> times;
     for (const EventRecord& r : events.Records())
-        if (InGroup(r, group)) times.push_back(r.time);
-    return SortedDifferences(std::move(times));
+        if (InGroup(r, group)) times.push_back(ExactEventTimeMs(r, intervalUs));
+    SortTotalOrder(times);
+    std::vector<float> out;
+    for (std::size_t i = 1; i < times.size(); ++i) out.push_back(float(times[i] - times[i - 1]));
+    return out;
 }
 
 bool PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field) {
@@ -166,7 +174,7 @@ bool InterEventIntervalsCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber
     const auto group =
         AskGroup(dialogs, std::string(st::kIntervalGroupCaption), std::string(st::kIntervalGroupText));
     if (!group) return false;
-    const std::vector<float> intervals = InterEventIntervals(ws.events, *group);
+    const std::vector<float> intervals = InterEventIntervals(ws.events, *group, RecordingIntervalUs(ws));
     if (intervals.empty() && clear) {
         dialogs.Message(std::string(st::kErrorCaption), std::string(st::kNotEnoughEventsText));
         return false;

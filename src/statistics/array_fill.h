@@ -48,8 +48,10 @@ std::vector<float> RowFieldValues(const Recording* recording, const EventTable& 
                                   double timeOffsetMs = 0);
 // The values sorted ascending and the n - 1 differences between neighbours.
 std::vector<float> SortedDifferences(std::vector<float> values);
-// SortedDifferences of the event times (ms) of group (0: all).
-std::vector<float> InterEventIntervals(const EventTable& events, int group);
+// SortedDifferences of the event times (ms) of group (0: every event not
+// rejected), taken on the exact times when intervalUs (the recording's
+// sample interval; 0 for none) and the sample indices give them.
+std::vector<float> InterEventIntervals(const EventTable& events, int group, double intervalUs = 0);
 
 // menu_PutAllArray1/2 item field: clear/append question, group prompt,
 // "Add a constant" prompt for Time, fill, closing message. Returns true when

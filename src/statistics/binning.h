@@ -14,6 +14,11 @@ inline constexpr int64_t kMaxBins = 60000;
 int64_t BinIndex(double x, double binSize);
 // True when lowest..highest is more bins than allowed.
 bool TooManyBins(int64_t lowestBin, int64_t highestBin);
+// A bin size the rule can use: finite and above 0.
+bool ValidBinSize(double binSize);
+// True when the values lowest..highest span more bins than allowed (or bin
+// numbers too large to tell apart), counted before any integer conversion.
+bool TooManyBinsFor(double lowest, double highest, double binSize);
 
 struct BinnedCounts {
     bool tooManyBins = false;     // refused: counts is empty
@@ -23,7 +28,8 @@ struct BinnedCounts {
 };
 // Counts values into bins from the lowest to the highest occupied one.
 // Infinities and NaN (a division by zero in the arithmetic) are left out; a
-// series without a finite value gives no bins.
+// series without a finite value gives no bins. A bin size that is not finite
+// and positive is refused as too many bins.
 BinnedCounts CountIntoBins(std::span<const double> values, double binSize);
 
 }  // namespace vess

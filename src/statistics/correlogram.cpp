@@ -5,6 +5,7 @@
 
 #include "recording/workspace.h"
 #include "statistics/binning.h"
+#include "statistics/finite_series.h"
 #include "statistics/prompts.h"
 #include "statistics/texts.h"
 
@@ -18,7 +19,7 @@ std::vector<double> Sorted(std::span<const double> v) {
     std::vector<double> s;
     s.reserve(v.size());
     for (double x : v)
-        if (!std::isnan(x)) s.push_back(x);
+        if (std::isfinite(x)) s.push_back(x);
     std::sort(s.begin(), s.end());
     return s;
 }
@@ -159,10 +160,12 @@ std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, 
     if (array.Empty()) return std::nullopt;
     const auto a = AskCorrelogram(dialogs, st::kAutoMaxBinsText);
     if (!a) return std::nullopt;
-    const std::vector<double> x = array.ValuesAsDouble();
-    Correlogram c = AutoCorrelogram(x, a->binSize, a->maxBins);
-    AskNormalize(dialogs, c, x.size());
-    return AutoCorrelogramPlot(c, arrayNumber == 1 ? 1 : 2, a->binSize, a->unit);
+    const FiniteSeries x = FiniteOnly(array.ValuesAsDouble());
+    Correlogram c = AutoCorrelogram(x.values, a->binSize, a->maxBins);
+    AskNormalize(dialogs, c, x.values.size());
+    PlotData p = AutoCorrelogramPlot(c, arrayNumber == 1 ? 1 : 2, a->binSize, a->unit);
+    p.note = JoinNotes(LeftOutText(x.leftOut), LostPrecisionText(x.values));
+    return p;
 }
 
 std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray) {
@@ -172,10 +175,14 @@ std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs,
     if (from.Empty() || to.Empty()) return std::nullopt;
     const auto a = AskCorrelogram(dialogs, st::kCrossMaxBinsText);
     if (!a) return std::nullopt;
-    const std::vector<double> x = from.ValuesAsDouble();
-    Correlogram c = CrossCorrelogram(x, to.ValuesAsDouble(), a->binSize, a->maxBins);
-    AskNormalize(dialogs, c, x.size());
-    return CrossCorrelogramPlot(c, first, a->binSize, a->unit);
+    const FiniteSeries x = FiniteOnly(from.ValuesAsDouble());
+    const FiniteSeries y = FiniteOnly(to.ValuesAsDouble());
+    Correlogram c = CrossCorrelogram(x.values, y.values, a->binSize, a->maxBins);
+    AskNormalize(dialogs, c, x.values.size());
+    PlotData p = CrossCorrelogramPlot(c, first, a->binSize, a->unit);
+    const std::string lost = LostPrecisionText(x.values);
+    p.note = JoinNotes(LeftOutText(x.leftOut + y.leftOut), lost.empty() ? LostPrecisionText(y.values) : lost);
+    return p;
 }
 
 }  // namespace vess

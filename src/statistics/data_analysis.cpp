@@ -5,6 +5,7 @@
 
 #include "recording/workspace.h"
 #include "statistics/descriptive.h"
+#include "statistics/finite_series.h"
 #include "statistics/texts.h"
 #include "statistics/two_sample_tests.h"
 
@@ -132,6 +133,26 @@ std::string_view StatTestMenuCaption(StatTest test) {
     return st::kKsMenu;
 }
 
+namespace {
+
+// The two series a test reads: paired tests and the regression drop a pair
+// with a value that was not measured, the others each such value.
+struct TestSamples {
+    std::vector<double> a, b;
+    std::size_t leftOut = 0;
+};
+
+TestSamples FiniteSamples(StatTest test, std::span<const double> a, std::span<const double> b) {
+    if (NeedsEqualCounts(test)) {
+        FinitePairs p = FinitePairsOnly(a, b);
+        return {std::move(p.x), std::move(p.y), p.leftOut};
+    }
+    FiniteSeries fa = FiniteOnly(a), fb = FiniteOnly(b);
+    return {std::move(fa.values), std::move(fb.values), fa.leftOut + fb.leftOut};
+}
+
+}  // namespace
+
 std::optional<TestOutcome> RunTest(StatTest test, std::span<const double> a, std::span<const double> b,
                                    Dialogs& dialogs, double alpha) {
     if (IsEmpty(a) || IsEmpty(b)) {
@@ -142,13 +163,20 @@ std::optional<TestOutcome> RunTest(StatTest test, std::span<const double> a, std
         dialogs.Message(std::string(st::kUnequalCountsCaption), std::string(st::kUnequalCountsText));
         return std::nullopt;
     }
+    const TestSamples s = FiniteSamples(test, a, b);
+    if (IsEmpty(s.a) || IsEmpty(s.b)) {
+        dialogs.Message(std::string(st::kNothingMeasuredCaption), std::string(st::kNothingMeasuredText) +
+                                                                      "  " + LeftOutText(s.leftOut) + ".");
+        return std::nullopt;
+    }
     TestOutcome o;
     switch (test) {
-        case StatTest::TTestPaired: o = TTestOutcome(test, PairedTTest(a, b)); break;
-        case StatTest::LinearRegression: o = RegressionOutcome(a, b); break;
-        case StatTest::KsTest: o = KsOutcome(a, b); break;
-        default: o = SummaryOutcome(test, MeanAndVariance(a), MeanAndVariance(b)); break;
+        case StatTest::TTestPaired: o = TTestOutcome(test, PairedTTest(s.a, s.b)); break;
+        case StatTest::LinearRegression: o = RegressionOutcome(s.a, s.b); break;
+        case StatTest::KsTest: o = KsOutcome(s.a, s.b); break;
+        default: o = SummaryOutcome(test, MeanAndVariance(s.a), MeanAndVariance(s.b)); break;
     }
+    o.table.note = LeftOutText(s.leftOut);
     o.alpha = alpha;
     return o;
 }
@@ -165,6 +193,7 @@ std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs,
     }
     // One or both samples typed in as a summary.
     MeanVariance m[2];
+    std::size_t leftOut = 0;
     const SampleSpec* specs[2] = {&request.sample1, &request.sample2};
     for (int i = 0; i < 2; ++i) {
         if (!specs[i]->fromArray) {
@@ -177,9 +206,12 @@ std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs,
             dialogs.Message(st::EmptyOneArrayCaption(k), st::EmptyOneArrayText(k));
             return std::nullopt;
         }
-        m[i] = MeanAndVariance(array.ValuesAsDouble());
+        const FiniteSeries finite = FiniteOnly(array.ValuesAsDouble());
+        m[i] = MeanAndVariance(finite.values);
+        leftOut += finite.leftOut;
     }
     TestOutcome o = SummaryOutcome(request.test, m[0], m[1]);
+    o.table.note = LeftOutText(leftOut);
     o.alpha = request.alpha;
     return o;
 }
@@ -190,16 +222,21 @@ ResultTable DescriptiveTable(std::span<const std::span<const double>> series,
     t.title = std::string(st::kDescriptiveTitle);
     t.columns.assign(columnTitles.begin(), columnTitles.end());
     for (std::string_view label : st::kDescriptiveRows) t.rows.push_back({std::string(label), {}, {}});
-    for (std::span<const double> s : series) {
+    for (std::size_t c = 0; c < series.size(); ++c) {
+        const FiniteSeries finite = FiniteOnly(series[c]);
+        const std::span<const double> s = finite.values;
         const Descriptive d = Describe(s);
         const double values[11] = {d.average, d.stdev,    d.stdError, d.coeffOfVar,
                                    d.invCv2,  d.variance, d.skewness, d.kurtosis,
                                    d.median,  d.minimum,  d.maximum};
         for (std::size_t i = 0; i < 11; ++i) {
-            // "##0.000"; an empty series leaves its column blank.
+            // "##0.000"; a series without two measured values leaves its column blank.
             t.rows[i].cells.push_back(IsEmpty(s) ? std::string() : FormatNumber(values[i], 3, false));
             t.rows[i].values.push_back(IsEmpty(s) ? std::nan("") : values[i]);
         }
+        if (finite.leftOut == 0) continue;
+        if (!t.note.empty()) t.note += "; ";
+        t.note += (c < columnTitles.size() ? columnTitles[c] + ": " : std::string()) + LeftOutText(finite.leftOut);
     }
     return t;
 }

@@ -1,4 +1,5 @@
 #include "statistics/descriptive.h"
+#include "statistics/finite_series.h"
 #include "statistics/total_order.h"
 
 #include <algorithm>
@@ -30,8 +31,11 @@ MeanVariance MeanAndVariance(std::span<const double> values) {
     return mv;
 }
 
-Descriptive Describe(std::span<const double> values) {
+Descriptive Describe(std::span<const double> all) {
+    const FiniteSeries finite = FiniteOnly(all);
+    const std::span<const double> values = finite.values;
     Descriptive d;
+    d.leftOut = int64_t(finite.leftOut);
     d.n = int64_t(values.size());
     const MeanVariance mv = MeanAndVariance(values);
     d.average = mv.mean;

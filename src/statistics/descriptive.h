@@ -8,6 +8,8 @@
 //   Median of an even count: the mean of the two middle values.
 // A statistic that the count does not support (Stdev below 2 values,
 // Skewness below 3, Kurtosis below 4, any on an empty series) is NaN.
+// Describe takes the finite values only: n counts them, leftOut the values
+// that were not measured (NaN) or overflowed (infinities).
 #pragma once
 
 #include <cstdint>
@@ -28,6 +30,7 @@ struct Descriptive {
     double median = 0;
     double minimum = 0;
     double maximum = 0;
+    int64_t leftOut = 0;
 };
 
 Descriptive Describe(std::span<const double> values);

@@ -7,6 +7,7 @@
 #include "recording/workspace.h"
 #include "statistics/array_fill.h"
 #include "statistics/binning.h"
+#include "statistics/finite_series.h"
 #include "statistics/prompts.h"
 #include "statistics/texts.h"
 #include "statistics/total_order.h"
@@ -117,24 +118,25 @@ bool UsesBins(HistogramKind kind) {
 
 HistogramPlot MakeHistogram(HistogramKind kind, std::span<const double> values, double binSize,
                             const std::string& series, const std::string& unit) {
-    std::vector<double> finite;
-    for (double v : values)
-        if (std::isfinite(v)) finite.push_back(v);
-    if (UsesBins(kind)) return BinnedHistogram(kind, finite, binSize, series, unit);
-    return UnbinnedCurve(kind, finite, series, unit);
+    const FiniteSeries finite = FiniteOnly(values);
+    HistogramPlot h = UsesBins(kind) ? BinnedHistogram(kind, finite.values, binSize, series, unit)
+                                     : UnbinnedCurve(kind, finite.values, series, unit);
+    h.plot.note = JoinNotes(LeftOutText(finite.leftOut), LostPrecisionText(finite.values));
+    return h;
 }
 
 std::vector<double> EventSourceValues(const Workspace& ws, HistogramSource source, int group) {
     std::vector<double> out;
     if (source == HistogramSource::InterEventInterval) {
-        for (float v : InterEventIntervals(ws.events, group)) out.push_back(v);
+        const double intervalUs = ws.recording ? ws.recording->IntervalUs() : 0.0;
+        for (float v : InterEventIntervals(ws.events, group, intervalUs)) out.push_back(v);
         return out;
     }
     const SourceColumn column = ColumnOf(source);
     const int gridColumn = int(column.field) + 1;
     for (int32_t i = 1; i <= ws.events.Count(); ++i) {
         const EventRecord& r = ws.events[i];
-        if (group != 0 && r.group != group) continue;
+        if (!InSourceGroup(r, group)) continue;
         out.push_back(AsDouble(EventCellValue(ws.recording.get(), r, i, gridColumn)) * column.scale);
     }
     return out;
@@ -196,16 +198,16 @@ std::optional<PlotData> HistogramCommand(Workspace& ws, Dialogs& dialogs, int co
 HistogramPlot MakeRunningAverage(std::span<const double> timesSec, std::span<const double> values,
                                  double binSizeSec) {
     HistogramPlot h;
-    const std::size_t n = std::min(timesSec.size(), values.size());
-    const BinnedCounts bins = CountIntoBins(timesSec.first(n), binSizeSec);
+    const FinitePairs pairs = FinitePairsOnly(timesSec, values);
+    const BinnedCounts bins = CountIntoBins(pairs.x, binSizeSec);
     if (bins.tooManyBins) {
         h.tooManyBins = true;
         return h;
     }
     std::vector<double> sums(bins.counts.size(), 0.0);
-    for (std::size_t i = 0; i < n; ++i)
-        if (std::isfinite(timesSec[i]))  // the times the bins counted
-            sums[std::size_t(BinIndex(timesSec[i], binSizeSec) - bins.lowestBin)] += values[i];
+    for (std::size_t i = 0; i < pairs.x.size(); ++i)
+        sums[std::size_t(BinIndex(pairs.x[i], binSizeSec) - bins.lowestBin)] += pairs.y[i];
+    h.plot.note = LeftOutText(pairs.leftOut);
     PlotSeries s{SeriesKind::Lines, {}, {}, {}, binSizeSec};
     for (std::size_t k = 0; k < sums.size(); ++k) {
         if (bins.counts[k] == 0) continue;  // an empty bin has no average: skipped

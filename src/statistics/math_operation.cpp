@@ -62,7 +62,7 @@ std::optional<std::vector<double>> OperandValues(const Workspace& ws, MathOperan
         const DataArray& a = ws.Array(operand == MathOperand::Array1 ? 1 : 2);
         return a.ValuesAsDouble();
     }
-    if (operand == MathOperand::InterEventInterval) return ToDouble(InterEventIntervals(ws.events, 0));
+    if (operand == MathOperand::InterEventInterval) return ToDouble(InterEventIntervals(ws.events, 0, ws.recording ? ws.recording->IntervalUs() : 0.0));
     return ToDouble(EventFieldValues(ws.recording.get(), ws.events, *FieldOf(operand), 0));
 }
 

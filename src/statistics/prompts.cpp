@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "detection/number_entry.h"
+#include "statistics/binning.h"
 #include "statistics/texts.h"
 
 namespace vess {
@@ -24,7 +25,7 @@ std::optional<int> AskGroup(Dialogs& dialogs, const std::string& caption, const 
 
 std::optional<double> AskBinSize(Dialogs& dialogs, const std::string& text) {
     const auto size = AskNumber(dialogs, std::string(stats_texts::kBinSizeCaption), text);
-    if (!size || *size <= 0) return std::nullopt;
+    if (!size || !ValidBinSize(*size)) return std::nullopt;
     return size;
 }
 

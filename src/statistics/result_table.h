@@ -18,6 +18,9 @@ struct ResultTable {
     std::string title;
     std::vector<std::string> columns; // value column headings (may be empty)
     std::vector<ResultRow> rows;
+    // What was left out of the numbers ("3 values that were not measured
+    // were left out"), shown under the rows; empty when nothing was.
+    std::string note;
 
     const ResultRow* Find(const std::string& label) const {
         for (const auto& r : rows)

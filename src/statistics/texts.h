@@ -4,12 +4,25 @@
 // it (spelling and double spaces included).
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace vess::stats_texts {
 
 inline std::string ArrayTag(int k) { return "#" + std::to_string(k); }
+
+// ---- Values that were not measured (ours) ---------------------------------
+
+inline constexpr std::string_view kOneLeftOutText = "1 value that was not measured was left out";
+inline std::string LeftOutText(std::size_t n) {
+    return std::to_string(n) + " values that were not measured were left out";
+}
+inline constexpr std::string_view kLostPrecisionText =
+    "Values above 16,777,216 have lost precision in the 32-bit work array";
+inline constexpr std::string_view kNothingMeasuredCaption = "Not measured";
+inline constexpr std::string_view kNothingMeasuredText =
+    "None of the values was measured: there is nothing to analyse.";
 
 // ---- Work arrays -----------------------------------------------------------
 
@@ -105,8 +118,9 @@ inline std::string MathFinishedText(int k) {
 }
 inline std::string MathNotNumbersText(int n) {  // ours
     return std::to_string(n) +
-           " of the results are not finite numbers (a division by zero or the square root of a "
-           "negative value); they are stored as such.";
+           " of the results are not finite numbers (a value that was not measured, a division by "
+           "zero or the square root of a negative value); they are stored as not measured and "
+           "left out of statistics.";
 }
 
 // ---- Histograms and correlograms -----------------------------------------

@@ -47,12 +47,12 @@ HistogramPlot MakeCoastlineTimeCourse(std::span<const double> values, double int
     HistogramPlot h;
     if (values.size() < 2) return h;
     const auto timeOf = [&](std::size_t i) { return startMs + double(i) * intervalMs; };
-    const int64_t lowest = BinIndex(timeOf(0), binMs);
-    const int64_t highest = BinIndex(timeOf(values.size() - 2), binMs);
-    if (TooManyBins(lowest, highest)) {
+    if (!ValidBinSize(binMs) || TooManyBinsFor(timeOf(0), timeOf(values.size() - 2), binMs)) {
         h.tooManyBins = true;
         return h;
     }
+    const int64_t lowest = BinIndex(timeOf(0), binMs);
+    const int64_t highest = BinIndex(timeOf(values.size() - 2), binMs);
     std::vector<double> lengths(std::size_t(highest - lowest + 1), 0.0);
     for (std::size_t i = 0; i + 1 < values.size(); ++i)
         lengths[std::size_t(BinIndex(timeOf(i), binMs) - lowest)] += std::fabs(values[i + 1] - values[i]);

@@ -152,6 +152,22 @@ TEST_F(HrvWindowTest, GeometricPanesAndMeasures) {
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
 }
 
+// The stored bounds (10 to 100 ms) are no preset's; choosing "Human" sets
+// the bounds it names as well as its bands.
+TEST_F(HrvWindowTest, SpectrumPresetSetsTheBoundsItNames) {
+    hrv::SpectrumWindow w(ws, dialogs);
+    w.show();
+    auto* label = w.findChild<QLabel*>("lbPresetInForce");
+    EXPECT_EQ(label->text(), "In force: Custom");
+    auto* preset = w.findChild<QComboBox*>("cbSpectrumPreset");
+    preset->setCurrentIndex(0);
+    emit preset->activated(0);
+    EXPECT_EQ(w.findChild<QComboBox*>("cbRRUBound")->currentText(), "2000");
+    EXPECT_EQ(w.findChild<QComboBox*>("cbRRLBound")->currentText(), "300");
+    EXPECT_EQ(label->text(), "In force: Human");
+    Snap(w, "spectrum_human_preset");
+}
+
 TEST_F(HrvWindowTest, SpectrumBandsTableAndExport) {
     IniFile ini;
     ini.Set("HRV", "RRUBound", "2000");

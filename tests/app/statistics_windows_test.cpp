@@ -11,6 +11,7 @@
 #include <QTableView>
 #include <QTableWidget>
 
+#include <limits>
 #include <numeric>
 #include <qcustomplot.h>
 
@@ -296,6 +297,25 @@ TEST_F(StatisticsGuiTest, MenusCarryTheirCaptionsAndColumnStatisticsOpens) {
     EXPECT_EQ(GridCell(*w->Grid(), "Average", 1), "2.500");
     EXPECT_EQ(GridCell(*w->Grid(), "Median", 2), "3.000");
     w->grab().save(Screen("column_statistics"));
+}
+
+// A half-width that was not measured is left out of the test, and the
+// grid's last row says how many.
+TEST_F(StatisticsGuiTest, ValuesThatWereNotMeasuredAreLeftOutAndCounted) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    SetArrays({1.5f, 2, nan, 2.5f, 3}, {1.5f, 2, nan, 2.5f, 3});
+    Trigger("menu_ttest_EqualVar");
+    DataAnalysisWindow* w = Analysis();
+    ASSERT_NE(w, nullptr);
+    ASSERT_TRUE(w->RunTest());
+    const QTableWidget& grid = *w->ResultGrid();
+    EXPECT_EQ(GridCell(grid, "t Stat"), "0.000000");
+    EXPECT_EQ(GridCell(grid, "P value: two-tail"), "1.00000000");
+    ASSERT_NE(grid.item(grid.rowCount() - 1, 0), nullptr);
+    EXPECT_EQ(grid.item(grid.rowCount() - 1, 0)->text(), "2 values that were not measured were left out");
+    w->resize(900, 600);
+    w->grab().save(Screen("ttest_not_measured"));
+
 }
 
 // The noise histogram reads the two cursors of the trace: without them it

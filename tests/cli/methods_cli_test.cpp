@@ -91,7 +91,8 @@ TEST(VessMethods, CheckReportsRecallPerBinAndTheFalseEventsOfTheNoise) {
     EXPECT_TRUE(j["recall_90_amplitude"].is_number());
     EXPECT_GT(double(j["recall_90_amplitude"]), sd);
     EXPECT_LE(int(j["inverted_detections"]), 3);
-    EXPECT_NEAR(double(j["false_per_minute"]), int(j["inverted_detections"]) * 3.0, 0.5);
+    // 20 s of trace is less than the minute a rate per minute needs.
+    EXPECT_TRUE(j["false_per_minute"].is_null());
 }
 
 }  // namespace

@@ -355,6 +355,9 @@ TEST_F(MethodsTest, AccuracyCheckRecallRisesWithAmplitude) {
     EXPECT_LE(r.falsePositives, 10);
     EXPECT_LE(r.invertedDetections, 10);
     EXPECT_NEAR(r.invertedSeconds, r.seconds, 0.5);
+    // 20 s of trace: too little for a rate per minute.
+    ASSERT_LT(r.invertedSeconds, 60);
+    EXPECT_NE(AccuracySummary(r).find("false events per minute not measurable"), std::string::npos);
     const PlotData plot = AccuracyPlot(r);
     ASSERT_EQ(plot.series.size(), 2u);
     EXPECT_EQ(plot.series[0].y.size(), 5u);
@@ -379,8 +382,11 @@ TEST_F(MethodsTest, AccuracyCheckSetsTheRecordingsOwnEventsApart) {
     const AccuracyReport r = CheckAccuracy(ws, o);
     ASSERT_TRUE(r.ok) << r.problem;
     EXPECT_EQ(r.originalEvents, 40);
-    EXPECT_GE(r.found, 95);
-    EXPECT_LE(r.found, 100);
+    // Added events that land on the recording's own are left out of recall,
+    // so recall is that of the events the check can tell apart.
+    EXPECT_EQ(r.added + r.collided, 100);
+    EXPECT_GE(r.found, r.added - 3);
+    EXPECT_LE(r.found, r.added);
     EXPECT_LE(r.falsePositives, 3);
     // The turned events' decays fall inside the parts left out.
     EXPECT_LT(r.invertedSeconds, r.seconds - 0.5 * 40 * 0.02);

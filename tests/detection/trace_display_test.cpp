@@ -143,6 +143,8 @@ TEST(AxisTicks, LabelsCarryTheDecimalsOfTheirStep) {
     EXPECT_EQ(TickLabel(1.5, 0.5), "1.5");
     EXPECT_EQ(TickLabel(100, 20), "100");
     EXPECT_EQ(TickLabel(-1e-12, 0.02), "0.00");
+    // A unit scaled so that a count is 1e-11: labels keep their digits.
+    EXPECT_EQ(TickLabel(3e-11, 1e-11), "3e-11");
     EXPECT_EQ(NiceStep(51.2, 8), 10);
     EXPECT_EQ(NiceStep(0, 8), 1);
 }

@@ -60,6 +60,33 @@ TEST(MeasureTrace, LevelsRiseHalfWidthDecayAndArea) {
     EXPECT_NEAR(m.areaUnitsMs, -10 * (1 - std::exp(-350 / 40.0)) / (1 - std::exp(-1 / 40.0)), 0.05);
 }
 
+// An average aligned on its peak: baseline 100 for 30 points, a linear rise
+// over 20 points to 100 - 1000 at point 50, then a decay too slow (tau 4000
+// points) to fall back to half amplitude within the trace. The baseline is
+// the flat stretch before the rise, not the mean of the whole stretch before
+// the peak (that would be (30 x 100 - 20 x 400) / 50 = -100 and an amplitude
+// of -800); half-width and decay 90-37 % are not measured.
+TEST(MeasureTrace, BaselineBeforeTheRiseAndLevelsNeverReached) {
+    TraceSet set = DecaySet();
+    for (int j = 0; j < 400; ++j) {
+        const double v = j < 30   ? 100
+                         : j < 50 ? 100 - 1000 * (j - 29) / 21.0
+                                  : 100 - 1000 * std::exp(-(j - 50) / 4000.0);
+        set.points[std::size_t(j)] = set.points[std::size_t(400 + j)] = int16_t(std::nearbyint(v));
+    }
+    FitSettings f;
+    f.model = {1, true};
+    const TraceFit fit = FitTrace(set, 1, -1, 3, Scale(), f);
+    // The foot of the rise below its 10 % point (point 30, 52 counts) is
+    // still averaged in: 98 of 100.
+    EXPECT_NEAR(fit.measured.baseline, 100, 2);
+    EXPECT_NEAR(fit.measured.amplitude, -1000, 2);
+    EXPECT_TRUE(std::isnan(fit.values.halfWidth));
+    EXPECT_TRUE(std::isnan(fit.values.decay9037));
+    EXPECT_NE(fit.report.find("Half-width : not measured  Decay90-37% : not measured"), std::string::npos)
+        << fit.report;
+}
+
 TEST(FitTrace, RecoversTheDecayAndFillsTheRowAndReport) {
     const TraceSet set = DecaySet();
     FitSettings f;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <fstream>
 
+#include "group_analysis/decay_fit.h"
 #include "group_analysis/trace_set.h"
 #include "recording/abf_writer.h"
 #include "support/test_recording.h"
@@ -230,6 +231,39 @@ TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSum) {
         for (int64_t peak : peaks) sum += rec->Sample(peak - 240 + j);
         ASSERT_EQ(set.Row(0)[std::size_t(j)], int16_t(std::nearbyint(double(sum) / 40))) << j;
     }
+}
+
+// The average's baseline is the level before the rise: in the simulated
+// set each event rises over the 80 points (2 ms) before its peak, so the
+// flat stretch is the first 160 of the 240 points before the peak. Its mean,
+// summed here by hand, is the baseline; the mean of all 240 points (the
+// rising phase included) is not.
+TEST(RealRecording, AverageBaselineIsTheLevelBeforeTheRise) {
+    VESS_REQUIRE_SHARED_DATA();
+    const auto dir = test::SharedData() / "events" / "Sim1";
+    AbfError error{};
+    auto rec = Recording::Open(dir / "Simulation.abf", &error);
+    ASSERT_TRUE(rec);
+    std::ifstream times(dir / "EventTimes.txt");
+    EventTable events;
+    for (double t = 0; times >> t;) {
+        EventRecord e;
+        e.group = 1;
+        e.time = float(double(std::llround(t * 40000) - 1 + 80) * 0.025);
+        events.Append(e);
+    }
+    const TraceSet set = BuildGroupTraceSet(*rec, events, AnalysisParameters{}, {.blocks = 2});
+    const auto row = set.Row(0);
+    const auto mean = [&](int n) {
+        double sum = 0;
+        for (int j = 0; j < n; ++j) sum += row[std::size_t(j)];
+        return sum / n;
+    };
+    const group::TraceMeasurements m = group::MeasureTrace(row, set.prePoints, -1, group::RiseRange::R1090,
+                                                           group::UnitScale::Of(*rec));
+    const double tolerance = 0.03 * std::abs(m.amplitude);
+    EXPECT_NEAR(m.baseline, mean(160), tolerance);
+    EXPECT_GT(std::abs(mean(240) - mean(160)), 2 * tolerance);  // the whole stretch would be off
 }
 
 // An episodic recording of 6 sweeps of 60000 points on each of 2 channels.

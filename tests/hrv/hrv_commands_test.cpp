@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "hrv/hrv_options.h"
+#include "hrv/rr_intervals.h"
 #include "hrv/scans.h"
 #include "hrv/tachogram.h"
 #include "hrv/texts.h"
@@ -128,6 +129,33 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMs) {
     const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
     EXPECT_EQ(std::vector<uint8_t>(tpl->begin() + 4, tpl->begin() + 8),
               std::vector<uint8_t>(rec->HeaderBytes().begin() + 4, rec->HeaderBytes().begin() + 8));
+}
+
+// Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
+TEST(Tachogram, AbfScaleFitsTheLongestInterval) {
+    test::TempDir dir;
+    ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
+    const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
+    const std::vector<double> rr{800, 5000, 40000};
+    EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 3276.7}), 10);
+    EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 5000}), 1);
+    const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, "long");
+    ASSERT_EQ(WriteFileAtomic(dir / "long.abf", abf.bytes), "");
+    AbfError error = AbfError::None;
+    auto rec = Recording::Open(dir / "long.abf", &error);
+    ASSERT_TRUE(rec);
+    for (int i = 0; i < 3; ++i) EXPECT_NEAR(rec->Bit2pA(rec->Sample(i)), rr[std::size_t(i)], 5) << i;  // 10 ms a count
+}
+
+// Rejected beats are no beats; the sample index gives the exact time.
+TEST(Beats, RejectedLeftOutExactTimesFromTheSampleIndex) {
+    Workspace ws = BeatsAt({7200000.0f, 7200000.5f, 7200001.0f});
+    ws.events[2].group = uint8_t(kGroupRejected);
+    ws.events[3].sampleIndex = 144'000'021;  // 50 us samples: 7200001.05 ms
+    const std::vector<double> beats = BeatTimesMs(ws.events, 50);
+    ASSERT_EQ(beats.size(), 2u);
+    EXPECT_EQ(beats[0], 7200000.0);  // no sample index: the stored time
+    EXPECT_DOUBLE_EQ(beats[1], 7200001.05);
 }
 
 TEST(Tachogram, MissingTemplateStopsBeforeAnything) {

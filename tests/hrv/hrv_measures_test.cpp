@@ -55,15 +55,33 @@ TEST(TimeDomain, BoundsLeaveOutIntervalsAndTheDeltasFormedWithThem) {
     EXPECT_EQ(r.nRR, 4);
     EXPECT_EQ(r.nDRR, 2);
     // The stored defaults (10 to 100 ms) suit rodents: a human series is all left out.
-    r = AnalyseBeats(beats, 3200, 3200, HrvOptions{}).timeDomain;
-    EXPECT_EQ(r.nRR, 0);
-    EXPECT_EQ(r.nDRR, 0);
-    EXPECT_EQ(r.MRR, 0);
+    const HrvAnalysis rodent = AnalyseBeats(beats, 3200, 3200, HrvOptions{});
+    EXPECT_EQ(rodent.rr.outsideBounds, 3u);  // counted for the message that names the bounds
+    EXPECT_EQ(rodent.timeDomain.nRR, 0);
+    EXPECT_EQ(rodent.timeDomain.nDRR, 0);
+    EXPECT_TRUE(std::isnan(rodent.timeDomain.MRR));  // not measured, never 0
 }
 
 // Segments of 1000 ms over a 4500 ms recording: five, the last incomplete.
 // Intervals end at 800 (segment 1), 1600 (2), 3200 (4), 4400 and 4450 (5,
 // RR 1200 and 50); segment 3 holds none.
+// Undefined measures are not measured (blank), never 0, and a beat whose time
+// was not measured costs its two intervals, not every measure.
+TEST(TimeDomain, NotMeasuredValuesAreBlankAndLeftOut) {
+    const TimeDomainResult one = AnalyseBeats(std::vector<double>{0, 800}, 800, 800, WideOpen()).timeDomain;
+    EXPECT_EQ(one.nRR, 1);
+    for (double v : {one.SDRR, one.CVPercent, one.MdRR, one.rMSSD, one.pNN}) EXPECT_TRUE(std::isnan(v));
+    EXPECT_EQ(FormatMeasure(3, one.CVPercent), "");
+    EXPECT_EQ(FormatMeasure(1, one.MRR), "800.000");
+
+    const std::vector<double> beats{0, 800, std::nan(""), 2400, 3200, 4000};
+    const HrvAnalysis a = AnalyseBeats(beats, 4000, 4000, WideOpen());
+    EXPECT_EQ(a.rr.notMeasured, 2u);
+    EXPECT_EQ(a.timeDomain.nRR, 3);
+    EXPECT_DOUBLE_EQ(a.timeDomain.MRR, 800);
+    EXPECT_DOUBLE_EQ(a.timeDomain.rMSSD, 0);  // 2400-3200-4000: one delta of 0
+}
+
 TEST(TimeDomain, SegmentsWithEmptyAndLastOptions) {
     const std::vector<double> beats{0, 800, 1600, 3200, 4400, 4450};
     HrvOptions o = WideOpen();
@@ -74,7 +92,10 @@ TEST(TimeDomain, SegmentsWithEmptyAndLastOptions) {
     EXPECT_EQ(r.segments[3].count, 2);
     EXPECT_DOUBLE_EQ(r.segments[3].meanMs, 625);
     EXPECT_NEAR(r.segments[3].sdMs, std::sqrt(2 * 575.0 * 575.0), 1e-9);
-    EXPECT_EQ(r.segments[0].sdMs, 0);  // one interval: no spread
+    // One interval has no standard deviation: not measured, and left out of
+    // MSDNN rather than pulling it to 0.
+    EXPECT_TRUE(std::isnan(r.segments[0].sdMs));
+    EXPECT_NEAR(r.MSDNN, r.segments[3].sdMs, 1e-12);
     EXPECT_NEAR(r.MANN, (800 + 800 + 1600 + 625) / 4.0, 1e-12);
     o.includeZeroSegments = true;
     r = AnalyseBeats(beats, 4500, 1000, o).timeDomain;

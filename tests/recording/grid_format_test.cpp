@@ -24,6 +24,8 @@ TEST(GridFormat, DecimalsShowOneStepOfTheUnit) {
     EXPECT_EQ(FormatGridCell(CellValue(int16_t(-7)), 2), "-7");
     EXPECT_EQ(FormatGridCell(CellValue(uint8_t(255)), 3), "255");
     EXPECT_EQ(FormatGridCell(CellValue(std::nanf("")), 2), "");
+    // No nonzero value reads as zero: a count of 1e-11 units keeps its digits.
+    EXPECT_EQ(FormatGridCell(CellValue(-2.5e-11f), 6), "-2.5e-11");
 }
 
 // Without a recording converted columns hold raw counts and points.

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "recording/event_grid.h"
 #include "recording/scripted_dialogs.h"
 #include "statistics/array_fill.h"
 #include "statistics/math_operation.h"
@@ -38,7 +39,7 @@ TEST_F(ArrayFillTest, AppendingToAClearedArrayKeepsTheLeadingZero) {
     const auto v = Values(ws.array1);
     ASSERT_EQ(v.size(), 6u);
     EXPECT_EQ(v[0], 0.0f);
-    EXPECT_EQ(v[1], ws.recording->Bit2pA(-2));
+    EXPECT_EQ(v[1], ws.recording->Bit2pA2(-2));
     const auto& t = dialogs.Transcript();
     ASSERT_EQ(t.size(), 3u);
     EXPECT_EQ(t[0].caption, "Append data or clear Data before adding");
@@ -54,21 +55,26 @@ TEST_F(ArrayFillTest, ClearingFirstGivesExactlyTheGroupInTableOrder) {
     dialogs.AnswerYesNo(true).AnswerInput("1");
     ASSERT_TRUE(PutEventDataCommand(ws, dialogs, 2, ArrayField::Amplitude));
     // Group 1 is events 1, 3, 5 (amplitudes -2, -6, -10 counts).
-    const std::vector<float> expected = {ws.recording->Bit2pA(-2), ws.recording->Bit2pA(-6),
-                                         ws.recording->Bit2pA(-10)};
+    const std::vector<float> expected = {ws.recording->Bit2pA2(-2), ws.recording->Bit2pA2(-6),
+                                         ws.recording->Bit2pA2(-10)};
     EXPECT_EQ(Values(ws.array2), expected);
     EXPECT_EQ(dialogs.Messages().back().caption, "Done Filling Array #2");
     EXPECT_TRUE(ws.array1.Empty());
 }
 
-TEST_F(ArrayFillTest, ConversionsFollowTheFillTable) {
+TEST_F(ArrayFillTest, ConversionsGiveTheGridsValues) {
     const EventRecord& e = ws.events[1];
     const Recording* r = ws.recording.get();
-    // The offset of 3 units tells the two level conversions apart.
+    // The offset of 3 units tells the two level conversions apart: amplitude
+    // and noise are differences, the baseline a level, as the grid shows them.
     ASSERT_NE(r->Bit2pA(100), r->Bit2pA2(100));
-    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Amplitude), r->Bit2pA(e.amplitude));
-    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Noise), r->Bit2pA(e.noise));
-    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Baseline), r->Bit2pA2(e.baseline));
+    const std::pair<ArrayField, EventField> sameAsGrid[] = {
+        {ArrayField::Amplitude, EventField::Amplitude}, {ArrayField::Noise, EventField::Noise},
+        {ArrayField::Baseline, EventField::Baseline}};
+    for (const auto& [field, column] : sameAsGrid)
+        EXPECT_EQ(ArrayFieldValue(r, e, field), std::get<float>(EventCellValue(r, e, 1, int(column) + 1)))
+            << ArrayFieldCaption(field);
+    EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Baseline), r->Bit2pA(e.baseline));
     // 4 points of 50 us are 0.2 ms; 1000 points 50 ms.
     EXPECT_FLOAT_EQ(ArrayFieldValue(r, e, ArrayField::RiseTime), 0.2f);
     EXPECT_FLOAT_EQ(ArrayFieldValue(r, e, ArrayField::RelativeTime), 50.0f);

@@ -149,15 +149,17 @@ TEST(Descriptive, DefinitionsAgainstScipy) {
     EXPECT_EQ(d.maximum, 5.5);
     EXPECT_EQ(Describe(std::vector<double>{3, 1, 2}).median, 2.0);
     EXPECT_TRUE(std::isnan(Describe(std::vector<double>{1, 2, 3}).kurtosis));
-    // A NaN (0/0 from the arithmetic) sorts last instead of upsetting the sort,
-    // and shows in the average and the maximum.
+    // A NaN (0/0 from the arithmetic, a measure not made) is left out and
+    // counted, not carried into the average and the maximum.
     std::vector<double> withNan(200, 1.0);
     withNan[17] = NAN;
     withNan[3] = -5;
     const Descriptive n = Describe(withNan);
     EXPECT_EQ(n.minimum, -5);
-    EXPECT_TRUE(std::isnan(n.maximum));
-    EXPECT_TRUE(std::isnan(n.average));
+    EXPECT_EQ(n.maximum, 1);
+    EXPECT_EQ(n.n, 199);
+    EXPECT_EQ(n.leftOut, 1);
+    EXPECT_DOUBLE_EQ(n.average, (198 - 5) / 199.0);
 }
 
 TEST(DataAnalysis, ChecksBeforeTheTests) {

@@ -13,6 +13,7 @@
 #include "detection/ui/trace_style.h"
 #include "detection/ui/texts.h"
 #include "recording/event_table.h"
+#include "recording/number_text.h"
 #include "recording/rounding.h"
 #include "recording/screen.h"
 #include "recording/settings.h"
@@ -272,7 +273,7 @@ QString TraceView::CursorReadout() const {
     auto part = [&](const char* xl, const char* yl, const std::optional<int64_t>& c) {
         if (!c) return QString(xl) + " -" + yl + " -";
         return QString(xl) + QString::number(screen_->CalculateTime(*c), 'f', 2) + yl +
-               QString::number(rec.Bit2pA(screen_->GetSampleValue(*c)), 'f', 2);
+               QString::fromStdString(FixedOrSignificant(rec.Bit2pA(screen_->GetSampleValue(*c)), 2));
     };
     QString text = part(ui_text::kCursorX1, ui_text::kCursorY1, cursor1_) + "     " +
                    part(ui_text::kCursorX2, ui_text::kCursorY2, cursor2_);

@@ -50,6 +50,10 @@ void PlotWidget::Draw() {
     title_ = new QCPTextElement(canvas_, Q(plot_.title), QFont(font().family(), 10, QFont::Bold));
     canvas_->plotLayout()->insertRow(0);
     canvas_->plotLayout()->addElement(0, 0, title_);
+    if (!plot_.note.empty()) {
+        canvas_->plotLayout()->insertRow(1);
+        canvas_->plotLayout()->addElement(1, 0, new QCPTextElement(canvas_, Q(plot_.note), QFont(font().family(), 8)));
+    }
     canvas_->xAxis->setLabel(Q(plot_.xAxis));
     canvas_->yAxis->setLabel(Q(plot_.yAxis));
     if (plot_.xLog) {

@@ -116,7 +116,12 @@ void GeometricWindow::GeneratePlots() {
     if (ws_.events.Empty() || !EnsureTimeOrder(ws_, dialogs_)) return;
     const HrvOptions o = Options();
     const RecordingSpan span = SpanOf(ws_);
-    HrvAnalysis a = AnalyseBeats(BeatTimesMs(ws_.events), span.lengthMs, o.SegmentMs(span.intervalUs), o);
+    HrvAnalysis a = AnalyseBeats(WorkspaceBeatTimesMs(ws_), span.lengthMs, o.SegmentMs(span.intervalUs), o);
+    if (a.rr.rrMs.empty() && a.rr.outsideBounds > 0) {
+        dialogs_.Message(std::string(texts::kNoIntervalInBoundsCaption),
+                         texts::NoIntervalInBoundsText(a.rr.outsideBounds, o.lowerBoundMs, o.upperBoundMs));
+        return;
+    }
     auto rrPlot = HistogramPlot(a.rr.rrMs, o.rrBinMs, texts::kRRSeries);
     auto deltaPlot = HistogramPlot(a.rr.DeltaMs(), o.deltaRRBinMs, texts::kDeltaRRSeries);
     if (!rrPlot || !deltaPlot) {

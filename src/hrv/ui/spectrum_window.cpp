@@ -94,8 +94,14 @@ SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     g->addWidget(presetInForce_, 5, 2, 1, 3);
     layout->addLayout(g);
     connect(preset_, &QComboBox::activated, this, [this](int index) {
+        // A preset sets everything it names: the interval bounds as well.
+        const HrvOptions b = ApplyPreset(bounds_, index == 1 ? Preset::Mouse : Preset::Human, SpanOf(ws_).intervalUs);
+        SetValue(upper_, b.upperBoundMs);
+        SetValue(lower_, b.lowerBoundMs);
         SetOptions(index == 1 ? MouseSpectrumPreset() : HumanSpectrumPreset());
     });
+    for (QComboBox* c : {upper_, lower_})
+        connect(c, &QComboBox::currentTextChanged, this, &SpectrumWindow::RefreshPreset);
     connect(resample_, &QLineEdit::textChanged, this, &SpectrumWindow::RefreshPreset);
 
     auto* buttons = new QHBoxLayout;
@@ -154,16 +160,26 @@ void SpectrumWindow::SetOptions(const SpectrumOptions& o) {
 
 void SpectrumWindow::RefreshPreset() {
     const SpectrumOptions o = Options();
-    const auto same = [&](const SpectrumOptions& p) { return p.bands == o.bands && p.resampleHz == o.resampleHz; };
-    presetInForce_->setText(same(HumanSpectrumPreset())   ? tr("In force: Human")
-                            : same(MouseSpectrumPreset()) ? tr("In force: Mouse")
-                                                          : tr("In force: Custom"));
+    const double upper = ValueOf(upper_, bounds_.upperBoundMs), lower = ValueOf(lower_, bounds_.lowerBoundMs);
+    const auto same = [&](const SpectrumOptions& p, Preset preset) {
+        const HrvOptions b = ApplyPreset(bounds_, preset, SpanOf(ws_).intervalUs);
+        return p.bands == o.bands && p.resampleHz == o.resampleHz && b.upperBoundMs == upper &&
+               b.lowerBoundMs == lower;
+    };
+    presetInForce_->setText(same(HumanSpectrumPreset(), Preset::Human)   ? tr("In force: Human")
+                            : same(MouseSpectrumPreset(), Preset::Mouse) ? tr("In force: Mouse")
+                                                                         : tr("In force: Custom"));
 }
 
 void SpectrumWindow::Compute() {
     if (ws_.events.Empty() || !EnsureTimeOrder(ws_, dialogs_)) return;
     const double upper = ValueOf(upper_, bounds_.upperBoundMs), lower = ValueOf(lower_, bounds_.lowerBoundMs);
-    const BoundedRR rr = SelectIntervals(BeatTimesMs(ws_.events), lower, upper);
+    const BoundedRR rr = SelectIntervals(WorkspaceBeatTimesMs(ws_), lower, upper);
+    if (rr.rrMs.empty() && rr.outsideBounds > 0) {
+        dialogs_.Message(std::string(texts::kNoIntervalInBoundsCaption),
+                         texts::NoIntervalInBoundsText(rr.outsideBounds, lower, upper));
+        return;
+    }
     const SpectrumOptions o = Options();
     SpectrumResult s = AnalyseSpectrum(rr.endMs, rr.rrMs, o);
     if (!s.error.empty()) {

@@ -12,7 +12,8 @@ void ShowResultTable(QTableWidget& grid, const ResultTable& table) {
     std::size_t columns = table.columns.size();
     for (const ResultRow& r : table.rows) columns = std::max(columns, r.cells.size());
     grid.clear();
-    grid.setRowCount(int(table.rows.size()));
+    grid.clearSpans();
+    grid.setRowCount(int(table.rows.size()) + (table.note.empty() ? 0 : 1));
     grid.setColumnCount(int(columns) + 1);
     QStringList headers{QString()};
     for (std::size_t c = 0; c < columns; ++c)
@@ -30,6 +31,14 @@ void ShowResultTable(QTableWidget& grid, const ResultTable& table) {
             cell->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
             grid.setItem(r, int(c) + 1, cell);
         }
+    }
+    if (!table.note.empty()) {
+        // What was left out stands on its own last row, across the grid.
+        const int last = int(table.rows.size());
+        auto* note = new QTableWidgetItem(QString::fromStdString(table.note));
+        note->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+        grid.setItem(last, 0, note);
+        grid.setSpan(last, 0, 1, grid.columnCount());
     }
     grid.resizeColumnsToContents();
 }
