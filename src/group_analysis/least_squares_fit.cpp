@@ -1,0 +1,397 @@
+#include "group_analysis/least_squares_fit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+#include <numeric>
+
+#include <gsl/gsl_errno.h>
+#include <gsl/gsl_multifit_nlinear.h>
+
+#include "group_analysis/exp_projection.h"
+
+namespace vess::group {
+
+namespace {
+
+// A component collapses below one sampling interval or beyond this many
+// times the fit range.
+constexpr double kLongestTauSpans = 10.0;
+// Two time constants closer than this ratio are one component; an amplitude
+// this many times the size of the data is cancelled by another one.
+constexpr double kSameTauRatio = 1.001, kCancellingAmplitude = 1000.0;
+// Stopping tests of each refinement (GSL's small-step and gradient tests).
+constexpr double kStepTolerance = 1e-12, kGradientTolerance = 0;
+// The search stays within these natural logarithms of the sampling interval
+// (below) and the fit range (above).
+constexpr double kLogTauMargin = 8.0;
+
+// GSL's default handler aborts; every GSL status is checked where it matters.
+void QuietGsl() {
+    static std::once_flag once;
+    std::call_once(once, [] { gsl_set_error_handler_off(); });
+}
+
+double SamplingInterval(std::span<const double> x) {
+    if (x.size() < 2) return 1.0;
+    return std::max((x.back() - x.front()) / double(x.size() - 1), 1e-300);
+}
+
+struct SearchBox {
+    double lo = 0, hi = 0;   // bounds of log tau
+    double Clamp(double v) const { return std::isfinite(v) ? std::clamp(v, lo, hi) : (lo + hi) / 2; }
+};
+
+struct Problem {
+    ExpProjection* projection;
+    SearchBox box;
+    std::vector<double> logTau, residuals;
+};
+
+int ProjectedResiduals(const gsl_vector* theta, void* params, gsl_vector* f) {
+    auto* p = static_cast<Problem*>(params);
+    for (std::size_t k = 0; k < p->logTau.size(); ++k) p->logTau[k] = p->box.Clamp(gsl_vector_get(theta, k));
+    // GSL hands in columns of its Jacobian too, which are strided.
+    p->projection->Residuals(p->logTau, p->residuals);
+    for (std::size_t i = 0; i < f->size; ++i) gsl_vector_set(f, i, p->residuals[i]);
+    return GSL_SUCCESS;
+}
+
+// Combinations of `count` distinct, increasing grid values.
+void GridStarts(const std::vector<double>& grid, int count, std::vector<double>& current,
+                std::size_t from, std::vector<std::vector<double>>& out) {
+    if (int(current.size()) == count) {
+        out.push_back(current);
+        return;
+    }
+    for (std::size_t i = from; i < grid.size(); ++i) {
+        current.push_back(grid[i]);
+        GridStarts(grid, count, current, i + 1, out);
+        current.pop_back();
+    }
+}
+
+// Peeling of the log-decay: the slowest component from a straight line
+// through log |y - offset| over the late part of the range, subtracted, then
+// the next one from the earlier part, and so on.
+std::vector<double> PeeledStart(const ExpModel& model, std::span<const double> x,
+                                std::span<const double> y, const SearchBox& box) {
+    const std::size_t m = x.size(), n = std::size_t(model.exponentials);
+    std::vector<double> z(y.begin(), y.end());
+    if (model.offset) {
+        const std::size_t tail = std::max<std::size_t>(1, m / 10);
+        const double c = std::accumulate(y.end() - long(tail), y.end(), 0.0) / double(tail);
+        for (double& v : z) v -= c;
+    }
+    const double span = x.back() - x.front();
+    std::vector<double> edges = {0.0};
+    for (std::size_t k = 1; k < n; ++k) edges.push_back(span * std::pow(0.2, double(n - k)));
+    edges.push_back(span);
+    std::vector<double> logTau;
+    for (std::size_t seg = n; seg-- > 0;) {
+        double sx = 0, sy = 0, sxx = 0, sxy = 0, count = 0;
+        const double sign = z[std::size_t(std::lower_bound(x.begin(), x.end(), x.front() + edges[seg]) - x.begin())] < 0 ? -1 : 1;
+        for (std::size_t i = 0; i < m; ++i) {
+            const double t = x[i] - x.front();
+            if (t < edges[seg] || t > edges[seg + 1] || z[i] * sign <= 0) continue;
+            const double l = std::log(z[i] * sign);
+            sx += t, sy += l, sxx += t * t, sxy += t * l, count += 1;
+        }
+        const double det = count * sxx - sx * sx;
+        const double slope = count >= 2 && det > 0 ? (count * sxy - sx * sy) / det : 0;
+        const double tau = slope < 0 ? -1 / slope : std::max(edges[seg + 1], SamplingInterval(x)) / 3;
+        const double amplitude = slope < 0 ? sign * std::exp((sy - slope * sx) / count) : 0;
+        for (std::size_t i = 0; i < m; ++i) z[i] -= amplitude * std::exp(-(x[i] - x.front()) / tau);
+        logTau.push_back(box.Clamp(std::log(tau)));
+    }
+    std::sort(logTau.begin(), logTau.end());
+    return logTau;
+}
+
+// The starts of the refinements: the guess, the peeled decay, the geometric
+// series of a fifth of the range, and the best points of a grid over the
+// range's time scale.
+std::vector<std::vector<double>> Starts(const ExpModel& model, const ExpParameters& guess,
+                                        std::span<const double> x, std::span<const double> y,
+                                        const LeastSquaresOptions& o, const SearchBox& box,
+                                        ExpProjection& projection) {
+    const int n = model.exponentials;
+    std::vector<std::vector<double>> starts;
+    if (o.startFromGuess) {
+        std::vector<double> g;
+        for (int k = 0; k < n; ++k)
+            if (guess[std::size_t(2 * k)] > 0) g.push_back(box.Clamp(std::log(guess[std::size_t(2 * k)])));
+        if (int(g.size()) == n) starts.push_back(g);
+    }
+    starts.push_back(PeeledStart(model, x, y, box));
+    const double span = std::max(x.back() - x.front(), SamplingInterval(x));
+    std::vector<double> geometric;
+    for (int k = 0; k < n; ++k) geometric.push_back(box.Clamp(std::log(span / 5 * std::pow(5.0, k))));
+    starts.push_back(geometric);
+
+    const int points = o.gridPoints > 0 ? o.gridPoints : std::array{16, 10, 8}[std::size_t(n - 1)];
+    const double lo = std::log(SamplingInterval(x) / 2), hi = std::log(2 * span);
+    std::vector<double> grid;
+    for (int i = 0; i < points; ++i) grid.push_back(lo + (hi - lo) * i / std::max(points - 1, 1));
+    std::vector<std::vector<double>> candidates;
+    std::vector<double> current;
+    GridStarts(grid, n, current, 0, candidates);
+    std::vector<std::pair<double, std::size_t>> ranked;
+    for (std::size_t i = 0; i < candidates.size(); ++i) ranked.push_back({projection.Rss(candidates[i]), i});
+    const std::size_t keep = std::min(ranked.size(), std::size_t(std::max(o.refinedGridStarts, 0)));
+    std::partial_sort(ranked.begin(), ranked.begin() + long(keep), ranked.end());
+    for (std::size_t i = 0; i < keep; ++i) starts.push_back(candidates[ranked[i].second]);
+    return starts;
+}
+
+struct Refined {
+    std::vector<double> logTau;
+    double rss = HUGE_VAL;
+    int iterations = 0;
+    bool interrupted = false;
+};
+
+// One Levenberg-Marquardt refinement of the projected problem.
+Refined Refine(gsl_multifit_nlinear_workspace* w, gsl_multifit_nlinear_fdf& fdf, Problem& problem,
+               std::vector<double> start, int maxIterations, int firstIteration, int trace,
+               const SimplexCallback& progress) {
+    Refined out;
+    gsl_vector_view x0 = gsl_vector_view_array(start.data(), start.size());
+    if (gsl_multifit_nlinear_init(&x0.vector, &fdf, w) != GSL_SUCCESS) return out;
+    const double points = double(std::max<std::size_t>(1, problem.projection->Points()));
+    for (int it = 0; it < maxIterations; ++it) {
+        const int status = gsl_multifit_nlinear_iterate(w);
+        ++out.iterations;
+        if (status != GSL_SUCCESS) break;
+        int info = 0;
+        if (gsl_multifit_nlinear_test(kStepTolerance, kGradientTolerance, 0.0, &info, w) == GSL_SUCCESS)
+            break;
+        if (progress) {
+            const gsl_vector* f = gsl_multifit_nlinear_residual(w);
+            double rss = 0;
+            for (std::size_t i = 0; i < f->size; ++i) rss += f->data[i] * f->data[i];
+            if (!progress({trace, firstIteration + out.iterations, std::sqrt(rss / points), 0})) {
+                out.interrupted = true;
+                break;
+            }
+        }
+    }
+    const gsl_vector* position = gsl_multifit_nlinear_position(w);
+    for (std::size_t k = 0; k < position->size; ++k) out.logTau.push_back(problem.box.Clamp(gsl_vector_get(position, k)));
+    out.rss = problem.projection->Rss(out.logTau);
+    return out;
+}
+
+
+// The free parameters of the full problem: log tau of each component, its
+// amplitude unless fixed, and the offset.
+struct FullProblem {
+    ExpModel model;
+    ExpParameters fixed;
+    bool fixAmplitudes = false;
+    std::span<const double> x, y;
+    std::vector<int> positions;   // in ExpParameters
+
+    ExpParameters Unpack(const gsl_vector* v) const {
+        ExpParameters p = fixed;
+        for (std::size_t c = 0; c < positions.size(); ++c) {
+            const int at = positions[c];
+            const double value = gsl_vector_get(v, c);
+            p[std::size_t(at)] = at < 6 && at % 2 == 0 ? std::exp(value) : value;
+        }
+        return p;
+    }
+};
+
+int FullResiduals(const gsl_vector* v, void* params, gsl_vector* f) {
+    const auto* p = static_cast<FullProblem*>(params);
+    const ExpParameters q = p->Unpack(v);
+    for (std::size_t i = 0; i < p->x.size(); ++i) gsl_vector_set(f, i, EvaluateModel(p->model, q, p->x[i]) - p->y[i]);
+    return GSL_SUCCESS;
+}
+
+int FullJacobian(const gsl_vector* v, void* params, gsl_matrix* jac) {
+    const auto* p = static_cast<FullProblem*>(params);
+    const ExpParameters q = p->Unpack(v);
+    for (std::size_t i = 0; i < p->x.size(); ++i)
+        for (std::size_t c = 0; c < p->positions.size(); ++c) {
+            const int at = p->positions[c];
+            double d = 1.0;   // the offset
+            if (at < 6) {
+                const double tau = q[std::size_t(at - at % 2)], e = std::exp(-p->x[i] / tau);
+                d = at % 2 ? e : q[std::size_t(at + 1)] * p->x[i] / tau * e;
+            }
+            gsl_matrix_set(jac, i, c, d);
+        }
+    return GSL_SUCCESS;
+}
+
+// Refines the projected optimum on the full problem with the exact Jacobian,
+// which resolves the residuals to the last bits the projection cannot.
+ExpParameters Polish(const ExpModel& model, const ExpParameters& p, bool fixAmplitudes,
+                     std::span<const double> x, std::span<const double> y, int maxIterations) {
+    FullProblem problem{model, p, fixAmplitudes, x, y, {}};
+    for (int k = 0; k < model.exponentials; ++k) {
+        problem.positions.push_back(2 * k);
+        if (!fixAmplitudes) problem.positions.push_back(2 * k + 1);
+    }
+    if (model.offset) problem.positions.push_back(6);
+    const std::size_t np = problem.positions.size();
+    if (x.size() <= np) return p;
+    std::vector<double> start;
+    for (int at : problem.positions) start.push_back(at < 6 && at % 2 == 0 ? std::log(p[std::size_t(at)]) : p[std::size_t(at)]);
+    gsl_multifit_nlinear_fdf fdf{};
+    fdf.f = FullResiduals;
+    fdf.df = FullJacobian;
+    fdf.n = x.size();
+    fdf.p = np;
+    fdf.params = &problem;
+    const gsl_multifit_nlinear_parameters parameters = gsl_multifit_nlinear_default_parameters();
+    gsl_multifit_nlinear_workspace* w = gsl_multifit_nlinear_alloc(gsl_multifit_nlinear_trust, &parameters, x.size(), np);
+    gsl_vector_view x0 = gsl_vector_view_array(start.data(), np);
+    ExpParameters out = p;
+    if (gsl_multifit_nlinear_init(&x0.vector, &fdf, w) == GSL_SUCCESS) {
+        for (int it = 0; it < maxIterations; ++it) {
+            int info = 0;
+            if (gsl_multifit_nlinear_iterate(w) != GSL_SUCCESS ||
+                gsl_multifit_nlinear_test(kStepTolerance, kGradientTolerance, 0.0, &info, w) == GSL_SUCCESS)
+                break;
+        }
+        out = problem.Unpack(gsl_multifit_nlinear_position(w));
+    }
+    gsl_multifit_nlinear_free(w);
+    return out;
+}
+
+}  // namespace
+
+ExpParameters OrderedByTimeConstant(const ExpModel& model, ExpParameters p) {
+    std::vector<std::pair<double, double>> parts;
+    for (int k = 0; k < model.exponentials; ++k) parts.push_back({p[std::size_t(2 * k)], p[std::size_t(2 * k + 1)]});
+    std::stable_sort(parts.begin(), parts.end(), [](auto& a, auto& b) { return a.first < b.first; });
+    for (int k = 0; k < model.exponentials; ++k) {
+        p[std::size_t(2 * k)] = parts[std::size_t(k)].first;
+        p[std::size_t(2 * k + 1)] = parts[std::size_t(k)].second;
+    }
+    return p;
+}
+
+FitStatus AssessFit(const ExpModel& model, const ExpParameters& p, std::span<const double> x,
+                    std::span<const double> y) {
+    for (int j = 0; j < 2 * model.exponentials; ++j)
+        if (!std::isfinite(p[std::size_t(j)]) || (j % 2 == 0 && p[std::size_t(j)] <= 0))
+            return FitStatus::Failed;
+    if (model.offset && !std::isfinite(p[6])) return FitStatus::Failed;
+    if (x.size() < 2 || y.empty()) return FitStatus::Failed;
+    const auto [lo, hi] = std::minmax_element(y.begin(), y.end());
+    const double size = *hi - *lo, span = x.back() - x.front();
+    const ExpParameters q = OrderedByTimeConstant(model, p);
+    for (int k = 0; k < model.exponentials; ++k) {
+        const double tau = q[std::size_t(2 * k)], a = std::fabs(q[std::size_t(2 * k + 1)]);
+        if (tau < SamplingInterval(x) || tau > kLongestTauSpans * span) return FitStatus::TooManyExponentials;
+        if (a == 0 || a > kCancellingAmplitude * size) return FitStatus::TooManyExponentials;
+        if (k > 0 && tau < kSameTauRatio * q[std::size_t(2 * k - 2)]) return FitStatus::TooManyExponentials;
+    }
+    return FitStatus::Optimum;
+}
+
+ExpParameters StandardErrors(const ExpModel& model, const ExpParameters& p, bool fixAmplitudes,
+                             std::span<const double> x, std::span<const double> y) {
+    QuietGsl();
+    ExpParameters se = kNoStandardErrors;
+    std::vector<int> free;   // positions in ExpParameters
+    for (int k = 0; k < model.exponentials; ++k) {
+        free.push_back(2 * k);
+        if (!fixAmplitudes) free.push_back(2 * k + 1);
+    }
+    if (model.offset) free.push_back(6);
+    const std::size_t m = x.size(), np = free.size();
+    if (m <= np) return se;
+    gsl_matrix* jac = gsl_matrix_alloc(m, np);
+    gsl_matrix* covar = gsl_matrix_alloc(np, np);
+    double rss = 0;
+    for (std::size_t i = 0; i < m; ++i) {
+        const double r = y[i] - EvaluateModel(model, p, x[i]);
+        rss += r * r;
+        for (std::size_t c = 0; c < np; ++c) {
+            const int j = free[c];
+            double d = 1.0;   // the offset
+            if (j < 6) {
+                const double tau = p[std::size_t(j - j % 2)], e = std::exp(-x[i] / tau);
+                d = j % 2 ? e : p[std::size_t(j + 1)] * x[i] / (tau * tau) * e;
+            }
+            gsl_matrix_set(jac, i, c, d);
+        }
+    }
+    if (gsl_multifit_nlinear_covar(jac, 0.0, covar) == GSL_SUCCESS) {
+        const double s2 = rss / double(m - np);
+        for (std::size_t c = 0; c < np; ++c) {
+            const double v = gsl_matrix_get(covar, c, c);
+            if (v > 0 && std::isfinite(v)) se[std::size_t(free[c])] = std::sqrt(v * s2);
+        }
+    }
+    gsl_matrix_free(covar);
+    gsl_matrix_free(jac);
+    return se;
+}
+
+ExpFitResult FitExponentialsLeastSquares(const ExpModel& model, const ExpParameters& start,
+                                         std::span<const double> x, std::span<const double> y,
+                                         const LeastSquaresOptions& options,
+                                         const SimplexCallback& progress) {
+    QuietGsl();
+    ExpFitResult result;
+    const std::size_t n = std::size_t(model.exponentials);
+    if (x.size() < 2 || x.size() != y.size() || x.size() <= std::size_t(model.ParameterCount())) {
+        result.status = FitStatus::Failed;
+        return result;
+    }
+    ExpProjection projection(model, x, y, options.fixAmplitudes ? std::optional(start) : std::nullopt);
+    const double span = std::max(x.back() - x.front(), SamplingInterval(x));
+    Problem problem{&projection,
+                    {std::log(SamplingInterval(x)) - kLogTauMargin, std::log(span) + kLogTauMargin},
+                    std::vector<double>(n), std::vector<double>(x.size())};
+    gsl_multifit_nlinear_fdf fdf{};
+    fdf.f = ProjectedResiduals;
+    fdf.n = x.size();
+    fdf.p = n;
+    fdf.params = &problem;
+    const gsl_multifit_nlinear_parameters parameters = gsl_multifit_nlinear_default_parameters();
+    gsl_multifit_nlinear_workspace* w =
+        gsl_multifit_nlinear_alloc(gsl_multifit_nlinear_trust, &parameters, x.size(), n);
+
+    Refined best;
+    for (const auto& s : Starts(model, start, x, y, options, problem.box, projection)) {
+        Refined r = Refine(w, fdf, problem, s, options.maxIterations, result.iterations,
+                           options.trace, progress);
+        result.iterations += r.iterations;
+        ++result.restarts;
+        const bool interrupted = r.interrupted;
+        if (r.rss < best.rss) best = std::move(r);
+        if (interrupted) {
+            result.interrupted = true;
+            break;
+        }
+    }
+    gsl_multifit_nlinear_free(w);
+    if (best.logTau.size() != n) {
+        result.status = FitStatus::Failed;
+        return result;
+    }
+    const ExpParameters projected = projection.Parameters(best.logTau);
+    const bool degenerate = projection.Degenerate();
+    result.parameters = projected;
+    result.quality = MeasureFit(model, projected, x, y);
+    if (!degenerate && !result.interrupted) {
+        const ExpParameters polished = Polish(model, projected, options.fixAmplitudes, x, y, options.maxIterations);
+        const FitQuality q = MeasureFit(model, polished, x, y);
+        if (q.rss < result.quality.rss) result.parameters = polished, result.quality = q;
+    }
+    result.parameters = OrderedByTimeConstant(model, result.parameters);
+    result.status = degenerate ? FitStatus::TooManyExponentials
+                                            : AssessFit(model, result.parameters, x, y);
+    result.standardErrors = StandardErrors(model, result.parameters, options.fixAmplitudes, x, y);
+    return result;
+}
+
+}  // namespace vess::group
