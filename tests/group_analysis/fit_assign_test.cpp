@@ -79,8 +79,11 @@ TEST(FitTrace, RecoversTheDecayAndFillsTheRowAndReport) {
               std::string::npos);
     EXPECT_NE(fit.report.find("Decay90-37% : 3.50ms"), std::string::npos);
     EXPECT_NE(fit.report.find("# of exponentials=1    Fit Range : Peak to End"), std::string::npos);
-    EXPECT_NE(fit.report.find("\r\n" + FitEquation(f.model, fit.fit.parameters) + "\r\nStdev:"),
+    EXPECT_NE(fit.report.find("\r\n" + FitEquation(f.model, fit.fit.parameters) +
+                              "\r\nStandard errors: tau1 "),
               std::string::npos);
+    EXPECT_EQ(fit.values.fitStatus, int32_t(FitStatus::Optimum));
+    EXPECT_GT(fit.values.standardErrors[0], 0);
     EXPECT_EQ(FitEquation({2, true}, {4, -100, 25.5, 2.25, 0, 0, 10}),
               "y=(-100.00)*exp(-x/4.00)+(2.25)*exp(-x/25.50)+(10.000)");
     EXPECT_NE(fit.report.find("   Number of Iterations: "), std::string::npos);
