@@ -37,13 +37,20 @@ public:
 
 private:
     void Solve(std::span<const double> logTau);
+    // The linear parameters by an orthogonal factorisation; false when the
+    // columns are dependent.
+    bool SolveOrthogonal();
+    void SolveBySvd();
+    // The linear columns into a (the exponentials unless fixed, the offset).
+    void Fill(double* rows, std::size_t stride, std::size_t expColumns) const;
 
     struct Workspace;
     ExpModel model_;
     std::span<const double> x_, y_;
     std::optional<ExpParameters> fixed_;
     std::size_t linear_ = 0;                 // number of linear parameters
-    std::vector<double> columns_, target_, coefficients_, residuals_;
+    double step_ = 0;                        // the spacing of x when it is even, else 0
+    std::vector<double> columns_, target_, coefficients_, residuals_, q_;
     bool degenerate_ = false;
     std::unique_ptr<Workspace> work_;
 };

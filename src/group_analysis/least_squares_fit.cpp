@@ -25,6 +25,8 @@ constexpr double kStepTolerance = 1e-12, kGradientTolerance = 0;
 // The search stays within these natural logarithms of the sampling interval
 // (below) and the fit range (above).
 constexpr double kLogTauMargin = 8.0;
+// Relative change of a residual sum of squares within rounding.
+constexpr double kRoundingRss = 1e-10;
 
 // GSL's default handler aborts; every GSL status is checked where it matters.
 void QuietGsl() {
@@ -385,7 +387,9 @@ ExpFitResult FitExponentialsLeastSquares(const ExpModel& model, const ExpParamet
     if (!degenerate && !result.interrupted) {
         const ExpParameters polished = Polish(model, projected, options.fixAmplitudes, x, y, options.maxIterations);
         const FitQuality q = MeasureFit(model, polished, x, y);
-        if (q.rss < result.quality.rss) result.parameters = polished, result.quality = q;
+        // The polished parameters are the more exact ones unless they are
+        // worse by more than rounding.
+        if (q.rss <= result.quality.rss * (1 + kRoundingRss)) result.parameters = polished, result.quality = q;
     }
     result.parameters = OrderedByTimeConstant(model, result.parameters);
     result.status = degenerate ? FitStatus::TooManyExponentials
