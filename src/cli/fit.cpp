@@ -55,8 +55,9 @@ std::optional<Trace> ReadTrace(std::istream& in, std::string& error) {
 
 // The trace smoothed over a few points, so that a noise sample is not taken
 // for the peak.
+constexpr int32_t kSmoothHalf = 2;
 std::vector<double> Smoothed(const std::vector<double>& y) {
-    constexpr std::ptrdiff_t kHalf = 2;
+    constexpr std::ptrdiff_t kHalf = kSmoothHalf;
     const auto n = std::ptrdiff_t(y.size());
     std::vector<double> s(y.size());
     for (std::ptrdiff_t i = 0; i < n; ++i) {
@@ -83,8 +84,13 @@ group::PointRange Range(const Trace& t, const std::string& range) {
     if (std::fabs(s.back() - s[0]) >= kEndsAtPeakLevel * std::fabs(s[std::size_t(peak)] - s[0])) {
         peak = 0;
         baseline = s.back();
+    } else {
+        // The peak itself is the raw extreme within the smoothing window.
+        const int32_t around = peak;
+        for (int32_t j = std::max(0, around - kSmoothHalf); j <= std::min(last, around + kSmoothHalf); ++j)
+            if (std::fabs(t.y[std::size_t(j)] - baseline) > std::fabs(t.y[std::size_t(peak)] - baseline)) peak = j;
     }
-    const auto decay = group::FindDecayPoints(s, peak, baseline, s[std::size_t(peak)] - baseline);
+    const auto decay = group::FindDecayPoints(t.y, peak, baseline, t.y[std::size_t(peak)] - baseline);
     if (range == "peak-to-end")
         return group::FitRangePoints(group::FitRange::PeakToEnd, peak, decay, last, 0, 0);
     if (range == "10-90")
@@ -120,7 +126,8 @@ const char* StatusName(group::FitStatus status) {
 
 nlohmann::ordered_json Number(double v) { return std::isfinite(v) ? nlohmann::ordered_json(v) : nullptr; }
 
-void PrintJson(const group::ExpFitResult& r, group::FitMethod method) {
+void PrintJson(const group::ExpFitResult& r, group::FitMethod method, const Trace& trace,
+               const group::PointRange& range) {
     const auto& p = r.parameters;
     const auto& se = r.standardErrors;
     const bool result = group::IsFitResult(r.status);
@@ -133,6 +140,8 @@ void PrintJson(const group::ExpFitResult& r, group::FitMethod method) {
                             {"C", value(se[6])}};
     j["status"] = StatusName(r.status);
     j["method"] = std::string(group::FitMethodName(method));
+    j["range"] = {{"from ms", trace.x[std::size_t(range.from)]}, {"to ms", trace.x[std::size_t(range.to)]},
+                  {"points", range.to - range.from + 1}};
     j["R-Sqr"] = Number(r.quality.rSquared);
     j["Stdev"] = Number(r.quality.stdev);
     j["RSS"] = Number(r.quality.rss);
@@ -251,7 +260,7 @@ void AddFitCommand(CLI::App& app) {
             if (group::AssessFit(model, r.parameters, xs, ys) == group::FitStatus::Failed)
                 r.status = group::FitStatus::Failed;
         }
-        if (o->json) PrintJson(r, method);
+        if (o->json) PrintJson(r, method, *trace, range);
         else PrintText(model, r, *trace, range, xs.size());
         if (!group::IsFitResult(r.status)) {
             std::cerr << "vess fit: " << NoResultText(r.status) << "\n";

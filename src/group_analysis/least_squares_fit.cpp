@@ -18,8 +18,9 @@ namespace {
 // times the fit range.
 constexpr double kLongestTauSpans = 10.0;
 // Two time constants closer than this ratio are one component; an amplitude
-// this many times the size of the data is cancelled by another one.
-constexpr double kSameTauRatio = 1.001, kCancellingAmplitude = 1000.0;
+// below this share of the size of the data is zero, and one this many times
+// the size is cancelled by another one.
+constexpr double kSameTauRatio = 1.001, kZeroAmplitude = 1e-6, kCancellingAmplitude = 1000.0;
 // Stopping tests of each refinement (GSL's small-step and gradient tests).
 constexpr double kStepTolerance = 1e-12, kGradientTolerance = 0;
 // The search stays within these natural logarithms of the sampling interval
@@ -291,7 +292,7 @@ FitStatus AssessFit(const ExpModel& model, const ExpParameters& p, std::span<con
     for (int k = 0; k < model.exponentials; ++k) {
         const double tau = q[std::size_t(2 * k)], a = std::fabs(q[std::size_t(2 * k + 1)]);
         if (tau < SamplingInterval(x) || tau > kLongestTauSpans * span) return FitStatus::TooManyExponentials;
-        if (a == 0 || a > kCancellingAmplitude * size) return FitStatus::TooManyExponentials;
+        if (a <= kZeroAmplitude * size || a > kCancellingAmplitude * size) return FitStatus::TooManyExponentials;
         if (k > 0 && tau < kSameTauRatio * q[std::size_t(2 * k - 2)]) return FitStatus::TooManyExponentials;
     }
     return FitStatus::Optimum;
@@ -362,18 +363,25 @@ ExpFitResult FitExponentialsLeastSquares(const ExpModel& model, const ExpParamet
     gsl_multifit_nlinear_workspace* w =
         gsl_multifit_nlinear_alloc(gsl_multifit_nlinear_trust, &parameters, x.size(), n);
 
-    Refined best;
-    for (const auto& s : Starts(model, start, x, y, options, problem.box, projection)) {
-        Refined r = Refine(w, fdf, problem, s, options.maxIterations, result.iterations,
-                           options.trace, progress);
+    // Every start is probed with a few iterations; the best probes are then
+    // refined to convergence.
+    std::vector<Refined> probes;
+    auto run = [&](const std::vector<double>& from, int iterations) {
+        Refined r = Refine(w, fdf, problem, from, iterations, result.iterations, options.trace, progress);
         result.iterations += r.iterations;
+        result.interrupted = result.interrupted || r.interrupted;
+        return r;
+    };
+    for (const auto& s : Starts(model, start, x, y, options, problem.box, projection)) {
+        probes.push_back(run(s, std::min(options.probeIterations, options.maxIterations)));
         ++result.restarts;
-        const bool interrupted = r.interrupted;
+        if (result.interrupted) break;
+    }
+    std::sort(probes.begin(), probes.end(), [](const Refined& a, const Refined& b) { return a.rss < b.rss; });
+    Refined best = probes.empty() ? Refined{} : probes.front();
+    for (std::size_t i = 0; i < probes.size() && i < std::size_t(options.finalists) && !result.interrupted; ++i) {
+        Refined r = run(probes[i].logTau, options.maxIterations);
         if (r.rss < best.rss) best = std::move(r);
-        if (interrupted) {
-            result.interrupted = true;
-            break;
-        }
     }
     gsl_multifit_nlinear_free(w);
     if (best.logTau.size() != n) {

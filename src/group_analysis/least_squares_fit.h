@@ -19,7 +19,11 @@ struct LeastSquaresOptions {
     // Starts from the trace: points per time-constant axis of the grid (0 for
     // the default of the model) and how many of its best points are refined.
     int gridPoints = 0;
-    int refinedGridStarts = 3;
+    int refinedGridStarts = 8;
+    // Every start is probed with this many iterations; the best `finalists`
+    // probes are refined to convergence.
+    int probeIterations = 8;
+    int finalists = 2;
     // The starting values count as one more start.
     bool startFromGuess = true;
 };
