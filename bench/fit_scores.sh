@@ -24,7 +24,7 @@ for abf in "$data"/abf1/*.abf "$data"/abf2/*.abf; do
     "$build/vess" average "$tmp/$name.EVT" --group 0 --blocks "$blocks" --baseline \
       --csv "$tmp/avg.csv" >/dev/null 2>&1 || continue
     range=$({ "$build/vess" fit "$tmp/avg.csv" --exp 1 --json 2>/dev/null || true; } |
-      python3 -c 'import json,sys; r=json.load(sys.stdin)["range"]; print(f"{r["from ms"]}:{r["to ms"]}")') || continue
+      python3 -c 'import json,sys; r=json.load(sys.stdin)["range"]; print("%r:%r" % (r["from ms"], r["to ms"]))') || continue
     read -r _ p c < <("$build/bench/vess_fit_score" csv "$tmp/avg.csv" "$range" | tail -1)
     echo "$name blocks $blocks range $range: $p of $c"
     passed=$((passed + p)) cases=$((cases + c))
