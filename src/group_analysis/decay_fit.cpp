@@ -187,9 +187,9 @@ TraceFit FitTrace(const TraceSet& set, int32_t t, int peakDirection, int group,
     v.halfWidth = out.measured.halfWidthMs;
     v.decay9037 = out.measured.decay9037Ms;
     // A collapsed or failed fit leaves its parameters out of the results.
-    const double kept = IsFitResult(out.fit.status) ? 1.0 : ResultValues::kNaN;
+    const double kept = IsFitResult(out.fit.status) ? 1.0 : kNotMeasured;
     // Components beyond the model's are not measured either.
-    auto component = [&](int k, std::size_t at) { return k < settings.model.exponentials ? kept * p[at] : ResultValues::kNaN; };
+    auto component = [&](int k, std::size_t at) { return k < settings.model.exponentials ? kept * p[at] : kNotMeasured; };
     v.tau1 = component(0, 0), v.a1 = component(0, 1), v.tau2 = component(1, 2), v.a2 = component(1, 3);
     v.tau3 = component(2, 4), v.a3 = component(2, 5), v.offset = kept * p[6];
     for (std::size_t j = 0; j < v.standardErrors.size(); ++j) v.standardErrors[j] = kept * out.fit.standardErrors[j];

@@ -102,7 +102,7 @@ ResultValues ReadResultRow(const ResultBytes& row) {
         values.fitStatus = le::Get<int32_t>(bytes, o::kFitStatus);
         for (std::size_t k = 0; k < values.standardErrors.size(); ++k)
             values.standardErrors[k] = values.fitStatus ? le::Get<float>(bytes, o::kStandardErrors + 4 * k)
-                                                        : ResultValues::kNaN;
+                                                        : kNotMeasured;
     } else {
         ForEachFluctuation(values, [&](std::size_t at, double& v) { v = le::Get<double>(bytes, at); });
     }
@@ -144,7 +144,7 @@ std::vector<ResultColumn> ResultColumns(ResultKind kind) {
 double ResultCell(const ResultBytes& row, const ResultColumn& column) {
     const std::span<const uint8_t> bytes(row);
     if (!column.standardError) return le::Get<double>(bytes, column.offset);
-    return le::Get<int32_t>(bytes, o::kFitStatus) ? le::Get<float>(bytes, column.offset) : ResultValues::kNaN;
+    return le::Get<int32_t>(bytes, o::kFitStatus) ? le::Get<float>(bytes, column.offset) : kNotMeasured;
 }
 
 }  // namespace vess::group

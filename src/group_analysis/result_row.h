@@ -8,10 +8,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <string_view>
 #include <vector>
 
+#include "group_analysis/not_measured.h"
 #include "recording/results_table.h"
 
 namespace vess::group {
@@ -54,10 +54,9 @@ struct ResultValues {
     // Decay fits: standard errors of tau1, A1, tau2, A2, tau3, A3 and the
     // offset (not measured: NaN), and the FitStatus of the fit (0 for rows
     // of fits that were not assessed).
-    std::array<double, 7> standardErrors = {kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN};
+    std::array<double, 7> standardErrors = {kNotMeasured, kNotMeasured, kNotMeasured, kNotMeasured,
+                                            kNotMeasured, kNotMeasured, kNotMeasured};
     int32_t fitStatus = 0;
-
-    static constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 };
 // Rows are equal when they write the same bytes (not-measured values alike).
 bool operator==(const ResultValues& a, const ResultValues& b);

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <algorithm>
-#include <cmath>
 #include <charconv>
 
 #include <fmt/format.h>
@@ -43,13 +42,6 @@ std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& 
     return v;
 }
 
-// The measured values of a column (blank cells left out).
-std::vector<double> MeasuredColumnValues(const ResultsTable& table, const ResultColumn& column) {
-    std::vector<double> v = ColumnValues(table, column);
-    std::erase_if(v, [](double x) { return !std::isfinite(x); });
-    return v;
-}
-
 std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values, const std::string& name,
                                                bool cumulative, Dialogs& dialogs) {
     if (values.empty()) return std::nullopt;
@@ -72,7 +64,7 @@ std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values
 
 std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
                                                bool cumulative, Dialogs& dialogs) {
-    return ValuesHistogramCommand(MeasuredColumnValues(table, column), Str(column.title), cumulative, dialogs);
+    return ValuesHistogramCommand(ColumnValues(table, column), Str(column.title), cumulative, dialogs);
 }
 
 std::optional<PlotData> DataArrayHistogramCommand(const DataArray& array, int arrayNumber, Dialogs& dialogs) {
@@ -126,7 +118,7 @@ PlotData VarianceMeanPlot(const FluctuationResult& r, const std::string& units) 
 std::vector<ColumnStatistics> ResultColumnStatistics(const ResultsTable& table) {
     std::vector<ColumnStatistics> out;
     for (const ResultColumn& c : ResultColumns(LastKind(table))) {
-        const auto v = MeasuredColumnValues(table, c);
+        const auto v = ColumnValues(table, c);
         out.push_back({Str(c.title), Describe(v)});
     }
     return out;

@@ -6,9 +6,10 @@
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <span>
 #include <vector>
+
+#include "group_analysis/not_measured.h"
 
 namespace vess::group {
 
@@ -62,7 +63,6 @@ struct FitQuality {
 // exponentials than the data hold.
 enum class FitStatus : int32_t { NotAssessed = 0, Optimum = 1, TooManyExponentials = 2, Failed = 3 };
 
-inline constexpr double kNotMeasured = std::numeric_limits<double>::quiet_NaN();
 inline constexpr ExpParameters kNoStandardErrors = {kNotMeasured, kNotMeasured, kNotMeasured,
                                                     kNotMeasured, kNotMeasured, kNotMeasured,
                                                     kNotMeasured};

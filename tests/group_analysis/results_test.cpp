@@ -30,7 +30,7 @@ ResultValues Values(double tau1, int trace = 0) {
     v.a1 = -40.5;
     v.tau2 = 25.125;
     v.rSquared = 0.9975;
-    v.standardErrors = {0.25, 1.5, 0.125, ResultValues::kNaN, ResultValues::kNaN, ResultValues::kNaN, 0.5};
+    v.standardErrors = {0.25, 1.5, 0.125, kNotMeasured, kNotMeasured, kNotMeasured, 0.5};
     v.fitStatus = 1;
     return v;
 }
