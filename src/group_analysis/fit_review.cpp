@@ -36,18 +36,24 @@ double NormalQuantile(double percent) {
 }
 
 std::vector<int32_t> TracesToReject(const std::vector<TraceFit>& fits, const RejectCriterion& c) {
+    // The interval comes from the fits that gave a tau1; a fit that gave
+    // none (collapsed or failed) lies outside it.
     double mean = 0, sd = 0;
-    if (c.confidencePercent && fits.size() > 1) {
-        for (const auto& f : fits) mean += f.values.tau1 / double(fits.size());
-        for (const auto& f : fits) sd += (f.values.tau1 - mean) * (f.values.tau1 - mean);
-        sd = std::sqrt(sd / double(fits.size() - 1));
+    std::size_t measured = 0;
+    for (const auto& f : fits) measured += Measured(f.values.tau1);
+    if (c.confidencePercent && measured > 1) {
+        for (const auto& f : fits)
+            if (Measured(f.values.tau1)) mean += f.values.tau1 / double(measured);
+        for (const auto& f : fits)
+            if (Measured(f.values.tau1)) sd += (f.values.tau1 - mean) * (f.values.tau1 - mean);
+        sd = std::sqrt(sd / double(measured - 1));
     }
     const double z = c.confidencePercent ? NormalQuantile(*c.confidencePercent) : 0;
     std::vector<int32_t> out;
     for (const auto& f : fits) {
         const bool poor = c.minRSquared && f.values.rSquared < *c.minRSquared;
-        const bool outside = c.confidencePercent && fits.size() > 1 &&
-                             std::fabs(f.values.tau1 - mean) > z * sd;
+        const bool outside = c.confidencePercent && measured > 1 &&
+                             !(std::fabs(f.values.tau1 - mean) <= z * sd);
         if (poor || outside) out.push_back(f.trace);
     }
     return out;

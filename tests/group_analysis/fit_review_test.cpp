@@ -22,12 +22,14 @@ TEST(AutoReject, ByRSquaredAndByConfidenceInterval) {
     // tau1 of 10, 10, 10, 10, 30: mean 14, SD sqrt(320/4) = 8.94; at 95 %
     // (z = 1.96) the interval is 14 +- 17.5, so 30 stays; at 50 %
     // (z = 0.674) it is 14 +- 6.03 and only 30 falls outside.
+    // Trace 6 is a collapsed fit without tau1: outside any interval, and
+    // left out of its mean and SD.
     const std::vector<TraceFit> fits = {Fit(1, 10, 0.99), Fit(2, 10, 0.80), Fit(3, 10, 0.995),
-                                        Fit(4, 10, 0.97), Fit(5, 30, 0.999)};
+                                        Fit(4, 10, 0.97), Fit(5, 30, 0.999), Fit(6, kNotMeasured, 0.999)};
     EXPECT_NEAR(NormalQuantile(95), 1.959964, 1e-5);
     EXPECT_EQ(TracesToReject(fits, {.minRSquared = 0.98}), (std::vector<int32_t>{2, 4}));
-    EXPECT_TRUE(TracesToReject(fits, {.confidencePercent = 95}).empty());
-    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 50}), std::vector<int32_t>{5});
+    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 95}), std::vector<int32_t>{6});
+    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 50}), (std::vector<int32_t>{5, 6}));
 }
 
 TEST(AutoReject, AskedEventsLeaveTheirGroupUndoably) {
