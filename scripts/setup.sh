@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-svg-dev libqt6svg6 libqcustomplot-dev libqcustomplot2.1-qt6 qt6-qpa-plugins
-  libcli11-dev libfmt-dev nlohmann-json3-dev libfftw3-dev
+  libcli11-dev libfmt-dev nlohmann-json3-dev libfftw3-dev libgsl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
 )
 if [[ "${VESS_WITH_FUZZ:-0}" == 1 ]]; then

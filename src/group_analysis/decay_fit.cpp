@@ -16,6 +16,8 @@ namespace {
 
 constexpr std::array<std::string_view, 4> kRangeNames = {
     texts::kFitRangePeakToEnd, texts::kFitRange1090, texts::kFitRange2080, texts::kFitRangeCustom};
+constexpr std::array<std::string_view, 2> kMethodNames = {texts::kFitMethodLeastSquares,
+                                                          texts::kFitMethodSimplex};
 constexpr std::array<std::string_view, 3> kRiseNames = {texts::kRise1090, texts::kRise2080,
                                                         texts::kRise3070};
 constexpr std::array<std::array<double, 2>, 3> kRiseFractions = {{{0.1, 0.9}, {0.2, 0.8}, {0.3, 0.7}}};
@@ -66,6 +68,13 @@ FitRange FitRangeFromName(std::string_view name) {
     return it == kRangeNames.end() ? FitRange::PeakToEnd : FitRange(it - kRangeNames.begin());
 }
 std::string_view FitRangeName(FitRange range) { return kRangeNames[std::size_t(range)]; }
+FitMethod FitMethodFromName(std::string_view name) {
+    return name == texts::kFitMethodSimplex ? FitMethod::Simplex : FitMethod::LeastSquares;
+}
+std::string_view FitMethodName(FitMethod method) { return kMethodNames[std::size_t(method)]; }
+bool IsFitResult(FitStatus status) {
+    return status == FitStatus::Optimum || status == FitStatus::NotAssessed;
+}
 std::string_view RiseRangeName(RiseRange range) { return kRiseNames[std::size_t(range)]; }
 
 std::array<int32_t, 6> FindDecayPoints(std::span<const double> y, int32_t peak, double baseline,
@@ -173,10 +182,21 @@ TraceFit FitTrace(const TraceSet& set, int32_t t, int peakDirection, int group,
                 size * kShare[std::size_t(settings.model.exponentials - 1)][std::size_t(k)];
         }
     }
-    SimplexOptions options = settings.simplex;
-    options.trace = t;
-    out.fit = FitExponentials(settings.model, start, xs, ys, options, progress);
-    for (double x : xs) out.curve.push_back(EvaluateModel(settings.model, out.fit.parameters, x));
+    if (settings.method == FitMethod::LeastSquares) {
+        out.fit = FitExponentialsLeastSquares(
+            settings.model, start, xs, ys,
+            {.fixAmplitudes = settings.simplex.fixAmplitudes, .trace = t, .startFromGuess = settings.useGuess},
+            progress);
+    } else {
+        SimplexOptions options = settings.simplex;
+        options.trace = t;
+        out.fit = FitExponentials(settings.model, start, xs, ys, options, progress);
+        // The search can wander to time constants below zero: no result.
+        if (AssessFit(settings.model, out.fit.parameters, xs, ys) == FitStatus::Failed)
+            out.fit.status = FitStatus::Failed;
+    }
+    if (IsFitResult(out.fit.status))
+        for (double x : xs) out.curve.push_back(EvaluateModel(settings.model, out.fit.parameters, x));
 
     ResultValues& v = out.values;
     const ExpParameters& p = out.fit.parameters;
@@ -195,8 +215,14 @@ TraceFit FitTrace(const TraceSet& set, int32_t t, int peakDirection, int group,
     v.area = out.measured.areaUnitsMs;
     v.halfWidth = out.measured.halfWidthMs;
     v.decay9037 = out.measured.decay9037Ms;
-    v.tau1 = p[0], v.a1 = p[1], v.tau2 = p[2], v.a2 = p[3], v.tau3 = p[4], v.a3 = p[5];
-    v.offset = p[6];
+    // A collapsed or failed fit leaves its parameters out of the results.
+    const double kept = IsFitResult(out.fit.status) ? 1.0 : kNotMeasured;
+    // Components beyond the model's are not measured either.
+    auto component = [&](int k, std::size_t at) { return k < settings.model.exponentials ? kept * p[at] : kNotMeasured; };
+    v.tau1 = component(0, 0), v.a1 = component(0, 1), v.tau2 = component(1, 2), v.a2 = component(1, 3);
+    v.tau3 = component(2, 4), v.a3 = component(2, 5), v.offset = kept * p[6];
+    for (std::size_t j = 0; j < v.standardErrors.size(); ++j) v.standardErrors[j] = kept * out.fit.standardErrors[j];
+    v.fitStatus = int32_t(out.fit.status);
     v.rSquared = out.fit.quality.rSquared;
     v.stdev = out.fit.quality.stdev;
     v.rss = out.fit.quality.rss;
@@ -223,6 +249,19 @@ std::string FitEquation(const ExpModel& model, const ExpParameters& p) {
     return eq;
 }
 
+std::string StandardErrorLine(const ExpModel& model, const ExpParameters& se) {
+    std::string line;
+    auto add = [&](const std::string& name, double value, const char* unit) {
+        if (std::isfinite(value)) line += fmt::format("{}{} {:.4g}{}", line.empty() ? "" : ", ", name, value, unit);
+    };
+    for (int k = 0; k < model.exponentials; ++k) {
+        add(fmt::format("tau{}", k + 1), se[std::size_t(2 * k)], " ms");
+        add(fmt::format("A{}", k + 1), se[std::size_t(2 * k + 1)], "");
+    }
+    if (model.offset) add("C", se[6], "");
+    return line.empty() ? line : "Standard errors: " + line;
+}
+
 std::string FitReport(const TraceFit& fit, const TraceSet& set, const UnitScale& scale,
                       const FitSettings& settings) {
     const TraceMeasurements& m = fit.measured;
@@ -236,10 +275,17 @@ std::string FitReport(const TraceFit& fit, const TraceSet& set, const UnitScale&
     r += nl + fmt::format("    Area Under Curve : {:.2f}", m.areaUnitsMs);
     r += nl + fmt::format("# of exponentials={}    Fit Range : {}", settings.model.exponentials,
                           FitRangeName(settings.range));
-    r += nl + FitEquation(settings.model, fit.fit.parameters);
+    if (fit.fit.status == FitStatus::TooManyExponentials) r += nl + std::string(texts::kTooManyExponentials);
+    else if (fit.fit.status == FitStatus::Failed) r += nl + std::string(texts::kFitFailed);
+    else r += nl + FitEquation(settings.model, fit.fit.parameters);
+    if (const std::string se = StandardErrorLine(settings.model, fit.fit.standardErrors);
+        !se.empty() && IsFitResult(fit.fit.status))
+        r += nl + se;
     r += nl + fmt::format("Stdev:{:.4f}   Number of Iterations: {}  R-Sqr:{:.4f}",
                           fit.fit.quality.stdev, fit.fit.iterations, fit.fit.quality.rSquared);
-    r += nl + fmt::format("Restarts of the search: {}", fit.fit.restarts);
+    r += nl + (settings.method == FitMethod::Simplex
+                   ? fmt::format("Restarts of the search: {}", fit.fit.restarts)
+                   : fmt::format("Least squares from {} starts", fit.fit.restarts));
     return r;
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "group_analysis/least_squares_fit.h"
 #include "group_analysis/result_row.h"
 #include "group_analysis/simplex.h"
 #include "group_analysis/trace_set.h"
@@ -31,6 +32,11 @@ inline constexpr std::array<double, 6> kDecayFractions = {0.9, 0.8, 0.5, 0.368, 
 enum DecayLevel { kDecay90, kDecay80, kDecay50, kDecay368, kDecay20, kDecay10 };
 enum class RiseRange { R1090, R2080, R3070 };
 enum class FitRange { PeakToEnd, Decay1090, Decay2080, Custom };
+// The least-squares fit, or the simplex search that earlier results were
+// made with.
+enum class FitMethod { LeastSquares, Simplex };
+FitMethod FitMethodFromName(std::string_view name);
+std::string_view FitMethodName(FitMethod method);
 FitRange FitRangeFromName(std::string_view name);
 std::string_view FitRangeName(FitRange range);
 std::string_view RiseRangeName(RiseRange range);
@@ -69,7 +75,8 @@ struct FitSettings {
     RiseRange rise = RiseRange::R1090;
     bool useGuess = false;
     ExpParameters guess{5, 100, 100, 50, 1000, 25, 0};
-    SimplexOptions simplex;
+    FitMethod method = FitMethod::LeastSquares;
+    SimplexOptions simplex;       // the simplex search; fixAmplitudes serves both methods
 };
 
 struct TraceFit {
@@ -85,7 +92,8 @@ struct TraceFit {
 // Fits trace t of the set. Without guesses the starting values come from the
 // trace: the offset from the last point of the range, one time constant of
 // a fifth of the range and then five and twenty-five times longer ones,
-// and the amplitudes sharing the size of the decay.
+// and the amplitudes sharing the size of the decay. The least-squares fit
+// adds its own starts from the trace; the guesses are one more start.
 TraceFit FitTrace(const TraceSet& set, int32_t t, int peakDirection, int group,
                   const UnitScale& scale, const FitSettings& settings,
                   const SimplexCallback& progress = {});
@@ -99,6 +107,11 @@ std::string FitReport(const TraceFit& fit, const TraceSet& set, const UnitScale&
                       const FitSettings& settings);
 // "y=(A1)*exp(-x/tau1)+...[+(C)]".
 std::string FitEquation(const ExpModel& model, const ExpParameters& p);
+// "Standard errors: tau1 0.12 ms, A1 0.53, ..." over the measured ones; empty
+// when none was measured.
+std::string StandardErrorLine(const ExpModel& model, const ExpParameters& se);
+// Whether a fit's parameters are a result (not a failed or collapsed fit).
+bool IsFitResult(FitStatus status);
 // Number formats of the reports.
 std::string FormatThousands(double value);   // "#,##0.00"
 

@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+#include <fmt/format.h>
+#include <gsl/gsl_cdf.h>
+
 #include "group_analysis/texts.h"
 #include "recording/workspace.h"
 
@@ -33,18 +36,24 @@ double NormalQuantile(double percent) {
 }
 
 std::vector<int32_t> TracesToReject(const std::vector<TraceFit>& fits, const RejectCriterion& c) {
+    // The interval comes from the fits that gave a tau1; a fit that gave
+    // none (collapsed or failed) lies outside it.
     double mean = 0, sd = 0;
-    if (c.confidencePercent && fits.size() > 1) {
-        for (const auto& f : fits) mean += f.values.tau1 / double(fits.size());
-        for (const auto& f : fits) sd += (f.values.tau1 - mean) * (f.values.tau1 - mean);
-        sd = std::sqrt(sd / double(fits.size() - 1));
+    std::size_t measured = 0;
+    for (const auto& f : fits) measured += Measured(f.values.tau1);
+    if (c.confidencePercent && measured > 1) {
+        for (const auto& f : fits)
+            if (Measured(f.values.tau1)) mean += f.values.tau1 / double(measured);
+        for (const auto& f : fits)
+            if (Measured(f.values.tau1)) sd += (f.values.tau1 - mean) * (f.values.tau1 - mean);
+        sd = std::sqrt(sd / double(measured - 1));
     }
     const double z = c.confidencePercent ? NormalQuantile(*c.confidencePercent) : 0;
     std::vector<int32_t> out;
     for (const auto& f : fits) {
         const bool poor = c.minRSquared && f.values.rSquared < *c.minRSquared;
-        const bool outside = c.confidencePercent && fits.size() > 1 &&
-                             std::fabs(f.values.tau1 - mean) > z * sd;
+        const bool outside = c.confidencePercent && measured > 1 &&
+                             !(std::fabs(f.values.tau1 - mean) <= z * sd);
         if (poor || outside) out.push_back(f.trace);
     }
     return out;
@@ -62,16 +71,48 @@ int AutoRejectCommand(Workspace& ws, const TraceSet& set, const std::vector<int3
     return int(traces.size());
 }
 
+NestedFitTest CompareNestedFits(const FitQuality& one, int parametersOne, const FitQuality& two,
+                                int parametersTwo, std::size_t points) {
+    NestedFitTest t;
+    const double r1 = one.rSquared, r2 = two.rSquared, n = double(points);
+    t.rSquaredChangePercent = r1 != 0 ? (r2 - r1) / std::fabs(r1) * 100.0 : kNotMeasured;
+    const int extra = parametersTwo - parametersOne, left = int(points) - parametersTwo;
+    if (extra > 0 && left > 0 && two.rss > 0) {
+        t.f = (one.rss - two.rss) / extra / (two.rss / left);
+        t.p = t.f > 0 ? gsl_cdf_fdist_Q(t.f, extra, left) : 1.0;
+    }
+    if (one.rss > 0 && two.rss > 0 && points > 0) {
+        t.aicOne = n * std::log(one.rss / n) + 2 * parametersOne;
+        t.aicTwo = n * std::log(two.rss / n) + 2 * parametersTwo;
+    }
+    return t;
+}
+
+std::string NestedFitTestLine(const NestedFitTest& t) {
+    auto number = [](double v, const char* format) {
+        return std::isfinite(v) ? fmt::format(fmt::runtime(format), v) : std::string("not measured");
+    };
+    return "Change in R-sqr: " + number(t.rSquaredChangePercent, "{:.4f}") + "%   F-test of the second exponential: F " +
+           number(t.f, "{:.4g}") + ", p " + number(t.p, "{:.4g}") + "   AIC: 1 exp " + number(t.aicOne, "{:.2f}") +
+           ", 2 exp " + number(t.aicTwo, "{:.2f}");
+}
+
 Comparison CompareFits(const TraceSet& set, int32_t t, int peakDirection, int group,
                        const UnitScale& scale, FitSettings settings, double criterionPercent,
                        const SimplexCallback& progress) {
     settings.model.exponentials = 1;
     TraceFit one = FitTrace(set, t, peakDirection, group, scale, settings, progress);
+    const int parametersOne = settings.model.ParameterCount() - (settings.simplex.fixAmplitudes ? 1 : 0);
     settings.model.exponentials = 2;
     TraceFit two = FitTrace(set, t, peakDirection, group, scale, settings, progress);
-    const double r1 = one.values.rSquared, r2 = two.values.rSquared;
-    const bool twoWon = r1 != 0 && (r2 - r1) / std::fabs(r1) * 100.0 >= criterionPercent;
-    return {twoWon ? std::move(two) : std::move(one), twoWon};
+    const int parametersTwo = settings.model.ParameterCount() - (settings.simplex.fixAmplitudes ? 2 : 0);
+    const NestedFitTest test = CompareNestedFits(one.fit.quality, parametersOne, two.fit.quality,
+                                                 parametersTwo, std::size_t(std::max(one.to - one.from + 1, 0)));
+    const bool twoWon = IsFitResult(two.fit.status) && std::isfinite(test.rSquaredChangePercent) &&
+                        test.rSquaredChangePercent >= criterionPercent;
+    Comparison c{twoWon ? std::move(two) : std::move(one), twoWon, test};
+    c.chosen.report += "\r\n" + NestedFitTestLine(test);
+    return c;
 }
 
 int RegroupTwoExponentialCommand(Workspace& ws, const TraceSet& set,

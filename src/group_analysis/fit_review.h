@@ -31,12 +31,26 @@ std::vector<int32_t> TracesToReject(const std::vector<TraceFit>& fits, const Rej
 int AutoRejectCommand(Workspace& ws, const TraceSet& set, const std::vector<int32_t>& traces,
                       Dialogs& dialogs);
 
+// The extra-sum-of-squares F-test of the second exponential and Akaike's
+// criterion (least-squares form, n ln(RSS / n) + 2k) of both fits.
+struct NestedFitTest {
+    double rSquaredChangePercent = 0;
+    double f = kNotMeasured, p = kNotMeasured;
+    double aicOne = kNotMeasured, aicTwo = kNotMeasured;
+};
+NestedFitTest CompareNestedFits(const FitQuality& one, int parametersOne, const FitQuality& two,
+                                int parametersTwo, std::size_t points);
+std::string NestedFitTestLine(const NestedFitTest& t);
+
 struct Comparison {
     TraceFit chosen;
     bool twoWon = false;
+    NestedFitTest test;
 };
 // Fits one and two exponentials; the two-exponential fit is kept when its
-// R-sqr exceeds the one-exponential R-sqr by criterionPercent per cent or more.
+// R-sqr exceeds the one-exponential R-sqr by criterionPercent per cent or more
+// and it is a result (not a collapsed fit). The chosen fit's report ends with
+// the F-test and the AIC of the two.
 Comparison CompareFits(const TraceSet& set, int32_t t, int peakDirection, int group,
                        const UnitScale& scale, FitSettings settings, double criterionPercent,
                        const SimplexCallback& progress = {});

@@ -94,6 +94,7 @@ void Bind(Binder& b, GroupAnalysisSettings& s) {
     b.Key(kFitting, "AmperoRise", s.AmperoRise);
     b.Key(kFitting, "Electrons", s.Electrons);
     b.Key(kFitting, "DecayPercent", s.DecayPercent);
+    b.Key(kFitting, "FitMethod", s.Method);
     b.Key(kFitting, "RestartSearch", s.RestartSearch);
     b.Key(kWalk, "Type", s.WalkType);
     b.Key(kWalk, "Edge", s.Edge);

@@ -39,7 +39,8 @@ struct GroupAnalysisSettings {
     std::string AmperoRise = "50-90% Rise";
     std::string Electrons = "2";
     std::string DecayPercent = "90-37%";
-    bool RestartSearch = true;              // "Restart the search until it settles"
+    std::string Method = "Least Squares";   // key FitMethod: "Least Squares" or "Simplex"
+    bool RestartSearch = true;              // "Restart the search until it settles" (simplex)
     // RandomWalk
     std::string WalkType = "Amperometry in Slice";
     std::string Edge = "Diffusing";

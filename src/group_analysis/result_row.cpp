@@ -37,11 +37,18 @@ void ForEachReal(Values& v, F&& f) {
     f(o::kAhpArea, v.ahpArea);
     f(o::kAhpPeak, v.ahpPeak);
     f(o::kDecayPercent, v.decayPercent);
+}
+
+template <class Values, class F>
+void ForEachFluctuation(Values& v, F&& f) {
     f(o::kUnitCurrent, v.unitCurrent);
     f(o::kChannels, v.channels);
     f(o::kOpenProbability, v.openProbability);
     f(o::kBaselineVariance, v.baselineVariance);
 }
+
+constexpr std::array<std::string_view, 7> kStandardErrorTitles = {
+    "SE Tau1", "SE A1", "SE Tau2", "SE A2", "SE Tau3", "SE A3", "SE Offset"};
 
 template <class Values, class F>
 void ForEachInteger(Values& v, F&& f) {
@@ -73,8 +80,17 @@ ResultBytes WriteResultRow(const ResultValues& values) {
     le::Put<int32_t>(bytes, o::kKind, int32_t(values.kind));
     ForEachInteger(values, [&](std::size_t at, int32_t v) { le::Put<int32_t>(bytes, at, v); });
     ForEachReal(values, [&](std::size_t at, double v) { le::Put<double>(bytes, at, v); });
+    if (values.kind == ResultKind::DecayFit) {
+        for (std::size_t k = 0; k < values.standardErrors.size(); ++k)
+            le::Put<float>(bytes, o::kStandardErrors + 4 * k, float(values.standardErrors[k]));
+        le::Put<int32_t>(bytes, o::kFitStatus, values.fitStatus);
+    } else {
+        ForEachFluctuation(values, [&](std::size_t at, double v) { le::Put<double>(bytes, at, v); });
+    }
     return row;
 }
+
+bool operator==(const ResultValues& a, const ResultValues& b) { return WriteResultRow(a) == WriteResultRow(b); }
 
 ResultValues ReadResultRow(const ResultBytes& row) {
     ResultValues values;
@@ -82,17 +98,30 @@ ResultValues ReadResultRow(const ResultBytes& row) {
     values.kind = ResultKind(le::Get<int32_t>(bytes, o::kKind));
     ForEachInteger(values, [&](std::size_t at, int32_t& v) { v = le::Get<int32_t>(bytes, at); });
     ForEachReal(values, [&](std::size_t at, double& v) { v = le::Get<double>(bytes, at); });
+    if (values.kind == ResultKind::DecayFit) {
+        values.fitStatus = le::Get<int32_t>(bytes, o::kFitStatus);
+        for (std::size_t k = 0; k < values.standardErrors.size(); ++k)
+            values.standardErrors[k] = values.fitStatus ? le::Get<float>(bytes, o::kStandardErrors + 4 * k)
+                                                        : kNotMeasured;
+    } else {
+        ForEachFluctuation(values, [&](std::size_t at, double& v) { v = le::Get<double>(bytes, at); });
+    }
     return values;
 }
 
 std::vector<ResultColumn> ResultColumns(ResultKind kind) {
     switch (kind) {
-        case ResultKind::DecayFit:
-            return {{"Amplitude", o::kAmplitude}, {"Time", o::kTime}, {"Baseline", o::kBaseline},
-                    {"Rise", o::kRise}, {"Area", o::kArea}, {"Half-width", o::kHalfWidth},
-                    {"Decay90-37%", o::kDecay9037}, {"Tau1", o::kTau1}, {"A1", o::kA1},
-                    {"Tau2", o::kTau2}, {"A2", o::kA2}, {"Tau3", o::kTau3}, {"A3", o::kA3},
-                    {"Offset", o::kOffset}, {"R-Sqr", o::kRSquared}, {"Stdev", o::kStdev}};
+        case ResultKind::DecayFit: {
+            std::vector<ResultColumn> columns = {
+                {"Amplitude", o::kAmplitude}, {"Time", o::kTime}, {"Baseline", o::kBaseline},
+                {"Rise", o::kRise}, {"Area", o::kArea}, {"Half-width", o::kHalfWidth},
+                {"Decay90-37%", o::kDecay9037}, {"Tau1", o::kTau1}, {"A1", o::kA1},
+                {"Tau2", o::kTau2}, {"A2", o::kA2}, {"Tau3", o::kTau3}, {"A3", o::kA3},
+                {"Offset", o::kOffset}, {"R-Sqr", o::kRSquared}, {"Stdev", o::kStdev}};
+            for (std::size_t k = 0; k < kStandardErrorTitles.size(); ++k)
+                columns.push_back({kStandardErrorTitles[k], o::kStandardErrors + 4 * k, true});
+            return columns;
+        }
         case ResultKind::Fluctuation:
             return {{"Amplitude", o::kAmplitude}, {"i", o::kUnitCurrent}, {"N", o::kChannels},
                     {"Po", o::kOpenProbability}, {"Base Var", o::kBaselineVariance},
@@ -113,7 +142,9 @@ std::vector<ResultColumn> ResultColumns(ResultKind kind) {
 }
 
 double ResultCell(const ResultBytes& row, const ResultColumn& column) {
-    return le::Get<double>(std::span<const uint8_t>(row), column.offset);
+    const std::span<const uint8_t> bytes(row);
+    if (!column.standardError) return le::Get<double>(bytes, column.offset);
+    return le::Get<int32_t>(bytes, o::kFitStatus) ? le::Get<float>(bytes, column.offset) : kNotMeasured;
 }
 
 }  // namespace vess::group

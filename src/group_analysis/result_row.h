@@ -1,6 +1,8 @@
 // What lies where in a 280-byte row of the results table: little-endian
-// fields at fixed offsets, read and written one by one. Bytes 256..279 are
-// kept free for later measurements and stay zero.
+// fields at fixed offsets, read and written one by one. Bytes 224..255 hold
+// the fluctuation measures in fluctuation rows and, in decay-fit rows, the
+// standard errors of the fitted parameters (32-bit floats) and the status of
+// the fit. Bytes 256..279 are kept free for later measurements and stay zero.
 #pragma once
 
 #include <array>
@@ -9,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "group_analysis/not_measured.h"
 #include "recording/results_table.h"
 
 namespace vess::group {
@@ -48,9 +51,15 @@ struct ResultValues {
     double channels = 0;          // N
     double openProbability = 0;   // at the peak
     double baselineVariance = 0;
-
-    bool operator==(const ResultValues&) const = default;
+    // Decay fits: standard errors of tau1, A1, tau2, A2, tau3, A3 and the
+    // offset (not measured: NaN), and the FitStatus of the fit (0 for rows
+    // of fits that were not assessed).
+    std::array<double, 7> standardErrors = {kNotMeasured, kNotMeasured, kNotMeasured, kNotMeasured,
+                                            kNotMeasured, kNotMeasured, kNotMeasured};
+    int32_t fitStatus = 0;
 };
+// Rows are equal when they write the same bytes (not-measured values alike).
+bool operator==(const ResultValues& a, const ResultValues& b);
 
 // Byte offsets in the row.
 namespace result_offsets {
@@ -61,7 +70,7 @@ inline constexpr std::size_t kKind = 0, kTrace = 4, kEventIndex = 8, kGroup = 12
     kOffset = 136, kRSquared = 144, kStdev = 152, kRss = 160, kFitFrom = 168, kFitTo = 176,
     kThreshold = 184, kWidth = 192, kAhpArea = 200, kAhpPeak = 208, kDecayPercent = 216,
     kUnitCurrent = 224, kChannels = 232, kOpenProbability = 240, kBaselineVariance = 248,
-    kFree = 256;
+    kStandardErrors = 224, kFitStatus = 252, kFree = 256;
 static_assert(kFree + 24 == kResultRowBytes);
 }  // namespace result_offsets
 
@@ -72,6 +81,7 @@ ResultValues ReadResultRow(const ResultBytes& row);
 struct ResultColumn {
     std::string_view title;
     std::size_t offset;
+    bool standardError = false;   // a 32-bit float, shown only for assessed fits
 };
 // The columns of the grid for rows of the given kind (the default headings
 // when the table holds no row).

@@ -9,6 +9,8 @@
 #include <span>
 #include <vector>
 
+#include "group_analysis/not_measured.h"
+
 namespace vess::group {
 
 inline constexpr int kMaxParameters = 7;
@@ -55,13 +57,29 @@ struct FitQuality {
     double stdev = 0;     // residual standard deviation, sqrt(rss / points)
 };
 
+// What a fit's parameters are worth. A collapsed component (a time constant
+// below one sampling interval or beyond ten times the fit range, two equal
+// time constants, or an amplitude of zero) means the model has more
+// exponentials than the data hold.
+enum class FitStatus : int32_t { NotAssessed = 0, Optimum = 1, TooManyExponentials = 2, Failed = 3 };
+
+inline constexpr ExpParameters kNoStandardErrors = {kNotMeasured, kNotMeasured, kNotMeasured,
+                                                    kNotMeasured, kNotMeasured, kNotMeasured,
+                                                    kNotMeasured};
+
+// The result of either fit: the simplex search or the least-squares fit.
 struct SimplexResult {
     ExpParameters parameters{};
     FitQuality quality;
     int iterations = 0;        // over the first search and every restart
-    int restarts = 0;
+    int restarts = 0;          // simplex restarts, or refined starts of the least-squares fit
     bool interrupted = false;
+    // Standard errors of the parameters, in the order of `parameters`; not
+    // measured (NaN) for fixed or absent parameters and after a simplex search.
+    ExpParameters standardErrors = kNoStandardErrors;
+    FitStatus status = FitStatus::NotAssessed;
 };
+using ExpFitResult = SimplexResult;
 
 FitQuality MeasureFit(const ExpModel& model, const ExpParameters& p, std::span<const double> x,
                       std::span<const double> y);

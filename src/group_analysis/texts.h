@@ -111,6 +111,12 @@ inline constexpr std::string_view kFitRange2080 = "Decay 20%-80%";
 inline constexpr std::string_view kFitRangeCustom = "Custom Range";
 inline constexpr std::string_view kSetRangeCaption = "Set Range";
 inline constexpr std::string_view kSetRangeText = "Please set the two green cursors for the decay fitting range.";
+inline constexpr std::string_view kFitMethodLeastSquares = "Least Squares";
+inline constexpr std::string_view kFitMethodSimplex = "Simplex";
+inline constexpr std::string_view kTooManyExponentials =
+    "Too many exponentials for the data: a component collapsed (a time constant below one sampling interval, beyond ten times the fit range or equal to another, or an amplitude of zero).  Fit fewer exponentials.";
+inline constexpr std::string_view kFitFailed =
+    "The fit failed: a time constant is not above zero or a value is not finite.  No result is given.";
 inline constexpr std::string_view kRise1090 = "10-90%";
 inline constexpr std::string_view kRise2080 = "20-80%";
 inline constexpr std::string_view kRise3070 = "30-70%";

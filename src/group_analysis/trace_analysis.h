@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "group_analysis/not_measured.h"
 #include "group_analysis/result_row.h"
 #include "group_analysis/trace_set.h"
 #include "graphs/plot_data.h"
@@ -19,10 +20,6 @@
 namespace vess::group {
 
 struct UnitScale;
-
-// A measurement that could not be made: shown blank, left out of statistics.
-inline constexpr double kNotMeasured = std::numeric_limits<double>::quiet_NaN();
-inline bool Measured(double v) { return std::isfinite(v); }
 
 // Samples y[i] at startMs + i * intervalMs (values in the trace's units).
 struct SampledTrace {

@@ -116,6 +116,18 @@ TEST_F(GroupWindowTest, DisplaysNavigatesFitsAndSavesResults) {
     const double tau = group::ReadResultRow(ws.results[1]).tau1;
     EXPECT_GT(tau, 0.5);   // the synthetic events decay with 5 ms
     EXPECT_LT(tau, 20.0);
+    // The least-squares fit by default, with its standard errors; the
+    // restarts belong to the simplex search alone.
+    auto* method = w->findChild<QComboBox*>("FitMethod");
+    auto* restart = w->findChild<QCheckBox*>("RestartSearch");
+    EXPECT_EQ(method->currentText(), "Least Squares");
+    EXPECT_FALSE(restart->isEnabled());
+    EXPECT_TRUE(w->Report()->toPlainText().contains("Standard errors: tau1 "));
+    EXPECT_EQ(w->Grid()->horizontalHeaderItem(16)->text(), "SE Tau1");
+    EXPECT_GT(w->Grid()->item(0, 16)->text().toDouble(), 0);
+    method->setCurrentText("Simplex");
+    EXPECT_TRUE(restart->isEnabled());
+    method->setCurrentText("Least Squares");
     w->resize(1200, 800);
     Shot(w, "group_analysis");
 

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <random>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -112,7 +113,7 @@ TEST(VessFit, WrittenSearchAloneStopsOnItsLineAndRangesAreChosen) {
         for (int i = 0; i < 300; ++i) csv << i * 0.1 << "," << 80 * std::exp(-i * 0.1 / 3) << "\n";
     }
     const std::string file = (dir / "exp.csv").string();
-    const auto single = RunVessCli("fit " + file + " --exp 1 --guess 5,100 --no-restart --json",
+    const auto single = RunVessCli("fit " + file + " --exp 1 --guess 5,100 --method simplex --no-restart --json",
                                    dir / "err.txt");
     ASSERT_EQ(single.exitCode, 0) << single.err;
     const auto s = nlohmann::json::parse(single.out);
@@ -128,6 +129,53 @@ TEST(VessFit, WrittenSearchAloneStopsOnItsLineAndRangesAreChosen) {
     EXPECT_NE(text.out.find("Fit range: 0.4 to 7 ms"), std::string::npos) << text.out;
     const auto bad = RunVessCli("fit " + file + " --exp 2 --guess 1,2,3", dir / "err.txt");
     EXPECT_EQ(bad.exitCode, 1);
+    // Two exponentials on this one: the second collapses, and no parameter
+    // is given as a result.
+    const auto two = RunVessCli("fit " + file + " --exp 2 --json", dir / "err.txt");
+    EXPECT_EQ(two.exitCode, 1);
+    const auto t = nlohmann::json::parse(two.out);
+    EXPECT_EQ(t["status"], "too many exponentials");
+    EXPECT_TRUE(t["tau1"].is_null());
+    EXPECT_NE(two.err.find("Too many exponentials for the data"), std::string::npos);
+}
+
+TEST(VessFit, NoisyDecayFromItsPeakIsFittedWholeAndBadRequestsAreRefused) {
+    // -80 e^(-t/3) - 30 e^(-t/25) plus noise of SD 0.5 on 0..100 ms at
+    // 0.05 ms: the trace starts at its peak, and the furthest raw sample from
+    // the first one lies in the noisy tail.
+    test::TempDir dir;
+    {
+        std::ofstream csv(dir / "noisy.csv");
+        std::mt19937 rng(19);
+        std::normal_distribution<double> noise(0, 0.5);
+        csv << "Time (ms),Value\n";
+        for (int i = 0; i <= 2000; ++i) {
+            const double t = i * 0.05;
+            csv << t << "," << -80 * std::exp(-t / 3) - 30 * std::exp(-t / 25) + noise(rng) << "\n";
+        }
+    }
+    const std::string file = (dir / "noisy.csv").string();
+    const auto run = RunVessCli("fit " + file + " --json", dir / "err.txt");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const auto j = nlohmann::json::parse(run.out);
+    EXPECT_EQ(j["range"]["from ms"].get<double>(), 0.0);
+    EXPECT_EQ(j["range"]["points"].get<int>(), 2001);
+    EXPECT_EQ(j["status"], "optimum");
+    // The truth lies within four standard errors of the fit.
+    for (auto [key, truth] : {std::pair{"tau1", 3.0}, {"A1", -80.0}, {"tau2", 25.0}, {"A2", -30.0}}) {
+        const double se = j["standard errors"][key].get<double>();
+        EXPECT_GT(se, 0) << key;
+        EXPECT_NEAR(j[key].get<double>(), truth, 4 * se) << key;
+    }
+    const std::vector<std::pair<std::string, std::string>> refused = {
+        {" --range 99.9:100", "at least 8"},
+        {" --guess nan,-80,25,-30", "finite"},
+        {" --guess -3,-80,25,-30", "above 0"}};
+    for (const auto& [options, message] : refused) {
+        const auto r = RunVessCli("fit " + file + options, dir / "err.txt");
+        EXPECT_EQ(r.exitCode, 1) << options;
+        EXPECT_NE(r.err.find(message), std::string::npos) << options << ": " << r.err;
+    }
 }
 
 }  // namespace

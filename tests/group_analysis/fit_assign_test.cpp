@@ -106,8 +106,11 @@ TEST(FitTrace, RecoversTheDecayAndFillsTheRowAndReport) {
               std::string::npos);
     EXPECT_NE(fit.report.find("Decay90-37% : 3.50ms"), std::string::npos);
     EXPECT_NE(fit.report.find("# of exponentials=1    Fit Range : Peak to End"), std::string::npos);
-    EXPECT_NE(fit.report.find("\r\n" + FitEquation(f.model, fit.fit.parameters) + "\r\nStdev:"),
+    EXPECT_NE(fit.report.find("\r\n" + FitEquation(f.model, fit.fit.parameters) +
+                              "\r\nStandard errors: tau1 "),
               std::string::npos);
+    EXPECT_EQ(fit.values.fitStatus, int32_t(FitStatus::Optimum));
+    EXPECT_GT(fit.values.standardErrors[0], 0);
     EXPECT_EQ(FitEquation({2, true}, {4, -100, 25.5, 2.25, 0, 0, 10}),
               "y=(-100.00)*exp(-x/4.00)+(2.25)*exp(-x/25.50)+(10.000)");
     EXPECT_NE(fit.report.find("   Number of Iterations: "), std::string::npos);
@@ -117,6 +120,57 @@ TEST(FitTrace, RecoversTheDecayAndFillsTheRowAndReport) {
     EXPECT_EQ(part.from, 55);
     EXPECT_EQ(part.to, 142);
     EXPECT_NE(part.report.find("Number of Traces Averaged : 1"), std::string::npos);
+}
+
+TEST(FitTrace, FixedAmplitudeAndBothMethods) {
+    // The decay of DecaySet is -100 pA e^(-t / 4 ms) on an offset of 10 pA.
+    const TraceSet set = DecaySet();
+    FitSettings f;
+    f.model = {1, true};
+    f.useGuess = true;
+    f.guess = {2, -100, 0, 0, 0, 0, 0};
+    f.simplex.fixAmplitudes = true;
+    for (FitMethod method : {FitMethod::LeastSquares, FitMethod::Simplex}) {
+        f.method = method;
+        const TraceFit fit = FitTrace(set, 1, -1, 3, Scale(), f);
+        EXPECT_EQ(fit.fit.parameters[1], -100.0);
+        EXPECT_NEAR(fit.fit.parameters[0], 4.0, 0.01);
+        EXPECT_NEAR(fit.fit.parameters[6], 10.0, 0.05);
+        // Only the least-squares fit measures standard errors; a fixed
+        // amplitude has none.
+        EXPECT_EQ(std::isfinite(fit.values.standardErrors[0]), method == FitMethod::LeastSquares);
+        EXPECT_TRUE(std::isnan(fit.values.standardErrors[1]));
+        EXPECT_NE(fit.report.find(method == FitMethod::Simplex ? "Restarts of the search: " : "Least squares from "),
+                  std::string::npos);
+    }
+}
+
+TEST(FitTrace, CollapsedAndFailedFitsGiveNoParameters) {
+    // Three exponentials on a single one: a component collapses.
+    const TraceSet set = DecaySet();
+    FitSettings f;
+    f.model = {3, true};
+    const TraceFit fit = FitTrace(set, 1, -1, 3, Scale(), f);
+    EXPECT_EQ(fit.fit.status, FitStatus::TooManyExponentials);
+    EXPECT_TRUE(std::isnan(fit.values.tau1));
+    EXPECT_TRUE(fit.curve.empty());
+    EXPECT_NE(fit.report.find("Too many exponentials for the data"), std::string::npos);
+    EXPECT_EQ(fit.report.find("y="), std::string::npos);
+    // The status rules on a range of 1 ms steps over 100 ms, data of size 10.
+    std::vector<double> x, y;
+    for (int i = 0; i <= 100; ++i) x.push_back(i), y.push_back(10 * std::exp(-i / 10.0));
+    const struct {
+        ExpParameters p;
+        FitStatus status;
+    } cases[] = {
+        {{-2, 10, 5, 1, 0, 0, 0}, FitStatus::Failed},                 // time constant below 0
+        {{0.5, 10, 5, 1, 0, 0, 0}, FitStatus::TooManyExponentials},   // below one interval
+        {{2, 10, 1001, 1, 0, 0, 0}, FitStatus::TooManyExponentials},  // beyond ten ranges
+        {{2, 10, 2.001, 1, 0, 0, 0}, FitStatus::TooManyExponentials}, // equal time constants
+        {{2, 10, 5, 1e-6, 0, 0, 0}, FitStatus::TooManyExponentials},  // zero amplitude
+        {{2, 1e5, 5, -1e5, 0, 0, 0}, FitStatus::TooManyExponentials}, // cancelling amplitudes
+        {{2, 10, 999, 1, 0, 0, 0}, FitStatus::Optimum}};
+    for (const auto& c : cases) EXPECT_EQ(AssessFit({2, false}, c.p, x, y), c.status) << c.p[0] << " " << c.p[2];
 }
 
 TEST(FitTrace, WhichTracesEachTypeFits) {

@@ -22,12 +22,14 @@ TEST(AutoReject, ByRSquaredAndByConfidenceInterval) {
     // tau1 of 10, 10, 10, 10, 30: mean 14, SD sqrt(320/4) = 8.94; at 95 %
     // (z = 1.96) the interval is 14 +- 17.5, so 30 stays; at 50 %
     // (z = 0.674) it is 14 +- 6.03 and only 30 falls outside.
+    // Trace 6 is a collapsed fit without tau1: outside any interval, and
+    // left out of its mean and SD.
     const std::vector<TraceFit> fits = {Fit(1, 10, 0.99), Fit(2, 10, 0.80), Fit(3, 10, 0.995),
-                                        Fit(4, 10, 0.97), Fit(5, 30, 0.999)};
+                                        Fit(4, 10, 0.97), Fit(5, 30, 0.999), Fit(6, kNotMeasured, 0.999)};
     EXPECT_NEAR(NormalQuantile(95), 1.959964, 1e-5);
     EXPECT_EQ(TracesToReject(fits, {.minRSquared = 0.98}), (std::vector<int32_t>{2, 4}));
-    EXPECT_TRUE(TracesToReject(fits, {.confidencePercent = 95}).empty());
-    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 50}), std::vector<int32_t>{5});
+    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 95}), std::vector<int32_t>{6});
+    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 50}), (std::vector<int32_t>{5, 6}));
 }
 
 TEST(AutoReject, AskedEventsLeaveTheirGroupUndoably) {
@@ -83,6 +85,25 @@ TEST(CompareFits, TwoExponentialsWinOnlyOnADoubleDecay) {
     const Comparison dual = CompareFits(set, 2, -1, 1, scale, f, 0.5);
     EXPECT_TRUE(dual.twoWon);
     EXPECT_EQ(dual.chosen.values.exponentials, 2);
+    // The F-test and AIC agree, and the chosen report carries them.
+    EXPECT_LT(dual.test.p, 1e-10);
+    EXPECT_LT(dual.test.aicTwo, dual.test.aicOne);
+    EXPECT_NE(dual.chosen.report.find("\r\nChange in R-sqr: "), std::string::npos);
+    EXPECT_NE(dual.chosen.report.find("F-test of the second exponential: F "), std::string::npos);
+}
+
+TEST(CompareFits, FTestAndAicOfNestedFits) {
+    // RSS 10 with 2 parameters against RSS 4 with 4, on 20 points:
+    // F = (6 / 2) / (4 / 16) = 12; with 2 numerator degrees of freedom the
+    // upper tail is (1 + 2F / 16)^(-16 / 2) = 2.5^-8. AIC = 20 ln(RSS / 20) + 2k.
+    const NestedFitTest t = CompareNestedFits({10, 0.9, 0}, 2, {4, 0.96, 0}, 4, 20);
+    EXPECT_DOUBLE_EQ(t.f, 12.0);
+    EXPECT_NEAR(t.p, std::pow(2.5, -8), 1e-12);
+    EXPECT_NEAR(t.aicOne, 20 * std::log(0.5) + 4, 1e-12);
+    EXPECT_NEAR(t.aicTwo, 20 * std::log(0.2) + 8, 1e-12);
+    EXPECT_NEAR(t.rSquaredChangePercent, 0.06 / 0.9 * 100, 1e-12);
+    // A perfect second fit leaves the F-test not measured.
+    EXPECT_TRUE(std::isnan(CompareNestedFits({10, 0.9, 0}, 2, {0, 1, 0}, 4, 20).f));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // its commands' questions, the text copy and handing a column to an array.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <fstream>
 
 #include "group_analysis/results_commands.h"
@@ -29,8 +30,8 @@ ResultValues Values(double tau1, int trace = 0) {
     v.a1 = -40.5;
     v.tau2 = 25.125;
     v.rSquared = 0.9975;
-    v.unitCurrent = -1.75;
-    v.baselineVariance = 0.5;
+    v.standardErrors = {0.25, 1.5, 0.125, kNotMeasured, kNotMeasured, kNotMeasured, 0.5};
+    v.fitStatus = 1;
     return v;
 }
 
@@ -50,8 +51,25 @@ TEST(ResultBytes, EveryFieldRoundTripsAndLiesAtItsOffset) {
     EXPECT_EQ(le::Get<int32_t>(bytes, result_offsets::kKind), 1);
     EXPECT_EQ(le::Get<int32_t>(bytes, result_offsets::kRestarts), 4);
     EXPECT_EQ(le::Get<double>(bytes, result_offsets::kTau1), 3.5);
-    EXPECT_EQ(le::Get<double>(bytes, result_offsets::kBaselineVariance), 0.5);
+    EXPECT_EQ(le::Get<float>(bytes, result_offsets::kStandardErrors + 4), 1.5f);
+    EXPECT_EQ(le::Get<int32_t>(bytes, result_offsets::kFitStatus), 1);
     for (std::size_t at = result_offsets::kFree; at < kResultRowBytes; ++at) EXPECT_EQ(row[at], 0);
+    // Fluctuation rows keep their measures where decay fits keep the errors.
+    ResultValues f;
+    f.kind = ResultKind::Fluctuation;
+    f.baselineVariance = 0.5;
+    const ResultBytes fluctuation = WriteResultRow(f);
+    EXPECT_EQ(le::Get<double>(std::span<const uint8_t>(fluctuation), result_offsets::kBaselineVariance), 0.5);
+    EXPECT_EQ(ReadResultRow(fluctuation).baselineVariance, 0.5);
+    // A decay-fit row of a fit that was not assessed (status 0, as rows of
+    // earlier files) shows no standard errors.
+    ResultValues old = v;
+    old.fitStatus = 0;
+    const ResultBytes oldRow = WriteResultRow(old);
+    EXPECT_TRUE(std::isnan(ReadResultRow(oldRow).standardErrors[0]));
+    const auto columns = ResultColumns(ResultKind::DecayFit);
+    EXPECT_TRUE(std::isnan(ResultCell(oldRow, columns[16])));
+    EXPECT_EQ(ResultCell(row, columns[16]), 0.25);
 }
 
 TEST(ResultsTable, PruningCommands) {
@@ -134,7 +152,9 @@ TEST(ResultsText, HeadingsAndThreeDecimals) {
     const std::string text = ResultsText(Table(1));
     EXPECT_EQ(text.substr(0, text.find("\r\n")),
               "Amplitude\tTime\tBaseline\tRise\tArea\tHalf-width\tDecay90-37%\tTau1\tA1\tTau2\tA2\t"
-              "Tau3\tA3\tOffset\tR-Sqr\tStdev");
+              "Tau3\tA3\tOffset\tR-Sqr\tStdev\tSE Tau1\tSE A1\tSE Tau2\tSE A2\tSE Tau3\tSE A3\tSE Offset");
+    // Standard errors not measured are blank.
+    EXPECT_NE(text.find("\t0.250\t1.500\t0.125\t\t\t\t0.500"), std::string::npos);
     EXPECT_NE(text.find("\r\n-52.250\t0.000\t"), std::string::npos);
     EXPECT_NE(text.find("\t1.000\t-40.500\t25.125\t"), std::string::npos);
 }

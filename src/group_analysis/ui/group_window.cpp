@@ -143,6 +143,7 @@ void GroupAnalysisWindow::BuildControls() {
     fitRange_ = Combo("Combo8", {Q(texts::kFitRangePeakToEnd), Q(texts::kFitRange1090),
                                  Q(texts::kFitRange2080), Q(texts::kFitRangeCustom)});
     exponentials_ = Combo("Combo9", {"1", "2", "3"});
+    method_ = Combo("FitMethod", {Q(texts::kFitMethodLeastSquares), Q(texts::kFitMethodSimplex)});
     maxIter_ = Combo("Combo11", {"1000", "2000", "5000"}, true);
     rise_ = Combo("Combo29", {Q(texts::kRise1090), Q(texts::kRise2080), Q(texts::kRise3070)});
     QStringList rsq;
@@ -161,6 +162,10 @@ void GroupAnalysisWindow::BuildControls() {
     rejectCi_ = Check("Check12", tr("Auto-rejection: confidence interval (%)"));
     regroupTwo_ = Check("Check14", tr("Regroup for 2- expoential trace"));
     restart_ = Check("RestartSearch", tr("Restart the search until it settles"));
+    // The restarts belong to the simplex search only.
+    connect(method_, &QComboBox::currentTextChanged, this,
+            [this](const QString& m) { restart_->setEnabled(m == Q(texts::kFitMethodSimplex)); });
+    restart_->setEnabled(false);
     fit_ = new QPushButton(Q(texts::kStartFitting));
     fit_->setObjectName("Command2");
     fit_->setToolTip(tr("Click to stop the fitting process"));
@@ -175,6 +180,7 @@ void GroupAnalysisWindow::BuildControls() {
     auto* ff = new QFormLayout(fitting);
     ff->addRow(tr("Fit Range"), fitRange_);
     ff->addRow(tr("# of exponentials"), exponentials_);
+    ff->addRow(tr("Fit method"), method_);
     ff->addRow(tr("Max iterations"), maxIter_);
     ff->addRow(tr("Rise"), rise_);
     ff->addRow(includeOffset_);
@@ -294,6 +300,7 @@ void GroupAnalysisWindow::ReadControls() {
     s.IncludeOffset = includeOffset_->isChecked();
     s.FixAmplitude = fixAmplitude_->isChecked();
     s.UseGuess = useGuess_->isChecked();
+    s.Method = method_->currentText().toStdString();
     s.RestartSearch = restart_->isChecked();
     s.AmplitudeBin = std::max(1, amplitudeBins_->currentText().toInt());
     s.AverageTrace = std::max(0, averageTraces_->currentText().toInt());
@@ -322,6 +329,7 @@ void GroupAnalysisWindow::WriteControls() {
     includeOffset_->setChecked(s.IncludeOffset);
     fixAmplitude_->setChecked(s.FixAmplitude);
     useGuess_->setChecked(s.UseGuess);
+    method_->setCurrentText(Q(FitMethodName(FitMethodFromName(s.Method))));
     restart_->setChecked(s.RestartSearch);
     amplitudeBins_->setCurrentText(QString::number(s.AmplitudeBin));
     averageTraces_->setCurrentText(QString::number(s.AverageTrace));

@@ -149,7 +149,7 @@ private:
 
     QRadioButton *episodes_, *byGroup_;
     QComboBox *group_, *type_, *alignment_, *blocks_, *every_, *gain_, *offset_;
-    QComboBox *fitRange_, *exponentials_, *maxIter_, *rise_, *minRSquared_, *confidence_;
+    QComboBox *fitRange_, *exponentials_, *method_, *maxIter_, *rise_, *minRSquared_, *confidence_;
     QComboBox *criterion_, *regroupTarget_, *amplitudeBins_, *averageTraces_;
     QCheckBox *baseline_, *fullSweep_, *timeLock_, *includeOffset_, *fixAmplitude_, *useGuess_;
     QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_, *subtractBaseVar_, *fluctuationOffset_;

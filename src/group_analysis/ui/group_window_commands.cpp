@@ -134,6 +134,7 @@ FitSettings GroupAnalysisWindow::MakeFitSettings() const {
     f.guess = {settings_.tau1, settings_.A1, settings_.tau2, settings_.A2, settings_.tau3, settings_.A3, 0};
     f.simplex.tolerance = settings_.Tolerance;
     f.simplex.maxIterations = settings_.MaxIteration;
+    f.method = FitMethodFromName(settings_.Method);
     f.simplex.restartUntilSettled = settings_.RestartSearch;
     f.simplex.fixAmplitudes = settings_.FixAmplitude;
     return f;
@@ -392,12 +393,15 @@ void GroupAnalysisWindow::BuildMenus() {
         if (set_.Empty()) return;
         dialogs_.Message(Str(texts::kCompareFitsCaption), Str(texts::kCompareFitsText));
         std::vector<int32_t> twoWon;
+        std::string report;
         for (int32_t t : TracesToFit(set_, displayedType_, current_)) {
             Comparison c = CompareFits(set_, t, ws_.params().PeakDirection, displayedGroup_, scale_,
                                        MakeFitSettings(), criterion_->currentText().toDouble());
             ws_.results.Append(WriteResultRow(c.chosen.values));
+            report += c.chosen.report + "\r\n\r\n";
             if (c.twoWon && t > 0) twoWon.push_back(t);
         }
+        report_->setPlainText(QString::fromStdString(report));
         RefreshGrid();
         if (regroupTwo_->isChecked())
             RegroupTwoExponentialCommand(ws_, set_, twoWon, regroupTarget_->currentText().toInt(), dialogs_);
