@@ -40,9 +40,9 @@ public:
     const std::string& Error() const { return error_; }
     // values as little-endian 16-bit counts from sample index on.
     bool WriteCounts(int64_t index, const std::vector<double>& values) {
-        std::vector<uint8_t> bytes(values.size() * 2);
-        for (std::size_t i = 0; i < values.size(); ++i) le::Put<int16_t>(bytes, i * 2, RoundClamp16(values[i]));
-        return Io(::pwrite, index * 2, bytes.data(), bytes.size());
+        bytes_.resize(values.size() * 2);
+        for (std::size_t i = 0; i < values.size(); ++i) le::Put<int16_t>(bytes_, i * 2, RoundClamp16(values[i]));
+        return Io(::pwrite, index * 2, bytes_.data(), bytes_.size());
     }
     // Opens the written bytes for reading and removes the name, so the
     // file lives as long as the returned handle.
@@ -70,6 +70,7 @@ private:
     }
     std::string name_;
     int fd_ = -1;
+    std::vector<uint8_t> bytes_;  // one block's counts, kept from block to block
     std::string error_;
 };
 
