@@ -11,6 +11,7 @@
 #include "recording/abf_writer.h"
 #include "recording/recording.h"
 #include "signal/filter_channel.h"
+#include "signal/sos_runner.h"
 
 namespace vess {
 namespace {
@@ -66,6 +67,23 @@ void BM_FilterChannel(benchmark::State& state) {
     }
 }
 
+// The floor of the same design: the sections alone over as many samples,
+// one 65,536-point block in memory filtered again and again, no reading,
+// rounding or writing.
+void BM_SectionsAlone(benchmark::State& state) {
+    FilterChoice choice;
+    choice.kind = FilterKind::Elliptic;
+    choice.order = 8;
+    SosRunner runner(DesignFilter(choice, 20000).sections);
+    std::vector<double> block(1 << 16);
+    for (std::size_t i = 0; i < block.size(); ++i) block[i] = double(int(i * 2654435761u >> 24) - 128);
+    for (auto _ : state) {
+        for (int64_t at = 0; at < kPoints; at += int64_t(block.size())) runner.Process(block);
+        benchmark::DoNotOptimize(block.data());
+    }
+}
+
+BENCHMARK(BM_SectionsAlone)->Unit(benchmark::kMillisecond)->Iterations(2);
 BENCHMARK(BM_ReadChannelOnce)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_FilterChannel)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(2);
 

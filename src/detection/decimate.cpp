@@ -1,6 +1,7 @@
 #include "detection/decimate.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vess {
 
@@ -39,6 +40,12 @@ BlockExtremes SummariseBlocks(std::span<const int16_t> samples, int blockPoints)
 
 namespace vess {
 namespace {
+// Runs longer than this take their levels from a histogram of all 65,536
+// levels (zeroed and scanned once a call); shorter ones, a screen of a few
+// thousand points, by selection in a copy, which costs a few passes over the
+// run and nothing over the levels. Both give the level at a rank exactly.
+constexpr std::size_t kHistogramFrom = 1 << 14;
+
 // Counts per level: the 16-bit range makes a histogram cheaper than sorting.
 std::vector<int64_t> Histogram(std::span<const int16_t> samples) {
     std::vector<int64_t> h(65536, 0);
@@ -53,14 +60,29 @@ int16_t LevelAtRank(const std::vector<int64_t>& h, int64_t rank) {
     }
     return 32767;
 }
+// The levels at ranks a <= b (0: the lowest) of a short run.
+std::pair<int16_t, int16_t> LevelsAtRanksBySelection(std::span<const int16_t> samples, std::size_t a,
+                                                     std::size_t b) {
+    std::vector<int16_t> v(samples.begin(), samples.end());
+    std::nth_element(v.begin(), v.begin() + std::ptrdiff_t(a), v.end());
+    // Everything after rank a is at least its level: rank b is among them.
+    if (b > a) std::nth_element(v.begin() + std::ptrdiff_t(a + 1), v.begin() + std::ptrdiff_t(b), v.end());
+    return {v[a], v[b]};
+}
 }  // namespace
 
 LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction) {
     if (samples.empty()) return {};
-    const auto h = Histogram(samples);
     const auto n = static_cast<int64_t>(samples.size());
     const auto tail = static_cast<int64_t>(double(n) * std::clamp(tailFraction, 0.0, 0.5));
-    return {LevelAtRank(h, tail), LevelAtRank(h, n - 1 - tail)};
+    const int64_t lowRank = tail, highRank = n - 1 - tail;
+    if (samples.size() < kHistogramFrom) {
+        const auto [first, second] = LevelsAtRanksBySelection(samples, std::size_t(std::min(lowRank, highRank)),
+                                                              std::size_t(std::max(lowRank, highRank)));
+        return lowRank <= highRank ? LevelRange{first, second} : LevelRange{second, first};
+    }
+    const auto h = Histogram(samples);
+    return {LevelAtRank(h, lowRank), LevelAtRank(h, highRank)};
 }
 
 int16_t MedianLevel(std::span<const int16_t> samples) {

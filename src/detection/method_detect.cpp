@@ -125,9 +125,10 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
                                     int64_t count) {
     const int64_t look = run.lookPoints;
     const int64_t from = first - look;
-    const std::vector<double> c = run.filter.Compute(rec, from, count + 2 * look);
-    std::vector<double> z(c.size());
-    for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
+    // Kept from stretch to stretch on this thread, so that its pages stay in.
+    thread_local std::vector<double> z;
+    run.filter.Compute(rec, from, count + 2 * look, z);
+    for (double& v : z) v = (v - run.noise.centre) / run.noise.sd;
     std::vector<int64_t> points = DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction);
     const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from);
     if (!weak.empty()) {

@@ -68,13 +68,35 @@ MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, in
     }
 }
 
+namespace {
+
+// The working buffers of Compute, one set a thread, kept at their largest size.
+struct ComputeScratch {
+    std::vector<int16_t> raw;
+    std::vector<double> x, filtered;
+};
+
+ComputeScratch& Scratch() {
+    thread_local ComputeScratch scratch;
+    return scratch;
+}
+
+}  // namespace
+
 std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count) const {
+    std::vector<double> out;
+    Compute(rec, first, count, out);
+    return out;
+}
+
+void MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out) const {
     const int64_t before = convolver_->ReachBefore() + Apron();
     const int64_t after = convolver_->ReachAfter() + Apron();
-    std::vector<int16_t> raw(std::size_t(count + before + after));
-    rec.ReadSamples(first - before, raw);
-    std::vector<double> x(raw.begin(), raw.end());
-    return FromSamples(x, first, count);
+    ComputeScratch& scratch = Scratch();
+    scratch.raw.resize(std::size_t(count + before + after));
+    rec.ReadSamples(first - before, scratch.raw);
+    scratch.x.assign(scratch.raw.begin(), scratch.raw.end());
+    FromSamples(scratch.x, first, count, out);
 }
 
 std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -87,14 +109,16 @@ std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, in
         const int64_t at = std::clamp<int64_t>(first - before + int64_t(i), 0, std::max<int64_t>(last, 0));
         x[i] = signal.empty() ? 0.0 : signal[std::size_t(at)];
     }
-    return FromSamples(x, first, count);
+    std::vector<double> out;
+    FromSamples(x, first, count, out);
+    return out;
 }
 
-std::vector<double> MethodFilter::FromSamples(const std::vector<double>& x, int64_t first,
-                                              int64_t count) const {
-    std::vector<double> filtered;
+void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int64_t count,
+                               std::vector<double>& out) const {
+    std::vector<double>& filtered = Scratch().filtered;
     convolver_->Filter(x, filtered);
-    std::vector<double> out(std::size_t(std::max<int64_t>(count, 0)));
+    out.assign(std::size_t(std::max<int64_t>(count, 0)), 0.0);
     if (method_ == DetectionMethod::Template) {
         // Least-squares scale and offset of the template on x[i .. i+N-1].
         const int64_t n = templatePoints_;
@@ -123,9 +147,9 @@ std::vector<double> MethodFilter::FromSamples(const std::vector<double>& x, int6
             const double se = std::sqrt(std::max(sse, 1e-12) / double(n - 1));
             out[std::size_t(i)] = direction_ * scale / se;
         }
-        return out;
+        return;
     }
-    return LessRunningMedian(filtered, first, count);
+    LessRunningMedian(filtered, first, count, out);
 }
 
 namespace {
@@ -135,8 +159,8 @@ int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) 
 
 }  // namespace
 
-std::vector<double> MethodFilter::LessRunningMedian(const std::vector<double>& filtered,
-                                                    int64_t first, int64_t count) const {
+void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
+                                     std::vector<double>& out) const {
     // filtered[j] is point first - Apron() + j.
     const int64_t B = blockPoints_, K = blocksAside_, origin = first - Apron();
     // Medians at the centres of blocks firstBlock .. lastBlock, which bracket
@@ -165,7 +189,6 @@ std::vector<double> MethodFilter::LessRunningMedian(const std::vector<double>& f
     }
     // Between the centres of blocks k and k + 1 the level runs straight from
     // one median to the next.
-    std::vector<double> out(std::size_t(std::max<int64_t>(count, 0)));
     const double centre = double(B - 1) / 2;
     int64_t a = first;
     for (std::size_t k = 0; k + 1 < medians.size() && a < first + count; ++k) {
@@ -177,7 +200,6 @@ std::vector<double> MethodFilter::LessRunningMedian(const std::vector<double>& f
             out[std::size_t(a - first)] = direction_ * (filtered[std::size_t(a - origin)] - level);
         }
     }
-    return out;
 }
 
 NoiseLevel RobustNoise(std::vector<double> v) {

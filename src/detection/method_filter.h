@@ -49,6 +49,12 @@ public:
     int64_t TemplatePoints() const { return templatePoints_; }
     // The criterion at points first .. first+count-1 of the channel.
     std::vector<double> Compute(const Recording& rec, int64_t first, int64_t count) const;
+    // The same into out, whose memory is reused: a caller going through a
+    // long recording stretch by stretch keeps one buffer, and this thread's
+    // working buffers are kept from call to call too, so the pages of
+    // multi-megabyte vectors are not given back and faulted in again for
+    // every stretch.
+    void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out) const;
     // The same on samples held in memory (signal[i] is point i); points
     // outside repeat the nearest sample, as a recording does.
     std::vector<double> Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -56,9 +62,9 @@ public:
 
 private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
-    std::vector<double> FromSamples(const std::vector<double>& x, int64_t first, int64_t count) const;
-    std::vector<double> LessRunningMedian(const std::vector<double>& filtered, int64_t first,
-                                          int64_t count) const;
+    void FromSamples(const std::vector<double>& x, int64_t first, int64_t count, std::vector<double>& out) const;
+    void LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
+                           std::vector<double>& out) const;
     // Points read beyond the deconvolution's own reach for the baseline.
     int64_t Apron() const { return blockPoints_ > 0 ? (blocksAside_ + 3) * blockPoints_ : 0; }
     DetectionMethod method_;

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,6 +34,18 @@ void Put(std::span<uint8_t> bytes, std::size_t offset, T value) {
               std::conditional_t<sizeof(T) == 4, uint32_t, uint64_t>>>;
     const U v = std::bit_cast<U>(value);
     for (std::size_t k = 0; k < sizeof(T); ++k) bytes[offset + k] = uint8_t(v >> (8 * k));
+}
+
+// out[k] = the 16-bit value at byte offset + k * stride, for sample arrays:
+// copied as they stand when they are packed and this machine is
+// little-endian too.
+inline void GetInt16s(std::span<const uint8_t> bytes, std::size_t stride, std::size_t offset,
+                      std::span<int16_t> out) {
+    if (stride == 2 && offset == 0 && std::endian::native == std::endian::little) {
+        std::memcpy(out.data(), bytes.data(), out.size() * 2);
+        return;
+    }
+    for (std::size_t k = 0; k < out.size(); ++k) out[k] = Get<int16_t>(bytes, offset + k * stride);
 }
 
 // A fixed-width text field as stored (no terminator, may hold blanks).

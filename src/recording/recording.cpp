@@ -376,9 +376,7 @@ bool Recording::ReadRawFrames(int64_t first, std::span<int16_t> out) const {
     const uint64_t at = dataOffset_ + uint64_t(first) * frameBytes;
     const std::size_t got = file_->ReadAt(at, frameBytes_);
     const std::size_t whole = std::min(out.size(), got / frameBytes);
-    const std::span<const uint8_t> bytes(frameBytes_);
-    const std::size_t own = std::size_t(channel_) * 2;
-    for (std::size_t k = 0; k < whole; ++k) out[k] = le::Get<int16_t>(bytes, k * frameBytes + own);
+    le::GetInt16s(frameBytes_, frameBytes, std::size_t(channel_) * 2, out.first(whole));
     if (whole == out.size()) return true;
     std::fill(out.begin() + std::ptrdiff_t(whole), out.end(), int16_t(0));
     // A file cut short has lost its last sample too: past the end of the
@@ -392,7 +390,7 @@ bool Recording::ReadFilteredFrames(int64_t first, std::span<int16_t> out) const 
     const uint64_t at = uint64_t(first) * 2;
     const std::size_t got = filtered_->ReadAt(at, frameBytes_);
     const std::size_t whole = std::min(out.size(), got / 2);
-    for (std::size_t k = 0; k < whole; ++k) out[k] = le::Get<int16_t>(std::span<const uint8_t>(frameBytes_), k * 2);
+    le::GetInt16s(frameBytes_, 2, 0, out.first(whole));
     if (whole == out.size()) return true;
     std::fill(out.begin() + std::ptrdiff_t(whole), out.end(), int16_t(0));
     return NoteShortRead(*filtered_, at + got);

@@ -38,19 +38,11 @@ public:
     TempFile& operator=(const TempFile&) = delete;
 
     const std::string& Error() const { return error_; }
-    template <typename T>
-    bool Write(int64_t index, const std::vector<T>& values) {
-        return Io(::pwrite, index * int64_t(sizeof(T)), const_cast<T*>(values.data()), values.size() * sizeof(T));
-    }
     // values as little-endian 16-bit counts from sample index on.
     bool WriteCounts(int64_t index, const std::vector<double>& values) {
-        std::vector<uint8_t> bytes(values.size() * 2);
-        for (std::size_t i = 0; i < values.size(); ++i) le::Put<int16_t>(bytes, i * 2, RoundClamp16(values[i]));
-        return Io(::pwrite, index * 2, bytes.data(), bytes.size());
-    }
-    template <typename T>
-    bool Read(int64_t index, std::vector<T>& values) {
-        return Io(::pread, index * int64_t(sizeof(T)), values.data(), values.size() * sizeof(T));
+        bytes_.resize(values.size() * 2);
+        for (std::size_t i = 0; i < values.size(); ++i) le::Put<int16_t>(bytes_, i * 2, RoundClamp16(values[i]));
+        return Io(::pwrite, index * 2, bytes_.data(), bytes_.size());
     }
     // Opens the written bytes for reading and removes the name, so the
     // file lives as long as the returned handle.
@@ -78,6 +70,7 @@ private:
     }
     std::string name_;
     int fd_ = -1;
+    std::vector<uint8_t> bytes_;  // one block's counts, kept from block to block
     std::string error_;
 };
 
@@ -88,36 +81,61 @@ struct Pass {
     bool Report(int64_t at) const { return !progress || progress(done + share * double(at) / double(points)); }
 };
 
-// The forward pass: recorded samples in, filtered values out through sink.
+// One block of recorded samples from at, as doubles.
+void ReadBlock(const Recording& rec, int64_t at, int64_t n, std::vector<int16_t>& raw, std::vector<double>& x) {
+    raw.resize(std::size_t(n));
+    rec.ReadRawSamples(at, raw);
+    x.assign(raw.begin(), raw.end());
+}
+
+// The forward pass: recorded samples in, filtered values out through sink,
+// which is also given the state the block started from.
 template <typename Sink>
 bool Forward(const Recording& rec, SosRunner& runner, const Pass& pass, Sink sink) {
     std::vector<int16_t> raw;
     std::vector<double> x;
     for (int64_t at = 0; at < pass.points; at += kBlock) {
         const int64_t n = std::min(kBlock, pass.points - at);
-        raw.resize(std::size_t(n));
-        rec.ReadRawSamples(at, raw);
-        x.assign(raw.begin(), raw.end());
+        ReadBlock(rec, at, n, raw, x);
         if (at == 0) runner.SettleAt(x[0]);
+        const SosRunner::State start = runner.CurrentState();
         runner.Process(x);
-        if (!sink(at, x) || !pass.Report(at + n)) return false;
+        if (!sink(at, x, start) || !pass.Report(at + n)) return false;
     }
     return true;
 }
 
-// The backward pass over the forward output kept in scratch, last block
-// first, each block reversed through the filter and written as counts.
-bool Backward(SosRunner& runner, const Pass& pass, TempFile& scratch, TempFile& out) {
+// Zero phase without keeping the forward output: the forward pass runs once
+// to note the state at the start of every block (a few hundred bytes a
+// block) and the last output; then, last block first, each block's forward
+// output is computed again from its noted state, run backward through the
+// filter and written as counts. The recomputed block is the same to the bit.
+bool ForwardBackward(const Recording& rec, const std::vector<Biquad>& sections, const FilterProgress& progress,
+                     TempFile& out) {
+    const int64_t points = std::max<int64_t>(rec.PointsPerChannel(), 0);
+    SosRunner forward(sections), backward(sections);
+    std::vector<SosRunner::State> starts;
+    double last = 0;
+    const bool noted = Forward(rec, forward, Pass{points, progress, 0, 1.0 / 3},
+                               [&](int64_t, const std::vector<double>& y, const SosRunner::State& start) {
+                                   starts.push_back(start);
+                                   last = y.back();
+                                   return true;
+                               });
+    if (!noted) return false;
+    const Pass pass{points, progress, 1.0 / 3, 2.0 / 3};
+    std::vector<int16_t> raw;
     std::vector<double> y;
-    for (int64_t end = pass.points; end > 0; end -= kBlock) {
-        const int64_t at = std::max<int64_t>(0, end - kBlock);
-        y.resize(std::size_t(end - at));
-        if (!scratch.Read(at, y)) return false;
+    for (int64_t block = int64_t(starts.size()) - 1; block >= 0; --block) {
+        const int64_t at = block * kBlock;
+        ReadBlock(rec, at, std::min(kBlock, points - at), raw, y);
+        forward.RestoreState(starts[std::size_t(block)]);
+        forward.Process(y);
         std::reverse(y.begin(), y.end());
-        if (end == pass.points) runner.SettleAt(y[0]);
-        runner.Process(y);
+        if (block + 1 == int64_t(starts.size())) backward.SettleAt(last);
+        backward.Process(y);
         std::reverse(y.begin(), y.end());
-        if (!out.WriteCounts(at, y) || !pass.Report(pass.points - at)) return false;
+        if (!out.WriteCounts(at, y) || !pass.Report(points - at)) return false;
     }
     return true;
 }
@@ -135,19 +153,15 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterChoice& choice, 
     }
     TempFile out;
     const int64_t points = std::max<int64_t>(rec.PointsPerChannel(), 0);
-    SosRunner forward(design.sections);
     bool finished = out.Error().empty();
     if (finished && !choice.zeroPhase) {
+        SosRunner forward(design.sections);
         finished = Forward(rec, forward, Pass{points, progress},
-                           [&](int64_t at, const std::vector<double>& y) { return out.WriteCounts(at, y); });
+                           [&](int64_t at, const std::vector<double>& y, const SosRunner::State&) {
+                               return out.WriteCounts(at, y);
+                           });
     } else if (finished) {
-        TempFile scratch;
-        SosRunner backward(design.sections);
-        finished = scratch.Error().empty() &&
-                   Forward(rec, forward, Pass{points, progress, 0, 0.5},
-                           [&](int64_t at, const std::vector<double>& y) { return scratch.Write(at, y); }) &&
-                   Backward(backward, Pass{points, progress, 0.5, 0.5}, scratch, out);
-        if (!scratch.Error().empty()) result.error = scratch.Error();
+        finished = ForwardBackward(rec, design.sections, progress, out);
     }
     if (finished) result.counts = out.Release();
     if (!out.Error().empty()) result.error = out.Error();

@@ -20,9 +20,14 @@ public:
     // Filters in place, carrying the state on.
     void Process(std::span<double> samples);
 
+    // The state between two samples, to take up the stream again from there.
+    using State = std::vector<std::array<double, 2>>;
+    const State& CurrentState() const { return state_; }
+    void RestoreState(const State& state) { state_ = state; }
+
 private:
     std::vector<Biquad> sections_;
-    std::vector<std::array<double, 2>> state_;
+    State state_;
 };
 
 }  // namespace vess

@@ -32,13 +32,14 @@ TEST(VessSynthInfo, SynthesisedFileReportsItsDerivedValues) {
     EXPECT_TRUE(Has(info.out, "Duration (s): 2.000000"));
 }
 
-// --scan reads every sample: the extremes sit in the second 65536-point
-// block and at the very last point (a short last block); at 2 counts per pA
-// -1234 and 4321 counts are -617 and 2160.5 pA.
+// --scan reads every sample: the minimum sits inside the first 2^20-point
+// read, in a lane of the sixteen side by side other than the first, and the
+// maximum at the very last point (after the last whole sixteen of a short
+// last read); at 2 counts per pA -1234 and 4321 counts are -617 and 2160.5 pA.
 TEST(VessSynthInfo, ScanGivesTheRangeOfEverySample) {
     test::TempDir dir;
-    std::vector<int16_t> samples(200000, 7);
-    samples[70000] = -1234;
+    std::vector<int16_t> samples((1 << 20) + 37, 7);
+    samples[70001] = -1234;
     samples.back() = 4321;
     test::MakeRecording(dir / "r.abf", samples, 50, 2.0f);
     const auto r = test::RunVessCli("info '" + (dir / "r.abf").string() + "' --scan", dir / "err.txt");

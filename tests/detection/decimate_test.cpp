@@ -91,5 +91,27 @@ TEST(DisplayLevels, RobustRangeIgnoresRareArtefactsAndMedianFindsBaseline) {
     EXPECT_EQ(MedianLevel(std::vector<int16_t>{5, 1, 9, 7}), 5);  // lower median
 }
 
+// Short runs (a screen) are ranked by selection, long ones by a histogram of
+// levels: on either side of the switch, at the extreme levels and with the
+// tail at a half (where the two ranks swap for two samples), the levels are
+// those at the tail's ranks of the sorted run.
+TEST(DisplayLevels, RobustRangeIsTheLevelAtTheTailsRanksForShortAndLongRuns) {
+    uint32_t state = 5;  // fixed-seed LCG over all 65,536 levels
+    for (std::size_t n : {1, 2, 3, 1024, 16383, 16384, 40000}) {
+        std::vector<int16_t> v(n);
+        for (int16_t& x : v) x = int16_t((state = state * 1664525u + 1013904223u) >> 16);
+        v.front() = -32768;
+        v.back() = 32767;
+        std::vector<int16_t> sorted = v;
+        std::sort(sorted.begin(), sorted.end());
+        for (double fraction : {0.0, 0.005, 0.5}) {
+            const std::size_t tail = std::size_t(double(n) * fraction);
+            const LevelRange r = RobustRange(v, fraction);
+            EXPECT_EQ(r.low, sorted[tail]) << n << " " << fraction;
+            EXPECT_EQ(r.high, sorted[n - 1 - tail]) << n << " " << fraction;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vess

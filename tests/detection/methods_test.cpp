@@ -140,6 +140,23 @@ TEST_F(MethodsTest, ScreenByScreenEqualsWholeFile) {
     }
 }
 
+// The criterion computed into a buffer that held a longer stretch, and
+// after this thread's working buffers held one, equals the criterion of the
+// same points computed from the samples in memory.
+TEST_F(MethodsTest, CriterionIntoAReusedBufferEqualsAFreshOne) {
+    const Trace t = MakeTrace(60000, {4000, 21000, 40000}, 120, 12);
+    for (DetectionMethod m : {DetectionMethod::Deconvolution, DetectionMethod::Template}) {
+        Workspace ws = Open(t, m);
+        const MethodFilter filter(ws.settings.method, kIntervalUs, -1);
+        std::vector<double> reused;
+        filter.Compute(*ws.recording, -500, 59000, reused);
+        for (const auto& [first, count] : {std::pair<int64_t, int64_t>{777, 3000}, {58000, 2500}}) {
+            filter.Compute(*ws.recording, first, count, reused);
+            EXPECT_EQ(reused, filter.Compute(t.samples, first, count)) << MethodName(m) << " at " << first;
+        }
+    }
+}
+
 // z as drawn: a peak of 10, a dip to 5 (below 0.7 x 8), a second peak of 8
 // gives two points; a dip to 7 (not below 5.6) and no fall under the
 // threshold gives one.

@@ -77,6 +77,27 @@ TEST(FilterChannel, BlockwiseFileEqualsWholeTraceFilteringCausalAndZeroPhase) {
     }
 }
 
+// Zero phase runs three passes over the samples: progress rises through
+// them to 1 without going back, and a stop in any pass gives no copy.
+TEST(FilterChannel, ZeroPhaseProgressRisesToOneAndStopsInAnyPass) {
+    test::TempDir dir;
+    auto rec = test::MakeRecording(dir / "n.abf", Noisy(150000), 50);
+    std::vector<double> seen;
+    const FilteredChannel whole = FilterChannel(*rec, LowPass(500, true), [&](double f) {
+        seen.push_back(f);
+        return true;
+    });
+    ASSERT_TRUE(whole.counts) << whole.error;
+    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
+    EXPECT_DOUBLE_EQ(seen.back(), 1.0);
+    for (std::size_t stopAt : {std::size_t(0), seen.size() / 2, seen.size() - 1}) {
+        std::size_t calls = 0;
+        const FilteredChannel f = FilterChannel(*rec, LowPass(500, true), [&](double) { return calls++ < stopAt; });
+        EXPECT_FALSE(f.counts);
+        EXPECT_EQ(f.error, "stopped") << stopAt;
+    }
+}
+
 // Forward-backward has no phase: an impulse far from the edges comes out
 // symmetric about its position, peak in place.
 TEST(FilterChannel, ZeroPhaseImpulseResponseIsSymmetric) {
