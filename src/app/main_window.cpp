@@ -21,6 +21,7 @@
 #include <QToolTip>
 #include <QVBoxLayout>
 
+#include "app/job_runner.h"
 #include "app/nonstop_runner.h"
 #include "detection/navigation.h"
 #include "detection/ui/event_sound.h"
@@ -195,6 +196,9 @@ void MainWindow::BuildLayout() {
     statusBar()->addWidget(statusFile_, 2);
     for (QLabel* l : {statusChannel_, statusScreen_, statusPointer_, statusEvents_})
         statusBar()->addWidget(l, 1);
+    jobs_ = new JobRunner(dialogs_, this);
+    statusBar()->addPermanentWidget(jobs_);
+    connect(jobs_, &JobRunner::RunningChanged, this, &MainWindow::RefreshActions);
     resize(1280, 820);
 }
 
@@ -217,6 +221,7 @@ QAction* MainWindow::Action(const QString& objectName) const {
 }
 
 bool MainWindow::NonStopRunning() const { return nonStop_->Running(); }
+bool MainWindow::Busy() const { return NonStopRunning() || jobs_->Running(); }
 
 // ---- Redrawing ---------------------------------------------------------------
 

@@ -33,7 +33,7 @@ void MainWindow::OpenPath(const QString& path) {
 }
 
 void MainWindow::OnFileChosen(const QString& path) {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     const Recording* before = ws_.recording.get();
     if (OpenFromFileList(ws_, path.toStdString(), dialogs_)) {
         fitColumns_ = true;
@@ -66,7 +66,7 @@ bool MainWindow::AskToSaveUnsavedEvents() {
 }
 
 void MainWindow::OnOpenEvent() {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     if (OpenEventFileCommand(ws_, dialogs_)) {
         ws_.selectedEvent = ws_.events.Empty() ? 0 : 1;
         gridModel_->ContentChanged();
@@ -120,7 +120,7 @@ void MainWindow::OnLoadParameter() {
 }
 
 void MainWindow::OnSuggest(int entry) {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     SuggestParameters(ws_, dialogs_, entry, [this] { return ResetEvents(ws_, dialogs_); });
     KeepSelectionValid(ws_);
     gridModel_->ContentChanged();

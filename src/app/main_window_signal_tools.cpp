@@ -34,7 +34,7 @@ void MainWindow::AddSignalToolActions(QMenu* m) {
         QAction* a = menu->addAction(Q(text));
         a->setObjectName(name);
         connect(a, &QAction::triggered, this, [this, run] {
-            if (NonStopRunning() || !ws_.recording) return;
+            if (Busy() || !ws_.recording) return;
             run();
         });
         actions_[name] = a;
