@@ -2,7 +2,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
@@ -389,21 +388,5 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 // ---- Closing -----------------------------------------------------------------
-
-void MainWindow::closeEvent(QCloseEvent* event) {
-    if (nonStop_->Running()) nonStop_->Stop();
-    // Events are never lost without a question.
-    if (!AskToSaveUnsavedEvents()) {
-        event->ignore();
-        return;
-    }
-    RefreshStatus();  // the events may have been saved even if closing stops here
-    if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
-        event->ignore();
-        return;
-    }
-    SaveGeometry();
-    event->accept();
-}
 
 }  // namespace vess

@@ -1,6 +1,8 @@
 // File commands of the main window: opening from the file lists, event files,
-// exports, settings and parameter files, and the detection parameter boxes.
+// exports, settings and parameter files, the detection parameter boxes, and
+// the questions before the window closes.
 #include <QAction>
+#include <QCloseEvent>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileInfo>
@@ -10,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "app/main_window.h"
+#include "app/nonstop_runner.h"
 #include "detection/ui/parameter_panel.h"
 #include "recording/texts.h"
 #include "detection/ui/trace_view.h"
@@ -141,6 +144,22 @@ void MainWindow::OnNumberPointsPeak(int points) {
         gridModel_->ContentChanged();
     }
     RefreshAll();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (nonStop_->Running()) nonStop_->Stop();
+    // Events are never lost without a question.
+    if (!AskToSaveUnsavedEvents()) {
+        event->ignore();
+        return;
+    }
+    RefreshStatus();  // the events may have been saved even if closing stops here
+    if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
+        event->ignore();
+        return;
+    }
+    SaveGeometry();
+    event->accept();
 }
 
 }  // namespace vess
