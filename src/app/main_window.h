@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -40,6 +41,7 @@ class OverviewStrip;
 class ParameterPanel;
 class Screen;
 class TraceView;
+struct CorrelogramRequest;
 struct DoublePeakResult;
 struct FilterChoice;
 class FilterDialog;
@@ -129,6 +131,8 @@ private:
 
     // Work arrays, histograms and statistics (main_window_statistics.cpp).
     void BuildStatisticsMenus();
+    // Counts a correlogram as a job; its normalise question and plot follow.
+    void StartCorrelogram(std::optional<CorrelogramRequest> request);
     void BuildDataArrayMenu();
     void BuildHistogramMenu();
     void BuildTestMenu();

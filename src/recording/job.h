@@ -62,10 +62,4 @@ private:
     std::string note_;
 };
 
-// The job's work and its result on the calling thread (the command line).
-inline void RunJobHere(const Job& job, const JobProgress& progress = {}) {
-    const JobProgress report = progress ? progress : [](double, const std::string&) { return true; };
-    if (JobApply apply = job.work(report)) apply();
-}
-
 }  // namespace vess

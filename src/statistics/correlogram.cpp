@@ -154,28 +154,46 @@ void AskNormalize(Dialogs& dialogs, Correlogram& c, std::size_t n) {
 
 }  // namespace
 
-std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
+std::optional<CorrelogramRequest> PrepareAutoCorrelogram(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
     const DataArray& array = ws.Array(arrayNumber);
     if (array.Empty()) return std::nullopt;
     const auto a = AskCorrelogram(dialogs, st::kAutoMaxBinsText);
     if (!a) return std::nullopt;
-    const std::vector<double> x = array.ValuesAsDouble();
-    Correlogram c = AutoCorrelogram(x, a->binSize, a->maxBins);
-    AskNormalize(dialogs, c, x.size());
-    return AutoCorrelogramPlot(c, arrayNumber == 1 ? 1 : 2, a->binSize, a->unit);
+    return CorrelogramRequest{array.ValuesAsDouble(), {}, false, arrayNumber == 1 ? 1 : 2,
+                              a->unit, a->binSize, a->maxBins};
 }
 
-std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray) {
+std::optional<CorrelogramRequest> PrepareCrossCorrelogram(Workspace& ws, Dialogs& dialogs, int firstArray) {
     const int first = firstArray == 1 ? 1 : 2;
     const DataArray& from = ws.Array(first);
     const DataArray& to = ws.Array(3 - first);
     if (from.Empty() || to.Empty()) return std::nullopt;
     const auto a = AskCorrelogram(dialogs, st::kCrossMaxBinsText);
     if (!a) return std::nullopt;
-    const std::vector<double> x = from.ValuesAsDouble();
-    Correlogram c = CrossCorrelogram(x, to.ValuesAsDouble(), a->binSize, a->maxBins);
-    AskNormalize(dialogs, c, x.size());
-    return CrossCorrelogramPlot(c, first, a->binSize, a->unit);
+    return CorrelogramRequest{from.ValuesAsDouble(), to.ValuesAsDouble(), true, first,
+                              a->unit, a->binSize, a->maxBins};
+}
+
+Correlogram CountCorrelogram(const CorrelogramRequest& r) {
+    return r.cross ? CrossCorrelogram(r.from, r.to, r.binSize, r.maxBins) : AutoCorrelogram(r.from, r.binSize, r.maxBins);
+}
+
+PlotData FinishCorrelogram(Dialogs& dialogs, Correlogram c, const CorrelogramRequest& r) {
+    AskNormalize(dialogs, c, r.from.size());
+    return r.cross ? CrossCorrelogramPlot(c, r.arrayNumber, r.binSize, r.unit)
+                   : AutoCorrelogramPlot(c, r.arrayNumber, r.binSize, r.unit);
+}
+
+std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
+    const auto r = PrepareAutoCorrelogram(ws, dialogs, arrayNumber);
+    if (!r) return std::nullopt;
+    return FinishCorrelogram(dialogs, CountCorrelogram(*r), *r);
+}
+
+std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray) {
+    const auto r = PrepareCrossCorrelogram(ws, dialogs, firstArray);
+    if (!r) return std::nullopt;
+    return FinishCorrelogram(dialogs, CountCorrelogram(*r), *r);
 }
 
 }  // namespace vess
