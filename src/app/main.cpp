@@ -49,9 +49,7 @@ int main(int argc, char** argv) {
                         vess::SettingsProblemsText(ws.iniPath, settingsProblems));
     if (!files.isEmpty()) window.OpenPath(files.first());
 
-    if (parser.isSet("screenshot")) {
-        const int screens = parser.value("screens").toInt();
-        return vess::TakeScreenshot(window, screenshotPath, screens) ? 0 : 1;
-    }
+    if (parser.isSet("screenshot"))
+        vess::ScheduleScreenshot(window, screenshotPath, parser.value("screens").toInt());
     return app.exec();
 }

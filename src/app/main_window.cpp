@@ -2,7 +2,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
@@ -21,6 +20,7 @@
 #include <QToolTip>
 #include <QVBoxLayout>
 
+#include "app/job_runner.h"
 #include "app/nonstop_runner.h"
 #include "detection/navigation.h"
 #include "detection/ui/event_sound.h"
@@ -195,6 +195,9 @@ void MainWindow::BuildLayout() {
     statusBar()->addWidget(statusFile_, 2);
     for (QLabel* l : {statusChannel_, statusScreen_, statusPointer_, statusEvents_})
         statusBar()->addWidget(l, 1);
+    jobs_ = new JobRunner(dialogs_, this);
+    statusBar()->addPermanentWidget(jobs_);
+    connect(jobs_, &JobRunner::RunningChanged, this, &MainWindow::RefreshActions);
     resize(1280, 820);
 }
 
@@ -217,6 +220,7 @@ QAction* MainWindow::Action(const QString& objectName) const {
 }
 
 bool MainWindow::NonStopRunning() const { return nonStop_->Running(); }
+bool MainWindow::Busy() const { return NonStopRunning() || jobs_->Running(); }
 
 // ---- Redrawing ---------------------------------------------------------------
 
@@ -384,21 +388,5 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 // ---- Closing -----------------------------------------------------------------
-
-void MainWindow::closeEvent(QCloseEvent* event) {
-    if (nonStop_->Running()) nonStop_->Stop();
-    // Events are never lost without a question.
-    if (!AskToSaveUnsavedEvents()) {
-        event->ignore();
-        return;
-    }
-    RefreshStatus();  // the events may have been saved even if closing stops here
-    if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
-        event->ignore();
-        return;
-    }
-    SaveGeometry();
-    event->accept();
-}
 
 }  // namespace vess

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -33,12 +34,14 @@ class EventGridModel;
 class EventSound;
 class FileBrowser;
 class NonStopRunner;
+class JobRunner;
 class AccuracyWindow;
 class DataAnalysisWindow;
 class OverviewStrip;
 class ParameterPanel;
 class Screen;
 class TraceView;
+struct CorrelogramRequest;
 struct DoublePeakResult;
 struct FilterChoice;
 class FilterDialog;
@@ -57,6 +60,10 @@ public:
     // The menu action or button with this object name (nullptr if none).
     QAction* Action(const QString& objectName) const;
     bool NonStopRunning() const;
+    // A non-stop analysis or a job runs: what would change the recording or
+    // its events waits (the test every such command's enabling asks).
+    bool Busy() const;
+    JobRunner& Jobs() const { return *jobs_; }
     // GrpAnal, created on first use and raised after (main_window_group.cpp).
     group::GroupAnalysisWindow* OpenGroupAnalysis();
     Workspace& Ws() { return ws_; }
@@ -124,6 +131,8 @@ private:
 
     // Work arrays, histograms and statistics (main_window_statistics.cpp).
     void BuildStatisticsMenus();
+    // Counts a correlogram as a job; its normalise question and plot follow.
+    void StartCorrelogram(std::optional<CorrelogramRequest> request);
     void BuildDataArrayMenu();
     void BuildHistogramMenu();
     void BuildTestMenu();
@@ -218,6 +227,7 @@ private:
     group::GroupAnalysisWindow* groupWindow_ = nullptr;
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
+    JobRunner* jobs_ = nullptr;
     std::unique_ptr<EventSound> sound_;
     bool syncingSelection_ = false;
     // Grid columns are fitted once per recording opened; after that the

@@ -14,7 +14,7 @@ void MainWindow::AddBatchActions(QMenu* m) {
     connect(a, &QAction::triggered, this, [this] {
         auto* w = findChild<BatchWindow*>("BatchWindow");
         if (!w) {
-            w = new BatchWindow(ws_, dialogs_, this);
+            w = new BatchWindow(ws_, dialogs_, *jobs_, this);
             w->setWindowFlag(Qt::Window);
             w->setAttribute(Qt::WA_DeleteOnClose);
         }

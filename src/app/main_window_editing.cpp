@@ -45,32 +45,33 @@ void MainWindow::OnSort(int field) {
 }
 
 void MainWindow::OnGridHeaderClicked(int column) {
-    if (column < 1 || column > kEventFieldCount || NonStopRunning()) return;
+    if (column < 1 || column > kEventFieldCount || Busy()) return;
     OnSort(int(FieldOfColumn(column)));
 }
 
 void MainWindow::OnUndo() {
-    if (NonStopRunning() || !ws_.history.Undo(ws_.events)) return;
+    if (Busy() || !ws_.history.Undo(ws_.events)) return;
     KeepSelectionValid(ws_);
     AfterEdit(true);
 }
 
 void MainWindow::OnRedo() {
-    if (NonStopRunning() || !ws_.history.Redo(ws_.events)) return;
+    if (Busy() || !ws_.history.Redo(ws_.events)) return;
     KeepSelectionValid(ws_);
     AfterEdit(true);
 }
 
 void MainWindow::RefreshActions() {
     const bool open = ws_.recording != nullptr;
-    const bool running = NonStopRunning();
+    const bool running = Busy();
+    const bool nonStop = NonStopRunning();
     const bool any = !ws_.events.Empty();
     const bool selected = ws_.selectedEvent >= 1 && ws_.selectedEvent <= ws_.events.Count();
     auto enable = [this](const char* name, bool on) {
         if (QAction* a = Action(name)) a->setEnabled(on);
     };
     for (const char* n : {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop"}) enable(n, open && !running);
-    enable("menu_Stop", running);
+    enable("menu_Stop", nonStop);
     enable("menu_Reset", any && !running);
     for (const char* n : {"menu_RejectThisEvent", "menu_DeletEvent", "menu_Unmark",
                           "menu_RecalculatePeak", "menu_DoublePeak"})

@@ -1,6 +1,8 @@
 // File commands of the main window: opening from the file lists, event files,
-// exports, settings and parameter files, and the detection parameter boxes.
+// exports, settings and parameter files, the detection parameter boxes, and
+// the questions before the window closes.
 #include <QAction>
+#include <QCloseEvent>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileInfo>
@@ -10,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "app/main_window.h"
+#include "app/nonstop_runner.h"
 #include "detection/ui/parameter_panel.h"
 #include "recording/texts.h"
 #include "detection/ui/trace_view.h"
@@ -33,7 +36,7 @@ void MainWindow::OpenPath(const QString& path) {
 }
 
 void MainWindow::OnFileChosen(const QString& path) {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     const Recording* before = ws_.recording.get();
     if (OpenFromFileList(ws_, path.toStdString(), dialogs_)) {
         fitColumns_ = true;
@@ -66,7 +69,7 @@ bool MainWindow::AskToSaveUnsavedEvents() {
 }
 
 void MainWindow::OnOpenEvent() {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     if (OpenEventFileCommand(ws_, dialogs_)) {
         ws_.selectedEvent = ws_.events.Empty() ? 0 : 1;
         gridModel_->ContentChanged();
@@ -120,7 +123,7 @@ void MainWindow::OnLoadParameter() {
 }
 
 void MainWindow::OnSuggest(int entry) {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     SuggestParameters(ws_, dialogs_, entry, [this] { return ResetEvents(ws_, dialogs_); });
     KeepSelectionValid(ws_);
     gridModel_->ContentChanged();
@@ -141,6 +144,22 @@ void MainWindow::OnNumberPointsPeak(int points) {
         gridModel_->ContentChanged();
     }
     RefreshAll();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (nonStop_->Running()) nonStop_->Stop();
+    // Events are never lost without a question.
+    if (!AskToSaveUnsavedEvents()) {
+        event->ignore();
+        return;
+    }
+    RefreshStatus();  // the events may have been saved even if closing stops here
+    if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
+        event->ignore();
+        return;
+    }
+    SaveGeometry();
+    event->accept();
 }
 
 }  // namespace vess

@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <QStatusBar>
 
+#include "app/job_runner.h"
 #include "app/main_window.h"
 #include "graphs/ui/graph_frame.h"
 #include "recording/screen.h"
@@ -60,14 +61,21 @@ void MainWindow::OnFilterResponse(const FilterChoice& choice) {
 }
 
 void MainWindow::OnFilterApply(const FilterChoice& choice) {
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool applied = ApplyFilterCommand(ws_, dialogs_, choice);
-    QApplication::restoreOverrideCursor();
-    if (!applied) return;
-    showFiltered_ = true;
-    screen_.reset();
-    RefreshTrace();
-    RefreshStatus();
+    if (Busy()) return;
+    auto request = PrepareFilter(ws_, dialogs_, choice);
+    if (!request) return;
+    jobs_->Start(MakeJob(std::string(texts::kFilterCaption),
+                         [r = std::move(*request)](const JobProgress& progress) {
+                             return FilterFromFile(r, [&](double done) { return progress(done, {}); });
+                         },
+                         [this](FilteredChannel filtered) {
+                             if (!AttachFiltered(ws_, dialogs_, std::move(filtered))) return;
+                             showFiltered_ = true;
+                             screen_.reset();
+                             RefreshTrace();
+                             RefreshStatus();
+                         }),
+                 this);
 }
 
 void MainWindow::OnRemoveFilter() {

@@ -10,7 +10,7 @@ namespace vess {
 
 group::GroupAnalysisWindow* MainWindow::OpenGroupAnalysis() {
     if (!groupWindow_) {
-        groupWindow_ = new group::GroupAnalysisWindow(ws_, dialogs_, this);
+        groupWindow_ = new group::GroupAnalysisWindow(ws_, dialogs_, *jobs_, this);
         groupWindow_->setWindowFlag(Qt::Window);
     }
     groupWindow_->show();

@@ -23,12 +23,12 @@ void MainWindow::DetectAtClick(int64_t index, bool lowThresholds) {
 }
 
 void MainWindow::OnRecalculate() {
-    if (ws_.selectedEvent < 1 || NonStopRunning()) return;
+    if (ws_.selectedEvent < 1 || Busy()) return;
     AfterEdit(RecalculateEvent(ws_, dialogs_, ws_.selectedEvent).eventIndex > 0);
 }
 
 void MainWindow::OnDoublePeak() {
-    if (NonStopRunning() || !ws_.recording) return;
+    if (Busy() || !ws_.recording) return;
     const int32_t before = ws_.events.Count();
     AfterDoublePeak(AnalyzeDoublePeak(ws_, dialogs_, ws_.selectedEvent), before);
 }
@@ -48,7 +48,7 @@ void MainWindow::AfterDoublePeak(const DoublePeakResult& r, int32_t countBefore)
 }
 
 void MainWindow::OnScanDoublePeak() {
-    if (NonStopRunning() || !ws_.recording) return;
+    if (Busy() || !ws_.recording) return;
     // The scan inserts rows: keep the same event selected, not the same row.
     const bool hadSelection = ws_.selectedEvent >= 1 && ws_.selectedEvent <= ws_.events.Count();
     const EventRecord selected = hadSelection ? ws_.events[ws_.selectedEvent] : EventRecord{};
@@ -65,13 +65,13 @@ void MainWindow::OnScanDoublePeak() {
 }
 
 void MainWindow::OnBaselineThreshold() {
-    if (NonStopRunning() || !ws_.recording) return;
+    if (Busy() || !ws_.recording) return;
     // Yes changes ThresholdAmplitude: the parameter boxes show it at once.
     if (BaselineThreshold(ws_, dialogs_).applied) RefreshAll();
 }
 
 void MainWindow::OnRmsNoise() {
-    if (NonStopRunning() || !ws_.recording) return;
+    if (Busy() || !ws_.recording) return;
     ShowRmsNoise(ws_, dialogs_);
     RefreshTrace();
 }

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QMenu>
 
+#include "app/job_runner.h"
 #include "app/main_window.h"
 #include "detection/accuracy_check.h"
 #include "detection/kernel_command.h"
@@ -42,7 +43,7 @@ void MainWindow::OnMethodChosen(DetectionMethod method) {
 }
 
 void MainWindow::OnSuggestFromRecording() {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const RecordingSuggestion s = ws_.recording ? SuggestFromRecording(ws_) : RecordingSuggestion{};
     QApplication::restoreOverrideCursor();
@@ -56,39 +57,43 @@ void MainWindow::OnSuggestFromRecording() {
 }
 
 void MainWindow::OnLearnKernel() {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     LearnKernelCommand(ws_, dialogs_);
     RefreshAll();
 }
 
-// The check runs on its own thread over a copy of the channel's first
+// The check runs as a job over a copy of the channel's first
 // minutes: the main window stays usable, and the table and plot come when it
 // ends. Asked again while one runs, the window is only raised.
 void MainWindow::OnCheckAccuracy() {
     if (NonStopRunning()) return;
+    if (accuracyWindow_ && accuracyWindow_->Running()) {
+        accuracyWindow_->show();
+        accuracyWindow_->raise();
+        return;
+    }
+    if (jobs_->Running()) return;
     if (!ws_.recording) {
         dialogs_.Message(method_texts::kCheckCaption, method_texts::kNoRecording);
         return;
     }
     if (!accuracyWindow_) {
-        accuracyWindow_ = new AccuracyWindow(this);
+        accuracyWindow_ = new AccuracyWindow(*jobs_, this);
         connect(accuracyWindow_, &AccuracyWindow::Finished, this,
                 [this](const AccuracyReport& report) { ShowPlot(AccuracyPlot(report)); });
     }
-    if (!accuracyWindow_->Running()) {
-        AccuracyInput input = PrepareAccuracyCheck(ws_, AccuracyOptions{});
-        if (!input.problem.empty()) {
-            dialogs_.Message(method_texts::kCheckCaption, input.problem);
-            return;
-        }
-        accuracyWindow_->Start(std::move(input));
+    AccuracyInput input = PrepareAccuracyCheck(ws_, AccuracyOptions{});
+    if (!input.problem.empty()) {
+        dialogs_.Message(method_texts::kCheckCaption, input.problem);
+        return;
     }
+    accuracyWindow_->Start(std::move(input));
     accuracyWindow_->show();
     accuracyWindow_->raise();
 }
 
 void MainWindow::OnRemoveNearDuplicates() {
-    if (NonStopRunning()) return;
+    if (Busy()) return;
     AfterEdit(RemoveNearDuplicatesCommand(ws_, dialogs_).changed);
 }
 

@@ -7,6 +7,7 @@
 #include <QSignalBlocker>
 #include <QString>
 
+#include "app/job_runner.h"
 #include "app/main_window.h"
 #include "detection/ui/trace_view.h"
 #include "graphs/ui/graph_frame.h"
@@ -34,7 +35,7 @@ void MainWindow::AddSignalToolActions(QMenu* m) {
         QAction* a = menu->addAction(Q(text));
         a->setObjectName(name);
         connect(a, &QAction::triggered, this, [this, run] {
-            if (NonStopRunning() || !ws_.recording) return;
+            if (Busy() || !ws_.recording) return;
             run();
         });
         actions_[name] = a;
@@ -47,8 +48,14 @@ void MainWindow::AddSignalToolActions(QMenu* m) {
         return CursorSpan{c->index1, c->index2};
     };
     add(m, "menu_NoiseMeasures", kNoiseMenu, [=, this] { NoiseMeasuresCommand(ws_, dialogs_, cursors()); });
-    add(m, "menu_NoiseSpectrum", kSpectrumMenu,
-        [=, this] { Show(NoiseSpectrumCommand(ws_, dialogs_, cursors())); });
+    add(m, "menu_NoiseSpectrum", kSpectrumMenu, [=, this] {
+        auto request = PrepareNoiseSpectrum(ws_, dialogs_, cursors());
+        if (!request) return;
+        jobs_->Start(MakeJob(std::string(kSpectrumMenu),
+                             [r = std::move(*request)](const JobProgress&) { return NoiseSpectrumPlot(r); },
+                             [](PlotData plot) { Show(plot); }),
+                     this);
+    });
     QAction* line = m->addAction(Q(kLineFrequencyMenu));
     line->setObjectName("menu_LineFrequency60");
     line->setCheckable(true);

@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMenuBar>
 
+#include "app/job_runner.h"
 #include "app/main_window.h"
 #include "detection/ui/trace_view.h"
 #include "graphs/ui/graph_frame.h"
@@ -143,10 +144,10 @@ void MainWindow::BuildHistogramMenu() {
     for (int k = 1; k <= 2; ++k) {
         AddStatisticsAction(autoMenu, Name("menu_AutoCorrelogram", k - 1),
                             stats_texts::kCorrelogramMenuAuto[k - 1],
-                            [this, k] { Show(AutoCorrelogramCommand(ws_, dialogs_, k)); });
+                            [this, k] { StartCorrelogram(PrepareAutoCorrelogram(ws_, dialogs_, k)); });
         AddStatisticsAction(crossMenu, Name("menu_CrossCorrelogram", k - 1),
                             stats_texts::kCorrelogramMenuCross[k - 1],
-                            [this, k] { Show(CrossCorrelogramCommand(ws_, dialogs_, k)); });
+                            [this, k] { StartCorrelogram(PrepareCrossCorrelogram(ws_, dialogs_, k)); });
     }
     m->addSeparator();
     AddStatisticsAction(m, "menu_CoastlineM", kCoastlineMenu,
@@ -164,6 +165,17 @@ void MainWindow::BuildHistogramMenu() {
                                    rec.Bit2pA(int32_t(std::lround(c->counts2)))};
         Show(NoiseHistogramCommand(ws_, dialogs_, cursors));
     });
+}
+
+void MainWindow::StartCorrelogram(std::optional<CorrelogramRequest> request) {
+    if (!request || jobs_->Running()) return;
+    // Shared by the work and the questions after it: the arrays are not copied again.
+    auto r = std::make_shared<const CorrelogramRequest>(std::move(*request));
+    jobs_->Start(MakeJob(r->cross ? std::string(stats_ui_texts::kCrossCorrelogramMenu)
+                                  : std::string(stats_ui_texts::kAutoCorrelogramMenu),
+                         [r](const JobProgress&) { return CountCorrelogram(*r); },
+                         [this, r](Correlogram c) { Show(FinishCorrelogram(dialogs_, std::move(c), *r)); }),
+                 this);
 }
 
 void MainWindow::BuildTestMenu() {

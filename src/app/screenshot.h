@@ -8,7 +8,8 @@ namespace vess {
 
 class MainWindow;
 
-// Returns false when the picture could not be written.
-bool TakeScreenshot(MainWindow& window, const QString& pngPath, int screens);
+// Takes the picture once the event loop has let the window settle, then ends
+// the event loop: with 0, or 1 when the picture could not be written.
+void ScheduleScreenshot(MainWindow& window, const QString& pngPath, int screens);
 
 }  // namespace vess

@@ -1,58 +1,30 @@
 #include "detection/fft_convolution.h"
 
-#include <fftw3.h>
-
 #include <algorithm>
-#include <cstring>
-#include <mutex>
+#include <complex>
+
+#include "recording/fft_plan.h"
 
 namespace vess {
-namespace {
-
-// FFTW's planner is not thread-safe (executing a plan is): batch runs build
-// convolvers on several threads at once.
-std::mutex& PlannerMutex() {
-    static std::mutex m;
-    return m;
-}
-
-}  // namespace
 
 struct FftConvolver::Plans {
-    double* time = nullptr;
-    fftw_complex* freq = nullptr;
-    fftw_complex* filter = nullptr;
-    fftw_plan forward = nullptr;
-    fftw_plan backward = nullptr;
-    ~Plans() {
-        const std::lock_guard lock(PlannerMutex());
-        if (forward) fftw_destroy_plan(forward);
-        if (backward) fftw_destroy_plan(backward);
-        fftw_free(time);
-        fftw_free(freq);
-        fftw_free(filter);
-    }
+    explicit Plans(int points) : fft(points, true), filter(std::size_t(fft.Bins())) {}
+    RealFft fft;
+    std::vector<std::complex<double>> filter;  // the taps' spectrum
 };
 
-FftConvolver::FftConvolver(std::vector<double> taps, int64_t centre)
-    : taps_(std::move(taps)), centre_(centre), plans_(std::make_unique<Plans>()) {
+FftConvolver::FftConvolver(std::vector<double> taps, int64_t centre) : taps_(std::move(taps)), centre_(centre) {
     if (taps_.empty()) taps_ = {1.0};
     // A block four times the filter (at least 4096 points) keeps the share of
     // each transform thrown away small.
     fftSize_ = 4096;
     while (fftSize_ < 4 * int64_t(taps_.size())) fftSize_ *= 2;
-    const int n = int(fftSize_);
-    Plans& p = *plans_;
-    p.time = fftw_alloc_real(std::size_t(n));
-    p.freq = fftw_alloc_complex(std::size_t(n / 2 + 1));
-    p.filter = fftw_alloc_complex(std::size_t(n / 2 + 1));
-    const std::lock_guard lock(PlannerMutex());
-    p.forward = fftw_plan_dft_r2c_1d(n, p.time, p.freq, FFTW_ESTIMATE);
-    p.backward = fftw_plan_dft_c2r_1d(n, p.freq, p.time, FFTW_ESTIMATE);
-    std::fill(p.time, p.time + n, 0.0);
-    std::copy(taps_.begin(), taps_.end(), p.time);
-    fftw_execute(p.forward);
-    std::memcpy(p.filter, p.freq, sizeof(fftw_complex) * std::size_t(n / 2 + 1));
+    plans_ = std::make_unique<Plans>(int(fftSize_));
+    RealFft& fft = plans_->fft;
+    std::fill(fft.Samples(), fft.Samples() + fftSize_, 0.0);
+    std::copy(taps_.begin(), taps_.end(), fft.Samples());
+    fft.Forward();
+    std::copy(fft.Spectrum(), fft.Spectrum() + fft.Bins(), plans_->filter.begin());
 }
 
 FftConvolver::~FftConvolver() = default;
@@ -62,7 +34,8 @@ void FftConvolver::Filter(const std::vector<double>& input, std::vector<double>&
     const int64_t n = int64_t(input.size()) - (m - 1);
     output.assign(std::size_t(std::max<int64_t>(n, 0)), 0.0);
     if (n <= 0) return;
-    Plans& p = *plans_;
+    RealFft& fft = plans_->fft;
+    const std::complex<double>* filter = plans_->filter.data();
     const int64_t hop = fftSize_ - (m - 1);
     const double scale = 1.0 / double(fftSize_);
     // Output i needs input i .. i + m - 1 (the full convolution's point
@@ -70,18 +43,13 @@ void FftConvolver::Filter(const std::vector<double>& input, std::vector<double>&
     // inverse transform being wrapped around.
     for (int64_t out = 0; out < n; out += hop) {
         const int64_t take = std::min<int64_t>(fftSize_, int64_t(input.size()) - out);
-        std::copy(input.begin() + out, input.begin() + out + take, p.time);
-        std::fill(p.time + take, p.time + fftSize_, 0.0);
-        fftw_execute(p.forward);
-        for (int64_t k = 0; k <= fftSize_ / 2; ++k) {
-            const double re = p.freq[k][0] * p.filter[k][0] - p.freq[k][1] * p.filter[k][1];
-            const double im = p.freq[k][0] * p.filter[k][1] + p.freq[k][1] * p.filter[k][0];
-            p.freq[k][0] = re;
-            p.freq[k][1] = im;
-        }
-        fftw_execute(p.backward);
+        std::copy(input.begin() + out, input.begin() + out + take, fft.Samples());
+        std::fill(fft.Samples() + take, fft.Samples() + fftSize_, 0.0);
+        fft.Forward();
+        for (int k = 0; k < fft.Bins(); ++k) fft.Spectrum()[k] *= filter[k];
+        fft.Inverse();
         const int64_t count = std::min(hop, n - out);
-        for (int64_t i = 0; i < count; ++i) output[std::size_t(out + i)] = p.time[m - 1 + i] * scale;
+        for (int64_t i = 0; i < count; ++i) output[std::size_t(out + i)] = fft.Samples()[m - 1 + i] * scale;
     }
 }
 

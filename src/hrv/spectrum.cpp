@@ -5,8 +5,9 @@
 #include <complex>
 #include <numbers>
 
-#include <fftw3.h>
 #include <fmt/format.h>
+
+#include "recording/fft_plan.h"
 
 namespace vess::hrv {
 
@@ -81,9 +82,9 @@ SpectrumResult WelchDensity(std::span<const double> y, double fs, int windowPoin
         windowPower += window[std::size_t(i)] * window[std::size_t(i)];
     }
     const int bins = n / 2 + 1;
-    double* in = fftw_alloc_real(std::size_t(n));
-    fftw_complex* out = fftw_alloc_complex(std::size_t(bins));
-    fftw_plan plan = fftw_plan_dft_r2c_1d(n, in, out, FFTW_ESTIMATE);
+    RealFft fft(n);
+    double* in = fft.Samples();
+    const std::complex<double>* out = fft.Spectrum();
     s.densityMs2PerHz.assign(std::size_t(bins), 0);
     for (std::size_t start = 0; start + std::size_t(n) <= y.size(); start += std::size_t(step)) {
         // Each window loses its own mean, as the whole series lost its trend.
@@ -91,14 +92,10 @@ SpectrumResult WelchDensity(std::span<const double> y, double fs, int windowPoin
         for (int i = 0; i < n; ++i) mean += y[start + std::size_t(i)];
         mean /= n;
         for (int i = 0; i < n; ++i) in[i] = (y[start + std::size_t(i)] - mean) * window[std::size_t(i)];
-        fftw_execute(plan);
-        for (int k = 0; k < bins; ++k)
-            s.densityMs2PerHz[std::size_t(k)] += out[k][0] * out[k][0] + out[k][1] * out[k][1];
+        fft.Forward();
+        for (int k = 0; k < bins; ++k) s.densityMs2PerHz[std::size_t(k)] += std::norm(out[k]);
         ++s.windows;
     }
-    fftw_destroy_plan(plan);
-    fftw_free(in);
-    fftw_free(out);
     for (int k = 0; k < bins; ++k) {
         // One-sided: every bin but DC and (for even n) Nyquist carries its mirror.
         const bool single = k == 0 || (n % 2 == 0 && k == n / 2);

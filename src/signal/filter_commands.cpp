@@ -46,24 +46,42 @@ void StoreFilterChoice(const FilterChoice& choice, Settings& s) {
     s.FilterZeroPhase = choice.zeroPhase;
 }
 
-bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice, const FilterProgress& progress) {
+std::optional<FilterRequest> PrepareFilter(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice) {
     if (!ws.recording) {
         dialogs.Message(texts::kFilterCaption, texts::kFilterNoRecording);
-        return false;
+        return std::nullopt;
     }
     if (const std::string why = FilterChoiceProblem(choice, SampleRateHz(*ws.recording)); !why.empty()) {
         dialogs.Message(texts::kFilterCaption, why);
-        return false;
+        return std::nullopt;
     }
     StoreFilterChoice(choice, ws.settings);
-    FilteredChannel f = FilterChannel(*ws.recording, choice, progress);
+    return FilterRequest{ws.recording->Path(), ws.recording->Channel(), choice};
+}
+
+FilteredChannel FilterFromFile(const FilterRequest& request, const FilterProgress& progress) {
+    AbfError error{};
+    std::string detail;
+    const auto recording = Recording::Open(request.recording, &error, &detail);
+    if (!recording) return {nullptr, detail.empty() ? request.recording.string() : detail};
+    recording->SetChannel(request.channel);
+    return FilterChannel(*recording, request.choice, progress);
+}
+
+bool AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel f) {
     if (!f.counts) {
         if (f.error != "stopped") dialogs.Message(texts::kFilterCaption, texts::FilterFailedText(f.error));
         return false;
     }
+    if (!ws.recording) return false;
     ws.recording->AttachFiltered(std::move(f.counts));
     ws.recording->ReadFiltered(ws.settings.DetectOnFiltered);
     return true;
+}
+
+bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice, const FilterProgress& progress) {
+    if (!PrepareFilter(ws, dialogs, choice)) return false;
+    return AttachFiltered(ws, dialogs, FilterChannel(*ws.recording, choice, progress));
 }
 
 void RemoveFilter(Workspace& ws) {

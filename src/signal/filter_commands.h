@@ -3,6 +3,8 @@
 // the frequency response for a graph window.
 #pragma once
 
+#include <filesystem>
+#include <optional>
 #include <vector>
 
 #include "graphs/plot_data.h"
@@ -24,6 +26,17 @@ void StoreFilterChoice(const FilterChoice& choice, Settings& settings);
 // recording as it was. True when the filtered copy is attached.
 bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice,
                         const FilterProgress& progress = {});
+// The same in two steps, for a job: the choice checked and stored, then the
+// channel filtered from the recording's file opened anew (nothing shared with
+// the windows' reads), then the copy attached where the windows live.
+struct FilterRequest {
+    std::filesystem::path recording;
+    uint8_t channel = 0;
+    FilterChoice choice;
+};
+std::optional<FilterRequest> PrepareFilter(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice);
+FilteredChannel FilterFromFile(const FilterRequest& request, const FilterProgress& progress);
+bool AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel filtered);
 // Drops the filtered copy; detection reads the recorded samples again.
 void RemoveFilter(Workspace& ws);
 // Stores the choice and points the recording's reads at the filtered copy

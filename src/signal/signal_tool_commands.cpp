@@ -57,9 +57,9 @@ std::optional<NoiseMeasures> NoiseMeasuresCommand(Workspace& ws, Dialogs& dialog
     return m;
 }
 
-std::optional<PlotData> NoiseSpectrumCommand(Workspace& ws, Dialogs& dialogs,
-                                             std::optional<CursorSpan> cursors) {
-    const auto s = StretchOrTell(ws, dialogs, cursors, tool_texts::kSpectrumMenu);
+std::optional<NoiseSpectrumRequest> PrepareNoiseSpectrum(Workspace& ws, Dialogs& dialogs,
+                                                         std::optional<CursorSpan> cursors) {
+    auto s = StretchOrTell(ws, dialogs, cursors, tool_texts::kSpectrumMenu);
     if (!s) return std::nullopt;
     const auto length = AskWhole(dialogs, tool_texts::kSegmentCaption, tool_texts::kSegmentPrompt,
                                  fmt::format("{}", DefaultSegmentLength(s->values.size())));
@@ -68,10 +68,21 @@ std::optional<PlotData> NoiseSpectrumCommand(Workspace& ws, Dialogs& dialogs,
         dialogs.Message(S(tool_texts::kSegmentCaption), S(tool_texts::kSegmentRefused));
         return std::nullopt;
     }
-    const PowerSpectrum psd = WelchSpectrum(s->values, 1000.0 / s->intervalMs, *length);
-    return SpectrumPlot(psd, s->units, ws.settings.LineFrequency,
-                        fmt::format("{}  {}  segment={} points", tool_texts::kSpectrumMenu,
-                                    StretchName(cursors), *length));
+    return NoiseSpectrumRequest{std::move(*s), *length, ws.settings.LineFrequency,
+                                fmt::format("{}  {}  segment={} points", tool_texts::kSpectrumMenu,
+                                            StretchName(cursors), *length)};
+}
+
+PlotData NoiseSpectrumPlot(const NoiseSpectrumRequest& r) {
+    const PowerSpectrum psd = WelchSpectrum(r.stretch.values, 1000.0 / r.stretch.intervalMs, r.segmentPoints);
+    return SpectrumPlot(psd, r.stretch.units, r.lineHz, r.title);
+}
+
+std::optional<PlotData> NoiseSpectrumCommand(Workspace& ws, Dialogs& dialogs,
+                                             std::optional<CursorSpan> cursors) {
+    const auto request = PrepareNoiseSpectrum(ws, dialogs, cursors);
+    if (!request) return std::nullopt;
+    return NoiseSpectrumPlot(*request);
 }
 
 std::optional<PlotData> DifferenceTraceCommand(Workspace& ws, Dialogs& dialogs,

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "graphs/plot_data.h"
 #include "recording/dialogs.h"
@@ -20,8 +21,19 @@ TraceStretch ShownStretch(const Workspace& ws, std::optional<CursorSpan> cursors
 // The noise measures in a message; nothing without a recording.
 std::optional<NoiseMeasures> NoiseMeasuresCommand(Workspace& ws, Dialogs& dialogs,
                                                   std::optional<CursorSpan> cursors);
-// Segment length prompt, then the Welch spectrum with the line frequency of
-// the settings marked.
+// What a noise spectrum works on: a copy of the stretch and the answers.
+struct NoiseSpectrumRequest {
+    TraceStretch stretch;
+    int segmentPoints = 0;
+    double lineHz = 50;
+    std::string title;
+};
+// The stretch and the segment length prompt; nothing when refused or cancelled.
+std::optional<NoiseSpectrumRequest> PrepareNoiseSpectrum(Workspace& ws, Dialogs& dialogs,
+                                                         std::optional<CursorSpan> cursors);
+// The Welch spectrum with the line frequency marked (a job's work).
+PlotData NoiseSpectrumPlot(const NoiseSpectrumRequest& request);
+// Both at once.
 std::optional<PlotData> NoiseSpectrumCommand(Workspace& ws, Dialogs& dialogs,
                                              std::optional<CursorSpan> cursors);
 std::optional<PlotData> DifferenceTraceCommand(Workspace& ws, Dialogs& dialogs,

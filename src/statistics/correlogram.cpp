@@ -155,20 +155,18 @@ void AskNormalize(Dialogs& dialogs, Correlogram& c, std::size_t n) {
 
 }  // namespace
 
-std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
+std::optional<CorrelogramRequest> PrepareAutoCorrelogram(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
     const DataArray& array = ws.Array(arrayNumber);
     if (array.Empty()) return std::nullopt;
     const auto a = AskCorrelogram(dialogs, st::kAutoMaxBinsText);
     if (!a) return std::nullopt;
     const FiniteSeries x = FiniteOnly(array.ValuesAsDouble());
-    Correlogram c = AutoCorrelogram(x.values, a->binSize, a->maxBins);
-    AskNormalize(dialogs, c, x.values.size());
-    PlotData p = AutoCorrelogramPlot(c, arrayNumber == 1 ? 1 : 2, a->binSize, a->unit);
-    p.note = JoinNotes(LeftOutText(x.leftOut), LostPrecisionText(x.values));
-    return p;
+    CorrelogramRequest r{x.values, {}, false, arrayNumber == 1 ? 1 : 2, a->unit, a->binSize, a->maxBins, {}};
+    r.note = JoinNotes(LeftOutText(x.leftOut), LostPrecisionText(x.values));
+    return r;
 }
 
-std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray) {
+std::optional<CorrelogramRequest> PrepareCrossCorrelogram(Workspace& ws, Dialogs& dialogs, int firstArray) {
     const int first = firstArray == 1 ? 1 : 2;
     const DataArray& from = ws.Array(first);
     const DataArray& to = ws.Array(3 - first);
@@ -177,12 +175,34 @@ std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs,
     if (!a) return std::nullopt;
     const FiniteSeries x = FiniteOnly(from.ValuesAsDouble());
     const FiniteSeries y = FiniteOnly(to.ValuesAsDouble());
-    Correlogram c = CrossCorrelogram(x.values, y.values, a->binSize, a->maxBins);
-    AskNormalize(dialogs, c, x.values.size());
-    PlotData p = CrossCorrelogramPlot(c, first, a->binSize, a->unit);
+    CorrelogramRequest r{x.values, y.values, true, first, a->unit, a->binSize, a->maxBins, {}};
     const std::string lost = LostPrecisionText(x.values);
-    p.note = JoinNotes(LeftOutText(x.leftOut + y.leftOut), lost.empty() ? LostPrecisionText(y.values) : lost);
+    r.note = JoinNotes(LeftOutText(x.leftOut + y.leftOut), lost.empty() ? LostPrecisionText(y.values) : lost);
+    return r;
+}
+
+Correlogram CountCorrelogram(const CorrelogramRequest& r) {
+    return r.cross ? CrossCorrelogram(r.from, r.to, r.binSize, r.maxBins) : AutoCorrelogram(r.from, r.binSize, r.maxBins);
+}
+
+PlotData FinishCorrelogram(Dialogs& dialogs, Correlogram c, const CorrelogramRequest& r) {
+    AskNormalize(dialogs, c, r.from.size());
+    PlotData p = r.cross ? CrossCorrelogramPlot(c, r.arrayNumber, r.binSize, r.unit)
+                         : AutoCorrelogramPlot(c, r.arrayNumber, r.binSize, r.unit);
+    p.note = r.note;
     return p;
+}
+
+std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
+    const auto r = PrepareAutoCorrelogram(ws, dialogs, arrayNumber);
+    if (!r) return std::nullopt;
+    return FinishCorrelogram(dialogs, CountCorrelogram(*r), *r);
+}
+
+std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray) {
+    const auto r = PrepareCrossCorrelogram(ws, dialogs, firstArray);
+    if (!r) return std::nullopt;
+    return FinishCorrelogram(dialogs, CountCorrelogram(*r), *r);
 }
 
 }  // namespace vess

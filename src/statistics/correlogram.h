@@ -45,4 +45,20 @@ PlotData CrossCorrelogramPlot(const Correlogram& c, int firstArray, double binSi
 std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber);
 std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray);
 
+// The same in three steps, for a job over large arrays: the questions and a
+// copy of the arrays, the count, then the normalise question and the plot.
+struct CorrelogramRequest {
+    std::vector<double> from, to;  // to is empty for an auto-correlogram
+    bool cross = false;
+    int arrayNumber = 1;           // the array, or the first of a cross-correlogram
+    std::string unit;
+    double binSize = 0;
+    int64_t maxBins = 0;
+    std::string note;              // values left out, precision lost
+};
+std::optional<CorrelogramRequest> PrepareAutoCorrelogram(Workspace& ws, Dialogs& dialogs, int arrayNumber);
+std::optional<CorrelogramRequest> PrepareCrossCorrelogram(Workspace& ws, Dialogs& dialogs, int firstArray);
+Correlogram CountCorrelogram(const CorrelogramRequest& request);
+PlotData FinishCorrelogram(Dialogs& dialogs, Correlogram c, const CorrelogramRequest& request);
+
 }  // namespace vess

@@ -103,5 +103,28 @@ TEST_F(BatchWindowTest, StopEndsALongRunAndTheWindowAnswersMeanwhile) {
     Picture(w, "batch_window_stopped");
 }
 
+// Clear while a run went emptied the list its results were still being
+// written into.
+TEST_F(BatchWindowTest, TheFileListWaitsForARunningBatch) {
+    BatchWindow* w = Open();
+    ASSERT_NE(w, nullptr);
+    w->AddRecordings({Synth("a.abf", 20), Synth("b.abf", 20), Synth("c.abf", 20)});
+    w->findChild<QSpinBox*>("jobs")->setValue(1);
+    QTest::mouseClick(w->findChild<QPushButton*>("run"), Qt::LeftButton);
+    ASSERT_TRUE(w->Running());
+    for (const char* name : {"addFiles", "addFolder", "clearFiles"})
+        EXPECT_FALSE(w->findChild<QPushButton*>(name)->isEnabled()) << name;
+    QTest::mouseClick(w->findChild<QPushButton*>("clearFiles"), Qt::LeftButton);
+    Picture(window.get(), "main_window_job_running");
+    ASSERT_TRUE(WaitFor([&] { return !w->Running(); }, 60000));
+    ASSERT_EQ(w->Table()->rowCount(), 3);
+    ASSERT_EQ(w->Rows().size(), 3u);
+    for (int row = 0; row < 3; ++row) {
+        EXPECT_TRUE(w->Rows()[std::size_t(row)].analysed) << w->Rows()[std::size_t(row)].errors;
+        EXPECT_EQ(Cell(w, row, 3), QString::number(w->Rows()[std::size_t(row)].events));
+    }
+    EXPECT_TRUE(w->findChild<QPushButton*>("clearFiles")->isEnabled());
+}
+
 }  // namespace
 }  // namespace vess::test

@@ -48,7 +48,7 @@ TEST_F(FilterWindowTest, ApplyShowsTheFilteredTraceWithIndicatorAndShiftFToggles
     form->findChild<QLineEdit*>("edFilterCutoff")->setText("300");
     form->findChild<QSpinBox*>("spFilterOrder")->setValue(2);
     Click(form, "btnFilterApply");
-    ASSERT_TRUE(ws.recording->HasFiltered());
+    ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered(); }, 20000));
     EXPECT_EQ(ws.settings.FilterType, 1);
     EXPECT_EQ(ws.settings.FilterFreq, "300");
     EXPECT_TRUE(label->isVisible());
@@ -59,6 +59,9 @@ TEST_F(FilterWindowTest, ApplyShowsTheFilteredTraceWithIndicatorAndShiftFToggles
     Snapshot("filter_applied");
     form->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/filter_dialog.png");
 
+    // Shift+F goes to the main window, as after a click on it (the form,
+    // shown meanwhile, is the active window now).
+    QApplication::setActiveWindow(window.get());
     Key(Qt::Key_F, Qt::ShiftModifier);
     EXPECT_TRUE(label->text().contains("Recorded trace")) << label->text().toStdString();
     EXPECT_FALSE(window->Action("menu_ShowFiltered")->isChecked());
@@ -86,7 +89,7 @@ TEST_F(FilterWindowTest, DetectOnTheFilteredTraceIsSavedAndMakesReadsFiltered) {
     FilterDialog* form = OpenForm();
     ASSERT_TRUE(form);
     Click(form, "btnFilterApply");  // the settings' filter: elliptic low-pass 1 kHz
-    ASSERT_TRUE(ws.recording->HasFiltered());
+    ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered(); }, 20000));
     ws.recording->ReadSamples(1000, read);
     EXPECT_EQ(read, raw);  // detection still reads the recording
 

@@ -107,7 +107,7 @@ TEST_F(GroupWindowTest, DisplaysNavigatesFitsAndSavesResults) {
     w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
     QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
     QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
-    EXPECT_FALSE(w->Fitting());
+    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     ASSERT_EQ(ws.results.Count(), 1);
     EXPECT_EQ(w->Grid()->model()->rowCount(), 1);
     EXPECT_EQ(w->Grid()->model()->headerData(7, Qt::Horizontal).toString(), "Tau1");
@@ -250,6 +250,7 @@ TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
     // One result prints on one page; 90 rows need more.
     w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
     QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
+    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     ASSERT_EQ(ws.results.Count(), 1);
     pdf = QString::fromStdString((dir / "one.pdf").string());
     w->Action("menu_PrintResults")->trigger();
@@ -334,16 +335,50 @@ TEST_F(GroupWindowTest, FittingCanBeInterruptedFromTheButton) {
     GroupAnalysisWindow* w = OpenGrouped();
     w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
     QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    // A search that never settles (tolerance 0) and may run for ten million
+    // iterations: only the second click ends it.
+    w->Settings().Tolerance = 0;
+    w->findChild<QComboBox*>("Combo11")->setCurrentText("10000000");
     auto* button = w->findChild<QPushButton*>("Command2");
-    // The first progress report processes this queued click, which stops the run.
-    QTimer::singleShot(0, button, [button] {
-        EXPECT_EQ(button->text(), "Interrupt Fitting");
-        button->click();
-    });
     button->click();
+    EXPECT_EQ(button->text(), "Interrupt Fitting");
+    button->click();
+    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     EXPECT_EQ(button->text(), "Start Fitting");
     EXPECT_LT(ws.results.Count(), w->Traces().count);
     Shot(w, "group_analysis_superimposed");
+}
+
+// Start Display while a fit runs used to rebuild the set under the fit,
+// which then read traces of the new length as if they were the old ones.
+TEST_F(GroupWindowTest, StartDisplayWaitsForARunningFit) {
+    GroupAnalysisWindow* w = OpenGrouped();
+    w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    const int32_t length = w->Traces().length;
+    auto* fit = w->findChild<QPushButton*>("Command2");
+    fit->click();
+    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
+    std::vector<ResultBytes> undisturbed;
+    for (int32_t r = 1; r <= ws.results.Count(); ++r) undisturbed.push_back(ws.results[r]);
+    ASSERT_EQ(undisturbed.size(), std::size_t(w->Traces().count));
+    ws.results.Clear();
+
+    // The same fit, with the trace length changed and Start Display pressed
+    // (menu and button) as soon as the window answers.
+    QTimer::singleShot(0, w, [w] {
+        w->findChild<QComboBox*>("Combo4")->setCurrentText("0.25");
+        w->Action("menu_DisplayTrace")->trigger();
+        QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    });
+    fit->click();
+    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
+    EXPECT_EQ(w->Traces().length, length);
+    ASSERT_EQ(ws.results.Count(), int32_t(undisturbed.size()));
+    for (int32_t r = 1; r <= ws.results.Count(); ++r) EXPECT_EQ(ws.results[r], undisturbed[std::size_t(r - 1)]) << r;
+    // Once the fit has ended, Start Display works again.
+    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    EXPECT_NE(w->Traces().length, length);
 }
 
 }  // namespace

@@ -99,6 +99,7 @@ TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
     // A fit replaces it by the fitted curve, which starts after the stretch's start.
     w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
     QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
+    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     dialogs.AnswerInput("1").AnswerSaveFile((dir / "curve.txt").string());
     w->Action("menu_savecurvedata")->trigger();
     const std::string curve = ReadText(dir / "curve.txt");

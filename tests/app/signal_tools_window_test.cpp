@@ -27,6 +27,7 @@ TEST_F(SignalToolsTest, NoiseMeasuresAndSpectrumOfTheScreen) {
 
     dialogs.AnswerInput("256");
     window->Action("menu_NoiseSpectrum")->trigger();
+    ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
     GraphFrame* frame = CurrentGraphFrame();
     ASSERT_NE(frame, nullptr);
     const PlotData& plot = frame->CurrentPlot()->Description();

@@ -13,15 +13,18 @@
 #include <QSpinBox>
 #include <QStyledItemDelegate>
 #include <QTableWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
+#include <atomic>
+#include <mutex>
 #include <set>
-#include <thread>
 
+#include "app/job_runner.h"
 #include "batch/texts.h"
 #include "recording/file_io.h"
 #include "recording/method_settings.h"
@@ -59,23 +62,37 @@ QString Number(double value, const char* format) {
 
 }  // namespace
 
-BatchWindow::BatchWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
-    : QWidget(parent), ws_(ws), dialogs_(dialogs) {
+// What a run's threads leave for the window: each recording's percentage and
+// the rows finished since the window last looked.
+struct BatchWindow::Live {
+    std::mutex mutex;
+    std::vector<int> percent;
+    std::vector<std::pair<std::size_t, BatchRow>> finished;
+    std::size_t done = 0;
+};
+
+BatchWindow::BatchWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent)
+    : QWidget(parent), ws_(ws), dialogs_(dialogs), jobs_(jobs) {
     setObjectName("BatchWindow");
     setWindowTitle(Q(t::kWindowTitle));
     BuildForm();
+    poll_ = new QTimer(this);
+    poll_->setInterval(100);
+    connect(poll_, &QTimer::timeout, this, &BatchWindow::ShowLive);
+    connect(&jobs_, &JobRunner::RunningChanged, this, [this](bool running) {
+        if (!running) running_ = false;  // also when the run failed
+        UpdateButtons();
+    });
     UpdateButtons();
 }
 
-BatchWindow::~BatchWindow() {
-    stop_ = true;
-    JoinRunner();
-}
+// A closed window's run is stopped by the runner, its rows dropped.
+BatchWindow::~BatchWindow() = default;
 
 void BatchWindow::BuildForm() {
-    auto* addFiles = new QPushButton(Q(t::kAddFiles));
-    auto* addFolder = new QPushButton(Q(t::kAddFolder));
-    auto* clear = new QPushButton(Q(t::kClear));
+    auto* addFiles = addFiles_ = new QPushButton(Q(t::kAddFiles));
+    auto* addFolder = addFolder_ = new QPushButton(Q(t::kAddFolder));
+    auto* clear = clear_ = new QPushButton(Q(t::kClear));
     addFiles->setObjectName("addFiles");
     addFolder->setObjectName("addFolder");
     clear->setObjectName("clearFiles");
@@ -92,6 +109,7 @@ void BatchWindow::BuildForm() {
         if (!folder.isEmpty()) AddRecordings({folder.toStdString()});
     });
     connect(clear, &QPushButton::clicked, this, [this] {
+        if (jobs_.Running()) return;
         files_.clear();
         ShowFiles();
     });
@@ -125,10 +143,10 @@ void BatchWindow::BuildForm() {
         const QString folder = QFileDialog::getExistingDirectory(this, Q(t::kOutputFolder));
         if (!folder.isEmpty()) SetOutputFolder(folder.toStdString());
     });
-    jobs_ = new QSpinBox;
-    jobs_->setObjectName("jobs");
-    jobs_->setRange(1, 256);
-    jobs_->setValue(WorkerCount(0, 256));
+    jobs_box_ = new QSpinBox;
+    jobs_box_->setObjectName("jobs");
+    jobs_box_->setRange(1, 256);
+    jobs_box_->setValue(WorkerCount(0, 256));
 
     auto* form = new QFormLayout;
     form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
@@ -143,7 +161,7 @@ void BatchWindow::BuildForm() {
     form->addRow(Q(t::kSettings), sourceRow);
     form->addRow(Q(t::kMethod), method_);
     form->addRow(Q(t::kOutputFolder), outRow);
-    form->addRow(Q(t::kJobs), jobs_);
+    form->addRow(Q(t::kJobs), jobs_box_);
     overwrite_ = new QCheckBox(Q(t::kOverwrite));
     overwrite_->setObjectName("overwrite");
     overwrite_->setToolTip("Unticked, a recording whose event file exists is skipped and the file kept");
@@ -190,6 +208,7 @@ void BatchWindow::BuildForm() {
 }
 
 void BatchWindow::AddRecordings(const std::vector<std::filesystem::path>& paths) {
+    if (jobs_.Running()) return;
     std::vector<std::filesystem::path> all = files_;
     all.insert(all.end(), paths.begin(), paths.end());
     files_ = ExpandRecordings(all);
@@ -260,19 +279,20 @@ void BatchWindow::ShowRow(std::size_t index, const BatchRow& r) {
 
 void BatchWindow::UpdateButtons() {
     const bool running = Running();
+    const bool anyJob = jobs_.Running();
     const bool sourceReady = source_ == SettingsSource::Current || !sourceFile_.empty();
-    run_->setEnabled(!running && !files_.empty() && sourceReady);
+    run_->setEnabled(!anyJob && !files_.empty() && sourceReady);
+    for (QPushButton* b : {addFiles_, addFolder_, clear_}) b->setEnabled(!anyJob);
     stop_button_->setEnabled(running);
     save_->setEnabled(!running && !rows_.empty());
 }
 
 void BatchWindow::Run() {
-    if (Running()) return;
+    if (jobs_.Running()) return;
     if (files_.empty()) {
         dialogs_.Message(std::string(t::kNoFilesCaption), std::string(t::kNoFilesText));
         return;
     }
-    JoinRunner();
     BatchSetup setup;
     setup.settings = ws_.settings;
     if (std::string problem = ApplySettingsSource(source_, sourceFile_, setup.settings); !problem.empty()) {
@@ -281,48 +301,80 @@ void BatchWindow::Run() {
     }
     setup.settings.method.method = DetectionMethod(method_->currentIndex());
     setup.channel = channel_->value();
-    setup.jobs = jobs_->value();
+    setup.jobs = jobs_box_->value();
     setup.overwrite = overwrite_->isChecked();
     ShowFiles();
     rows_.assign(files_.size(), BatchRow{});
     for (std::size_t i = 0; i < files_.size(); ++i) rows_[i].file = files_[i];
-    done_ = 0;
+    shownPercent_.assign(files_.size(), 0);
     overall_->setRange(0, int(files_.size()));
-    stop_ = false;
-    finished_ = false;
-    BatchCallbacks callbacks;
-    callbacks.fileProgress = [this](std::size_t i, int percent) {
-        QMetaObject::invokeMethod(this, [this, i, percent] { SetProgress(i, percent); }, Qt::QueuedConnection);
-    };
-    callbacks.fileDone = [this](std::size_t i, const BatchRow& row, std::size_t done) {
-        QMetaObject::invokeMethod(this, [this, i, row, done] {
-            rows_[i] = row;
-            ShowRow(i, row);
-            SetProgress(i, row.analysed ? 100 : table_->item(int(i), kProgressColumn)->data(Qt::DisplayRole).toInt());
-            overall_->setValue(int(done));
-        }, Qt::QueuedConnection);
-    };
-    const std::vector<BatchItem> items = PlanBatch(files_, outDir_);
-    runner_ = std::jthread([this, items, setup, callbacks] {
-        std::vector<BatchRow> rows = RunBatch(items, setup, callbacks, stop_);
-        QMetaObject::invokeMethod(this, [this, rows = std::move(rows)]() mutable { Finished(std::move(rows)); },
-                                  Qt::QueuedConnection);
-    });
+    live_ = std::make_shared<Live>();
+    live_->percent.assign(files_.size(), 0);
+    Job job = MakeJob(
+        std::string(t::kWindowTitle),
+        [items = PlanBatch(files_, outDir_), setup, live = live_](const JobProgress& progress) {
+            std::atomic<bool> stop{false};
+            const double count = double(items.size());
+            BatchCallbacks callbacks;
+            callbacks.fileProgress = [&](std::size_t i, int percent) {
+                std::size_t done = 0;
+                {
+                    const std::lock_guard lock(live->mutex);
+                    live->percent[i] = percent;
+                    done = live->done;
+                }
+                if (!progress(double(done) / count, items[i].file.filename().string())) stop = true;
+            };
+            callbacks.fileDone = [&](std::size_t i, const BatchRow& row, std::size_t done) {
+                {
+                    const std::lock_guard lock(live->mutex);
+                    if (row.analysed) live->percent[i] = 100;
+                    live->finished.emplace_back(i, row);
+                    live->done = done;
+                }
+                if (!progress(double(done) / count, row.file.filename().string())) stop = true;
+            };
+            return RunBatch(items, setup, callbacks, stop);
+        },
+        [this](std::vector<BatchRow> rows) { Finished(std::move(rows)); });
+    if (!jobs_.Start(std::move(job), this)) return;
+    running_ = true;
+    poll_->start();
     UpdateButtons();
 }
 
-void BatchWindow::Stop() { stop_ = true; }
+void BatchWindow::Stop() {
+    if (running_) jobs_.Stop();
+}
+
+void BatchWindow::ShowLive() {
+    if (!live_) return;
+    std::vector<int> percent;
+    std::vector<std::pair<std::size_t, BatchRow>> finished;
+    std::size_t done = 0;
+    {
+        const std::lock_guard lock(live_->mutex);
+        percent = live_->percent;
+        finished.swap(live_->finished);
+        done = live_->done;
+    }
+    for (std::size_t i = 0; i < percent.size() && i < shownPercent_.size(); ++i)
+        if (percent[i] != shownPercent_[i]) SetProgress(i, shownPercent_[i] = percent[i]);
+    for (auto& [i, row] : finished) {
+        ShowRow(i, row);
+        rows_[i] = std::move(row);
+    }
+    overall_->setValue(int(done));
+}
 
 void BatchWindow::Finished(std::vector<BatchRow> rows) {
-    JoinRunner();
-    finished_ = true;
+    poll_->stop();
+    ShowLive();
+    live_.reset();
+    running_ = false;
     rows_ = std::move(rows);
     table_->resizeColumnsToContents();
     UpdateButtons();
-}
-
-void BatchWindow::JoinRunner() {
-    if (runner_.joinable()) runner_.join();
 }
 
 bool BatchWindow::SaveSummary() {

@@ -7,9 +7,8 @@
 
 #include <QWidget>
 
-#include <atomic>
 #include <filesystem>
-#include <thread>
+#include <memory>
 #include <vector>
 
 #include "batch/batch_run.h"
@@ -23,8 +22,11 @@ class QProgressBar;
 class QPushButton;
 class QSpinBox;
 class QTableWidget;
+class QTimer;
 
 namespace vess {
+
+class JobRunner;
 
 class BatchWindow : public QWidget {
     Q_OBJECT
@@ -33,14 +35,16 @@ public:
     // columns follow it.
     static constexpr int kProgressColumn = 0;
 
-    BatchWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
+    BatchWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent = nullptr);
     ~BatchWindow() override;
 
-    // Files as they are and the recordings inside folders, kept sorted.
+    // Files as they are and the recordings inside folders, kept sorted;
+    // nothing while a job runs.
     void AddRecordings(const std::vector<std::filesystem::path>& paths);
     void SetOutputFolder(const std::filesystem::path& folder);  // empty: beside each recording
     void SetSettingsSource(SettingsSource source, const std::filesystem::path& file = {});
-    bool Running() const { return runner_.joinable() && !finished_; }
+    // A run of this window is going.
+    bool Running() const { return running_; }
     const std::vector<BatchRow>& Rows() const { return rows_; }
     QTableWidget* Table() const { return table_; }
 
@@ -53,23 +57,23 @@ private:
     void ShowFiles();
     void ShowRow(std::size_t index, const BatchRow& row);
     void SetProgress(std::size_t index, int percent);
+    void ShowLive();
     void Finished(std::vector<BatchRow> rows);
     void UpdateButtons();
     void ChooseSettingsFile();
-    void JoinRunner();
 
+    struct Live;
     Workspace& ws_;
     Dialogs& dialogs_;
+    JobRunner& jobs_;
     std::vector<std::filesystem::path> files_;
     std::filesystem::path outDir_;
     SettingsSource source_ = SettingsSource::Current;
     std::filesystem::path sourceFile_;
     std::vector<BatchRow> rows_;
-    std::size_t done_ = 0;
-
-    std::jthread runner_;
-    std::atomic<bool> stop_{false};
-    bool finished_ = true;
+    std::vector<int> shownPercent_;
+    std::shared_ptr<Live> live_;
+    bool running_ = false;
 
     QTableWidget* table_ = nullptr;
     QSpinBox* channel_ = nullptr;
@@ -77,12 +81,16 @@ private:
     QLabel* source_file_ = nullptr;
     QComboBox* method_ = nullptr;
     QLabel* out_dir_ = nullptr;
-    QSpinBox* jobs_ = nullptr;
+    QSpinBox* jobs_box_ = nullptr;  // worker threads
     QCheckBox* overwrite_ = nullptr;
     QProgressBar* overall_ = nullptr;
     QPushButton* run_ = nullptr;
     QPushButton* stop_button_ = nullptr;
     QPushButton* save_ = nullptr;
+    QPushButton* addFiles_ = nullptr;
+    QPushButton* addFolder_ = nullptr;
+    QPushButton* clear_ = nullptr;
+    QTimer* poll_ = nullptr;
 };
 
 }  // namespace vess

@@ -7,22 +7,16 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableWidget>
-#include <QTimer>
 #include <QVBoxLayout>
-#include <QtConcurrent/QtConcurrentRun>
 
+#include <atomic>
+
+#include "app/job_runner.h"
 #include "detection/method_texts.h"
 
 namespace vess {
 
-// Shared by the window and the thread of a check, so that neither outlives
-// what it reads: the thread never touches the window.
-struct AccuracyWindow::RunState {
-    std::atomic<bool> cancel{false};
-    std::atomic<int> permille{0};
-};
-
-AccuracyWindow::AccuracyWindow(QWidget* parent) : QDialog(parent) {
+AccuracyWindow::AccuracyWindow(JobRunner& jobs, QWidget* parent) : QDialog(parent), jobs_(jobs) {
     setObjectName("frmAccuracy");
     setWindowTitle(method_texts::kCheckCaption);
     auto* layout = new QVBoxLayout(this);
@@ -61,45 +55,45 @@ AccuracyWindow::AccuracyWindow(QWidget* parent) : QDialog(parent) {
     layout->addWidget(recall90_);
     layout->addLayout(running);
     layout->addWidget(buttons);
-    poll_ = new QTimer(this);
-    poll_->setInterval(50);
-    connect(poll_, &QTimer::timeout, this, &AccuracyWindow::ShowProgress);
-    connect(&watcher_, &QFutureWatcherBase::finished, this, &AccuracyWindow::OnRunEnded);
+    connect(&jobs_, &JobRunner::Progressed, this, [this](double done) {
+        if (running_) progress_->setValue(int(done * 1000));
+    });
+    connect(&jobs_, &JobRunner::RunningChanged, this, [this](bool running) {
+        if (!running && running_) EndRun();  // also when the check failed
+    });
     resize(640, 580);  // the ten bins without scrolling
 }
 
-AccuracyWindow::~AccuracyWindow() {
-    // The thread holds its own copy of the samples and the shared state; it
-    // is stopped and awaited so that none outlives the program's objects.
-    if (run_) run_->cancel = true;
-    watcher_.disconnect(this);
-    watcher_.waitForFinished();
-}
-
-bool AccuracyWindow::Running() const { return run_ != nullptr; }
+// A closed window's check is stopped by the runner, its report dropped.
+AccuracyWindow::~AccuracyWindow() = default;
 
 bool AccuracyWindow::Start(AccuracyInput input) {
-    if (Running()) return false;
-    run_ = std::make_shared<RunState>();
-    std::shared_ptr<RunState> state = run_;
-    watcher_.setFuture(QtConcurrent::run([state, in = std::move(input)] {
-        AccuracyControl control;
-        control.cancel = &state->cancel;
-        control.progress = [&state](double done) { state->permille = int(done * 1000); };
-        return RunAccuracyCheck(in, control);
-    }));
+    if (jobs_.Running()) return false;
+    Job job = MakeJob(
+        std::string(method_texts::kCheckCaption),
+        [in = std::move(input)](const JobProgress& progress) {
+            std::atomic<bool> cancel{false};
+            AccuracyControl control;
+            control.cancel = &cancel;
+            control.progress = [&](double done) {
+                if (!progress(done, {})) cancel = true;
+            };
+            return RunAccuracyCheck(in, control);
+        },
+        [this](AccuracyReport report) { OnRunEnded(report); });
+    if (!jobs_.Start(std::move(job), this)) return false;
+    running_ = true;
     status_->setText(method_texts::kCheckRunning);
     progress_->setValue(0);
     progress_->show();
     stop_->setEnabled(true);
     stop_->show();
-    poll_->start();
     return true;
 }
 
 void AccuracyWindow::Stop() {
-    if (!run_) return;
-    run_->cancel = true;
+    if (!running_) return;
+    jobs_.Stop();
     status_->setText(method_texts::kCheckStopping);
     stop_->setEnabled(false);
 }
@@ -109,16 +103,14 @@ void AccuracyWindow::done(int result) {
     QDialog::done(result);
 }
 
-void AccuracyWindow::ShowProgress() {
-    if (run_) progress_->setValue(run_->permille.load());
-}
-
-void AccuracyWindow::OnRunEnded() {
-    poll_->stop();
-    run_.reset();
+void AccuracyWindow::EndRun() {
+    running_ = false;
     progress_->hide();
     stop_->hide();
-    const AccuracyReport report = watcher_.result();
+}
+
+void AccuracyWindow::OnRunEnded(const AccuracyReport& report) {
+    EndRun();
     if (report.cancelled) {
         status_->setText(method_texts::kCheckStopped);
         return;

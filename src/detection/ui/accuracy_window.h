@@ -2,14 +2,12 @@
 // detections per amplitude bin, and the amplitude from which recall reaches
 // 90 %. The plot of the same bins goes to the graph windows.
 //
-// A check runs on a thread of its own over a copy of the channel, with a
-// progress bar and a Stop button; the table keeps the last finished check
+// A check is a job of the program's job runner over a copy of the channel,
+// with a progress bar and a Stop button here too; the table keeps the last finished check
 // until the next one ends. Closing the window stops a check.
 #pragma once
 
 #include <QDialog>
-#include <QFutureWatcher>
-#include <memory>
 
 #include "detection/accuracy_check.h"
 
@@ -17,19 +15,21 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QTableWidget;
-class QTimer;
 
 namespace vess {
+
+class JobRunner;
 
 class AccuracyWindow : public QDialog {
     Q_OBJECT
 public:
-    explicit AccuracyWindow(QWidget* parent = nullptr);
+    explicit AccuracyWindow(JobRunner& jobs, QWidget* parent = nullptr);
     ~AccuracyWindow() override;
 
-    // Starts a check of input; false (nothing started) while one runs.
+    // Starts a check of input; false (nothing started) while a job runs.
     bool Start(AccuracyInput input);
-    bool Running() const;
+    // A check of this window is running.
+    bool Running() const { return running_; }
     // Asks a running check to stop; its table is not shown.
     void Stop();
     void Show(const AccuracyReport& report);
@@ -48,19 +48,17 @@ protected:
     void done(int result) override;
 
 private:
-    struct RunState;
-    void ShowProgress();
-    void OnRunEnded();
+    void EndRun();
+    void OnRunEnded(const AccuracyReport& report);
 
+    JobRunner& jobs_;
+    bool running_ = false;
     QLabel* summary_;
     QLabel* recall90_;
     QLabel* status_;
     QTableWidget* table_;
     QProgressBar* progress_;
     QPushButton* stop_;
-    QTimer* poll_;
-    QFutureWatcher<AccuracyReport> watcher_;
-    std::shared_ptr<RunState> run_;
 };
 
 }  // namespace vess

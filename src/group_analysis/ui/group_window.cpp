@@ -18,6 +18,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include "app/job_runner.h"
 #include "group_analysis/texts.h"
 #include "group_analysis/ui/trace_picture.h"
 #include "recording/workspace.h"
@@ -44,8 +45,8 @@ QCheckBox* Check(const char* name, const QString& text) {
 
 }  // namespace
 
-GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
-    : QMainWindow(parent), ws_(ws), dialogs_(dialogs) {
+GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent)
+    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), jobs_(jobs) {
     setObjectName("GrpAnal");
     setWindowTitle(Q(texts::kWindowCaption));
     settings_ = LoadGroupSettings(ws_.iniPath);
@@ -53,6 +54,8 @@ GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidge
     BuildMenus();
     BuildKeys();
     WriteControls();
+    connect(&jobs_, &JobRunner::RunningChanged, this, &GroupAnalysisWindow::OnJobsRunning);
+    OnJobsRunning(jobs_.Running());
     printer_ = std::make_unique<QPrinter>(QPrinter::HighResolution);
     print_.choosePrinter = [this](QPrinter& printer) {
         QPrintDialog dialog(&printer, this);
@@ -258,7 +261,7 @@ void GroupAnalysisWindow::BuildControls() {
 
     connect(start_, &QPushButton::clicked, this, &GroupAnalysisWindow::StartDisplay);
     connect(fit_, &QPushButton::clicked, this, [this] {
-        if (fitting_) stopRequested_ = true;
+        if (fitting_) jobs_.Stop();
         else StartFitting();
     });
     connect(compare, &QPushButton::clicked, this, [this] { Action("menu_CompareFits")->trigger(); });

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "group_analysis/decay_fit.h"
+#include "group_analysis/fit_run.h"
 #include "group_analysis/group_settings.h"
 #include "group_analysis/spike_shape.h"
 #include "group_analysis/trace_set.h"
@@ -33,6 +34,7 @@ class QTableView;
 namespace vess {
 struct Workspace;
 class Dialogs;
+class JobRunner;
 }
 
 namespace vess::group {
@@ -49,12 +51,14 @@ struct PrintHooks {
 class GroupAnalysisWindow : public QMainWindow {
     Q_OBJECT
 public:
-    GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
+    GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent = nullptr);
     ~GroupAnalysisWindow() override;
 
     // The commands behind the buttons, menus and keys.
     void StartDisplay();
+    // Start a fit job over the shown set (nothing while a job runs).
     void StartFitting();
+    void StartCompareFits();
     void MoveTo(int32_t trace);
     void RemoveTrace();
     void RegroupTrace();
@@ -71,6 +75,7 @@ public:
 
     const TraceSet& Traces() const { return set_; }
     int32_t CurrentTrace() const { return current_; }
+    // A fit job of this window is running.
     bool Fitting() const { return fitting_; }
     GroupAnalysisSettings& Settings() { return settings_; }
     TracePicture* Picture() const { return picture_; }
@@ -104,6 +109,10 @@ private:
     void UpdateCursorLabel();
     AnalysisType Type() const;
     FitSettings MakeFitSettings() const;
+    bool StartFitJob(std::optional<double> compareCriterionPercent);
+    void ApplyFits(FitRunResult run);
+    void ApplyComparisons(FitRunResult run);
+    void OnJobsRunning(bool running);
     const ResultColumn* CurrentColumn() const;
     void PutColumn(int array);
     void ShowColumnStatistics();
@@ -131,6 +140,7 @@ private:
 
     Workspace& ws_;
     Dialogs& dialogs_;
+    JobRunner& jobs_;
     GroupAnalysisSettings settings_;
     TraceSet set_;
     UnitScale scale_;
@@ -139,7 +149,7 @@ private:
     // The type of the shown traces, as it was at Start Display: what is on
     // screen, whatever the type box says since.
     AnalysisType displayedType_{};
-    bool fitting_ = false, stopRequested_ = false;
+    bool fitting_ = false;
     std::vector<TraceFit> lastFits_;
     std::optional<ResultCurve> resultCurve_;
     std::vector<ResultColumn> gridColumns_;

@@ -1,6 +1,5 @@
 // The commands of the group analysis window: display, navigation, trace
-// edits, fitting with its running display, the results grid and its menus.
-#include <QApplication>
+// edits, the results grid and the menus.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -14,6 +13,7 @@
 #include <QRadioButton>
 #include <QTableView>
 
+#include "app/job_runner.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/grid_print.h"
 #include "group_analysis/fit_review.h"
@@ -42,6 +42,8 @@ AnalysisType GroupAnalysisWindow::Type() const {
 }
 
 void GroupAnalysisWindow::StartDisplay() {
+    // A running fit holds its own copy of the set; the one shown stays until it ends.
+    if (jobs_.Running()) return;
     ReadControls();
     set_ = TraceSet{};
     if (ws_.recording) {
@@ -96,7 +98,7 @@ void GroupAnalysisWindow::JumpToTrace() {
 }
 
 void GroupAnalysisWindow::RemoveTrace() {
-    if (set_.Empty()) return;
+    if (set_.Empty() || jobs_.Running()) return;
     if (current_ == 0) {
         dialogs_.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRemoveAverage));
         return;
@@ -107,7 +109,7 @@ void GroupAnalysisWindow::RemoveTrace() {
 }
 
 void GroupAnalysisWindow::RegroupTrace() {
-    if (set_.Empty()) return;
+    if (set_.Empty() || jobs_.Running()) return;
     if (current_ == 0) {
         dialogs_.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRegroupAverage));
         return;
@@ -138,52 +140,6 @@ FitSettings GroupAnalysisWindow::MakeFitSettings() const {
     f.simplex.restartUntilSettled = settings_.RestartSearch;
     f.simplex.fixAmplitudes = settings_.FixAmplitude;
     return f;
-}
-
-void GroupAnalysisWindow::StartFitting() {
-    ReadControls();
-    if (set_.Empty() || fitting_) return;
-    fitting_ = true;
-    stopRequested_ = false;
-    fit_->setText(Q(texts::kInterruptFitting));
-    const FitSettings f = MakeFitSettings();
-    // Shows the search as it runs and lets the button stop it.
-    const SimplexCallback progress = [this](const SimplexProgress& p) {
-        if (p.iteration % 25 == 0) {
-            progress_->setText(QString("%1%2%3%4%5%6%7%8")
-                                   .arg(Q(texts::kProgressTrace)).arg(p.trace)
-                                   .arg(Q(texts::kProgressIteration)).arg(p.iteration)
-                                   .arg("    ").arg(Q(texts::kProgressStdev) + QString::number(p.stdev, 'f', 5))
-                                   .arg(Q(texts::kProgressTolerance)).arg(QString::number(p.rtol, 'f', 7)));
-            QApplication::processEvents();
-        }
-        return !stopRequested_;
-    };
-    lastFits_.clear();
-    std::string report;
-    for (int32_t t : TracesToFit(set_, displayedType_, current_)) {
-        TraceFit fit = FitTrace(set_, t, ws_.params().PeakDirection, displayedGroup_, scale_, f, progress);
-        ws_.results.Append(WriteResultRow(fit.values));
-        report += fit.report + "\r\n\r\n";
-        picture_->SetCurve(fit.from, fit.curve);
-        const bool stopped = fit.fit.interrupted;
-        lastFits_.push_back(std::move(fit));
-        if (stopped) break;
-    }
-    report_->setPlainText(QString::fromStdString(report));
-    if (!lastFits_.empty()) {
-        const TraceFit& last = lastFits_.back();
-        resultCurve_ = FittedCurve(set_, last.from, last.curve, CurveFitHeader(displayedGroup_, last.trace));
-    }
-    fit_->setText(Q(texts::kStartFitting));
-    fitting_ = false;
-    RefreshGrid();
-    if (IsSuperimposeType(displayedType_) && (autoReject_->isChecked() || rejectCi_->isChecked())) {
-        RejectCriterion c;
-        if (autoReject_->isChecked()) c.minRSquared = minRSquared_->currentText().toDouble();
-        if (rejectCi_->isChecked()) c.confidencePercent = confidence_->currentText().toDouble();
-        AutoRejectCommand(ws_, set_, TracesToReject(lastFits_, c), dialogs_);
-    }
 }
 
 const ResultColumn* GroupAnalysisWindow::CurrentColumn() const {
@@ -388,24 +344,7 @@ void GroupAnalysisWindow::BuildMenus() {
 
     QMenu* analysis = menuBar()->addMenu(tr("&Analysis"));
     AddAction(analysis, "menu_StartFitting", tr("Start &Fitting"), [this] { StartFitting(); });
-    AddAction(analysis, "menu_CompareFits", tr("&Compare Fits"), [this] {
-        ReadControls();
-        if (set_.Empty()) return;
-        dialogs_.Message(Str(texts::kCompareFitsCaption), Str(texts::kCompareFitsText));
-        std::vector<int32_t> twoWon;
-        std::string report;
-        for (int32_t t : TracesToFit(set_, displayedType_, current_)) {
-            Comparison c = CompareFits(set_, t, ws_.params().PeakDirection, displayedGroup_, scale_,
-                                       MakeFitSettings(), criterion_->currentText().toDouble());
-            ws_.results.Append(WriteResultRow(c.chosen.values));
-            report += c.chosen.report + "\r\n\r\n";
-            if (c.twoWon && t > 0) twoWon.push_back(t);
-        }
-        report_->setPlainText(QString::fromStdString(report));
-        RefreshGrid();
-        if (regroupTwo_->isChecked())
-            RegroupTwoExponentialCommand(ws_, set_, twoWon, regroupTarget_->currentText().toInt(), dialogs_);
-    });
+    AddAction(analysis, "menu_CompareFits", tr("&Compare Fits"), [this] { StartCompareFits(); });
     AddAction(analysis, "menu_NonStationary", tr("&Non-stationary Fluctuation Analysis"), [this] { ReadControls(); RunFluctuation(); });
     AddAction(analysis, "menu_simplex_User", tr("&User-defined Function..."), [this] {
         dialogs_.Message(Str(texts::kNotAvailableCaption), Str(texts::kAvailableInFuture));

@@ -1,0 +1,100 @@
+// Start Fitting and Compare Fits of the group analysis window: each runs as
+// a job over a copy of the shown set, the running search shown by the job
+// runner, and its fits go into the results, the report and the picture when
+// it ends. Start Display and the trace edits wait for it.
+#include <QComboBox>
+#include <QCheckBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include "app/job_runner.h"
+#include "group_analysis/fit_review.h"
+#include "group_analysis/fit_run.h"
+#include "group_analysis/texts.h"
+#include "group_analysis/ui/group_window.h"
+#include "group_analysis/ui/trace_picture.h"
+#include "recording/workspace.h"
+
+namespace vess::group {
+
+namespace {
+QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
+}  // namespace
+
+bool GroupAnalysisWindow::StartFitJob(std::optional<double> compareCriterionPercent) {
+    if (set_.Empty() || jobs_.Running()) return false;
+    FitRunInput input{.set = set_,
+                      .traces = TracesToFit(set_, displayedType_, current_),
+                      .peakDirection = ws_.params().PeakDirection,
+                      .group = displayedGroup_,
+                      .scale = scale_,
+                      .settings = MakeFitSettings(),
+                      .compareCriterionPercent = compareCriterionPercent};
+    const bool compare = compareCriterionPercent.has_value();
+    Job job = MakeJob(
+        std::string(compare ? texts::kCompareFitsCaption : texts::kStartFitting),
+        [in = std::move(input)](const JobProgress& progress) { return RunFits(in, progress); },
+        [this, compare](FitRunResult run) {
+            if (compare) ApplyComparisons(std::move(run));
+            else ApplyFits(std::move(run));
+        });
+    fitting_ = true;  // before the runner says a job runs: the button stays live to stop it
+    if (!jobs_.Start(std::move(job), this)) {
+        fitting_ = false;
+        return false;
+    }
+    fit_->setText(Q(texts::kInterruptFitting));
+    return true;
+}
+
+void GroupAnalysisWindow::StartFitting() {
+    ReadControls();
+    StartFitJob(std::nullopt);
+}
+
+void GroupAnalysisWindow::StartCompareFits() {
+    ReadControls();
+    if (set_.Empty() || jobs_.Running()) return;
+    dialogs_.Message(std::string(texts::kCompareFitsCaption), std::string(texts::kCompareFitsText));
+    StartFitJob(criterion_->currentText().toDouble());
+}
+
+void GroupAnalysisWindow::ApplyFits(FitRunResult run) {
+    AppendFitRows(ws_.results, run);
+    for (const TraceFit& fit : run.fits) picture_->SetCurve(fit.from, fit.curve);
+    report_->setPlainText(QString::fromStdString(run.report));
+    lastFits_ = std::move(run.fits);
+    if (!lastFits_.empty()) {
+        const TraceFit& last = lastFits_.back();
+        resultCurve_ = FittedCurve(set_, last.from, last.curve, CurveFitHeader(displayedGroup_, last.trace));
+    }
+    RefreshGrid();
+    if (IsSuperimposeType(displayedType_) && (autoReject_->isChecked() || rejectCi_->isChecked())) {
+        RejectCriterion c;
+        if (autoReject_->isChecked()) c.minRSquared = minRSquared_->currentText().toDouble();
+        if (rejectCi_->isChecked()) c.confidencePercent = confidence_->currentText().toDouble();
+        AutoRejectCommand(ws_, set_, TracesToReject(lastFits_, c), dialogs_);
+    }
+}
+
+void GroupAnalysisWindow::ApplyComparisons(FitRunResult run) {
+    AppendFitRows(ws_.results, run);
+    RefreshGrid();
+    if (regroupTwo_->isChecked())
+        RegroupTwoExponentialCommand(ws_, set_, run.twoWon, regroupTarget_->currentText().toInt(), dialogs_);
+}
+
+void GroupAnalysisWindow::OnJobsRunning(bool running) {
+    if (!running && fitting_) {
+        fitting_ = false;
+        fit_->setText(Q(texts::kStartFitting));
+    }
+    // What would change the set or the events under a job waits for it.
+    start_->setEnabled(!running);
+    for (const char* name : {"menu_DisplayTrace", "menu_trace_remove", "menu_trace_regroup",
+                             "menu_StartFitting", "menu_CompareFits"})
+        Action(name)->setEnabled(!running);
+    fit_->setEnabled(!running || fitting_);
+}
+
+}  // namespace vess::group
