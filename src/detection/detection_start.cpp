@@ -16,6 +16,8 @@ std::string RecordingKey(const Workspace& ws) {
                        NormalizedDirection(ws.params().PeakDirection));
 }
 
+constexpr const char* kMixedSettings = "several settings, the last ";
+
 }  // namespace
 
 std::string SuggestOnFirstAnalysis(Workspace& ws) {
@@ -47,6 +49,25 @@ std::string DetectionSettingsText(const Workspace& ws) {
     }
     return fmt::format("threshold, amplitude {:.4g} {}, area {:.4g} {}*ms", p.ThresholdAmplitude, units,
                        p.AreaThreshold, units);
+}
+
+void NoteDetectionSettings(Workspace& ws) {
+    if (!ws.recording) return;
+    const std::string now = DetectionSettingsText(ws);
+    const std::string path = ws.recording->Path().string();
+    const bool known = ws.eventsMadeFor == path && !ws.eventsMadeWith.empty();
+    if (ws.events.Empty() || (known && ws.eventsMadeWith == now)) ws.eventsMadeWith = now;
+    else ws.eventsMadeWith = std::string(kMixedSettings) + now;
+    ws.eventsMadeFor = path;
+}
+
+std::string EventsStatusText(const Workspace& ws) {
+    const int32_t n = ws.events.Count();
+    std::string text = fmt::format("{} event{}", n, n == 1 ? "" : "s");
+    if (n > 0 && ws.recording && ws.eventsMadeFor == ws.recording->Path().string() &&
+        !ws.eventsMadeWith.empty())
+        text += " by " + ws.eventsMadeWith;
+    return text;
 }
 
 bool ReplaceEventsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {

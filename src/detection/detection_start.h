@@ -21,6 +21,13 @@ std::string SuggestOnFirstAnalysis(Workspace& ws);
 // current method and settings.
 std::string DetectionSettingsText(const Workspace& ws);
 
+// Before a detection command: remembers the method and settings about to
+// make events (when the table already holds events of other settings, says
+// that the table mixes them).
+void NoteDetectionSettings(Workspace& ws);
+// "N events (by <settings>)" for the status bar.
+std::string EventsStatusText(const Workspace& ws);
+
 // Before a detection over the whole recording: with events in the table,
 // asks whether to replace them. Yes erases them (one undo step), No keeps
 // them and the new events are added; false on Cancel.

@@ -39,6 +39,7 @@ struct Workspace {
     // The method and settings that made the events in the table, for the
     // status bar; empty when they are not known (events read from a file).
     std::string eventsMadeWith;
+    std::string eventsMadeFor;  // the recording's path when eventsMadeWith was noted
 
     // Work array 1 or 2 (any other number gives array 2).
     DataArray& Array(int number) { return number == 1 ? array1 : array2; }
