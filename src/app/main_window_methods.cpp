@@ -60,6 +60,7 @@ void MainWindow::OnSuggestFromRecording() {
     else if (!s.ok) dialogs_.Message(method_texts::kSuggestCaption, s.problem);
     else {
         ApplySuggestion(ws_, s);
+        MarkSuggested(ws_);
         dialogs_.Message(method_texts::kSuggestCaption, SuggestionReport(ws_, s));
     }
     RefreshAll();

@@ -33,6 +33,10 @@ std::string SuggestOnFirstAnalysis(Workspace& ws) {
                        s.eventsUsed, s.noiseSdUnits, ws.recording->Units(), DetectionSettingsText(ws));
 }
 
+void MarkSuggested(Workspace& ws) {
+    if (ws.recording) ws.suggestedFor = RecordingKey(ws);
+}
+
 std::string DetectionSettingsText(const Workspace& ws) {
     const MethodParameters& m = ws.settings.method;
     const AnalysisParameters& p = ws.params();

@@ -16,6 +16,8 @@ namespace vess {
 // Returns the status text saying what was chosen; empty when nothing was
 // done (the threshold method, the option off, or already done for it).
 std::string SuggestOnFirstAnalysis(Workspace& ws);
+// After a suggestion asked for by hand: the first analysis does not make it again.
+void MarkSuggested(Workspace& ws);
 
 // "Detection method: rise ... ms, decay ... ms, threshold ... SD, ..." for the
 // current method and settings.

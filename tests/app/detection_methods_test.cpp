@@ -213,9 +213,18 @@ TEST_F(MethodGuiTest, NewInstallationSuggestsOnceAndAsksBeforeReplacingEvents) {
     window->Trace()->setFocus();
     Key(Qt::Key_F9);
     EXPECT_EQ(ws.settings.method.decayTauMs, 20);
-    // ... and the suggestion asked for again starts from the recording alone.
+    // ... and the suggestion asked for again starts from the recording alone;
+    // a kernel typed after it stays for the next F9.
     Trigger("menu_SuggestFromRecording");
     EXPECT_EQ(ws.settings.method, suggested);
+    ws.suggestedFor.clear();
+    Trigger("menu_SuggestFromRecording");
+    decay->setText("9");
+    QTest::keyClick(decay, Qt::Key_Return);
+    window->Trace()->setFocus();
+    Key(Qt::Key_F9);
+    EXPECT_EQ(ws.settings.method.decayTauMs, 9);
+    Trigger("menu_SuggestFromRecording");
 
     AnalyseUntilEvents(3);
     const int32_t before = ws.events.Count();
