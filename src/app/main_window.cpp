@@ -357,7 +357,7 @@ void MainWindow::RefreshStatus() {
                            .arg(QString::fromStdString(rec->FileName()))
                            .arg(ws_.history.Modified() ? "*" : ""));
     }
-    statusEvents_->setText(tr("%n event(s)", nullptr, ws_.events.Count()));
+    statusEvents_->setText(QString::fromStdString(EventsStatusText(ws_)));
 }
 
 void MainWindow::AfterEdit(bool changed) {

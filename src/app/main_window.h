@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "detection/detection_start.h"
 #include "recording/dialogs.h"
 #include "recording/workspace.h"
 
@@ -185,9 +186,12 @@ private:
     void OnLearnKernel();
     void OnCheckAccuracy();
     void OnRemoveNearDuplicates();
-    // Before F9, next window and non-stop: false when the thresholds are out
-    // of reach and the user did not take the suggestion.
-    bool ThresholdsWithinReach();
+    // Before F9, next window and non-stop: the settings suggested from a
+    // recording analysed for the first time; false when the thresholds are
+    // out of reach and the user did not take the suggestion, or when a run
+    // over the whole recording was cancelled at the replace question.
+    bool ReadyToDetect(bool wholeRecording = false);
+    void OnMethodParametersEdited(const MethodParameters& method);
 
     // Editing (main_window_editing.cpp).
     void OnGroupSelected();

@@ -23,7 +23,7 @@ constexpr double kPickRadiusPx = 10;
 }  // namespace
 
 void MainWindow::OnAnalyze() {
-    if (!ws_.recording || nonStop_->Running() || !ThresholdsWithinReach()) return;
+    if (!ws_.recording || nonStop_->Running() || !ReadyToDetect()) return;
     const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws_, dialogs_);
     sound_->Stored(r.eventsAdded, ws_.settings.SoundOn);
     if (r.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
@@ -31,7 +31,7 @@ void MainWindow::OnAnalyze() {
 }
 
 void MainWindow::OnAnalyzeNext() {
-    if (!ws_.recording || nonStop_->Running() || !ThresholdsWithinReach()) return;
+    if (!ws_.recording || nonStop_->Running() || !ReadyToDetect()) return;
     const NextWindowResult r = AnalyzeNextWindow(ws_, dialogs_);
     sound_->Stored(r.analysis.eventsAdded, ws_.settings.SoundOn);
     if (r.analysis.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
@@ -39,7 +39,7 @@ void MainWindow::OnAnalyzeNext() {
 }
 
 void MainWindow::OnNonStop() {
-    if (!ws_.recording || nonStop_->Running() || !ThresholdsWithinReach()) return;
+    if (!ws_.recording || nonStop_->Running() || !ReadyToDetect(true)) return;
     progress_->setFormat(tr("Non-stop analysis: %v screens"));
     nonStop_->Start(dialogs_);
     RefreshActions();

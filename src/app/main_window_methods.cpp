@@ -5,10 +5,12 @@
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
+#include <QStatusBar>
 
 #include "app/job_runner.h"
 #include "app/main_window.h"
 #include "detection/accuracy_check.h"
+#include "detection/detection_start.h"
 #include "detection/kernel_command.h"
 #include "detection/method_texts.h"
 #include "detection/near_duplicates.h"
@@ -16,8 +18,15 @@
 #include "detection/ui/accuracy_window.h"
 #include "detection/ui/parameter_panel.h"
 #include "graphs/ui/graph_frame.h"
+#include "recording/ui/event_grid_model.h"
 
 namespace vess {
+namespace {
+
+// How long the status bar says what the suggestion chose.
+constexpr int kSuggestionShownMs = 20000;
+
+}  // namespace
 
 void MainWindow::BuildMethodActions(QMenu* analysis, QMenu* events) {
     analysis->addSeparator();
@@ -35,6 +44,7 @@ void MainWindow::BuildMethodActions(QMenu* analysis, QMenu* events) {
     const qsizetype at = list.indexOf(after);
     events->insertAction(at >= 0 && at + 1 < list.size() ? list[at + 1] : nullptr, near);
     connect(params_, &ParameterPanel::MethodChosen, this, &MainWindow::OnMethodChosen);
+    connect(params_, &ParameterPanel::MethodParametersEdited, this, &MainWindow::OnMethodParametersEdited);
 }
 
 void MainWindow::OnMethodChosen(DetectionMethod method) {
@@ -51,6 +61,7 @@ void MainWindow::OnSuggestFromRecording() {
     else if (!s.ok) dialogs_.Message(method_texts::kSuggestCaption, s.problem);
     else {
         ApplySuggestion(ws_, s);
+        MarkSuggested(ws_);
         dialogs_.Message(method_texts::kSuggestCaption, SuggestionReport(ws_, s));
     }
     RefreshAll();
@@ -97,11 +108,28 @@ void MainWindow::OnRemoveNearDuplicates() {
     AfterEdit(RemoveNearDuplicatesCommand(ws_, dialogs_).changed);
 }
 
-bool MainWindow::ThresholdsWithinReach() {
-    if (UnreachableThresholds(ws_).empty()) return true;
-    const bool go = CheckThresholdsBeforeDetecting(ws_, dialogs_);
-    RefreshAll();  // a suggestion taken changes the boxes
-    return go;
+bool MainWindow::ReadyToDetect(bool wholeRecording) {
+    if (const std::string chosen = SuggestOnFirstAnalysis(ws_); !chosen.empty()) {
+        RefreshAll();  // the suggestion changes the boxes
+        statusBar()->showMessage(QString::fromStdString(chosen), kSuggestionShownMs);
+    }
+    if (!UnreachableThresholds(ws_).empty()) {
+        const bool go = CheckThresholdsBeforeDetecting(ws_, dialogs_);
+        RefreshAll();
+        if (!go) return false;
+    }
+    const int32_t before = ws_.events.Count();
+    if (wholeRecording && !ReplaceEventsBeforeDetecting(ws_, dialogs_)) return false;
+    if (ws_.events.Count() != before) {
+        gridModel_->ContentChanged();
+        AfterEdit(true);
+    }
+    NoteDetectionSettings(ws_);
+    return true;
+}
+
+void MainWindow::OnMethodParametersEdited(const MethodParameters& method) {
+    ws_.settings.method = method;
 }
 
 }  // namespace vess

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "batch/texts.h"
+#include "detection/detection_start.h"
 #include "detection/event_summary.h"
 #include "detection/whole_file.h"
 #include "recording/detection_inputs.h"
@@ -58,6 +59,7 @@ BatchRow DetectAndWrite(const BatchItem& item, const BatchSetup& setup,
         row.errors = problem;
         return row;
     }
+    SuggestOnFirstAnalysis(ws);  // each recording its own suggestion, when the settings ask
     CollectingDialogs dialogs;
     int lastPercent = -1;
     bool stopped = false;

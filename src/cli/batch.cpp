@@ -10,6 +10,7 @@
 #include "cli/commands.h"
 #include "recording/file_io.h"
 #include "recording/method_settings.h"
+#include "recording/settings_file.h"
 
 namespace vess::cli {
 namespace {
@@ -54,6 +55,8 @@ int RunBatchCommand(const BatchOptions& o) {
                                   : !o.parameterFile.empty() ? SettingsSource::ParameterFile
                                                              : SettingsSource::Current;
     const std::string sourceFile = o.settingsFile.empty() ? o.parameterFile : o.settingsFile;
+    // Without a settings or parameter file, as a new installation would run.
+    if (source == SettingsSource::Current) setup.settings = NewInstallationSettings();
     if (std::string problem = ApplySettingsSource(source, sourceFile, setup.settings); !problem.empty())
         return refuse(problem);
     if (!o.method.empty()) setup.settings.method.method = *ParseMethodName(o.method);

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <system_error>
 
+#include "detection/detection_start.h"
 #include "detection/kernel_command.h"
 #include "detection/suggest_from_recording.h"
 #include "recording/detection_inputs.h"
@@ -11,6 +12,7 @@
 #include "recording/file_io.h"
 #include "recording/parameter_file.h"
 #include "recording/scripted_dialogs.h"
+#include "recording/settings_file.h"
 #include "recording/texts.h"
 #include "recording/value_ranges.h"
 #include "signal/filter_channel.h"
@@ -84,6 +86,10 @@ std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment)
 }
 
 std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
+    // Without a settings file, a parameter file or a preset, a run is that
+    // of a new installation.
+    if (o.settingsFile.empty() && o.parameterFile.empty() && o.suggest == 0)
+        ws.settings = NewInstallationSettings();
     if (!o.settingsFile.empty()) {
         if (std::string problem = LoadSettingsFileInto(o.settingsFile, ws.settings); !problem.empty())
             return problem;
@@ -121,6 +127,9 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         ApplySuggestion(ws, s);
         std::cerr << SuggestionReport(ws, s) << "\n";
         if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
+        for (const std::string& set : o.sets) ApplyParameter(ws.params(), set);
+    } else if (const std::string chosen = SuggestOnFirstAnalysis(ws); !chosen.empty()) {
+        std::cerr << chosen << "\n";
         for (const std::string& set : o.sets) ApplyParameter(ws.params(), set);
     }
     if (!o.learnKernelFrom.empty()) {

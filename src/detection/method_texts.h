@@ -26,6 +26,10 @@ inline constexpr const char* kCheckRunning = "Checking detection accuracy...";
 inline constexpr const char* kCheckStop = "Stop";
 inline constexpr const char* kCheckStopping = "Stopping...";
 inline constexpr const char* kCheckStopped = "Stopped before the end; the table is that of the last finished check.";
+inline constexpr const char* kReplaceCaption = "Events in the table";
+inline constexpr const char* kReplaceQuestion =
+    "The table holds {} events.  Replace them with the events of this detection?\n"
+    "Yes: the table is emptied first.  No: the new events are added to them.";
 inline constexpr const char* kNearDuplicatesLabel = "Remove near duplicates";
 
 }  // namespace vess::method_texts

@@ -26,11 +26,24 @@ constexpr double kAmplitudeSds = 4;
 // (which on white noise is about 14 of them: lower, the Gaussian tail alone
 // gave 3 false events a second).
 constexpr double kTemplateSds = 4;
+// Stimulus artefacts and test pulses are far larger than the recording's
+// events: a clear event beyond this multiple of the 95th percentile of their
+// amplitudes is left out of the kernel.
+constexpr double kOutsizedFactor = 3;
 
 struct Candidate {
     int64_t onset;
     double amplitude;  // counts, in the event direction
 };
+
+// Drops, from candidates sorted by decreasing amplitude, those far larger
+// than the rest.
+void LeaveOutOutsized(std::vector<Candidate>& sorted) {
+    if (sorted.size() < 2) return;
+    const std::size_t at95 = std::size_t(std::floor(0.05 * double(sorted.size() - 1)));
+    const double limit = kOutsizedFactor * sorted[at95].amplitude;
+    std::erase_if(sorted, [limit](const Candidate& c) { return c.amplitude > limit; });
+}
 
 // Clear events of a first pass with the given kernel: onset (the peak of
 // the deconvolved pulse), and amplitude over the mean of the millisecond
@@ -71,6 +84,7 @@ std::vector<Candidate> ClearEvents(const MethodParameters& params, const std::ve
     std::sort(out.begin(), out.end(), [](const Candidate& a, const Candidate& b) {
         return a.amplitude > b.amplitude;
     });
+    LeaveOutOutsized(out);
     if (out.size() > std::size_t(kMaxKernelEvents)) out.resize(kMaxKernelEvents);
     return out;
 }
@@ -130,7 +144,9 @@ RecordingSuggestion SuggestFromRecording(Workspace& ws) {
         s.problem = "the recording is shorter than 0.2 s";
         return s;
     }
-    MethodParameters params = ws.settings.method;
+    // From the recording alone: every suggestion starts from the default
+    // kernel, whatever kernel is set, so one recording gives one suggestion.
+    MethodParameters params;
     params.method = DetectionMethod::Deconvolution;
     std::vector<Candidate> clear;
     // Twice: the kernel found with the first pass's events sharpens the second.
@@ -140,8 +156,7 @@ RecordingSuggestion SuggestFromRecording(Workspace& ws) {
         const int64_t lead = std::max<int64_t>(int64_t(1000 / intervalUs), 2);
         const int64_t length = int64_t((KernelPeakMs({params.riseTauMs, params.decayTauMs}) +
                                         5 * params.decayTauMs) * 1000 / intervalUs);
-        const std::vector<double> avg = AverageAt(clear, x, lead, lead + length, dir);
-        const KernelFit fit = FitKernel(avg, intervalUs);
+        const KernelFit fit = FitKernel(AverageAt(clear, x, lead, lead + length, dir), intervalUs);
         if (!fit.ok) break;
         params.riseTauMs = fit.kernel.riseTauMs;
         params.decayTauMs = fit.kernel.decayTauMs;

@@ -19,6 +19,9 @@ struct MethodParameters {
     double templateThreshold = 4;       // scale over its standard error
     double lowPassMs = 0.8;             // SD of the Gaussian smoothing of the deconvolved trace
     double minSeparationMs = 1.5;       // closer crossings are one event unless two peaks show
+    // The kernel and thresholds are suggested from each recording the first
+    // time it is analysed with a filtering method (a new installation's way).
+    bool suggestFromRecording = false;
 
     bool operator==(const MethodParameters&) const = default;
 };

@@ -105,9 +105,11 @@ void ReadBounded(const IniFile& ini, std::string_view key, double low, double hi
 }
 
 void ReadMethod(const IniFile& ini, MethodParameters& m, Problems* problems) {
+    // Method names are longer than the other values' buffer: read whole.
     std::string name;
-    ReadText(ini, kAnalysis, "DetectionMethod", name);
+    ReadText(ini, kAnalysis, "DetectionMethod", name, kMethodNameChars);
     if (const auto method = ParseMethodName(name)) m.method = *method;
+    ReadBool(ini, kAnalysis, "SuggestFromRecording", m.suggestFromRecording);
     ReadBounded(ini, "KernelRiseMs", 0.01, 1000, m.riseTauMs, problems);
     ReadBounded(ini, "KernelDecayMs", 0.02, 10000, m.decayTauMs, problems);
     if (m.decayTauMs <= m.riseTauMs) m.decayTauMs = MethodParameters{}.decayTauMs;
@@ -185,7 +187,16 @@ Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems)
     return s;
 }
 
+Settings NewInstallationSettings() {
+    Settings s;
+    s.method.method = DetectionMethod::Deconvolution;
+    s.method.suggestFromRecording = true;
+    return s;
+}
+
 Settings LoadIniSettings(const std::filesystem::path& path, std::vector<std::string>* problems) {
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) return NewInstallationSettings();
     return SettingsFromIni(IniFile::Load(path), problems);
 }
 
@@ -237,6 +248,7 @@ void SettingsToIni(const Settings& s, IniFile& ini) {
     ini.Set(kAnalysis, "TemplateThreshold", Num(m.templateThreshold));
     ini.Set(kAnalysis, "LowPassMs", Num(m.lowPassMs));
     ini.Set(kAnalysis, "MinimumSeparationMs", Num(m.minSeparationMs));
+    ini.Set(kAnalysis, "SuggestFromRecording", Bool(m.suggestFromRecording));
 }
 
 std::string SaveIniSettings(const std::filesystem::path& path, const Settings& settings) {

@@ -19,6 +19,8 @@ struct Workspace;
 // data folder is the exception, read whole, since a cut path would name a
 // folder that does not exist.
 inline constexpr std::size_t kIniValueChars = 10;
+// DetectionMethod is read whole ("deconvolution" is longer than 10).
+inline constexpr std::size_t kMethodNameChars = 32;
 
 // Written values fit this read: a float that needs more characters is
 // written with fewer digits. DisplayOffset& is kept from this value up, so
@@ -30,6 +32,11 @@ inline constexpr int32_t kMinDisplayOffset = -999'999'999;
 // range (the detection parameters' ranges are those of value_ranges.h); each
 // value not taken is added to problems, when given, as "key=value: why".
 // NumberPointsPeak of 0 becomes 1.
+// The settings of a new installation (no settings file): the table's
+// defaults, detection by deconvolution with the kernel and thresholds
+// suggested from each recording. A settings file without a DetectionMethod
+// key keeps the threshold detection of earlier versions.
+Settings NewInstallationSettings();
 Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems = nullptr);
 Settings LoadIniSettings(const std::filesystem::path& path,
                          std::vector<std::string>* problems = nullptr);

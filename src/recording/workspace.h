@@ -33,6 +33,13 @@ struct Workspace {
     // Values measured once over the whole recording (such as the noise of
     // a filtered trace), keyed by what they were measured on and with.
     std::map<std::string, double> measuredOnce;
+    // The recording (path, channel, direction) whose suggested settings are
+    // in use, so that a new installation suggests once per recording.
+    std::string suggestedFor;
+    // The method and settings that made the events in the table, for the
+    // status bar; empty when they are not known (events read from a file).
+    std::string eventsMadeWith;
+    std::string eventsMadeFor;  // the recording's path when eventsMadeWith was noted
 
     // Work array 1 or 2 (any other number gives array 2).
     DataArray& Array(int number) { return number == 1 ? array1 : array2; }

@@ -4,6 +4,8 @@
 // reach stopped before detection.
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QStatusBar>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableWidget>
@@ -12,6 +14,7 @@
 #include "detection/method_texts.h"
 #include "detection/ui/accuracy_window.h"
 #include "detection/whole_file.h"
+#include "recording/settings_file.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/plot_widget.h"
 
@@ -63,8 +66,8 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
     EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
     EXPECT_GT(ws.settings.method.riseTauMs, 0.2);
     EXPECT_LT(ws.settings.method.riseTauMs, 1.2);
-    const QString kernel = window->findChild<QLabel*>("lbKernel")->text();
-    EXPECT_TRUE(kernel.contains(QString::number(ws.settings.method.decayTauMs, 'g', 3))) << kernel.toStdString();
+    EXPECT_EQ(window->findChild<QLineEdit*>("txtKernelDecayMs")->text(),
+              QString::number(ws.settings.method.decayTauMs, 'g', 3));
 
     window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
@@ -179,6 +182,73 @@ TEST_F(MethodGuiTest, AccuracyCheckStopsCleanly) {
     window->hide();
     window.reset();
     CloseGraphFrame();
+}
+
+// A new installation: F9 suggests the settings from the recording once and
+// says so; the panel shows the method's boxes and disables the unused ones;
+// the suggestion ignores the kernel typed before it; non-stop over events
+// asks whether to replace them.
+TEST_F(MethodGuiTest, NewInstallationSuggestsOnceAndAsksBeforeReplacingEvents) {
+    ws.settings = NewInstallationSettings();
+    OpenSample();
+    auto* amplitude = window->findChild<QLineEdit*>("txtThresholdAmplitude");
+    auto* decay = window->findChild<QLineEdit*>("txtKernelDecayMs");
+    ASSERT_TRUE(amplitude && decay);
+    EXPECT_FALSE(amplitude->isEnabled());
+    EXPECT_TRUE(amplitude->toolTip().contains("Not used by the deconvolution method"));
+    EXPECT_TRUE(decay->isVisibleTo(window.get()));
+
+    window->Trace()->setFocus();
+    Key(Qt::Key_F9);
+    const QString said = window->statusBar()->currentMessage();
+    EXPECT_TRUE(said.startsWith("Settings suggested from this recording")) << said.toStdString();
+    const MethodParameters suggested = ws.settings.method;
+    EXPECT_NEAR(suggested.decayTauMs, 5, 1.5);  // the synthesiser's decay
+    EXPECT_EQ(decay->text(), QString::number(suggested.decayTauMs, 'g', 3));
+
+    // A kernel typed in is used, and not replaced on the next F9...
+    decay->setText("20");
+    QTest::keyClick(decay, Qt::Key_Return);
+    EXPECT_EQ(ws.settings.method.decayTauMs, 20);
+    window->Trace()->setFocus();
+    Key(Qt::Key_F9);
+    EXPECT_EQ(ws.settings.method.decayTauMs, 20);
+    // ... and the suggestion asked for again starts from the recording alone;
+    // a kernel typed after it stays for the next F9.
+    Trigger("menu_SuggestFromRecording");
+    EXPECT_EQ(ws.settings.method, suggested);
+    ws.suggestedFor.clear();
+    Trigger("menu_SuggestFromRecording");
+    decay->setText("9");
+    QTest::keyClick(decay, Qt::Key_Return);
+    window->Trace()->setFocus();
+    Key(Qt::Key_F9);
+    EXPECT_EQ(ws.settings.method.decayTauMs, 9);
+    Trigger("menu_SuggestFromRecording");
+
+    AnalyseUntilEvents(3);
+    const int32_t before = ws.events.Count();
+    window->Trace()->setFocus();
+    dialogs.AnswerYesNoCancel(Answer::Cancel);
+    Key(Qt::Key_F11);
+    EXPECT_FALSE(window->NonStopRunning());
+    EXPECT_EQ(ws.events.Count(), before);
+    ws.screenStartBlock = 0;
+    window->RefreshAll();
+    dialogs.AnswerYesNoCancel(Answer::Yes);
+    Key(Qt::Key_F11);
+    ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+    Workspace whole;
+    whole.settings = ws.settings;
+    AbfError error = AbfError::None;
+    whole.recording = Recording::Open(abfPath, &error, nullptr);
+    ScriptedDialogs quiet;
+    DetectWholeFile(whole, quiet);
+    EXPECT_EQ(ws.events, whole.events);  // replaced, not added
+    const QString status = window->findChild<QLabel*>("lbEvents")->text();
+    EXPECT_TRUE(status.contains("by deconvolution, kernel rise")) << status.toStdString();
+    Snapshot("new_installation_deconvolution");
 }
 
 TEST_F(MethodGuiTest, ThresholdsOutOfReachAreReportedBeforeDetecting) {

@@ -117,6 +117,7 @@ TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
 TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
     OpenSample();
     Key(Qt::Key_F9);
+    dialogs.AnswerYesNoCancel(Answer::No);  // the screen's events stay, the rest are added
     Key(Qt::Key_F11);
     EXPECT_TRUE(window->NonStopRunning());
     EXPECT_FALSE(window->Action("menu_Analyze")->isEnabled());
@@ -152,6 +153,7 @@ TEST_F(GuiTest, StoredEventsBeepWhileTheSoundIsOnNonStopIncluded) {
     window->Trace()->setFocus();
     QElapsedTimer run;
     run.start();
+    dialogs.AnswerYesNoCancel(Answer::No);
     Key(Qt::Key_F11);
     ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 60000));
     const int64_t ms = run.elapsed();

@@ -7,6 +7,8 @@
 
 #include <string>
 
+#include "recording/event_file.h"
+#include "recording/file_io.h"
 #include "recording/synth.h"
 #include "support/run_vess.h"
 #include "support/test_recording.h"
@@ -93,6 +95,58 @@ TEST(VessMethods, CheckReportsRecallPerBinAndTheFalseEventsOfTheNoise) {
     EXPECT_LE(int(j["inverted_detections"]), 3);
     // 20 s of trace is less than the minute a rate per minute needs.
     EXPECT_TRUE(j["false_per_minute"].is_null());
+}
+
+// A run with no options is a new installation's (deconvolution, suggested
+// from the recording); the suggestion starts from the recording alone, so
+// the method named on the command line or in a settings file, whatever
+// kernel that file held, gives the same events; --method threshold is a
+// settings file of an earlier version.
+TEST(VessMethods, OneMethodGivesOneSetOfEventsHoweverItIsChosen) {
+    test::TempDir dir;
+    SynthOptions o;
+    o.seconds = 8;
+    o.seed = 4;
+    o.noiseRmsPa = 3;
+    const auto abf = dir / "syn.abf";
+    ASSERT_EQ(WriteSynthetic(abf, Synthesise(o)), "");
+    const auto ini = [&](const char* name, const char* text) {
+        EXPECT_EQ(WriteFileAtomic(dir / name, std::string_view(text)), "");
+        return " --settings " + (dir / name).string();
+    };
+    const std::string slowKernel =
+        ini("slow.ini", "[Analysis]\r\nDetectionMethod=deconvolution\r\nKernelRiseMs=3\r\nKernelDecayMs=30\r\n");
+    const std::string earlier = ini("old.ini", "[Analysis]\r\nPeakDirection%=-1\r\n");
+    const auto events = [&](const std::string& options) {
+        const auto evt = dir / "run.EVT";
+        const test::VessRun run = RunVessCli("detect " + abf.string() + options + " --quiet --out " + evt.string(),
+                                             dir / "err.txt");
+        EXPECT_EQ(run.exitCode, 0) << options << run.err;
+        return ReadEventFile(evt).records;
+    };
+    const auto fresh = events("");
+    ASSERT_GT(fresh.size(), 10u);
+    for (const std::string& same : {std::string(" --method deconvolution"),
+                                    std::string(" --method deconvolution --suggest-from-noise"),
+                                    slowKernel + " --suggest-from-noise"})
+        EXPECT_EQ(events(same), fresh) << same;
+    const auto threshold = events(" --method threshold");
+    EXPECT_EQ(events(earlier), threshold);
+    EXPECT_NE(threshold, fresh);
+}
+
+// Test pulses every few seconds, far larger than the spontaneous currents,
+// are left out of the suggested kernel (with them its decay was 307 ms).
+TEST(VessMethods, SuggestionLeavesOutTestPulses) {
+    VESS_REQUIRE_SHARED_DATA();
+    const auto abf = test::SharedData() / "abf1" / "171116sh_0020_saved.abf";
+    test::TempDir dir;
+    const test::VessRun run =
+        RunVessCli("detect " + abf.string() + " --method deconvolution --suggest-from-noise --quiet", dir / "err.txt");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const std::size_t at = run.err.find("decay ");
+    ASSERT_NE(at, std::string::npos) << run.err;
+    EXPECT_LT(std::stod(run.err.substr(at + 6)), 15) << run.err;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <limits>
+#include <tuple>
 
 #include "recording/file_io.h"
 #include "recording/ini_file.h"
@@ -51,13 +52,32 @@ Settings Changed() {
     s.analysis.AreaThreshold = 20;
     s.analysis.ComplexPeak = true;
     s.analysis.NumberPointsPeak = 5;
+    s.method.method = DetectionMethod::Deconvolution;  // a name longer than ten characters
+    s.method.suggestFromRecording = true;
     return s;
 }
 
-TEST(Settings, NoFileGivesTheDefaults) {
+// No file is a new installation: the table's defaults, detection by
+// deconvolution suggested from each recording. A file of an earlier version
+// (no DetectionMethod key) keeps the threshold detection; a method name
+// longer than the ten characters of the other values is read whole.
+TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
     TempDir dir;
     const Settings s = LoadIniSettings(dir / "Vessanto.ini");
-    EXPECT_EQ(s, Settings{});
+    Settings expected;
+    expected.method.method = DetectionMethod::Deconvolution;
+    expected.method.suggestFromRecording = true;
+    EXPECT_EQ(s, expected);
+    for (const auto& [text, method, suggest] :
+         {std::tuple{"[Analysis]\r\nPeakDirection%=-1\r\n", DetectionMethod::Threshold, false},
+          {"[Analysis]\r\nDetectionMethod=deconvolution\r\n", DetectionMethod::Deconvolution, false},
+          {"[Analysis]\r\nDetectionMethod=template\r\nSuggestFromRecording=True\r\n",
+           DetectionMethod::Template, true}}) {
+        Put(dir / "old.ini", text);
+        const Settings read = LoadIniSettings(dir / "old.ini");
+        EXPECT_EQ(read.method.method, method) << text;
+        EXPECT_EQ(read.method.suggestFromRecording, suggest) << text;
+    }
     EXPECT_EQ(s.DataDir, "c:\\");
     EXPECT_EQ(s.analysis.PeakDirection, -1);
     EXPECT_EQ(s.analysis.DecayPercent, 0.32f);

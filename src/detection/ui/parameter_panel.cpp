@@ -15,6 +15,7 @@
 
 #include "detection/method_texts.h"
 #include "detection/ui/texts.h"
+#include "recording/method_settings.h"
 #include "recording/recording.h"
 
 namespace vess {
@@ -57,10 +58,20 @@ ParameterPanel::ParameterPanel(QWidget* parent) : QGroupBox(tr("Analysis paramet
     connect(method_, &QComboBox::activated, this, [this](int index) {
         emit MethodChosen(DetectionMethod(method_->itemData(index).toInt()));
     });
-    kernel_ = new QLabel(this);
-    kernel_->setObjectName("lbKernel");
-    kernel_->setToolTip(tr("Rise and decay time constants of the event kernel"));
-    form_->addRow(tr("Kernel rise / decay"), kernel_);
+    auto* kernelRow = new QWidget(this);
+    auto* kernelLayout = new QHBoxLayout(kernelRow);
+    kernelLayout->setContentsMargins(0, 0, 0, 0);
+    kernelRise_ = NewMethodBox(kernelRow, "txtKernelRiseMs", tr("Rise time constant of the event kernel, ms"));
+    kernelDecay_ = NewMethodBox(kernelRow, "txtKernelDecayMs", tr("Decay time constant of the event kernel, ms"));
+    kernelLayout->addWidget(kernelRise_);
+    kernelLayout->addWidget(kernelDecay_);
+    form_->addRow(tr("Kernel rise / decay (ms)"), kernelRow);
+    methodThreshold_ = NewMethodBox(this, "txtMethodThreshold", {});
+    form_->addRow(tr("Detection threshold"), methodThreshold_);
+    methodThresholdLabel_ = qobject_cast<QLabel*>(form_->labelForField(methodThreshold_));
+    lowPass_ = NewMethodBox(this, "txtLowPassMs",
+                            tr("SD of the Gaussian smoothing of the deconvolved trace, ms"));
+    form_->addRow(tr("Smoothing (ms)"), lowPass_);
 
     direction_ = new QComboBox(this);
     direction_->setObjectName("cbPeakDirection");
@@ -133,6 +144,18 @@ ParameterPanel::ParameterPanel(QWidget* parent) : QGroupBox(tr("Analysis paramet
     });
 }
 
+QLineEdit* ParameterPanel::NewMethodBox(QWidget* parent, const char* name, const QString& tip) {
+    auto* box = new QLineEdit(parent);
+    box->setObjectName(name);
+    box->setToolTip(tip);
+    auto* v = new QDoubleValidator(0, 100000, 6, box);
+    v->setLocale(QLocale::c());
+    box->setValidator(v);
+    connect(box, &QLineEdit::editingFinished, this, &ParameterPanel::OnMethodBoxEdited);
+    connect(box, &QLineEdit::returnPressed, this, &ParameterPanel::EditingDone);
+    return box;
+}
+
 QLineEdit* ParameterPanel::AddBox(const char* name, const QString& label, const QString& tip) {
     auto* box = new QLineEdit(this);
     box->setObjectName(name);
@@ -152,12 +175,7 @@ void ParameterPanel::Show(const Settings& settings, const std::string& units, do
     blocks_->setValue(blocks);
     screenLength_->setText(intervalUs > 0 ? tr("= %1 ms").arg(blocks * kBlockPoints * intervalUs / 1000.0, 0, 'g', 6)
                                           : QString());
-    const MethodParameters& m = settings.method;
-    method_->setCurrentIndex(std::max(method_->findData(int(m.method)), 0));
-    kernel_->setText(tr("%1 / %2 ms")
-                         .arg(m.riseTauMs, 0, 'g', 3)
-                         .arg(m.decayTauMs, 0, 'g', 3));
-    kernel_->setEnabled(m.method != DetectionMethod::Threshold);
+    ShowMethod(settings.method);
     direction_->setCurrentIndex(p.PeakDirection > 0 ? 1 : 0);
     threshold_->setText(QString::number(p.ThresholdAmplitude));
     areaThreshold_->setText(QString::number(p.AreaThreshold));
@@ -184,6 +202,51 @@ void ParameterPanel::Show(const Settings& settings, const std::string& units, do
         areaLabel_->setText(u.isEmpty() ? tr("Area threshold")
                                         : tr("Area threshold (%1·ms)").arg(u));
     showing_ = false;
+}
+
+// The filtering methods' boxes show only with those methods; the amplitude
+// and area boxes, which they do not use, are disabled and say why.
+void ParameterPanel::ShowMethod(const MethodParameters& m) {
+    shownMethod_ = m;
+    method_->setCurrentIndex(std::max(method_->findData(int(m.method)), 0));
+    const bool filtering = m.method != DetectionMethod::Threshold;
+    const bool deconvolution = m.method == DetectionMethod::Deconvolution;
+    kernelRise_->setText(QString::number(m.riseTauMs, 'g', 3));
+    kernelDecay_->setText(QString::number(m.decayTauMs, 'g', 3));
+    methodThreshold_->setText(QString::number(deconvolution ? m.deconvolutionThreshold : m.templateThreshold, 'g', 3));
+    methodThreshold_->setToolTip(deconvolution ? tr("An event rises above this many noise SDs of the deconvolved trace")
+                                               : tr("An event's fitted scale exceeds this many of its standard errors"));
+    if (methodThresholdLabel_)
+        methodThresholdLabel_->setText(deconvolution ? tr("Threshold (noise SDs)") : tr("Threshold (scale / SE)"));
+    lowPass_->setText(QString::number(m.lowPassMs, 'g', 3));
+    form_->setRowVisible(kernelRise_->parentWidget(), filtering);
+    form_->setRowVisible(methodThreshold_, filtering);
+    form_->setRowVisible(lowPass_, deconvolution);
+    const QString unused = tr("Not used by the %1 method: its own threshold decides which events are found.")
+                               .arg(QString::fromUtf8(MethodName(m.method).data(), qsizetype(MethodName(m.method).size())));
+    threshold_->setEnabled(!filtering);
+    areaThreshold_->setEnabled(!filtering);
+    threshold_->setToolTip(filtering ? unused : tr("Smallest amplitude of an event, in the channel's units"));
+    areaThreshold_->setToolTip(filtering ? unused : tr("Smallest area of an event, units x ms"));
+}
+
+void ParameterPanel::OnMethodBoxEdited() {
+    if (showing_) return;
+    MethodParameters m = shownMethod_;
+    // A box left as shown keeps the value behind its rounded text.
+    auto read = [](const QLineEdit* box, double& out) {
+        if (box->text().trimmed() == QString::number(out, 'g', 3)) return true;
+        bool ok = false;
+        const double v = QLocale::c().toDouble(box->text().trimmed(), &ok);
+        if (ok && v > 0) out = v;
+        return ok && v > 0;
+    };
+    double& threshold = m.method == DetectionMethod::Template ? m.templateThreshold : m.deconvolutionThreshold;
+    const bool ok = read(kernelRise_, m.riseTauMs) && read(kernelDecay_, m.decayTauMs) &&
+                    read(methodThreshold_, threshold) && read(lowPass_, m.lowPassMs);
+    if (!ok || m.decayTauMs <= m.riseTauMs || m == shownMethod_) return;
+    shownMethod_ = m;
+    emit MethodParametersEdited(m);
 }
 
 void ParameterPanel::OnBoxEdited() {

@@ -40,19 +40,30 @@ signals:
     void SoundToggled(bool on);
     // The "Detection method" box was set to another method.
     void MethodChosen(vess::DetectionMethod method);
+    // A box of the filtering methods (kernel, threshold, smoothing) was
+    // edited to a valid value: the method's parameters with that change.
+    void MethodParametersEdited(const vess::MethodParameters& method);
     // The blocks-per-screen box was set to a new value.
     void BlocksPerScreenChosen(int blocks);
     // Enter was pressed in a box.
     void EditingDone();
 
 private:
+    QLineEdit* NewMethodBox(QWidget* parent, const char* name, const QString& tip);
     QLineEdit* AddBox(const char* name, const QString& label, const QString& tip);
     void OnBoxEdited();
+    void OnMethodBoxEdited();
+    void ShowMethod(const MethodParameters& m);
 
     AnalysisParameters shown_;
     bool showing_ = false;
     QComboBox* method_;
-    QLabel* kernel_;
+    MethodParameters shownMethod_;
+    QLineEdit* kernelRise_;
+    QLineEdit* kernelDecay_;
+    QLineEdit* methodThreshold_;
+    QLineEdit* lowPass_;
+    QLabel* methodThresholdLabel_;
     QComboBox* direction_;
     QLineEdit* threshold_;
     QLineEdit* searchMax_;

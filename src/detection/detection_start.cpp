@@ -1,0 +1,87 @@
+#include "detection/detection_start.h"
+
+#include <fmt/format.h>
+
+#include "detection/detector.h"
+#include "detection/method_texts.h"
+#include "detection/screen_commands.h"
+#include "detection/suggest_from_recording.h"
+
+namespace vess {
+namespace {
+
+std::string RecordingKey(const Workspace& ws) {
+    const Recording& rec = *ws.recording;
+    return fmt::format("{}|{}|{}", rec.Path().string(), int(rec.Channel()),
+                       NormalizedDirection(ws.params().PeakDirection));
+}
+
+constexpr const char* kMixedSettings = "several settings, the last ";
+
+}  // namespace
+
+std::string SuggestOnFirstAnalysis(Workspace& ws) {
+    const MethodParameters& m = ws.settings.method;
+    if (!ws.recording || m.method == DetectionMethod::Threshold || !m.suggestFromRecording) return {};
+    const std::string key = RecordingKey(ws);
+    if (ws.suggestedFor == key) return {};
+    const RecordingSuggestion s = SuggestFromRecording(ws);
+    ws.suggestedFor = key;  // tried once, whatever came of it
+    if (!s.ok) return fmt::format("No settings could be suggested from this recording ({}).", s.problem);
+    ApplySuggestion(ws, s);
+    return fmt::format("Settings suggested from this recording ({} clear events, noise {:.3g} {}): {}",
+                       s.eventsUsed, s.noiseSdUnits, ws.recording->Units(), DetectionSettingsText(ws));
+}
+
+void MarkSuggested(Workspace& ws) {
+    if (ws.recording) ws.suggestedFor = RecordingKey(ws);
+}
+
+std::string DetectionSettingsText(const Workspace& ws) {
+    const MethodParameters& m = ws.settings.method;
+    const AnalysisParameters& p = ws.params();
+    const std::string units = ws.recording ? ws.recording->Units() : std::string();
+    switch (m.method) {
+        case DetectionMethod::Deconvolution:
+            return fmt::format("deconvolution, kernel rise {:.3g} ms, decay {:.3g} ms, threshold {:.3g} SD, "
+                               "smoothing {:.3g} ms",
+                               m.riseTauMs, m.decayTauMs, m.deconvolutionThreshold, m.lowPassMs);
+        case DetectionMethod::Template:
+            return fmt::format("template, kernel rise {:.3g} ms, decay {:.3g} ms, threshold {:.3g}",
+                               m.riseTauMs, m.decayTauMs, m.templateThreshold);
+        case DetectionMethod::Threshold: break;
+    }
+    return fmt::format("threshold, amplitude {:.4g} {}, area {:.4g} {}*ms", p.ThresholdAmplitude, units,
+                       p.AreaThreshold, units);
+}
+
+void NoteDetectionSettings(Workspace& ws) {
+    if (!ws.recording) return;
+    const std::string now = DetectionSettingsText(ws);
+    const std::string path = ws.recording->Path().string();
+    const bool known = ws.eventsMadeFor == path && !ws.eventsMadeWith.empty();
+    if (ws.events.Empty() || (known && ws.eventsMadeWith == now)) ws.eventsMadeWith = now;
+    else ws.eventsMadeWith = std::string(kMixedSettings) + now;
+    ws.eventsMadeFor = path;
+}
+
+std::string EventsStatusText(const Workspace& ws) {
+    const int32_t n = ws.events.Count();
+    std::string text = fmt::format("{} event{}", n, n == 1 ? "" : "s");
+    if (n > 0 && ws.recording && ws.eventsMadeFor == ws.recording->Path().string() &&
+        !ws.eventsMadeWith.empty())
+        text += " by " + ws.eventsMadeWith;
+    return text;
+}
+
+bool ReplaceEventsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
+    if (ws.events.Empty()) return true;
+    const Answer a = dialogs.AskYesNoCancel(
+        method_texts::kReplaceCaption,
+        fmt::format(fmt::runtime(method_texts::kReplaceQuestion), ws.events.Count()));
+    if (a == Answer::Cancel) return false;
+    if (a == Answer::Yes) ResetEvents(ws, dialogs, /*noConfirmation=*/true);
+    return true;
+}
+
+}  // namespace vess
