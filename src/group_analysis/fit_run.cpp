@@ -33,6 +33,7 @@ FitRunResult RunFits(const FitRunInput& in, const JobProgress& progress) {
                                        *in.compareCriterionPercent, search);
             // A comparison cut short has no winner.
             if (c.twoWon && t > 0 && go) run.twoWon.push_back(t);
+            run.report += c.chosen.report + "\r\n\r\n";
             run.fits.push_back(std::move(c.chosen));
         } else {
             TraceFit fit = FitTrace(in.set, t, in.peakDirection, in.group, in.scale, in.settings, search);
