@@ -123,8 +123,8 @@ TEST_F(GroupWindowTest, DisplaysNavigatesFitsAndSavesResults) {
     EXPECT_EQ(method->currentText(), "Least Squares");
     EXPECT_FALSE(restart->isEnabled());
     EXPECT_TRUE(w->Report()->toPlainText().contains("Standard errors: tau1 "));
-    EXPECT_EQ(w->Grid()->horizontalHeaderItem(16)->text(), "SE Tau1");
-    EXPECT_GT(w->Grid()->item(0, 16)->text().toDouble(), 0);
+    EXPECT_EQ(w->Grid()->model()->headerData(16, Qt::Horizontal).toString(), "SE Tau1");
+    EXPECT_GT(w->Grid()->model()->index(0, 16).data().toString().toDouble(), 0);
     method->setCurrentText("Simplex");
     EXPECT_TRUE(restart->isEnabled());
     method->setCurrentText("Least Squares");

@@ -41,8 +41,8 @@ protected:
         QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
         return w;
     }
-    QString Heading(int column) const { return w->Grid()->horizontalHeaderItem(column)->text(); }
-    QString Cell(int row, int column) const { return w->Grid()->item(row, column)->text(); }
+    QString Heading(int column) const { return w->Grid()->model()->headerData(column, Qt::Horizontal).toString(); }
+    QString Cell(int row, int column) const { return w->Grid()->model()->index(row, column).data().toString(); }
     std::vector<std::string> MarkNames() const {
         std::vector<std::string> out;
         for (const auto& m : w->Picture()->Marks()) out.push_back(m.legend);
