@@ -67,7 +67,7 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     d.Apply();
 
     Display("Superimpose");
-    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak"}) {
+    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero"}) {
         w->Action(analysis)->trigger();
         EXPECT_EQ(dialogs.Messages().back().text, "This function is only for Average or Individual trace.") << analysis;
     }
@@ -114,6 +114,18 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     EXPECT_EQ(MarkNames().front(), "Peaks");
     w->resize(1200, 900);
     Shot(w, "group_multipeak");
+
+    // The average event as an amperometric spike: its row and marks.
+    Display("Average", "4");
+    w->findChild<QComboBox*>("Combo15")->setCurrentText("1");
+    w->Action("menu_Ampero")->trigger();
+    const auto ampero = group::ReadResultRow(ws.results[ws.results.Count()]);
+    EXPECT_EQ(ampero.kind, group::ResultKind::Amperometric);
+    EXPECT_EQ(Heading(1), "Imax");
+    EXPECT_EQ(Heading(9), "Molecules");
+    EXPECT_EQ(w->Settings().Electrons, "1");
+    EXPECT_EQ(MarkNames().front(), "Imax");
+    Shot(w, "group_ampero");
 }
 
 // Spontaneous action potentials (about one every 0.6 s, 50 us sampling).

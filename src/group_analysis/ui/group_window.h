@@ -86,6 +86,8 @@ public:
     void RunSpikeTrain();
     void RunFieldPotential();
     void RunMultipeak();
+    // Transmitter release and heart analyses (group_window_release.cpp).
+    void RunAmperometric();
     // Manual detection: each click on the trace appends its time and value;
     // Escape ends it.
     void StartManualDetection();
@@ -121,6 +123,9 @@ private:
     QWidget* BuildAnalysisSettings();
     void ReadAnalysisControls();
     void WriteAnalysisControls();
+    QWidget* BuildReleaseSettings();
+    void ReadReleaseControls();
+    void WriteReleaseControls();
     SpikeShapeSettings MakeSpikeSettings() const;
     // The stretch an analysis of one trace works on, or nullopt (after
     // saying why) when there is no trace or several are shown.
@@ -154,6 +159,7 @@ private:
     QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_, *subtractBaseVar_, *fluctuationOffset_;
     QComboBox *widthAbove_, *ym_, *yt_, *decayPercent_, *slopeKind_, *fieldKind_, *thresholdRate_, *peakSds_;
     QCheckBox* thresholdBaseline_;
+    QComboBox *amperoRise_, *electrons_;
     bool manual_ = false;
     int manualCount_ = 0;
     double manualTime_ = 0, manualValue_ = 0;
