@@ -3,6 +3,8 @@
 // The window is thin: every command is a core function of group_analysis.
 #pragma once
 
+#include <array>
+
 #include <QMainWindow>
 
 #include <functional>
@@ -33,6 +35,8 @@ namespace vess {
 struct Workspace;
 class Dialogs;
 }
+
+class QLineEdit;
 
 namespace vess::group {
 
@@ -88,6 +92,7 @@ public:
     void RunMultipeak();
     // Transmitter release and heart analyses (group_window_release.cpp).
     void RunAmperometric();
+    void RunDiffusionFit();
     // Manual detection: each click on the trace appends its time and value;
     // Escape ends it.
     void StartManualDetection();
@@ -159,7 +164,8 @@ private:
     QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_, *subtractBaseVar_, *fluctuationOffset_;
     QComboBox *widthAbove_, *ym_, *yt_, *decayPercent_, *slopeKind_, *fieldKind_, *thresholdRate_, *peakSds_;
     QCheckBox* thresholdBaseline_;
-    QComboBox *amperoRise_, *electrons_;
+    QComboBox *amperoRise_, *electrons_, *walkType_, *edge_;
+    std::array<QLineEdit*, 9> walkFields_{};  // initial values, MaxIter, Tolerance
     bool manual_ = false;
     int manualCount_ = 0;
     double manualTime_ = 0, manualValue_ = 0;
