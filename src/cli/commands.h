@@ -22,5 +22,6 @@ void AddFilterCommand(CLI::App& app);    // vess filter FILE.abf --kind K --pass
 void AddSignalToolCommands(CLI::App& app);  // vess noise, eventfree, synch
 void AddBatchCommand(CLI::App& app);     // vess batch FILES... | --list LIST [...]
 void AddTraceAnalysisCommands(CLI::App& app);  // vess ap, ap-train, fepsp, peaks TRACE.csv
+void AddReleaseAnalysisCommands(CLI::App& app);  // vess ampero, diffusion, ecg TRACE.csv
 
 }  // namespace vess::cli

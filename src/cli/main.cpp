@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     vess::cli::AddSignalToolCommands(app);
     vess::cli::AddBatchCommand(app);
     vess::cli::AddTraceAnalysisCommands(app);
+    vess::cli::AddReleaseAnalysisCommands(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/trace_command.h"
 #include "group_analysis/field_potential.h"
 #include "group_analysis/measure_columns.h"
 #include "group_analysis/multipeak.h"
@@ -23,121 +24,6 @@ namespace vess::cli {
 namespace {
 
 using group::SampledTrace;
-
-struct Common {
-    std::string file;
-    double from = -INFINITY, to = INFINITY;
-    bool json = false;
-};
-
-// A header line, then "time,value" lines (commas, tabs or blanks between);
-// the samples must be evenly spaced.
-std::optional<SampledTrace> ReadSampledTrace(std::istream& in, std::string& error) {
-    std::vector<double> x, y;
-    std::string line;
-    std::getline(in, line);
-    for (int number = 2; std::getline(in, line); ++number) {
-        for (char& c : line)
-            if (c == ',' || c == '\t' || c == ';' || c == '\r') c = ' ';
-        if (line.find_first_not_of(' ') == std::string::npos) continue;
-        std::istringstream fields(line);
-        double a = 0, b = 0;
-        if (!(fields >> a >> b)) {
-            error = fmt::format("line {} does not hold two numbers", number);
-            return std::nullopt;
-        }
-        x.push_back(a);
-        y.push_back(b);
-    }
-    if (x.size() < 3) {
-        error = "the trace needs at least three points";
-        return std::nullopt;
-    }
-    const double dt = (x.back() - x.front()) / double(x.size() - 1);
-    for (std::size_t i = 1; i < x.size(); ++i)
-        if (!(dt > 0) || std::fabs(x[i] - x[i - 1] - dt) > 1e-3 * dt) {
-            error = fmt::format("the times are not evenly spaced (line {})", i + 2);
-            return std::nullopt;
-        }
-    return SampledTrace{x.front(), dt, std::move(y)};
-}
-
-// The stretch between --from and --to.
-SampledTrace Load(const Common& o, const char* command) {
-    std::ifstream file;
-    if (o.file != "-") file.open(o.file);
-    if (o.file != "-" && !file) {
-        std::cerr << "vess " << command << ": cannot read " << o.file << "\n";
-        throw CLI::RuntimeError(1);
-    }
-    std::string error;
-    auto trace = ReadSampledTrace(o.file == "-" ? std::cin : file, error);
-    if (!trace) {
-        std::cerr << "vess " << command << ": " << o.file << ": " << error << "\n";
-        throw CLI::RuntimeError(1);
-    }
-    SampledTrace out{.startMs = 0, .intervalMs = trace->intervalMs, .y = {}};
-    for (std::size_t i = 0; i < trace->Size(); ++i) {
-        const double t = trace->TimeAt(double(i));
-        if (t < o.from - 1e-9 || t > o.to + 1e-9) continue;
-        if (out.y.empty()) out.startMs = t;
-        out.y.push_back(trace->y[i]);
-    }
-    if (out.Size() < 3) {
-        std::cerr << "vess " << command << ": fewer than three points between --from and --to\n";
-        throw CLI::RuntimeError(1);
-    }
-    return out;
-}
-
-// "Thr Time" -> "thr_time", "Decay%" -> "decay".
-std::string Key(std::string_view title) {
-    std::string k;
-    for (char c : title) {
-        if (std::isalnum(static_cast<unsigned char>(c))) k += char(std::tolower(static_cast<unsigned char>(c)));
-        else if (!k.empty() && k.back() != '_') k += '_';
-    }
-    while (!k.empty() && k.back() == '_') k.pop_back();
-    return k;
-}
-
-template <std::size_t N>
-void Print(const std::array<std::string_view, N>& titles, const std::vector<std::vector<double>>& rows,
-           bool json, nlohmann::json extra = nlohmann::json::object()) {
-    if (json) {
-        nlohmann::json out = std::move(extra);
-        out["rows"] = nlohmann::json::array();
-        for (const auto& row : rows) {
-            nlohmann::json r = nlohmann::json::object();
-            for (std::size_t c = 0; c < N && c < row.size(); ++c)
-                if (titles[c] != "-") r[Key(titles[c])] = std::isfinite(row[c]) ? nlohmann::json(row[c]) : nlohmann::json();
-            out["rows"].push_back(r);
-        }
-        std::cout << out.dump(2) << "\n";
-        return;
-    }
-    std::string line;
-    for (std::string_view t : titles)
-        if (t != "-") line += (line.empty() ? "" : "\t") + std::string(t);
-    std::cout << line << "\n";
-    for (const auto& row : rows) {
-        line.clear();
-        for (std::size_t c = 0; c < N && c < row.size(); ++c)
-            if (titles[c] != "-")
-                line += (c ? "\t" : "") + (std::isfinite(row[c]) ? fmt::format("{:.3f}", row[c]) : std::string());
-        std::cout << line << "\n";
-    }
-}
-
-CLI::App* AddTraceCommand(CLI::App& app, const char* name, const char* about, Common& o) {
-    auto* cmd = app.add_subcommand(name, about);
-    cmd->add_option("file", o.file, "trace CSV with a header line: time (ms), value ('-' for standard input)")
-        ->required();
-    cmd->add_option("--from", o.from, "first cursor: analyse from this time (ms)");
-    cmd->add_option("--to", o.to, "second cursor: analyse up to this time (ms)");
-    cmd->add_flag("--json", o.json, "print the rows as JSON");
-    return cmd;
-}
 
 struct SpikeOptions {
     Common common;

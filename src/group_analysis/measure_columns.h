@@ -32,6 +32,13 @@ inline constexpr std::array<std::string_view, 14> kEvokedCurrent = {
 inline constexpr std::array<std::string_view, 11> kMultipeak = {
     "Peak #", "Time", "Amplitude", "Local Base", "Rise", "Half-width", "Interval",
     "Count", "Mean Amp", "Largest Amp", "Mean Interval"};
+// One amperometric spike: charge in pC for a trace in pA.
+inline constexpr std::array<std::string_view, 13> kAmperometric = {
+    "Baseline", "Imax", "Peak Time", "Time to Peak", "Rise", "Rise Slope", "Half-width", "Decay",
+    "Charge", "Molecules", "Foot Dur", "Foot Amp", "Foot Charge"};
+// The fitted release (µM), Vmax (µM/s) and Km (µM) of the diffusion model.
+inline constexpr std::array<std::string_view, 6> kDiffusion = {"Release", "Vmax", "Km", "R-Sqr", "Stdev",
+                                                               "Iterations"};
 inline constexpr std::array<std::string_view, 5> kManualPoint = {"Point #", "Time", "Value", "dTime",
                                                                  "dValue"};
 

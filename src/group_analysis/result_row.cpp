@@ -132,6 +132,8 @@ std::vector<ResultColumn> ResultColumns(ResultKind kind) {
         case ResultKind::EvokedCurrent: return MeasureColumns(columns::kEvokedCurrent);
         case ResultKind::Multipeak: return MeasureColumns(columns::kMultipeak);
         case ResultKind::ManualPoint: return MeasureColumns(columns::kManualPoint);
+        case ResultKind::Amperometric: return MeasureColumns(columns::kAmperometric);
+        case ResultKind::Diffusion: return MeasureColumns(columns::kDiffusion);
         case ResultKind::None: break;
     }
     return {{"Amplitude", o::kAmplitude}, {"Time", o::kTime}, {"Baseline", o::kBaseline},

@@ -67,7 +67,7 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     d.Apply();
 
     Display("Superimpose");
-    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak"}) {
+    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk"}) {
         w->Action(analysis)->trigger();
         EXPECT_EQ(dialogs.Messages().back().text, "This function is only for Average or Individual trace.") << analysis;
     }
@@ -114,6 +114,27 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     EXPECT_EQ(MarkNames().front(), "Peaks");
     w->resize(1200, 900);
     Shot(w, "group_multipeak");
+
+    // The average event as an amperometric spike: its row and marks.
+    Display("Average", "4");
+    w->findChild<QComboBox*>("Combo15")->setCurrentText("1");
+    w->Action("menu_Ampero")->trigger();
+    const auto ampero = group::ReadResultRow(ws.results[ws.results.Count()]);
+    EXPECT_EQ(ampero.kind, group::ResultKind::Amperometric);
+    EXPECT_EQ(Heading(1), "Imax");
+    EXPECT_EQ(Heading(9), "Molecules");
+    EXPECT_EQ(w->Settings().Electrons, "1");
+    EXPECT_EQ(MarkNames().front(), "Imax");
+    Shot(w, "group_ampero");
+
+    // The diffusion model fitted to the same trace: its row and curve.
+    w->findChild<QComboBox*>("Combo17")->setCurrentText("Reflecting");
+    w->Action("menu_RandomWalk")->trigger();
+    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Diffusion);
+    EXPECT_EQ(Heading(2), "Km");
+    EXPECT_EQ(w->Settings().Edge, "Reflecting");
+    EXPECT_EQ(MarkNames(), std::vector<std::string>{"Simulated"});
+    Shot(w, "group_diffusion");
 }
 
 // Spontaneous action potentials (about one every 0.6 s, 50 us sampling).

@@ -242,6 +242,7 @@ void GroupAnalysisWindow::BuildControls() {
     lv->addWidget(fitting);
     lv->addWidget(fluctuation);
     lv->addWidget(BuildAnalysisSettings());
+    lv->addWidget(BuildReleaseSettings());
     lv->addLayout(buttons);
     lv->addStretch();
     auto* right = new QWidget;
@@ -310,6 +311,7 @@ void GroupAnalysisWindow::ReadControls() {
     s.SubtractBaseVar = subtractBaseVar_->isChecked();
     s.NonStationaryOffset = fluctuationOffset_->isChecked();
     ReadAnalysisControls();
+    ReadReleaseControls();
 }
 
 void GroupAnalysisWindow::WriteControls() {
@@ -339,6 +341,7 @@ void GroupAnalysisWindow::WriteControls() {
     subtractBaseVar_->setChecked(s.SubtractBaseVar);
     fluctuationOffset_->setChecked(s.NonStationaryOffset);
     WriteAnalysisControls();
+    WriteReleaseControls();
 }
 
 void GroupAnalysisWindow::UpdateCursorLabel() {

@@ -3,6 +3,8 @@
 // The window is thin: every command is a core function of group_analysis.
 #pragma once
 
+#include <array>
+
 #include <QMainWindow>
 
 #include <functional>
@@ -36,6 +38,8 @@ struct Workspace;
 class Dialogs;
 class JobRunner;
 }
+
+class QLineEdit;
 
 namespace vess::group {
 
@@ -92,6 +96,9 @@ public:
     void RunSpikeTrain();
     void RunFieldPotential();
     void RunMultipeak();
+    // Transmitter release and heart analyses (group_window_release.cpp).
+    void RunAmperometric();
+    void RunDiffusionFit();
     // Manual detection: each click on the trace appends its time and value;
     // Escape ends it.
     void StartManualDetection();
@@ -131,6 +138,9 @@ private:
     QWidget* BuildAnalysisSettings();
     void ReadAnalysisControls();
     void WriteAnalysisControls();
+    QWidget* BuildReleaseSettings();
+    void ReadReleaseControls();
+    void WriteReleaseControls();
     SpikeShapeSettings MakeSpikeSettings() const;
     // The stretch an analysis of one trace works on, or nullopt (after
     // saying why) when there is no trace or several are shown.
@@ -165,6 +175,8 @@ private:
     QCheckBox *autoReject_, *rejectCi_, *regroupTwo_, *restart_, *subtractBaseVar_, *fluctuationOffset_;
     QComboBox *widthAbove_, *ym_, *yt_, *decayPercent_, *slopeKind_, *fieldKind_, *thresholdRate_, *peakSds_;
     QCheckBox* thresholdBaseline_;
+    QComboBox *amperoRise_, *electrons_, *walkType_, *edge_;
+    std::array<QLineEdit*, 9> walkFields_{};  // initial values, MaxIter, Tolerance
     bool manual_ = false;
     int manualCount_ = 0;
     double manualTime_ = 0, manualValue_ = 0;

@@ -197,7 +197,9 @@ void GroupAnalysisWindow::BuildSpecialAnalyses(QMenu* analysis) {
     AddAction(analysis, "menu_fEPSP", tr("Population Spike / f&EPSP Analysis"), [this] { RunFieldPotential(); });
     AddAction(analysis, "menu_Multipeak", tr("&Multipeak Analysis"), [this] { RunMultipeak(); });
     AddAction(analysis, "menu_ManualDetection", tr("Manual &Detection"), [this] { StartManualDetection(); });
-    for (const char* later : {"Amperometric Peak Analysis", "ECG Analysis", "Random-walk Diffusion Fitting"})
+    AddAction(analysis, "menu_Ampero", tr("&Amperometric Peak Analysis"), [this] { RunAmperometric(); });
+    AddAction(analysis, "menu_RandomWalk", tr("&Random-walk Diffusion Fitting"), [this] { RunDiffusionFit(); });
+    for (const char* later : {"ECG Analysis"})
         AddAction(analysis, later, tr(later), [this] { NotAvailable(); });
     QAction* end = AddAction(analysis, "key_end_manual", tr("End Manual Detection"), [this] { EndManualDetection(); });
     end->setShortcut(QKeySequence(Qt::Key_Escape));
