@@ -4,31 +4,19 @@
 #include <optional>
 #include <sstream>
 
+#include "group_analysis/trace_csv.h"
+
 namespace vess::cli {
 
 using group::SampledTrace;
 
 namespace {
 
-// A header line, then "time,value" lines (commas, tabs or blanks between);
-// the samples must be evenly spaced.
+// The text trace of a fit, with at least three points evenly spaced.
 std::optional<SampledTrace> ReadSampledTrace(std::istream& in, std::string& error) {
-    std::vector<double> x, y;
-    std::string line;
-    std::getline(in, line);
-    for (int number = 2; std::getline(in, line); ++number) {
-        for (char& c : line)
-            if (c == ',' || c == '\t' || c == ';' || c == '\r') c = ' ';
-        if (line.find_first_not_of(' ') == std::string::npos) continue;
-        std::istringstream fields(line);
-        double a = 0, b = 0;
-        if (!(fields >> a >> b)) {
-            error = fmt::format("line {} does not hold two numbers", number);
-            return std::nullopt;
-        }
-        x.push_back(a);
-        y.push_back(b);
-    }
+    const std::optional<group::TextTrace> t = group::ReadTextTrace(in, error);
+    if (!t) return std::nullopt;
+    const std::vector<double>& x = t->x;
     if (x.size() < 3) {
         error = "the trace needs at least three points";
         return std::nullopt;
@@ -39,7 +27,7 @@ std::optional<SampledTrace> ReadSampledTrace(std::istream& in, std::string& erro
             error = fmt::format("the times are not evenly spaced (line {})", i + 2);
             return std::nullopt;
         }
-    return SampledTrace{x.front(), dt, std::move(y)};
+    return SampledTrace{x.front(), dt, t->y};
 }
 
 }  // namespace
