@@ -1,6 +1,7 @@
 #include "detection/detector.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "detection/measurements.h"
@@ -336,7 +337,7 @@ EventRecord Detector::MakeRecord(const MeasuredEvent& e) const {
     EventRecord r;
     r.time = screen_.CalculateTime(e.peak);
     r.amplitude = e.amplitudeCounts;
-    r.noise = Clamp16(int64_t(screen_.GetSampleValue(e.baselineMiddle)) - e.baseline);
+    r.noise = Clamp16(std::llround(SampleLess(screen_, e.under, e.baselineMiddle)) - e.baseline);
     r.riseTime = Clamp16(e.peak - e.start);
     r.decayTime = Clamp16(e.decay - e.peak);
     r.baseline = e.baseline;
