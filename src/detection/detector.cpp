@@ -1,6 +1,7 @@
 #include "detection/detector.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "detection/measurements.h"
@@ -230,7 +231,7 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
     const int64_t startLast = std::max({peak - len_.baseOffset, startLimit, span_.first});
     e.start = startLast > peak - len_.baseOffset ? startLast : peak - len_.baseOffset - 1;
     for (int64_t i = peak; i >= startLast; --i) {
-        const double excess = double(screen_.GetSampleValue(i)) - e.baseline;
+        const double excess = SampleLess(screen_, e.under, i) - e.baseline;
         area += excess;
         if (dir_ * excess <= startLevel) {
             e.start = i;
@@ -240,8 +241,8 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
     // Decay point: forwards on three-point means (each term divided on its
     // own) to the first one within DecayPercent of the amplitude.
     auto mean3 = [&](int64_t i) {
-        return screen_.GetSampleValue(i - 1) / 3.0 + screen_.GetSampleValue(i) / 3.0 +
-               screen_.GetSampleValue(i + 1) / 3.0;
+        return SampleLess(screen_, e.under, i - 1) / 3.0 + SampleLess(screen_, e.under, i) / 3.0 +
+               SampleLess(screen_, e.under, i + 1) / 3.0;
     };
     const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
     int64_t decayLast = std::min<int64_t>(peak + len_.decayLen, decayLimit);
@@ -331,11 +332,12 @@ EventRecord Detector::MakeRecord(const MeasuredEvent& e) const {
     shape.amplitudeCounts = e.amplitudeCounts;
     shape.direction = dir_;
     shape.decayLimit = HalfWidthReach(screen_, e.peak);
+    shape.under = e.under;
 
     EventRecord r;
     r.time = screen_.CalculateTime(e.peak);
     r.amplitude = e.amplitudeCounts;
-    r.noise = Clamp16(int64_t(screen_.GetSampleValue(e.baselineMiddle)) - e.baseline);
+    r.noise = Clamp16(std::llround(SampleLess(screen_, e.under, e.baselineMiddle)) - e.baseline);
     r.riseTime = Clamp16(e.peak - e.start);
     r.decayTime = Clamp16(e.decay - e.peak);
     r.baseline = e.baseline;

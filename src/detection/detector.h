@@ -53,6 +53,7 @@ struct MeasuredEvent {
     int64_t decay = 0;
     int16_t decayLevel = 0;   // three-point mean at the decay point
     float areaUnitsMs = 0;
+    DecayUnder under;         // an earlier event's decay, taken off every walk
 };
 
 class Detector {

@@ -8,8 +8,9 @@
 namespace vess {
 namespace {
 
-double Excess(const EventShape& e, int16_t sample) {
-    return double(e.direction) * (double(sample) - double(e.baseline));
+// The excess of the sample at i over the baseline and the decay under it.
+double Excess(const Screen& screen, const EventShape& e, int64_t i) {
+    return double(e.direction) * (SampleLess(screen, e.under, i) - double(e.baseline));
 }
 
 // The sample value whose excess equals fraction x amplitude.
@@ -27,15 +28,16 @@ struct RisingStop {
 RisingStop WalkBack(const Screen& screen, const EventShape& e, double fraction) {
     const double level = fraction * double(e.amplitudeCounts);
     for (int64_t i = e.peak; i >= e.start; --i)
-        if (Excess(e, screen.GetSampleValue(i)) < level) return {i, true};
+        if (Excess(screen, e, i) < level) return {i, true};
     return {e.start, false};
 }
 
 // Linear interpolation between index i (beyond the level) and its neighbour on
 // the peak side (i + side); returns the position where the level is crossed.
-double Interpolate(const Screen& screen, int64_t i, int side, double levelValue) {
-    const double yi = screen.GetSampleValue(i);
-    const double yn = screen.GetSampleValue(i + side);
+double Interpolate(const Screen& screen, const DecayUnder& under, int64_t i, int side,
+                   double levelValue) {
+    const double yi = SampleLess(screen, under, i);
+    const double yn = SampleLess(screen, under, i + side);
     if (yn == yi) return double(i);
     return double(i) + double(side) * (levelValue - yi) / (yn - yi);
 }
@@ -57,15 +59,15 @@ int64_t HalfWidthReach(const Screen& screen, int64_t peak) {
 double RisingCrossing(const Screen& screen, const EventShape& e, double fraction) {
     const RisingStop stop = WalkBack(screen, e, fraction);
     if (!stop.found) return double(stop.index);
-    return Interpolate(screen, stop.index, +1, LevelValue(e, fraction));
+    return Interpolate(screen, e.under, stop.index, +1, LevelValue(e, fraction));
 }
 
 std::optional<double> FallingCrossing(const Screen& screen, const EventShape& e,
                                       double fraction) {
     const double level = fraction * double(e.amplitudeCounts);
     for (int64_t i = e.peak; i <= e.decayLimit; ++i)
-        if (Excess(e, screen.GetSampleValue(i)) < level)
-            return Interpolate(screen, i, -1, LevelValue(e, fraction));
+        if (Excess(screen, e, i) < level)
+            return Interpolate(screen, e.under, i, -1, LevelValue(e, fraction));
     return std::nullopt;
 }
 
@@ -82,8 +84,8 @@ int16_t Detect50RiseTime(const Screen& screen, const EventShape& e) {
 float DetectHalfWidth(const Screen& screen, const EventShape& e, int16_t rise50Points) {
     const int64_t i = e.peak - rise50Points;
     const double level = 0.5 * double(e.amplitudeCounts);
-    const double left = Excess(e, screen.GetSampleValue(i)) < level
-                            ? Interpolate(screen, i, +1, LevelValue(e, 0.5))
+    const double left = Excess(screen, e, i) < level
+                            ? Interpolate(screen, e.under, i, +1, LevelValue(e, 0.5))
                             : double(i);
     const std::optional<double> right = FallingCrossing(screen, e, 0.5);
     if (!right) return std::numeric_limits<float>::quiet_NaN();

@@ -5,6 +5,7 @@
 // would need samples beyond the recording is not measured (see RecordedSpan).
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 
@@ -27,6 +28,24 @@ DataSpan RecordedSpan(const Screen& screen);
 // neighbouring screens measures the event), and not past the recording.
 int64_t HalfWidthReach(const Screen& screen, int64_t peak);
 
+// The decay of an earlier event under a later one, extrapolated as an
+// exponential: amplitude (signed counts) at window index at, falling with the
+// time constant tauPoints. The later event is measured on the trace less it;
+// a zero amplitude leaves the trace as recorded.
+struct DecayUnder {
+    double amplitude = 0;
+    int64_t at = 0;
+    double tauPoints = 1;
+    double At(int64_t i) const {
+        return amplitude == 0 ? 0.0 : amplitude * std::exp(-double(i - at) / tauPoints);
+    }
+};
+
+// A sample of the screen less the decay under the event.
+inline double SampleLess(const Screen& screen, const DecayUnder& under, int64_t i) {
+    return double(screen.GetSampleValue(i)) - under.At(i);
+}
+
 // What the measurements need to know of an event (window indices).
 struct EventShape {
     int64_t peak = 0;
@@ -36,6 +55,7 @@ struct EventShape {
     int32_t amplitudeCounts = 0;  // |value - baseline|
     int16_t direction = -1;       // +1 or -1
     int64_t decayLimit = 0;       // last index the decaying walk may visit (HalfWidthReach)
+    DecayUnder under;             // an earlier event's decay the levels ride on
 };
 
 // Interpolated position of the crossing of fraction x amplitude on the rising

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "detection/earlier_decay.h"
 #include "detection/weak_detections.h"
 #include "recording/rounding.h"
 
@@ -150,6 +151,9 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
 
 std::optional<MeasuredEvent> MeasureDetection(const Detector& det, const MethodRun& run,
                                               int64_t onset, int64_t limit) {
+    if (const std::optional<EarlierDecay> below = FitEarlierDecay(
+            det, onset, run.lookPoints, run.params.riseTauMs, run.params.decayTauMs))
+        return MeasureOnDecay(det, *below, onset, limit, run.peakWindowPoints);
     const DetectionLengths& len = det.Lengths();
     const int64_t end = std::min(limit, onset + run.peakWindowPoints);
     const PeakPoint peak = det.FindMax(onset, int32_t(std::max<int64_t>(end - onset, 1)));

@@ -66,7 +66,9 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
 // extreme point from onset to before limit (at most the peak window), the
 // baseline over the BaseLen samples just before onset, the start and decay
 // walks (the decay not past limit) and the area. nullopt when the peak does
-// not lie beyond the baseline or the baseline is not recorded.
+// not lie beyond the baseline or the baseline is not recorded. An onset on the
+// decay of an earlier event is measured on the trace less that decay
+// (earlier_decay.h).
 std::optional<MeasuredEvent> MeasureDetection(const Detector& det, const MethodRun& run,
                                               int64_t onset, int64_t limit);
 

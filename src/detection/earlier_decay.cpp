@@ -1,0 +1,120 @@
+#include "detection/earlier_decay.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "recording/rounding.h"
+
+namespace vess {
+namespace {
+
+constexpr int kTauSteps = 48;          // time constants tried, spaced evenly in log
+constexpr double kTauLowest = 0.25;    // x the kernel's decay
+constexpr double kTauRange = 16;       // highest / lowest
+constexpr double kSignificantSds = 2;  // decay at the onset, in residual SDs
+constexpr int64_t kFewestPoints = 8;
+constexpr double kRisesSkipped = 5;
+
+struct Fit {
+    double amplitude = 0;
+    double tauPoints = 1;
+    double sse = INFINITY;
+};
+
+// Least squares of y = a exp(-(i - onset) / tau) over the excesses y, the
+// first at index first: a is linear; tau is searched on a grid spaced evenly
+// in log from lowest to lowest x range.
+Fit FitExponential(const std::vector<double>& y, int64_t first, int64_t onset, double lowest,
+                   double range) {
+    Fit best;
+    for (int g = 0; g < kTauSteps; ++g) {
+        const double tau = lowest * std::pow(range, double(g) / (kTauSteps - 1));
+        double sKY = 0, sKK = 0, sYY = 0;
+        for (std::size_t k = 0; k < y.size(); ++k) {
+            const double e = std::exp(-double(first + int64_t(k) - onset) / tau);
+            sKY += e * y[k];
+            sKK += e * e;
+            sYY += y[k] * y[k];
+        }
+        const double a = sKY / sKK;
+        const double sse = sYY - a * sKY;
+        if (sse < best.sse) best = {a, tau, sse};
+    }
+    return best;
+}
+
+// A coarse grid, then a fine one across the coarse steps either side of its
+// best: the decay extrapolated to the onset is then as good as the data make it.
+Fit FitDecay(const std::vector<double>& y, int64_t first, int64_t onset, double tauCentre) {
+    const Fit coarse = FitExponential(y, first, onset, tauCentre * kTauLowest, kTauRange);
+    const double step = std::pow(kTauRange, 1.0 / (kTauSteps - 1));
+    return FitExponential(y, first, onset, coarse.tauPoints / step, step * step);
+}
+
+}  // namespace
+
+std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, int64_t lookback,
+                                            double kernelRiseMs, double kernelDecayMs) {
+    const Screen& screen = det.Scr();
+    const DetectionLengths& len = det.Lengths();
+    const double pointsPerMs = 1000.0 / screen.Rec().IntervalUs();
+    const int64_t from = std::max(onset - lookback, det.Span().first);
+    if (onset - from < kFewestPoints) return std::nullopt;
+    const PeakPoint peak = det.FindMax(from, int32_t(onset - from));
+    // A peak at the start of the range is a trace falling from before it.
+    if (peak.index <= from || peak.index >= onset) return std::nullopt;
+    const int64_t baseStart = peak.index - len.baseOffset;
+    if (baseStart < det.Span().first) return std::nullopt;
+    const int16_t baseline = det.FindBaseline(baseStart, len.baseLen);
+    // The rounded top of the earlier event is no exponential: the fit starts
+    // where its rise has died away, five rise constants after its peak.
+    const int64_t first =
+        peak.index + std::max<int64_t>(std::lround(kRisesSkipped * kernelRiseMs * pointsPerMs), 1);
+    if (onset - first < kFewestPoints) return std::nullopt;
+    std::vector<double> y;
+    y.reserve(std::size_t(onset - first));
+    for (int64_t i = first; i < onset; ++i) y.push_back(double(screen.GetSampleValue(i)) - baseline);
+    const Fit fit = FitDecay(y, first, onset, std::max(kernelDecayMs, 0.1) * pointsPerMs);
+    const double residualSd = std::sqrt(std::max(fit.sse, 0.0) / double(y.size() - 2));
+    if (!(det.Direction() * fit.amplitude > kSignificantSds * residualSd)) return std::nullopt;
+    return EarlierDecay{{fit.amplitude, onset, fit.tauPoints}, baseline};
+}
+
+std::optional<MeasuredEvent> MeasureOnDecay(const Detector& det, const EarlierDecay& below,
+                                            int64_t onset, int64_t limit, int64_t peakWindow) {
+    const Screen& screen = det.Scr();
+    const int16_t dir = det.Direction();
+    const int64_t end = std::min({limit, onset + peakWindow, det.LastPeakIndex() + 1});
+    MeasuredEvent e;
+    e.under = below.under;
+    e.baseline = below.baseline;
+    // The peak value is smoothed as for any event (Detector::GetAverageValue).
+    const int32_t h = det.Lengths().halfPeak;
+    const double divisor = std::max<int32_t>(det.Params().NumberPointsPeak, 1);
+    auto mean = [&](int64_t i) {
+        double sum = 0;
+        for (int64_t j = i - h; j <= i + h; ++j) sum += SampleLess(screen, e.under, j);
+        return sum / divisor;
+    };
+    double best = -INFINITY, bestValue = 0;
+    for (int64_t i = std::max<int64_t>(onset, det.Span().first + h); i < end; ++i) {
+        const double value = mean(i);
+        if (dir * (value - e.baseline) > best) {
+            best = dir * (value - e.baseline);
+            bestValue = value;
+            e.peak = i;
+        }
+    }
+    if (!(best > 0)) return std::nullopt;
+    e.value = RoundClamp16(bestValue);
+    e.amplitudeCounts = std::abs(int32_t(e.value) - int32_t(e.baseline));
+    if (e.amplitudeCounts == 0) return std::nullopt;
+    e.amplitudeUnits = det.AmplitudeUnits(e.amplitudeCounts);
+    const int32_t baseLen = det.Lengths().baseLen;
+    e.baselineMiddle = onset - baseLen + RoundEven(baseLen / 2.0);
+    det.WalkExtent(e, onset - baseLen, limit > onset ? limit : std::numeric_limits<int64_t>::max());
+    return e;
+}
+
+}  // namespace vess
