@@ -50,14 +50,14 @@ struct Wave {
 };
 
 // A P or T wave with its peak at `peak` (sign +1 upwards, -1 downwards): its
-// steepest slope on each side (the first searched from `from` on) and the
+// steepest slope on each side, searched within [from, to], and the
 // boundaries beyond them, within [lo, hi].
-Wave Hump(const std::vector<double>& d, std::size_t lo, std::size_t from, std::size_t peak, std::size_t hi, int sign,
-          double threshold) {
+Wave Hump(const std::vector<double>& d, std::size_t lo, std::size_t from, std::size_t peak, std::size_t to,
+          std::size_t hi, int sign, double threshold) {
     Wave w;
-    if (!(lo <= from && from < peak && peak < hi)) return w;
+    if (!(lo <= from && from < peak && peak < to && to <= hi)) return w;
     const std::size_t up = sign > 0 ? ArgMax(d, from, peak) : ArgMin(d, from, peak);
-    const std::size_t down = sign > 0 ? ArgMin(d, peak, hi) : ArgMax(d, peak, hi);
+    const std::size_t down = sign > 0 ? ArgMin(d, peak, to) : ArgMax(d, peak, to);
     if (!(sign * d[up] > 0 && sign * d[down] < 0)) return w;
     const auto on = Boundary(d, up, -1, lo, threshold * std::fabs(d[up]));
     const auto off = Boundary(d, down, +1, hi, threshold * std::fabs(d[down]));
@@ -111,7 +111,7 @@ EcgBeat DelineateBeat(const SampledTrace& t, const EcgSettings& s) {
     const auto dw = Derivative(Smooth(y, 3), t.intervalMs);
     const auto qrsOn = std::size_t(std::floor(*on));
     const std::size_t pLo = qrsOn > window(s.pWindowMs) ? qrsOn - window(s.pWindowMs) : 0;
-    const Wave p = Hump(dw, pLo, pLo, ArgMax(y, pLo, qrsOn), qrsOn, +1, s.waveThreshold);
+    const Wave p = Hump(dw, pLo, pLo, ArgMax(y, pLo, qrsOn), qrsOn, qrsOn, +1, s.waveThreshold);
     if (Measured(p.peak)) {
         b.pOnset = time(p.onset), b.pPeak = time(p.peak), b.pOffset = time(p.offset);
         b.pr = (*on - p.onset) * t.intervalMs;
@@ -125,10 +125,11 @@ EcgBeat DelineateBeat(const SampledTrace& t, const EcgSettings& s) {
     if (sNadir <= last) b.sPeak = time(double(sNadir)), b.sAmp = y[sNadir] - b.baseline;
 
     const std::size_t tLo = std::min(last, std::size_t(std::ceil(*off)) + window(s.tDelayMs));
+    const std::size_t tHi = std::min(last, std::size_t(std::ceil(*off)) + window(s.tWindowMs));
     std::size_t tPeak = tLo;
-    for (std::size_t i = tLo; i <= last; ++i)
+    for (std::size_t i = tLo; i <= tHi; ++i)
         if (std::fabs(y[i] - b.baseline) > std::fabs(y[tPeak] - b.baseline)) tPeak = i;
-    const Wave tw = Hump(dw, std::size_t(std::ceil(*off)), tLo, tPeak, last, y[tPeak] >= b.baseline ? +1 : -1,
+    const Wave tw = Hump(dw, std::size_t(std::ceil(*off)), tLo, tPeak, tHi, last, y[tPeak] >= b.baseline ? +1 : -1,
                          s.waveThreshold);
     if (Measured(tw.peak)) {
         b.tOnset = time(tw.onset), b.tPeak = time(tw.peak), b.tOffset = time(tw.offset);

@@ -18,7 +18,8 @@ struct EcgSettings {
     double qrsHalfWidthMs = 80;       // steepest QRS slopes within this of the R peak
     double qsWaveMs = 40;             // a Q or S wave within this of the R slopes
     double pWindowMs = 250;           // P searched this far before the QRS onset
-    double tDelayMs = 40;             // T searched from this long after the QRS offset
+    double tDelayMs = 40;             // T peak searched from this long after the QRS offset
+    double tWindowMs = 500;           // up to this long after it
     double qrsThreshold = 0.5, waveThreshold = 0.5;
     double significantSlope = 0.05;   // a Q or S slope below this share of the R slope is none
 };

@@ -18,6 +18,7 @@
 #include "group_analysis/ui/group_assign_dialog.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
+#include "support/test_recording.h"
 
 namespace vess::test {
 namespace {
@@ -67,7 +68,7 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     d.Apply();
 
     Display("Superimpose");
-    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk"}) {
+    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk", "menu_ECG"}) {
         w->Action(analysis)->trigger();
         EXPECT_EQ(dialogs.Messages().back().text, "This function is only for Average or Individual trace.") << analysis;
     }
@@ -183,6 +184,56 @@ TEST_F(GroupAnalysesTest, EvokedCurrentsOfARealRecording) {
     EXPECT_EQ(row.kind, group::ResultKind::EvokedCurrent);
     w->resize(1200, 900);
     Shot(w, "group_evoked");
+}
+
+// Synthetic ECG beats (2 ms sampling, 1 mV = 1000 counts) whose R peaks
+// are the events: the averaged beat is delineated and QTc takes the events'
+// mean RR.
+TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
+    const double rr = 1000, dtMs = 2;
+    const auto wave = [](double x, double on, double off, double amp) {
+        return x > on && x < off ? amp * std::sin(M_PI * (x - on) / (off - on)) : 0.0;
+    };
+    // Per beat (ms from its start): P 200-290, Q 360-375, R 400, S 420, QRS
+    // end 440, T 520-680; the R peak 400 ms into each beat.
+    const auto qrs = [](double x) {
+        const double c[5][2] = {{360, 0}, {375, -0.1}, {400, 1.2}, {420, -0.3}, {440, 0}};
+        for (int k = 0; k < 4; ++k)
+            if (x >= c[k][0] && x <= c[k + 1][0])
+                return c[k][1] + (c[k + 1][1] - c[k][1]) * (x - c[k][0]) / (c[k + 1][0] - c[k][0]);
+        return 0.0;
+    };
+    std::vector<int16_t> samples;
+    for (int i = 0; i * dtMs < 8 * rr; ++i) {
+        const double x = std::fmod(i * dtMs, rr);
+        samples.push_back(int16_t(std::lround(1000 * (0.05 + wave(x, 200, 290, 0.15) + qrs(x) + wave(x, 520, 680, 0.3)))));
+    }
+    ASSERT_NE(MakeRecording(dir / "ecg.abf", samples, dtMs * 1000, 1000), nullptr);
+    ASSERT_TRUE(OpenFile(dir / "ecg.abf"));
+    for (int beat = 1; beat < 7; ++beat) {
+        EventRecord e;
+        e.time = float(beat * rr + 400);
+        e.sampleIndex = int32_t((beat * rr + 400) / dtMs);
+        e.group = 1;
+        ws.events.Append(e);
+    }
+    // The average runs from one R peak over the next beat: the first cursor
+    // after the T wave leaves the next P, QRS and T between the cursors.
+    Display("Average", "4");
+    ClickPoint(150);
+    ASSERT_NEAR(w->Picture()->Cursor(0), 150, 2);   // the pixel nearest the point
+    w->Action("menu_ECG")->trigger();
+    ASSERT_EQ(ws.results.Count(), 1);
+    EXPECT_EQ(group::ReadResultRow(ws.results[1]).kind, group::ResultKind::Ecg);
+    EXPECT_EQ(Heading(10), "QRS");
+    // QRS 360 to 440 ms and QT 360 to 680 ms, within a sample; the next
+    // beat's QRS in the stretch must not pass for the end of T.
+    EXPECT_NEAR(Cell(0, 10).toDouble(), 80, dtMs);
+    EXPECT_NEAR(Cell(0, 11).toDouble(), 320, dtMs);
+    EXPECT_EQ(Cell(0, 12), "1000.000");  // RR: the events' mean interval
+    EXPECT_EQ(MarkNames(), (std::vector<std::string>{"QRS", "P", "T", "Isoelectric"}));
+    w->resize(1200, 900);
+    Shot(w, "group_ecg");
 }
 
 }  // namespace
