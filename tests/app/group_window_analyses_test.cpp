@@ -18,6 +18,7 @@
 #include "group_analysis/ui/group_assign_dialog.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
+#include "support/ecg_beat.h"
 #include "support/test_recording.h"
 
 namespace vess::test {
@@ -191,29 +192,16 @@ TEST_F(GroupAnalysesTest, EvokedCurrentsOfARealRecording) {
 // mean RR.
 TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
     const double rr = 1000, dtMs = 2;
-    const auto wave = [](double x, double on, double off, double amp) {
-        return x > on && x < off ? amp * std::sin(M_PI * (x - on) / (off - on)) : 0.0;
-    };
-    // Per beat (ms from its start): P 200-290, Q 360-375, R 400, S 420, QRS
-    // end 440, T 520-680; the R peak 400 ms into each beat.
-    const auto qrs = [](double x) {
-        const double c[5][2] = {{360, 0}, {375, -0.1}, {400, 1.2}, {420, -0.3}, {440, 0}};
-        for (int k = 0; k < 4; ++k)
-            if (x >= c[k][0] && x <= c[k + 1][0])
-                return c[k][1] + (c[k + 1][1] - c[k][1]) * (x - c[k][0]) / (c[k + 1][0] - c[k][0]);
-        return 0.0;
-    };
+    const test::EcgBeatShape beat;   // QRS 361-441 ms, T to 681 ms, R at 401 ms
     std::vector<int16_t> samples;
-    for (int i = 0; i * dtMs < 8 * rr; ++i) {
-        const double x = std::fmod(i * dtMs, rr);
-        samples.push_back(int16_t(std::lround(1000 * (0.05 + wave(x, 200, 290, 0.15) + qrs(x) + wave(x, 520, 680, 0.3)))));
-    }
+    for (int i = 0; i * dtMs < 8 * rr; ++i)
+        samples.push_back(int16_t(std::lround(1000 * beat.At(std::fmod(i * dtMs, rr)))));
     ASSERT_NE(MakeRecording(dir / "ecg.abf", samples, dtMs * 1000, 1000), nullptr);
     ASSERT_TRUE(OpenFile(dir / "ecg.abf"));
-    for (int beat = 1; beat < 7; ++beat) {
+    for (int k = 1; k < 7; ++k) {
         EventRecord e;
-        e.time = float(beat * rr + 400);
-        e.sampleIndex = int32_t((beat * rr + 400) / dtMs);
+        e.time = float(k * rr + 400);
+        e.sampleIndex = int32_t((k * rr + 400) / dtMs);
         e.group = 1;
         ws.events.Append(e);
     }
@@ -226,7 +214,7 @@ TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
     ASSERT_EQ(ws.results.Count(), 1);
     EXPECT_EQ(group::ReadResultRow(ws.results[1]).kind, group::ResultKind::Ecg);
     EXPECT_EQ(Heading(10), "QRS");
-    // QRS 360 to 440 ms and QT 360 to 680 ms, within a sample; the next
+    // QRS 80 ms and QT 320 ms within a sample; the next
     // beat's QRS in the stretch must not pass for the end of T.
     EXPECT_NEAR(Cell(0, 10).toDouble(), 80, dtMs);
     EXPECT_NEAR(Cell(0, 11).toDouble(), 320, dtMs);
