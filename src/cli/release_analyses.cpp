@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/trace_command.h"
 #include "group_analysis/amperometry.h"
+#include "group_analysis/ecg_delineation.h"
 #include "group_analysis/measure_columns.h"
 #include "group_analysis/radial_diffusion.h"
 
@@ -86,11 +87,30 @@ void AddDiffusionCommand(CLI::App& app) {
     });
 }
 
+void AddEcgCommand(CLI::App& app) {
+    struct Options {
+        Common common;
+        double rr = 0;
+    };
+    auto o = std::make_shared<Options>();
+    auto* cmd = AddTraceCommand(app, "ecg", "Delineate one ECG beat (R upwards): P, QRS and T, intervals, QTc",
+                                o->common);
+    cmd->add_option("--rr", o->rr, "RR interval (ms) for QTc; without it QTc is not measured")
+        ->check(CLI::PositiveNumber);
+    cmd->callback([o] {
+        group::EcgSettings s;
+        if (o->rr > 0) s.rrMs = o->rr;
+        const auto beat = group::DelineateBeat(Load(o->common, "ecg"), s);
+        Print(group::columns::kEcg, {group::EcgValues(beat)}, o->common.json);
+    });
+}
+
 }  // namespace
 
 void AddReleaseAnalysisCommands(CLI::App& app) {
     AddAmperoCommand(app);
     AddDiffusionCommand(app);
+    AddEcgCommand(app);
 }
 
 }  // namespace vess::cli

@@ -39,6 +39,10 @@ inline constexpr std::array<std::string_view, 13> kAmperometric = {
 // The fitted release (µM), Vmax (µM/s) and Km (µM) of the diffusion model.
 inline constexpr std::array<std::string_view, 6> kDiffusion = {"Release", "Vmax", "Km", "R-Sqr", "Stdev",
                                                                "Iterations"};
+// One ECG beat: times in ms, amplitudes against the PR segment.
+inline constexpr std::array<std::string_view, 20> kEcg = {
+    "P On", "P Peak", "P Off", "QRS On", "R Peak", "QRS Off", "T On", "T Peak", "T Off", "PR", "QRS", "QT",
+    "RR", "QTc Bazett", "QTc Frid", "Baseline", "P Amp", "R Amp", "S Amp", "T Amp"};
 inline constexpr std::array<std::string_view, 5> kManualPoint = {"Point #", "Time", "Value", "dTime",
                                                                  "dValue"};
 

@@ -134,6 +134,7 @@ std::vector<ResultColumn> ResultColumns(ResultKind kind) {
         case ResultKind::ManualPoint: return MeasureColumns(columns::kManualPoint);
         case ResultKind::Amperometric: return MeasureColumns(columns::kAmperometric);
         case ResultKind::Diffusion: return MeasureColumns(columns::kDiffusion);
+        case ResultKind::Ecg: return MeasureColumns(columns::kEcg);
         case ResultKind::None: break;
     }
     return {{"Amplitude", o::kAmplitude}, {"Time", o::kTime}, {"Baseline", o::kBaseline},

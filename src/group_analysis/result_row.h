@@ -21,7 +21,7 @@ enum class ResultKind : int32_t {
     None = 0, DecayFit = 1, Fluctuation = 2,
     // Trace analyses: values in the order of their headings (measure_columns.h).
     SpikeShape = 3, SpikeTrain = 4, FieldPotential = 5, EvokedCurrent = 6, Multipeak = 7,
-    ManualPoint = 8, Amperometric = 9, Diffusion = 10
+    ManualPoint = 8, Amperometric = 9, Diffusion = 10, Ecg = 11
 };
 
 // Measurements and fitted values of one analysed trace.

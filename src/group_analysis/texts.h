@@ -164,6 +164,5 @@ inline constexpr std::string_view kEventNumber = "Event #";
 inline constexpr std::string_view kScatterTitle = "X-Y Scatter Plot : Group Analysis";
 inline constexpr std::string_view kScatter3dTitle = "X-Y-Z 3D Scatter Plot : Group Analysis";
 inline constexpr std::string_view kVarianceMeanTitle = "Non-stationary Fluctuation Analysis";
-inline constexpr std::string_view kNotYetAvailable = "This analysis is not available yet.";
 
 }  // namespace vess::group::texts

@@ -18,6 +18,8 @@
 #include "group_analysis/ui/group_assign_dialog.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
+#include "support/ecg_beat.h"
+#include "support/test_recording.h"
 
 namespace vess::test {
 namespace {
@@ -67,7 +69,7 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     d.Apply();
 
     Display("Superimpose");
-    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk"}) {
+    for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk", "menu_ECG"}) {
         w->Action(analysis)->trigger();
         EXPECT_EQ(dialogs.Messages().back().text, "This function is only for Average or Individual trace.") << analysis;
     }
@@ -183,6 +185,43 @@ TEST_F(GroupAnalysesTest, EvokedCurrentsOfARealRecording) {
     EXPECT_EQ(row.kind, group::ResultKind::EvokedCurrent);
     w->resize(1200, 900);
     Shot(w, "group_evoked");
+}
+
+// Synthetic ECG beats (2 ms sampling, 1 mV = 1000 counts) whose R peaks
+// are the events: the averaged beat is delineated and QTc takes the events'
+// mean RR.
+TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
+    const double rr = 1000, dtMs = 2;
+    const test::EcgBeatShape beat;   // QRS 361-441 ms, T to 681 ms, R at 401 ms
+    std::vector<int16_t> samples;
+    for (int i = 0; i * dtMs < 8 * rr; ++i)
+        samples.push_back(int16_t(std::lround(1000 * beat.At(std::fmod(i * dtMs, rr)))));
+    ASSERT_NE(MakeRecording(dir / "ecg.abf", samples, dtMs * 1000, 1000), nullptr);
+    ASSERT_TRUE(OpenFile(dir / "ecg.abf"));
+    for (int k = 1; k < 7; ++k) {
+        EventRecord e;
+        e.time = float(k * rr + 400);
+        e.sampleIndex = int32_t((k * rr + 400) / dtMs);
+        e.group = 1;
+        ws.events.Append(e);
+    }
+    // The average runs from one R peak over the next beat: the first cursor
+    // after the T wave leaves the next P, QRS and T between the cursors.
+    Display("Average", "4");
+    ClickPoint(150);
+    ASSERT_NEAR(w->Picture()->Cursor(0), 150, 2);   // the pixel nearest the point
+    w->Action("menu_ECG")->trigger();
+    ASSERT_EQ(ws.results.Count(), 1);
+    EXPECT_EQ(group::ReadResultRow(ws.results[1]).kind, group::ResultKind::Ecg);
+    EXPECT_EQ(Heading(10), "QRS");
+    // QRS 80 ms and QT 320 ms within a sample; the next
+    // beat's QRS in the stretch must not pass for the end of T.
+    EXPECT_NEAR(Cell(0, 10).toDouble(), 80, dtMs);
+    EXPECT_NEAR(Cell(0, 11).toDouble(), 320, dtMs);
+    EXPECT_EQ(Cell(0, 12), "1000.000");  // RR: the events' mean interval
+    EXPECT_EQ(MarkNames(), (std::vector<std::string>{"QRS", "P", "T", "Isoelectric"}));
+    w->resize(1200, 900);
+    Shot(w, "group_ecg");
 }
 
 }  // namespace

@@ -99,6 +99,7 @@ public:
     // Transmitter release and heart analyses (group_window_release.cpp).
     void RunAmperometric();
     void RunDiffusionFit();
+    void RunEcg();
     // Manual detection: each click on the trace appends its time and value;
     // Escape ends it.
     void StartManualDetection();
@@ -133,7 +134,6 @@ private:
     void PlotDataArray(int array);
     void SavePicture();
     void RunFluctuation();
-    void NotAvailable();
     void BuildSpecialAnalyses(QMenu* analysis);
     QWidget* BuildAnalysisSettings();
     void ReadAnalysisControls();

@@ -199,8 +199,7 @@ void GroupAnalysisWindow::BuildSpecialAnalyses(QMenu* analysis) {
     AddAction(analysis, "menu_ManualDetection", tr("Manual &Detection"), [this] { StartManualDetection(); });
     AddAction(analysis, "menu_Ampero", tr("&Amperometric Peak Analysis"), [this] { RunAmperometric(); });
     AddAction(analysis, "menu_RandomWalk", tr("&Random-walk Diffusion Fitting"), [this] { RunDiffusionFit(); });
-    for (const char* later : {"ECG Analysis"})
-        AddAction(analysis, later, tr(later), [this] { NotAvailable(); });
+    AddAction(analysis, "menu_ECG", tr("&ECG Analysis"), [this] { RunEcg(); });
     QAction* end = AddAction(analysis, "key_end_manual", tr("End Manual Detection"), [this] { EndManualDetection(); });
     end->setShortcut(QKeySequence(Qt::Key_Escape));
     end->setShortcutContext(Qt::WindowShortcut);

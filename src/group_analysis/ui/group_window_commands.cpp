@@ -259,10 +259,6 @@ void GroupAnalysisWindow::RunFluctuation() {
     ShowPlot(VarianceMeanPlot(r, scale_.units));
 }
 
-void GroupAnalysisWindow::NotAvailable() {
-    dialogs_.Message(Str(texts::kNotAvailableCaption), Str(texts::kNotYetAvailable));
-}
-
 QAction* GroupAnalysisWindow::AddAction(QMenu* menu, const char* name, const QString& text,
                                         std::function<void()> run) {
     QAction* a = menu->addAction(text);

@@ -1,8 +1,10 @@
-// The transmitter-release analyses of the group analysis window: one
-// amperometric spike's measures, and the fit of the diffusion and uptake
-// model. Like the other trace analyses they take
+// The transmitter-release and heart analyses of the group analysis window:
+// one amperometric spike's measures, the fit of the diffusion and uptake
+// model, and the delineation of an ECG beat. Like the other trace analyses they take
 // the shown trace between the cursors, draw what they found and append a
 // row.
+#include <algorithm>
+
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -12,9 +14,11 @@
 #include <QVBoxLayout>
 
 #include "group_analysis/amperometry.h"
+#include "group_analysis/ecg_delineation.h"
 #include "group_analysis/radial_diffusion.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
+#include "hrv/rr_intervals.h"
 
 namespace vess::group {
 
@@ -123,6 +127,22 @@ void GroupAnalysisWindow::RunDiffusionFit() {
     const WalkFit fit = FitWalk(*stretch, m, {settings_.WalkMaxIter, settings_.WalkTolerance});
     picture_->SetMarks(WalkFitMarkers(*stretch, fit));
     AppendMeasureRows(ResultKind::Diffusion, {WalkFitValues(fit)});
+}
+
+// QTc takes the mean RR interval of the recording's events (one event per
+// beat); with fewer than two events, or events out of time order, it is not
+// measured.
+void GroupAnalysisWindow::RunEcg() {
+    ReadControls();
+    const auto stretch = AnalysedStretch();
+    if (!stretch) return;
+    EcgSettings s;
+    const auto beats = hrv::AllIntervals(hrv::WorkspaceBeatTimesMs(ws_));
+    const bool inOrder = std::ranges::all_of(beats.rrMs, [](double rr) { return rr > 0; });
+    if (!beats.rrMs.empty() && inOrder) s.rrMs = Mean(beats.rrMs, 0, beats.rrMs.size());
+    const EcgBeat beat = DelineateBeat(*stretch, s);
+    picture_->SetMarks(EcgMarkers(*stretch, beat));
+    AppendMeasureRows(ResultKind::Ecg, {EcgValues(beat)});
 }
 
 }  // namespace vess::group
