@@ -57,7 +57,7 @@ void MainWindow::BuildHeartRateMenu() {
     add(m, "menu_HRV_Geo", tr("&Geometrical Methods..."),
         [this] { ShowOnce<hrv::GeometricWindow>(this, "frmHRVGeo", ws_, dialogs_); });
     add(m, "menu_HRV_Spectrum", tr("&Frequency Domain (Spectrum)..."),
-        [this] { ShowOnce<hrv::SpectrumWindow>(this, "frmHRVSpectrum", ws_, dialogs_); });
+        [this] { ShowOnce<hrv::SpectrumWindow>(this, "frmHRVSpectrum", ws_, dialogs_, *jobs_); });
     m->addSeparator();
     add(m, "menu_RRHisto", tr("RR Interval &Histogram..."),
         [this] { Show(hrv::RRHistogramCommand(ws_, dialogs_)); });

@@ -17,6 +17,7 @@
 
 #include <cmath>
 
+#include "app/job_runner.h"
 #include "app/main_window.h"
 #include "graphs/ui/plot_widget.h"
 #include "hrv/texts.h"
@@ -155,7 +156,8 @@ TEST_F(HrvWindowTest, GeometricPanesAndMeasures) {
 // The stored bounds (10 to 100 ms) are no preset's; choosing "Human" sets
 // the bounds it names as well as its bands.
 TEST_F(HrvWindowTest, SpectrumPresetSetsTheBoundsItNames) {
-    hrv::SpectrumWindow w(ws, dialogs);
+    JobRunner jobs(dialogs);
+    hrv::SpectrumWindow w(ws, dialogs, jobs);
     w.show();
     auto* label = w.findChild<QLabel*>("lbPresetInForce");
     EXPECT_EQ(label->text(), "In force: Custom");
@@ -173,10 +175,18 @@ TEST_F(HrvWindowTest, SpectrumBandsTableAndExport) {
     ini.Set("HRV", "RRUBound", "2000");
     ini.Set("HRV", "RRLBound", "300");
     ASSERT_EQ(ini.Save(ws.iniPath), "");
-    hrv::SpectrumWindow w(ws, dialogs);
+    JobRunner jobs(dialogs);
+    hrv::SpectrumWindow w(ws, dialogs, jobs);
     w.show();
     EXPECT_EQ(w.findChild<QLabel*>("lbPresetInForce")->text(), "In force: Human");
+    // The spectrum is a job: Compute waits while it runs, the result follows.
     Click(w, "Command1");
+    EXPECT_TRUE(jobs.Running());
+    EXPECT_FALSE(w.findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_FALSE(w.Result());
+    Snap(w, "spectrum_running");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !jobs.Running(); }, 10000));
+    EXPECT_TRUE(w.findChild<QPushButton*>("Command1")->isEnabled());
     ASSERT_TRUE(w.Result());
     EXPECT_EQ(w.Table()->rowCount(), 4);
     EXPECT_EQ(w.Table()->item(2, 0)->text(), "HF");
