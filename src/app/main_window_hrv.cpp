@@ -52,7 +52,7 @@ void MainWindow::BuildHeartRateMenu() {
         });
     };
     add(m, "menu_HRV", tr("&Time Domain Measurements..."), [this] {
-        ShowOnce<hrv::TimeDomainWindow>(this, "frmHRV", ws_, dialogs_, ws_.iniPath.parent_path());
+        ShowOnce<hrv::TimeDomainWindow>(this, "frmHRV", ws_, dialogs_, *jobs_, ws_.iniPath.parent_path());
     });
     add(m, "menu_HRV_Geo", tr("&Geometrical Methods..."),
         [this] { ShowOnce<hrv::GeometricWindow>(this, "frmHRVGeo", ws_, dialogs_); });

@@ -68,7 +68,8 @@ protected:
 };
 
 TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
-    hrv::TimeDomainWindow w(ws, dialogs, dir.Path());
+    JobRunner jobs(dialogs);
+    hrv::TimeDomainWindow w(ws, dialogs, jobs, dir.Path());
     w.show();
     EXPECT_EQ(w.windowTitle(), "Heart Rate Variability Analysis: Time Domain Measurements");
     auto* presetLabel = w.findChild<QLabel*>("lbPresetInForce");
@@ -83,9 +84,16 @@ TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
     Type(w, "cbRRUBound", "900");
     EXPECT_EQ(presetLabel->text(), "In force: Custom");
 
+    // The analysis is a job: Start Analysis waits while it runs, and the
+    // grids fill when it ends.
     Click(w, "Command1");
     auto* results = w.findChild<QTableWidget*>("TDBGrid1");
     auto* segments = w.findChild<QTableWidget*>("TDBGrid2");
+    EXPECT_FALSE(w.findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_EQ(results->rowCount(), 0);
+    Snap(w, "time_domain_running");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !jobs.Running(); }, 10000));
+    EXPECT_TRUE(w.findChild<QPushButton*>("Command1")->isEnabled());
     ASSERT_EQ(results->rowCount(), 1);
     EXPECT_EQ(results->columnCount(), 16);
     EXPECT_EQ(results->horizontalHeaderItem(0)->text(), "File Name");
@@ -95,6 +103,7 @@ TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
     EXPECT_GE(segments->rowCount(), 1);
     EXPECT_EQ(results->toolTip(), "Click on column header to see the definition.");
     Click(w, "Command1");  // the same file again replaces its row
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !jobs.Running(); }, 10000));
     EXPECT_EQ(results->rowCount(), 1);
 
     // A click on the SDRR header shows its definition.
