@@ -143,6 +143,8 @@ private:
     DataAnalysisWindow* OpenDataAnalysis();
     void OpenMathOperation();
     void ArraysChanged();
+    // Reads an array text file as a job; the arrays are replaced when it ends.
+    void StartArraysImport();
 
     // Files and settings (main_window_files.cpp).
     void OnFileChosen(const QString& path);
@@ -232,6 +234,8 @@ private:
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
     JobRunner* jobs_ = nullptr;
+    // Every command over the work arrays: they wait while a job runs.
+    std::vector<QAction*> arrayActions_;
     std::unique_ptr<EventSound> sound_;
     bool syncingSelection_ = false;
     // Grid columns are fitted once per recording opened; after that the

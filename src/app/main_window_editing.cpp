@@ -4,6 +4,7 @@
 #include <QMenu>
 #include <QPushButton>
 
+#include "app/job_runner.h"
 #include "app/main_window.h"
 #include "detection/editing.h"
 #include "recording/event_grid.h"
@@ -101,6 +102,7 @@ void MainWindow::RefreshActions() {
     redo->setText(ws_.history.CanRedo()
                       ? tr("&Redo %1").arg(QString::fromStdString(ws_.history.RedoLabel()))
                       : tr("&Redo"));
+    for (QAction* a : arrayActions_) a->setEnabled(!jobs_->Running());
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         const char* names[] = {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop", "menu_Stop",
                                "menu_Reset", "menu_SaveSettings", "menu_SaveSettings"};

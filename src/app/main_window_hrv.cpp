@@ -52,12 +52,12 @@ void MainWindow::BuildHeartRateMenu() {
         });
     };
     add(m, "menu_HRV", tr("&Time Domain Measurements..."), [this] {
-        ShowOnce<hrv::TimeDomainWindow>(this, "frmHRV", ws_, dialogs_, ws_.iniPath.parent_path());
+        ShowOnce<hrv::TimeDomainWindow>(this, "frmHRV", ws_, dialogs_, *jobs_, ws_.iniPath.parent_path());
     });
     add(m, "menu_HRV_Geo", tr("&Geometrical Methods..."),
         [this] { ShowOnce<hrv::GeometricWindow>(this, "frmHRVGeo", ws_, dialogs_); });
     add(m, "menu_HRV_Spectrum", tr("&Frequency Domain (Spectrum)..."),
-        [this] { ShowOnce<hrv::SpectrumWindow>(this, "frmHRVSpectrum", ws_, dialogs_); });
+        [this] { ShowOnce<hrv::SpectrumWindow>(this, "frmHRVSpectrum", ws_, dialogs_, *jobs_); });
     m->addSeparator();
     add(m, "menu_RRHisto", tr("RR Interval &Histogram..."),
         [this] { Show(hrv::RRHistogramCommand(ws_, dialogs_)); });

@@ -49,6 +49,7 @@ QMenu* MainWindow::AddStatisticsMenu(QMenu* parent, const char* name, std::strin
 QAction* MainWindow::AddStatisticsAction(QMenu* menu, const std::string& name, std::string_view text,
                                          std::function<void()> run) {
     QAction* a = AddAction(menu, name.c_str(), Q(text), {}, nullptr, nullptr);
+    arrayActions_.push_back(a);
     connect(a, &QAction::triggered, this, [this, run = std::move(run)] {
         run();
         ArraysChanged();
@@ -108,7 +109,20 @@ void MainWindow::BuildDataArrayMenu() {
     m->addSeparator();
     AddStatisticsAction(m, "menu_ArrayAscii", kArrayAsciiMenu, [this] { SaveArraysAsciiCommand(ws_, dialogs_); });
     AddStatisticsAction(m, "menu_importAscii", kImportAsciiMenu,
-                        [this] { ImportArraysAsciiCommand(ws_, dialogs_); });
+                        [this] { StartArraysImport(); });
+}
+
+void MainWindow::StartArraysImport() {
+    if (jobs_->Running()) return;
+    const auto path = ChooseArraysImport(dialogs_);
+    if (!path) return;
+    jobs_->Start(MakeJob(std::string(stats_texts::kImportAsciiMenu),
+                         [path = *path](const JobProgress&) { return ReadArraysAtf(path); },
+                         [this](std::optional<ImportedArrays> arrays) {
+                             PlaceImportedArrays(ws_, dialogs_, std::move(arrays));
+                             ArraysChanged();
+                         }),
+                 this);
 }
 
 void MainWindow::BuildHistogramMenu() {

@@ -119,15 +119,22 @@ bool SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs) {
     return error.empty();
 }
 
-bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
-    const auto name = dialogs.OpenFile({"", Str(texts::kResultsFileFilter),
-                                        Str(texts::kResultsFileExtension), ""});
-    if (!name || name->empty()) return false;
-    const auto bytes = ReadFileBytes(WithDefaultExtension(*name, texts::kResultsFileExtension));
-    const auto rows = bytes ? ParseResultsFile(*bytes) : std::nullopt;
+std::optional<std::string> ChooseResultsFile(Dialogs& dialogs) {
+    auto name = dialogs.OpenFile({"", Str(texts::kResultsFileFilter), Str(texts::kResultsFileExtension), ""});
+    if (!name || name->empty()) return std::nullopt;
+    return name;
+}
+
+std::optional<std::vector<ResultBytes>> ReadResultsFile(const std::string& name) {
+    const auto bytes = ReadFileBytes(WithDefaultExtension(name, texts::kResultsFileExtension));
+    return bytes ? ParseResultsFile(*bytes) : std::nullopt;
+}
+
+bool PlaceLoadedResults(ResultsTable& table, Dialogs& dialogs, const std::string& name,
+                        std::optional<std::vector<ResultBytes>> rows) {
     if (!rows) {
         dialogs.Message(Str(texts::kResultsFileFilter),
-                        *name + " is not a results file: its header does not say \"" +
+                        name + " is not a results file: its header does not say \"" +
                             Str(texts::kResultsFileTag) + "\".");
         return false;
     }
@@ -138,6 +145,11 @@ bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
     all.insert(all.end(), rows->begin(), rows->end());
     table.Assign(std::move(all));
     return true;
+}
+
+bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
+    const auto name = ChooseResultsFile(dialogs);
+    return name && PlaceLoadedResults(table, dialogs, *name, ReadResultsFile(*name));
 }
 
 bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,

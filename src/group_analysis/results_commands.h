@@ -51,6 +51,14 @@ std::optional<std::vector<ResultBytes>> ParseResultsFile(std::span<const uint8_t
 // menu_SaveResults / menu_LoadResults.
 bool SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs);
 bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs);
+// menu_LoadResults in three steps, for reading the file as a job: the name
+// chosen, the file's rows read (std::nullopt when it is not a results
+// file), then the rows put in the table after the clear question, or the
+// reason it is not a results file shown.
+std::optional<std::string> ChooseResultsFile(Dialogs& dialogs);
+std::optional<std::vector<ResultBytes>> ReadResultsFile(const std::string& name);
+bool PlaceLoadedResults(ResultsTable& table, Dialogs& dialogs, const std::string& name,
+                        std::optional<std::vector<ResultBytes>> rows);
 
 // menu_Put2Array1 / menu_Put2Array2: the column's values into work array 1
 // or 2, asking whether to clear an array that holds data first.

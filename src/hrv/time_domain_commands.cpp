@@ -9,25 +9,31 @@
 
 namespace vess::hrv {
 
-std::optional<HrvAnalysis> StartAnalysisCommand(Workspace& ws, Dialogs& dialogs, const HrvOptions& options,
-                                                TimeDomainGrids& grids) {
+std::optional<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options) {
     if (ws.events.Empty() || !EnsureTimeOrder(ws, dialogs)) return std::nullopt;
     const RecordingSpan span = SpanOf(ws);
-    HrvAnalysis a = AnalyseBeats(WorkspaceBeatTimesMs(ws), span.lengthMs, options.SegmentMs(span.intervalUs),
-                                 options);
+    return TimeDomainRequest{WorkspaceBeatTimesMs(ws), span.lengthMs, options.SegmentMs(span.intervalUs), options,
+                             ws.recording ? ws.recording->FileName() : std::string()};
+}
+
+HrvAnalysis AnalyseTimeDomain(const TimeDomainRequest& r) {
+    return AnalyseBeats(r.beatTimesMs, r.lengthMs, r.segmentMs, r.options);
+}
+
+bool FileTimeDomain(Dialogs& dialogs, const TimeDomainRequest& r, const HrvAnalysis& a, TimeDomainGrids& grids) {
     if (a.rr.rrMs.empty() && a.rr.outsideBounds > 0) {
         dialogs.Message(std::string(texts::kNoIntervalInBoundsCaption),
-                        texts::NoIntervalInBoundsText(a.rr.outsideBounds, options.lowerBoundMs, options.upperBoundMs));
-        return std::nullopt;
+                        texts::NoIntervalInBoundsText(a.rr.outsideBounds, r.options.lowerBoundMs,
+                                                      r.options.upperBoundMs));
+        return false;
     }
-    const std::string name = ws.recording ? ws.recording->FileName() : std::string();
-    std::vector<std::string> row = ResultRow(name, a.timeDomain);
+    std::vector<std::string> row = ResultRow(r.fileName, a.timeDomain);
     auto same = std::find_if(grids.results.begin(), grids.results.end(),
-                             [&](const auto& r) { return !r.empty() && r[0] == name; });
+                             [&](const auto& x) { return !x.empty() && x[0] == r.fileName; });
     if (same != grids.results.end()) *same = std::move(row);
     else grids.results.push_back(std::move(row));
     grids.segments = SegmentRows(a.timeDomain);
-    return a;
+    return true;
 }
 
 std::string GridAsText(const TimeDomainGrids& grids, TimeDomainGrid which) {

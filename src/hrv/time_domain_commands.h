@@ -24,11 +24,21 @@ struct TimeDomainGrids {
     std::vector<std::vector<std::string>> segments;
 };
 
-// "Start Analysis": the events in time order (asked for when not), then the
-// measures with the window's options, filed into grids. Nothing when the
-// user keeps the events out of order or there are no events.
-std::optional<HrvAnalysis> StartAnalysisCommand(Workspace& ws, Dialogs& dialogs, const HrvOptions& options,
-                                                TimeDomainGrids& grids);
+// "Start Analysis", in three steps so that the analysis can run as a job:
+// what it reads, copied out of the workspace after the events are put in
+// time order (nothing when the user keeps them out of order or there are no
+// events); the measures with the window's options; and filing them into the
+// grids, or saying that no interval lies within the bounds.
+struct TimeDomainRequest {
+    std::vector<double> beatTimesMs;
+    double lengthMs = 0, segmentMs = 0;
+    HrvOptions options;
+    std::string fileName;
+};
+std::optional<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options);
+HrvAnalysis AnalyseTimeDomain(const TimeDomainRequest& request);
+bool FileTimeDomain(Dialogs& dialogs, const TimeDomainRequest& request, const HrvAnalysis& a,
+                    TimeDomainGrids& grids);
 
 // menu_TimeDomain and menu_SegmentResults: "ASCII File (*.txt)"; an existing
 // file is refused ("File Exist").

@@ -280,12 +280,13 @@ bool SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
     return ReportWrite(dialogs, WriteFileAtomic(*path, ArraysAtfText(name, ws.array1, ws.array2)));
 }
 
-bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
+std::optional<std::filesystem::path> ChooseArraysImport(Dialogs& dialogs) {
     const FileDialogRequest request{std::string(st::kImportArraysCaption), std::string(st::kArrayImportFilter),
                                     std::string(texts::kTextFileExtension), {}};
-    const auto path = ChooseOpenPath(dialogs, request);
-    if (!path) return false;
-    auto arrays = ReadArraysAtf(*path);
+    return ChooseOpenPath(dialogs, request);
+}
+
+bool PlaceImportedArrays(Workspace& ws, Dialogs& dialogs, std::optional<ImportedArrays> arrays) {
     if (!arrays) {
         dialogs.Message(std::string(st::kNotValidArrayCaption), std::string(st::kNotValidArrayText));
         return false;
@@ -293,6 +294,11 @@ bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
     ws.array1 = std::move(arrays->array1);
     ws.array2 = std::move(arrays->array2);
     return true;
+}
+
+bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
+    const auto path = ChooseArraysImport(dialogs);
+    return path && PlaceImportedArrays(ws, dialogs, ReadArraysAtf(*path));
 }
 
 }  // namespace vess

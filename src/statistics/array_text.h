@@ -51,5 +51,9 @@ std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, s
 bool SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
 // menu_importAscii: open dialog, "Not a Valid Data Array" on a bad file.
 bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
+// Its two halves, for reading the file as a job: the open dialog, then the
+// arrays read (or nothing) put in place or "Not a Valid Data Array" shown.
+std::optional<std::filesystem::path> ChooseArraysImport(Dialogs& dialogs);
+bool PlaceImportedArrays(Workspace& ws, Dialogs& dialogs, std::optional<ImportedArrays> arrays);
 
 }  // namespace vess

@@ -136,6 +136,17 @@ TEST_F(GroupWindowTest, DisplaysNavigatesFitsAndSavesResults) {
     const auto bytes = ReadFileBytes(dir / "fits.RSL");
     ASSERT_TRUE(bytes);
     EXPECT_EQ(bytes->size(), group::kResultsHeaderBytes + 280u);
+    // Loading it back is a job: Start Display waits for it, and its row
+    // joins the table (kept on "no" to the clear question) when it ends.
+    dialogs.AnswerOpenFile((dir / "fits").string()).AnswerYesNo(false);
+    w->Action("menu_LoadResults")->trigger();
+    EXPECT_TRUE(window->Busy());
+    EXPECT_FALSE(w->findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_EQ(ws.results.Count(), 1);
+    ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
+    EXPECT_TRUE(w->findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_EQ(ws.results.Count(), 2);
+    EXPECT_EQ(w->Grid()->model()->rowCount(), 2);
 
     w->Action("menu_simplex_User")->trigger();
     EXPECT_EQ(dialogs.Messages().back().caption, "Not Available");

@@ -17,6 +17,7 @@
 
 #include <cmath>
 
+#include "app/job_runner.h"
 #include "app/main_window.h"
 #include "graphs/ui/plot_widget.h"
 #include "hrv/texts.h"
@@ -67,7 +68,8 @@ protected:
 };
 
 TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
-    hrv::TimeDomainWindow w(ws, dialogs, dir.Path());
+    JobRunner jobs(dialogs);
+    hrv::TimeDomainWindow w(ws, dialogs, jobs, dir.Path());
     w.show();
     EXPECT_EQ(w.windowTitle(), "Heart Rate Variability Analysis: Time Domain Measurements");
     auto* presetLabel = w.findChild<QLabel*>("lbPresetInForce");
@@ -82,9 +84,16 @@ TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
     Type(w, "cbRRUBound", "900");
     EXPECT_EQ(presetLabel->text(), "In force: Custom");
 
+    // The analysis is a job: Start Analysis waits while it runs, and the
+    // grids fill when it ends.
     Click(w, "Command1");
     auto* results = w.findChild<QTableWidget*>("TDBGrid1");
     auto* segments = w.findChild<QTableWidget*>("TDBGrid2");
+    EXPECT_FALSE(w.findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_EQ(results->rowCount(), 0);
+    Snap(w, "time_domain_running");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !jobs.Running(); }, 10000));
+    EXPECT_TRUE(w.findChild<QPushButton*>("Command1")->isEnabled());
     ASSERT_EQ(results->rowCount(), 1);
     EXPECT_EQ(results->columnCount(), 16);
     EXPECT_EQ(results->horizontalHeaderItem(0)->text(), "File Name");
@@ -94,6 +103,7 @@ TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
     EXPECT_GE(segments->rowCount(), 1);
     EXPECT_EQ(results->toolTip(), "Click on column header to see the definition.");
     Click(w, "Command1");  // the same file again replaces its row
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !jobs.Running(); }, 10000));
     EXPECT_EQ(results->rowCount(), 1);
 
     // A click on the SDRR header shows its definition.
@@ -155,7 +165,8 @@ TEST_F(HrvWindowTest, GeometricPanesAndMeasures) {
 // The stored bounds (10 to 100 ms) are no preset's; choosing "Human" sets
 // the bounds it names as well as its bands.
 TEST_F(HrvWindowTest, SpectrumPresetSetsTheBoundsItNames) {
-    hrv::SpectrumWindow w(ws, dialogs);
+    JobRunner jobs(dialogs);
+    hrv::SpectrumWindow w(ws, dialogs, jobs);
     w.show();
     auto* label = w.findChild<QLabel*>("lbPresetInForce");
     EXPECT_EQ(label->text(), "In force: Custom");
@@ -173,10 +184,18 @@ TEST_F(HrvWindowTest, SpectrumBandsTableAndExport) {
     ini.Set("HRV", "RRUBound", "2000");
     ini.Set("HRV", "RRLBound", "300");
     ASSERT_EQ(ini.Save(ws.iniPath), "");
-    hrv::SpectrumWindow w(ws, dialogs);
+    JobRunner jobs(dialogs);
+    hrv::SpectrumWindow w(ws, dialogs, jobs);
     w.show();
     EXPECT_EQ(w.findChild<QLabel*>("lbPresetInForce")->text(), "In force: Human");
+    // The spectrum is a job: Compute waits while it runs, the result follows.
     Click(w, "Command1");
+    EXPECT_TRUE(jobs.Running());
+    EXPECT_FALSE(w.findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_FALSE(w.Result());
+    Snap(w, "spectrum_running");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !jobs.Running(); }, 10000));
+    EXPECT_TRUE(w.findChild<QPushButton*>("Command1")->isEnabled());
     ASSERT_TRUE(w.Result());
     EXPECT_EQ(w.Table()->rowCount(), 4);
     EXPECT_EQ(w.Table()->item(2, 0)->text(), "HF");

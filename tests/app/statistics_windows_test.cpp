@@ -268,8 +268,16 @@ TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
     Trigger("menu_ClearArray1");
     Trigger("menu_ClearArray2");
     EXPECT_TRUE(ws.array1.Empty());
+    // The import reads the file as a job: the array commands wait for it,
+    // and the arrays change only when it has ended.
     dialogs.AnswerOpenFile(file + ".txt");
     Trigger("menu_importAscii");
+    EXPECT_TRUE(window->Busy());
+    EXPECT_FALSE(window->Action("menu_ClearArray1")->isEnabled());
+    EXPECT_TRUE(ws.array1.Empty());
+    window->grab().save(Screen("array_import_running"));
+    ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
+    EXPECT_TRUE(window->Action("menu_ClearArray1")->isEnabled());
     EXPECT_EQ(ws.array1.LowerBound(), 0);
     EXPECT_EQ(ws.array1.UpperBound(), 2);
     EXPECT_EQ(ws.array1[1], 1.5f);

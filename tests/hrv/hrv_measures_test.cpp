@@ -241,6 +241,35 @@ TEST(Geometric, BinsTriangleAndLorenzEllipse) {
     EXPECT_DOUBLE_EQ(fit.tinnMs, 8);
     EXPECT_DOUBLE_EQ(fit.triangularIndex, 4);
 
+    // Feet found by the bin-by-bin least-squares search this fit replaced
+    // (run on these histograms at commit fee4ce0): the running sums must
+    // choose the same triangle.
+    struct Case {
+        Histogram h;
+        double nMs, mMs;
+    };
+    const std::vector<Case> before{
+        {{8, 90, {3, 0, 5, 9, 14, 20, 12, 7, 7, 2, 1, 0, 0, 1}}, 732, 796},
+        {{8, 100, {1, 4, 2, 8, 3, 15, 6, 2, 9, 1}}, 820, 876},
+        {{7.8125, -2, {10, 3, 1}}, -19.53125, 3.90625},
+        {{1, 0, {5, 5, 5, 5}}, -0.5, 4.5},
+    };
+    for (const auto& c : before) {
+        const TriangleFit f = FitTriangle(c.h);
+        EXPECT_DOUBLE_EQ(f.nMs, c.nMs) << c.h.counts.size();
+        EXPECT_DOUBLE_EQ(f.mMs, c.mMs) << c.h.counts.size();
+    }
+    // Two falling feet with the same error (680, by exact fractions): the
+    // narrower wins.
+    Histogram tie{1, 0, {3, 4, 7, 3, 2, 19, 22, 5, 0, 32, 16, 3, 23, 19, 7, 4, 10}};
+    EXPECT_DOUBLE_EQ(FitTriangle(tie).mMs, 16.5);
+    // A triangle 40,000 bins wide and 20,000 high is found exactly.
+    Histogram wide{1, 0, std::vector<int32_t>(40001)};
+    for (int i = 0; i <= 40000; ++i) wide.counts[i] = i <= 20000 ? i : 40000 - i;
+    const TriangleFit w = FitTriangle(wide);
+    EXPECT_DOUBLE_EQ(w.nMs, 0.5);
+    EXPECT_DOUBLE_EQ(w.mMs, 40000.5);
+
     // Points on the identity line have no spread across it.
     const std::vector<std::pair<double, double>> line{{100, 100}, {110, 110}, {120, 120}};
     const LorenzMeasures m = AnalyseLorenz(line);

@@ -63,6 +63,8 @@ public:
     // Start a fit job over the shown set (nothing while a job runs).
     void StartFitting();
     void StartCompareFits();
+    // Reads a results file as a job; its rows join the table when it ends.
+    void StartLoadingResults();
     void MoveTo(int32_t trace);
     void RemoveTrace();
     void RegroupTrace();

@@ -272,7 +272,7 @@ void GroupAnalysisWindow::BuildMenus() {
     auto done = [this] { RefreshGrid(); };
     QMenu* file = menuBar()->addMenu(tr("&File"));
     AddAction(file, "menu_SaveResults", tr("&Save Results..."), [this] { SaveResultsCommand(ws_.results, dialogs_); });
-    AddAction(file, "menu_LoadResults", tr("&Load Results..."), [this, done] { LoadResultsCommand(ws_.results, dialogs_); done(); });
+    AddAction(file, "menu_LoadResults", tr("&Load Results..."), [this] { StartLoadingResults(); });
     AddAction(file, "menu_copyasciifile", tr("Save Results as &Text..."), [this] { SaveResultsAsciiCommand(ws_.results, dialogs_); });
     AddAction(file, "menu_saveascii", tr("Save Trace &Data..."), [this] { TraceDataOut(false); });
     AddAction(file, "menu_savecurvedata", tr("Save &Curve Data..."), [this] { CurveDataOut(false); });

@@ -10,6 +10,7 @@
 #include "app/job_runner.h"
 #include "group_analysis/fit_review.h"
 #include "group_analysis/fit_run.h"
+#include "group_analysis/results_commands.h"
 #include "group_analysis/texts.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
@@ -84,6 +85,20 @@ void GroupAnalysisWindow::ApplyComparisons(FitRunResult run) {
         RegroupTwoExponentialCommand(ws_, set_, run.twoWon, regroupTarget_->currentText().toInt(), dialogs_);
 }
 
+void GroupAnalysisWindow::StartLoadingResults() {
+    if (jobs_.Running()) return;
+    const auto name = ChooseResultsFile(dialogs_);
+    if (!name) return;
+    jobs_.Start(MakeJob(
+                    std::string(texts::kResultsFileFilter),
+                    [name = *name](const JobProgress&) { return ReadResultsFile(name); },
+                    [this, name = *name](std::optional<std::vector<ResultBytes>> rows) {
+                        PlaceLoadedResults(ws_.results, dialogs_, name, std::move(rows));
+                        RefreshGrid();
+                    }),
+                this);
+}
+
 void GroupAnalysisWindow::OnJobsRunning(bool running) {
     if (!running && fitting_) {
         fitting_ = false;
@@ -92,7 +107,7 @@ void GroupAnalysisWindow::OnJobsRunning(bool running) {
     // What would change the set or the events under a job waits for it.
     start_->setEnabled(!running);
     for (const char* name : {"menu_DisplayTrace", "menu_trace_remove", "menu_trace_regroup",
-                             "menu_StartFitting", "menu_CompareFits"})
+                             "menu_StartFitting", "menu_CompareFits", "menu_LoadResults"})
         Action(name)->setEnabled(!running);
     fit_->setEnabled(!running || fitting_);
 }

@@ -12,6 +12,7 @@
 
 #include <fmt/format.h>
 
+#include "app/job_runner.h"
 #include "graphs/ui/plot_widget.h"
 #include "hrv/analysis.h"
 #include "hrv/plots.h"
@@ -33,8 +34,8 @@ double Number(const QLineEdit* edit, double fallback) {
 
 }  // namespace
 
-SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
-    : QWidget(parent), ws_(ws), dialogs_(dialogs), bounds_(LoadHrvOptions(ws.iniPath)) {
+SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent)
+    : QWidget(parent), ws_(ws), dialogs_(dialogs), jobs_(jobs), bounds_(LoadHrvOptions(ws.iniPath)) {
     setObjectName("frmHRVSpectrum");
     setWindowTitle(Q(texts::kSpectrumCaption));
     auto* layout = new QVBoxLayout(this);
@@ -114,7 +115,10 @@ SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     }
     buttons->addStretch();
     layout->addLayout(buttons);
-    connect(findChild<QPushButton*>("Command1"), &QPushButton::clicked, this, &SpectrumWindow::Compute);
+    auto* compute = findChild<QPushButton*>("Command1");
+    connect(compute, &QPushButton::clicked, this, &SpectrumWindow::Compute);
+    connect(&jobs_, &JobRunner::RunningChanged, compute, [compute](bool running) { compute->setEnabled(!running); });
+    compute->setEnabled(!jobs_.Running());
     connect(findChild<QPushButton*>("Command2"), &QPushButton::clicked, this, &SpectrumWindow::SaveResults);
     connect(findChild<QPushButton*>("Command3"), &QPushButton::clicked, this, &SpectrumWindow::SavePlot);
 
@@ -172,16 +176,22 @@ void SpectrumWindow::RefreshPreset() {
 }
 
 void SpectrumWindow::Compute() {
-    if (ws_.events.Empty() || !EnsureTimeOrder(ws_, dialogs_)) return;
+    if (jobs_.Running() || ws_.events.Empty() || !EnsureTimeOrder(ws_, dialogs_)) return;
     const double upper = ValueOf(upper_, bounds_.upperBoundMs), lower = ValueOf(lower_, bounds_.lowerBoundMs);
-    const BoundedRR rr = SelectIntervals(WorkspaceBeatTimesMs(ws_), lower, upper);
+    BoundedRR rr = SelectIntervals(WorkspaceBeatTimesMs(ws_), lower, upper);
     if (rr.rrMs.empty() && rr.outsideBounds > 0) {
         dialogs_.Message(std::string(texts::kNoIntervalInBoundsCaption),
                          texts::NoIntervalInBoundsText(rr.outsideBounds, lower, upper));
         return;
     }
     const SpectrumOptions o = Options();
-    SpectrumResult s = AnalyseSpectrum(rr.endMs, rr.rrMs, o);
+    jobs_.Start(MakeJob(std::string(texts::kSpectrumCaption),
+                        [rr = std::move(rr), o](const JobProgress&) { return AnalyseSpectrum(rr.endMs, rr.rrMs, o); },
+                        [this, o](SpectrumResult s) { ShowSpectrum(std::move(s), o); }),
+                this);
+}
+
+void SpectrumWindow::ShowSpectrum(SpectrumResult s, const SpectrumOptions& o) {
     if (!s.error.empty()) {
         dialogs_.Message(std::string(texts::kSpectrumCaption), s.error);
         return;

@@ -20,6 +20,7 @@ class QTableWidget;
 class QVBoxLayout;
 
 namespace vess {
+class JobRunner;
 struct Workspace;
 class Dialogs;
 class PlotWidget;
@@ -30,11 +31,13 @@ namespace vess::hrv {
 class SpectrumWindow : public QWidget {
     Q_OBJECT
 public:
-    SpectrumWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
+    SpectrumWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent = nullptr);
 
     SpectrumOptions Options() const;
     void SetOptions(const SpectrumOptions& options);
-    void Compute();      // Command1
+    // Command1: the spectrum is computed as a job over a copy of the
+    // intervals; the table and the plot follow when it ends.
+    void Compute();
     bool SaveResults();  // Command2
     bool SavePlot();     // Command3
     const std::optional<SpectrumResult>& Result() const { return result_; }
@@ -43,9 +46,11 @@ public:
 
 private:
     void RefreshPreset();
+    void ShowSpectrum(SpectrumResult s, const SpectrumOptions& o);
 
     Workspace& ws_;
     Dialogs& dialogs_;
+    JobRunner& jobs_;
     HrvOptions bounds_;
     QComboBox* upper_ = nullptr;
     QComboBox* lower_ = nullptr;

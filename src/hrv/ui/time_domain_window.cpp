@@ -17,6 +17,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "app/job_runner.h"
 #include "graphs/ui/graph_frame.h"
 #include "hrv/plot_commands.h"
 #include "hrv/scans.h"
@@ -28,9 +29,9 @@
 
 namespace vess::hrv {
 
-TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, std::filesystem::path templateFolder,
-                                   QWidget* parent)
-    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), templateFolder_(std::move(templateFolder)) {
+TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs,
+                                   std::filesystem::path templateFolder, QWidget* parent)
+    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), jobs_(jobs), templateFolder_(std::move(templateFolder)) {
     setObjectName("frmHRV");
     setWindowTitle(Q(texts::kTimeDomainCaption));
     auto* central = new QWidget(this);
@@ -48,6 +49,8 @@ TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, std::filesys
     buttons->addStretch();
     layout->addLayout(buttons);
     connect(start, &QPushButton::clicked, this, &TimeDomainWindow::StartAnalysis);
+    connect(&jobs_, &JobRunner::RunningChanged, start, [start](bool running) { start->setEnabled(!running); });
+    start->setEnabled(!jobs_.Running());
     connect(save, &QPushButton::clicked, this, &TimeDomainWindow::SaveOptions);
 
     results_ = new QTableWidget(central);
@@ -179,9 +182,17 @@ void TimeDomainWindow::RefreshPreset() {
 }
 
 void TimeDomainWindow::StartAnalysis() {
-    if (!StartAnalysisCommand(ws_, dialogs_, Options(), grids_)) return;
-    FillGrid(results_, ResultTitles(), grids_.results);
-    FillGrid(segments_, SegmentTitles(), grids_.segments);
+    if (jobs_.Running()) return;
+    auto request = PrepareTimeDomain(ws_, dialogs_, Options());
+    if (!request) return;
+    auto r = std::make_shared<const TimeDomainRequest>(std::move(*request));
+    jobs_.Start(MakeJob(std::string(texts::kStartAnalysis), [r](const JobProgress&) { return AnalyseTimeDomain(*r); },
+                        [this, r](HrvAnalysis a) {
+                            if (!FileTimeDomain(dialogs_, *r, a, grids_)) return;
+                            FillGrid(results_, ResultTitles(), grids_.results);
+                            FillGrid(segments_, SegmentTitles(), grids_.segments);
+                        }),
+                this);
 }
 
 void TimeDomainWindow::SaveOptions() {

@@ -20,6 +20,7 @@ class QPushButton;
 class QTableWidget;
 
 namespace vess {
+class JobRunner;
 struct Workspace;
 class Dialogs;
 }  // namespace vess
@@ -31,7 +32,7 @@ class TimeDomainWindow : public QMainWindow {
 public:
     // The tachogram plot goes to the graph windows; its ABF file is built on
     // the template in templateFolder.
-    TimeDomainWindow(Workspace& ws, Dialogs& dialogs, std::filesystem::path templateFolder,
+    TimeDomainWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, std::filesystem::path templateFolder,
                      QWidget* parent = nullptr);
 
     // The options as the controls show them.
@@ -40,7 +41,9 @@ public:
     const TimeDomainGrids& Grids() const { return grids_; }
     QAction* Action(const char* objectName) const;
 
-    void StartAnalysis();   // Command1
+    // Command1: the measures are computed as a job over a copy of the beat
+    // times; the grids follow when it ends.
+    void StartAnalysis();
     void SaveOptions();     // Command2
     void ShowDefinition(int column);
     void CopyGrid(TimeDomainGrid which);
@@ -56,6 +59,7 @@ private:
 
     Workspace& ws_;
     Dialogs& dialogs_;
+    JobRunner& jobs_;
     std::filesystem::path templateFolder_;
     TimeDomainGrids grids_;
     QPrinter printer_;
