@@ -253,7 +253,7 @@ void MainWindow::RebuildScreen() {
     const bool newRecording = !screen_ || &screen_->Rec() != ws_.recording.get();
     // The screen shows what the user chose to see; every other read goes
     // on from what detection reads.
-    ws_.recording->ReadFiltered(showFiltered_);
+    ws_.recording->ReadFiltered(ws_.showFiltered);
     screen_ = std::make_unique<Screen>(*ws_.recording, ws_.screenStartBlock, ws_.BlocksPerScreen());
     ws_.recording->ReadFiltered(ws_.settings.DetectOnFiltered);
     if (newRecording) trace_->ResetScale();

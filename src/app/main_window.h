@@ -265,7 +265,6 @@ private:
     QMenu* sortMenu_ = nullptr;
     // The trace view shows the filtered copy while one is applied and this
     // is on; detection reads it when the settings say so.
-    bool showFiltered_ = true;
     QLabel* statusFilter_ = nullptr;
     QPointer<FilterDialog> filterDialog_;  // cleared when the dialog is deleted
     AccuracyWindow* accuracyWindow_ = nullptr;

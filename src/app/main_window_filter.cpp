@@ -70,7 +70,7 @@ void MainWindow::OnFilterApply(const FilterChoice& choice) {
                          },
                          [this](FilteredChannel filtered) {
                              if (!AttachFiltered(ws_, dialogs_, std::move(filtered))) return;
-                             showFiltered_ = true;
+                             ws_.showFiltered = true;
                              screen_.reset();
                              RefreshTrace();
                              RefreshStatus();
@@ -86,7 +86,7 @@ void MainWindow::OnRemoveFilter() {
 }
 
 void MainWindow::OnToggleFiltered() {
-    showFiltered_ = !showFiltered_;
+    ws_.showFiltered = !ws_.showFiltered;
     screen_.reset();
     RefreshTrace();
     RefreshStatus();
@@ -103,7 +103,7 @@ void MainWindow::RefreshFilterIndicator() {
     if (QAction* show = Action("menu_ShowFiltered")) {
         const QSignalBlocker block(show);
         show->setEnabled(applied);
-        show->setChecked(applied && showFiltered_);
+        show->setChecked(applied && ws_.showFiltered);
     }
     if (QAction* remove = Action("menu_RemoveFilter")) remove->setEnabled(applied);
     if (QAction* detect = Action("menu_DetectOnFiltered")) {
@@ -115,14 +115,9 @@ void MainWindow::RefreshFilterIndicator() {
     statusFilter_->setVisible(applied);
     if (!applied) return;
     const FilterChoice choice = FilterChoiceFromSettings(ws_.settings);
-    const QString filter = QString("%1 %2-pass %3 Hz, order %4%5")
-                               .arg(QString::fromUtf8(KindName(choice.kind).data()))
-                               .arg(QString::fromUtf8(PassName(choice.pass).data()))
-                               .arg(choice.cutoffHz, 0, 'g', 8)
-                               .arg(choice.order)
-                               .arg(choice.zeroPhase ? tr(", zero phase") : QString());
+    const QString filter = QString::fromStdString(FilterName(choice));
     const QString detection = DetectsOnFiltered(ws_) ? tr("; detection on filtered") : tr("; detection on recorded");
-    if (showFiltered_) {
+    if (ws_.showFiltered) {
         statusFilter_->setText(tr(" FILTERED: %1%2 ").arg(filter, detection));
         statusFilter_->setStyleSheet("QLabel { background: #ffd54f; color: black; font-weight: bold; }");
     } else {

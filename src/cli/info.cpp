@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "cli/commands.h"
+#include "recording/number_text.h"
 #include "recording/open_recording.h"
 #include "recording/recording.h"
 
@@ -38,12 +39,12 @@ std::string DerivedValues(const Recording& rec) {
     for (int64_t i = 0; i < shown; ++i) {
         const int16_t c = rec.Sample(i);
         counts += fmt::format("{}{}", i ? ", " : "", c);
-        values += fmt::format("{}{:.5f}", i ? ", " : "", rec.Bit2pA(c));
+        values += fmt::format("{}{}", i ? ", " : "", FixedOrSignificant(rec.Bit2pA(c), 5));
     }
     out += fmt::format("First samples (counts): {}\n", counts);
     out += fmt::format("First values ({}): {}\n", rec.Units(), values);
-    out += fmt::format("Last value ({}): {:.5f}\n", rec.Units(),
-                       rec.Bit2pA(rec.Sample(rec.PointsPerChannel() - 1)));
+    out += fmt::format("Last value ({}): {}\n", rec.Units(),
+                       FixedOrSignificant(rec.Bit2pA(rec.Sample(rec.PointsPerChannel() - 1)), 5));
     out += fmt::format("Tags: {}\n", rec.Tags().size());
     for (std::size_t i = 0; i < rec.Tags().size(); ++i) {
         const AbfTag& tag = rec.Tags()[i];
@@ -94,8 +95,8 @@ std::string ScannedRange(const Recording& rec) {
         FoldRange(part, low, high);
     }
     if (n <= 0) return "Sample range: no samples\n";
-    return fmt::format("Sample range (counts): {} to {}\nSample range ({}): {:.5f} to {:.5f}\n", low, high,
-                       rec.Units(), rec.Bit2pA(low), rec.Bit2pA(high));
+    return fmt::format("Sample range (counts): {} to {}\nSample range ({}): {} to {}\n", low, high, rec.Units(),
+                       FixedOrSignificant(rec.Bit2pA(low), 5), FixedOrSignificant(rec.Bit2pA(high), 5));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "cli/commands.h"
 #include "cli/detection_options.h"
+#include "recording/number_text.h"
 #include "detection/noise_commands.h"
 #include "detection/scoring.h"
 #include "detection/detector.h"
@@ -65,10 +66,11 @@ bool Detect(Workspace& ws, const NoiseProtocolOptions* protocol, const std::stri
     if (!protocol) return !DetectWholeFile(ws, dialogs).improperParameters;
     const NoiseProtocolResult r = DetectWithNoiseThreshold(ws, dialogs, *protocol);
     if (r.improperParameters) return false;
-    std::cout << fmt::format("{}RMS noise outside the first pass's {} events {:.3f} {} (median of "
-                             "screens): ThresholdAmplitude {:.3f}, AreaThreshold {:.3f}\n",
-                             indent, r.firstPassEvents, r.rmsNoiseUnits, ws.recording->Units(),
-                             r.thresholdAmplitude, r.areaThreshold);
+    std::cout << fmt::format("{}RMS noise outside the first pass's {} events {} {} (median of "
+                             "screens): ThresholdAmplitude {}, AreaThreshold {}\n",
+                             indent, r.firstPassEvents, FixedOrSignificant(r.rmsNoiseUnits, 3),
+                             ws.recording->Units(), FixedOrSignificant(r.thresholdAmplitude, 3),
+                             FixedOrSignificant(r.areaThreshold, 3));
     return true;
 }
 
@@ -196,8 +198,8 @@ int ScoreFile(const DetectionOptions& options, const std::string& truthPath, dou
         Print("", ScoreDetections(found, truth->timesMs, low, tol));
         PrintFalsePositives(found, truth->timesMs, low, tol);
     }
-    std::cout << fmt::format("RMS noise outside the detected events {:.3f} {} (median of screens)\n",
-                             MedianScreenNoise(ws), ws.recording->Units());
+    std::cout << fmt::format("RMS noise outside the detected events {} {} (median of screens)\n",
+                             FixedOrSignificant(MedianScreenNoise(ws), 3), ws.recording->Units());
     return 0;
 }
 

@@ -30,6 +30,15 @@ double BarWidth(const PlotSeries& s) {
 
 namespace {
 
+// lo..hi with a margin of 5 % of the decades, or a decade either side of a
+// single value; 1..10 without data.
+AxisRange FinishLog(double lo, double hi) {
+    if (lo > hi) return {1, 10};
+    if (lo == hi) return {lo / 10, hi * 10};
+    const double margin = std::pow(hi / lo, 0.05);
+    return {lo / margin, hi * margin};
+}
+
 // lo..hi with a 5 % margin, or the fallbacks for a single value and no data.
 AxisRange Finish(double lo, double hi) {
     if (lo > hi) return {0, 1};
@@ -46,6 +55,13 @@ AxisRange Finish(double lo, double hi) {
 PlotRanges FittedRanges(const PlotData& plot) {
     constexpr double inf = std::numeric_limits<double>::infinity();
     double xlo = inf, xhi = -inf, ylo = inf, yhi = -inf;
+    // A logarithmic axis has no place for values at or below 0.
+    const auto includeX = [&](double v) {
+        if (!plot.xLog || v > 0) Include(v, xlo, xhi);
+    };
+    const auto includeY = [&](double v) {
+        if (!plot.yLog || v > 0) Include(v, ylo, yhi);
+    };
     for (const PlotSeries& s : plot.series) {
         const std::size_t n = s.Size();
         double left = 0, right = 0;
@@ -53,27 +69,29 @@ PlotRanges FittedRanges(const PlotData& plot) {
             const double w = BarWidth(s);
             left = s.barAlign == BarAlign::Left ? 0 : -w / 2;
             right = left + w;
-            Include(0, ylo, yhi);
+            includeY(0);
         }
         for (std::size_t i = 0; i < n; ++i) {
             if (!std::isfinite(s.x[i]) || !std::isfinite(s.y[i])) continue;
-            Include(s.x[i] + left, xlo, xhi);
-            Include(s.x[i] + right, xlo, xhi);
-            Include(s.y[i], ylo, yhi);
+            if ((plot.xLog && s.x[i] <= 0) || (plot.yLog && s.y[i] <= 0)) continue;
+            includeX(s.x[i] + left);
+            includeX(s.x[i] + right);
+            includeY(s.y[i]);
         }
     }
     if (plot.colourMap && plot.colourMap->Valid()) {
         const ColourMap& m = *plot.colourMap;
-        Include(m.xMin, xlo, xhi);
-        Include(m.xMax, xlo, xhi);
-        Include(m.yMin, ylo, yhi);
-        Include(m.yMax, ylo, yhi);
+        includeX(m.xMin);
+        includeX(m.xMax);
+        includeY(m.yMin);
+        includeY(m.yMax);
     }
     for (const XBand& b : plot.bands) {
-        Include(b.from, xlo, xhi);
-        Include(b.to, xlo, xhi);
+        includeX(b.from);
+        includeX(b.to);
     }
-    PlotRanges r{Finish(xlo, xhi), Finish(ylo, yhi)};
+    PlotRanges r{plot.xLog ? FinishLog(xlo, xhi) : Finish(xlo, xhi),
+                 plot.yLog ? FinishLog(ylo, yhi) : Finish(ylo, yhi)};
     if (plot.xRange) r.x = *plot.xRange;
     if (plot.yRange) r.y = *plot.yRange;
     return r;

@@ -18,7 +18,9 @@ struct PlotRanges {
 // where given, otherwise every series, the colour map and the bands with a
 // margin of 5 % on each side. Bars always include 0 on the y axis. A range
 // of a single value widens to that value +-1 (or +-10 % of it when larger);
-// a plot without data gets 0..1.
+// a plot without data gets 0..1. A logarithmic axis fits its values above 0
+// with 5 % of its decades either side (a decade either side of one value,
+// 1..10 without any).
 PlotRanges FittedRanges(const PlotData& plot);
 
 // The width of each bar: barWidth when given, else the smallest spacing of

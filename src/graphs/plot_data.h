@@ -83,11 +83,14 @@ struct PlotData {
     std::vector<XBand> bands{};
     // Fixed axis ranges; when absent the range fits the data (FittedRanges).
     std::optional<AxisRange> xRange{}, yRange{};
-    // A logarithmic x axis (for frequency responses); give xRange above 0.
+    // A logarithmic x axis (frequency responses, power spectra).
     bool xLog = false;
     // What the plot leaves out or cannot show exactly ("3 values that were
     // not measured were left out"), shown under the title; empty for none.
     std::string note{};
+    // A logarithmic y axis (power spectra); with xLog, a log-log plot. Values
+    // at or below 0 are left off a logarithmic axis.
+    bool yLog = false;
 
     bool Empty() const { return series.empty() && !colourMap; }
 };

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "group_analysis/texts.h"
+#include "recording/number_text.h"
 #include "recording/rounding.h"
 
 namespace vess::group {
@@ -233,7 +234,8 @@ TraceFit FitTrace(const TraceSet& set, int32_t t, int peakDirection, int group,
 }
 
 std::string FormatThousands(double value) {
-    std::string digits = fmt::format("{:.2f}", std::fabs(value));
+    std::string digits = FixedOrSignificant(std::fabs(value), 2);
+    if (digits.find('e') != std::string::npos) return (value < 0 ? "-" : "") + digits;
     const std::size_t dot = digits.find('.');
     for (std::ptrdiff_t at = std::ptrdiff_t(dot) - 3; at > 0; at -= 3)
         digits.insert(std::size_t(at), ",");
@@ -243,9 +245,9 @@ std::string FormatThousands(double value) {
 std::string FitEquation(const ExpModel& model, const ExpParameters& p) {
     std::string eq = "y=";
     for (int k = 0; k < model.exponentials; ++k)
-        eq += fmt::format("{}({:.2f})*exp(-x/{:.2f})", k ? "+" : "", p[std::size_t(2 * k + 1)],
-                          p[std::size_t(2 * k)]);
-    if (model.offset) eq += fmt::format("+({:.3f})", p[6]);
+        eq += fmt::format("{}({})*exp(-x/{})", k ? "+" : "", FixedOrSignificant(p[std::size_t(2 * k + 1)], 2),
+                          FixedOrSignificant(p[std::size_t(2 * k)], 2));
+    if (model.offset) eq += fmt::format("+({})", FixedOrSignificant(p[6], 3));
     return eq;
 }
 
@@ -272,7 +274,7 @@ std::string FitReport(const TraceFit& fit, const TraceSet& set, const UnitScale&
     r += nl + "Peak Amplitude : " + FormatThousands(scale.Difference(m.amplitude)) + " " + scale.units;
     r += nl + fmt::format("Rise{} : {:.2f}ms    Half-width : {}  Decay90-37% : {}", RiseRangeName(settings.rise),
                           m.riseMs, MsOrNotMeasured(m.halfWidthMs), MsOrNotMeasured(m.decay9037Ms));
-    r += nl + fmt::format("    Area Under Curve : {:.2f}", m.areaUnitsMs);
+    r += nl + "    Area Under Curve : " + FixedOrSignificant(m.areaUnitsMs, 2);
     r += nl + fmt::format("# of exponentials={}    Fit Range : {}", settings.model.exponentials,
                           FitRangeName(settings.range));
     if (fit.fit.status == FitStatus::TooManyExponentials) r += nl + std::string(texts::kTooManyExponentials);
@@ -281,8 +283,8 @@ std::string FitReport(const TraceFit& fit, const TraceSet& set, const UnitScale&
     if (const std::string se = StandardErrorLine(settings.model, fit.fit.standardErrors);
         !se.empty() && IsFitResult(fit.fit.status))
         r += nl + se;
-    r += nl + fmt::format("Stdev:{:.4f}   Number of Iterations: {}  R-Sqr:{:.4f}",
-                          fit.fit.quality.stdev, fit.fit.iterations, fit.fit.quality.rSquared);
+    r += nl + fmt::format("Stdev:{}   Number of Iterations: {}  R-Sqr:{:.4f}",
+                          FixedOrSignificant(fit.fit.quality.stdev, 4), fit.fit.iterations, fit.fit.quality.rSquared);
     r += nl + (settings.method == FitMethod::Simplex
                    ? fmt::format("Restarts of the search: {}", fit.fit.restarts)
                    : fmt::format("Least squares from {} starts", fit.fit.restarts));

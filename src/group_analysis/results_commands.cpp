@@ -9,6 +9,7 @@
 #include "recording/data_array.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
+#include "recording/number_text.h"
 #include "recording/texts.h"
 
 namespace vess::group {
@@ -49,7 +50,7 @@ void DeleteSelectedResults(ResultsTable& table, const std::set<int32_t>& rows) {
 }
 
 // A measure that could not be made is stored as not-a-number and shown blank.
-std::string FormatResult(double value) { return std::isfinite(value) ? fmt::format("{:.3f}", value) : std::string(); }
+std::string FormatResult(double value) { return std::isfinite(value) ? FixedOrSignificant(value, 3) : std::string(); }
 
 std::string ResultsText(const ResultsTable& table) {
     const ResultKind kind =

@@ -10,6 +10,7 @@
 #include "group_analysis/texts.h"
 #include "recording/data_array.h"
 #include "statistics/finite_series.h"
+#include "recording/number_text.h"
 #include "statistics/histogram.h"
 #include "statistics/texts.h"
 
@@ -127,7 +128,7 @@ std::vector<ColumnStatistics> ResultColumnStatistics(const ResultsTable& table) 
 }
 
 std::string ColumnStatisticsText(const std::vector<ColumnStatistics>& columns) {
-    auto f = [](double v) { return std::isfinite(v) ? fmt::format("{:.3f}", v) : std::string(); };
+    auto f = [](double v) { return std::isfinite(v) ? FixedOrSignificant(v, 3) : std::string(); };
     std::string out = Str(texts::kColumnStatCaption) + "\r\n\t";
     for (const char* name : {"Average", "Stdev", "Std Error", "Variance", "Coeff of Var", "1/CV^2",
                              "Median", "Minimum", "Maximum", "Skewness", "Kurtosis"})

@@ -126,6 +126,7 @@ PlotData SpectrumPlot(const SpectrumResult& s, const Bands& bands) {
     p.title = S(texts::kSpectrumTitle);
     p.xAxis = S(texts::kFrequencyAxis);
     p.yAxis = S(texts::kDensityAxis);
+    p.xLog = p.yLog = true;  // decades of frequency and of power
     PlotSeries line;
     line.kind = SeriesKind::Lines;
     for (std::size_t k = 0; k < s.frequencyHz.size() && s.frequencyHz[k] <= bands.hfHighHz; ++k) {

@@ -11,6 +11,7 @@
 namespace vess {
 
 inline std::string FixedOrSignificant(double value, int decimals) {
+    if (value == 0) value = 0;  // -0 reads as 0
     std::string text = fmt::format("{:.{}f}", value, decimals);
     if (value == 0 || !std::isfinite(value)) return text;
     if (text.find_first_of("123456789") == std::string::npos) text = fmt::format("{:.4g}", value);

@@ -445,6 +445,10 @@ bool Recording::ReadRawSamples(int64_t index, std::span<int16_t> out) const {
     return ReadSamplesFrom(false, index, out);
 }
 
+bool Recording::ReadTraceSamples(bool filtered, int64_t index, std::span<int16_t> out) const {
+    return ReadSamplesFrom(filtered && HasFiltered(), index, out);
+}
+
 bool Recording::ReadSamplesFrom(bool filtered, int64_t index, std::span<int16_t> out) const {
     if (frames_ <= 0) {
         std::fill(out.begin(), out.end(), int16_t(0));

@@ -145,6 +145,9 @@ public:
     bool ReadSamples(int64_t index, std::span<int16_t> out) const;
     // The same from the recorded samples, whatever ReadFiltered says.
     bool ReadRawSamples(int64_t index, std::span<int16_t> out) const;
+    // The filtered copy when filtered is true and one is attached, else the
+    // recorded samples, whatever ReadFiltered says.
+    bool ReadTraceSamples(bool filtered, int64_t index, std::span<int16_t> out) const;
     // The first read that failed, as a sentence naming the file; "" while
     // every read has succeeded. It stays set for the life of the recording.
     const std::string& ReadFault() const { return readFault_; }

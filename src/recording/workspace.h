@@ -28,6 +28,9 @@ struct Workspace {
     std::filesystem::path iniPath;          // where "Vessanto.ini" is read and written
     int32_t screenStartBlock = 0;           // first block of the displayed screen
     int32_t selectedEvent = 0;              // 1-based; 0 when none
+    // The trace view shows the filtered copy while one is attached (Shift+F
+    // switches); the noise tools measure what it shows.
+    bool showFiltered = true;
     DataArray array1;                       // "Array #1"
     DataArray array2;                       // "Array #2"
     // Values measured once over the whole recording (such as the noise of

@@ -95,6 +95,20 @@ void SetDetectOnFiltered(Workspace& ws, bool on) {
 
 bool DetectsOnFiltered(const Workspace& ws) { return ws.recording && ws.recording->ReadsFiltered(); }
 
+std::string FilterName(const FilterChoice& choice) {
+    const std::string_view kind = choice.kind == FilterKind::Butterworth      ? "Butterworth"
+                                  : choice.kind == FilterKind::Chebyshev      ? "Chebyshev"
+                                  : choice.kind == FilterKind::InverseChebyshev ? "Inverse Chebyshev"
+                                                                              : "Elliptic";
+    return fmt::format("{} {}-pass {:.8g} Hz, order {}{}", kind, PassName(choice.pass), choice.cutoffHz,
+                       choice.order, choice.zeroPhase ? ", zero phase" : "");
+}
+
+std::string ShownTraceName(const Workspace& ws) {
+    if (!ws.showFiltered || !ws.recording || !ws.recording->HasFiltered()) return {};
+    return "filtered: " + FilterName(FilterChoiceFromSettings(ws.settings));
+}
+
 PlotData FilterResponsePlot(const FilterChoice& choice, double sampleRateHz, int points) {
     PlotData plot;
     plot.title = fmt::format("{} {} {}-pass, order {}, cut-off {:g} Hz{}", texts::kFilterResponseTitle,

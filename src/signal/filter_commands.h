@@ -45,6 +45,13 @@ void SetDetectOnFiltered(Workspace& ws, bool on);
 // Whether detection and measurement now read the filtered trace.
 bool DetectsOnFiltered(const Workspace& ws);
 
+// The filter as the user reads it: "Butterworth low-pass 1000 Hz, order 4",
+// with ", zero phase" when it runs both ways.
+std::string FilterName(const FilterChoice& choice);
+// What the trace view shows: "filtered: " and the filter's name while the
+// filtered copy is attached and shown, "" for the recorded trace.
+std::string ShownTraceName(const Workspace& ws);
+
 // Gain in dB at log-spaced frequencies from fs/10000 (at least 0.1 Hz) to
 // just below fs/2, as applied: twice the single-pass gain for zero phase.
 PlotData FilterResponsePlot(const FilterChoice& choice, double sampleRateHz, int points = 400);

@@ -12,6 +12,10 @@
 namespace vess {
 
 TraceStretch ReadStretch(const Recording& rec, int64_t first, int64_t count) {
+    return ReadTraceStretch(rec, rec.ReadsFiltered(), first, count);
+}
+
+TraceStretch ReadTraceStretch(const Recording& rec, bool filtered, int64_t first, int64_t count) {
     TraceStretch s;
     s.intervalMs = rec.IntervalUs() / 1000.0;
     s.units = rec.Units();
@@ -20,20 +24,20 @@ TraceStretch ReadStretch(const Recording& rec, int64_t first, int64_t count) {
     s.startMs = double(begin) * s.intervalMs;
     if (end <= begin) return s;
     std::vector<int16_t> counts(std::size_t(end - begin));
-    rec.ReadSamples(begin, counts);
+    rec.ReadTraceSamples(filtered, begin, counts);
     s.values.reserve(counts.size());
     for (int16_t c : counts) s.values.push_back(double(rec.Bit2pA(c)));
     return s;
 }
 
-TraceStretch ScreenStretch(const Recording& rec, int32_t startBlock, int32_t blocksPerScreen,
+TraceStretch ScreenStretch(const Recording& rec, bool filtered, int32_t startBlock, int32_t blocksPerScreen,
                            std::optional<CursorSpan> cursors) {
     const int64_t first = int64_t(startBlock) * kBlockPoints;
     const int64_t windowLen = int64_t(blocksPerScreen) * kBlockPoints;
-    if (!cursors) return ReadStretch(rec, first, windowLen);
+    if (!cursors) return ReadTraceStretch(rec, filtered, first, windowLen);
     const int64_t lo = std::clamp<int64_t>(std::min(cursors->index1, cursors->index2), 0, windowLen - 1);
     const int64_t hi = std::clamp<int64_t>(std::max(cursors->index1, cursors->index2), 0, windowLen - 1);
-    return ReadStretch(rec, first + lo, hi - lo + 1);
+    return ReadTraceStretch(rec, filtered, first + lo, hi - lo + 1);
 }
 
 std::optional<NoiseMeasures> MeasureNoise(std::span<const double> values, double intervalMs) {

@@ -20,18 +20,23 @@ struct TraceStretch {
     double intervalMs = 0;
     double startMs = 0;
     std::string units;
+    // What the values are, when not the recorded trace ("filtered: ...").
+    std::string source{};
 };
 
 // Points [first, first + count) of the chosen channel, cut to the recorded
 // points (empty when none lies inside).
 TraceStretch ReadStretch(const Recording& rec, int64_t first, int64_t count);
+// The same from the filtered copy (when one is attached) or the recorded
+// samples, whichever the recording reads now.
+TraceStretch ReadTraceStretch(const Recording& rec, bool filtered, int64_t first, int64_t count);
 
 // The displayed screen, or with cursors (window indices of the screen, in any
 // order) the samples between them, both ends included.
 struct CursorSpan {
     int64_t index1 = 0, index2 = 0;
 };
-TraceStretch ScreenStretch(const Recording& rec, int32_t startBlock, int32_t blocksPerScreen,
+TraceStretch ScreenStretch(const Recording& rec, bool filtered, int32_t startBlock, int32_t blocksPerScreen,
                            std::optional<CursorSpan> cursors);
 
 struct NoiseMeasures {

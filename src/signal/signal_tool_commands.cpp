@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "recording/save_path.h"
+#include "signal/filter_commands.h"
 #include "recording/workspace.h"
 #include "signal/synch_array.h"
 #include "signal/tool_texts.h"
@@ -30,8 +31,10 @@ std::optional<TraceStretch> StretchOrTell(const Workspace& ws, Dialogs& dialogs,
     return s;
 }
 
-std::string StretchName(std::optional<CursorSpan> cursors) {
-    return S(cursors ? tool_texts::kNoiseOfCursors : tool_texts::kNoiseOfScreen);
+// Where the stretch lies, and the filter when the filtered trace is shown.
+std::string StretchName(std::optional<CursorSpan> cursors, const TraceStretch& s) {
+    const std::string where = S(cursors ? tool_texts::kNoiseOfCursors : tool_texts::kNoiseOfScreen);
+    return s.source.empty() ? where : where + ", " + s.source;
 }
 
 std::optional<int> AskWhole(Dialogs& dialogs, std::string_view caption, std::string_view prompt,
@@ -44,7 +47,9 @@ std::optional<int> AskWhole(Dialogs& dialogs, std::string_view caption, std::str
 }  // namespace
 
 TraceStretch ShownStretch(const Workspace& ws, std::optional<CursorSpan> cursors) {
-    return ScreenStretch(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen(), cursors);
+    TraceStretch s = ScreenStretch(*ws.recording, ws.showFiltered, ws.screenStartBlock, ws.BlocksPerScreen(), cursors);
+    s.source = ShownTraceName(ws);
+    return s;
 }
 
 std::optional<NoiseMeasures> NoiseMeasuresCommand(Workspace& ws, Dialogs& dialogs,
@@ -53,7 +58,7 @@ std::optional<NoiseMeasures> NoiseMeasuresCommand(Workspace& ws, Dialogs& dialog
     if (!s) return std::nullopt;
     const auto m = MeasureNoise(s->values, s->intervalMs);
     dialogs.Message(S(tool_texts::kNoiseMenu),
-                    StretchName(cursors) + "\n" + NoiseReportText(*m, s->units));
+                    StretchName(cursors, *s) + "\n" + NoiseReportText(*m, s->units));
     return m;
 }
 
@@ -68,9 +73,9 @@ std::optional<NoiseSpectrumRequest> PrepareNoiseSpectrum(Workspace& ws, Dialogs&
         dialogs.Message(S(tool_texts::kSegmentCaption), S(tool_texts::kSegmentRefused));
         return std::nullopt;
     }
-    return NoiseSpectrumRequest{std::move(*s), *length, ws.settings.LineFrequency,
-                                fmt::format("{}  {}  segment={} points", tool_texts::kSpectrumMenu,
-                                            StretchName(cursors), *length)};
+    std::string title = fmt::format("{}  {}  segment={} points", tool_texts::kSpectrumMenu,
+                                    StretchName(cursors, *s), *length);
+    return NoiseSpectrumRequest{std::move(*s), *length, ws.settings.LineFrequency, std::move(title)};
 }
 
 PlotData NoiseSpectrumPlot(const NoiseSpectrumRequest& r) {

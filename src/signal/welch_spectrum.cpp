@@ -36,6 +36,7 @@ PlotData SpectrumPlot(const PowerSpectrum& spectrum, const std::string& units, d
     plot.title = title;
     plot.xAxis = std::string(tool_texts::kFrequencyAxis);
     plot.yAxis = fmt::format("{}{}{}", tool_texts::kPsdAxisPrefix, units, tool_texts::kPsdAxisSuffix);
+    plot.xLog = plot.yLog = true;  // decades of frequency and of power
     PlotSeries s;
     s.kind = SeriesKind::Lines;
     s.x = spectrum.frequencyHz;

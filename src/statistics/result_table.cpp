@@ -5,14 +5,16 @@
 
 #include <fmt/format.h>
 
+#include "recording/number_text.h"
+
 namespace vess {
 
 std::string FormatNumber(double value, int decimals, bool thousands) {
     if (std::isnan(value)) return "NaN";
     if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
-    std::string text = fmt::format("{:.{}f}", value, decimals);
+    std::string text = FixedOrSignificant(value, decimals);
     if (text.find_first_not_of("-0.") == std::string::npos && text[0] == '-') text.erase(0, 1);  // no "-0.000"
-    if (!thousands) return text;
+    if (!thousands || text.find('e') != std::string::npos) return text;
     const std::size_t start = text[0] == '-' ? 1 : 0;
     const std::size_t point = std::min(text.find('.'), text.size());
     std::string grouped = text.substr(0, start);

@@ -52,7 +52,7 @@ TEST_F(FilterWindowTest, ApplyShowsTheFilteredTraceWithIndicatorAndShiftFToggles
     EXPECT_EQ(ws.settings.FilterType, 1);
     EXPECT_EQ(ws.settings.FilterFreq, "300");
     EXPECT_TRUE(label->isVisible());
-    EXPECT_TRUE(label->text().contains("FILTERED: butterworth low-pass 300 Hz, order 2")) << label->text().toStdString();
+    EXPECT_TRUE(label->text().contains("FILTERED: Butterworth low-pass 300 Hz, order 2")) << label->text().toStdString();
     const QImage filtered = TraceImage();
     EXPECT_NE(filtered, raw);
     QApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);  // the status bar lays the label out

@@ -39,6 +39,19 @@ TEST(FittedRanges, BarsSpanTheirBinsAndStandOnZero) {
     EXPECT_DOUBLE_EQ(r.x.upper, 2.5 + 0.1);
 }
 
+TEST(FittedRanges, LogarithmicAxesFitTheirPositiveValues) {
+    // A spectrum from 0 Hz: 0 Hz and the zero power are left off; x 10..1000
+    // and y 1e-6..1e-2 widen by 5 % of their 2 and 4 decades.
+    PlotData p;
+    p.series.push_back(Make(SeriesKind::Lines, {0, 10, 100, 1000}, {5, 1e-2, 0, 1e-6}));
+    p.xLog = p.yLog = true;
+    const PlotRanges r = FittedRanges(p);
+    EXPECT_DOUBLE_EQ(r.x.lower, 10 / std::pow(100.0, 0.05));
+    EXPECT_DOUBLE_EQ(r.x.upper, 1000 * std::pow(100.0, 0.05));
+    EXPECT_DOUBLE_EQ(r.y.lower, 1e-6 / std::pow(1e4, 0.05));
+    EXPECT_DOUBLE_EQ(r.y.upper, 1e-2 * std::pow(1e4, 0.05));
+}
+
 TEST(FittedRanges, DegenerateEmptyFixedAndNonFiniteData) {
     PlotData empty;
     EXPECT_EQ(FittedRanges(empty).x, (AxisRange{0, 1}));

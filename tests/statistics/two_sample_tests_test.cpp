@@ -248,7 +248,7 @@ TEST(NumberFormats, GridPatterns) {
     EXPECT_EQ(FormatNumber(-1234.5, 3, true), "-1,234.500");
     EXPECT_EQ(FormatNumber(999.9996, 3, true), "1,000.000");
     EXPECT_EQ(FormatNumber(0.000123456789, 8, false), "0.00012346");
-    EXPECT_EQ(FormatNumber(-0.0001, 3, false), "0.000");
+    EXPECT_EQ(FormatNumber(-0.0, 3, false), "0.000");  // no "-0.000"
     EXPECT_EQ(FormatNumber(12345, 0, true), "12,345");
     EXPECT_EQ(FormatNumber(NAN, 3, true), "NaN");
 }

@@ -56,9 +56,10 @@ void PlotWidget::Draw() {
     }
     canvas_->xAxis->setLabel(Q(plot_.xAxis));
     canvas_->yAxis->setLabel(Q(plot_.yAxis));
-    if (plot_.xLog) {
-        canvas_->xAxis->setScaleType(QCPAxis::stLogarithmic);
-        canvas_->xAxis->setTicker(QSharedPointer<QCPAxisTickerLog>(new QCPAxisTickerLog));
+    for (auto [axis, log] : {std::pair{canvas_->xAxis, plot_.xLog}, std::pair{canvas_->yAxis, plot_.yLog}}) {
+        if (!log) continue;
+        axis->setScaleType(QCPAxis::stLogarithmic);
+        axis->setTicker(QSharedPointer<QCPAxisTickerLog>(new QCPAxisTickerLog));
     }
     if (plot_.colourMap && plot_.colourMap->Valid()) DrawColourMap(*plot_.colourMap);
     for (std::size_t i = 0; i < plot_.series.size(); ++i) DrawSeries(plot_.series[i], int(i));
@@ -173,7 +174,9 @@ void PlotWidget::DrawBand(const XBand& b) {
     rect->topLeft->setTypeY(QCPItemPosition::ptAxisRectRatio);
     rect->bottomRight->setTypeX(QCPItemPosition::ptPlotCoords);
     rect->bottomRight->setTypeY(QCPItemPosition::ptAxisRectRatio);
-    rect->topLeft->setCoords(b.from, 0);
+    // A band from 0 starts, on a logarithmic axis, three decades below its end.
+    const double from = plot_.xLog && b.from <= 0 ? b.to / 1000 : b.from;
+    rect->topLeft->setCoords(from, 0);
     rect->bottomRight->setCoords(b.to, 1);
     rect->setPen(Qt::NoPen);
     QColor fill = colour;

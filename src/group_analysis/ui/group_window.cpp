@@ -19,6 +19,7 @@
 #include <QVBoxLayout>
 
 #include "app/job_runner.h"
+#include "recording/number_text.h"
 #include "group_analysis/texts.h"
 #include "group_analysis/ui/trace_picture.h"
 #include "recording/workspace.h"
@@ -345,7 +346,7 @@ void GroupAnalysisWindow::WriteControls() {
 }
 
 void GroupAnalysisWindow::UpdateCursorLabel() {
-    auto f = [](double v) { return QString::number(v, 'f', 3); };
+    auto f = [](double v) { return QString::fromStdString(FixedOrSignificant(v, 3)); };
     const int32_t c1 = picture_->Cursor(0), c2 = picture_->Cursor(1);
     cursorLabel_->setText("x1:" + f(set_.TimeMs(c1)) + "  y1:" + f(picture_->ValueAt(c1)) + "    x2:" +
                           f(set_.TimeMs(c2)) + "  y2:" + f(picture_->ValueAt(c2)));
