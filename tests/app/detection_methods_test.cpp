@@ -47,6 +47,16 @@ protected:
         Trigger("menu_CheckAccuracy");
         return window->findChild<AccuracyWindow*>("frmAccuracy");
     }
+    // The events a whole-file run of the sample gives with the window's settings.
+    EventTable WholeFileEvents() const {
+        Workspace whole;
+        whole.settings = ws.settings;
+        AbfError error = AbfError::None;
+        whole.recording = Recording::Open(abfPath, &error, nullptr);
+        ScriptedDialogs quiet;
+        DetectWholeFile(whole, quiet);
+        return whole.events;
+    }
     bool LastMessageIs(const char* caption) const {
         const auto messages = dialogs.Messages();
         return !messages.empty() && messages.back().caption == caption;
@@ -76,19 +86,14 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
     Snapshot("method_deconvolution");
 
     // Non-stop from the start stores what the whole file gives by the method.
-    Workspace whole;
-    whole.settings = ws.settings;
-    AbfError error = AbfError::None;
-    whole.recording = Recording::Open(abfPath, &error, nullptr);
-    ScriptedDialogs quiet;
-    DetectWholeFile(whole, quiet);
+    const EventTable whole = WholeFileEvents();
     ws.events.Clear();
     ws.screenStartBlock = 0;
     Key(Qt::Key_F11);
     ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
-    ASSERT_GT(whole.events.Count(), 20);
-    ASSERT_EQ(ws.events.Count(), whole.events.Count());
-    for (int32_t k = 1; k <= whole.events.Count(); ++k) EXPECT_EQ(ws.events[k].time, whole.events[k].time);
+    ASSERT_GT(whole.Count(), 20);
+    ASSERT_EQ(ws.events.Count(), whole.Count());
+    for (int32_t k = 1; k <= whole.Count(); ++k) EXPECT_EQ(ws.events[k].time, whole[k].time);
 
     // The kernel learned from these events stays near the synthesiser's.
     Trigger("menu_LearnKernel");
@@ -239,13 +244,7 @@ TEST_F(MethodGuiTest, NewInstallationSuggestsOnceAndAsksBeforeReplacingEvents) {
     Key(Qt::Key_F11);
     ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
-    Workspace whole;
-    whole.settings = ws.settings;
-    AbfError error = AbfError::None;
-    whole.recording = Recording::Open(abfPath, &error, nullptr);
-    ScriptedDialogs quiet;
-    DetectWholeFile(whole, quiet);
-    EXPECT_EQ(ws.events, whole.events);  // replaced, not added
+    EXPECT_EQ(ws.events, WholeFileEvents());  // replaced, not added
     const QString status = window->findChild<QLabel*>("lbEvents")->text();
     EXPECT_TRUE(status.contains("by deconvolution, kernel rise")) << status.toStdString();
     Snapshot("new_installation_deconvolution");

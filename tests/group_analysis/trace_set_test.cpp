@@ -202,25 +202,36 @@ TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
     EXPECT_EQ(set.Row(3)[0], 2096);
 }
 
+// The simulated recording is sampled at 40 kHz; each event's peak is taken
+// 2 ms (80 points) after its listed onset, the onset index being
+// round(t x 40000) - 1.
+std::vector<int64_t> Sim1Peaks(const std::filesystem::path& dir) {
+    std::ifstream times(dir / "EventTimes.txt");
+    std::vector<int64_t> peaks;
+    for (double t = 0; times >> t;) peaks.push_back(std::llround(t * 40000) - 1 + 80);
+    return peaks;
+}
+
+// Events of group 1 at those peaks (0.025 ms a point).
+EventTable GroupOneAt(const std::vector<int64_t>& peaks) {
+    EventTable events;
+    for (int64_t peak : peaks) {
+        EventRecord e;
+        e.group = 1;
+        e.time = float(double(peak) * 0.025);
+        events.Append(e);
+    }
+    return events;
+}
+
 TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSum) {
     VESS_REQUIRE_SHARED_DATA();
     const auto dir = test::SharedData() / "events" / "Sim1";
     AbfError error{};
     auto rec = Recording::Open(dir / "Simulation.abf", &error);
     ASSERT_TRUE(rec);
-    // 40 kHz; each event's peak taken 2 ms (80 points) after its onset,
-    // the onset index being round(t x 40000) - 1.
-    std::ifstream times(dir / "EventTimes.txt");
-    EventTable events;
-    std::vector<int64_t> peaks;
-    for (double t = 0; times >> t;) {
-        const int64_t peak = std::llround(t * 40000) - 1 + 80;
-        EventRecord e;
-        e.group = 1;
-        e.time = float(double(peak) * 0.025);
-        events.Append(e);
-        peaks.push_back(peak);
-    }
+    const std::vector<int64_t> peaks = Sim1Peaks(dir);
+    const EventTable events = GroupOneAt(peaks);
     ASSERT_EQ(events.Count(), 40);
     AnalysisParameters params;  // PeriodStartBaseline 6000 us: 240 points
     const TraceSet set = BuildGroupTraceSet(*rec, events, params, {.blocks = 2});
@@ -244,14 +255,7 @@ TEST(RealRecording, AverageBaselineIsTheLevelBeforeTheRise) {
     AbfError error{};
     auto rec = Recording::Open(dir / "Simulation.abf", &error);
     ASSERT_TRUE(rec);
-    std::ifstream times(dir / "EventTimes.txt");
-    EventTable events;
-    for (double t = 0; times >> t;) {
-        EventRecord e;
-        e.group = 1;
-        e.time = float(double(std::llround(t * 40000) - 1 + 80) * 0.025);
-        events.Append(e);
-    }
+    const EventTable events = GroupOneAt(Sim1Peaks(dir));
     const TraceSet set = BuildGroupTraceSet(*rec, events, AnalysisParameters{}, {.blocks = 2});
     const auto row = set.Row(0);
     const auto mean = [&](int n) {
