@@ -117,9 +117,15 @@ void MainWindow::StartArraysImport() {
     const auto path = ChooseArraysImport(dialogs_);
     if (!path) return;
     jobs_->Start(MakeJob(std::string(stats_texts::kImportAsciiMenu),
-                         [path = *path](const JobProgress&) { return ReadArraysAtf(path); },
-                         [this](std::optional<ImportedArrays> arrays) {
-                             PlaceImportedArrays(ws_, dialogs_, std::move(arrays));
+                         [path = *path](const JobProgress& progress) {
+                             auto arrays = ReadArraysAtf(path, nullptr, progress);
+                             // Stopped by the user: nothing is placed and nothing said.
+                             const bool stopped = !progress(1, {});
+                             return std::make_pair(std::move(arrays), stopped);
+                         },
+                         [this](std::pair<std::optional<ImportedArrays>, bool> read) {
+                             if (read.second) return;
+                             PlaceImportedArrays(ws_, dialogs_, std::move(read.first));
                              ArraysChanged();
                          }),
                  this);

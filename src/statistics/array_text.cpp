@@ -236,7 +236,8 @@ std::optional<ImportedArrays> ParseArraysAtf(std::string_view text) {
     return parser.Finish();
 }
 
-std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError) {
+std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError,
+                                            const JobProgress& progress) {
     const int fd = OpenRegularFile(path, readError);
     if (fd < 0) return std::nullopt;
     struct stat st {};
@@ -255,10 +256,20 @@ std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, s
         ArrayFileParser parser(std::size_t(st.st_size));
         LineSplitter lines(separator);
         const auto line = [&parser](std::string_view l) { parser.Line(l); };
+        const double size = std::max<double>(double(st.st_size), 1);
+        double bytesRead = 0;
+        bool stopped = false;
         if (::lseek(fd, 0, SEEK_SET) == 0 && ReadChunks(fd, [&](std::string_view chunk) {
                 lines.Feed(chunk, line);
-                return parser.Valid();  // a file that failed the header test is read no further
+                bytesRead += double(chunk.size());
+                stopped = progress && !progress(bytesRead / size, {});
+                // A file that failed the header test is read no further.
+                return parser.Valid() && !stopped;
             })) {
+            if (stopped) {
+                ::close(fd);
+                return std::nullopt;
+            }
             lines.End(line);
             arrays = parser.Finish();
         } else if (readError) {

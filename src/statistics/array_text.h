@@ -10,6 +10,7 @@
 
 #include "recording/data_array.h"
 #include "recording/dialogs.h"
+#include "recording/job.h"
 
 namespace vess {
 
@@ -44,7 +45,8 @@ std::optional<ImportedArrays> ParseArraysAtf(std::string_view text);
 // The same from a file, read in pieces so that only the arrays are held;
 // nothing when it cannot be read (then *readError says why) or fails the
 // header test.
-std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError = nullptr);
+std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, std::string* readError = nullptr,
+                                            const JobProgress& progress = {});
 
 // menu_ArrayAscii: silent when both arrays are empty; save dialog, replace
 // question, temporary file renamed over the target. True when written.
