@@ -15,15 +15,7 @@ namespace {
 using test::AddEvent;
 using test::DoubleExp;
 
-struct Fixture {
-    test::TraceFile file;
-    Workspace ws;
-    explicit Fixture(const std::vector<int16_t>& trace) : file(trace) {
-        AbfError error = AbfError::None;
-        ws.recording = Recording::Open(file.rec->Path(), &error);
-        ws.params() = test::TestParams();
-    }
-};
+using Fixture = test::TraceWorkspace;
 
 // An event of 1000 counts at 600 with a second one of 600 counts riding on its
 // decay 80 samples (4 ms) later: one search range holds both, so the analysis

@@ -78,10 +78,8 @@ TEST(NonStop, OneUndoStepForTheRunAndNothingPastTheData) {
     std::vector<int16_t> trace(40 * 256, 0);
     for (int onset = 500; onset + 400 < int(trace.size()); onset += 1000)
         AddEvent(trace, onset, DoubleExp{10, 60, 400});
-    test::TraceFile file(trace);
-    Workspace ws;
-    ws.recording = Open(file.rec->Path());
-    ws.params() = test::TestParams();
+    test::TraceWorkspace t(trace);
+    Workspace& ws = t.ws;
     ScriptedDialogs dialogs;
 
     const AnalyzeWindowResult first = AnalyzeCurrentScreen(ws, dialogs);
@@ -111,10 +109,8 @@ TEST(NonStop, OneUndoStepForTheRunAndNothingPastTheData) {
 }
 
 TEST(NonStop, StopEndsTheRunAndImproperParametersStopItWithOneMessage) {
-    std::vector<int16_t> trace(40 * 256, 0);
-    test::TraceFile file(trace);
-    Workspace ws;
-    ws.recording = Open(file.rec->Path());
+    test::TraceWorkspace t(std::vector<int16_t>(40 * 256, 0));
+    Workspace& ws = t.ws;
     ScriptedDialogs dialogs;
     NonStopAnalysis run(ws, dialogs);
     EXPECT_TRUE(run.Step());

@@ -115,19 +115,5 @@ TEST(OpenAbf2, TwoChannelsOnOneAdcAreRefused) {
               texts::WithReason(texts::kDuplicateAdcText, "dup.abf", detail));
 }
 
-TEST(OpenAbf2, SeveralChannelsAskForTheChannel) {
-    test::TempDir dir;
-    const auto cwd = std::filesystem::current_path();
-    Workspace ws;
-    ScriptedDialogs dialogs;
-    dialogs.AnswerInput("1");
-    ASSERT_TRUE(OpenDataFile(ws, Save(dir, "two.abf", ValidAbf2(2)), dialogs));
-    EXPECT_EQ(ws.recording->Channel(), 1);
-    EXPECT_EQ(ws.recording->Sample(0), 1);  // the second sample of the first frame
-    ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].text, texts::ChannelPrompt(2));
-    std::filesystem::current_path(cwd);
-}
-
 }  // namespace
 }  // namespace vess

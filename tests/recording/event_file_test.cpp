@@ -95,14 +95,6 @@ TEST(EventFileFormat, ByteExactRoundTrip) {
     EXPECT_EQ(BuildEventFile(read.header, read.params, read.records, read.storedName), first);
 }
 
-TEST(EventFileFormat, ZeroEventsIsTheHeaderAlone) {
-    const auto file = BuildEventFile(RandomBytes(2048, 5), SomeParams(), {}, "x.abf");
-    ASSERT_EQ(file.size(), 2048u);
-    const auto read = ParseEventFile(file);
-    ASSERT_TRUE(read.Ok());
-    EXPECT_TRUE(read.records.empty());
-}
-
 // An extended header is written whole; the records lie over its tail, and its
 // long comment field receives the 56-character comment.
 TEST(EventFileFormat, ExtendedHeaderKeepsItsTailAndGetsTheLongComment) {
