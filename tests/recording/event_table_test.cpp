@@ -168,13 +168,7 @@ TEST(EventHistory, UndoRedoRestoreTablesAndLabels) {
     t[1].group = 3;
     EXPECT_FALSE(h.CanRedo());
     EXPECT_FALSE(h.Redo(t));
-}
-
-TEST(EventHistory, ModifiedFollowsTheSavedState) {
-    EventHistory h;
-    EventTable t = TableOf({1});
-    h.Checkpoint(t, "a");
-    t.Append(t[1]);
+    // Modified follows the state last saved.
     h.MarkSaved();
     EXPECT_FALSE(h.Modified());
     h.Undo(t);

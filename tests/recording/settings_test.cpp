@@ -78,10 +78,6 @@ TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
         EXPECT_EQ(read.method.method, method) << text;
         EXPECT_EQ(read.method.suggestFromRecording, suggest) << text;
     }
-    EXPECT_EQ(s.DataDir, "c:\\");
-    EXPECT_EQ(s.analysis.PeakDirection, -1);
-    EXPECT_EQ(s.analysis.DecayPercent, 0.32f);
-    EXPECT_EQ(s.FractionWindow, "0.25");
 }
 
 TEST(Settings, WrittenKeysReadBackAndSecondSaveIsByteIdentical) {
