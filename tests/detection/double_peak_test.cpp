@@ -15,15 +15,7 @@ namespace {
 using test::AddEvent;
 using test::DoubleExp;
 
-struct Fixture {
-    test::TraceFile file;
-    Workspace ws;
-    explicit Fixture(const std::vector<int16_t>& trace) : file(trace) {
-        AbfError error = AbfError::None;
-        ws.recording = Recording::Open(file.rec->Path(), &error);
-        ws.params() = test::TestParams();
-    }
-};
+using Fixture = test::TraceWorkspace;
 
 // An event of 1000 counts at 600 with a second one of 600 counts riding on its
 // decay 80 samples (4 ms) later: one search range holds both, so the analysis
@@ -196,6 +188,45 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(f.ws.events.Count(), 3);
     EXPECT_FALSE(f.ws.history.CanUndo());
+}
+
+// Detection at a clicked point and recalculation of one event.
+// A small event (amplitude 4 counts, threshold 5) is found by a click only at
+// a tenth of the thresholds; nothing found says so.
+TEST(DetectAtPoint, TenthOfTheThresholdsFindsASmallEvent) {
+    std::vector<int16_t> trace(2048, 0);
+    AddEvent(trace, 600, DoubleExp{10, 100, 4});
+    Fixture f(trace);
+    ScriptedDialogs dialogs;
+    EXPECT_EQ(DetectAtPoint(f.ws, dialogs, 630).eventIndex, 0);
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, "No Event Found");
+
+    const PointCommandResult r = DetectAtPoint(f.ws, dialogs, 630, /*tenthThresholds=*/true);
+    ASSERT_EQ(r.eventIndex, 1);
+    EXPECT_EQ(f.ws.events[1].amplitude, 4);
+    EXPECT_EQ(r.marks.size(), 4u);
+    EXPECT_TRUE(f.ws.history.CanUndo());
+}
+
+// Recalculation keeps the group and replaces the measurements made with the
+// parameters of the time.
+TEST(RecalculateEvent, ReplacesMeasurementsKeepsGroup) {
+    std::vector<int16_t> trace(2048, 0);
+    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
+    Fixture f(trace);
+    ScriptedDialogs dialogs;
+    ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
+    f.ws.events[1].group = 7;
+    const int16_t decayBefore = f.ws.events[1].decayTime;
+    f.ws.params().DecayPercent = 0.5f;  // the decay point comes earlier
+    ASSERT_EQ(RecalculateEvent(f.ws, dialogs, 1).eventIndex, 1);
+    EXPECT_EQ(f.ws.events[1].group, 7);
+    EXPECT_LT(f.ws.events[1].decayTime, decayBefore);
+    EXPECT_EQ(f.ws.events.Count(), 1);
+
+    EXPECT_EQ(RecalculateEvent(f.ws, dialogs, 2).eventIndex, 0);
+    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Selected");
 }
 
 }  // namespace

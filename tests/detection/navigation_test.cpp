@@ -31,6 +31,26 @@ struct NavigationView : ::testing::Test {
         ApplyNavigation(ws, r);
         return r.moved;
     }
+    // One command and where it should leave the view: whether it moved, the
+    // selected row and the first block shown (-1: not checked).
+    struct Step {
+        NavCommand command;
+        bool moved;
+        int32_t selected = -1, screen = -1;
+    };
+    void Walk(std::initializer_list<Step> steps) {
+        int n = 0;
+        for (const Step& s : steps) {
+            SCOPED_TRACE("step " + std::to_string(++n));
+            EXPECT_EQ(Go(s.command), s.moved);
+            if (s.selected >= 0) {
+                EXPECT_EQ(ws.selectedEvent, s.selected);
+            }
+            if (s.screen >= 0) {
+                EXPECT_EQ(ws.screenStartBlock, s.screen);
+            }
+        }
+    }
     void Fill(const std::vector<EventRecord>& records) {
         ws.events.Clear();
         for (const auto& r : records) ws.events.Append(r);
@@ -42,80 +62,39 @@ struct NavigationView : ::testing::Test {
 
 TEST_F(NavigationView, ScreensStopAtBothEnds) {
     ASSERT_EQ(ws.recording->BlockCount(), 10);
-    EXPECT_FALSE(Go(NavCommand::PrevScreen));  // already first
-    EXPECT_FALSE(Go(NavCommand::FirstScreen));
-    EXPECT_TRUE(Go(NavCommand::NextScreen));
-    EXPECT_EQ(ws.screenStartBlock, 4);
-    EXPECT_TRUE(Go(NavCommand::NextScreen));
-    EXPECT_EQ(ws.screenStartBlock, 8);  // the last, partly filled screen
-    EXPECT_FALSE(Go(NavCommand::NextScreen));
-    EXPECT_EQ(ws.screenStartBlock, 8);
-    EXPECT_TRUE(Go(NavCommand::FirstScreen));
-    EXPECT_TRUE(Go(NavCommand::LastScreen));
-    EXPECT_EQ(ws.screenStartBlock, 8);
-    EXPECT_TRUE(Go(NavCommand::PrevScreen));
-    EXPECT_EQ(ws.screenStartBlock, 4);
-
+    using enum NavCommand;
+    Walk({{PrevScreen, false}, {FirstScreen, false}, {NextScreen, true, -1, 4},
+          {NextScreen, true, -1, 8},  // the last, partly filled screen
+          {NextScreen, false, -1, 8}, {FirstScreen, true}, {LastScreen, true, -1, 8},
+          {PrevScreen, true, -1, 4}});
     // A screen that starts off the tiling (blocks per screen changed) steps
     // by whole screens and never past the data.
     ws.screenStartBlock = 6;
-    EXPECT_FALSE(Go(NavCommand::NextScreen));
-    EXPECT_TRUE(Go(NavCommand::PrevScreen));
-    EXPECT_EQ(ws.screenStartBlock, 2);
-    EXPECT_TRUE(Go(NavCommand::PrevScreen));
-    EXPECT_EQ(ws.screenStartBlock, 0);
+    Walk({{NextScreen, false}, {PrevScreen, true, -1, 2}, {PrevScreen, true, -1, 0}});
 
     ws.recording.reset();
     ws.screenStartBlock = 4;
-    for (auto c : {NavCommand::FirstScreen, NavCommand::NextScreen, NavCommand::LastScreen})
-        EXPECT_FALSE(Go(c));
-    EXPECT_EQ(ws.screenStartBlock, 4);
+    Walk({{FirstScreen, false, -1, 4}, {NextScreen, false, -1, 4}, {LastScreen, false, -1, 4}});
 }
 
 // Time order against grid-row order: the table below is not sorted by time.
 TEST_F(NavigationView, EventsInTimeOrderAndInSequence) {
     Fill({Event(110, 2200), Event(10, 200), Event(60, 1200), Event(60, 1200)});
-    EXPECT_TRUE(Go(NavCommand::FirstEvent));
-    EXPECT_EQ(ws.selectedEvent, 2);
-    EXPECT_EQ(ws.screenStartBlock, 0);
-    EXPECT_TRUE(Go(NavCommand::NextEvent));
-    EXPECT_EQ(ws.selectedEvent, 3);
-    EXPECT_EQ(ws.screenStartBlock, 4);
-    EXPECT_TRUE(Go(NavCommand::NextEvent));  // equal times: by row
-    EXPECT_EQ(ws.selectedEvent, 4);
-    EXPECT_TRUE(Go(NavCommand::NextEvent));
-    EXPECT_EQ(ws.selectedEvent, 1);
-    EXPECT_EQ(ws.screenStartBlock, 8);
-    EXPECT_FALSE(Go(NavCommand::NextEvent));  // the end: stay
-    EXPECT_EQ(ws.selectedEvent, 1);
-    EXPECT_TRUE(Go(NavCommand::PrevEvent));
-    EXPECT_EQ(ws.selectedEvent, 4);
-    EXPECT_TRUE(Go(NavCommand::PrevEvent));
-    EXPECT_EQ(ws.selectedEvent, 3);
-    EXPECT_TRUE(Go(NavCommand::LastEvent));
-    EXPECT_EQ(ws.selectedEvent, 1);
-
-    EXPECT_FALSE(Go(NavCommand::FirstInSequence));  // already on row 1 and its screen
+    using enum NavCommand;
+    Walk({{FirstEvent, true, 2, 0}, {NextEvent, true, 3, 4},
+          {NextEvent, true, 4},  // equal times: by row
+          {NextEvent, true, 1, 8}, {NextEvent, false, 1},  // the end: stay
+          {PrevEvent, true, 4}, {PrevEvent, true, 3}, {LastEvent, true, 1},
+          {FirstInSequence, false}});  // already on row 1 and its screen
     ws.selectedEvent = 3;
     ws.screenStartBlock = 4;
-    EXPECT_TRUE(Go(NavCommand::FirstInSequence));
-    EXPECT_EQ(ws.selectedEvent, 1);
-    EXPECT_EQ(ws.screenStartBlock, 8);
-    EXPECT_FALSE(Go(NavCommand::PrevInSequence));
-    EXPECT_TRUE(Go(NavCommand::NextInSequence));
-    EXPECT_EQ(ws.selectedEvent, 2);
-    EXPECT_EQ(ws.screenStartBlock, 0);
-    EXPECT_TRUE(Go(NavCommand::LastInSequence));
-    EXPECT_EQ(ws.selectedEvent, 4);
-    EXPECT_FALSE(Go(NavCommand::NextInSequence));
-    EXPECT_TRUE(Go(NavCommand::PrevInSequence));
-    EXPECT_EQ(ws.selectedEvent, 3);
+    Walk({{FirstInSequence, true, 1, 8}, {PrevInSequence, false}, {NextInSequence, true, 2, 0},
+          {LastInSequence, true, 4}, {NextInSequence, false}, {PrevInSequence, true, 3}});
 
     ws.events.Clear();
     ws.selectedEvent = 0;
-    for (auto c : {NavCommand::FirstEvent, NavCommand::NextEvent, NavCommand::LastInSequence,
-                   NavCommand::NextInSequence, NavCommand::FirstGrouped})
-        EXPECT_FALSE(Go(c));
+    Walk({{FirstEvent, false}, {NextEvent, false}, {LastInSequence, false}, {NextInSequence, false},
+          {FirstGrouped, false}});
 }
 
 TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
@@ -141,26 +120,16 @@ TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
 TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
     Fill({Event(10, 200, 2), Event(20, 400, 0), Event(30, 600, 1), Event(40, 800, 255),
           Event(50, 1000, 2)});
-    ws.settings.GroupNavigate = 0;  // all groups
-    EXPECT_TRUE(Go(NavCommand::FirstGrouped));
-    EXPECT_EQ(ws.selectedEvent, 1);
-    EXPECT_TRUE(Go(NavCommand::NextGrouped));
-    EXPECT_EQ(ws.selectedEvent, 3);
-    EXPECT_TRUE(Go(NavCommand::NextGrouped));
-    EXPECT_EQ(ws.selectedEvent, 4);  // rejected events have a group too
-    EXPECT_TRUE(Go(NavCommand::LastGrouped));
-    EXPECT_EQ(ws.selectedEvent, 5);
-    EXPECT_FALSE(Go(NavCommand::NextGrouped));
-
+    using enum NavCommand;
+    ws.settings.GroupNavigate = 0;  // all groups; rejected events have a group too
+    Walk({{FirstGrouped, true, 1}, {NextGrouped, true, 3}, {NextGrouped, true, 4},
+          {LastGrouped, true, 5}, {NextGrouped, false}});
     ws.settings.GroupNavigate = 2;
-    EXPECT_TRUE(Go(NavCommand::PrevGrouped));
-    EXPECT_EQ(ws.selectedEvent, 1);
-    EXPECT_FALSE(Go(NavCommand::PrevGrouped));
+    Walk({{PrevGrouped, true, 1}, {PrevGrouped, false}});
     ws.selectedEvent = 2;  // from an ungrouped event
-    EXPECT_TRUE(Go(NavCommand::NextGrouped));
-    EXPECT_EQ(ws.selectedEvent, 5);
+    Walk({{NextGrouped, true, 5}});
     ws.settings.GroupNavigate = 7;
-    EXPECT_FALSE(Go(NavCommand::FirstGrouped));
+    Walk({{FirstGrouped, false}});
 
     const auto items = GroupNavigationItems();
     ASSERT_EQ(items.size(), 256u);
@@ -174,11 +143,8 @@ TEST_F(NavigationView, NextEventInNextWindowSkipsEmptyScreens) {
     ws.settings.DisplayTotalNumberBlockPerScreen = 2;
     Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
     ws.selectedEvent = 2;
-    EXPECT_TRUE(Go(NavCommand::NextEventInNextWindow));
-    EXPECT_EQ(ws.selectedEvent, 1);  // screens 2..3 and 4..5 hold no event
-    EXPECT_EQ(ws.screenStartBlock, 6);
-    EXPECT_FALSE(Go(NavCommand::NextEventInNextWindow));
-    EXPECT_EQ(ws.screenStartBlock, 6);
+    // Screens 2..3 and 4..5 hold no event.
+    Walk({{NavCommand::NextEventInNextWindow, true, 1, 6}, {NavCommand::NextEventInNextWindow, false, -1, 6}});
 }
 
 TEST_F(NavigationView, JumpToTimeShowsTheScreenHoldingIt) {
@@ -261,18 +227,15 @@ TEST_F(NavigationView, JumpToEventNumber) {
 TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
     ws.settings.DisplayTotalNumberBlockPerScreen = 1;
     ws.settings.JumpInterval = 20;  // ms
-    EXPECT_TRUE(Go(NavCommand::NextTimeInterval));
-    EXPECT_EQ(ws.screenStartBlock, 1);  // 20 ms: block 1
-    EXPECT_TRUE(Go(NavCommand::NextTimeInterval));
-    EXPECT_EQ(ws.screenStartBlock, 2);  // 12.8 + 20 = 32.8 ms: block 2
-    ws.settings.JumpInterval = 5;       // shorter than a screen
-    EXPECT_TRUE(Go(NavCommand::NextTimeInterval));
-    EXPECT_EQ(ws.screenStartBlock, 3);
+    // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2.
+    Walk({{NavCommand::NextTimeInterval, true, -1, 1}, {NavCommand::NextTimeInterval, true, -1, 2}});
+    ws.settings.JumpInterval = 5;  // shorter than a screen
+    Walk({{NavCommand::NextTimeInterval, true, -1, 3}});
     ws.screenStartBlock = 9;
-    EXPECT_FALSE(Go(NavCommand::NextTimeInterval));  // past the data
+    Walk({{NavCommand::NextTimeInterval, false}});  // past the data
     ws.settings.JumpInterval = 0;
     ws.screenStartBlock = 0;
-    EXPECT_FALSE(Go(NavCommand::NextTimeInterval));
+    Walk({{NavCommand::NextTimeInterval, false}});
 }
 
 TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {

@@ -16,9 +16,7 @@ using test::DoubleExp;
 
 // A level of -500 counts with a square wave of +-10 counts (RMS 10 exactly)
 // and one large upward event on the first screen.
-struct NoiseFixture {
-    test::TraceFile file;
-    Workspace ws;
+struct NoiseFixture : test::TraceWorkspace {
     static std::vector<int16_t> Trace() {
         std::vector<int16_t> t(4096);
         for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? -490 : -510);
@@ -26,12 +24,7 @@ struct NoiseFixture {
         return t;
     }
     // Two counts per unit: levels and RMS come out in halves.
-    NoiseFixture() : file(Trace(), 2.0f) {
-        AbfError error = AbfError::None;
-        ws.recording = Recording::Open(file.rec->Path(), &error);
-        ws.params() = test::TestParams();
-        ws.params().ThresholdAmplitude = 100;
-    }
+    NoiseFixture() : TraceWorkspace(Trace(), 2.0f) { ws.params().ThresholdAmplitude = 100; }
 };
 
 TEST(ScreenNoise, StoredEventsAreLeftOut) {

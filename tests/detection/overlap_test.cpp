@@ -129,30 +129,6 @@ TEST(Overlap, WithoutComplexPeakTheEarlierPeakIsKeptOnce) {
     }
 }
 
-// The earlier-peak search does not take a bump that falls back too little:
-// a second event 60 samples after a small one whose trace falls back only 65
-// of its 300 counts keeps the large peak.
-TEST(DetectPrepeak, SmallFallKeepsTheCandidate) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 300});
-    AddEvent(trace, 660, DoubleExp{10, 100, 1000});
-    test::TraceFile file(trace);
-    const Screen screen(*file.rec, 0, 4);
-    const AnalysisParameters p = test::TestParams();
-    const Detector det(screen, p, *ConvertPeriods(p, 50));
-    const int64_t peak = 660 + kPeakDelay;
-    EXPECT_GE(det.DetectPrepeak(peak, det.GetAverageValue(peak)), peak);
-    // A full fall back (the small event 100 samples earlier and as large as
-    // the threshold allows) is an event of its own.
-    std::vector<int16_t> apart(2048, 0);
-    AddEvent(apart, 560, DoubleExp{10, 100, 600});
-    AddEvent(apart, 660, DoubleExp{10, 100, 1000});
-    test::TraceFile file2(apart);
-    const Screen screen2(*file2.rec, 0, 4);
-    const Detector det2(screen2, p, *ConvertPeriods(p, 50));
-    EXPECT_NEAR(det2.DetectPrepeak(peak, det2.GetAverageValue(peak)), 560 + kPeakDelay, 1);
-}
-
 // The earlier-peak search does not step onto the flank of a peak already
 // stored: with the floor just after it, the highest point left is that
 // flank, which is no peak.

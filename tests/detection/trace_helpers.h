@@ -10,6 +10,7 @@
 #include "recording/recording.h"
 #include "recording/rounding.h"
 #include "recording/settings.h"
+#include "recording/workspace.h"
 #include "support/test_recording.h"
 
 namespace vess::test {
@@ -63,6 +64,18 @@ struct TraceFile {
     explicit TraceFile(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f,
                        double intervalUs = 50)
         : rec(MakeRecording(dir / "trace.abf", samples, intervalUs, countsPerUnit)) {}
+};
+
+// A workspace on its own recording of the given samples, with the test
+// parameters.
+struct TraceWorkspace {
+    TraceFile file;
+    Workspace ws;
+    explicit TraceWorkspace(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f)
+        : file(samples, countsPerUnit) {
+        ws.recording = Recording::Open(file.rec->Path(), nullptr);
+        ws.params() = TestParams();
+    }
 };
 
 }  // namespace vess::test

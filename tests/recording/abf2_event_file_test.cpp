@@ -8,6 +8,7 @@
 
 #include "recording/abf_parse.h"
 #include "recording/event_file.h"
+#include "recording/file_io.h"
 #include "recording/file_list.h"
 #include "recording/le_bytes.h"
 #include "recording/open_recording.h"
@@ -15,6 +16,7 @@
 #include "recording/random_events.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/texts.h"
+#include "recording/workspace.h"
 #include "support/abf2_bytes.h"
 #include "support/test_recording.h"
 
@@ -86,23 +88,6 @@ TEST_F(Abf2EventFile, SavedFileCarriesAnAbfOneHeaderAndReadsBackByteForByte) {
     EXPECT_EQ(Slurp(dir / "again.EVT"), saved);
 }
 
-TEST_F(Abf2EventFile, MenuOpensTheEventsOfTheOpenAbf2Recording) {
-    Workspace ws;
-    ScriptedDialogs dialogs;
-    OpenWithEvents(ws, dialogs);
-    dialogs.AnswerSaveFile((dir / "cell.EVT").string());
-    ASSERT_TRUE(SaveEventFileCommand(ws, dialogs));
-    const EventTable saved = ws.events;
-
-    Workspace fresh;
-    ScriptedDialogs menu;
-    ASSERT_TRUE(OpenDataFile(fresh, dir / "cell.abf", menu));
-    menu.AnswerOpenFile((dir / "cell.EVT").string());
-    ASSERT_TRUE(OpenEventFileCommand(fresh, menu));
-    EXPECT_EQ(fresh.events, saved);
-    EXPECT_TRUE(menu.Messages().empty());
-}
-
 TEST_F(Abf2EventFile, ParameterFileCarriesTheSameHeaderCopy) {
     Workspace ws;
     ScriptedDialogs dialogs;
@@ -117,6 +102,81 @@ TEST_F(Abf2EventFile, ParameterFileCarriesTheSameHeaderCopy) {
     EXPECT_TRUE(std::equal(header.begin() + 410, header.begin() + 1178, bytes.begin() + 410));
     const ParameterFileContents read = ParseParameterFile(bytes, AnalysisParameters{});
     EXPECT_TRUE(read.hasProductTag);
+}
+
+using test::TempDir;
+
+// Opening from the file list changes the current folder: each test goes
+// back to where it started.
+class FileList : public ::testing::Test {
+protected:
+    std::filesystem::path cwd = std::filesystem::current_path();
+    void TearDown() override { std::filesystem::current_path(cwd); }
+};
+
+// An event file chosen in the file list opens its data file from the same
+// folder, then its events.
+TEST_F(FileList, EventFileOpensItsRecordingThenItsEvents) {
+    TempDir dir;
+    auto rec = test::MakeRecording(dir / "cell.abf", std::vector<int16_t>(4096, 0));
+    std::mt19937 rng(4);
+    EventTable table;
+    for (int k = 0; k < 6; ++k) table.Append(RandomRecord(rng, 1000));
+    ASSERT_EQ(WriteEventFile(dir / "cell.evt", rec->HeaderBytes(), AnalysisParameters{}, table,
+                             "cell.abf"),
+              "");
+    rec.reset();
+
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    EXPECT_TRUE(IsEventFileName(dir / "cell.evt"));
+    EXPECT_TRUE(IsEventFileName(dir / "CELL.Evt"));
+    EXPECT_FALSE(IsEventFileName(dir / "cell.abf"));
+    ASSERT_TRUE(OpenFromFileList(ws, dir / "cell.evt", dialogs));
+    ASSERT_TRUE(ws.recording);
+    EXPECT_EQ(ws.recording->FileName(), "cell.abf");
+    EXPECT_EQ(ws.events, table);
+    EXPECT_TRUE(dialogs.Messages().empty());
+}
+
+TEST_F(FileList, MissingDataFileOpensNothing) {
+    TempDir dir;
+    ASSERT_EQ(WriteEventFile(dir / "lost.EVT", BlankHeaderCopy(), AnalysisParameters{}, EventTable{},
+                             "gone.abf"),
+              "");
+    Workspace ws;
+    ScriptedDialogs dialogs;
+    EXPECT_FALSE(OpenFromFileList(ws, dir / "lost.EVT", dialogs));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].text,
+              "The original data file gone.abf does not exist in this directory.  Please make sure "
+              "the event file and the original data file are present in the same directory.");
+    EXPECT_FALSE(ws.recording);
+}
+
+// A damaged event file is refused before its data file is opened: the open
+// recording and its events stay, and nobody is asked to save them.
+TEST_F(FileList, ADamagedEventFileChangesNothing) {
+    TempDir dir;
+    auto cell = test::MakeRecording(dir / "cell.abf", std::vector<int16_t>(4096, 0));
+    auto bytes = BuildEventFile(cell->HeaderBytes(), AnalysisParameters{}, {}, "cell.abf");
+    cell.reset();
+    le::Put(std::span<uint8_t>(bytes), evt::kEventCount, int32_t(1000));  // far past the end
+    ASSERT_EQ(WriteFileAtomic(dir / "cell.EVT", bytes), "");
+
+    Workspace ws;
+    ws.recording = test::MakeRecording(dir / "other.abf", std::vector<int16_t>(2048, 5));
+    const Recording* open = ws.recording.get();
+    std::mt19937 rng(5);
+    for (int k = 0; k < 4; ++k) ws.events.Append(RandomRecord(rng, 1000));
+    const EventTable events = ws.events;
+    ScriptedDialogs dialogs;
+    EXPECT_FALSE(OpenFromFileList(ws, dir / "cell.EVT", dialogs));
+    ASSERT_EQ(dialogs.Transcript().size(), 1u);  // no question about saving
+    EXPECT_EQ(dialogs.Transcript()[0].caption, texts::kDamagedFileCaption);
+    EXPECT_EQ(dialogs.Transcript()[0].text.rfind("cell.EVT: ", 0), 0u);
+    EXPECT_EQ(ws.recording.get(), open);
+    EXPECT_EQ(ws.events, events);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 // Opening ABF 2 files through the dialogs: damaged sections are refused with
 // their own message and leave the open recording and its events as they were.
-#include <fstream>
-
 #include <gtest/gtest.h>
 
 #include "recording/abf2_layout.h"
@@ -10,6 +8,7 @@
 #include "recording/scripted_dialogs.h"
 #include "recording/texts.h"
 #include "support/abf2_bytes.h"
+#include "refusal_cases.h"
 #include "support/test_recording.h"
 
 namespace vess {
@@ -26,18 +25,8 @@ std::vector<uint8_t> ValidAbf2(int channels = 1) {
     return test::Abf2Bytes(writeSpec, samples);
 }
 
-template <class T>
-void Set(std::vector<uint8_t>& b, std::size_t offset, T value) {
-    le::Put<T>(std::span<uint8_t>(b), offset, value);
-}
-
-std::filesystem::path Save(const test::TempDir& dir, const std::string& name,
-                           const std::vector<uint8_t>& bytes) {
-    const auto p = dir / name;
-    std::ofstream(p, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-    return p;
-}
+using test::Save;
+using test::Set;
 
 constexpr std::size_t kAdcEntry0 = test::kAbf2AdcBlock * kBlockBytes;
 constexpr std::size_t kAdcEntry1 = kAdcEntry0 + 128;
@@ -52,12 +41,7 @@ TEST(OpenAbf2, DamagedSectionsAreRefusedWithTheirMessage) {
     const Recording* previous = ws.recording.get();
     ws.events.Append(EventRecord{});
     const auto damaged = texts::kDamagedAbfCaption;
-    struct Corruption {
-        const char* name;
-        std::function<void(std::vector<uint8_t>&)> apply;
-        std::string_view caption, text;
-    };
-    const std::vector<Corruption> cases = {
+    const test::Corruption cases[] = {
         {"floating point, cut short",
          [](auto& b) { Set<int16_t>(b, kDataFormat, 1); b.resize(100); },
          texts::kNotIntegerCaption, texts::kNotIntegerText},
@@ -112,27 +96,10 @@ TEST(OpenAbf2, DamagedSectionsAreRefusedWithTheirMessage) {
          },
          damaged, texts::kBadTagPointerText},
     };
-    for (const Corruption& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::vector<uint8_t> bytes = ValidAbf2();
-        c.apply(bytes);
-        dialogs.ClearTranscript();
-        dialogs.AnswerYesNo(false);  // do not save the event
-        EXPECT_FALSE(OpenDataFile(ws, Save(dir, "bad.abf", bytes), dialogs));
-        const auto messages = dialogs.Messages();
-        ASSERT_EQ(messages.size(), 1u);
-        EXPECT_EQ(messages[0].caption, c.caption);
-        // A damaged file's message goes on to name the file and the fault.
-        if (c.caption == damaged) {
-            EXPECT_EQ(messages[0].text.substr(0, c.text.size()), c.text);
-            EXPECT_NE(messages[0].text.find("\n\nbad.abf: "), std::string::npos) << messages[0].text;
-        } else {
-            EXPECT_EQ(messages[0].text, c.text);
-        }
+    test::ExpectEachRefused(ws, dialogs, dir, ValidAbf2(), cases, [&] {
         EXPECT_EQ(ws.recording.get(), previous);
         EXPECT_EQ(ws.events.Count(), 1);
-    }
-    EXPECT_TRUE(dialogs.AllAnswersUsed());
+    });
     std::filesystem::current_path(cwd);
 }
 
@@ -146,20 +113,6 @@ TEST(OpenAbf2, TwoChannelsOnOneAdcAreRefused) {
     EXPECT_EQ(detail, "channels 0 and 1 both sample ADC 0");
     EXPECT_EQ(RefusalFor(error, "dup.abf", detail).text,
               texts::WithReason(texts::kDuplicateAdcText, "dup.abf", detail));
-}
-
-TEST(OpenAbf2, SeveralChannelsAskForTheChannel) {
-    test::TempDir dir;
-    const auto cwd = std::filesystem::current_path();
-    Workspace ws;
-    ScriptedDialogs dialogs;
-    dialogs.AnswerInput("1");
-    ASSERT_TRUE(OpenDataFile(ws, Save(dir, "two.abf", ValidAbf2(2)), dialogs));
-    EXPECT_EQ(ws.recording->Channel(), 1);
-    EXPECT_EQ(ws.recording->Sample(0), 1);  // the second sample of the first frame
-    ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].text, texts::ChannelPrompt(2));
-    std::filesystem::current_path(cwd);
 }
 
 }  // namespace

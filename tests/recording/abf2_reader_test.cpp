@@ -236,18 +236,27 @@ TEST(Abf2Bytes, HeaderCopyIsAnAbfOneHeaderWithTheSameScaling) {
     }
 }
 
+SweepLayout Layout(int16_t mode, int64_t samplesPerSweep, int64_t sweeps, std::vector<int64_t> sweepSamples = {}) {
+    SweepLayout l;
+    l.operationMode = mode;
+    l.samplesPerSweep = samplesPerSweep;
+    l.sweeps = sweeps;
+    l.sweepSamples = std::move(sweepSamples);
+    return l;
+}
+
 // Episodic sweeps of one length start every samplesPerSweep / channels
 // points; variable-length sweeps follow their own lengths; a layout that does
 // not fit the points leaves one sweep.
 TEST(SweepStarts, FollowTheSweepLayout) {
-    SweepLayout fixed{5, 8, 3, {}};
+    const SweepLayout fixed = Layout(5, 8, 3);
     EXPECT_EQ(FindSweepStarts(fixed, 2, 12), (std::vector<int64_t>{0, 4, 8}));
     EXPECT_EQ(FindSweepStarts(fixed, 2, 13), std::vector<int64_t>{0});
-    SweepLayout gapFree{3, 8, 3, {}};
+    const SweepLayout gapFree = Layout(3, 8, 3);
     EXPECT_EQ(FindSweepStarts(gapFree, 2, 12), std::vector<int64_t>{0});
-    SweepLayout variable{1, 0, 3, {6, 10, 4}};
+    const SweepLayout variable = Layout(1, 0, 3, {6, 10, 4});
     EXPECT_EQ(FindSweepStarts(variable, 2, 10), (std::vector<int64_t>{0, 3, 8}));
-    SweepLayout broken{1, 0, 2, {0, 4}};
+    const SweepLayout broken = Layout(1, 0, 2, {0, 4});
     EXPECT_EQ(FindSweepStarts(broken, 2, 10), std::vector<int64_t>{0});
 }
 

@@ -3,6 +3,7 @@
 
 #include "recording/abf_layout.h"
 #include "recording/abf_writer.h"
+#include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
 #include "support/test_recording.h"
@@ -87,43 +88,104 @@ protected:
     }
 };
 
-TEST_F(AdditionalGain, OldFilesUseTheAutosampleFields) {
-    Set<float>(abf::kFileVersionNumber, 1.64f);
-    Set<int16_t>(abf::kAutosampleEnable, 1);
-    Set<int16_t>(abf::kAutosampleADCNum, 1);
-    Set<float>(abf::kAutosampleAdditGain, 3.0f);
-    Set<float>(abf::kTelegraphAdditGain + 4, 7.0f);  // ignored before 1.65
-    EXPECT_FLOAT_EQ(GainOf(0), 1.0f);  // the gain belongs to ADC 1
-    EXPECT_FLOAT_EQ(GainOf(1), 3.0f);
-    Set<int16_t>(abf::kAutosampleEnable, 0);
-    EXPECT_FLOAT_EQ(GainOf(1), 1.0f);  // autosample off
-    Set<int16_t>(abf::kAutosampleEnable, 1);
-    Set<float>(abf::kAutosampleAdditGain, 0.0f);
-    EXPECT_FLOAT_EQ(GainOf(1), 1.0f);  // a gain of 0 is not applied
+// Which additional gain applies, by version: before 1.65 the autosample gain
+// of the autosample ADC; from 1.65 the telegraph gain of each channel's ADC;
+// either only with autosample enabled and a gain above 0. A 1.83 file without
+// its extended header (data right after 2048 bytes: the bytes at 4576 are
+// samples) keeps the autosample gain.
+TEST_F(AdditionalGain, FollowsTheVersionAndTheAutosampleFields) {
+    struct Case {
+        const char* name;
+        float version;
+        int16_t enable, adcNum;
+        float autosampleGain, telegraph0, telegraph1;
+        int32_t dataBlock;
+        float gain0, gain1;
+    };
+    const Case cases[] = {
+        {"1.64: the autosample ADC's", 1.64f, 1, 1, 3, 0, 7, 0, 1, 3},
+        {"1.64, autosample off", 1.64f, 0, 1, 3, 0, 7, 0, 1, 1},
+        {"1.64, a gain of 0", 1.64f, 1, 1, 0, 0, 7, 0, 1, 1},
+        {"1.65: each channel's telegraph", 1.65f, 1, 1, 3, 5, 7, 0, 5, 7},
+        {"1.65, autosample off", 1.65f, 0, 1, 3, 5, 7, 0, 1, 1},
+        {"1.83 without extended header", 1.83f, 1, 0, 2, 9, 9, 4, 2, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        SetUp();
+        Set<float>(abf::kFileVersionNumber, c.version);
+        Set<int16_t>(abf::kAutosampleEnable, c.enable);
+        Set<int16_t>(abf::kAutosampleADCNum, c.adcNum);
+        Set<float>(abf::kAutosampleAdditGain, c.autosampleGain);
+        Set<float>(abf::kTelegraphAdditGain + 0, c.telegraph0);
+        Set<float>(abf::kTelegraphAdditGain + 4, c.telegraph1);
+        if (c.dataBlock) Set<int32_t>(abf::kDataSectionPtr, c.dataBlock);
+        EXPECT_FLOAT_EQ(GainOf(0), c.gain0);
+        if (!c.dataBlock) {
+            EXPECT_FLOAT_EQ(GainOf(1), c.gain1);
+        }
+    }
 }
 
-TEST_F(AdditionalGain, From165OnTheTelegraphGainOfTheChannelsAdcApplies) {
-    Set<float>(abf::kFileVersionNumber, 1.65f);
-    Set<int16_t>(abf::kAutosampleEnable, 1);
-    Set<int16_t>(abf::kAutosampleADCNum, 1);
-    Set<float>(abf::kAutosampleAdditGain, 3.0f);
-    Set<float>(abf::kTelegraphAdditGain + 0, 5.0f);
-    Set<float>(abf::kTelegraphAdditGain + 4, 7.0f);
-    EXPECT_FLOAT_EQ(GainOf(0), 5.0f);
-    EXPECT_FLOAT_EQ(GainOf(1), 7.0f);
-    Set<int16_t>(abf::kAutosampleEnable, 0);
-    EXPECT_FLOAT_EQ(GainOf(0), 1.0f);  // still only with autosample enabled
+// The writer's files read back through the reader (itself checked against the
+// real recordings), and the requests it refuses.
+TEST(AbfWriter, ThreeChannelsRoundTripThroughTheReader) {
+    test::TempDir dir;
+    AbfWriteSpec writeSpec = test::MakeSpec(30.0, 2.0f);  // 10 us a sample in the stream
+    AbfChannelSpec mv;
+    mv.name = "Vm";
+    mv.units = "mV";
+    mv.instrumentScaleFactor = 0.01f;
+    mv.signalOffset = 1.5f;
+    mv.instrumentOffset = -0.5f;
+    writeSpec.channels.push_back(mv);
+    writeSpec.channels.push_back(mv);
+    writeSpec.comment = "round trip";
+    // 700 frames: not a whole number of 256-point blocks.
+    std::vector<int16_t> samples;
+    for (int i = 0; i < 700; ++i)
+        for (int v : {i - 350, -32768 + i, 32767 - i}) samples.push_back(int16_t(v));
+    ASSERT_EQ(WriteAbf(dir / "three.abf", writeSpec, samples), "");
+
+    AbfError error{};
+    auto rec = Recording::Open(dir / "three.abf", &error);
+    ASSERT_TRUE(rec) << int(error);
+    EXPECT_EQ(rec->ChannelCount(), 3);
+    EXPECT_DOUBLE_EQ(rec->IntervalUs(), 30.0);
+    EXPECT_EQ(rec->PointsPerChannel(), 700);
+    EXPECT_EQ(rec->BlockCount(), 3);  // 700 / 256 = 2.73 rounds to 3
+    EXPECT_EQ(rec->Header().fileComment.substr(0, 10), "round trip");
+    EXPECT_EQ(rec->Units(), "pA");
+    EXPECT_FLOAT_EQ(rec->Bit2pA(-350), -175.0f);  // 2 counts a unit
+    rec->SetChannel(1);
+    EXPECT_EQ(rec->Units(), "mV");
+    EXPECT_FLOAT_EQ(rec->Offset(), 1.0f);
+    for (uint8_t c = 0; c < 3; ++c) {
+        rec->SetChannel(c);
+        std::vector<int16_t> back(700);
+        rec->ReadSamples(0, back);
+        for (std::size_t i = 0; i < back.size(); ++i)
+            ASSERT_EQ(back[i], samples[3 * i + c]) << "channel " << int(c) << " point " << i;
+    }
 }
 
-TEST_F(AdditionalGain, AVersion165FileWithoutItsExtendedHeaderKeepsTheAutosampleGain) {
-    // Data right after a 2048-byte header: the bytes at 4576 are samples.
-    Set<float>(abf::kFileVersionNumber, 1.83f);
-    Set<int32_t>(abf::kDataSectionPtr, 4);
-    Set<int16_t>(abf::kAutosampleEnable, 1);
-    Set<int16_t>(abf::kAutosampleADCNum, 0);
-    Set<float>(abf::kAutosampleAdditGain, 2.0f);
-    Set<float>(abf::kTelegraphAdditGain, 9.0f);
-    EXPECT_FLOAT_EQ(GainOf(0), 2.0f);
+TEST(AbfWriter, RefusesImpossibleRequestsAndLeavesTheTargetAlone) {
+    test::TempDir dir;
+    const auto file = dir / "keep.abf";
+    const std::vector<int16_t> samples{1, 2, 3, 4};
+    ASSERT_EQ(WriteAbf(file, test::MakeSpec(50), samples), "");
+    const auto before = ReadFileBytes(file);
+    AbfWriteSpec none = test::MakeSpec(50), two = none, seventeen = none;
+    none.channels.clear();
+    two.channels.resize(2);
+    seventeen.channels.resize(17);
+    EXPECT_NE(WriteAbf(file, none, samples), "");
+    EXPECT_NE(WriteAbf(file, two, std::vector<int16_t>{1, 2, 3}), "");  // not whole frames
+    EXPECT_NE(WriteAbf(file, seventeen, std::vector<int16_t>(17)), "");
+    EXPECT_NE(WriteAbf(file, test::MakeSpec(0), samples), "");
+    EXPECT_NE(WriteAbf(dir / "no-such-folder" / "x.abf", test::MakeSpec(50), samples), "");
+    EXPECT_EQ(ReadFileBytes(file), before);
+    EXPECT_FALSE(std::filesystem::exists(dir / "keep.abf.tmp"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -21,13 +22,12 @@ SynthOptions Short() {
 }
 
 TEST(Synth, SameSeedSameRecordingOtherSeedAnother) {
-    const auto a = Synthesise(Short());
-    const auto b = Synthesise(Short());
-    EXPECT_EQ(a.samples, b.samples);
-    ASSERT_EQ(a.events.size(), b.events.size());
-    SynthOptions other = Short();
-    other.seed = 8;
-    EXPECT_NE(Synthesise(other).samples, a.samples);
+    SynthOptions o = Short();
+    o.seconds = 2;
+    const auto a = Synthesise(o);
+    EXPECT_EQ(Synthesise(o).samples, a.samples);
+    o.seed = 8;
+    EXPECT_NE(Synthesise(o).samples, a.samples);
 }
 
 TEST(Synth, EventsFollowTheRequestedStatistics) {
@@ -106,19 +106,18 @@ TEST(Synth, WritesAnOpenableFileAndTheTrueEventsBesideIt) {
 }
 
 TEST(Synth, RefusesOptionsThatMakeNoRecording) {
-    SynthOptions o;
-    o.seconds = 0;
-    EXPECT_NE(CheckSynthOptions(o), "");
-    o = {};
-    o.direction = 0;
-    EXPECT_NE(CheckSynthOptions(o), "");
-    o = {};
-    o.riseTauMs = 6;  // slower than the decay
-    EXPECT_NE(CheckSynthOptions(o), "");
-    o = {};
-    o.eventsPerSecond = 200;  // one per 5 ms, under the 8 ms dead time
-    EXPECT_NE(CheckSynthOptions(o), "");
     EXPECT_EQ(CheckSynthOptions(SynthOptions{}), "");
+    const std::function<void(SynthOptions&)> bad[] = {
+        [](SynthOptions& o) { o.seconds = 0; },
+        [](SynthOptions& o) { o.direction = 0; },
+        [](SynthOptions& o) { o.riseTauMs = 6; },          // slower than the decay
+        [](SynthOptions& o) { o.eventsPerSecond = 200; },  // one per 5 ms, under the 8 ms dead time
+    };
+    for (std::size_t k = 0; k < std::size(bad); ++k) {
+        SynthOptions o;
+        bad[k](o);
+        EXPECT_NE(CheckSynthOptions(o), "") << k;
+    }
 }
 
 TEST(TemplateHeader, WrittenOnceWhenMissingAndKeptAfterwards) {

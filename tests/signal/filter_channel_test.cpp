@@ -6,6 +6,7 @@
 
 #include "recording/rounding.h"
 #include "recording/screen.h"
+#include "recording/scripted_dialogs.h"
 #include "signal/filter_channel.h"
 #include "signal/filter_commands.h"
 #include "signal/sos_runner.h"
@@ -149,24 +150,15 @@ TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
 
     SetDetectOnFiltered(ws, true);
     EXPECT_FALSE(DetectsOnFiltered(ws));  // nothing applied yet
-    class Silent : public Dialogs {
-    public:
-        std::string last;
-        void Message(const std::string&, const std::string& t) override { last = t; }
-        bool AskYesNo(const std::string&, const std::string&) override { return false; }
-        Answer AskYesNoCancel(const std::string&, const std::string&) override { return Answer::Cancel; }
-        bool AskOkCancel(const std::string&, const std::string&) override { return false; }
-        std::optional<std::string> Input(const std::string&, const std::string&, const std::string&) override { return {}; }
-        std::optional<std::string> OpenFile(const FileDialogRequest&) override { return {}; }
-        std::optional<std::string> SaveFile(const FileDialogRequest&) override { return {}; }
-    } dialogs;
+    ScriptedDialogs dialogs;
     ASSERT_TRUE(ApplyFilterCommand(ws, dialogs, choice));
     EXPECT_TRUE(DetectsOnFiltered(ws));
     SetDetectOnFiltered(ws, false);
     EXPECT_FALSE(DetectsOnFiltered(ws));
     choice.cutoffHz = 10000;  // fs/2 exactly
     EXPECT_FALSE(ApplyFilterCommand(ws, dialogs, choice));
-    EXPECT_NE(dialogs.last.find("10000 Hz cannot be used"), std::string::npos) << dialogs.last;
+    ASSERT_FALSE(dialogs.Messages().empty());
+    EXPECT_NE(dialogs.Messages().back().text.find("10000 Hz cannot be used"), std::string::npos);
     EXPECT_EQ(ws.settings.FilterFreq, "750");  // the refused value is not stored
 }
 

@@ -7,11 +7,15 @@
 #include <cmath>
 #include <numbers>
 #include <random>
+#include <thread>
+#include <vector>
 
+#include "detection/fft_convolution.h"
+#include "hrv/spectrum.h"
 #include "signal/noise_measures.h"
-#include "support/test_recording.h"
 #include "signal/trace_tools.h"
 #include "signal/welch_spectrum.h"
+#include "support/test_recording.h"
 
 namespace vess {
 namespace {
@@ -78,7 +82,7 @@ TEST(NoiseMeasures, MeasuredInPiecesEqualsMeasuredWhole) {
     for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i] = int16_t(std::clamp(std::nearbyint(noise(gen) + 2000 * std::sin(i / 500.0)), -32768.0, 32767.0));
     const auto rec = test::MakeRecording(dir / "n.abf", samples, 50, 3.0f);
-    for (const auto [first, count] : {std::pair<int64_t, int64_t>{0, 20011}, {17, 10000}, {19000, 5000}}) {
+    for (const auto& [first, count] : {std::pair<int64_t, int64_t>{0, 20011}, {17, 10000}, {19000, 5000}}) {
         const TraceStretch whole = ReadStretch(*rec, first, count);
         const auto expected = MeasureNoise(whole.values, whole.intervalMs);
         const auto pieces = MeasureRecordingNoise(*rec, first, count, 999);
@@ -135,6 +139,43 @@ TEST(TraceTools, VarianceMeanOverARunningWindow) {
     }
     EXPECT_TRUE(VarianceMeanTrace(std::vector<double>{1, 2}, 3).x.empty());
     EXPECT_TRUE(VarianceMeanTrace(std::vector<double>{1, 2}, 1).x.empty());
+}
+
+// Two threads planning FFTs at once through the two paths that plan them:
+// the convolver of detection (batch and accuracy-check workers) and the
+// Welch estimate of the noise and heart-rate spectra (the GUI thread). An
+// unlocked planner corrupts FFTW's heap within a few hundred plans.
+TEST(FftPlanner, ConvolversAndSpectraPlannedOnTwoThreadsAtOnce) {
+    constexpr int kRounds = 2000;
+    int convolutionErrors = 0, spectrumErrors = 0;
+    std::thread convolving([&] {
+        for (int r = 0; r < kRounds; ++r) {
+            // A causal filter of 3 + r % 40 taps over a delta gives the taps
+            // back, one after the other.
+            std::vector<double> taps(std::size_t(3 + r % 40));
+            for (std::size_t k = 0; k < taps.size(); ++k) taps[k] = double(k + 1);
+            FftConvolver conv(taps, 0);
+            std::vector<double> input(taps.size() * 2 - 1, 0.0), output;
+            input[taps.size() - 1] = 1;
+            conv.Filter(input, output);
+            for (std::size_t i = 0; i < output.size(); ++i)
+                if (std::abs(output[i] - taps[i]) > 1e-9) ++convolutionErrors;
+        }
+    });
+    for (int r = 0; r < kRounds; ++r) {
+        // A sine at bin 4 of a window of 16 + r points: its density peaks
+        // at bin 4 whatever the window length. Each length is new to the
+        // planner, so every round plans afresh.
+        const int n = 16 + r;
+        std::vector<double> y(static_cast<std::size_t>(n));
+        for (int i = 0; i < n; ++i) y[std::size_t(i)] = std::sin(2 * std::numbers::pi * 4 * i / n);
+        const hrv::SpectrumResult s = hrv::WelchDensity(y, 1.0, n, 0);
+        const auto peak = std::max_element(s.densityMs2PerHz.begin(), s.densityMs2PerHz.end());
+        if (peak - s.densityMs2PerHz.begin() != 4) ++spectrumErrors;
+    }
+    convolving.join();
+    EXPECT_EQ(convolutionErrors, 0);
+    EXPECT_EQ(spectrumErrors, 0);
 }
 
 }  // namespace

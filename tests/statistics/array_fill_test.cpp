@@ -5,6 +5,7 @@
 
 #include "recording/event_grid.h"
 #include "recording/scripted_dialogs.h"
+#include "statistics/array_entry.h"
 #include "statistics/array_fill.h"
 #include "statistics/math_operation.h"
 #include "stats_fixture.h"
@@ -81,16 +82,6 @@ TEST_F(ArrayFillTest, ConversionsGiveTheGridsValues) {
     EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Area), -7.25f);
     EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::PeakDirection), -1.0f);
     EXPECT_EQ(ArrayFieldValue(r, e, ArrayField::Time, 1000.0), 1010.0f);
-}
-
-TEST(ArrayFieldNames, CaptionsLowerCaseWithoutSpaces) {
-    EXPECT_EQ(ArrayFieldFromName("amplitude"), ArrayField::Amplitude);
-    EXPECT_EQ(ArrayFieldFromName("rise10-90"), ArrayField::Rise1090);
-    EXPECT_EQ(ArrayFieldFromName("timetorise"), ArrayField::RiseTime);
-    EXPECT_EQ(ArrayFieldFromName("burstevent#"), ArrayField::BurstEventNumber);
-    EXPECT_EQ(ArrayFieldFromName("relativetime"), ArrayField::RelativeTime);
-    EXPECT_FALSE(ArrayFieldFromName("Amplitude"));
-    EXPECT_EQ(ArrayFieldCaption(ArrayField::BurstEventNumber), "Burst Event #");
 }
 
 TEST_F(ArrayFillTest, TimeAsksForAConstantAndCancelChangesNothing) {
@@ -172,11 +163,23 @@ TEST_F(ArrayFillTest, DivisionByZeroGivesInfinityAndSaysSo) {
     EXPECT_NE(dialogs.Messages()[1].text.find("3 of the results"), std::string::npos);
 }
 
-TEST(MathTexts, SelectorsKeepTheirSpelling) {
-    EXPECT_EQ(MathOperationCaption(MathOperation::Multiply), "Muliply");
-    EXPECT_EQ(MathOperandCaption(MathOperand::InterEventInterval), "Inter-event Interval");
-    EXPECT_TRUE(IsUnary(MathOperation::Squared));
-    EXPECT_FALSE(IsUnary(MathOperation::Divide));
+TEST(ParseTypedValue, ReadsWhatTheGridShowsAndRefusesText) {
+    EXPECT_EQ(ParseTypedValue("1,234.500"), 1234.5);  // the grid's "#,##0.000" read back
+    EXPECT_EQ(ParseTypedValue(" -0.25 "), -0.25);
+    EXPECT_EQ(ParseTypedValue("2e3"), 2000.0);
+    for (const char* text : {"", "abc", "1.5x", "nan"}) EXPECT_FALSE(ParseTypedValue(text)) << text;
+}
+
+TEST(SetArrayElement, OverwritesInsideAndGrowsWithZerosPastTheEnd) {
+    DataArray a;  // cleared: upper bound 1, element 1 = 0
+    SetArrayElement(a, 1, 5.0f);
+    EXPECT_EQ(a.UpperBound(), 1);
+    EXPECT_EQ(a[1], 5.0f);
+    // Row 4 of a one-element array: elements 2 and 3 appear as 0.
+    SetArrayElement(a, 4, 7.0f);
+    SetArrayElement(a, 0, 9.0f);  // element 0 is not a value
+    EXPECT_EQ(std::vector<float>(a.Values().begin(), a.Values().end()), (std::vector<float>{5, 0, 0, 7}));
+    EXPECT_EQ(a[0], 0.0f);
 }
 
 }  // namespace

@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <random>
 
 #include "recording/scripted_dialogs.h"
+#include "recording/workspace.h"
 #include "statistics/binning.h"
+#include "statistics/correlogram.h"
 #include "statistics/histogram.h"
 #include "stats_fixture.h"
 
@@ -12,36 +17,40 @@ namespace {
 
 using test::TempDir;
 
-TEST(BinRule, ValuesFallIntoBinsRoundedDown) {
-    // 0.5 -> bin 0; 1.0 and 1.5 -> bin 1.
-    const std::vector<double> v = {0.5, 1.0, 1.5};
-    const BinnedCounts b = CountIntoBins(v, 1.0);
-    EXPECT_EQ(b.lowestBin, 0);
-    EXPECT_EQ(b.counts, (std::vector<int32_t>{1, 2}));
-    // -0.5 falls in bin -1, left edge -1 (not in bin 0 as truncation would put it).
-    const std::vector<double> negative = {-0.5, 0.25};
-    const BinnedCounts n = CountIntoBins(negative, 1.0);
-    EXPECT_EQ(n.lowestBin, -1);
-    EXPECT_EQ(n.LeftEdge(0, 1.0), -1.0);
-    EXPECT_EQ(n.counts, (std::vector<int32_t>{1, 1}));
-}
-
-TEST(BinRule, NonFiniteValuesAreLeftOut) {
-    const std::vector<double> v = {INFINITY, 2.5, NAN, -INFINITY, 2.7};
-    const BinnedCounts b = CountIntoBins(v, 1.0);
-    EXPECT_FALSE(b.tooManyBins);
-    EXPECT_EQ(b.lowestBin, 2);
-    EXPECT_EQ(b.counts, (std::vector<int32_t>{2}));
+// Bins are floor(value / bin size); values that are not finite are left out.
+TEST(BinRule, ValuesFallIntoBinsRoundedDownAndNonFiniteOnesAreLeftOut) {
+    struct Case {
+        std::vector<double> values;
+        int64_t lowestBin;
+        std::vector<int32_t> counts;
+    };
+    const Case cases[] = {
+        {{0.5, 1.0, 1.5}, 0, {1, 2}},
+        {{-0.5, 0.25}, -1, {1, 1}},  // truncation would put -0.5 in bin 0
+        {{INFINITY, 2.5, NAN, -INFINITY, 2.7}, 2, {2}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.values));
+        const BinnedCounts b = CountIntoBins(c.values, 1.0);
+        EXPECT_FALSE(b.tooManyBins);
+        EXPECT_EQ(b.lowestBin, c.lowestBin);
+        EXPECT_EQ(b.counts, c.counts);
+    }
+    EXPECT_EQ(CountIntoBins(std::vector<double>{-0.5}, 1.0).LeftEdge(0, 1.0), -1.0);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{NAN}, 1.0).counts.empty());
 }
 
-TEST(BinRule, SixtyThousandBinsAndNoMore) {
-    const std::vector<double> over = {0, 60000};  // 60001 bins
-    EXPECT_TRUE(CountIntoBins(over, 1.0).tooManyBins);
-    const std::vector<double> limit = {0, 59999.5};  // exactly 60000 bins
-    const BinnedCounts b = CountIntoBins(limit, 1.0);
-    EXPECT_FALSE(b.tooManyBins);
-    EXPECT_EQ(b.counts.size(), 60000u);
+// At most 60000 bins, counted before any conversion to integers: a bin size
+// that is not a finite positive number, or a value too large for an exact bin
+// number, is refused rather than saturated into one bin or a wrong edge.
+TEST(BinRule, SixtyThousandBinsAndNoSaturation) {
+    EXPECT_EQ(CountIntoBins(std::vector<double>{0, 59999.5}, 1.0).counts.size(), 60000u);
+    EXPECT_TRUE(CountIntoBins(std::vector<double>{0, 60000}, 1.0).tooManyBins);
+    EXPECT_TRUE(CountIntoBins(std::vector<double>{1e20}, 1.0).tooManyBins);
+    const std::vector<double> values{100, 200, 300};
+    for (double binSize : {100.0, 0.01}) EXPECT_FALSE(CountIntoBins(values, binSize).tooManyBins) << binSize;
+    for (double binSize : {1e-17, 1e-19, double(INFINITY), double(NAN), 0.0, -1.0})
+        EXPECT_TRUE(CountIntoBins(values, binSize).tooManyBins) << binSize;
 }
 
 TEST(Histograms, KindsTitlesAndAxes) {
@@ -69,15 +78,6 @@ TEST(Histograms, KindsTitlesAndAxes) {
     // The frequency title is cut to 80 characters.
     const std::string longName(100, 'x');
     EXPECT_EQ(MakeHistogram(HistogramKind::Frequency, v, 1.0, longName, "").plot.title.size(), 80u);
-}
-
-TEST(Histograms, CodesCarrySourceAndKind) {
-    EXPECT_EQ(DecodeHistogramCode(14)->source, HistogramSource::DataArray1);
-    EXPECT_EQ(DecodeHistogramCode(35)->kind, HistogramKind::CumulativeBins);
-    EXPECT_EQ(DecodeHistogramCode(55)->source, HistogramSource::DataArray2);
-    EXPECT_EQ(DecodeHistogramCode(61)->kind, HistogramKind::Inverse);
-    EXPECT_EQ(DecodeHistogramCode(75)->source, HistogramSource::DataArray2);
-    for (int bad : {0, 16, 20, 36, 76, -1}) EXPECT_FALSE(DecodeHistogramCode(bad)) << bad;
 }
 
 using HistogramCommandTest = test::FiveEventsTest;
@@ -188,6 +188,73 @@ TEST(NoiseHistogram, SamplesBetweenTheCursors) {
         "of baseline with the two vertical cursors and set the amplitude range with the two horizontal cursors.  "
         "Please enter the bin size for Noise Amplitude in "));
     EXPECT_EQ(plot->yAxis, "Number of Events");
+}
+
+TEST(Correlogram, ThreeEqualTimesGiveThreeZeroDifferences) {
+    const std::vector<double> x = {5, 5, 5};
+    const Correlogram c = AutoCorrelogram(x, 1.0, 10);
+    EXPECT_EQ(c.firstBin, 0);
+    ASSERT_EQ(c.counts.size(), 11u);
+    EXPECT_EQ(c.counts[0], 3);
+    EXPECT_EQ(std::accumulate(c.counts.begin(), c.counts.end(), 0.0), 3);
+}
+
+TEST(Correlogram, CrossBinsRunFromMinusToPlusMaximum) {
+    const std::vector<double> a = {0}, b = {-2, -0.5, 0.5, 2, 2.5};
+    const Correlogram c = CrossCorrelogram(a, b, 1.0, 2);
+    EXPECT_EQ(c.firstBin, -2);
+    // -2 -> bin -2, -0.5 -> bin -1, 0.5 -> bin 0, 2 -> bin 2 (at the range), 2.5 outside.
+    EXPECT_EQ(c.counts, (std::vector<double>{1, 1, 1, 0, 1}));
+    const PlotData p = CrossCorrelogramPlot(c, 2, 1.0, "ms");
+    EXPECT_EQ(p.title, " Cross-correlogram of Array#2 against Array #1  bin size=1");
+    EXPECT_EQ(p.yAxis, "Cross-correlation");
+    EXPECT_EQ(p.series[0].x.front(), -2.0);
+}
+
+TEST(Correlogram, MovingWindowCountsEqualThePairwiseDefinition) {
+    std::mt19937_64 rng(20240601);
+    std::uniform_real_distribution<double> time(0, 2000);
+    std::uniform_int_distribution<int> grid(0, 400);
+    for (int round = 0; round < 4; ++round) {
+        std::vector<double> a(700), b(500);
+        // Half the rounds on a coarse grid, so that many differences land
+        // exactly on bin edges and on the range limit.
+        for (double& v : a) v = round % 2 ? time(rng) : grid(rng) * 0.5;
+        for (double& v : b) v = round % 2 ? time(rng) : grid(rng) * 0.5;
+        const double bin = round % 2 ? 0.7 : 0.5;
+        const int64_t maxBins = 40;
+        EXPECT_EQ(AutoCorrelogram(a, bin, maxBins).counts, AutoCorrelogramPairwise(a, bin, maxBins).counts);
+        EXPECT_EQ(CrossCorrelogram(a, b, bin, maxBins).counts, CrossCorrelogramPairwise(a, b, bin, maxBins).counts);
+        std::sort(a.begin(), a.end());  // event times come sorted
+        EXPECT_EQ(AutoCorrelogram(a, bin, maxBins).counts, AutoCorrelogramPairwise(a, bin, maxBins).counts);
+    }
+}
+
+TEST(Correlogram, CommandAsksItsQuestionsAndNormalises) {
+    Workspace ws;
+    std::vector<float> x = {0, 1, 2, 4};
+    ws.array1.Assign(x);
+    ScriptedDialogs dialogs;
+    dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("3").AnswerYesNo(true);
+    const auto plot = AutoCorrelogramCommand(ws, dialogs, 1);
+    ASSERT_TRUE(plot);
+    const auto& t = dialogs.Transcript();
+    EXPECT_EQ(t[1].text, "Please enter the bin size for Interval in ms.");
+    EXPECT_EQ(t[2].caption, "Maximum Number of Bin");
+    EXPECT_EQ(t[3].caption, "Normalize");
+    EXPECT_EQ(t[3].text, "Do you want to normalize by the total number of events?");
+    // Differences 1, 2, 4, 1, 3, 2 within 3 ms: bins 1: 2, 2: 2, 3: 1; over 4 elements.
+    EXPECT_EQ(plot->series[0].y, (std::vector<double>{0, 0.5, 0.5, 0.25}));
+    EXPECT_EQ(plot->title, " Auto-correlogram of Array#1  bin size=1");
+    EXPECT_EQ(plot->yAxis, "Auto-correlation");
+
+    dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("60001");
+    EXPECT_FALSE(CrossCorrelogramCommand(ws, dialogs, 1));  // Array #2 empty: nothing asked
+    ws.array2.Assign(x);
+    EXPECT_FALSE(CrossCorrelogramCommand(ws, dialogs, 1));
+    EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
+    EXPECT_TRUE(dialogs.Transcript()[dialogs.Transcript().size() - 2].text.find("upper and lower range") !=
+                std::string::npos);
 }
 
 }  // namespace

@@ -85,21 +85,6 @@ TEST(NotMeasured, ColumnStatisticsAndHistogramsSayWhatTheyLeftOut) {
               std::string::npos);
 }
 
-// Bins are counted before any conversion to integers: a tiny bin must not
-// saturate into one bin, and a bin that is not a finite positive number is
-// refused.
-TEST(BinRule, ExtremeBinSizesAreRefusedNotSaturated) {
-    const std::vector<double> values{100, 200, 300};
-    struct Case {
-        double binSize;
-        bool refused;
-    } cases[] = {{100, false}, {0.01, false}, {1e-17, true}, {1e-19, true}, {kInf, true}, {kNaN, true},
-                 {0, true}, {-1, true}};
-    for (const Case& c : cases) EXPECT_EQ(CountIntoBins(values, c.binSize).tooManyBins, c.refused) << c.binSize;
-    // One value too large for an exact bin number is refused rather than put at a wrong edge.
-    EXPECT_TRUE(CountIntoBins(std::vector<double>{1e20}, 1).tooManyBins);
-}
-
 // "All events" (group 0) leaves out rejected events; 255 picks them.
 using Sources = test::FiveEventsTest;
 TEST_F(Sources, RejectedEventsStayOutOfAllEvents) {
