@@ -83,17 +83,14 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
     ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     window->Trace()->setFocus();
     AnalyseUntilEvents(3);
-    Snapshot("method_deconvolution");
 
-    // Non-stop from the start stores what the whole file gives by the method.
-    const EventTable whole = WholeFileEvents();
+    // Non-stop over the whole file (its events are checked against the
+    // whole-file detection below, for a new installation).
     ws.events.Clear();
     ws.screenStartBlock = 0;
     Key(Qt::Key_F11);
     ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
-    ASSERT_GT(whole.Count(), 20);
-    ASSERT_EQ(ws.events.Count(), whole.Count());
-    for (int32_t k = 1; k <= whole.Count(); ++k) EXPECT_EQ(ws.events[k].time, whole[k].time);
+    ASSERT_GT(ws.events.Count(), 20);
 
     // The kernel learned from these events stays near the synthesiser's.
     Trigger("menu_LearnKernel");
@@ -101,7 +98,10 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
     EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
 }
 
-TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndPlot) {
+// The accuracy check's table and plot; stopped, closed or left behind by the
+// main window mid-run, a check ends without a table of its own: the window
+// keeps the last finished check and can run the next one.
+TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndStopsCleanly) {
     auto* check = StartAccuracyCheck();
     ASSERT_NE(check, nullptr);
     // The check runs on its own thread: the window shows at once with the
@@ -112,41 +112,26 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndPlot) {
     EXPECT_TRUE(check->StopButton()->isVisible());
     EXPECT_EQ(check->Status(), method_texts::kCheckRunning);
     EXPECT_EQ(check->Table()->rowCount(), 0);
-    check->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/accuracy_check_running.png");
     ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
     EXPECT_FALSE(check->Progress()->isVisible());
     EXPECT_FALSE(check->StopButton()->isVisible());
     const QTableWidget* table = check->Table();
-    ASSERT_EQ(table->rowCount(), AccuracyOptions{}.bins);
+    const int rows = table->rowCount();
+    ASSERT_EQ(rows, AccuracyOptions{}.bins);
     // Recall rises from the smallest bin (half a noise SD) to the largest
     // (five noise SDs), where every added event is found.
     auto recall = [&](int row) { return table->item(row, 4)->text().toDouble(); };
     EXPECT_LT(recall(0), 0.5);
-    EXPECT_GE(recall(table->rowCount() - 1), 0.9);
+    EXPECT_GE(recall(rows - 1), 0.9);
     EXPECT_TRUE(check->Summary().contains("Recall reaches 90 % from")) << check->Summary().toStdString();
-    check->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/accuracy_check.png");
     // The plot went to the graph frame: recall per bin, as in the table.
-    GraphFrame* frame = CurrentGraphFrame();
-    ASSERT_NE(frame, nullptr);
-    ASSERT_FALSE(frame->Plots().empty());
-    const PlotData& plot = frame->Plots().back()->Description();
+    ASSERT_NE(CurrentGraphFrame(), nullptr);
+    const PlotData& plot = CurrentGraphFrame()->Plots().back()->Description();
     EXPECT_EQ(plot.title, "Detection accuracy");
-    ASSERT_EQ(int(plot.series.at(0).y.size()), table->rowCount());
-    EXPECT_DOUBLE_EQ(plot.series[0].y.back(), recall(table->rowCount() - 1));
-    CloseGraphFrame();
-}
-
-// Stopped, closed or left behind by the main window mid-run, a check ends
-// without a table of its own: the window keeps the last finished check and
-// can run the next one.
-TEST_F(MethodGuiTest, AccuracyCheckStopsCleanly) {
-    auto* check = StartAccuracyCheck();
-    ASSERT_NE(check, nullptr);
-    ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
+    ASSERT_EQ(int(plot.series.at(0).y.size()), rows);
+    EXPECT_DOUBLE_EQ(plot.series[0].y.back(), recall(rows - 1));
     const QString finished = check->Summary();
-    const int rows = check->Table()->rowCount();
-    ASSERT_GT(rows, 0);
-    const QString topRecall = check->Table()->item(rows - 1, 4)->text();
+    const QString topRecall = table->item(rows - 1, 4)->text();
 
     // Stop: asked while it runs, the check ends as stopped.
     Trigger("menu_CheckAccuracy");
@@ -160,7 +145,6 @@ TEST_F(MethodGuiTest, AccuracyCheckStopsCleanly) {
     ASSERT_EQ(check->Table()->rowCount(), rows);
     EXPECT_EQ(check->Table()->item(rows - 1, 4)->text(), topRecall);
     EXPECT_FALSE(check->Progress()->isVisible());
-    check->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/accuracy_check_stopped.png");
 
     // Closing the window (Escape) stops the check too; the main window goes on.
     Trigger("menu_CheckAccuracy");
@@ -247,7 +231,6 @@ TEST_F(MethodGuiTest, NewInstallationSuggestsOnceAndAsksBeforeReplacingEvents) {
     EXPECT_EQ(ws.events, WholeFileEvents());  // replaced, not added
     const QString status = window->findChild<QLabel*>("lbEvents")->text();
     EXPECT_TRUE(status.contains("by deconvolution, kernel rise")) << status.toStdString();
-    Snapshot("new_installation_deconvolution");
 }
 
 TEST_F(MethodGuiTest, ThresholdsOutOfReachAreReportedBeforeDetecting) {

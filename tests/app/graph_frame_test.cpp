@@ -3,7 +3,6 @@
 // and the frame's child windows.
 #include <QApplication>
 #include <QClipboard>
-#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QMdiArea>
@@ -54,12 +53,6 @@ PlotData Mixed() {
     return p;
 }
 
-QString ScreenPath(const QString& name) {
-    const QString folder = QString(VESS_BINARY_DIR) + "/graph_screens";
-    QDir().mkpath(folder);
-    return folder + "/" + name + ".png";
-}
-
 class PlotWidgetTest : public ::testing::Test {
 protected:
     void Open(const PlotData& p) {
@@ -92,7 +85,6 @@ TEST_F(PlotWidgetTest, DrawsEachKindWithItsTitlesAndFittedRanges) {
     EXPECT_TRUE(Canvas()->legend->visible());
     EXPECT_EQ(Canvas()->legend->itemCount(), 2);
     EXPECT_EQ(widget->Ranges().x, FittedRanges(Mixed()).x);
-    widget->grab().save(ScreenPath("mixed"));
 
     Open(Histogram());
     auto* bars = qobject_cast<QCPBars*>(Canvas()->plottable(0));
@@ -222,7 +214,6 @@ TEST_F(PlotWidgetTest, ColourCodedPointsAndColourMapGetAColourScale) {
     // 200 values over 32 classes fill every class: one layer each.
     EXPECT_EQ(Canvas()->graphCount(), 32);
     EXPECT_EQ(ColourScales(), 1);
-    widget->grab().save(ScreenPath("colour_scatter"));
 
     PlotData m;
     m.title = "Contour";
@@ -240,25 +231,6 @@ TEST_F(PlotWidgetTest, ColourCodedPointsAndColourMapGetAColourScale) {
     EXPECT_NEAR(map->dataRange().upper, 1.0, 0.01);  // the peak exp(0) near the centre
     EXPECT_EQ(Canvas()->itemCount(), 2);              // the band and its label
     EXPECT_EQ(ColourScales(), 1);
-    widget->grab().save(ScreenPath("colour_map"));
-}
-
-TEST_F(PlotWidgetTest, MillionPointsDrawReducedToThePixelWidth) {
-    PlotData p;
-    p.title = "A million points";
-    PlotSeries s{SeriesKind::Lines};
-    s.x.resize(1'000'000);
-    s.y.resize(1'000'000);
-    for (std::size_t i = 0; i < s.x.size(); ++i) {
-        s.x[i] = double(i);
-        s.y[i] = std::sin(double(i) * 0.001) + (i % 2 ? 0.1 : -0.1);
-    }
-    p.series.push_back(s);
-    Open(p);
-    EXPECT_TRUE(Canvas()->graph(0)->adaptiveSampling());
-    EXPECT_EQ(Canvas()->graph(0)->dataCount(), 1'000'000);
-    Canvas()->replot(QCustomPlot::rpImmediateRefresh);
-    widget->grab().save(ScreenPath("million_points"));
 }
 
 class GraphFrameTest : public ::testing::Test {
@@ -296,8 +268,6 @@ TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenTileCascadeAndPlotAll) {
     const PlotData& all = frame->Plots()[2]->Description();
     EXPECT_EQ(all.series.size(), 4u);  // the histogram's bars and Mixed's three series
     EXPECT_EQ(all.series[0].legend, Histogram().title);
-    frame->Action("graph_Tile")->trigger();
-    frame->grab().save(ScreenPath("frame"));
 }
 
 TEST_F(GraphFrameTest, ExportAsksForTheFileThroughTheProgramsDialogs) {

@@ -1,23 +1,16 @@
 // The trace analyses of the group analysis window driven offscreen: the
 // one-trace rule, manual detection by clicks, multiple peaks on the
-// synthetic recording, and action potentials and evoked currents on real
-// recordings, each drawn on the trace and appended to the grid.
-#include <QComboBox>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QSpinBox>
+// synthetic recording, action potentials of a real recording and an ECG,
+// each drawn on the trace and appended to the grid.
 #include <QTableWidget>
 
 #include <cmath>
 
-#include "app/gui_fixture.h"
+#include "app/group_window_fixture.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/plot_widget.h"
 #include "group_analysis/result_row.h"
 #include "group_analysis/texts.h"
-#include "group_analysis/ui/group_assign_dialog.h"
-#include "group_analysis/ui/group_window.h"
-#include "group_analysis/ui/trace_picture.h"
 #include "support/ecg_beat.h"
 #include "support/test_recording.h"
 
@@ -26,23 +19,8 @@ namespace {
 
 using group::GroupAnalysisWindow;
 
-class GroupAnalysesTest : public GuiTest {
+class GroupAnalysesTest : public GroupWindowFixture {
 protected:
-    // The window over the given type, after Start Display.
-    GroupAnalysisWindow* Display(const QString& type, const QString& blocks = "1", bool episodes = false) {
-        if (!w) {
-            w = window->OpenGroupAnalysis();
-            // Window shortcuts (Escape) need the window active, as a click on it makes it.
-            w->activateWindow();
-            QApplication::setActiveWindow(w);
-        }
-        w->findChild<QRadioButton*>(episodes ? "Option2_0" : "Option2_1")->setChecked(true);
-        w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
-        w->findChild<QComboBox*>("Combo2")->setCurrentText(type);
-        w->findChild<QComboBox*>("Combo4")->setCurrentText(blocks);
-        QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
-        return w;
-    }
     QString Heading(int column) const { return w->Grid()->model()->headerData(column, Qt::Horizontal).toString(); }
     QString Cell(int row, int column) const { return w->Grid()->model()->index(row, column).data().toString(); }
     std::vector<std::string> MarkNames() const {
@@ -50,24 +28,13 @@ protected:
         for (const auto& m : w->Picture()->Marks()) out.push_back(m.legend);
         return out;
     }
-    void Shot(QWidget* widget, const QString& name) {
-        const QString folder = QString(VESS_BINARY_DIR) + "/app_screens";
-        QDir().mkpath(folder);
-        widget->grab().save(folder + "/" + name + ".png");
-    }
     void ClickPoint(int32_t point) {
         QTest::mouseClick(w->Picture(), Qt::LeftButton, {}, w->Picture()->PixelOf(w->CurrentTrace(), point).toPoint());
     }
-    GroupAnalysisWindow* w = nullptr;
 };
 
 TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
-    OpenSample();
-    AnalyseUntilEvents(6);
-    group::GroupAssignDialog d(ws, group::GroupAssignMode::Random);
-    d.RandomGroups()->setValue(1);
-    d.Apply();
-
+    GroupSampleEvents();
     Display("Superimpose");
     for (const char* analysis : {"menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk", "menu_ECG"}) {
         w->Action(analysis)->trigger();
@@ -114,8 +81,6 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     EXPECT_EQ(summary.kind, group::ResultKind::Multipeak);
     EXPECT_EQ(Cell(ws.results.Count() - 1, 7), QString::number(rows - 1) + ".000");   // count
     EXPECT_EQ(MarkNames().front(), "Peaks");
-    w->resize(1200, 900);
-    Shot(w, "group_multipeak");
 
     // The average event as an amperometric spike: its row and marks.
     Display("Average", "4");
@@ -127,7 +92,6 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     EXPECT_EQ(Heading(9), "Molecules");
     EXPECT_EQ(w->Settings().Electrons, "1");
     EXPECT_EQ(MarkNames().front(), "Imax");
-    Shot(w, "group_ampero");
 
     // The diffusion model fitted to the same trace: its row and curve.
     w->findChild<QComboBox*>("Combo17")->setCurrentText("Reflecting");
@@ -136,7 +100,6 @@ TEST_F(GroupAnalysesTest, OneTraceRuleManualDetectionAndPeaks) {
     EXPECT_EQ(Heading(2), "Km");
     EXPECT_EQ(w->Settings().Edge, "Reflecting");
     EXPECT_EQ(MarkNames(), std::vector<std::string>{"Simulated"});
-    Shot(w, "group_diffusion");
 }
 
 // Spontaneous action potentials (about one every 0.6 s, 50 us sampling).
@@ -153,8 +116,6 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     EXPECT_GT(halfWidth, 0.3);
     EXPECT_LT(halfWidth, 20);
     EXPECT_EQ(MarkNames(), (std::vector<std::string>{"Peak", "Threshold", "Half-width", "AHP"}));
-    w->resize(1200, 900);
-    Shot(w, "group_ap_shape");
 
     Display("Average", "400", true);
     w->Action("menu_APWave2")->trigger();
@@ -162,29 +123,11 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     EXPECT_GE(spikes, 3);
     EXPECT_EQ(Heading(0), "Spike #");
     EXPECT_EQ(Cell(ws.results.Count() - 1, 19), QString::number(spikes) + ".000");
-    Shot(w, "group_ap_train");
     ASSERT_NE(CurrentGraphFrame(), nullptr);
     const PlotWidget* plane = CurrentGraphFrame()->CurrentPlot();
     ASSERT_NE(plane, nullptr);
     EXPECT_EQ(plane->Description().title, "Phase Plane");
     EXPECT_EQ(plane->Description().series.at(1).x.size(), std::size_t(spikes));
-    Shot(CurrentGraphFrame(), "group_phase_plane");
-}
-
-// Stimulated synaptic currents: the first sweep's response.
-TEST_F(GroupAnalysesTest, EvokedCurrentsOfARealRecording) {
-    VESS_REQUIRE_SHARED_DATA();
-    dialogs.AnswerInput("0");  // the channel
-    ASSERT_TRUE(OpenFile(SharedData() / "abf1/f1.abf"));
-    Display("Individual", "40", true);
-    w->MoveTo(1);
-    w->Action("menu_fEPSP")->trigger();
-    ASSERT_GE(ws.results.Count(), 1);
-    EXPECT_EQ(Heading(3), "PSC Slope");
-    const auto row = group::ReadResultRow(ws.results[1]);
-    EXPECT_EQ(row.kind, group::ResultKind::EvokedCurrent);
-    w->resize(1200, 900);
-    Shot(w, "group_evoked");
 }
 
 // Synthetic ECG beats (2 ms sampling, 1 mV = 1000 counts) whose R peaks
@@ -220,8 +163,6 @@ TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
     EXPECT_NEAR(Cell(0, 11).toDouble(), 320, dtMs);
     EXPECT_EQ(Cell(0, 12), "1000.000");  // RR: the events' mean interval
     EXPECT_EQ(MarkNames(), (std::vector<std::string>{"QRS", "P", "T", "Isoelectric"}));
-    w->resize(1200, 900);
-    Shot(w, "group_ecg");
 }
 
 }  // namespace

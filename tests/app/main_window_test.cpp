@@ -1,6 +1,5 @@
 #include <QAction>
 #include <QCheckBox>
-#include <QElapsedTimer>
 #include <QComboBox>
 #include <QPushButton>
 
@@ -26,31 +25,22 @@ TEST_F(GuiTest, FileListOpensTheRecordingAndKeysAnalyseAndStep) {
     // The grid shows exactly the table, the last row current after analysis.
     EXPECT_EQ(GridRows(), ws.events.Count());
     EXPECT_EQ(GridCurrentRow(), ws.events.Count() - 1);
-    Snapshot("analysed");
 
-    const int32_t bps = ws.BlocksPerScreen();
-    Type('a');
-    EXPECT_EQ(ws.screenStartBlock, 0);
-    Type('d');
-    EXPECT_EQ(ws.screenStartBlock, bps);
-    Type('s');
-    EXPECT_EQ(ws.screenStartBlock, 0);
-    Type('f');
-    EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).LastScreenStart());
-
-    // Event jumps select the event, its grid row and its screen.
-    Type('z');
-    EXPECT_EQ(ws.selectedEvent, 1);
-    EXPECT_EQ(GridCurrentRow(), 0);
-    EXPECT_EQ(ws.screenStartBlock,
-              GeometryOf(ws).ScreenOfSample(EventSamplePosition(ws.events[1], ws.recording->IntervalUs())));
-    Type('c');
-    EXPECT_EQ(ws.selectedEvent, 2);
-    EXPECT_EQ(GridCurrentRow(), 1);
-    Type('v');
-    EXPECT_EQ(ws.selectedEvent, ws.events.Count());
-    Type('x');
-    EXPECT_EQ(ws.selectedEvent, ws.events.Count() - 1);
+    // Screen steps, then event jumps that select the event, its grid row
+    // and its screen.
+    const int32_t bps = ws.BlocksPerScreen(), n = ws.events.Count();
+    for (auto [key, start] : {std::pair{'a', 0}, {'d', bps}, {'s', 0}, {'f', GeometryOf(ws).LastScreenStart()}}) {
+        Type(key);
+        EXPECT_EQ(ws.screenStartBlock, start) << key;
+    }
+    for (auto [key, event] : {std::pair{'z', 1}, {'c', 2}, {'v', n}, {'x', n - 1}}) {
+        Type(key);
+        EXPECT_EQ(ws.selectedEvent, event) << key;
+        EXPECT_EQ(GridCurrentRow(), event - 1) << key;
+        EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).ScreenOfSample(
+                                           EventSamplePosition(ws.events[event], ws.recording->IntervalUs())))
+            << key;
+    }
 
     // A grid row chosen by the user becomes the selected event on the trace.
     window->Grid()->setCurrentIndex(window->Grid()->model()->index(0, 3));
@@ -101,7 +91,6 @@ TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
     Key(Qt::Key_N, Qt::ShiftModifier);
     for (int32_t k = 1; k <= ws.events.Count(); ++k) EXPECT_EQ(ws.events[k].group, 7);
     EXPECT_EQ(dialogs.Transcript().back().caption, "Mark all events as a group");
-    Snapshot("grouped");
 
     // Undo three times gives back the analysed table; redo moves forward.
     EXPECT_TRUE(window->Action("menu_Undo")->isEnabled());
@@ -124,7 +113,6 @@ TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
     ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 60000));
     EXPECT_EQ(GridRows(), ws.events.Count());
     EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).LastScreenStart());
-    Snapshot("nonstop_done");
 
     Workspace reference;
     reference.settings = ws.settings;
@@ -136,7 +124,7 @@ TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
 }
 
 // The beep follows ckSoundOn and sounds for events stored by any command,
-// the non-stop analysis included, paced to at most one per 150 ms.
+// the non-stop analysis included.
 TEST_F(GuiTest, StoredEventsBeepWhileTheSoundIsOnNonStopIncluded) {
     OpenSample();
     int beeps = 0;
@@ -151,14 +139,10 @@ TEST_F(GuiTest, StoredEventsBeepWhileTheSoundIsOnNonStopIncluded) {
     sound->click();
     ASSERT_TRUE(ws.settings.SoundOn);
     window->Trace()->setFocus();
-    QElapsedTimer run;
-    run.start();
     dialogs.AnswerYesNoCancel(Answer::No);
     Key(Qt::Key_F11);
     ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 60000));
-    const int64_t ms = run.elapsed();
-    EXPECT_GE(beeps, 1);
-    EXPECT_LE(beeps, ms / 150 + 1);
+    EXPECT_GE(beeps, 1);  // the pacing itself is the core pacer's
 }
 
 TEST_F(GuiTest, F12StopsNonStopBetweenScreens) {
@@ -206,54 +190,12 @@ TEST_F(GuiTest, ChangingPointsAtPeakWithEventsAsksToSaveAndReset) {
     EXPECT_GT(ws.events.Count(), 0);
 }
 
-TEST_F(GuiTest, ToolTipsAndObjectNamesAreInPlace) {
-    struct Tip { const char* name; const char* tip; };
-    for (const Tip& t : {Tip{"menu_Analyze", "Analyze this window    (F9)"},
-                         Tip{"menu_AnalyzeNext", "Analyze next window  (F10 or N)"},
-                         Tip{"menu_Stop", "Interrup non-stop analysis  (F12)"},
-                         Tip{"menu_DeletEvent", "Delete selected event                        (K)"},
-                         Tip{"menu_MarkAllEvents", "Group all events                               (N)"},
-                         Tip{"menu_GainDown", "Decrease display gain    (End)"},
-                         Tip{"menu_NextTimeInterval", "Jump to Next Time Interval (CTL-T)"}}) {
-        QAction* a = window->Action(t.name);
-        ASSERT_NE(a, nullptr) << t.name;
-        EXPECT_EQ(a->toolTip(), t.tip) << t.name;
-    }
-    auto* command1 = window->findChild<QPushButton*>("Command1");
-    ASSERT_NE(command1, nullptr);
-    EXPECT_EQ(command1->toolTip(), ui_text::kTipAnalyze);
-    EXPECT_TRUE(window->Trace()->toolTip().contains(
-        "Reject an event      (Ctrl+Shift+Left mouse click)"));
-    for (const char* name : {"menu_SaveEvent", "menu_OpenEvent", "menu_DatInfo", "menu_SaveData",
-                             "menu_savetoAsciiFile", "menu_SaveSettingsCustom", "menu_LoadSettings",
-                             "menu_SaveParameter", "menu_LoadParameter", "menu_SuggParam",
-                             "menu_RecalculatePeak", "menu_DoublePeak", "menu_ScanDoublePeak",
-                             "menu_BaselineThreshold", "menu_RMSNoise", "menu_markasgp", "menu_Group",
-                             "menu_MarkAllEvents", "menu_MarkAllWindow", "menu_Unmark",
-                             "menu_UnmarkGrouped", "menu_RejectThisEvent", "menu_RejectEvents",
-                             "menu_DeletEvent", "menu_deleteevents", "menu_DeleteRejected",
-                             "menu_RemoveDuplicates", "menu_groupBursts", "menu_groupEpisodic",
-                             "menu_groupbyrandom", "menu_AnalyseGp"})
-        EXPECT_NE(window->Action(name), nullptr) << name;
-    EXPECT_TRUE(window->Action("menu_AnalyseGp")->isEnabled());
-    for (const char* name : {"Picture1", "TDBGrid1", "DrListBoxFETCH", "DirListBoxFETCH",
-                             "FListBoxFETCH", "lbCursor", "cbGpNav", "ckComplexPeak", "ckSoundOn",
-                             "Combo2", "Command7"})
-        EXPECT_NE(window->findChild<QWidget*>(name), nullptr) << name;
-}
-
 TEST(QtFilter, ProgramFiltersBecomeQtFiltersInEitherCase) {
-    EXPECT_EQ(ToQtFilter("Event File (*.EVT)"), "Event File (*.EVT *.evt)");
-    EXPECT_EQ(ToQtFilter("Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT"),
-              "Parameter File (*.PAR *.par);;Event File (*.EVT *.evt)");
-    EXPECT_EQ(ToQtFilter("Custom Settings File (*.SET)|*.SET"), "Custom Settings File (*.SET *.set)");
+    for (auto [filter, qt] : {std::pair{"Event File (*.EVT)", "Event File (*.EVT *.evt)"},
+                              {"Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT",
+                               "Parameter File (*.PAR *.par);;Event File (*.EVT *.evt)"}})
+        EXPECT_EQ(ToQtFilter(filter), qt) << filter;
 }
-
-}  // namespace
-}  // namespace vess::test
-
-namespace vess::test {
-namespace {
 
 // An event deleted with K comes back with a left click on its peak, measured
 // as analysis measured it.
@@ -276,12 +218,6 @@ TEST_F(GuiTest, LeftClickDetectsTheEventUnderThePointer) {
     EXPECT_EQ(GridRows(), k);
 }
 
-}  // namespace
-}  // namespace vess::test
-
-namespace vess::test {
-namespace {
-
 // The recording is cut short on disk while events are under review: the
 // window says so once, keeps the events and offers to save them.
 TEST_F(GuiTest, ARecordingCutShortWhileOpenKeepsTheEventsAndOffersToSave) {
@@ -296,11 +232,10 @@ TEST_F(GuiTest, ARecordingCutShortWhileOpenKeepsTheEventsAndOffersToSave) {
     EXPECT_EQ(dialogs.Transcript().front().caption, texts::kReadFaultCaption);
     EXPECT_EQ(ws.events, events);
     EXPECT_TRUE(ReadEventFile(dir / "rescued.EVT").Ok());
-    Snapshot("read_fault");
     // Told once: further screens say nothing more.
     Type('s');
     Type('d');
-    QTest::qWait(20);
+    ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
     EXPECT_EQ(dialogs.Transcript().size(), 2u);
 }
 

@@ -1,14 +1,12 @@
 // The measurement commands from the main window (double peaks from the key
 // and the mouse, RMS noise, baseline and threshold), tool-tips on and off,
-// the grid's column widths and the folder tree on first show.
+// and the grid's column widths.
 #include <QAction>
-#include <QFileSystemModel>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QToolTip>
-#include <QTreeView>
 
 #include <cmath>
 #include <cstring>
@@ -19,8 +17,8 @@
 #include "detection/texts.h"
 #include "detection/trace_helpers.h"
 #include "detection/ui/texts.h"
+#include "event_shapes.h"
 #include "gui_fixture.h"
-#include "recording/rounding.h"
 
 namespace vess::test {
 namespace {
@@ -30,19 +28,9 @@ namespace {
 // the same shape on the third screen (onset 2600). 50 us, one count a unit.
 std::vector<int16_t> DoublePeakTrace() {
     std::vector<int16_t> trace(4096, 0);
-    auto add = [&](int64_t onset, double peak) {
-        constexpr double rise = 10, decay = 100;
-        const double tp = rise * decay / (decay - rise) * std::log(decay / rise);
-        const double scale = peak / (std::exp(-tp / decay) - std::exp(-tp / rise));
-        for (int64_t i = onset; i < int64_t(trace.size()); ++i) {
-            const double t = double(i - onset);
-            trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] +
-                                            RoundEven(scale * (std::exp(-t / decay) - std::exp(-t / rise))));
-        }
-    };
-    add(600, 1000);
-    add(680, 600);
-    add(2600, 1000);
+    AddEvent(trace, 600, 1000);
+    AddEvent(trace, 680, 600);
+    AddEvent(trace, 2600, 1000);
     return trace;
 }
 
@@ -86,7 +74,6 @@ TEST_F(MeasureGuiTest, LStoresTheSecondPeakOfTheSelectedEventOnce) {
     EXPECT_EQ(GridCurrentRow(), 1);
     EXPECT_GT(ws.events[2].sampleIndex, 680);
     EXPECT_GT(ws.events[2].sampleIndex, ws.events[1].sampleIndex);
-    Snapshot("double_peak_key");
 
     // Again on the first event: already stored, nothing added.
     Type('z');
@@ -179,7 +166,6 @@ TEST_F(MeasureGuiTest, NoiseMenusReportTheScreenAndSetTheThresholdBox) {
     EXPECT_NE(ws.params().ThresholdAmplitude, before);
     EXPECT_EQ(box->text(), QString::number(ws.params().ThresholdAmplitude));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
-    Snapshot("threshold_set");
 }
 
 TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
@@ -226,31 +212,6 @@ TEST_F(MeasureGuiTest, GridKeepsColumnWidthsTheUserSetUntilAnotherOpen) {
     ClickFile("syn.abf");
     EXPECT_TRUE(dialogs.AllAnswersUsed());
     EXPECT_EQ(header->sectionSize(3), fitted);
-}
-
-TEST_F(MeasureGuiTest, FolderTreeShowsTheStartFolderSelectedInView) {
-    // A start folder deep down, after many siblings, so that the tree must
-    // scroll to show it.
-    for (int i = 0; i < 80; ++i) std::filesystem::create_directories(dir / ("s" + std::to_string(100 + i)));
-    const std::filesystem::path deep = dir / "z" / "y" / "x";
-    std::filesystem::create_directories(deep);
-    window->hide();
-    ws.settings.DataDir = deep.string();
-    window = std::make_unique<MainWindow>(ws, dialogs);
-    QTest::qWait(300);  // the folders are read before the window shows
-    window->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-
-    QTreeView* tree = window->Files()->FolderTree();
-    auto* model = qobject_cast<QFileSystemModel*>(tree->model());
-    ASSERT_NE(model, nullptr);
-    const QModelIndex start = model->index(QString::fromStdString(deep.string()));
-    ASSERT_TRUE(start.isValid());
-    EXPECT_TRUE(WaitFor([&] {
-        return tree->currentIndex() == start && tree->selectionModel()->isSelected(start) &&
-               tree->viewport()->rect().contains(tree->visualRect(start));
-    })) << "current: " << model->filePath(tree->currentIndex()).toStdString();
-    Snapshot("start_folder");
 }
 
 }  // namespace

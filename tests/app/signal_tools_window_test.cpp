@@ -74,10 +74,6 @@ TEST_F(SignalToolsTest, NoiseToolsMeasureTheShownTraceAndNameTheFilter) {
     // The first bin above 0 Hz to the last, on screen.
     EXPECT_LE(plot->Ranges().x.lower, data.series[0].x[1]);
     EXPECT_GT(plot->Ranges().x.lower, 0);
-    Snapshot("signal_tools_main");  // makes the screens folder
-    frame->resize(900, 600);
-    QTest::qWait(50);
-    frame->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/noise_spectrum.png");
     CloseGraphFrame();
 
     QApplication::setActiveWindow(window.get());
@@ -106,9 +102,6 @@ TEST_F(SignalToolsTest, EventFreeFileAndPictureSeries) {
         EXPECT_TRUE(std::filesystem::exists(dir / "pics" / name)) << name;
     EXPECT_FALSE(std::filesystem::exists(dir / "pics" / "screen_0002.png"));
     EXPECT_EQ(ws.screenStartBlock, shown);  // the screen shown before comes back
-    std::filesystem::copy_file(dir / "pics" / "screen_0003.png",
-                               std::string(VESS_BINARY_DIR) + "/app_screens/picture_series_0003.png",
-                               std::filesystem::copy_options::overwrite_existing);
 }
 
 }  // namespace

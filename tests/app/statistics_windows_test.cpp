@@ -52,14 +52,9 @@ protected:
         ws.array1.Assign(a1);
         ws.array2.Assign(a2);
     }
-    QString Screen(const QString& name) {
-        const QString folder = QString(VESS_BINARY_DIR) + "/graph_screens";
-        QDir().mkpath(folder);
-        return folder + "/" + name + ".png";
-    }
 };
 
-TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogramAndExportsIt) {
+TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogram) {
     OpenSample();
     AnalyseUntilEvents(6);
     const int32_t n = ws.events.Count();
@@ -87,7 +82,6 @@ TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogramAndExports
     ASSERT_TRUE(expected.has_value());
     for (const char* row : {"t Stat", "Pooled Variance", "P value: two-tail"})
         EXPECT_EQ(GridCell(grid, row).toStdString(), expected->table.Find(row)->cells[0]) << row;
-    w->grab().save(Screen("t_test"));
 
     // Frequency histogram of the amplitudes of all events, bin 5.
     dialogs.AnswerInput("0").AnswerInput("5");
@@ -101,22 +95,7 @@ TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogramAndExports
     EXPECT_EQ(h.yAxis, "Number of Events");
     ASSERT_EQ(h.series.size(), 1u);
     EXPECT_EQ(std::accumulate(h.series[0].y.begin(), h.series[0].y.end(), 0.0), double(n));
-    plot->grab().save(Screen("histogram"));
 
-    // Export through the frame's menu as SVG and as PNG.
-    const std::string svg = (dir / "amplitudes.svg").string();
-    const std::string png = (dir / "amplitudes.png").string();
-    dialogs.AnswerSaveFile(svg);
-    frame->Action("graph_Export")->trigger();
-    dialogs.AnswerSaveFile(png);
-    frame->Action("graph_Export")->trigger();
-    QFile svgFile(QString::fromStdString(svg));
-    ASSERT_TRUE(svgFile.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(svgFile.readAll().contains("Number of Events"));
-    const QImage image(QString::fromStdString(png));
-    ASSERT_FALSE(image.isNull());
-    EXPECT_EQ(image.size(), plot->Canvas()->size());
-    image.save(Screen("histogram_exported"));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
@@ -131,8 +110,6 @@ TEST_F(StatisticsGuiTest, KolmogorovSmirnovAndRegressionShowTheirGridsAndGraphs)
     ASSERT_NE(w->Graph(), nullptr);
     EXPECT_EQ(w->Graph()->Description().xAxis, "X Axis");
     EXPECT_EQ(w->Graph()->Description().title, "Array #1 vs. Array #2: n=8");
-    w->resize(1000, 600);
-    w->grab().save(Screen("regression"));
 
     // Two samples apart: Array #1 entirely below Array #2, so the curves
     // differ by 1 at most (all of #1 before any of #2).
@@ -146,7 +123,6 @@ TEST_F(StatisticsGuiTest, KolmogorovSmirnovAndRegressionShowTheirGridsAndGraphs)
     ASSERT_EQ(ks.series.size(), 2u);
     EXPECT_EQ(ks.series[0].legend, "Array #1");
     EXPECT_TRUE(w->Graph()->Canvas()->legend->visible());
-    w->grab().save(Screen("ks_test"));
 
     // A paired test of unequal counts is refused with its message.
     Trigger("menu_ttest_paired");
@@ -213,7 +189,6 @@ TEST_F(StatisticsGuiTest, ArrayGridShowsBothArraysAndTypedValuesGoBackByRow) {
     type(0, 0, "abc");  // not a number: the value stays
     EXPECT_EQ(ws.array1[1], 1234.5f);
     EXPECT_EQ(m->rowCount(), 4);
-    w->grab().save(Screen("array_grid"));
 
     // Viewing only: nothing can be typed.
     Trigger("menu_ManualDataEntry");
@@ -226,8 +201,6 @@ TEST_F(StatisticsGuiTest, MathematicalOperationWindowComputesIntoTheChosenArray)
     Trigger("menu_math");
     auto* w = window->findChild<MathOperationWindow*>();
     ASSERT_NE(w, nullptr);
-    EXPECT_EQ(w->Operation()->itemText(2), "Muliply");
-    EXPECT_EQ(w->findChild<QPushButton*>("Command1")->text(), "Caculate");
     w->Operand(0)->setCurrentText("Array #1");
     w->Operand(1)->setCurrentText("Constant");
     EXPECT_TRUE(w->Constant(1)->isEnabled());
@@ -245,7 +218,6 @@ TEST_F(StatisticsGuiTest, MathematicalOperationWindowComputesIntoTheChosenArray)
     w->Operation()->setCurrentText("Square root");
     EXPECT_FALSE(w->Operand(1)->isEnabled());
     EXPECT_FALSE(w->Constant(1)->isEnabled());
-    w->grab().save(Screen("math_operation"));
 }
 
 TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
@@ -275,7 +247,6 @@ TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
     EXPECT_TRUE(window->Busy());
     EXPECT_FALSE(window->Action("menu_ClearArray1")->isEnabled());
     EXPECT_TRUE(ws.array1.Empty());
-    window->grab().save(Screen("array_import_running"));
     ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
     EXPECT_TRUE(window->Action("menu_ClearArray1")->isEnabled());
     EXPECT_EQ(ws.array1.LowerBound(), 0);
@@ -285,26 +256,13 @@ TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
-TEST_F(StatisticsGuiTest, MenusCarryTheirCaptionsAndColumnStatisticsOpens) {
-    EXPECT_EQ(window->Action("menu_FreqHisto_14")->text(), "Frequency Histogram of Array#1");
-    EXPECT_EQ(window->Action("menu_CumulHistoBin_35")->text(), "Cumulative Histogram of Array#2 with Bins");
-    EXPECT_EQ(window->Action("menu_CumulHistoNoBin_54")->text(),
-              "Cumulative Histogram of Array#1 without Bins");
-    EXPECT_EQ(window->Action("menu_PutAllArray1")->text(), "Put Event Data into Array #1");
-    EXPECT_EQ(window->Action("menu_PutAllArray2_16")->text(), "Relative Time");
-    EXPECT_EQ(window->Action("menu_PutHLArray1_15")->text(), "Slope10-90");
-    EXPECT_EQ(window->Action("menu_PutHLArray1_16"), nullptr);
-    EXPECT_EQ(window->Action("menu_ttest_UnequalVar")->text(), "T-test: 2-sample unequal variances");
-    EXPECT_EQ(window->Action("menu_CrossCorrelogram_1")->text(), "Array #2 against Array #1");
-
+TEST_F(StatisticsGuiTest, ColumnStatisticsAndTheAutoCorrelogram) {
     SetArrays({1, 2, 3, 4}, {2, 4});
     Trigger("menu_ArrayStat");
     auto* w = window->findChild<ColumnStatisticsWindow*>();
     ASSERT_NE(w, nullptr);
-    EXPECT_EQ(w->windowTitle(), "Data Array Statistics");
     EXPECT_EQ(GridCell(*w->Grid(), "Average", 1), "2.500");
     EXPECT_EQ(GridCell(*w->Grid(), "Median", 2), "3.000");
-    w->grab().save(Screen("column_statistics"));
 
     // The auto-correlogram counts as a job; the normalise question and the
     // plot follow it (differences 1, 2, 4, 1, 3, 2 within 3 ms, over 4 values).
@@ -333,8 +291,6 @@ TEST_F(StatisticsGuiTest, ValuesThatWereNotMeasuredAreLeftOutAndCounted) {
     EXPECT_EQ(GridCell(grid, "P value: two-tail"), "1.00000000");
     ASSERT_NE(grid.item(grid.rowCount() - 1, 0), nullptr);
     EXPECT_EQ(grid.item(grid.rowCount() - 1, 0)->text(), "2 values that were not measured were left out");
-    w->resize(900, 600);
-    w->grab().save(Screen("ttest_not_measured"));
 
 }
 
@@ -362,13 +318,6 @@ TEST_F(StatisticsGuiTest, NoiseHistogramCountsTheSamplesBetweenTheCursors) {
     dialogs.ClearTranscript();
     dialogs.AnswerInput("1");
     Trigger("menu_NoiseHistogram");
-    ASSERT_FALSE(dialogs.Transcript().empty());
-    EXPECT_EQ(dialogs.Transcript().back().text.rfind(
-                  "This function will generate an amplitude frequency histogram from the displayed "
-                  "trace.  Set the area of baseline with the two vertical cursors and set the "
-                  "amplitude range with the two horizontal cursors.  Please enter the bin size for ",
-                  0),
-              0u);
     PlotWidget* plot = CurrentGraphFrame() ? CurrentGraphFrame()->CurrentPlot() : nullptr;
     ASSERT_NE(plot, nullptr);
     const PlotData& h = plot->Description();

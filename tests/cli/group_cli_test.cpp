@@ -99,8 +99,6 @@ TEST(VessAverage, PipedIntoFitGivesTheDecay) {
     EXPECT_NEAR(j["tau1"].get<double>(), 3.0, 0.01);
     EXPECT_NEAR(j["A1"].get<double>(), -400.0, 0.5);  // 800 counts at 2 a pA
     EXPECT_GT(j["R-Sqr"].get<double>(), 0.99999);
-    for (const char* key : {"tau2", "A2", "tau3", "A3", "C", "Stdev", "RSS", "iterations", "restarts"})
-        EXPECT_TRUE(j.contains(key)) << key;
 }
 
 TEST(VessFit, WrittenSearchAloneStopsOnItsLineAndRangesAreChosen) {

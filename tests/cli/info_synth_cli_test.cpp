@@ -71,24 +71,35 @@ TEST(VessSynthInfo, BadInputsExitWithStatus1AndAMessage) {
     EXPECT_FALSE(std::filesystem::exists(dir / "t.abf"));
 }
 
-// The real recordings print the values listed for them (spot checks of the
-// command's output; the reader itself is checked row by row elsewhere).
-TEST(VessSynthInfo, RealRecordingChannelOne) {
+// Real recordings of both formats print the values ../shared/data/README.md
+// lists for them (spot checks of the command's output; the readers
+// themselves are checked row by row against that table elsewhere).
+TEST(VessSynthInfo, RealRecordingsOfBothFormats) {
     VESS_REQUIRE_SHARED_DATA();
     test::TempDir dir;
-    const auto r = test::RunVessCli(
-        "info '" + (test::SharedData() / "abf1/multichannelAbf1WithTags.abf").string() +
-            "' --channel 1",
-        dir / "err.txt");
-    ASSERT_EQ(r.exitCode, 0) << r.err;
-    EXPECT_TRUE(Has(r.out, "Channel: 1 (ADC 1)"));
-    EXPECT_TRUE(Has(r.out, "Units: mV"));
-    EXPECT_TRUE(Has(r.out, "Blocks (256 points): 1207"));
-    EXPECT_TRUE(Has(r.out, "Gain: 0.0499552526"));
-    EXPECT_TRUE(Has(r.out, "First samples (counts): -8183, -8183, -8183"));
-    EXPECT_TRUE(Has(r.out, "First values (mV): -49.98370, -49.98370, -49.98370"));
-    EXPECT_TRUE(Has(r.out, "Last value (mV): -59.97800"));
-    EXPECT_TRUE(Has(r.out, "Tags: 2"));
+    const struct {
+        const char* file;
+        std::vector<const char*> lines;
+    } cases[] = {
+        {"abf1/multichannelAbf1WithTags.abf",
+         {"Channel: 1 (ADC 1)", "Units: mV", "Blocks (256 points): 1207", "Gain: 0.0499552526",
+          "First samples (counts): -8183, -8183, -8183", "First values (mV): -49.98370, -49.98370, -49.98370",
+          "Last value (mV): -59.97800", "Tags: 2"}},
+        {"abf2/18425108.abf",
+         {"FileVersionNumber 2.9.0.0", "Channel: 1 (ADC 1)", "ADCChannelName (1) 10_Vm", "Units: mV",
+          "Interval per channel (us): 40", "Blocks (256 points): 977", "Points per channel: 250000", "Sweeps: 1",
+          "First samples (counts): -2338, -2338, -2340"}},
+    };
+    for (const auto& c : cases) {
+        const auto r = test::RunVessCli(
+            "info '" + (test::SharedData() / c.file).string() + "' --channel 1", dir / "err.txt");
+        ASSERT_EQ(r.exitCode, 0) << r.err;
+        for (const char* line : c.lines) EXPECT_TRUE(Has(r.out, line)) << c.file << ": " << line << "\n" << r.out;
+    }
+    const auto floats = test::RunVessCli(
+        "info '" + (test::SharedData() / "abf2/SWHLab_gain_float32.abf").string() + "'", dir / "err.txt");
+    EXPECT_EQ(floats.exitCode, 1);
+    EXPECT_NE(floats.err.find("Not in Integer Format"), std::string::npos) << floats.err;
 }
 
 }  // namespace

@@ -43,12 +43,6 @@ TEST_F(VessStats, JsonKeysAreTheGridLabelsAtFullPrecision) {
     EXPECT_NEAR(j["Mean"][0].get<double>(), 0.75, 1e-7);
     EXPECT_TRUE(j["significant"].get<bool>());
 
-    const auto ks = nlohmann::json::parse(Run("stats ks " + P("d1.txt") + " " + P("d2.txt") + " --json").out);
-    for (const char* key : {"Max. Abs(Difference)", "Max. (+) Difference", "Max. (-) Difference", "K-S Z", "2-tailed P"})
-        EXPECT_TRUE(ks.contains(key)) << key;
-    const auto reg = nlohmann::json::parse(Run("stats regression " + P("d1.txt") + " " + P("d2.txt") + " --json").out);
-    EXPECT_TRUE(reg.contains("Coeff Correl (r)"));
-    EXPECT_TRUE(reg.contains("r-squared"));
     const auto desc = nlohmann::json::parse(Run("stats describe " + P("d2.txt") + " --json").out);
     EXPECT_NEAR(desc["Variance"].get<double>(), 4.009, 1e-6);
     EXPECT_NEAR(desc["Median"].get<double>(), 1.75, 1e-7);  // (1.6 + 1.9) / 2

@@ -197,9 +197,10 @@ EventTable Events(std::initializer_list<double> timesMs) {
 }
 
 TEST(GroupAssign, BurstsNumberTheirEventsAndGroupThem) {
-    // Intervals 5, 5, 50, 3, 60, 4: with a 10 ms maximum and 2 events at
-    // least, events 1-3 and 4-5 and 6-7 form bursts.
-    const EventTable t = Events({0, 5, 10, 60, 63, 123, 127});
+    // Intervals 5, 5, 50, 3, 60, 4, 10: with a 10 ms maximum (an interval
+    // must be shorter) and 2 events at least, events 1-3 and 4-5 and 6-7
+    // form bursts; event 8 is alone.
+    const EventTable t = Events({0, 5, 10, 60, 63, 123, 127, 137});
     const GroupPlan all = PlanBursts(t, {.maxIntervalMs = 10, .minEvents = 2, .group = 4});
     EXPECT_EQ(all.bursts, 3);
     EXPECT_EQ(all.records[2].burstNumber, 1);

@@ -14,24 +14,6 @@
 namespace vess::group {
 namespace {
 
-TEST(GroupSettings, DefaultsOfEverySection) {
-    const GroupAnalysisSettings s = GroupSettingsFromIni(IniFile{});
-    EXPECT_TRUE(s.DisplayGroup);
-    EXPECT_EQ(s.AnalysisType, "Average");
-    EXPECT_EQ(s.FitRange, "Peak to End");
-    EXPECT_EQ(s.MaxIteration, 1000);
-    EXPECT_EQ(s.Tolerance, 0.001);
-    EXPECT_EQ(s.NumberExponential, 2);
-    EXPECT_EQ(s.tau3, 1000);
-    EXPECT_EQ(s.A2, 50);
-    EXPECT_EQ(s.DecayPercent, "90-37%");
-    EXPECT_TRUE(s.RestartSearch);
-    EXPECT_EQ(s.WalkType, "Amperometry in Slice");
-    EXPECT_EQ(s.DiffusionCoeff, "2.7e-6");
-    EXPECT_EQ(s.AmplitudeBin, 100);
-    EXPECT_EQ(s.AverageTrace, 5);
-}
-
 TEST(GroupSettings, EveryKeyRoundTripsThroughTheFileKeepingOtherSections) {
     test::TempDir dir;
     const auto path = dir / "Vessanto.ini";
