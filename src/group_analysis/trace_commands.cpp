@@ -121,6 +121,28 @@ std::optional<PlotData> FluctuationCommand(ResultsTable& results, const TraceSet
     return VarianceMeanPlot(r, scale.units);
 }
 
+FitSettings FitSettingsFrom(const GroupAnalysisSettings& s, int32_t cursorFrom, int32_t cursorTo) {
+    FitSettings f;
+    f.model = {std::clamp(s.NumberExponential, 1, 3), s.IncludeOffset};
+    f.range = FitRangeFromName(s.FitRange);
+    f.customFrom = cursorFrom;
+    f.customTo = cursorTo;
+    f.rise = RiseRange(std::clamp(s.Rise, 0, 2));
+    f.useGuess = s.UseGuess;
+    f.guess = {s.tau1, s.A1, s.tau2, s.A2, s.tau3, s.A3, 0};
+    f.simplex.tolerance = s.Tolerance;
+    f.simplex.maxIterations = s.MaxIteration;
+    f.method = FitMethodFromName(s.Method);
+    f.simplex.restartUntilSettled = s.RestartSearch;
+    f.simplex.fixAmplitudes = s.FixAmplitude;
+    return f;
+}
+
+void UseLastFit(GroupAnalysisSettings& s, const ResultValues& v) {
+    s.tau1 = v.tau1, s.A1 = v.a1, s.tau2 = v.tau2, s.A2 = v.a2, s.tau3 = v.tau3, s.A3 = v.a3;
+    s.UseGuess = true;
+}
+
 void AppendMeasureRows(ResultsTable& results, ResultKind kind, int32_t trace, int group,
                        std::span<const std::vector<double>> rows) {
     for (const auto& values : rows) results.Append(MeasureRow(kind, trace, group, values));

@@ -68,6 +68,12 @@ std::optional<PlotData> FluctuationCommand(ResultsTable& results, const TraceSet
                                            const UnitScale& scale, AnalysisType shown, int group,
                                            const GroupAnalysisSettings& settings);
 
+// The fit the settings ask for; the custom range runs between the cursors.
+FitSettings FitSettingsFrom(const GroupAnalysisSettings& settings, int32_t cursorFrom, int32_t cursorTo);
+// "Use Last Fit": the fitted time constants and amplitudes become the
+// initial guesses, and the guesses are used.
+void UseLastFit(GroupAnalysisSettings& settings, const ResultValues& last);
+
 // Appends one row per value list of a measuring analysis of one trace.
 void AppendMeasureRows(ResultsTable& results, ResultKind kind, int32_t trace, int group,
                        std::span<const std::vector<double>> rows);

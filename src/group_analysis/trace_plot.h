@@ -24,8 +24,8 @@ struct TraceView {
     int every = 1;            // draw every k-th point
     double gain = 1, offset = 0;
     int32_t curveFrom = 0;    // the fitted curve from this point on
-    std::vector<double> curve;
-    std::vector<PlotSeries> marks;
+    std::vector<double> curve{};
+    std::vector<PlotSeries> marks{};
     std::pair<int32_t, int32_t> cursors{0, 0};
     bool scaleBars = false;
 };

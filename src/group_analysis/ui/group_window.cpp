@@ -272,10 +272,7 @@ void GroupAnalysisWindow::BuildControls() {
     connect(compare, &QPushButton::clicked, this, [this] { Action("menu_CompareFits")->trigger(); });
     connect(useLast, &QPushButton::clicked, this, [this] {
         if (lastFits_.empty()) return;
-        const ResultValues& v = lastFits_.back().values;
-        settings_.tau1 = v.tau1, settings_.A1 = v.a1, settings_.tau2 = v.tau2, settings_.A2 = v.a2;
-        settings_.tau3 = v.tau3, settings_.A3 = v.a3;
-        settings_.UseGuess = true;
+        UseLastFit(settings_, lastFits_.back().values);
         useGuess_->setChecked(true);
     });
     connect(fitRange_, &QComboBox::currentTextChanged, this, [this](const QString& t) {

@@ -117,7 +117,6 @@ private:
     void WriteControls();
     void UpdateCursorLabel();
     AnalysisType Type() const;
-    FitSettings MakeFitSettings() const;
     bool StartFitJob(std::optional<double> compareCriterionPercent);
     void ApplyFits(FitRunResult run);
     void ApplyComparisons(FitRunResult run);

@@ -102,23 +102,6 @@ void GroupAnalysisWindow::RegroupTrace() {
     if (!jobs_.Running() && RegroupTraceCommand(ws_, set_, current_, displayedGroup_, dialogs_)) StartDisplay();
 }
 
-FitSettings GroupAnalysisWindow::MakeFitSettings() const {
-    FitSettings f;
-    f.model = {std::clamp(settings_.NumberExponential, 1, 3), settings_.IncludeOffset};
-    f.range = FitRangeFromName(settings_.FitRange);
-    f.customFrom = picture_->Cursor(0);
-    f.customTo = picture_->Cursor(1);
-    f.rise = RiseRange(std::clamp(settings_.Rise, 0, 2));
-    f.useGuess = settings_.UseGuess;
-    f.guess = {settings_.tau1, settings_.A1, settings_.tau2, settings_.A2, settings_.tau3, settings_.A3, 0};
-    f.simplex.tolerance = settings_.Tolerance;
-    f.simplex.maxIterations = settings_.MaxIteration;
-    f.method = FitMethodFromName(settings_.Method);
-    f.simplex.restartUntilSettled = settings_.RestartSearch;
-    f.simplex.fixAmplitudes = settings_.FixAmplitude;
-    return f;
-}
-
 const ResultColumn* GroupAnalysisWindow::CurrentColumn() const {
     const int c = std::max(grid_->currentIndex().column(), 0);
     return c < int(gridColumns_.size()) ? &gridColumns_[std::size_t(c)] : nullptr;

@@ -30,7 +30,7 @@ bool GroupAnalysisWindow::StartFitJob(std::optional<double> compareCriterionPerc
                       .peakDirection = ws_.params().PeakDirection,
                       .group = displayedGroup_,
                       .scale = scale_,
-                      .settings = MakeFitSettings(),
+                      .settings = FitSettingsFrom(settings_, picture_->Cursor(0), picture_->Cursor(1)),
                       .compareCriterionPercent = compareCriterionPercent};
     const bool compare = compareCriterionPercent.has_value();
     Job job = MakeJob(
