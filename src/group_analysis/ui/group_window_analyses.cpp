@@ -101,12 +101,11 @@ void GroupAnalysisWindow::RunAnalysis(TraceAnalysis analysis) {
     ReadControls();
     if (set_.Empty() || jobs_.Running()) return;
     const bool placed = picture_->CursorsPlaced() && picture_->Cursor(0) != picture_->Cursor(1);
-    TraceAnalysisInput in{.analysis = analysis, .set = {}, .scale = scale_,
+    TraceAnalysisInput in{.analysis = analysis, .set = set_, .scale = scale_,
                           .traces = TracesToFit(set_, displayedType_, current_),
                           .from = placed ? picture_->Cursor(0) : 0,
                           .to = placed ? picture_->Cursor(1) : set_.length - 1,
                           .group = displayedGroup_, .settings = MakeAnalysisSettings()};
-    in.set = set_;
     if (!RunsAsJob(analysis, in.traces.size())) {
         ApplyAnalysis(RunTraceAnalyses(in, {}));
         return;
