@@ -69,6 +69,11 @@ double Samples(double ms, double intervalMs) { return std::max(1.0, std::round(m
 
 }  // namespace
 
+double MeanRrForQtc(std::span<const double> rrMs) {
+    if (rrMs.empty() || !std::ranges::all_of(rrMs, [](double rr) { return rr > 0; })) return kNotMeasured;
+    return Mean(rrMs, 0, rrMs.size());
+}
+
 double QtcBazett(double qtMs, double rrMs) { return rrMs > 0 ? qtMs / std::sqrt(rrMs / 1000) : kNotMeasured; }
 double QtcFridericia(double qtMs, double rrMs) { return rrMs > 0 ? qtMs / std::cbrt(rrMs / 1000) : kNotMeasured; }
 

@@ -4,6 +4,7 @@
 // isoelectric level of the PR segment.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "group_analysis/trace_analysis.h"
@@ -38,6 +39,10 @@ struct EcgBeat {
 
 // QT corrected to 60 beats/min: QT / RR^(1/2) (Bazett) and QT / RR^(1/3)
 // (Fridericia), RR in seconds, QT in ms.
+// The RR interval QTc takes: the mean of the recording's intervals (one
+// event per beat); not measured without an interval or with beats out of
+// time order (an interval not above 0).
+double MeanRrForQtc(std::span<const double> rrMs);
 double QtcBazett(double qtMs, double rrMs);
 double QtcFridericia(double qtMs, double rrMs);
 

@@ -84,15 +84,24 @@ WalkFit FitWalk(const SampledTrace& trace, const WalkModel& start, const WalkFit
         m.release = p[0], m.vmax = p[1], m.km = p[2];
         return m;
     };
+    struct Stopped {};
+    int simulations = 0;
     const auto rss = [&](std::span<const double> p) {
         if (p[0] <= 0 || p[1] < 0 || p[2] <= 0) return double(INFINITY);
+        if (options.keepGoing && !options.keepGoing(simulations++)) throw Stopped{};
         const auto sim = SimulateElectrode(modelOf(p), trace.Size(), trace.intervalMs);
         double s = 0;
         for (std::size_t i = 0; i < sim.size(); ++i) s += (trace.y[i] - sim[i]) * (trace.y[i] - sim[i]);
         return s;
     };
-    const SimplexMinimum best = MinimiseBySimplex(rss, {start.release, start.vmax, start.km},
-                                                  {options.maxIterations, options.tolerance});
+    SimplexMinimum best;
+    try {
+        best = MinimiseBySimplex(rss, {start.release, start.vmax, start.km},
+                                 {options.maxIterations, options.tolerance});
+    } catch (const Stopped&) {
+        fit.stopped = true;
+        return fit;
+    }
     fit.iterations = best.iterations;
     if (!std::isfinite(best.value)) return fit;
     fit.model = modelOf(best.point);

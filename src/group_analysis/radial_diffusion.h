@@ -4,6 +4,7 @@
 // converges to), and the fit of release, Vmax and Km to a recorded trace.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,9 @@ std::vector<double> SimulateElectrode(const WalkModel& model, std::size_t sample
 struct WalkFitOptions {
     int maxIterations = 500;
     double tolerance = 0.001;
+    // Asked before each simulation with the number done so far; false ends
+    // the fit unfinished (WalkFit::stopped, nothing fitted).
+    std::function<bool(int simulations)> keepGoing{};
 };
 
 struct WalkFit {
@@ -61,6 +65,7 @@ struct WalkFit {
     double rSquared = kNotMeasured, stdev = kNotMeasured;
     int iterations = 0;
     std::vector<double> simulated;  // over the trace
+    bool stopped = false;
 };
 
 // Fits release, Vmax and Km (the other values of `start` fixed) to the trace,

@@ -29,8 +29,6 @@ inline constexpr std::string_view kGroupNumberCaption = "Group Number";
 inline constexpr std::string_view kRegroupPrompt = "Please enter the group number to regroup this trace.";
 inline constexpr std::string_view kOnlyIndividualOrAverage =
     "This function will only work when trace is shown as individual or average.";
-inline constexpr std::string_view kOnlyAverageOrIndividual =
-    "This function is only for Average or Individual trace.";
 inline constexpr std::string_view kNotAvailableCaption = "Not Available";
 inline constexpr std::string_view kTryAgainCaption = "Try Again";
 inline constexpr std::string_view kManualOnlyIndividual =

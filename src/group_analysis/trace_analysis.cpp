@@ -4,7 +4,6 @@
 
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/measure_columns.h"
-#include "group_analysis/texts.h"
 #include "recording/le_bytes.h"
 
 namespace vess::group {
@@ -101,15 +100,12 @@ SampledTrace TraceStretch(const TraceSet& set, int32_t trace, int32_t from, int3
     return out;
 }
 
-std::optional<std::string> SingleTraceProblem(AnalysisType shown) {
-    if (IsAverageType(shown) || IsIndividualType(shown)) return std::nullopt;
-    return std::string(texts::kOnlyAverageOrIndividual);
-}
-
-ResultBytes MeasureRow(ResultKind kind, int32_t trace, int32_t group, std::span<const double> values) {
+ResultBytes MeasureRow(ResultKind kind, int32_t trace, int32_t group, std::span<const double> values,
+                       int32_t eventIndex) {
     ResultValues head;
     head.kind = kind;
     head.trace = trace;
+    head.eventIndex = eventIndex;
     head.group = group;
     ResultBytes row = WriteResultRow(head);
     std::span<uint8_t> bytes(row);

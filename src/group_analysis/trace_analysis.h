@@ -1,7 +1,7 @@
 // What the special analyses of the group window share: one evenly sampled
 // trace in the recording's units, its derivatives, interpolated level
-// crossings, the stretch of the shown trace between the cursors, the check
-// that one trace is shown, and the results rows they append.
+// crossings, the stretch of the shown trace between the cursors, and the
+// results rows they append.
 #pragma once
 
 #include <cmath>
@@ -59,13 +59,11 @@ double AreaBeyond(const SampledTrace& t, double a, double b, double level, int d
 SampledTrace TraceStretch(const TraceSet& set, int32_t trace, int32_t from, int32_t to,
                           const UnitScale& scale);
 
-// The message for an analysis of one trace when the display shows another
-// type (superimposed traces); nullopt when one trace is shown.
-std::optional<std::string> SingleTraceProblem(AnalysisType shown);
-
-// One results row of a measuring analysis: which trace, then the values in
-// the order of ResultColumns(kind); NaN stays NaN (not measured).
-ResultBytes MeasureRow(ResultKind kind, int32_t trace, int32_t group, std::span<const double> values);
+// One results row of a measuring analysis: which trace (and its event,
+// 0 for none), then the values in the order of ResultColumns(kind); NaN
+// stays NaN (not measured).
+ResultBytes MeasureRow(ResultKind kind, int32_t trace, int32_t group, std::span<const double> values,
+                       int32_t eventIndex = 0);
 
 // Markers on the trace: scatter points at the given times and values under
 // one legend, and a line between two points.

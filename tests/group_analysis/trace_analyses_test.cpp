@@ -174,9 +174,6 @@ TEST(TraceAnalysis, StretchBetweenCursorsAndAreaAcrossALevel) {
     const SampledTrace v{0, 0.5, {0, -1, -2, -1, 0}};
     EXPECT_DOUBLE_EQ(AreaBeyond(v, 0, 4, -1, -1), 0.5 * 2 * 1 * 0.5);
     EXPECT_DOUBLE_EQ(AreaBeyond(v, 0, 4, -0.5, -1), 0.5 * 3 * 1.5 * 0.5);
-    EXPECT_EQ(SingleTraceProblem(AnalysisType::Superimpose).value_or(""),
-              "This function is only for Average or Individual trace.");
-    EXPECT_FALSE(SingleTraceProblem(AnalysisType::ScaledIndividual));
 }
 
 }  // namespace

@@ -21,6 +21,7 @@
 #include "app/job_runner.h"
 #include "recording/number_text.h"
 #include "group_analysis/texts.h"
+#include "group_analysis/trace_commands.h"
 #include "group_analysis/ui/trace_picture.h"
 #include "recording/workspace.h"
 
@@ -37,6 +38,8 @@ QComboBox* Combo(const char* name, const QStringList& items, bool editable = fal
     c->setEditable(editable);
     return c;
 }
+
+std::string Entry(const QComboBox* c) { return c->currentText().toStdString(); }
 
 QCheckBox* Check(const char* name, const QString& text) {
     auto* c = new QCheckBox(text);
@@ -269,10 +272,7 @@ void GroupAnalysisWindow::BuildControls() {
     connect(compare, &QPushButton::clicked, this, [this] { Action("menu_CompareFits")->trigger(); });
     connect(useLast, &QPushButton::clicked, this, [this] {
         if (lastFits_.empty()) return;
-        const ResultValues& v = lastFits_.back().values;
-        settings_.tau1 = v.tau1, settings_.A1 = v.a1, settings_.tau2 = v.tau2, settings_.A2 = v.a2;
-        settings_.tau3 = v.tau3, settings_.A3 = v.a3;
-        settings_.UseGuess = true;
+        UseLastFit(settings_, lastFits_.back().values);
         useGuess_->setChecked(true);
     });
     connect(fitRange_, &QComboBox::currentTextChanged, this, [this](const QString& t) {
@@ -281,8 +281,10 @@ void GroupAnalysisWindow::BuildControls() {
     });
     connect(picture_, &TracePicture::CursorsMoved, this, &GroupAnalysisWindow::UpdateCursorLabel);
     connect(every_, &QComboBox::currentTextChanged, this,
-            [this](const QString& t) { picture_->SetDecimation(t.toInt()); });
-    auto gainOffset = [this] { picture_->SetGainOffset(gain_->currentText().toDouble(), offset_->currentText().toDouble()); };
+            [this](const QString& t) { picture_->SetDecimation(WholeEntryOr(t.toStdString(), 1, 1, 1000000)); });
+    auto gainOffset = [this] {
+        picture_->SetGainOffset(NumberEntryOr(Entry(gain_), 1, 1e-9, 1e9), NumberEntryOr(Entry(offset_), 0, -1e300, 1e300));
+    };
     connect(gain_, &QComboBox::currentTextChanged, this, gainOffset);
     connect(offset_, &QComboBox::currentTextChanged, this, gainOffset);
 }
@@ -290,25 +292,25 @@ void GroupAnalysisWindow::BuildControls() {
 void GroupAnalysisWindow::ReadControls() {
     GroupAnalysisSettings& s = settings_;
     s.DisplayGroup = byGroup_->isChecked();
-    s.GroupNumber = group_->currentText().toInt();
+    s.GroupNumber = WholeEntryOr(Entry(group_), s.GroupNumber, 0, 255);
     s.AnalysisType = type_->currentText().toStdString();
     s.PeakAlignment = alignment_->currentText().toStdString();
     s.BlocktoAnalyze = blocks_->currentText().toStdString();
-    s.DisplayEveryPoint = std::max(1, every_->currentText().toInt());
+    s.DisplayEveryPoint = WholeEntryOr(Entry(every_), s.DisplayEveryPoint, 1, 1000000);
     s.DisplayGain = gain_->currentText().toStdString();
     s.DisplayOffset = offset_->currentText().toStdString();
     s.BaselineAdjust = baseline_->isChecked();
     s.FitRange = fitRange_->currentText().toStdString();
-    s.NumberExponential = exponentials_->currentText().toInt();
-    s.MaxIteration = std::max(1, maxIter_->currentText().toInt());
+    s.NumberExponential = WholeEntryOr(Entry(exponentials_), s.NumberExponential, 1, 3);
+    s.MaxIteration = WholeEntryOr(Entry(maxIter_), s.MaxIteration, 1, 100000000);
     s.Rise = rise_->currentIndex();
     s.IncludeOffset = includeOffset_->isChecked();
     s.FixAmplitude = fixAmplitude_->isChecked();
     s.UseGuess = useGuess_->isChecked();
     s.Method = method_->currentText().toStdString();
     s.RestartSearch = restart_->isChecked();
-    s.AmplitudeBin = std::max(1, amplitudeBins_->currentText().toInt());
-    s.AverageTrace = std::max(0, averageTraces_->currentText().toInt());
+    s.AmplitudeBin = WholeEntryOr(Entry(amplitudeBins_), s.AmplitudeBin, 1, 1000000);
+    s.AverageTrace = WholeEntryOr(Entry(averageTraces_), s.AverageTrace, 0, 1000000);
     s.SubtractBaseVar = subtractBaseVar_->isChecked();
     s.NonStationaryOffset = fluctuationOffset_->isChecked();
     ReadAnalysisControls();

@@ -17,7 +17,7 @@
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/fit_run.h"
 #include "group_analysis/group_settings.h"
-#include "group_analysis/spike_shape.h"
+#include "group_analysis/trace_analysis_run.h"
 #include "group_analysis/trace_set.h"
 #include "group_analysis/trace_text.h"
 #include "group_analysis/ui/results_grid_model.h"
@@ -44,6 +44,11 @@ class QLineEdit;
 namespace vess::group {
 
 class TracePicture;
+
+// The object names of the Analysis menu's trace analyses, in TraceAnalysis order.
+inline constexpr int kTraceAnalysisCount = 7;
+inline constexpr const char* kAnalysisActions[kTraceAnalysisCount] = {
+    "menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk", "menu_ECG"};
 
 // How printing reaches a printer. The desktop shows the print and preview
 // dialogs; tests print to PDF files and look at the preview without showing it.
@@ -92,16 +97,10 @@ public:
     const std::optional<ResultCurve>& Curve() const { return resultCurve_; }
 
     // The trace analyses of the Analysis menu (group_window_analyses.cpp):
-    // each reads the shown trace between the cursors the user placed,
-    // draws what it found and appends its rows.
-    void RunSpikeShape();
-    void RunSpikeTrain();
-    void RunFieldPotential();
-    void RunMultipeak();
-    // Transmitter release and heart analyses (group_window_release.cpp).
-    void RunAmperometric();
-    void RunDiffusionFit();
-    void RunEcg();
+    // each reads the shown trace between the cursors the user placed, or
+    // every trace of a superimposed type as a job, draws what it found and
+    // appends its rows.
+    void RunAnalysis(TraceAnalysis analysis);
     // Manual detection: each click on the trace appends its time and value;
     // Escape ends it.
     void StartManualDetection();
@@ -118,7 +117,6 @@ private:
     void WriteControls();
     void UpdateCursorLabel();
     AnalysisType Type() const;
-    FitSettings MakeFitSettings() const;
     bool StartFitJob(std::optional<double> compareCriterionPercent);
     void ApplyFits(FitRunResult run);
     void ApplyComparisons(FitRunResult run);
@@ -135,6 +133,7 @@ private:
     void CurveDataOut(bool toClipboard);
     void PlotDataArray(int array);
     void SavePicture();
+    void CopyPictureSvg();
     void RunFluctuation();
     void BuildSpecialAnalyses(QMenu* analysis);
     QWidget* BuildAnalysisSettings();
@@ -143,11 +142,8 @@ private:
     QWidget* BuildReleaseSettings();
     void ReadReleaseControls();
     void WriteReleaseControls();
-    SpikeShapeSettings MakeSpikeSettings() const;
-    // The stretch an analysis of one trace works on, or nullopt (after
-    // saying why) when there is no trace or several are shown.
-    std::optional<SampledTrace> AnalysedStretch();
-    void AppendMeasureRows(ResultKind kind, const std::vector<std::vector<double>>& rows);
+    TraceAnalysisSettings MakeAnalysisSettings() const;
+    void ApplyAnalysis(TraceAnalysisRun run);
     void ManualPoint(int32_t point);
 
     Workspace& ws_;

@@ -9,10 +9,10 @@
 #include <QMenu>
 
 #include "graphs/ui/graph_frame.h"
-#include "group_analysis/field_potential.h"
-#include "group_analysis/multipeak.h"
-#include "group_analysis/spike_train.h"
 #include "group_analysis/texts.h"
+#include "group_analysis/trace_commands.h"
+#include "hrv/rr_intervals.h"
+#include "app/job_runner.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
 #include "recording/workspace.h"
@@ -22,6 +22,7 @@ namespace vess::group {
 namespace {
 QString Q(std::string_view s) { return QString::fromUtf8(s.data(), qsizetype(s.size())); }
 std::string Str(std::string_view s) { return std::string(s); }
+std::string Entry(const QComboBox* c) { return c->currentText().toStdString(); }
 
 QComboBox* Combo(const char* name, const QStringList& items) {
     auto* c = new QComboBox;
@@ -78,81 +79,50 @@ void GroupAnalysisWindow::WriteAnalysisControls() {
     thresholdBaseline_->setChecked(settings_.UseThresholdBaseline);
 }
 
-SpikeShapeSettings GroupAnalysisWindow::MakeSpikeSettings() const {
-    SpikeShapeSettings s;
-    if (const double rate = thresholdRate_->currentText().toDouble(); rate > 0) s.thresholdRate = rate;
-    s.widthAboveThreshold = widthAbove_->currentText().toDouble();
-    s.useThresholdBaseline = thresholdBaseline_->isChecked();
-    SetRiseRange(s, rise_->currentIndex());
-    SetDecayPercent(s, decayPercent_->currentText().toStdString());  // the default stays when unreadable
+TraceAnalysisSettings GroupAnalysisWindow::MakeAnalysisSettings() const {
+    TraceAnalysisSettings s;
+    ApplyStoredSettings(s, settings_);
+    SpikeShapeSettings& shape = s.train.shape;
+    shape.thresholdRate = NumberEntryOr(Entry(thresholdRate_), shape.thresholdRate, 1e-9, 1e300);
+    s.field.synapticCurrents = fieldKind_->currentText() == Q(texts::kSynapticCurrents);
+    s.field.chordSlope = slopeKind_->currentText() == Q(texts::kSlopeChord);
+    // A placed first cursor marks the stimulus; otherwise the fastest
+    // deflections are taken for the stimuli.
+    s.stimulusAtStart = picture_->CursorsPlaced();
+    s.peaks.thresholdSds = NumberEntryOr(Entry(peakSds_), s.peaks.thresholdSds, 1e-9, 1e300);
+    s.peaks.direction = ws_.params().PeakDirection < 0 ? -1 : 1;
+    s.ecg.rrMs = MeanRrForQtc(hrv::AllIntervals(hrv::WorkspaceBeatTimesMs(ws_)).rrMs);
     return s;
 }
 
-std::optional<SampledTrace> GroupAnalysisWindow::AnalysedStretch() {
-    if (set_.Empty()) return std::nullopt;
-    if (const auto problem = SingleTraceProblem(displayedType_)) {
-        dialogs_.Message(Str(texts::kWindowCaption), *problem);
-        return std::nullopt;
-    }
+// One trace at once; every trace of a superimposed type, and any diffusion
+// fit, as a job whose rows arrive when it ends.
+void GroupAnalysisWindow::RunAnalysis(TraceAnalysis analysis) {
+    ReadControls();
+    if (set_.Empty() || jobs_.Running()) return;
     const bool placed = picture_->CursorsPlaced() && picture_->Cursor(0) != picture_->Cursor(1);
-    return TraceStretch(set_, ShownTrace(), placed ? picture_->Cursor(0) : 0,
-                        placed ? picture_->Cursor(1) : set_.length - 1, scale_);
+    TraceAnalysisInput in{.analysis = analysis, .set = set_, .scale = scale_,
+                          .traces = TracesToFit(set_, displayedType_, current_),
+                          .from = placed ? picture_->Cursor(0) : 0,
+                          .to = placed ? picture_->Cursor(1) : set_.length - 1,
+                          .group = displayedGroup_, .settings = MakeAnalysisSettings()};
+    if (!RunsAsJob(analysis, in.traces.size())) {
+        ApplyAnalysis(RunTraceAnalyses(in, {}));
+        return;
+    }
+    const QString title = Action(kAnalysisActions[int(analysis)])->text().remove('&');
+    jobs_.Start(MakeJob(
+                    title.toStdString(),
+                    [in = std::move(in)](const JobProgress& progress) { return RunTraceAnalyses(in, progress); },
+                    [this](TraceAnalysisRun run) { ApplyAnalysis(std::move(run)); }),
+                this);
 }
 
-void GroupAnalysisWindow::AppendMeasureRows(ResultKind kind, const std::vector<std::vector<double>>& rows) {
-    for (const auto& values : rows) ws_.results.Append(MeasureRow(kind, ShownTrace(), displayedGroup_, values));
+void GroupAnalysisWindow::ApplyAnalysis(TraceAnalysisRun run) {
+    AppendTraceAnalysisRows(ws_.results, run, displayedGroup_);
+    picture_->SetMarks(JoinedMarks(run));
     RefreshGrid();
-}
-
-void GroupAnalysisWindow::RunSpikeShape() {
-    ReadControls();
-    const auto stretch = AnalysedStretch();
-    if (!stretch) return;
-    const SpikeShape s = MeasureSpike(*stretch, MakeSpikeSettings());
-    picture_->SetMarks(SpikeMarkers(s));
-    AppendMeasureRows(ResultKind::SpikeShape, {SpikeShapeValues(s)});
-}
-
-void GroupAnalysisWindow::RunSpikeTrain() {
-    ReadControls();
-    const auto stretch = AnalysedStretch();
-    if (!stretch) return;
-    const SpikeTrainSettings s{.shape = MakeSpikeSettings(), .minHeight = ym_->currentText().toDouble(),
-                               .hysteresis = yt_->currentText().toDouble()};
-    const SpikeTrain train = MeasureSpikeTrain(*stretch, s);
-    picture_->SetMarks(SpikeTrainMarkers(train));
-    AppendMeasureRows(ResultKind::SpikeTrain, SpikeTrainRows(train));
-    ShowPlot(PhasePlanePlot(*stretch, train, scale_.units));
-}
-
-void GroupAnalysisWindow::RunFieldPotential() {
-    ReadControls();
-    const auto stretch = AnalysedStretch();
-    if (!stretch) return;
-    FieldSettings s;
-    s.synapticCurrents = fieldKind_->currentText() == Q(texts::kSynapticCurrents);
-    s.chordSlope = slopeKind_->currentText() == Q(texts::kSlopeChord);
-    // A placed first cursor marks the stimulus; otherwise the fastest
-    // deflections are taken for the stimuli.
-    std::vector<double> stimuli;
-    if (picture_->CursorsPlaced()) stimuli.push_back(stretch->startMs);
-    const auto responses = MeasureFieldResponses(*stretch, s, stimuli);
-    picture_->SetMarks(FieldMarkers(responses));
-    std::vector<std::vector<double>> rows;
-    for (std::size_t k = 0; k < responses.size(); ++k) rows.push_back(FieldResponseValues(responses[k], int(k + 1)));
-    AppendMeasureRows(s.synapticCurrents ? ResultKind::EvokedCurrent : ResultKind::FieldPotential, rows);
-}
-
-void GroupAnalysisWindow::RunMultipeak() {
-    ReadControls();
-    const auto stretch = AnalysedStretch();
-    if (!stretch) return;
-    MultipeakSettings s;
-    if (const double sds = peakSds_->currentText().toDouble(); sds > 0) s.thresholdSds = sds;
-    s.direction = ws_.params().PeakDirection < 0 ? -1 : 1;
-    const Multipeak m = FindPeaks(*stretch, s);
-    picture_->SetMarks(MultipeakMarkers(m));
-    AppendMeasureRows(ResultKind::Multipeak, MultipeakRows(m));
+    if (run.outcomes.size() == 1 && run.outcomes[0].plot) ShowPlot(*run.outcomes[0].plot);
 }
 
 void GroupAnalysisWindow::StartManualDetection() {
@@ -179,9 +149,11 @@ void GroupAnalysisWindow::ManualPoint(int32_t point) {
     const double time = set_.TimeMs(point), value = picture_->ValueAt(point);
     const bool second = manualCount_ > 0;
     ++manualCount_;
-    AppendMeasureRows(ResultKind::ManualPoint,
-                      {{double(manualCount_), time, value, second ? time - manualTime_ : kNotMeasured,
-                        second ? value - manualValue_ : kNotMeasured}});
+    const std::vector<std::vector<double>> row{{double(manualCount_), time, value,
+                                                second ? time - manualTime_ : kNotMeasured,
+                                                second ? value - manualValue_ : kNotMeasured}};
+    AppendMeasureRows(ws_.results, ResultKind::ManualPoint, current_, displayedGroup_, row);
+    RefreshGrid();
     manualTime_ = time, manualValue_ = value;
     auto marks = picture_->Marks();
     if (marks.empty()) marks.push_back(Markers("Manual", {}, {}, {255, 255, 0}));
@@ -191,15 +163,13 @@ void GroupAnalysisWindow::ManualPoint(int32_t point) {
 }
 
 void GroupAnalysisWindow::BuildSpecialAnalyses(QMenu* analysis) {
-    AddAction(analysis, "menu_APWave1", tr("Action Potential Wave Analysis &1"), [this] { RunSpikeShape(); });
-    AddAction(analysis, "menu_APWave2", tr("Action Potential Wave Analysis &2 (Trains, Phase Plane)"),
-              [this] { RunSpikeTrain(); });
-    AddAction(analysis, "menu_fEPSP", tr("Population Spike / f&EPSP Analysis"), [this] { RunFieldPotential(); });
-    AddAction(analysis, "menu_Multipeak", tr("&Multipeak Analysis"), [this] { RunMultipeak(); });
+    const char* captions[kTraceAnalysisCount] = {
+        "Action Potential Wave Analysis &1", "Action Potential Wave Analysis &2 (Trains, Phase Plane)",
+        "Population Spike / f&EPSP Analysis", "&Multipeak Analysis", "&Amperometric Peak Analysis",
+        "&Random-walk Diffusion Fitting", "&ECG Analysis"};
+    for (int k = 0; k < kTraceAnalysisCount; ++k)
+        AddAction(analysis, kAnalysisActions[k], tr(captions[k]), [this, k] { RunAnalysis(TraceAnalysis(k)); });
     AddAction(analysis, "menu_ManualDetection", tr("Manual &Detection"), [this] { StartManualDetection(); });
-    AddAction(analysis, "menu_Ampero", tr("&Amperometric Peak Analysis"), [this] { RunAmperometric(); });
-    AddAction(analysis, "menu_RandomWalk", tr("&Random-walk Diffusion Fitting"), [this] { RunDiffusionFit(); });
-    AddAction(analysis, "menu_ECG", tr("&ECG Analysis"), [this] { RunEcg(); });
     QAction* end = AddAction(analysis, "key_end_manual", tr("End Manual Detection"), [this] { EndManualDetection(); });
     end->setShortcut(QKeySequence(Qt::Key_Escape));
     end->setShortcutContext(Qt::WindowShortcut);

@@ -5,7 +5,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPageSetupDialog>
-#include <QPainter>
+#include <qcustomplot.h>
 #include <QPlainTextEdit>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
@@ -13,14 +13,16 @@
 #include <QRadioButton>
 #include <QTableView>
 
+#include <filesystem>
+
 #include "app/job_runner.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/grid_print.h"
 #include "group_analysis/fit_review.h"
-#include "group_analysis/fluctuation.h"
 #include "group_analysis/results_commands.h"
 #include "group_analysis/results_plots.h"
 #include "group_analysis/texts.h"
+#include "group_analysis/trace_commands.h"
 #include "group_analysis/ui/group_assign_dialog.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
@@ -55,7 +57,7 @@ void GroupAnalysisWindow::StartDisplay() {
             .group = settings_.GroupNumber,
             .type = displayedType_,
             .alignment = AlignmentFromName(settings_.PeakAlignment),
-            .blocks = QString::fromStdString(settings_.BlocktoAnalyze).toDouble(),
+            .blocks = NumberEntryOr(settings_.BlocktoAnalyze, 0, 0, 1e9),
             .baselineAdjust = settings_.BaselineAdjust,
             .fullSweep = fullSweep_->isChecked()};
         const std::string tooLarge =
@@ -65,6 +67,7 @@ void GroupAnalysisWindow::StartDisplay() {
     }
     current_ = 0;
     picture_->SetTraces(&set_, scale_);
+    picture_->SetTitle(PictureTitle(settings_.DisplayGroup, displayedGroup_, displayedType_));
     picture_->SetDecimation(settings_.DisplayEveryPoint);
     if (IsSuperimposeType(displayedType_)) picture_->ShowAll();
     else picture_->ShowTrace(0);
@@ -88,58 +91,15 @@ void GroupAnalysisWindow::MoveTo(int32_t trace) {
 }
 
 void GroupAnalysisWindow::JumpToTrace() {
-    if (set_.Empty()) return;
-    if (!IsIndividualType(displayedType_) && !IsAverageType(displayedType_)) {
-        dialogs_.Message(Str(texts::kWindowCaption), Str(texts::kOnlyIndividualOrAverage));
-        return;
-    }
-    const auto answer = dialogs_.Input(Str(texts::kJumpCaption), texts::JumpPrompt(set_.count));
-    if (answer && !answer->empty()) MoveTo(QString::fromStdString(*answer).toInt());
+    if (const auto target = JumpTargetCommand(set_, displayedType_, dialogs_)) MoveTo(*target);
 }
 
 void GroupAnalysisWindow::RemoveTrace() {
-    if (set_.Empty() || jobs_.Running()) return;
-    if (current_ == 0) {
-        dialogs_.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRemoveAverage));
-        return;
-    }
-    ws_.history.Checkpoint(ws_.events, "Remove trace from its group");
-    ws_.events[set_.eventIndex[std::size_t(current_)]].group = 0;
-    StartDisplay();
+    if (!jobs_.Running() && RemoveTraceCommand(ws_, set_, current_, dialogs_)) StartDisplay();
 }
 
 void GroupAnalysisWindow::RegroupTrace() {
-    if (set_.Empty() || jobs_.Running()) return;
-    if (current_ == 0) {
-        dialogs_.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRegroupAverage));
-        return;
-    }
-    const auto answer = dialogs_.Input(Str(texts::kGroupNumberCaption), Str(texts::kRegroupPrompt),
-                                       std::to_string(displayedGroup_ + 1));
-    if (!answer || answer->empty()) return;
-    bool ok = false;
-    const int g = QString::fromStdString(*answer).toInt(&ok);
-    if (!ok || g < 0 || g > 255) return;
-    ws_.history.Checkpoint(ws_.events, "Regroup trace");
-    ws_.events[set_.eventIndex[std::size_t(current_)]].group = uint8_t(g);
-    StartDisplay();
-}
-
-FitSettings GroupAnalysisWindow::MakeFitSettings() const {
-    FitSettings f;
-    f.model = {std::clamp(settings_.NumberExponential, 1, 3), settings_.IncludeOffset};
-    f.range = FitRangeFromName(settings_.FitRange);
-    f.customFrom = picture_->Cursor(0);
-    f.customTo = picture_->Cursor(1);
-    f.rise = RiseRange(std::clamp(settings_.Rise, 0, 2));
-    f.useGuess = settings_.UseGuess;
-    f.guess = {settings_.tau1, settings_.A1, settings_.tau2, settings_.A2, settings_.tau3, settings_.A3, 0};
-    f.simplex.tolerance = settings_.Tolerance;
-    f.simplex.maxIterations = settings_.MaxIteration;
-    f.method = FitMethodFromName(settings_.Method);
-    f.simplex.restartUntilSettled = settings_.RestartSearch;
-    f.simplex.fixAmplitudes = settings_.FixAmplitude;
-    return f;
+    if (!jobs_.Running() && RegroupTraceCommand(ws_, set_, current_, displayedGroup_, dialogs_)) StartDisplay();
 }
 
 const ResultColumn* GroupAnalysisWindow::CurrentColumn() const {
@@ -195,17 +155,20 @@ void GroupAnalysisWindow::PlotDataArray(int array) {
     if (auto plot = DataArrayHistogramCommand(ws_.Array(array), array, dialogs_)) ShowPlot(*plot);
 }
 
+// Pictures go into documents: they keep the axes and may carry scale bars.
 void GroupAnalysisWindow::SavePicture() {
     const auto name = dialogs_.SaveFile({"", "Picture (*.png *.svg *.pdf)", "png", ""});
     if (!name || name->empty()) return;
-    const QString path = QString::fromStdString(WithDefaultExtension(*name, "png").string());
-    if (path.endsWith(".png", Qt::CaseInsensitive)) {
-        picture_->grab().save(path);
-        return;
-    }
-    // Vector pictures go into documents, so they may carry scale bars.
     picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
-    ExportWidget(picture_, path);
+    if (!picture_->SaveAs(QString::fromStdString(WithDefaultExtension(*name, "png").string())))
+        dialogs_.Message(Str(texts::kWindowCaption), "The picture could not be written to " + *name + ".");
+    picture_->SetScaleBars(false);
+}
+
+void GroupAnalysisWindow::CopyPictureSvg() {
+    picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
+    const QString path = QString::fromStdString((std::filesystem::temp_directory_path() / "TempPicture.svg").string());
+    if (picture_->SaveAs(path)) CopySvgFile(path);
     picture_->SetScaleBars(false);
 }
 
@@ -225,38 +188,19 @@ void GroupAnalysisWindow::PrintPicture() {
     if (print_.choosePrinter(*printer_)) PaintPicture(*printer_);
 }
 
+// The picture, its group and type line included, scaled to the page.
 void GroupAnalysisWindow::PaintPicture(QPagedPaintDevice& device) {
-    QPainter p(&device);
-    const QRect page(0, 0, device.width(), device.height());
-    const QString line = Q(texts::kPrintGroup) + QString::number(displayedGroup_) + "    " +
-                         Q(texts::kPrintType) + Q(AnalysisTypeName(displayedType_));
-    const int lineHeight = p.fontMetrics().height() * 2;
-    p.drawText(QRect(page.left(), page.top(), page.width(), lineHeight), Qt::AlignLeft | Qt::AlignVCenter, line);
-    // The display scaled to the page width, under the line.
-    const double scale = std::min(double(page.width()) / picture_->width(),
-                                  double(page.height() - lineHeight) / picture_->height());
-    p.translate(page.left(), page.top() + lineHeight);
+    QCPPainter p(&device);
+    const double scale = std::min(double(device.width()) / picture_->width(), double(device.height()) / picture_->height());
     p.scale(scale, scale);
-    picture_->render(&p);
+    picture_->Render(p, picture_->width(), picture_->height());
 }
 
 void GroupAnalysisWindow::RunFluctuation() {
-    if (set_.count < 2) return;
-    std::vector<std::vector<double>> traces;
-    for (int32_t t = 1; t <= set_.count; ++t) {
-        std::vector<double> v;
-        for (int16_t c : set_.Row(t)) v.push_back(scale_.Difference(c));
-        traces.push_back(std::move(v));
-    }
-    const FluctuationResult r = AnalyseFluctuation(
-        traces, {.peakScaled = IsScaled(displayedType_), .amplitudeBins = settings_.AmplitudeBin,
-                 .subtractBaseVariance = settings_.SubtractBaseVar,
-                 .includeOffset = settings_.NonStationaryOffset, .baselinePoints = set_.prePoints / 2,
-                 .averageTraces = settings_.AverageTrace});
-    if (!r.ok) return;
-    ws_.results.Append(WriteResultRow(FluctuationRow(r, displayedGroup_, set_.count)));
+    const auto plot = FluctuationCommand(ws_.results, set_, scale_, displayedType_, displayedGroup_, settings_);
+    if (!plot) return;
     RefreshGrid();
-    ShowPlot(VarianceMeanPlot(r, scale_.units));
+    ShowPlot(*plot);
 }
 
 QAction* GroupAnalysisWindow::AddAction(QMenu* menu, const char* name, const QString& text,
@@ -291,11 +235,7 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(trace, "menu_copydata", tr("&Copy Trace Data"), [this] { TraceDataOut(true); });
     AddAction(trace, "menu_extractcurvedata", tr("Copy C&urve Data"), [this] { CurveDataOut(true); });
     AddAction(trace, "menu_copybmp", tr("Copy &Picture"), [this] { CopyWidget(picture_); });
-    AddAction(trace, "menu_CopyMeta", tr("Copy Picture as &SVG"), [this] {
-        picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
-        CopyWidgetSvg(picture_);
-        picture_->SetScaleBars(false);
-    });
+    AddAction(trace, "menu_CopyMeta", tr("Copy Picture as &SVG"), [this] { CopyPictureSvg(); });
     AddAction(trace, "menu_print", tr("Print Pictu&re..."), [this] { PrintPicture(); });
 
     QMenu* results = menuBar()->addMenu(tr("&Results"));

@@ -12,6 +12,7 @@
 #include "group_analysis/fit_run.h"
 #include "group_analysis/results_commands.h"
 #include "group_analysis/texts.h"
+#include "group_analysis/trace_commands.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
 #include "recording/workspace.h"
@@ -29,7 +30,7 @@ bool GroupAnalysisWindow::StartFitJob(std::optional<double> compareCriterionPerc
                       .peakDirection = ws_.params().PeakDirection,
                       .group = displayedGroup_,
                       .scale = scale_,
-                      .settings = MakeFitSettings(),
+                      .settings = FitSettingsFrom(settings_, picture_->Cursor(0), picture_->Cursor(1)),
                       .compareCriterionPercent = compareCriterionPercent};
     const bool compare = compareCriterionPercent.has_value();
     Job job = MakeJob(
@@ -57,7 +58,7 @@ void GroupAnalysisWindow::StartCompareFits() {
     ReadControls();
     if (set_.Empty() || jobs_.Running()) return;
     dialogs_.Message(std::string(texts::kCompareFitsCaption), std::string(texts::kCompareFitsText));
-    StartFitJob(criterion_->currentText().toDouble());
+    StartFitJob(NumberEntryOr(criterion_->currentText().toStdString(), 1.0, 0, 100));
 }
 
 void GroupAnalysisWindow::ApplyFits(FitRunResult run) {
@@ -70,19 +71,18 @@ void GroupAnalysisWindow::ApplyFits(FitRunResult run) {
         resultCurve_ = FittedCurve(set_, last.from, last.curve, CurveFitHeader(displayedGroup_, last.trace));
     }
     RefreshGrid();
-    if (IsSuperimposeType(displayedType_) && (autoReject_->isChecked() || rejectCi_->isChecked())) {
-        RejectCriterion c;
-        if (autoReject_->isChecked()) c.minRSquared = minRSquared_->currentText().toDouble();
-        if (rejectCi_->isChecked()) c.confidencePercent = confidence_->currentText().toDouble();
-        AutoRejectCommand(ws_, set_, TracesToReject(lastFits_, c), dialogs_);
-    }
+    const std::string minRSquared = minRSquared_->currentText().toStdString();
+    const std::string confidence = confidence_->currentText().toStdString();
+    AutoRejectAfterFits(ws_, set_, displayedType_, lastFits_,
+                        {autoReject_->isChecked(), minRSquared, rejectCi_->isChecked(), confidence}, dialogs_);
 }
 
 void GroupAnalysisWindow::ApplyComparisons(FitRunResult run) {
     AppendFitRows(ws_.results, run);
     RefreshGrid();
-    if (regroupTwo_->isChecked())
-        RegroupTwoExponentialCommand(ws_, set_, run.twoWon, regroupTarget_->currentText().toInt(), dialogs_);
+    const int target = WholeEntryOr(regroupTarget_->currentText().toStdString(), -1, 0, 255);
+    if (regroupTwo_->isChecked() && target >= 0)
+        RegroupTwoExponentialCommand(ws_, set_, run.twoWon, target, dialogs_);
 }
 
 void GroupAnalysisWindow::StartLoadingResults() {
@@ -106,9 +106,10 @@ void GroupAnalysisWindow::OnJobsRunning(bool running) {
     }
     // What would change the set or the events under a job waits for it.
     start_->setEnabled(!running);
-    for (const char* name : {"menu_DisplayTrace", "menu_trace_remove", "menu_trace_regroup",
-                             "menu_StartFitting", "menu_CompareFits", "menu_LoadResults"})
+    for (const char* name : {"menu_DisplayTrace", "menu_trace_remove", "menu_trace_regroup", "menu_StartFitting",
+                             "menu_CompareFits", "menu_LoadResults", "menu_NonStationary", "menu_ManualDetection"})
         Action(name)->setEnabled(!running);
+    for (const char* name : kAnalysisActions) Action(name)->setEnabled(!running);
     fit_->setEnabled(!running || fitting_);
 }
 

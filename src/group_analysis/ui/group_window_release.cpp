@@ -1,10 +1,5 @@
-// The transmitter-release and heart analyses of the group analysis window:
-// one amperometric spike's measures, the fit of the diffusion and uptake
-// model, and the delineation of an ECG beat. Like the other trace analyses they take
-// the shown trace between the cursors, draw what they found and append a
-// row.
-#include <algorithm>
-
+// The settings boxes of the transmitter-release analyses of the group
+// analysis window: amperometry and the diffusion and uptake model.
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -13,12 +8,8 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
-#include "group_analysis/amperometry.h"
-#include "group_analysis/ecg_delineation.h"
-#include "group_analysis/radial_diffusion.h"
+#include "group_analysis/trace_commands.h"
 #include "group_analysis/ui/group_window.h"
-#include "group_analysis/ui/trace_picture.h"
-#include "hrv/rr_intervals.h"
 
 namespace vess::group {
 
@@ -36,12 +27,6 @@ constexpr const char* kWalkLabels[9] = {"Release (µM)", "Vmax (µM/s)", "Km (µ
                                         "Tolerance"};
 constexpr const char* kWalkNames[9] = {"txtRelease", "txtVmax", "txtKm", "txtDeadRadius", "txtTotalRadius",
                                        "txtBinSize", "txtDiffusionCoeff", "Text2", "Text3"};
-
-double Number(const QLineEdit* e, double fallback) {
-    bool ok = false;
-    const double v = e->text().toDouble(&ok);
-    return ok && v > 0 ? v : fallback;
-}
 }  // namespace
 
 QWidget* GroupAnalysisWindow::BuildReleaseSettings() {
@@ -82,8 +67,8 @@ void GroupAnalysisWindow::ReadReleaseControls() {
     std::string* texts[7] = {&settings_.Release, &settings_.Vmax, &settings_.Km, &settings_.DeadRadius,
                              &settings_.TotalRadius, &settings_.BinSize, &settings_.DiffusionCoeff};
     for (int k = 0; k < 7; ++k) *texts[k] = walkFields_[std::size_t(k)]->text().toStdString();
-    settings_.WalkMaxIter = int(Number(walkFields_[7], settings_.WalkMaxIter));
-    settings_.WalkTolerance = Number(walkFields_[8], settings_.WalkTolerance);
+    settings_.WalkMaxIter = WholeEntryOr(walkFields_[7]->text().toStdString(), settings_.WalkMaxIter, 1, 1000000);
+    settings_.WalkTolerance = NumberEntryOr(walkFields_[8]->text().toStdString(), settings_.WalkTolerance, 1e-15, 1);
 }
 
 void GroupAnalysisWindow::WriteReleaseControls() {
@@ -96,53 +81,6 @@ void GroupAnalysisWindow::WriteReleaseControls() {
     for (int k = 0; k < 7; ++k) walkFields_[std::size_t(k)]->setText(QString::fromStdString(*texts[k]));
     walkFields_[7]->setText(QString::number(settings_.WalkMaxIter));
     walkFields_[8]->setText(QString::number(settings_.WalkTolerance));
-}
-
-void GroupAnalysisWindow::RunAmperometric() {
-    ReadControls();
-    const auto stretch = AnalysedStretch();
-    if (!stretch) return;
-    AmperoSettings s;
-    SetAmperoRise(s, settings_.AmperoRise);
-    SetAmperoDecay(s, settings_.DecayPercent);  // the default stays when unreadable
-    if (const double n = electrons_->currentText().toDouble(); n > 0) s.electrons = n;
-    const AmperoSpike spike = MeasureAmperoSpike(*stretch, s);
-    picture_->SetMarks(AmperoMarkers(spike));
-    AppendMeasureRows(ResultKind::Amperometric, {AmperoValues(spike)});
-}
-
-}  // namespace vess::group
-
-namespace vess::group {
-
-void GroupAnalysisWindow::RunDiffusionFit() {
-    ReadControls();
-    const auto stretch = AnalysedStretch();
-    if (!stretch) return;
-    WalkModel m;
-    double* values[7] = {&m.release, &m.vmax, &m.km, &m.deadRadius, &m.totalRadius, &m.binSize, &m.diffusion};
-    for (int k = 0; k < 7; ++k) *values[k] = Number(walkFields_[std::size_t(k)], *values[k]);
-    if (walkFields_[3]->text().toDouble() == 0) m.deadRadius = 0;
-    m.diffusingEdge = settings_.Edge != "Reflecting";
-    const WalkFit fit = FitWalk(*stretch, m, {settings_.WalkMaxIter, settings_.WalkTolerance});
-    picture_->SetMarks(WalkFitMarkers(*stretch, fit));
-    AppendMeasureRows(ResultKind::Diffusion, {WalkFitValues(fit)});
-}
-
-// QTc takes the mean RR interval of the recording's events (one event per
-// beat); with fewer than two events, or events out of time order, it is not
-// measured.
-void GroupAnalysisWindow::RunEcg() {
-    ReadControls();
-    const auto stretch = AnalysedStretch();
-    if (!stretch) return;
-    EcgSettings s;
-    const auto beats = hrv::AllIntervals(hrv::WorkspaceBeatTimesMs(ws_));
-    const bool inOrder = std::ranges::all_of(beats.rrMs, [](double rr) { return rr > 0; });
-    if (!beats.rrMs.empty() && inOrder) s.rrMs = Mean(beats.rrMs, 0, beats.rrMs.size());
-    const EcgBeat beat = DelineateBeat(*stretch, s);
-    picture_->SetMarks(EcgMarkers(*stretch, beat));
-    AppendMeasureRows(ResultKind::Ecg, {EcgValues(beat)});
 }
 
 }  // namespace vess::group

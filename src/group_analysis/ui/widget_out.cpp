@@ -1,12 +1,9 @@
 #include "group_analysis/ui/widget_out.h"
 
-#include <QBuffer>
 #include <QClipboard>
+#include <QFile>
 #include <QMimeData>
 #include <QGuiApplication>
-#include <QPainter>
-#include <QPdfWriter>
-#include <QSvgGenerator>
 #include <QWidget>
 
 #include <filesystem>
@@ -26,43 +23,14 @@ void CopyTextThroughFile(const std::string& text, const std::string& fileName) {
     CopyText(bytes ? std::string(bytes->begin(), bytes->end()) : text);
 }
 
-void CopyWidgetSvg(QWidget* widget) {
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    {
-        QSvgGenerator svg;
-        svg.setOutputDevice(&buffer);
-        svg.setSize(widget->size());
-        svg.setViewBox(widget->rect());
-        QPainter p(&svg);
-        widget->render(&p);
-    }
+void CopySvgFile(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return;
     auto* mime = new QMimeData;
-    mime->setData("image/svg+xml", buffer.data());
+    mime->setData("image/svg+xml", file.readAll());
     QGuiApplication::clipboard()->setMimeData(mime);
 }
 
 void CopyWidget(QWidget* widget) { QGuiApplication::clipboard()->setPixmap(widget->grab()); }
-
-bool ExportWidget(QWidget* widget, const QString& path) {
-    if (path.endsWith(".svg", Qt::CaseInsensitive)) {
-        QSvgGenerator svg;
-        svg.setFileName(path);
-        svg.setSize(widget->size());
-        svg.setViewBox(widget->rect());
-        QPainter p(&svg);
-        widget->render(&p);
-        return true;
-    }
-    if (path.endsWith(".pdf", Qt::CaseInsensitive)) {
-        QPdfWriter pdf(path);
-        pdf.setPageSize(QPageSize(widget->size(), QPageSize::Point));
-        pdf.setResolution(72);
-        QPainter p(&pdf);
-        widget->render(&p);
-        return true;
-    }
-    return widget->grab().save(path);
-}
 
 }  // namespace vess::group

@@ -1,5 +1,4 @@
-// Copying and saving what a widget shows: text and pictures to the
-// clipboard, pictures to PNG, SVG or PDF files.
+// Copying text and pictures to the clipboard.
 #pragma once
 
 #include <QString>
@@ -14,10 +13,8 @@ void CopyText(const std::string& text);
 // Copies text by way of a temporary file (in the temporary folder), as the
 // other programs that paste it expect the file's line endings and encoding.
 void CopyTextThroughFile(const std::string& text, const std::string& fileName);
-// The widget as an SVG picture on the clipboard.
-void CopyWidgetSvg(QWidget* widget);
+// The SVG picture in the file onto the clipboard.
+void CopySvgFile(const QString& path);
 void CopyWidget(QWidget* widget);
-// By the file's suffix: .svg or .pdf (anything else is saved as PNG).
-bool ExportWidget(QWidget* widget, const QString& path);
 
 }  // namespace vess::group
