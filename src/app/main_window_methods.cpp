@@ -54,16 +54,7 @@ void MainWindow::OnMethodChosen(DetectionMethod method) {
 
 void MainWindow::OnSuggestFromRecording() {
     if (Busy()) return;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const RecordingSuggestion s = ws_.recording ? SuggestFromRecording(ws_) : RecordingSuggestion{};
-    QApplication::restoreOverrideCursor();
-    if (!ws_.recording) dialogs_.Message(method_texts::kSuggestCaption, method_texts::kNoRecording);
-    else if (!s.ok) dialogs_.Message(method_texts::kSuggestCaption, s.problem);
-    else {
-        ApplySuggestion(ws_, s);
-        MarkSuggested(ws_);
-        dialogs_.Message(method_texts::kSuggestCaption, SuggestionReport(ws_, s));
-    }
+    SuggestFromRecordingCommand(ws_, dialogs_);
     RefreshAll();
 }
 
