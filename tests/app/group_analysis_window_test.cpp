@@ -20,6 +20,7 @@
 #include <QTimer>
 
 #include "app/gui_fixture.h"
+#include "group_analysis/ui/group_commands.h"
 #include "group_analysis/results_commands.h"
 #include "group_analysis/ui/group_assign_dialog.h"
 #include "group_analysis/ui/group_window.h"
@@ -42,7 +43,7 @@ protected:
         EXPECT_NE(d.Preview()->text().toStdString().find("Group 1: "), std::string::npos);
         d.Apply();
         EXPECT_TRUE(ws.history.CanUndo());
-        GroupAnalysisWindow* w = window->OpenGroupAnalysis();
+        GroupAnalysisWindow* w = group::OpenGroupAnalysis(*window);
         EXPECT_EQ(w->windowTitle(), "Group Analysis and Curve Fitting");
         // Keys go to the active window's focus widget.
         w->activateWindow();

@@ -11,6 +11,7 @@
 #include <cmath>
 
 #include "app/gui_fixture.h"
+#include "group_analysis/ui/group_commands.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/plot_widget.h"
 #include "group_analysis/result_row.h"
@@ -31,7 +32,7 @@ protected:
     // The window over the given type, after Start Display.
     GroupAnalysisWindow* Display(const QString& type, const QString& blocks = "1", bool episodes = false) {
         if (!w) {
-            w = window->OpenGroupAnalysis();
+            w = group::OpenGroupAnalysis(*window);
             // Window shortcuts (Escape) need the window active, as a click on it makes it.
             w->activateWindow();
             QApplication::setActiveWindow(w);

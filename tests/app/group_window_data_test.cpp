@@ -15,6 +15,7 @@
 #include <set>
 
 #include "app/gui_fixture.h"
+#include "group_analysis/ui/group_commands.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/plot_widget.h"
 #include "group_analysis/ui/group_assign_dialog.h"
@@ -37,7 +38,7 @@ protected:
         group::GroupAssignDialog d(ws, group::GroupAssignMode::Random);
         d.RandomGroups()->setValue(1);
         d.Apply();
-        GroupAnalysisWindow* w = window->OpenGroupAnalysis();
+        GroupAnalysisWindow* w = group::OpenGroupAnalysis(*window);
         w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
         w->findChild<QComboBox*>("Combo2")->setCurrentText(type);
         QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
@@ -231,7 +232,7 @@ TEST_F(GroupDataTest, VariableLengthSweepsAreShownAsEpisodes) {
     VESS_REQUIRE_SHARED_DATA();
     dialogs.AnswerInput("0");  // the channel
     ASSERT_TRUE(OpenFile(SharedData() / "abf1/2009_01_19_0002_varlen_v18.abf"));
-    GroupAnalysisWindow* w = window->OpenGroupAnalysis();
+    GroupAnalysisWindow* w = group::OpenGroupAnalysis(*window);
     w->findChild<QRadioButton*>("Option2_0")->setChecked(true);
     w->findChild<QCheckBox*>("Check10")->setChecked(true);
     w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
