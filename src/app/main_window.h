@@ -98,7 +98,6 @@ private:
     void BuildSignalMenu();     // main_window_signal.cpp
     void AddFilterActions(QMenu* m);      // main_window_filter.cpp
     void AddSignalToolActions(QMenu* m);  // main_window_signal_tools.cpp
-    void AddBatchActions(QMenu* m);       // main_window_batch.cpp
     // The commands every subsystem registered (main_window_registry.cpp).
     void BuildRegisteredCommands();
     void RefreshRegisteredActions();
