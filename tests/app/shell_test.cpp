@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTextBrowser>
@@ -159,9 +160,12 @@ TEST_F(ShellTest, PointerAndNonStopReadoutsAreClearedAfterUndoAndAnotherFile) {
     OpenSample();
     auto* pointer = window->findChild<QLabel*>("lbPointer");
     auto* progress = window->findChild<QProgressBar*>("pbNonStop");
-    int moves = 0;
-    const auto stale = [&] {  // a new place each time: the same one sends no move
-        QTest::mouseMove(window->Trace(), window->Trace()->PlotRect().center() + QPoint(3 * ++moves, 0));
+    const auto stale = [&] {
+        // Straight to the trace: another test's window may lie over it.
+        const QPointF at = window->Trace()->PlotRect().center();
+        QMouseEvent move(QEvent::MouseMove, at, window->Trace()->mapToGlobal(at), Qt::NoButton,
+                         Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(window->Trace(), &move);
         Key(Qt::Key_F11);
         ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 30000));
         ASSERT_FALSE(pointer->text().isEmpty());
