@@ -82,24 +82,6 @@ protected:
     }
 };
 
-TEST(RecentRecordings, NewestFirstWithoutRepeatsAndAtMostTen) {
-    struct Case {
-        std::vector<std::string> before;
-        std::string opened;
-        std::vector<std::string> after;
-    };
-    std::vector<std::string> eleven;
-    for (int i = 0; i < 11; ++i) eleven.push_back("f" + std::to_string(i));
-    const std::vector<std::string> tenAfterNew = {"new", "f0", "f1", "f2", "f3", "f4", "f5", "f6", "f7", "f8"};
-    const Case cases[] = {
-        {{}, "a", {"a"}},
-        {{"a", "b", "c"}, "c", {"c", "a", "b"}},  // reopened moves to the front, once
-        {{"a", "b"}, "a", {"a", "b"}},
-        {eleven, "new", tenAfterNew},
-    };
-    for (const Case& c : cases) EXPECT_EQ(WithNewest(c.before, c.opened), c.after) << c.opened;
-}
-
 TEST_F(ShellTest, CtrlOOpensARecordingAndTheRecentMenuReopensIt) {
     const auto other = WriteOther("other.abf");
     dialogs.AnswerOpenFile(abfPath.string());
