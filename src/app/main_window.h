@@ -4,7 +4,6 @@
 // Workspace, and every command is a core function followed by a redraw.
 #pragma once
 
-#include <QPointer>
 #include <QMainWindow>
 
 #include <functional>
@@ -38,7 +37,6 @@ class EventSound;
 class FileBrowser;
 class NonStopRunner;
 class JobRunner;
-class AccuracyWindow;
 class DataAnalysisWindow;
 class OverviewStrip;
 class ParameterPanel;
@@ -47,7 +45,6 @@ class TraceView;
 struct CorrelogramRequest;
 struct DoublePeakResult;
 struct FilterChoice;
-class FilterDialog;
 
 class MainWindow : public QMainWindow, public CommandHost {
     Q_OBJECT
@@ -274,8 +271,6 @@ private:
     // The trace view shows the filtered copy while one is applied and this
     // is on; detection reads it when the settings say so.
     QLabel* statusFilter_ = nullptr;
-    QPointer<FilterDialog> filterDialog_;  // cleared when the dialog is deleted
-    AccuracyWindow* accuracyWindow_ = nullptr;
     ToolWindows tools_{this};
     struct RegisteredAction {
         QAction* action;
