@@ -44,6 +44,7 @@ MainWindow::MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
       sound_(std::make_unique<EventSound>()) {
     setObjectName("frmMain");
     setWindowTitle("Vessantorium");
+    setAcceptDrops(true);
     BuildLayout();
     BuildMenus();
     connect(nonStop_.get(), &NonStopRunner::Progress, this, &MainWindow::OnNonStopProgress);
@@ -288,6 +289,11 @@ void MainWindow::RefreshTrace() {
         scroll_->setRange(0, 0);
     }
     trace_->update();
+}
+
+void MainWindow::ClearStaleReadouts() {
+    ResetProgress();
+    statusPointer_->clear();
 }
 
 void MainWindow::ResetProgress() {

@@ -4,7 +4,6 @@
 // Workspace, and every command is a core function followed by a redraw.
 #pragma once
 
-#include <QPointer>
 #include <QMainWindow>
 
 #include <functional>
@@ -16,6 +15,8 @@
 
 #include "detection/detection_start.h"
 #include "recording/dialogs.h"
+#include "recording/ui/command_registry.h"
+#include "recording/ui/tool_windows.h"
 #include "recording/workspace.h"
 
 class QAction;
@@ -36,7 +37,6 @@ class EventSound;
 class FileBrowser;
 class NonStopRunner;
 class JobRunner;
-class AccuracyWindow;
 class DataAnalysisWindow;
 class OverviewStrip;
 class ParameterPanel;
@@ -45,29 +45,27 @@ class TraceView;
 struct CorrelogramRequest;
 struct DoublePeakResult;
 struct FilterChoice;
-class FilterDialog;
-namespace group {
-class GroupAnalysisWindow;
-}
 
-class MainWindow : public QMainWindow {
+class MainWindow : public QMainWindow, public CommandHost {
     Q_OBJECT
 public:
     MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent = nullptr);
     ~MainWindow() override;
 
     // Opens a file as a click in the file list does (ABF or event file).
-    void OpenPath(const QString& path);
+    void OpenPath(const QString& path) override;
     // The menu action or button with this object name (nullptr if none).
     QAction* Action(const QString& objectName) const;
     bool NonStopRunning() const;
     // A non-stop analysis or a job runs: what would change the recording or
     // its events waits (the test every such command's enabling asks).
     bool Busy() const;
-    JobRunner& Jobs() const { return *jobs_; }
-    // GrpAnal, created on first use and raised after (main_window_group.cpp).
-    group::GroupAnalysisWindow* OpenGroupAnalysis();
-    Workspace& Ws() { return ws_; }
+    JobRunner& Jobs() const override { return *jobs_; }
+    Workspace& Ws() override { return ws_; }
+    Dialogs& Asker() override { return dialogs_; }
+    ToolWindows& Tools() override { return tools_; }
+    void Redraw(bool eventsChanged) override;  // main_window_registry.cpp
+    std::vector<int32_t> SelectedRows() const override;
     TraceView* Trace() const { return trace_; }
     OverviewStrip* Overview() const { return overview_; }
     QTableView* Grid() const { return grid_; }
@@ -78,6 +76,10 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    // An .abf or .evt file dropped on the window opens as from the file list
+    // (main_window_drop.cpp).
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     // Swallows tool-tip events of every window while DisplayTooltips is off.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -90,12 +92,14 @@ private:
     void BuildAnalysisMenu();
     void BuildNavigationMenu();
     void BuildLaterMenus();
-    void BuildGroupAnalysisMenu();  // main_window_group.cpp
-    void BuildHeartRateMenu();  // main_window_hrv.cpp
     void BuildSignalMenu();     // main_window_signal.cpp
     void AddFilterActions(QMenu* m);      // main_window_filter.cpp
     void AddSignalToolActions(QMenu* m);  // main_window_signal_tools.cpp
-    void AddBatchActions(QMenu* m);       // main_window_batch.cpp
+    // The commands every subsystem registered (main_window_registry.cpp).
+    void BuildRegisteredCommands();
+    void RefreshRegisteredActions();
+    // The menu at a '/'-separated path of titles, made when missing.
+    QMenu* MenuAt(const QString& path);
     // Digital filter (main_window_filter.cpp).
     void OnFilterDialog();
     void OnFilterResponse(const FilterChoice& choice);
@@ -121,6 +125,9 @@ private:
     void FitGridColumns();
     // The progress bar back to "Ready" (another file, or the events erased).
     void ResetProgress();
+    // The pointer read-out and the non-stop progress, which speak of what
+    // was shown before another file or an undo, are cleared.
+    void ClearStaleReadouts();
     // The file list highlights the open recording (nothing when none is open
     // or it lies in another folder), also after an abandoned switch.
     void ShowOpenFileInList();
@@ -128,7 +135,6 @@ private:
     void ShowSelection();
     void AfterEdit(bool changed);
     void AfterNavigation(const struct NavResult& result);
-    std::vector<int32_t> SelectedRows() const;
 
     // Work arrays, histograms and statistics (main_window_statistics.cpp).
     void BuildStatisticsMenus();
@@ -230,7 +236,6 @@ private:
 
     Workspace& ws_;
     Dialogs& dialogs_;
-    group::GroupAnalysisWindow* groupWindow_ = nullptr;
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
     JobRunner* jobs_ = nullptr;
@@ -266,8 +271,12 @@ private:
     // The trace view shows the filtered copy while one is applied and this
     // is on; detection reads it when the settings say so.
     QLabel* statusFilter_ = nullptr;
-    QPointer<FilterDialog> filterDialog_;  // cleared when the dialog is deleted
-    AccuracyWindow* accuracyWindow_ = nullptr;
+    ToolWindows tools_{this};
+    struct RegisteredAction {
+        QAction* action;
+        const Command* command;
+    };
+    std::vector<RegisteredAction> registered_;
 };
 
 }  // namespace vess

@@ -2,7 +2,6 @@
 // core command followed by a redraw.
 #include <QAction>
 #include <QMenu>
-#include <QPushButton>
 
 #include "app/job_runner.h"
 #include "app/main_window.h"
@@ -53,12 +52,14 @@ void MainWindow::OnGridHeaderClicked(int column) {
 void MainWindow::OnUndo() {
     if (Busy() || !ws_.history.Undo(ws_.events)) return;
     KeepSelectionValid(ws_);
+    ClearStaleReadouts();
     AfterEdit(true);
 }
 
 void MainWindow::OnRedo() {
     if (Busy() || !ws_.history.Redo(ws_.events)) return;
     KeepSelectionValid(ws_);
+    ClearStaleReadouts();
     AfterEdit(true);
 }
 
@@ -103,11 +104,7 @@ void MainWindow::RefreshActions() {
                       ? tr("&Redo %1").arg(QString::fromStdString(ws_.history.RedoLabel()))
                       : tr("&Redo"));
     for (QAction* a : arrayActions_) a->setEnabled(!jobs_->Running());
-    for (std::size_t i = 0; i < buttons_.size(); ++i) {
-        const char* names[] = {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop", "menu_Stop",
-                               "menu_Reset", "menu_SaveSettings", "menu_SaveSettings"};
-        buttons_[i]->setEnabled(Action(names[i])->isEnabled());
-    }
+    RefreshRegisteredActions();
 }
 
 }  // namespace vess

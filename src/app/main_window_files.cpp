@@ -22,6 +22,7 @@
 #include "detection/screen_commands.h"
 #include "recording/file_list.h"
 #include "recording/parameter_file.h"
+#include "recording/recent_recordings.h"
 #include "recording/settings_file.h"
 #include "recording/ui/event_grid_model.h"
 #include "recording/ui/file_browser.h"
@@ -41,12 +42,10 @@ void MainWindow::OnFileChosen(const QString& path) {
     if (OpenFromFileList(ws_, path.toStdString(), dialogs_)) {
         fitColumns_ = true;
         if (!ws_.events.Empty()) ws_.selectedEvent = 1;
+        RememberRecording(ws_.iniPath, path.toStdString());
+        ClearStaleReadouts();
     }
-    if (ws_.recording.get() != before) {
-        trace_->ResetScale();
-        ResetProgress();
-        statusPointer_->clear();  // it named the other file's unit
-    }
+    if (ws_.recording.get() != before) trace_->ResetScale();
     gridModel_->ContentChanged();
     RefreshAll();
     ShowOpenFileInList();
@@ -73,7 +72,7 @@ void MainWindow::OnOpenEvent() {
     if (OpenEventFileCommand(ws_, dialogs_)) {
         ws_.selectedEvent = ws_.events.Empty() ? 0 : 1;
         gridModel_->ContentChanged();
-        ResetProgress();
+        ClearStaleReadouts();
     }
     RefreshAll();
 }

@@ -41,15 +41,14 @@ void MainWindow::AddFilterActions(QMenu* m) {
 
 void MainWindow::OnFilterDialog() {
     if (!ws_.recording) return dialogs_.Message(texts::kFilterCaption, texts::kFilterNoRecording);
-    if (!filterDialog_) {
-        filterDialog_ = new FilterDialog(FilterChoiceFromSettings(ws_.settings), SampleRateHz(*ws_.recording), this);
-        connect(filterDialog_, &FilterDialog::ResponseRequested, this, &MainWindow::OnFilterResponse);
-        connect(filterDialog_, &FilterDialog::ApplyRequested, this, &MainWindow::OnFilterApply);
-        connect(filterDialog_, &FilterDialog::RemoveRequested, this, &MainWindow::OnRemoveFilter);
-        connect(filterDialog_, &QDialog::finished, filterDialog_, &QObject::deleteLater);
-    }
-    filterDialog_->show();
-    filterDialog_->raise();
+    tools_.Show<FilterDialog>([this](QWidget* owner) {
+        auto* d = new FilterDialog(FilterChoiceFromSettings(ws_.settings), SampleRateHz(*ws_.recording), owner);
+        connect(d, &FilterDialog::ResponseRequested, this, &MainWindow::OnFilterResponse);
+        connect(d, &FilterDialog::ApplyRequested, this, &MainWindow::OnFilterApply);
+        connect(d, &FilterDialog::RemoveRequested, this, &MainWindow::OnRemoveFilter);
+        connect(d, &QDialog::finished, d, &QObject::deleteLater);
+        return d;
+    });
 }
 
 void MainWindow::OnFilterResponse(const FilterChoice& choice) {

@@ -42,15 +42,18 @@ void MainWindow::BuildMenus() {
     BuildAnalysisMenu();
     BuildNavigationMenu();
     BuildLaterMenus();
-    BuildHeartRateMenu();
+    BuildRegisteredCommands();
 
-    // The buttons run the same actions.
+    // The buttons run the same actions and follow their enabling.
     const char* buttonActions[] = {"menu_Analyze", "menu_AnalyzeNext", "menu_NonStop", "menu_Stop",
                                    "menu_Reset", "menu_SaveSettings", "menu_SaveSettings"};
     for (std::size_t i = 0; i < buttons_.size(); ++i) {
         QAction* a = Action(buttonActions[i]);
-        connect(buttons_[i], &QPushButton::clicked, a, &QAction::trigger);
-        buttons_[i]->setToolTip(a->toolTip());
+        QPushButton* b = buttons_[i];
+        connect(b, &QPushButton::clicked, a, &QAction::trigger);
+        connect(a, &QAction::enabledChanged, b, &QPushButton::setEnabled);
+        b->setToolTip(a->toolTip());
+        b->setEnabled(a->isEnabled());
     }
 
     // Menus show the tool-tips that name each command's key.
@@ -64,7 +67,8 @@ void MainWindow::BuildMenus() {
 void MainWindow::BuildFileMenu() {
     QMenu* m = menuBar()->addMenu(tr("&File"));
     m->setObjectName("menu_File");
-    AddAction(m, "menu_OpenEvent", tr("&Open Event File..."), {QKeySequence::Open}, nullptr,
+    // Ctrl+O opens a recording (registered with the recording's commands).
+    AddAction(m, "menu_OpenEvent", tr("Open &Event File..."), {QKeySequence("Ctrl+Shift+O")}, nullptr,
               &MainWindow::OnOpenEvent);
     AddAction(m, "menu_SaveEvent", tr("&Save Event File..."), {QKeySequence::Save}, nullptr,
               &MainWindow::OnSaveEvent);
@@ -134,15 +138,11 @@ void MainWindow::BuildEditMenus() {
               &MainWindow::OnDeleteRejected);
     AddAction(m, "menu_RemoveDuplicates", tr("Remove Duplicate Events"), {}, nullptr,
               &MainWindow::OnRemoveDuplicates);
-    m->addSeparator();
-    // The group-assignment dialog is connected with group analysis.
-    for (auto [name, text] : {std::pair{"menu_groupBursts", tr("Group Bursts...")},
-                              {"menu_groupEpisodic", tr("Group Episodic Events...")},
-                              {"menu_groupbyrandom", tr("Group at Random...")}})
-        AddAction(m, name, text, {}, nullptr, nullptr);
+    // The group assignments of the group analysis commands come here.
     m->addSeparator();
     sortMenu_ = m->addMenu(tr("&Sort Events By"));
     sortMenu_->setObjectName("menu_Sort");
+    actions_["menu_Sort"] = sortMenu_->menuAction();
     const char* fields[] = {"Time", "Amplitude", "Time to Rise", "Time to Decay", "Area",
                             "Baseline", "Noise", "Group", "Channel", "Rise10-90", "Half-width",
                             "Rise 50", "Peak Direction", "Burst #", "Burst Event#", "Slope10-90",
@@ -276,7 +276,6 @@ void MainWindow::BuildNavigationMenu() {
 
 void MainWindow::BuildLaterMenus() {
     // The analysis menus that follow the main window's own, in menu-bar order.
-    BuildGroupAnalysisMenu();
     BuildStatisticsMenus();
     BuildSignalMenu();
 }

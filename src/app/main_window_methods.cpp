@@ -54,16 +54,7 @@ void MainWindow::OnMethodChosen(DetectionMethod method) {
 
 void MainWindow::OnSuggestFromRecording() {
     if (Busy()) return;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const RecordingSuggestion s = ws_.recording ? SuggestFromRecording(ws_) : RecordingSuggestion{};
-    QApplication::restoreOverrideCursor();
-    if (!ws_.recording) dialogs_.Message(method_texts::kSuggestCaption, method_texts::kNoRecording);
-    else if (!s.ok) dialogs_.Message(method_texts::kSuggestCaption, s.problem);
-    else {
-        ApplySuggestion(ws_, s);
-        MarkSuggested(ws_);
-        dialogs_.Message(method_texts::kSuggestCaption, SuggestionReport(ws_, s));
-    }
+    SuggestFromRecordingCommand(ws_, dialogs_);
     RefreshAll();
 }
 
@@ -78,9 +69,17 @@ void MainWindow::OnLearnKernel() {
 // ends. Asked again while one runs, the window is only raised.
 void MainWindow::OnCheckAccuracy() {
     if (NonStopRunning()) return;
-    if (accuracyWindow_ && accuracyWindow_->Running()) {
-        accuracyWindow_->show();
-        accuracyWindow_->raise();
+    const auto make = [this](QWidget* owner) {
+        auto* w = new AccuracyWindow(*jobs_, owner);
+        connect(w, &AccuracyWindow::Finished, this,
+                [](const AccuracyReport& report) { ShowPlot(AccuracyPlot(report)); });
+        return w;
+    };
+    // Shown and raised, not activated: the keys stay with the trace.
+    AccuracyWindow* check = tools_.Find<AccuracyWindow>();
+    if (check && check->Running()) {
+        check->show();
+        check->raise();
         return;
     }
     if (jobs_->Running()) return;
@@ -88,19 +87,15 @@ void MainWindow::OnCheckAccuracy() {
         dialogs_.Message(method_texts::kCheckCaption, method_texts::kNoRecording);
         return;
     }
-    if (!accuracyWindow_) {
-        accuracyWindow_ = new AccuracyWindow(*jobs_, this);
-        connect(accuracyWindow_, &AccuracyWindow::Finished, this,
-                [this](const AccuracyReport& report) { ShowPlot(AccuracyPlot(report)); });
-    }
     AccuracyInput input = PrepareAccuracyCheck(ws_, AccuracyOptions{});
     if (!input.problem.empty()) {
         dialogs_.Message(method_texts::kCheckCaption, input.problem);
         return;
     }
-    accuracyWindow_->Start(std::move(input));
-    accuracyWindow_->show();
-    accuracyWindow_->raise();
+    if (!check) check = tools_.Show<AccuracyWindow>(make);
+    check->Start(std::move(input));
+    check->show();
+    check->raise();
 }
 
 void MainWindow::OnRemoveNearDuplicates() {

@@ -1,5 +1,4 @@
-// The signal menu of the main window: digital filters, noise and trace tools,
-// and batch runs over many recordings.
+// The signal menu of the main window: digital filters, noise and trace tools.
 #include <QMenu>
 #include <QMenuBar>
 
@@ -12,8 +11,6 @@ void MainWindow::BuildSignalMenu() {
     AddFilterActions(m);
     m->addSeparator();
     AddSignalToolActions(m);
-    m->addSeparator();
-    AddBatchActions(m);
 }
 
 }  // namespace vess

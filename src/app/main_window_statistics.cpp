@@ -219,25 +219,20 @@ void MainWindow::BuildTestMenu() {
 }
 
 DataAnalysisWindow* MainWindow::OpenDataAnalysis() {
-    auto* w = findChild<DataAnalysisWindow*>();
-    if (!w) w = new DataAnalysisWindow(ws_, dialogs_, this);
-    w->show();
-    w->raise();
-    return w;
+    return tools_.Show<DataAnalysisWindow>(
+        [this](QWidget* owner) { return new DataAnalysisWindow(ws_, dialogs_, owner); });
 }
 
 void MainWindow::OpenMathOperation() {
-    auto* w = findChild<MathOperationWindow*>();
-    if (!w) {
-        w = new MathOperationWindow(ws_, dialogs_, this);
+    tools_.Show<MathOperationWindow>([this](QWidget* owner) {
+        auto* w = new MathOperationWindow(ws_, dialogs_, owner);
         connect(w, &MathOperationWindow::ArraysChanged, this, &MainWindow::ArraysChanged);
-    }
-    w->show();
-    w->raise();
+        return w;
+    });
 }
 
 void MainWindow::ArraysChanged() {
-    if (auto* w = findChild<DataAnalysisWindow*>()) w->ReloadArrays();
+    if (auto* w = tools_.Find<DataAnalysisWindow>()) w->ReloadArrays();
 }
 
 }  // namespace vess

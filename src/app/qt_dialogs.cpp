@@ -7,6 +7,8 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include "recording/ui/window_dialogs.h"
+
 namespace vess {
 namespace {
 
@@ -50,17 +52,22 @@ QString ToQtFilter(const std::string& filter) {
     return filters.join(";;");
 }
 
+QWidget* QtDialogs::Parent() const {
+    if (QWidget* asking = WindowDialogs::AskingWindow()) return asking;
+    return parent_;
+}
+
 void QtDialogs::Message(const std::string& caption, const std::string& text) {
-    QMessageBox::information(parent_, Q(caption), Q(text));
+    QMessageBox::information(Parent(), Q(caption), Q(text));
 }
 
 bool QtDialogs::AskYesNo(const std::string& caption, const std::string& text) {
-    return QMessageBox::question(parent_, Q(caption), Q(text), QMessageBox::Yes | QMessageBox::No,
+    return QMessageBox::question(Parent(), Q(caption), Q(text), QMessageBox::Yes | QMessageBox::No,
                                  QMessageBox::Yes) == QMessageBox::Yes;
 }
 
 Answer QtDialogs::AskYesNoCancel(const std::string& caption, const std::string& text) {
-    const auto b = QMessageBox::question(parent_, Q(caption), Q(text),
+    const auto b = QMessageBox::question(Parent(), Q(caption), Q(text),
                                          QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
                                          QMessageBox::Yes);
     if (b == QMessageBox::Yes) return Answer::Yes;
@@ -69,7 +76,7 @@ Answer QtDialogs::AskYesNoCancel(const std::string& caption, const std::string& 
 }
 
 bool QtDialogs::AskOkCancel(const std::string& caption, const std::string& text) {
-    return QMessageBox::question(parent_, Q(caption), Q(text), QMessageBox::Ok | QMessageBox::Cancel,
+    return QMessageBox::question(Parent(), Q(caption), Q(text), QMessageBox::Ok | QMessageBox::Cancel,
                                  QMessageBox::Cancel) == QMessageBox::Ok;
 }
 
@@ -77,13 +84,13 @@ std::optional<std::string> QtDialogs::Input(const std::string& caption, const st
                                             const std::string& initial) {
     bool ok = false;
     const QString answer =
-        QInputDialog::getText(parent_, Q(caption), Q(prompt), QLineEdit::Normal, Q(initial), &ok);
+        QInputDialog::getText(Parent(), Q(caption), Q(prompt), QLineEdit::Normal, Q(initial), &ok);
     if (!ok || answer.isEmpty()) return std::nullopt;
     return answer.toStdString();
 }
 
 std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& request) {
-    const QString path = QFileDialog::getOpenFileName(parent_, Q(request.caption),
+    const QString path = QFileDialog::getOpenFileName(Parent(), Q(request.caption),
                                                       Q(request.suggestedName),
                                                       ToQtFilter(request.filter));
     if (path.isEmpty()) return std::nullopt;
@@ -93,7 +100,7 @@ std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& request)
 std::optional<std::string> QtDialogs::SaveFile(const FileDialogRequest& request) {
     // The commands ask their own "Replace File" question, so Qt's is off.
     const QString path = QFileDialog::getSaveFileName(
-        parent_, Q(request.caption), Q(request.suggestedName), ToQtFilter(request.filter), nullptr,
+        Parent(), Q(request.caption), Q(request.suggestedName), ToQtFilter(request.filter), nullptr,
         QFileDialog::DontConfirmOverwrite);
     if (path.isEmpty()) return std::nullopt;
     return QDir::toNativeSeparators(path).toStdString();

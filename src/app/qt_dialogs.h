@@ -33,6 +33,8 @@ public:
     std::optional<std::string> SaveFile(const FileDialogRequest& request) override;
 
 private:
+    // The tool window whose question this is, else the main window.
+    QWidget* Parent() const;
     QWidget* parent_;
 };
 

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <optional>
 
+#include "detection/detection_start.h"
 #include "detection/detector.h"
 #include "detection/event_kernel.h"
 #include "detection/method_detect.h"
@@ -231,6 +232,7 @@ bool SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
     }
     const auto s = SuggestAndApply(ws, dialogs);
     if (!s) return false;
+    MarkSuggested(ws);  // the first analysis does not suggest again over the user's choice
     dialogs.Message(method_texts::kSuggestCaption, SuggestionReport(ws, *s));
     return true;
 }

@@ -197,7 +197,12 @@ Settings NewInstallationSettings() {
 Settings LoadIniSettings(const std::filesystem::path& path, std::vector<std::string>* problems) {
     std::error_code ec;
     if (!std::filesystem::exists(path, ec)) return NewInstallationSettings();
-    return SettingsFromIni(IniFile::Load(path), problems);
+    IniFile ini = IniFile::Load(path);
+    // A file that holds only the list of recent recordings was made by
+    // opening files, not by saving settings: still a new installation.
+    if (!ini.HasSection(kProgram) && !ini.HasSection(kDisplay) && !ini.HasSection(kAnalysis))
+        return NewInstallationSettings();
+    return SettingsFromIni(ini, problems);
 }
 
 std::string SettingsProblemsText(const std::filesystem::path& path,

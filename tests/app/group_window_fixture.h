@@ -10,6 +10,7 @@
 
 #include "app/gui_fixture.h"
 #include "group_analysis/ui/group_assign_dialog.h"
+#include "group_analysis/ui/group_commands.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
 
@@ -33,7 +34,7 @@ protected:
     // offscreen platform would leave the main window active).
     group::GroupAnalysisWindow* Window() {
         if (!w) {
-            w = window->OpenGroupAnalysis();
+            w = group::OpenGroupAnalysis(*window);
             w->activateWindow();
             EXPECT_TRUE(QTest::qWaitForWindowActive(w));
             QApplication::setActiveWindow(w);

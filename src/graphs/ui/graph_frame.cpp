@@ -161,6 +161,11 @@ bool GraphFrame::ExportPlot(PlotWidget* plot) {
     return false;
 }
 
+void GraphFrame::SetDialogs(Dialogs* dialogs) {
+    windowDialogs_ = dialogs ? std::make_unique<WindowDialogs>(*dialogs, this) : nullptr;
+    dialogs_ = windowDialogs_.get();
+}
+
 void GraphFrame::PrintPlot(PlotWidget* plot) {
     if (!plot) return;
     QPrinter printer(QPrinter::HighResolution);

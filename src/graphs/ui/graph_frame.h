@@ -6,9 +6,11 @@
 
 #include <QMainWindow>
 
+#include <memory>
 #include <vector>
 
 #include "graphs/plot.h"
+#include "recording/ui/window_dialogs.h"
 
 class QMdiArea;
 
@@ -36,9 +38,10 @@ public:
     // Every plot of the frame overlaid in one new child.
     PlotWidget* PlotAll();
 
-    // File names and messages go through these dialogs (the program's own);
-    // without them the frame asks with Qt's file dialog.
-    void SetDialogs(Dialogs* dialogs) { dialogs_ = dialogs; }
+    // File names and messages go through these dialogs (the program's own,
+    // asked in front of the frame); without them the frame asks with Qt's
+    // file dialog.
+    void SetDialogs(Dialogs* dialogs);
     // Asks for a file name and writes the plot as PNG, SVG or PDF by its
     // extension. False when cancelled or not written.
     bool ExportPlot(PlotWidget* plot);
@@ -50,6 +53,7 @@ private:
     void OnCurrentChanged();
 
     QMdiArea* area_;
+    std::unique_ptr<WindowDialogs> windowDialogs_;
     Dialogs* dialogs_ = nullptr;
     int untitled_ = 0;
 };

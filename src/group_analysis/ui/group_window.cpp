@@ -50,7 +50,7 @@ QCheckBox* Check(const char* name, const QString& text) {
 }  // namespace
 
 GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent)
-    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), jobs_(jobs) {
+    : QMainWindow(parent), ws_(ws), dialogs_(dialogs, this), jobs_(jobs) {
     setObjectName("GrpAnal");
     setWindowTitle(Q(texts::kWindowCaption));
     settings_ = LoadGroupSettings(ws_.iniPath);

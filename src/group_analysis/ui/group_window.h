@@ -21,6 +21,7 @@
 #include "group_analysis/trace_set.h"
 #include "group_analysis/trace_text.h"
 #include "group_analysis/ui/results_grid_model.h"
+#include "recording/ui/window_dialogs.h"
 
 class QCheckBox;
 class QComboBox;
@@ -147,7 +148,7 @@ private:
     void ManualPoint(int32_t point);
 
     Workspace& ws_;
-    Dialogs& dialogs_;
+    WindowDialogs dialogs_;  // its questions open in front of it
     JobRunner& jobs_;
     GroupAnalysisSettings settings_;
     TraceSet set_;

@@ -24,7 +24,7 @@ const QStringList kBinSizes{"0.1", "0.5", "1", "2", "5", "7.8125", "10", "20", "
 }  // namespace
 
 GeometricWindow::GeometricWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
-    : QWidget(parent), ws_(ws), dialogs_(dialogs) {
+    : QWidget(parent), ws_(ws), dialogs_(dialogs, this) {
     setObjectName("frmHRVGeo");
     setWindowTitle(Q(texts::kGeometricCaption));
     auto* layout = new QVBoxLayout(this);

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "hrv/analysis.h"
+#include "recording/ui/window_dialogs.h"
 
 class QComboBox;
 class QGridLayout;
@@ -41,7 +42,7 @@ private:
     void SetPane(int index, PlotWidget* plot);
 
     Workspace& ws_;
-    Dialogs& dialogs_;
+    WindowDialogs dialogs_;  // its questions open in front of it
     QComboBox* rrBin_ = nullptr;
     QComboBox* deltaBin_ = nullptr;
     QComboBox* upper_ = nullptr;

@@ -35,7 +35,7 @@ double Number(const QLineEdit* edit, double fallback) {
 }  // namespace
 
 SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent)
-    : QWidget(parent), ws_(ws), dialogs_(dialogs), jobs_(jobs), bounds_(LoadHrvOptions(ws.iniPath)) {
+    : QWidget(parent), ws_(ws), dialogs_(dialogs, this), jobs_(jobs), bounds_(LoadHrvOptions(ws.iniPath)) {
     setObjectName("frmHRVSpectrum");
     setWindowTitle(Q(texts::kSpectrumCaption));
     auto* layout = new QVBoxLayout(this);

@@ -11,6 +11,7 @@
 
 #include "hrv/hrv_options.h"
 #include "hrv/spectrum.h"
+#include "recording/ui/window_dialogs.h"
 
 class QComboBox;
 class QDoubleSpinBox;
@@ -49,7 +50,7 @@ private:
     void ShowSpectrum(SpectrumResult s, const SpectrumOptions& o);
 
     Workspace& ws_;
-    Dialogs& dialogs_;
+    WindowDialogs dialogs_;  // its questions open in front of it
     JobRunner& jobs_;
     HrvOptions bounds_;
     QComboBox* upper_ = nullptr;

@@ -31,7 +31,7 @@ namespace vess::hrv {
 
 TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs,
                                    std::filesystem::path templateFolder, QWidget* parent)
-    : QMainWindow(parent), ws_(ws), dialogs_(dialogs), jobs_(jobs), templateFolder_(std::move(templateFolder)) {
+    : QMainWindow(parent), ws_(ws), dialogs_(dialogs, this), jobs_(jobs), templateFolder_(std::move(templateFolder)) {
     setObjectName("frmHRV");
     setWindowTitle(Q(texts::kTimeDomainCaption));
     auto* central = new QWidget(this);

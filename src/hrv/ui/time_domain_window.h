@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "hrv/time_domain_commands.h"
+#include "recording/ui/window_dialogs.h"
 
 class QCheckBox;
 class QComboBox;
@@ -58,7 +59,7 @@ private:
     double IntervalUs() const;
 
     Workspace& ws_;
-    Dialogs& dialogs_;
+    WindowDialogs dialogs_;  // its questions open in front of it
     JobRunner& jobs_;
     std::filesystem::path templateFolder_;
     TimeDomainGrids grids_;

@@ -41,7 +41,7 @@ bool ReadsSummaries(StatTest test) {
 }  // namespace
 
 DataAnalysisWindow::DataAnalysisWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
-    : QMainWindow(parent, Qt::Window), ws_(ws), dialogs_(dialogs) {
+    : QMainWindow(parent, Qt::Window), ws_(ws), dialogs_(dialogs, this) {
     setObjectName("frmDataAnalysis");
     auto* central = new QWidget(this);
     auto* layout = new QHBoxLayout(central);

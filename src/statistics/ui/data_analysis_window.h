@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "statistics/data_analysis.h"
+#include "recording/ui/window_dialogs.h"
 
 class QGroupBox;
 class QLineEdit;
@@ -59,7 +60,7 @@ private:
     void ShowHelp();
 
     Workspace& ws_;
-    Dialogs& dialogs_;
+    WindowDialogs dialogs_;  // its questions open in front of it
     StatTest test_ = StatTest::TTestEqualVar;
     SampleFrame* sample1_ = nullptr;
     SampleFrame* sample2_ = nullptr;

@@ -16,7 +16,7 @@ namespace vess {
 using stats_ui_texts::Q;
 
 MathOperationWindow::MathOperationWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
-    : QDialog(parent), ws_(ws), dialogs_(dialogs) {
+    : QDialog(parent), ws_(ws), dialogs_(dialogs, this) {
     setObjectName("frmMath");
     setWindowTitle(Q(stats_texts::kMathMenu));
     auto* grid = new QGridLayout(this);

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "statistics/math_operation.h"
+#include "recording/ui/window_dialogs.h"
 
 class QComboBox;
 class QLineEdit;
@@ -43,7 +44,7 @@ private:
     void UpdateEnabled();
 
     Workspace& ws_;
-    Dialogs& dialogs_;
+    WindowDialogs dialogs_;  // its questions open in front of it
     std::array<QComboBox*, 2> operand_{};
     std::array<QLineEdit*, 2> constant_{};
     QComboBox* operation_ = nullptr;

@@ -1,0 +1,23 @@
+#include "recording/ui/command_registry.h"
+
+#include "recording/workspace.h"
+
+namespace vess {
+
+CommandRegistry& CommandRegistry::Program() {
+    static CommandRegistry registry;
+    return registry;
+}
+
+bool CommandState::RecordingOpen() const { return ws.recording != nullptr; }
+bool CommandState::HasEvents() const { return !ws.events.Empty(); }
+bool CommandState::EventSelected() const {
+    return ws.selectedEvent >= 1 && ws.selectedEvent <= ws.events.Count();
+}
+
+bool WhenIdle(const CommandState& s) { return !s.Busy(); }
+bool WhenRecordingOpen(const CommandState& s) { return s.RecordingOpen(); }
+bool WhenRecordingOpenAndIdle(const CommandState& s) { return s.RecordingOpen() && !s.Busy(); }
+bool WhenEventsAndIdle(const CommandState& s) { return s.HasEvents() && !s.Busy(); }
+
+}  // namespace vess

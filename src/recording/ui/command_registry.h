@@ -1,0 +1,119 @@
+// The commands the windows of every subsystem offer on the main window. Each
+// subsystem's ui/ registers its own (object name, menu, caption, keys,
+// tool-tip, when it is enabled, what it does) with a CommandRegistration at
+// start-up; the main window builds its menus, tool bar, keys and enabling
+// from the list, so adding a window changes nothing in the main window.
+#pragma once
+
+#include <QKeySequence>
+#include <QList>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+class QMenu;
+class QWidget;
+
+namespace vess {
+
+class Dialogs;
+class JobRunner;
+class ToolWindows;
+struct Workspace;
+
+// What a command's enabling looks at: the workspace and whether a
+// non-stop analysis or a job runs.
+struct CommandState {
+    const Workspace& ws;
+    bool nonStopRunning = false;
+    bool jobRunning = false;
+
+    bool Busy() const { return nonStopRunning || jobRunning; }
+    bool RecordingOpen() const;
+    bool HasEvents() const;
+    bool EventSelected() const;
+};
+
+// The main window as commands see it.
+class CommandHost {
+public:
+    virtual ~CommandHost() = default;
+    virtual Workspace& Ws() = 0;
+    virtual Dialogs& Asker() = 0;
+    virtual JobRunner& Jobs() const = 0;
+    // The one instance of each tool window, owned by the main window.
+    virtual ToolWindows& Tools() = 0;
+    // Opens a recording or an event file as the file list does.
+    virtual void OpenPath(const QString& path) = 0;
+    // Redraws grid, trace and status after a command; eventsChanged when the
+    // event table may have changed.
+    virtual void Redraw(bool eventsChanged) = 0;
+    // 1-based rows highlighted in the event grid, ascending.
+    virtual std::vector<int32_t> SelectedRows() const = 0;
+};
+
+struct Command {
+    QString objectName{};
+    // Menu titles from the menu bar down, separated by '/': "&Signal",
+    // "&File/Recent Recordings". A missing menu is made.
+    QString menuPath{};
+    QString caption{};
+    QList<QKeySequence> keys{};
+    QString toolTip{};
+    // Place within the menu (lower first); commands of the main window's own
+    // builders come before every registered one.
+    double order = 0;
+    // Object name of the main window's own entry this one goes in front of;
+    // empty: at the end of the menu.
+    QString before{};
+    bool separatorBefore = false;
+    // Empty: always enabled.
+    std::function<bool(const CommandState&)> enabledWhen{};
+    // What the command does; empty for a sub-menu filled by fillMenu.
+    std::function<void(CommandHost&)> run{};
+    // A sub-menu whose entries are made each time it opens (the command's
+    // caption is the sub-menu's title).
+    std::function<void(QMenu*, CommandHost&)> fillMenu{};
+};
+
+// A top-level menu's place on the menu bar: in front of the main window's
+// own menu named before, else after the main window's menus, lower order
+// first.
+struct MenuPlace {
+    QString title{};
+    QString objectName{};
+    double order = 0;
+    QString before{};
+};
+
+class CommandRegistry {
+public:
+    // The program's commands, as registered by every subsystem.
+    static CommandRegistry& Program();
+
+    void Add(Command command) { commands_.push_back(std::move(command)); }
+    void AddMenu(MenuPlace menu) { menus_.push_back(std::move(menu)); }
+    // In registration order; the main window orders them by Command::order.
+    const std::vector<Command>& Commands() const { return commands_; }
+    const std::vector<MenuPlace>& Menus() const { return menus_; }
+
+private:
+    std::vector<Command> commands_;
+    std::vector<MenuPlace> menus_;
+};
+
+// Registers a subsystem's commands at start-up:
+//   const CommandRegistration registration{[](CommandRegistry& r) { r.Add({...}); }};
+struct CommandRegistration {
+    explicit CommandRegistration(void (*add)(CommandRegistry&)) { add(CommandRegistry::Program()); }
+};
+
+// The usual enabling tests.
+bool WhenIdle(const CommandState& s);
+bool WhenRecordingOpen(const CommandState& s);
+bool WhenRecordingOpenAndIdle(const CommandState& s);
+bool WhenEventsAndIdle(const CommandState& s);
+
+}  // namespace vess
