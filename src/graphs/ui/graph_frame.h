@@ -6,6 +6,7 @@
 
 #include <QMainWindow>
 
+#include <memory>
 #include <vector>
 
 #include "graphs/plot.h"
@@ -37,7 +38,7 @@ public:
     PlotWidget* PlotAll();
 
     // File names and messages go through these dialogs (the program's own);
-    // without them the frame asks with Qt's file dialog.
+    // without them the frame asks with its own Qt dialogs.
     void SetDialogs(Dialogs* dialogs) { dialogs_ = dialogs; }
     // Asks for a file name and writes the plot as PNG, SVG or PDF by its
     // extension. False when cancelled or not written.
@@ -51,6 +52,7 @@ private:
 
     QMdiArea* area_;
     Dialogs* dialogs_ = nullptr;
+    std::unique_ptr<Dialogs> ownDialogs_;
     int untitled_ = 0;
 };
 
