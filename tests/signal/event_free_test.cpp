@@ -13,7 +13,6 @@
 #include "recording/synth.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
-#include "hrv/texts.h"
 #include "signal/event_free.h"
 #include "signal/event_free_file.h"
 #include "support/test_recording.h"
@@ -145,7 +144,7 @@ TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     ScriptedDialogs dialogs;
     EXPECT_FALSE(EventFreeCommand(ws, dialogs, dir.Path()));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].text, hrv::texts::kTemplateMissingText);
+    EXPECT_EQ(dialogs.Messages()[0].text, texts::kTemplateMissingText);
 }
 
 }  // namespace

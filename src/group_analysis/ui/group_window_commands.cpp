@@ -14,6 +14,7 @@
 #include <QTableView>
 
 #include "app/job_runner.h"
+#include "graphs/plot_text.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/grid_print.h"
 #include "group_analysis/fit_review.h"
@@ -196,9 +197,9 @@ void GroupAnalysisWindow::PlotDataArray(int array) {
 }
 
 void GroupAnalysisWindow::SavePicture() {
-    const auto name = dialogs_.SaveFile({"", "Picture (*.png *.svg *.pdf)", "png", ""});
+    const auto name = dialogs_.SaveFile({"", std::string(kPictureFilter), std::string(kPictureExtension), ""});
     if (!name || name->empty()) return;
-    const QString path = QString::fromStdString(WithDefaultExtension(*name, "png").string());
+    const QString path = QString::fromStdString(WithDefaultExtension(*name, kPictureExtension).string());
     if (path.endsWith(".png", Qt::CaseInsensitive)) {
         picture_->grab().save(path);
         return;
