@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "detection/fft_convolution.h"
-#include "hrv/spectrum.h"
+#include "statistics/welch_psd.h"
 
 namespace vess {
 namespace {
@@ -39,9 +39,9 @@ TEST(FftPlanner, ConvolversAndSpectraPlannedOnTwoThreadsAtOnce) {
         const int n = 16 + r;
         std::vector<double> y(static_cast<std::size_t>(n));
         for (int i = 0; i < n; ++i) y[std::size_t(i)] = std::sin(2 * std::numbers::pi * 4 * i / n);
-        const hrv::SpectrumResult s = hrv::WelchDensity(y, 1.0, n, 0);
-        const auto peak = std::max_element(s.densityMs2PerHz.begin(), s.densityMs2PerHz.end());
-        if (peak - s.densityMs2PerHz.begin() != 4) ++spectrumErrors;
+        const WelchPsdResult s = WelchPsd(y, 1.0, n, 0);
+        const auto peak = std::max_element(s.density.begin(), s.density.end());
+        if (peak - s.density.begin() != 4) ++spectrumErrors;
     }
     convolving.join();
     EXPECT_EQ(convolutionErrors, 0);
