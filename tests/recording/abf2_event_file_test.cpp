@@ -29,8 +29,6 @@ std::vector<uint8_t> Slurp(const std::filesystem::path& p) {
 class Abf2EventFile : public ::testing::Test {
 protected:
     test::TempDir dir;
-    std::filesystem::path cwd = std::filesystem::current_path();
-    void TearDown() override { std::filesystem::current_path(cwd); }
 
     // cell.abf: one ABF 2 channel of 2048 points, opened in ws with six events.
     void OpenWithEvents(Workspace& ws, ScriptedDialogs& dialogs) {

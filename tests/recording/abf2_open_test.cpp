@@ -45,7 +45,6 @@ std::size_t Field(Section s, std::size_t field) { return SectionAt(s) + field; }
 
 TEST(OpenAbf2, DamagedSectionsAreRefusedWithTheirMessage) {
     test::TempDir dir;
-    const auto cwd = std::filesystem::current_path();
     Workspace ws;
     ScriptedDialogs dialogs;
     ASSERT_TRUE(OpenDataFile(ws, Save(dir, "good.abf", ValidAbf2()), dialogs));
@@ -133,7 +132,6 @@ TEST(OpenAbf2, DamagedSectionsAreRefusedWithTheirMessage) {
         EXPECT_EQ(ws.events.Count(), 1);
     }
     EXPECT_TRUE(dialogs.AllAnswersUsed());
-    std::filesystem::current_path(cwd);
 }
 
 TEST(OpenAbf2, TwoChannelsOnOneAdcAreRefused) {
@@ -150,7 +148,6 @@ TEST(OpenAbf2, TwoChannelsOnOneAdcAreRefused) {
 
 TEST(OpenAbf2, SeveralChannelsAskForTheChannel) {
     test::TempDir dir;
-    const auto cwd = std::filesystem::current_path();
     Workspace ws;
     ScriptedDialogs dialogs;
     dialogs.AnswerInput("1");
@@ -159,7 +156,6 @@ TEST(OpenAbf2, SeveralChannelsAskForTheChannel) {
     EXPECT_EQ(ws.recording->Sample(0), 1);  // the second sample of the first frame
     ASSERT_EQ(dialogs.Transcript().size(), 1u);
     EXPECT_EQ(dialogs.Transcript()[0].text, texts::ChannelPrompt(2));
-    std::filesystem::current_path(cwd);
 }
 
 }  // namespace
