@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "detection/analyze_window.h"
-#include "recording/dialogs.h"
+#include "recording/safe_answer_dialogs.h"
 #include "recording/event_table.h"
 #include "recording/recording.h"
 #include "recording/screen.h"
@@ -20,20 +20,9 @@
 
 namespace {
 
-class SilentDialogs : public vess::Dialogs {
+class SilentDialogs : public vess::SafeAnswerDialogs {
 public:
     void Message(const std::string&, const std::string&) override {}
-    bool AskYesNo(const std::string&, const std::string&) override { return false; }
-    vess::Answer AskYesNoCancel(const std::string&, const std::string&) override {
-        return vess::Answer::Cancel;
-    }
-    bool AskOkCancel(const std::string&, const std::string&) override { return false; }
-    std::optional<std::string> Input(const std::string&, const std::string&,
-                                     const std::string&) override {
-        return std::nullopt;
-    }
-    std::optional<std::string> OpenFile(const vess::FileDialogRequest&) override { return std::nullopt; }
-    std::optional<std::string> SaveFile(const vess::FileDialogRequest&) override { return std::nullopt; }
 };
 
 template <class T>

@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
     ws.iniPath = vess::DefaultIniPath(QCoreApplication::applicationDirPath().toStdString());
     std::vector<std::string> settingsProblems;
     ws.settings = vess::LoadIniSettings(ws.iniPath, &settingsProblems);
-    // Absolute now: the file lists change the current folder.
+    // Made absolute against the folder the program was started in.
     QStringList files;
     for (const QString& f : parser.positionalArguments()) files << QFileInfo(f).absoluteFilePath();
     const QString screenshotPath = QFileInfo(parser.value("screenshot")).absoluteFilePath();
@@ -43,6 +43,7 @@ int main(int argc, char** argv) {
     vess::QtDialogs dialogs;
     vess::MainWindow window(ws, dialogs);
     dialogs.SetParent(&window);
+    dialogs.SetStartFolder([&ws] { return ws.Folder(); });
     window.show();
     if (!settingsProblems.empty())
         dialogs.Message(std::string(vess::texts::kSettingsNotLoadedCaption),

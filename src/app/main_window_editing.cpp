@@ -68,7 +68,7 @@ void MainWindow::RefreshActions() {
     const bool running = Busy();
     const bool nonStop = NonStopRunning();
     const bool any = !ws_.events.Empty();
-    const bool selected = ws_.selectedEvent >= 1 && ws_.selectedEvent <= ws_.events.Count();
+    const bool selected = ws_.HasSelectedEvent();
     auto enable = [this](const char* name, bool on) {
         if (QAction* a = Action(name)) a->setEnabled(on);
     };

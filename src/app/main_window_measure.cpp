@@ -23,7 +23,7 @@ void MainWindow::DetectAtClick(int64_t index, bool lowThresholds) {
 }
 
 void MainWindow::OnRecalculate() {
-    if (ws_.selectedEvent < 1 || Busy()) return;
+    if (!ws_.HasSelectedEvent() || Busy()) return;
     AfterEdit(RecalculateEvent(ws_, dialogs_, ws_.selectedEvent).eventIndex > 0);
 }
 
@@ -50,7 +50,7 @@ void MainWindow::AfterDoublePeak(const DoublePeakResult& r, int32_t countBefore)
 void MainWindow::OnScanDoublePeak() {
     if (Busy() || !ws_.recording) return;
     // The scan inserts rows: keep the same event selected, not the same row.
-    const bool hadSelection = ws_.selectedEvent >= 1 && ws_.selectedEvent <= ws_.events.Count();
+    const bool hadSelection = ws_.HasSelectedEvent();
     const EventRecord selected = hadSelection ? ws_.events[ws_.selectedEvent] : EventRecord{};
     const DoublePeakScanResult r = ScanDoublePeaks(ws_, dialogs_);
     if (hadSelection && r.peaksAdded > 0) {

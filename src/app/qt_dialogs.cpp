@@ -89,9 +89,16 @@ std::optional<std::string> QtDialogs::Input(const std::string& caption, const st
     return answer.toStdString();
 }
 
+QString QtDialogs::StartPath(const std::string& suggested) const {
+    const std::filesystem::path name(suggested);
+    if (!startFolder_ || name.is_absolute()) return Q(suggested);
+    const std::filesystem::path folder = startFolder_();
+    return QString::fromStdString((suggested.empty() ? folder : folder / name).string());
+}
+
 std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& request) {
     const QString path = QFileDialog::getOpenFileName(Parent(), Q(request.caption),
-                                                      Q(request.suggestedName),
+                                                      StartPath(request.suggestedName),
                                                       ToQtFilter(request.filter));
     if (path.isEmpty()) return std::nullopt;
     return QDir::toNativeSeparators(path).toStdString();
@@ -100,10 +107,27 @@ std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& request)
 std::optional<std::string> QtDialogs::SaveFile(const FileDialogRequest& request) {
     // The commands ask their own "Replace File" question, so Qt's is off.
     const QString path = QFileDialog::getSaveFileName(
-        Parent(), Q(request.caption), Q(request.suggestedName), ToQtFilter(request.filter), nullptr,
+        Parent(), Q(request.caption), StartPath(request.suggestedName), ToQtFilter(request.filter), nullptr,
         QFileDialog::DontConfirmOverwrite);
     if (path.isEmpty()) return std::nullopt;
     return QDir::toNativeSeparators(path).toStdString();
+}
+
+std::optional<std::vector<std::string>> QtDialogs::OpenFiles(const FileDialogRequest& request) {
+    const QStringList paths = QFileDialog::getOpenFileNames(Parent(), Q(request.caption),
+                                                            StartPath(request.suggestedName),
+                                                            ToQtFilter(request.filter));
+    if (paths.isEmpty()) return std::nullopt;
+    std::vector<std::string> out;
+    for (const QString& p : paths) out.push_back(QDir::toNativeSeparators(p).toStdString());
+    return out;
+}
+
+std::optional<std::string> QtDialogs::ChooseFolder(const FolderDialogRequest& request) {
+    const QString folder =
+        QFileDialog::getExistingDirectory(Parent(), Q(request.caption), StartPath(request.startFolder));
+    if (folder.isEmpty()) return std::nullopt;
+    return QDir::toNativeSeparators(folder).toStdString();
 }
 
 }  // namespace vess

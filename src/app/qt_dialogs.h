@@ -4,6 +4,9 @@
 
 #include <QString>
 
+#include <filesystem>
+#include <functional>
+
 #include "recording/dialogs.h"
 
 class QWidget;
@@ -22,6 +25,9 @@ class QtDialogs : public Dialogs {
 public:
     explicit QtDialogs(QWidget* parent = nullptr) : parent_(parent) {}
     void SetParent(QWidget* parent) { parent_ = parent; }
+    // The folder file pickers start in, asked at each picker: an empty or
+    // bare suggested name is taken inside it.
+    void SetStartFolder(std::function<std::filesystem::path()> folder) { startFolder_ = std::move(folder); }
 
     void Message(const std::string& caption, const std::string& text) override;
     bool AskYesNo(const std::string& caption, const std::string& text) override;
@@ -31,11 +37,16 @@ public:
                                      const std::string& initial = {}) override;
     std::optional<std::string> OpenFile(const FileDialogRequest& request) override;
     std::optional<std::string> SaveFile(const FileDialogRequest& request) override;
+    std::optional<std::vector<std::string>> OpenFiles(const FileDialogRequest& request) override;
+    std::optional<std::string> ChooseFolder(const FolderDialogRequest& request) override;
 
 private:
     // The tool window whose question this is, else the main window.
     QWidget* Parent() const;
+    QString StartPath(const std::string& suggested) const;
+
     QWidget* parent_;
+    std::function<std::filesystem::path()> startFolder_;
 };
 
 }  // namespace vess

@@ -42,7 +42,6 @@ inline constexpr std::string_view kSaveSummary = "Save Summary";
 inline constexpr std::string_view kProgress = "Progress";
 inline constexpr std::string_view kSummaryFilter = "CSV File (*.csv)";
 inline constexpr std::string_view kSummaryExtension = "csv";
-inline constexpr std::string_view kRecordingFilter = "ABF Files (*.abf)";
 inline constexpr std::string_view kNoFilesCaption = "Batch Analysis";
 inline constexpr std::string_view kNoFilesText = "Add recordings to the list first.";
 

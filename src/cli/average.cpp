@@ -12,6 +12,7 @@
 #include "cli/commands.h"
 #include "cli/named_recording.h"
 #include "group_analysis/trace_set.h"
+#include "recording/event_record.h"
 #include "recording/file_io.h"
 
 namespace vess::cli {
@@ -73,7 +74,7 @@ void AddAverageCommand(CLI::App& app) {
     auto o = std::make_shared<Options>();
     auto* cmd = app.add_subcommand("average", "Average the events of one group of an event file");
     cmd->add_option("file", o->file, "event file (.EVT) beside its data file")->required();
-    cmd->add_option("--group", o->group, "group number")->required()->check(CLI::Range(0, 255));
+    cmd->add_option("--group", o->group, "group number")->required()->check(CLI::Range(0, kLastGroup));
     cmd->add_option("--align", o->align, "alignment point")
         ->check(CLI::IsMember({"peak", "rise", "rise50"}));
     cmd->add_option("--blocks", o->blocks, "trace length in 256-point blocks")

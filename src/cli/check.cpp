@@ -35,8 +35,8 @@ void AddCheckCommand(CLI::App& app) {
             throw CLI::RuntimeError(2);
         }
         const AccuracyReport r = CheckAccuracy(ws, st->check);
-        if (!r.ok) {
-            std::cerr << "vess check: " << r.problem << "\n";
+        if (!r.status) {
+            std::cerr << "vess check: " << r.status.message() << "\n";
             throw CLI::RuntimeError(3);
         }
         if (!st->json) {

@@ -113,7 +113,7 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         return problem;
     if (o.filtered) {
         const FilterChoice choice = ResolveFilter(o.filter, FilterChoiceFromSettings(ws.settings));
-        if (const std::string why = ApplyFilter(*ws.recording, choice); !why.empty()) return "--filtered: " + why;
+        if (const CommandResult r = ApplyFilter(*ws.recording, choice); !r) return "--filtered: " + r.message();
         SetDetectOnFiltered(ws, true);
     }
     if (o.suggest > 0) {

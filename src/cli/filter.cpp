@@ -47,8 +47,8 @@ int RunFilter(const FilterState& s) {
     for (double f : s.response)
         std::cout << fmt::format("{:g} {:.6f}\n", f, ResponseDb(design.sections, f, SampleRateHz(*rec)));
     if (s.out.empty()) return 0;
-    if (const std::string why = ApplyFilter(*rec, choice); !why.empty()) {
-        std::cerr << "vess filter: " << why << "\n";
+    if (const CommandResult applied = ApplyFilter(*rec, choice); !applied) {
+        std::cerr << "vess filter: " << applied.message() << "\n";
         return 1;
     }
     rec->ReadFiltered(true);

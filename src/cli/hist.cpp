@@ -9,6 +9,7 @@
 #include "cli/commands.h"
 #include "cli/series_source.h"
 #include "cli/stderr_dialogs.h"
+#include "recording/event_record.h"
 #include "statistics/binning.h"
 #include "statistics/correlogram.h"
 #include "statistics/finite_series.h"
@@ -76,7 +77,7 @@ void AddHistCommand(CLI::App& app) {
     cmd->add_option("--kind", opts->kind, "frequency, cumulative, cumulative-nobin or inverse")
         ->check(CLI::IsMember({"frequency", "cumulative", "cumulative-nobin", "inverse"}));
     cmd->add_option("--unit", opts->unit, "unit of the values, for the axis text");
-    cmd->add_option("--group", opts->group, "events of this group only (0: all)")->check(CLI::Range(0, 255));
+    cmd->add_option("--group", opts->group, "events of this group only (0: all)")->check(CLI::Range(0, kLastGroup));
     cmd->add_flag("--intervals", opts->intervals, "differences of the sorted values (inter-event intervals)");
     cmd->add_flag("--csv", opts->csv, "comma-separated");
     cmd->callback([opts] {

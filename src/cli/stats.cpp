@@ -10,6 +10,7 @@
 #include "cli/commands.h"
 #include "cli/series_source.h"
 #include "cli/stderr_dialogs.h"
+#include "recording/event_record.h"
 #include "statistics/array_text.h"
 #include "statistics/data_analysis.h"
 #include "statistics/texts.h"
@@ -135,7 +136,7 @@ void AddArrayCommand(CLI::App& app) {
                     "numbers file, FILE.txt:1|2 (array text file) or FILE.EVT:FIELD "
                     "(amplitude, time, rise10-90, interevent ...)")
         ->required();
-    cmd->add_option("--group", opts->group, "events of this group only (0: all)")->check(CLI::Range(0, 255));
+    cmd->add_option("--group", opts->group, "events of this group only (0: all)")->check(CLI::Range(0, kLastGroup));
     cmd->add_flag("--intervals", opts->intervals, "differences of the sorted values (inter-event intervals)");
     cmd->callback([opts] {
         const LoadedSeries s = LoadSeries(opts->source, opts->group, opts->intervals);

@@ -164,8 +164,7 @@ int64_t EventSpacing(const MethodParameters& m, double intervalUs) {
 
 AccuracyReport Stopped() {
     AccuracyReport r;
-    r.cancelled = true;
-    r.problem = "the check was stopped";
+    r.status = CommandResult::Cancelled();
     return r;
 }
 
@@ -207,7 +206,7 @@ AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o
 AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& control) {
     AccuracyReport r;
     if (!in.problem.empty()) {
-        r.problem = in.problem;
+        r.status = CommandResult::Failed(in.problem);
         return r;
     }
     if (control.Cancelled()) return Stopped();
@@ -246,7 +245,6 @@ AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& 
     if (control.Cancelled()) return Stopped();
     Tally(added, before, after, sdCounts, in.countUnits, intervalUs, o, r);
     TallyInverted(before, turned, n, spacing, intervalUs, r);
-    r.ok = true;
     return r;
 }
 

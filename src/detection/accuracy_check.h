@@ -15,6 +15,7 @@
 
 #include "graphs/plot_data.h"
 #include "recording/abf_writer.h"
+#include "recording/command_result.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -38,9 +39,9 @@ struct AccuracyBin {
 };
 
 struct AccuracyReport {
-    bool ok = false;
-    bool cancelled = false;      // stopped on request before its end
-    std::string problem;
+    // Failed with why the check could not run, or cancelled when stopped on
+    // request before its end; the figures below only when ok.
+    CommandResult status = CommandResult::Ok();
     double seconds = 0;          // length of the stretch
     double noiseSdUnits = 0;
     std::string units;

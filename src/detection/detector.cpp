@@ -39,6 +39,10 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
     return len;
 }
 
+std::optional<DetectionLengths> ConvertPeriodsOrWarn(const Workspace& ws, Dialogs& dialogs) {
+    return ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
+}
+
 std::optional<DetectionLengths> ConvertPeriodsOrWarn(const AnalysisParameters& params,
                                                      double intervalUs, Dialogs& dialogs) {
     std::optional<DetectionLengths> len = ConvertPeriods(params, intervalUs);

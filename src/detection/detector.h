@@ -14,6 +14,7 @@
 #include "recording/event_record.h"
 #include "recording/screen.h"
 #include "recording/settings.h"
+#include "recording/workspace.h"
 
 namespace vess {
 
@@ -32,6 +33,8 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
 // The same, showing the "Improper Analysis Parameters" message when it fails.
 std::optional<DetectionLengths> ConvertPeriodsOrWarn(const AnalysisParameters& params,
                                                      double intervalUs, Dialogs& dialogs);
+// The same for the workspace's parameters and open recording.
+std::optional<DetectionLengths> ConvertPeriodsOrWarn(const Workspace& ws, Dialogs& dialogs);
 
 // +1 for upward events; -1 for downward ones and for a stored 0.
 int16_t NormalizedDirection(int16_t peakDirection);

@@ -85,10 +85,6 @@ void Insert(EventTable& events, int32_t row, const EventRecord& r) {
     events.Assign(std::move(records));
 }
 
-std::optional<DetectionLengths> Lengths(const Workspace& ws, Dialogs& dialogs) {
-    return ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
-}
-
 void NoSecondPeak(Dialogs& dialogs) {
     dialogs.Message(detection_texts::kNoDoublePeakCaption, detection_texts::kNoDoublePeakText);
 }
@@ -137,17 +133,17 @@ std::optional<MeasuredEvent> StoredEvent(const Detector& det, const EventRecord&
 DoublePeakResult AnalyzeDoublePeak(Workspace& ws, Dialogs& dialogs, int32_t eventIndex) {
     DoublePeakResult result;
     if (!ws.recording) return result;
-    if (eventIndex < 1 || eventIndex > ws.events.Count()) {
+    if (!ws.events.HasRow(eventIndex)) {
         dialogs.Message(detection_texts::kNoEventSelectedCaption,
                         detection_texts::kNoEventSelectedText);
         return result;
     }
-    const auto len = Lengths(ws, dialogs);
+    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
     if (!len) {
         result.improperParameters = true;
         return result;
     }
-    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const Screen screen = ShownScreen(ws);
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> first = StoredEvent(det, ws.events[eventIndex]);
     if (!first) {
@@ -172,12 +168,12 @@ DoublePeakResult AnalyzeDoublePeak(Workspace& ws, Dialogs& dialogs, int32_t even
 DoublePeakResult DetectDoublePeakAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex) {
     DoublePeakResult result;
     if (!ws.recording) return result;
-    const auto len = Lengths(ws, dialogs);
+    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
     if (!len) {
         result.improperParameters = true;
         return result;
     }
-    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const Screen screen = ShownScreen(ws);
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> first =
         det.Measure(det.FindMax(windowIndex - len->searchLen / 2, len->searchLen));
@@ -207,7 +203,7 @@ DoublePeakResult DetectDoublePeakAtPoint(Workspace& ws, Dialogs& dialogs, int64_
 DoublePeakScanResult ScanDoublePeaks(Workspace& ws, Dialogs& dialogs) {
     DoublePeakScanResult result;
     if (!ws.recording) return result;
-    const auto len = Lengths(ws, dialogs);
+    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
     if (!len) {
         result.improperParameters = true;
         return result;
@@ -225,7 +221,7 @@ DoublePeakScanResult ScanDoublePeaks(Workspace& ws, Dialogs& dialogs) {
     EventTable out;  // the table with the second peaks in place
     for (int32_t i = 1; i <= before.Count(); ++i) {
         const EventRecord& r = before[i];
-        if (r.group == 255 || r.sampleIndex < 0) {
+        if (r.group == kGroupRejected || r.sampleIndex < 0) {
             out.Append(r);
             continue;
         }

@@ -6,7 +6,7 @@
 
 #include "detection/editing_texts.h"
 #include "detection/navigation.h"
-#include "detection/number_entry.h"
+#include "recording/number_entry.h"
 #include "recording/rounding.h"
 
 namespace vess {
@@ -21,13 +21,12 @@ constexpr uint8_t kRejected = static_cast<uint8_t>(kGroupRejected);
 // unique, inside the table.
 std::vector<int32_t> SelectedRows(const Workspace& ws, std::span<const int32_t> rows) {
     std::vector<int32_t> out;
-    const int32_t count = ws.events.Count();
     if (rows.empty()) {
-        if (ws.selectedEvent >= 1 && ws.selectedEvent <= count) out.push_back(ws.selectedEvent);
+        if (ws.HasSelectedEvent()) out.push_back(ws.selectedEvent);
         return out;
     }
     for (int32_t r : rows)
-        if (r >= 1 && r <= count) out.push_back(r);
+        if (ws.events.HasRow(r)) out.push_back(r);
     std::sort(out.begin(), out.end());
     out.erase(std::unique(out.begin(), out.end()), out.end());
     return out;
@@ -95,7 +94,7 @@ void FollowSelection(Workspace& ws, const std::optional<EventRecord>& selectedBe
 }
 
 std::optional<EventRecord> SelectedRecord(const Workspace& ws) {
-    if (ws.selectedEvent < 1 || ws.selectedEvent > ws.events.Count()) return std::nullopt;
+    if (!ws.HasSelectedEvent()) return std::nullopt;
     return ws.events[ws.selectedEvent];
 }
 
@@ -106,7 +105,7 @@ std::optional<int32_t> ParseGroupEntry(std::optional<std::string_view> entry) {
     const auto number = ParseNumberEntry(*entry);
     if (!number) return std::nullopt;
     const double value = *number;
-    if (value < 0 || value > 255) return std::nullopt;
+    if (!IsGroupNumber(value)) return std::nullopt;
     return static_cast<int32_t>(RoundEven(value));
 }
 

@@ -146,14 +146,14 @@ PointCommandResult DetectAtPointByMethod(Workspace& ws, Dialogs& dialogs, int64_
                                          bool tenthThresholds) {
     PointCommandResult result;
     if (!ws.recording) return result;
-    const auto lengths = ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
+    const auto lengths = ConvertPeriodsOrWarn(ws, dialogs);
     if (!lengths) {
         result.improperParameters = true;
         return result;
     }
     MethodRun run = MethodRunFor(ws);
     if (tenthThresholds) run.threshold /= 10;
-    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const Screen screen = ShownScreen(ws);
     const Detector det(screen, ws.params(), *lengths);
     const int64_t from = screen.AbsoluteIndex(windowIndex - lengths->searchLen / 2);
     const std::vector<int64_t> points = FindDetections(run, *ws.recording, from, lengths->searchLen);

@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include "detection/navigation_texts.h"
-#include "detection/number_entry.h"
+#include "recording/number_entry.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
 
@@ -28,8 +28,6 @@ TimeKey KeyOf(const EventTable& table, int32_t row) {
     const double t = table[row].time;
     return {std::isnan(t) ? -std::numeric_limits<double>::infinity() : t, row};
 }
-
-bool ValidRow(const EventTable& table, int32_t row) { return row >= 1 && row <= table.Count(); }
 
 // Which events a time-order walk may stop at.
 struct EventFilter {
@@ -79,7 +77,7 @@ NavResult ToEvent(const Workspace& ws, int32_t row) {
 NavResult WalkInTime(const Workspace& ws, const EventFilter& filter, NavCommand command) {
     const EventTable& table = ws.events;
     const ScreenGeometry g = GeometryOf(ws);
-    const bool selected = ValidRow(table, ws.selectedEvent);
+    const bool selected = ws.HasSelectedEvent();
     switch (command) {
         case NavCommand::FirstEvent:
         case NavCommand::FirstGrouped:
@@ -110,7 +108,7 @@ NavResult WalkInTime(const Workspace& ws, const EventFilter& filter, NavCommand 
 NavResult WalkInSequence(const Workspace& ws, NavCommand command) {
     const int32_t count = ws.events.Count();
     if (count == 0) return Stay(ws);
-    const int32_t row = ValidRow(ws.events, ws.selectedEvent) ? ws.selectedEvent : 0;
+    const int32_t row = ws.HasSelectedEvent() ? ws.selectedEvent : 0;
     switch (command) {
         case NavCommand::FirstInSequence: return ToEvent(ws, 1);
         case NavCommand::LastInSequence: return ToEvent(ws, count);
@@ -192,7 +190,7 @@ int64_t EventSamplePosition(const EventRecord& record, double intervalUs) {
 }
 
 NavResult ShowEvent(const Workspace& ws, int32_t index) {
-    if (!ValidRow(ws.events, index)) return Stay(ws);
+    if (!ws.events.HasRow(index)) return Stay(ws);
     const ScreenGeometry g = GeometryOf(ws);
     NavResult r{ws.screenStartBlock, index, false};
     if (g.HasRecording())
@@ -281,13 +279,13 @@ NavResult JumpToEventNumber(const Workspace& ws, Dialogs& dialogs) {
 
 std::vector<std::string> GroupNavigationItems() {
     std::vector<std::string> items{navigation_texts::kGroupNavAll};
-    for (int g = 1; g <= 255; ++g) items.push_back(std::to_string(g));
+    for (int g = 1; g <= kLastGroup; ++g) items.push_back(std::to_string(g));
     return items;
 }
 
 int32_t GroupNavigationFilter(const Settings& settings) {
     const int32_t g = settings.GroupNavigate;
-    return g >= 0 && g <= 255 ? g : 0;
+    return IsGroupNumber(g) ? g : 0;
 }
 
 }  // namespace vess

@@ -13,10 +13,6 @@
 namespace vess {
 namespace {
 
-Screen ShownScreen(const Workspace& ws) {
-    return Screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
-}
-
 std::string InUnits(const Recording& rec, double value) {
     const std::string units = rec.Units();
     return units.empty() ? fmt::format("{:.3f}", value) : fmt::format("{:.3f} {}", value, units);

@@ -7,20 +7,13 @@
 #include "detection/texts.h"
 
 namespace vess {
-namespace {
-
-std::optional<DetectionLengths> Lengths(const Workspace& ws, Dialogs& dialogs) {
-    return ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
-}
-
-}  // namespace
 
 PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
                                  bool tenthThresholds) {
     PointCommandResult result;
     if (!ws.recording) return result;
     if (UsesFilteringMethod(ws)) return DetectAtPointByMethod(ws, dialogs, windowIndex, tenthThresholds);
-    const auto len = Lengths(ws, dialogs);
+    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
     if (!len) {
         result.improperParameters = true;
         return result;
@@ -30,7 +23,7 @@ PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t window
         params.ThresholdAmplitude /= 10;
         params.AreaThreshold /= 10;
     }
-    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const Screen screen = ShownScreen(ws);
     const Detector det(screen, params, *len);
     const int64_t from = windowIndex - len->searchLen / 2;
     return StoreClickedEvent(ws, dialogs, screen, det, det.Measure(det.FindMax(from, len->searchLen)));
@@ -54,17 +47,17 @@ PointCommandResult StoreClickedEvent(Workspace& ws, Dialogs& dialogs, const Scre
 PointCommandResult RecalculateEvent(Workspace& ws, Dialogs& dialogs, int32_t eventIndex) {
     PointCommandResult result;
     if (!ws.recording) return result;
-    if (eventIndex < 1 || eventIndex > ws.events.Count()) {
+    if (!ws.events.HasRow(eventIndex)) {
         dialogs.Message(detection_texts::kNoEventSelectedCaption,
                         detection_texts::kNoEventSelectedText);
         return result;
     }
-    const auto len = Lengths(ws, dialogs);
+    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
     if (!len) {
         result.improperParameters = true;
         return result;
     }
-    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const Screen screen = ShownScreen(ws);
     const EventRecord old = ws.events[eventIndex];
     const int64_t peak = int64_t(old.sampleIndex) - screen.AbsoluteIndex(0);
     if (peak < 0 || peak >= screen.WindowLen()) {

@@ -18,7 +18,7 @@ void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
 }
 
 AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
-    const Screen screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
+    const Screen screen = ShownScreen(ws);
     // Samples that could not be read are zeros, not data: nothing is
     // detected on them (the caller tells the user about the fault).
     if (!screen.Complete()) return {};

@@ -4,10 +4,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "graphs/plot.h"
 
 namespace vess {
+
+// The save dialog of every picture of a plot: the format follows the
+// extension typed (PNG, SVG or PDF), PNG when there is none.
+inline constexpr std::string_view kPictureFilter = "Picture (*.png *.svg *.pdf)";
+inline constexpr std::string_view kPictureExtension = "png";
 
 // The first line holds the column titles: the x axis text (or "X") and the
 // series' name (or the y axis text, or "Y"), and the series' zAxis (or "Z")

@@ -18,7 +18,7 @@ void SetGroup(Workspace& ws, const TraceSet& set, const std::vector<int32_t>& tr
     ws.history.Checkpoint(ws.events, label);
     for (int32_t t : traces) {
         const int32_t e = set.eventIndex[std::size_t(t)];
-        if (e >= 1 && e <= ws.events.Count()) ws.events[e].group = uint8_t(group);
+        if (ws.events.HasRow(e)) ws.events[e].group = uint8_t(group);
     }
 }
 

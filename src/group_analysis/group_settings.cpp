@@ -146,28 +146,28 @@ bool SaveGroupSettingsCommand(const std::filesystem::path& iniPath,
                               const GroupAnalysisSettings& settings, Dialogs& dialogs) {
     const std::string error = SaveGroupSettings(iniPath, settings);
     if (!error.empty()) {
-        dialogs.Message(Str(texts::kSettingsSavedCaption), error);
+        dialogs.Message(Str(vess::texts::kSettingsSavedCaption), error);
         return false;
     }
-    dialogs.Message(Str(texts::kSettingsSavedCaption), Str(texts::kSettingsSavedText));
+    dialogs.Message(Str(vess::texts::kSettingsSavedCaption), Str(vess::texts::kSettingsSavedText));
     return true;
 }
 
 bool SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settings, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
-        dialogs, {"", Str(texts::kCustomSettingsFilter), Str(texts::kCustomSettingsExtension), ""},
+        dialogs, {"", Str(vess::texts::kCustomSettingsFilter), Str(vess::texts::kCustomSettingsExtension), ""},
         ExistingFile::AskReplace);
     if (!path) return false;
     const std::string error = SaveGroupSettings(*path, settings);
-    if (!error.empty()) dialogs.Message(Str(texts::kCustomSettingsFilter), error);
+    if (!error.empty()) dialogs.Message(Str(vess::texts::kCustomSettingsFilter), error);
     return error.empty();
 }
 
 bool LoadGroupCustomSettingsCommand(GroupAnalysisSettings& settings, Dialogs& dialogs) {
-    const auto name = dialogs.OpenFile({"", Str(texts::kCustomSettingsFilter),
-                                        Str(texts::kCustomSettingsExtension), ""});
+    const auto name = dialogs.OpenFile({"", Str(vess::texts::kCustomSettingsFilter),
+                                        Str(vess::texts::kCustomSettingsExtension), ""});
     if (!name || name->empty()) return false;
-    settings = LoadGroupSettings(WithDefaultExtension(*name, texts::kCustomSettingsExtension));
+    settings = LoadGroupSettings(WithDefaultExtension(*name, vess::texts::kCustomSettingsExtension));
     return true;
 }
 

@@ -11,6 +11,7 @@
 #include "recording/le_bytes.h"
 #include "recording/number_text.h"
 #include "recording/texts.h"
+#include "statistics/texts.h"
 
 namespace vess::group {
 
@@ -164,7 +165,7 @@ bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& colu
     for (const ResultBytes& row : table.Rows())
         if (const double x = ResultCell(row, column); std::isfinite(x)) values.push_back(float(x));
     if (!array.Empty() &&
-        dialogs.AskYesNo(Str(texts::kAppendOrClearCaption), texts::ClearArrayPrompt(arrayNumber)))
+        dialogs.AskYesNo(Str(stats_texts::kClearOrAppendCaption), texts::ClearArrayPrompt(arrayNumber)))
         array.Clear();
     if (array.Empty()) array.Assign(values);
     else array.Append(values);

@@ -54,7 +54,7 @@ std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values
         cumulative ? HistogramKind::CumulativeBins : HistogramKind::Frequency, values, *bin, name, "");
     if (h.tooManyBins) {
         const auto [lo, hi] = std::minmax_element(values.begin(), values.end());
-        dialogs.Message(Str(texts::kTooManyBinsCaption), texts::TooManyBinsText(*lo, *hi, *bin));
+        dialogs.Message(Str(stats_texts::kTooManyBinsCaption), texts::TooManyBinsText(*lo, *hi, *bin));
         return std::nullopt;
     }
     PlotData plot = h.plot;

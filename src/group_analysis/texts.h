@@ -62,8 +62,6 @@ inline constexpr std::string_view kScaleBarsCaption = "Scale Bars";
 inline constexpr std::string_view kScaleBarsPrompt = "Would you like to add scale bars to the metafile?";
 inline constexpr std::string_view kPreviewCaption = "Fitting Results Print Preview";
 inline constexpr std::string_view kTimeColumn = "Time (ms) ";
-inline constexpr std::string_view kTextFileFilter = "Text File (*.txt)";
-inline constexpr std::string_view kTextFileExtension = "txt";
 
 // Results table.
 inline constexpr std::string_view kAsciiFitFilter = "ASCII File (*.Fit)";
@@ -79,7 +77,6 @@ inline std::string ClearResultsPrompt(int count) {
     return "There are " + std::to_string(count) +
            " previous results.  Would you like to clear the previous results before loading?";
 }
-inline constexpr std::string_view kAppendOrClearCaption = "Append data or clear Data before adding";
 inline std::string ClearArrayPrompt(int array) {
     return "Would you like to clear the array #" + std::to_string(array) +
            " before adding? (Answering 'No' will append the new data to the previous data)";
@@ -95,10 +92,6 @@ inline std::string DoneFillingText(int count) {
 }
 
 // Settings.
-inline constexpr std::string_view kSettingsSavedCaption = "Settings Saved";
-inline constexpr std::string_view kSettingsSavedText = "The settings are saved into Vessanto.ini file.";
-inline constexpr std::string_view kCustomSettingsFilter = "Custom Settings File (*.SET)";
-inline constexpr std::string_view kCustomSettingsExtension = "SET";
 
 // Fitting.
 inline constexpr std::string_view kStartFitting = "Start Fitting";
@@ -145,7 +138,6 @@ inline constexpr std::string_view kBinSizeCaption = "Bin Size";
 inline std::string BinSizePrompt(const std::string& column) {
     return "Please enter the bin size for " + column;
 }
-inline constexpr std::string_view kTooManyBinsCaption = "Too many bins";
 inline std::string TooManyBinsText(double min, double max, double bin) {
     return "Too many bins!  Data range from " + std::to_string(min) + " to " + std::to_string(max) +
            " in " + std::to_string(bin) + ".  Please readjust the bin size and try again.";

@@ -84,7 +84,7 @@ std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve
 
 bool SaveTextFileCommand(const std::string& text, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
-        dialogs, {"", Str(texts::kTextFileFilter), Str(texts::kTextFileExtension), ""}, ExistingFile::AskReplace);
+        dialogs, {"", Str(vess::texts::kTextFileFilter), Str(vess::texts::kTextFileExtension), ""}, ExistingFile::AskReplace);
     if (!path) return false;
     const std::string error = WriteFileAtomic(*path, text);
     if (!error.empty()) dialogs.Message(Str(texts::kWindowCaption), error);

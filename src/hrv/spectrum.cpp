@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <numbers>
 
 #include <fmt/format.h>
 
-#include "recording/fft_plan.h"
+#include "statistics/welch_psd.h"
 
 namespace vess::hrv {
 
@@ -64,45 +63,6 @@ void RemoveTrend(std::vector<double>& y, Detrend detrend) {
     if (detrend == Detrend::Linear && y.size() > 1) slope = (n * sxy - sx * sy) / (n * sxx - sx * sx);
     const double intercept = (sy - slope * sx) / n;
     for (std::size_t i = 0; i < y.size(); ++i) y[i] -= intercept + slope * double(i);
-}
-
-SpectrumResult WelchDensity(std::span<const double> y, double fs, int windowPoints,
-                            double overlapPercent) {
-    SpectrumResult s;
-    const int n = int(std::min<std::size_t>(y.size(), std::size_t(std::max(windowPoints, 4))));
-    if (n < 4) {
-        s.error = "Too few samples for a spectrum.";
-        return s;
-    }
-    const int step = std::max(1, int(std::nearbyint(n * (1 - overlapPercent / 100))));
-    std::vector<double> window(static_cast<std::size_t>(n));
-    double windowPower = 0;
-    for (int i = 0; i < n; ++i) {
-        window[std::size_t(i)] = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * i / n);  // periodic Hann
-        windowPower += window[std::size_t(i)] * window[std::size_t(i)];
-    }
-    const int bins = n / 2 + 1;
-    RealFft fft(n);
-    double* in = fft.Samples();
-    const std::complex<double>* out = fft.Spectrum();
-    s.densityMs2PerHz.assign(std::size_t(bins), 0);
-    for (std::size_t start = 0; start + std::size_t(n) <= y.size(); start += std::size_t(step)) {
-        // Each window loses its own mean, as the whole series lost its trend.
-        double mean = 0;
-        for (int i = 0; i < n; ++i) mean += y[start + std::size_t(i)];
-        mean /= n;
-        for (int i = 0; i < n; ++i) in[i] = (y[start + std::size_t(i)] - mean) * window[std::size_t(i)];
-        fft.Forward();
-        for (int k = 0; k < bins; ++k) s.densityMs2PerHz[std::size_t(k)] += std::norm(out[k]);
-        ++s.windows;
-    }
-    for (int k = 0; k < bins; ++k) {
-        // One-sided: every bin but DC and (for even n) Nyquist carries its mirror.
-        const bool single = k == 0 || (n % 2 == 0 && k == n / 2);
-        s.densityMs2PerHz[std::size_t(k)] *= (single ? 1.0 : 2.0) / (fs * windowPower * s.windows);
-        s.frequencyHz.push_back(k * fs / n);
-    }
-    return s;
 }
 
 SpectrumResult LombScargleDensity(std::span<const double> t, std::span<const double> y,
@@ -195,7 +155,14 @@ SpectrumResult AnalyseSpectrum(std::span<const double> timesMs, std::span<const 
         for (std::size_t k = 0; k < samples; ++k) grid.push_back(tSeconds.front() + double(k) / o.resampleHz);
         std::vector<double> y = CubicSplineAt(tSeconds, rrMs, grid);
         RemoveTrend(y, o.detrend);
-        s = WelchDensity(y, o.resampleHz, o.windowPoints, o.overlapPercent);
+        WelchPsdResult w = WelchPsd(y, o.resampleHz, o.windowPoints, o.overlapPercent);
+        if (w.windows == 0) {
+            s.error = "Too few samples for a spectrum.";
+            return s;
+        }
+        s.frequencyHz = std::move(w.frequencyHz);
+        s.densityMs2PerHz = std::move(w.density);
+        s.windows = w.windows;
     }
     if (s.error.empty()) MeasureBands(s, o.bands);
     return s;

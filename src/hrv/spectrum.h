@@ -67,9 +67,6 @@ SpectrumResult AnalyseSpectrum(std::span<const double> timesMs, std::span<const 
 std::vector<double> CubicSplineAt(std::span<const double> x, std::span<const double> y,
                                   std::span<const double> xs);
 void RemoveTrend(std::vector<double>& y, Detrend detrend);
-// One-sided Welch density of y sampled at fs, Hann windows.
-SpectrumResult WelchDensity(std::span<const double> y, double fs, int windowPoints,
-                            double overlapPercent);
 SpectrumResult LombScargleDensity(std::span<const double> tSeconds, std::span<const double> y,
                                   double maxHz, int oversampling);
 // Band powers, normalised units and peaks from a density on an even grid.

@@ -6,6 +6,7 @@
 #include "hrv/texts.h"
 #include "recording/file_io.h"
 #include "recording/save_path.h"
+#include "recording/texts.h"
 
 namespace vess::hrv {
 
@@ -41,8 +42,8 @@ std::string SpectrumText(const SpectrumResult& s, const SpectrumOptions& o) {
 
 bool SaveSpectrumCommand(Dialogs& dialogs, const SpectrumResult& s, const SpectrumOptions& options) {
     const auto path = ChooseSavePath(dialogs,
-                                     {std::string(texts::kSpectrumCaption), std::string(texts::kAsciiFilter),
-                                      std::string(texts::kAsciiExtension), {}},
+                                     {std::string(texts::kSpectrumCaption), std::string(vess::texts::kTextFileFilter),
+                                      std::string(vess::texts::kTextFileExtension), {}},
                                      ExistingFile::AskReplace);
     if (!path) return false;
     return ReportWrite(dialogs, WriteFileAtomic(*path, SpectrumText(s, options)));

@@ -106,7 +106,7 @@ TachogramAbf BuildTachogramAbf(std::span<const uint8_t> tpl, std::span<const dou
 bool SaveTachogramAsciiCommand(Workspace& ws, Dialogs& dialogs) {
     if (!EnsureTimeOrder(ws, dialogs)) return false;
     const auto path = ChooseSavePath(
-        dialogs, {S(texts::kSaveAsAscii), S(texts::kAsciiFilter), S(texts::kAsciiExtension), {}},
+        dialogs, {S(texts::kSaveAsAscii), S(vess::texts::kTextFileFilter), S(vess::texts::kTextFileExtension), {}},
         ExistingFile::AskReplace);
     if (!path) return false;
     const std::vector<double> rr = Differences(WorkspaceBeatTimesMs(ws));
@@ -117,7 +117,7 @@ bool SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std::filesys
     const auto templatePath = templateFolder / S(vess::texts::kTemplateHeaderFileName);
     const auto tpl = ReadFileBytes(templatePath);
     if (!tpl) {
-        dialogs.Message(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
+        dialogs.Message(S(vess::texts::kErrorCaption), S(vess::texts::kTemplateMissingText));
         return false;
     }
     if (!EnsureTimeOrder(ws, dialogs)) return false;
@@ -125,7 +125,7 @@ bool SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std::filesys
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, S(texts::kTachogramRecord) + RecordingName(ws));
     if (!ReportWrite(dialogs, abf.error)) return false;
     const auto path = ChooseSavePath(
-        dialogs, {S(texts::kSaveAsAbf), S(texts::kAbfFilter), S(texts::kAbfExtension), {}},
+        dialogs, {S(vess::texts::kSaveAsAbf), S(vess::texts::kAbfFileFilter), S(vess::texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
     if (!path) return false;
     if (!ReportWrite(dialogs, WriteFileAtomic(*path, abf.bytes))) return false;

@@ -68,8 +68,6 @@ inline constexpr std::string_view kSegmentResults = "Segment Results";
 inline constexpr std::string_view kGridTip = "Click on column header to see the definition.";
 inline constexpr std::string_view kCopyFinishedCaption = "Copy Finished";
 inline constexpr std::string_view kCopyFinishedText = "Results are copied onto Clipboard.";
-inline constexpr std::string_view kAsciiFilter = "ASCII File (*.txt)";
-inline constexpr std::string_view kAsciiExtension = "txt";
 
 // Result grid: "File Name", then the measures in this order.
 inline constexpr std::string_view kColFileName = "File Name";
@@ -126,14 +124,7 @@ inline constexpr std::string_view kTachogramUnit = "(ms)";
 inline constexpr std::string_view kTachogramSaved = "The Tachogram is saved as ";
 inline constexpr std::string_view kTachogramMenu = "Tachogram";
 inline constexpr std::string_view kGeneratePlot = "Generate Plot";
-inline constexpr std::string_view kSaveAsAbf = "Save as ABF File";
 inline constexpr std::string_view kSaveAsAscii = "Save as ASCII";
-inline constexpr std::string_view kAbfFilter = "ABF File (*.ABF)";
-inline constexpr std::string_view kAbfExtension = "ABF";
-inline constexpr std::string_view kErrorCaption = "Error";
-inline constexpr std::string_view kTemplateMissingText =
-    "The file SamplABF.dat does not exist.  The program cannot continue without this file.  "
-    "Please contact technical support to obtain a new copy of it.";
 
 // Scans.
 inline constexpr std::string_view kMissingBeatsCaption = "Missing Beats";

@@ -5,6 +5,7 @@
 #include "hrv/texts.h"
 #include "recording/file_io.h"
 #include "recording/save_path.h"
+#include "recording/texts.h"
 #include "recording/workspace.h"
 
 namespace vess::hrv {
@@ -45,7 +46,7 @@ bool SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, TimeDomainG
     const std::string caption(which == TimeDomainGrid::Results ? texts::kTimeDomainCaption
                                                                : texts::kSegmentResults);
     const auto path = ChooseSavePath(
-        dialogs, {caption, std::string(texts::kAsciiFilter), std::string(texts::kAsciiExtension), {}},
+        dialogs, {caption, std::string(vess::texts::kTextFileFilter), std::string(vess::texts::kTextFileExtension), {}},
         ExistingFile::Refuse);
     if (!path) return false;
     return ReportWrite(dialogs, WriteFileAtomic(*path, GridAsText(grids, which)));

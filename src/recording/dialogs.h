@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vess {
 
@@ -14,7 +15,12 @@ struct FileDialogRequest {
     std::string caption;
     std::string filter;            // e.g. "Event File (*.EVT)"
     std::string defaultExtension;  // without the dot, e.g. "EVT"
-    std::string suggestedName;     // may be empty
+    std::string suggestedName;     // may be empty; a folder starts the picker there
+};
+
+struct FolderDialogRequest {
+    std::string caption;
+    std::string startFolder;  // may be empty
 };
 
 class Dialogs {
@@ -37,6 +43,11 @@ public:
     // user typed it: callers add the default extension when it has none.
     virtual std::optional<std::string> OpenFile(const FileDialogRequest& request) = 0;
     virtual std::optional<std::string> SaveFile(const FileDialogRequest& request) = 0;
+    // Several existing files at once; std::nullopt when cancelled, never an
+    // empty list.
+    virtual std::optional<std::vector<std::string>> OpenFiles(const FileDialogRequest& request) = 0;
+    // An existing folder; std::nullopt when cancelled.
+    virtual std::optional<std::string> ChooseFolder(const FolderDialogRequest& request) = 0;
 };
 
 }  // namespace vess

@@ -78,7 +78,7 @@ std::string EventColumnWidestText(const Recording* rec, int column) {
     if (column < 1 || column > kEventFieldCount) return "99999";
     const EventField field = FieldOfColumn(column);
     switch (field) {
-        case EventField::Group: return "255";
+        case EventField::Group: return std::to_string(kLastGroup);
         case EventField::Channel: return "15";
         case EventField::PeakDirection: return "-1";
         case EventField::BurstNumber:

@@ -8,52 +8,61 @@ namespace vess {
 
 using namespace event_offsets;
 
+namespace {
+
+// Every field with its offset, in record order; one table serves the reader
+// and the writer.
+template <class Record, class F>
+void ForEachField(Record& r, F&& f) {
+    f(kTime, r.time);
+    f(kAmplitude, r.amplitude);
+    f(kNoise, r.noise);
+    f(kRiseTime, r.riseTime);
+    f(kDecayTime, r.decayTime);
+    f(kBaseline, r.baseline);
+    f(kArea, r.area);
+    f(kGroup, r.group);
+    f(kChannel, r.channel);
+    f(kBaseOffset, r.baseOffset);
+    f(kRise1090, r.rise1090);
+    f(kHalfWidth, r.halfWidth);
+    f(kRise50, r.rise50);
+    f(kPeakDirection, r.peakDirection);
+    f(kBurstNumber, r.burstNumber);
+    f(kBurstEventNumber, r.burstEventNumber);
+    f(kSlope1090, r.slope1090);
+    f(kReserved, r.reserved);
+    f(kRelativeTime, r.relativeTime);
+    f(kSampleIndex, r.sampleIndex);
+}
+
+template <class T>
+void Load(std::span<const uint8_t> b, std::size_t at, T& value) {
+    value = le::Get<T>(b, at);
+}
+template <std::size_t N>
+void Load(std::span<const uint8_t> b, std::size_t at, std::array<uint8_t, N>& bytes) {
+    std::copy_n(b.begin() + std::ptrdiff_t(at), N, bytes.begin());
+}
+template <class T>
+void Store(std::span<uint8_t> b, std::size_t at, T value) {
+    le::Put(b, at, value);
+}
+template <std::size_t N>
+void Store(std::span<uint8_t> b, std::size_t at, const std::array<uint8_t, N>& bytes) {
+    std::copy(bytes.begin(), bytes.end(), b.begin() + std::ptrdiff_t(at));
+}
+
+}  // namespace
+
 EventRecord ReadEventRecord(std::span<const uint8_t> b) {
     EventRecord r;
-    r.time = le::Get<float>(b, kTime);
-    r.amplitude = le::Get<int32_t>(b, kAmplitude);
-    r.noise = le::Get<int16_t>(b, kNoise);
-    r.riseTime = le::Get<int16_t>(b, kRiseTime);
-    r.decayTime = le::Get<int16_t>(b, kDecayTime);
-    r.baseline = le::Get<int16_t>(b, kBaseline);
-    r.area = le::Get<float>(b, kArea);
-    r.group = b[kGroup];
-    r.channel = b[kChannel];
-    r.baseOffset = le::Get<int16_t>(b, kBaseOffset);
-    r.rise1090 = le::Get<float>(b, kRise1090);
-    r.halfWidth = le::Get<float>(b, kHalfWidth);
-    r.rise50 = le::Get<int16_t>(b, kRise50);
-    r.peakDirection = le::Get<int16_t>(b, kPeakDirection);
-    r.burstNumber = le::Get<int16_t>(b, kBurstNumber);
-    r.burstEventNumber = le::Get<int16_t>(b, kBurstEventNumber);
-    r.slope1090 = le::Get<float>(b, kSlope1090);
-    std::copy_n(b.begin() + kReserved, r.reserved.size(), r.reserved.begin());
-    r.relativeTime = le::Get<int32_t>(b, kRelativeTime);
-    r.sampleIndex = le::Get<int32_t>(b, kSampleIndex);
+    ForEachField(r, [&](std::size_t at, auto& field) { Load(b, at, field); });
     return r;
 }
 
 void WriteEventRecord(const EventRecord& r, std::span<uint8_t> b) {
-    le::Put(b, kTime, r.time);
-    le::Put(b, kAmplitude, r.amplitude);
-    le::Put(b, kNoise, r.noise);
-    le::Put(b, kRiseTime, r.riseTime);
-    le::Put(b, kDecayTime, r.decayTime);
-    le::Put(b, kBaseline, r.baseline);
-    le::Put(b, kArea, r.area);
-    b[kGroup] = r.group;
-    b[kChannel] = r.channel;
-    le::Put(b, kBaseOffset, r.baseOffset);
-    le::Put(b, kRise1090, r.rise1090);
-    le::Put(b, kHalfWidth, r.halfWidth);
-    le::Put(b, kRise50, r.rise50);
-    le::Put(b, kPeakDirection, r.peakDirection);
-    le::Put(b, kBurstNumber, r.burstNumber);
-    le::Put(b, kBurstEventNumber, r.burstEventNumber);
-    le::Put(b, kSlope1090, r.slope1090);
-    std::copy(r.reserved.begin(), r.reserved.end(), b.begin() + kReserved);
-    le::Put(b, kRelativeTime, r.relativeTime);
-    le::Put(b, kSampleIndex, r.sampleIndex);
+    ForEachField(r, [&](std::size_t at, const auto& field) { Store(b, at, field); });
 }
 
 bool EventRecord::operator==(const EventRecord& other) const {

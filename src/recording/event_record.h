@@ -39,6 +39,10 @@ struct EventRecord {
 inline constexpr std::size_t kEventRecordBytes = 76;
 inline constexpr std::size_t kGroupRejected = 255;
 inline constexpr std::size_t kGroupMissingBeat = 253;
+// Group numbers run from 0 (none) to kLastGroup (rejected).
+inline constexpr int kLastGroup = 255;
+static_assert(kLastGroup == int(kGroupRejected));
+inline constexpr bool IsGroupNumber(double group) { return group >= 0 && group <= kLastGroup; }
 
 // The events that a statistics, work-array or heart-rate source takes for a
 // group answer: 0 is every event the user has not rejected, any other number

@@ -7,7 +7,7 @@
 namespace vess {
 
 void EventTable::Delete(int32_t i) {
-    if (i < 1 || i > Count()) return;
+    if (!HasRow(i)) return;
     records_.erase(records_.begin() + (i - 1));
 }
 

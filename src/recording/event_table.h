@@ -14,6 +14,8 @@ class EventTable {
 public:
     int32_t Count() const { return static_cast<int32_t>(records_.size()); }
     bool Empty() const { return records_.empty(); }
+    // Row is one of the table's (1..Count()).
+    bool HasRow(int32_t row) const { return row >= 1 && row <= Count(); }
 
     // 1-based access; i must lie in 1..Count().
     EventRecord& operator[](int32_t i) { return records_[static_cast<std::size_t>(i - 1)]; }

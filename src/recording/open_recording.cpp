@@ -102,9 +102,6 @@ bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dia
     ws.history.MarkSaved();
     ws.screenStartBlock = 0;
     ws.selectedEvent = 0;
-    std::error_code ignored;  // a folder we cannot enter still leaves the file open
-    const auto folder = std::filesystem::absolute(path, ignored).parent_path();
-    if (!folder.empty()) std::filesystem::current_path(folder, ignored);
     return true;
 }
 

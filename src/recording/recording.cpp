@@ -363,4 +363,10 @@ float Recording::Bit2msec(int32_t points) const {
     return float(double(points) * intervalUs_ / 1000.0);
 }
 
+std::filesystem::path Recording::Folder() const {
+    std::error_code ec;
+    const std::filesystem::path absolute = std::filesystem::absolute(path_, ec);
+    return (ec ? path_ : absolute).parent_path();
+}
+
 }  // namespace vess

@@ -87,6 +87,9 @@ public:
 
     const std::filesystem::path& Path() const { return path_; }
     std::string FileName() const { return path_.filename().string(); }
+    // The folder the recording was opened from, made absolute: where file
+    // pickers start while it is open.
+    std::filesystem::path Folder() const;
     const AbfHeader& Header() const { return header_; }
     // The ABF 1.x header that event and parameter files copy: the bytes as
     // read (2048, or 6144 for an extended header), or for an ABF 2 file one

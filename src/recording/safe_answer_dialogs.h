@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "recording/dialogs.h"
 
@@ -21,6 +22,10 @@ public:
     }
     std::optional<std::string> OpenFile(const FileDialogRequest&) override { return std::nullopt; }
     std::optional<std::string> SaveFile(const FileDialogRequest&) override { return std::nullopt; }
+    std::optional<std::vector<std::string>> OpenFiles(const FileDialogRequest&) override {
+        return std::nullopt;
+    }
+    std::optional<std::string> ChooseFolder(const FolderDialogRequest&) override { return std::nullopt; }
 };
 
 }  // namespace vess

@@ -1,5 +1,7 @@
 #include "recording/screen.h"
 
+#include "recording/workspace.h"
+
 namespace vess {
 
 Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen)
@@ -13,6 +15,10 @@ Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPer
 
 float Screen::CalculateTime(int64_t i) const {
     return static_cast<float>(double(AbsoluteIndex(i)) * recording_->IntervalUs() / 1000.0);
+}
+
+Screen ShownScreen(const Workspace& ws) {
+    return Screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
 }
 
 }  // namespace vess

@@ -51,4 +51,8 @@ private:
     bool complete_ = true;
 };
 
+struct Workspace;
+// The screen the workspace shows (ws.recording must be open).
+Screen ShownScreen(const Workspace& ws);
+
 }  // namespace vess

@@ -12,6 +12,8 @@ const char* KindName(DialogEntry::Kind kind) {
         case DialogEntry::Kind::Input: return "input box";
         case DialogEntry::Kind::OpenFile: return "open-file dialog";
         case DialogEntry::Kind::SaveFile: return "save-file dialog";
+        case DialogEntry::Kind::OpenFiles: return "open-files dialog";
+        case DialogEntry::Kind::Folder: return "folder dialog";
     }
     return "dialog";
 }
@@ -59,6 +61,16 @@ std::optional<std::string> ScriptedDialogs::SaveFile(const FileDialogRequest& re
     return Take(save_, DialogEntry::Kind::SaveFile, request.caption, request.filter);
 }
 
+std::optional<std::vector<std::string>> ScriptedDialogs::OpenFiles(const FileDialogRequest& request) {
+    auto answer = Take(openMany_, DialogEntry::Kind::OpenFiles, request.caption, request.filter);
+    if (answer && answer->empty()) return std::nullopt;
+    return answer;
+}
+
+std::optional<std::string> ScriptedDialogs::ChooseFolder(const FolderDialogRequest& request) {
+    return Take(folder_, DialogEntry::Kind::Folder, request.caption, request.startFolder);
+}
+
 std::vector<DialogEntry> ScriptedDialogs::Messages() const {
     std::vector<DialogEntry> out;
     for (const auto& e : transcript_)
@@ -68,7 +80,7 @@ std::vector<DialogEntry> ScriptedDialogs::Messages() const {
 
 bool ScriptedDialogs::AllAnswersUsed() const {
     return yesNo_.empty() && yesNoCancel_.empty() && okCancel_.empty() && input_.empty() &&
-           open_.empty() && save_.empty();
+           open_.empty() && save_.empty() && openMany_.empty() && folder_.empty();
 }
 
 }  // namespace vess

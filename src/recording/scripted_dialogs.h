@@ -13,7 +13,7 @@
 namespace vess {
 
 struct DialogEntry {
-    enum class Kind { Message, YesNo, YesNoCancel, OkCancel, Input, OpenFile, SaveFile };
+    enum class Kind { Message, YesNo, YesNoCancel, OkCancel, Input, OpenFile, SaveFile, OpenFiles, Folder };
     Kind kind;
     std::string caption;
     std::string text;
@@ -35,6 +35,8 @@ public:
     ScriptedDialogs& AnswerInput(std::optional<std::string> a) { input_.push_back(std::move(a)); return *this; }
     ScriptedDialogs& AnswerOpenFile(std::optional<std::string> a) { open_.push_back(std::move(a)); return *this; }
     ScriptedDialogs& AnswerSaveFile(std::optional<std::string> a) { save_.push_back(std::move(a)); return *this; }
+    ScriptedDialogs& AnswerOpenFiles(std::optional<std::vector<std::string>> a) { openMany_.push_back(std::move(a)); return *this; }
+    ScriptedDialogs& AnswerFolder(std::optional<std::string> a) { folder_.push_back(std::move(a)); return *this; }
 
     void Message(const std::string& caption, const std::string& text) override;
     bool AskYesNo(const std::string& caption, const std::string& text) override;
@@ -44,6 +46,8 @@ public:
                                      const std::string& initial = {}) override;
     std::optional<std::string> OpenFile(const FileDialogRequest& request) override;
     std::optional<std::string> SaveFile(const FileDialogRequest& request) override;
+    std::optional<std::vector<std::string>> OpenFiles(const FileDialogRequest& request) override;
+    std::optional<std::string> ChooseFolder(const FolderDialogRequest& request) override;
 
     const std::vector<DialogEntry>& Transcript() const { return transcript_; }
     // Every message box shown so far (caption, text).
@@ -63,6 +67,8 @@ private:
     std::deque<std::optional<std::string>> input_;
     std::deque<std::optional<std::string>> open_;
     std::deque<std::optional<std::string>> save_;
+    std::deque<std::optional<std::vector<std::string>>> openMany_;
+    std::deque<std::optional<std::string>> folder_;
     std::vector<DialogEntry> transcript_;
 };
 

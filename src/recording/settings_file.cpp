@@ -159,7 +159,7 @@ Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems)
     ReadNumber(ini, kDisplay, "DisplayOffset&", s.DisplayOffset, problems, kMinDisplayOffset);
     ReadNumber(ini, kDisplay, "DisplayTotalNumberBlockPerScreen", s.DisplayTotalNumberBlockPerScreen,
                problems, 1, kMaxBlocksPerScreen);
-    ReadNumber(ini, kDisplay, "GroupNavigate", s.GroupNavigate, problems, 0, 255);
+    ReadNumber(ini, kDisplay, "GroupNavigate", s.GroupNavigate, problems, 0, kLastGroup);
     ReadNumber(ini, kDisplay, "JumpInterval", s.JumpInterval, problems, 0);
     ReadNumber(ini, kDisplay, "FilterType", s.FilterType, problems, kMinFilterType, kMaxFilterType);
     ReadText(ini, kDisplay, "FilterFreq", s.FilterFreq);

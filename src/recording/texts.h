@@ -140,6 +140,8 @@ inline constexpr std::string_view kSuggestEntry3 = "3 Large fast events";
 // ---- ABF data files: opening, channel choice, file information ------------
 // (append only)
 
+inline constexpr std::string_view kAbfFileFilter = "ABF File (*.ABF)";
+inline constexpr std::string_view kAbfFileExtension = "ABF";
 inline constexpr std::string_view kNotAbfCaption = "Not ABF File";
 inline constexpr std::string_view kNotAbfText = "This is not an Axon Binary File.  Try another file.";
 inline constexpr std::string_view kNotIntegerCaption = "Not in Integer Format";
@@ -289,6 +291,11 @@ inline constexpr std::string_view kInfoTelegraphAdditGain = "TelegraphAdditGain 
 
 // Template header for the ABF files the program writes.
 inline constexpr std::string_view kTemplateHeaderFileName = "SamplABF.dat";
+inline constexpr std::string_view kErrorCaption = "Error";
+inline constexpr std::string_view kTemplateMissingText =
+    "The file SamplABF.dat does not exist.  The program cannot continue without this file.  "
+    "Please contact technical support to obtain a new copy of it.";
+inline constexpr std::string_view kSaveAsAbf = "Save as ABF File";
 
 // ---- end of ABF data files block -------------------------------------------
 

@@ -44,6 +44,14 @@ struct Workspace {
     std::string eventsMadeWith;
     std::string eventsMadeFor;  // the recording's path when eventsMadeWith was noted
 
+    // Where file pickers start: the open recording's folder, else the data
+    // folder. The process's working folder is never changed.
+    std::filesystem::path Folder() const {
+        return recording ? recording->Folder() : std::filesystem::path(settings.DataDir);
+    }
+    // A row of the event table is selected.
+    bool HasSelectedEvent() const { return events.HasRow(selectedEvent); }
+
     // Work array 1 or 2 (any other number gives array 2).
     DataArray& Array(int number) { return number == 1 ? array1 : array2; }
     const DataArray& Array(int number) const { return number == 1 ? array1 : array2; }

@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "hrv/texts.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
@@ -73,7 +72,7 @@ bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::pa
     if (!ws.recording) return false;
     const auto templatePath = templateFolder / S(texts::kTemplateHeaderFileName);
     if (!ReadFileBytes(templatePath)) {
-        dialogs.Message(S(hrv::texts::kErrorCaption), S(hrv::texts::kTemplateMissingText));
+        dialogs.Message(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
         return false;
     }
     if (ws.events.Empty()) {
@@ -88,7 +87,7 @@ bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::pa
         return false;
     }
     const auto path = ChooseSavePath(
-        dialogs, {S(hrv::texts::kSaveAsAbf), S(hrv::texts::kAbfFilter), S(hrv::texts::kAbfExtension), {}},
+        dialogs, {S(texts::kSaveAsAbf), S(texts::kAbfFileFilter), S(texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
     if (!path) return false;
     const Recording& rec = *ws.recording;

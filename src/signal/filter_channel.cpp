@@ -148,7 +148,7 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterChoice& choice, 
     FilteredChannel result;
     const FilterDesign design = DesignFilter(choice, SampleRateHz(rec));
     if (!design.error.empty()) {
-        result.error = design.error;
+        result.status = CommandResult::Failed(design.error);
         return result;
     }
     TempFile out;
@@ -163,18 +163,17 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterChoice& choice, 
     } else if (finished) {
         finished = ForwardBackward(rec, design.sections, progress, out);
     }
-    if (finished) result.counts = out.Release();
-    if (!out.Error().empty()) result.error = out.Error();
-    if (!finished && result.error.empty()) result.error = "stopped";
-    if (!result.error.empty()) result.counts.reset();
+    if (!out.Error().empty()) result.status = CommandResult::Failed(out.Error());
+    else if (!finished) result.status = CommandResult::Cancelled();
+    if (result.status.ok()) result.counts = out.Release();
     return result;
 }
 
-std::string ApplyFilter(Recording& recording, const FilterChoice& choice, const FilterProgress& progress) {
+CommandResult ApplyFilter(Recording& recording, const FilterChoice& choice, const FilterProgress& progress) {
     FilteredChannel f = FilterChannel(recording, choice, progress);
-    if (!f.counts) return f.error;
+    if (!f.status) return f.status;
     recording.AttachFiltered(std::move(f.counts));
-    return {};
+    return CommandResult::Ok();
 }
 
 std::string WriteChannelAbf(const Recording& rec, const std::filesystem::path& path) {

@@ -16,6 +16,7 @@
 #include <memory>
 #include <string>
 
+#include "recording/command_result.h"
 #include "recording/data_file.h"
 #include "recording/recording.h"
 #include "signal/filter_design.h"
@@ -26,8 +27,8 @@ namespace vess {
 using FilterProgress = std::function<bool(double fraction)>;
 
 struct FilteredChannel {
-    std::unique_ptr<DataFile> counts;  // null when error says why
-    std::string error;                 // "" on success; "stopped" when told to stop
+    std::unique_ptr<DataFile> counts;  // null unless status is ok
+    CommandResult status = CommandResult::Ok();  // cancelled when told to stop
 };
 
 // The recorded samples of the chosen channel filtered as chosen: causal, or
@@ -39,8 +40,8 @@ FilteredChannel FilterChannel(const Recording& recording, const FilterChoice& ch
                               const FilterProgress& progress = {});
 
 // Designs, filters and attaches the copy to the recording (reads of it stay
-// as they were set). Returns "" or the message that refuses the filter.
-std::string ApplyFilter(Recording& recording, const FilterChoice& choice,
+// as they were set).
+CommandResult ApplyFilter(Recording& recording, const FilterChoice& choice,
                         const FilterProgress& progress = {});
 
 // Writes the chosen channel as read now (the filtered copy while it is read)

@@ -46,16 +46,25 @@ void StoreFilterChoice(const FilterChoice& choice, Settings& s) {
     s.FilterZeroPhase = choice.zeroPhase;
 }
 
-std::optional<FilterRequest> PrepareFilter(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice) {
-    if (!ws.recording) {
-        dialogs.Message(texts::kFilterCaption, texts::kFilterNoRecording);
-        return std::nullopt;
-    }
-    if (const std::string why = FilterChoiceProblem(choice, SampleRateHz(*ws.recording)); !why.empty()) {
+namespace {
+
+// Checks the choice against the open recording, says why it is refused, and
+// stores it in the settings when it is not.
+CommandResult AcceptFilterChoice(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice) {
+    std::string why = ws.recording ? FilterChoiceProblem(choice, SampleRateHz(*ws.recording))
+                                   : std::string(texts::kFilterNoRecording);
+    if (!why.empty()) {
         dialogs.Message(texts::kFilterCaption, why);
-        return std::nullopt;
+        return CommandResult::Failed(std::move(why));
     }
     StoreFilterChoice(choice, ws.settings);
+    return CommandResult::Ok();
+}
+
+}  // namespace
+
+std::optional<FilterRequest> PrepareFilter(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice) {
+    if (!AcceptFilterChoice(ws, dialogs, choice)) return std::nullopt;
     return FilterRequest{ws.recording->Path(), ws.recording->Channel(), choice};
 }
 
@@ -63,24 +72,23 @@ FilteredChannel FilterFromFile(const FilterRequest& request, const FilterProgres
     AbfError error{};
     std::string detail;
     const auto recording = Recording::Open(request.recording, &error, &detail);
-    if (!recording) return {nullptr, detail.empty() ? request.recording.string() : detail};
+    if (!recording) return {nullptr, CommandResult::Failed(detail.empty() ? request.recording.string() : detail)};
     recording->SetChannel(request.channel);
     return FilterChannel(*recording, request.choice, progress);
 }
 
-bool AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel f) {
-    if (!f.counts) {
-        if (f.error != "stopped") dialogs.Message(texts::kFilterCaption, texts::FilterFailedText(f.error));
-        return false;
-    }
-    if (!ws.recording) return false;
+CommandResult AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel f) {
+    if (f.status.failed()) dialogs.Message(texts::kFilterCaption, texts::FilterFailedText(f.status.message()));
+    if (!f.status) return f.status;
+    if (!ws.recording) return CommandResult::Cancelled();  // closed while the filter ran
     ws.recording->AttachFiltered(std::move(f.counts));
     ws.recording->ReadFiltered(ws.settings.DetectOnFiltered);
-    return true;
+    return CommandResult::Ok();
 }
 
-bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice, const FilterProgress& progress) {
-    if (!PrepareFilter(ws, dialogs, choice)) return false;
+CommandResult ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice,
+                                 const FilterProgress& progress) {
+    if (CommandResult accepted = AcceptFilterChoice(ws, dialogs, choice); !accepted) return accepted;
     return AttachFiltered(ws, dialogs, FilterChannel(*ws.recording, choice, progress));
 }
 

@@ -23,8 +23,8 @@ void StoreFilterChoice(const FilterChoice& choice, Settings& settings);
 
 // Stores the choice in the settings and filters the recording's chosen channel;
 // a refused choice or a failed run is told through dialogs and leaves the
-// recording as it was. True when the filtered copy is attached.
-bool ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice,
+// recording as it was. Ok when the filtered copy is attached.
+CommandResult ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice,
                         const FilterProgress& progress = {});
 // The same in two steps, for a job: the choice checked and stored, then the
 // channel filtered from the recording's file opened anew (nothing shared with
@@ -36,7 +36,7 @@ struct FilterRequest {
 };
 std::optional<FilterRequest> PrepareFilter(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice);
 FilteredChannel FilterFromFile(const FilterRequest& request, const FilterProgress& progress);
-bool AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel filtered);
+CommandResult AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel filtered);
 // Drops the filtered copy; detection reads the recorded samples again.
 void RemoveFilter(Workspace& ws);
 // Stores the choice and points the recording's reads at the filtered copy

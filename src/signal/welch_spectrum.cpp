@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "hrv/spectrum.h"
 #include "signal/tool_texts.h"
+#include "statistics/welch_psd.h"
 
 namespace vess {
 
@@ -21,11 +21,9 @@ int DefaultSegmentLength(std::size_t points) {
 PowerSpectrum WelchSpectrum(std::span<const double> values, double sampleRateHz, int segmentPoints) {
     PowerSpectrum out;
     if (!ValidSegmentLength(segmentPoints, values.size()) || !(sampleRateHz > 0)) return out;
-    // The heart-rate spectrum's Welch estimate is the same rule: periodic
-    // Hann windows, each segment's mean removed, one-sided density.
-    hrv::SpectrumResult r = hrv::WelchDensity(values, sampleRateHz, segmentPoints, 50);
+    WelchPsdResult r = WelchPsd(values, sampleRateHz, segmentPoints, 50);
     out.frequencyHz = std::move(r.frequencyHz);
-    out.psd = std::move(r.densityMs2PerHz);
+    out.psd = std::move(r.density);
     out.segments = r.windows;
     return out;
 }

@@ -7,6 +7,7 @@
 #include "recording/event_time.h"
 #include "recording/workspace.h"
 #include "statistics/prompts.h"
+#include "recording/texts.h"
 #include "statistics/texts.h"
 #include "statistics/total_order.h"
 
@@ -112,7 +113,7 @@ std::vector<float> RowFieldValues(const Recording* recording, const EventTable& 
                                   std::span<const int32_t> rows, ArrayField field, double timeOffsetMs) {
     std::vector<float> out;
     for (int32_t row : rows)
-        if (row >= 1 && row <= events.Count())
+        if (events.HasRow(row))
             out.push_back(ArrayFieldValue(recording, events[row], field, timeOffsetMs));
     return out;
 }
@@ -176,7 +177,7 @@ bool InterEventIntervalsCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber
     if (!group) return false;
     const std::vector<float> intervals = InterEventIntervals(ws.events, *group, RecordingIntervalUs(ws));
     if (intervals.empty() && clear) {
-        dialogs.Message(std::string(st::kErrorCaption), std::string(st::kNotEnoughEventsText));
+        dialogs.Message(std::string(texts::kErrorCaption), std::string(st::kNotEnoughEventsText));
         return false;
     }
     Store(ws.Array(k), clear, intervals);

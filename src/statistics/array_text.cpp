@@ -10,9 +10,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "detection/number_entry.h"
 #include "recording/data_file.h"
 #include "recording/file_io.h"
+#include "recording/number_entry.h"
 #include "recording/save_path.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"

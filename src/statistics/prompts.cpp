@@ -4,7 +4,8 @@
 
 #include <fmt/format.h>
 
-#include "detection/number_entry.h"
+#include "recording/event_record.h"
+#include "recording/number_entry.h"
 #include "statistics/binning.h"
 #include "statistics/texts.h"
 
@@ -19,7 +20,7 @@ std::optional<double> AskNumber(Dialogs& dialogs, const std::string& caption, co
 
 std::optional<int> AskGroup(Dialogs& dialogs, const std::string& caption, const std::string& text) {
     const auto g = AskNumber(dialogs, caption, text, "0");
-    if (!g || *g < 0 || *g > 255 || std::floor(*g) != *g) return std::nullopt;
+    if (!g || !IsGroupNumber(*g) || std::floor(*g) != *g) return std::nullopt;
     return int(*g);
 }
 

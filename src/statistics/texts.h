@@ -71,7 +71,6 @@ inline constexpr std::string_view kIntervalGroupCaption = "Calculate Grouped Eve
 inline constexpr std::string_view kIntervalGroupText =
     "Please enter the group number you would like to calculate for.  (Entering 0 will calculate "
     "for all the events.)";
-inline constexpr std::string_view kErrorCaption = "Error";
 inline constexpr std::string_view kNotEnoughEventsText = "Not enough events to add.";
 inline std::string DoneIntervalsText(int count, int k) {
     return "All of " + std::to_string(count) + " inter-event intervals are safely put into Array " +

@@ -30,10 +30,6 @@ Stretch Recorded(const Screen& screen, int64_t first, int64_t last) {
     return {first, last};
 }
 
-Screen DisplayedScreen(const Workspace& ws) {
-    return Screen(*ws.recording, ws.screenStartBlock, ws.BlocksPerScreen());
-}
-
 }  // namespace
 
 double CoastlineLength(std::span<const double> values) {
@@ -67,7 +63,7 @@ HistogramPlot MakeCoastlineTimeCourse(std::span<const double> values, double int
 
 std::optional<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs) {
     if (!ws.recording) return std::nullopt;
-    const Screen screen = DisplayedScreen(ws);
+    const Screen screen = ShownScreen(ws);
     const Stretch shown = Recorded(screen, 0, screen.WindowLen() - 1);
     if (shown.last <= shown.first) return std::nullopt;
     // Successive differences are offset-free, so the trace is taken in units
@@ -92,7 +88,7 @@ std::optional<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs) {
 std::vector<double> NoiseAmplitudes(const Workspace& ws, const NoiseCursors& cursors) {
     std::vector<double> out;
     if (!ws.recording) return out;
-    const Screen screen = DisplayedScreen(ws);
+    const Screen screen = ShownScreen(ws);
     const Stretch s = Recorded(screen, std::min(cursors.left, cursors.right), std::max(cursors.left, cursors.right));
     const double low = std::min(cursors.level1, cursors.level2);
     const double high = std::max(cursors.level1, cursors.level2);

@@ -201,7 +201,7 @@ TEST_F(GroupDataTest, VariableLengthSweepsAreShownAsEpisodes) {
     VESS_REQUIRE_SHARED_DATA();
     dialogs.AnswerInput("0");  // the channel
     ASSERT_TRUE(OpenFile(SharedData() / "abf1/2009_01_19_0002_varlen_v18.abf"));
-    GroupAnalysisWindow* w = window->OpenGroupAnalysis();
+    GroupAnalysisWindow* w = group::OpenGroupAnalysis(*window);
     w->findChild<QRadioButton*>("Option2_0")->setChecked(true);
     w->findChild<QCheckBox*>("Check10")->setChecked(true);
     w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");

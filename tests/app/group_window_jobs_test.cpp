@@ -11,6 +11,7 @@
 #include "graphs/ui/plot_widget.h"
 #include "group_analysis/result_row.h"
 #include "group_analysis/ui/group_assign_dialog.h"
+#include "group_analysis/ui/group_commands.h"
 #include "group_analysis/ui/group_window.h"
 #include "group_analysis/ui/trace_picture.h"
 
@@ -27,7 +28,7 @@ protected:
         group::GroupAssignDialog d(ws, group::GroupAssignMode::Random);
         d.RandomGroups()->setValue(1);
         d.Apply();
-        GroupAnalysisWindow* w = window->OpenGroupAnalysis();
+        GroupAnalysisWindow* w = group::OpenGroupAnalysis(*window);
         w->findChild<QRadioButton*>("Option2_1")->setChecked(true);
         w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
         w->findChild<QComboBox*>("Combo2")->setCurrentText(type);

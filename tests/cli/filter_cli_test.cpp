@@ -57,7 +57,7 @@ TEST(FilterCli, OutWritesTheFilteredChannelWithTheSourceScaling) {
     choice.order = 3;
     choice.rippleDb = 1;
     choice.zeroPhase = true;
-    ASSERT_EQ(ApplyFilter(*rec, choice), "");
+    ASSERT_TRUE(ApplyFilter(*rec, choice).ok());
     rec->ReadFiltered(true);
     std::vector<int16_t> expected(raw.size()), got(raw.size());
     rec->ReadSamples(0, expected);

@@ -392,7 +392,7 @@ TEST_F(MethodsTest, AccuracyCheckRecallRisesWithAmplitude) {
     o.events = 300;
     o.bins = 5;
     const AccuracyReport r = CheckAccuracy(ws, o);
-    ASSERT_TRUE(r.ok) << r.problem;
+    ASSERT_TRUE(r.status.ok()) << r.status.message();
     EXPECT_EQ(r.added, 300);
     EXPECT_NEAR(r.noiseSdUnits, 10, 0.5);
     EXPECT_LT(r.bins.front().Recall(), 0.5);
@@ -427,7 +427,7 @@ TEST_F(MethodsTest, AccuracyCheckSetsTheRecordingsOwnEventsApart) {
     o.lowSds = 8;  // all large enough to be found
     o.highSds = 10;
     const AccuracyReport r = CheckAccuracy(ws, o);
-    ASSERT_TRUE(r.ok) << r.problem;
+    ASSERT_TRUE(r.status.ok()) << r.status.message();
     EXPECT_EQ(r.originalEvents, 40);
     // Added events that land on the recording's own are left out of recall,
     // so recall is that of the events the check can tell apart.
@@ -468,15 +468,15 @@ TEST_F(MethodsTest, AccuracyCheckRunsOnItsOwnCopyWithProgress) {
         o.events = 150;
         o.seed = 11;
         const AccuracyReport plain = CheckAccuracy(ws, o);
-        ASSERT_TRUE(plain.ok) << plain.problem;
+        ASSERT_TRUE(plain.status.ok()) << plain.status.message();
         const AccuracyInput input = PrepareAccuracyCheck(ws, o);
         ws.recording.reset();
         std::vector<double> shares;
         AccuracyControl control;
         control.progress = [&](double done) { shares.push_back(done); };
         const AccuracyReport followed = RunAccuracyCheck(input, control);
-        ASSERT_TRUE(followed.ok) << followed.problem;
-        EXPECT_FALSE(followed.cancelled);
+        ASSERT_TRUE(followed.status.ok()) << followed.status.message();
+        EXPECT_FALSE(followed.status.cancelled());
         EXPECT_EQ(AccuracyTable(followed), AccuracyTable(plain));
         EXPECT_GT(plain.found, 0);
         ASSERT_GE(shares.size(), 3u);
@@ -501,8 +501,8 @@ TEST_F(MethodsTest, AccuracyCheckStopsWhenCancelled) {
         if (done > 0.1) cancel = true;
     };
     const AccuracyReport r = CheckAccuracy(ws, AccuracyOptions{}, control);
-    EXPECT_TRUE(r.cancelled);
-    EXPECT_FALSE(r.ok);
+    EXPECT_TRUE(r.status.cancelled());
+    EXPECT_FALSE(r.status.ok());
     EXPECT_TRUE(r.bins.empty());
     ASSERT_FALSE(shares.empty());
     EXPECT_LT(shares.back(), 0.5);
@@ -510,7 +510,7 @@ TEST_F(MethodsTest, AccuracyCheckStopsWhenCancelled) {
 
     shares.clear();
     const AccuracyReport before = CheckAccuracy(ws, AccuracyOptions{}, control);
-    EXPECT_TRUE(before.cancelled);
+    EXPECT_TRUE(before.status.cancelled());
     EXPECT_TRUE(shares.empty());
 }
 

@@ -31,8 +31,6 @@ std::vector<uint8_t> Slurp(const std::filesystem::path& p) {
 class Abf2EventFile : public ::testing::Test {
 protected:
     test::TempDir dir;
-    std::filesystem::path cwd = std::filesystem::current_path();
-    void TearDown() override { std::filesystem::current_path(cwd); }
 
     // cell.abf: one ABF 2 channel of 2048 points, opened in ws with six events.
     void OpenWithEvents(Workspace& ws, ScriptedDialogs& dialogs) {
@@ -106,13 +104,7 @@ TEST_F(Abf2EventFile, ParameterFileCarriesTheSameHeaderCopy) {
 
 using test::TempDir;
 
-// Opening from the file list changes the current folder: each test goes
-// back to where it started.
-class FileList : public ::testing::Test {
-protected:
-    std::filesystem::path cwd = std::filesystem::current_path();
-    void TearDown() override { std::filesystem::current_path(cwd); }
-};
+class FileList : public ::testing::Test {};
 
 // An event file chosen in the file list opens its data file from the same
 // folder, then its events.

@@ -34,7 +34,6 @@ std::size_t Field(Section s, std::size_t field) { return SectionAt(s) + field; }
 
 TEST(OpenAbf2, DamagedSectionsAreRefusedWithTheirMessage) {
     test::TempDir dir;
-    const auto cwd = std::filesystem::current_path();
     Workspace ws;
     ScriptedDialogs dialogs;
     ASSERT_TRUE(OpenDataFile(ws, Save(dir, "good.abf", ValidAbf2()), dialogs));
@@ -100,7 +99,6 @@ TEST(OpenAbf2, DamagedSectionsAreRefusedWithTheirMessage) {
         EXPECT_EQ(ws.recording.get(), previous);
         EXPECT_EQ(ws.events.Count(), 1);
     });
-    std::filesystem::current_path(cwd);
 }
 
 TEST(OpenAbf2, TwoChannelsOnOneAdcAreRefused) {

@@ -36,16 +36,7 @@ protected:
     TempDir dir;
     Workspace ws;
     ScriptedDialogs dialogs;
-    // Opening changes the current directory; every test starts and ends in a
-    // folder that outlives it (an earlier test may have left us in a removed one).
-    std::filesystem::path cwd = StableCwd();
     const Recording* previous = nullptr;
-
-    static std::filesystem::path StableCwd() {
-        std::filesystem::current_path(std::filesystem::temp_directory_path());
-        return std::filesystem::current_path();
-    }
-    void TearDown() override { std::filesystem::current_path(cwd); }
 
     // A recording already open, with two events and a screen further on.
     void OpenPrevious() {
@@ -58,13 +49,11 @@ protected:
         ws.events.Append(e);
         ws.events.Append(e);
         ws.screenStartBlock = 2;
-        std::filesystem::current_path(cwd);
     }
     void ExpectPreviousKept() {
         EXPECT_EQ(ws.recording.get(), previous);
         EXPECT_EQ(ws.events.Count(), 2);
         EXPECT_EQ(ws.screenStartBlock, 2);
-        EXPECT_EQ(std::filesystem::current_path(), cwd);
     }
 };
 
@@ -177,6 +166,7 @@ TEST_F(OpenDataFileTest, ALengthPastTheEndOfTheFileIsClippedToTheFramesPresent) 
 }
 
 TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
+    const auto startedIn = std::filesystem::current_path();
     OpenPrevious();
     const auto next = Save(dir, "next.abf", ValidBytes());
     int saves = 0;
@@ -200,7 +190,10 @@ TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
     EXPECT_FALSE(ws.history.CanUndo());
     EXPECT_FALSE(ws.history.Modified());
     EXPECT_EQ(ws.screenStartBlock, 0);
-    EXPECT_EQ(std::filesystem::current_path(), std::filesystem::canonical(dir.Path()));
+    // The pickers now start in the new file's folder; the process's own
+    // working folder is left alone.
+    EXPECT_EQ(ws.Folder(), dir.Path());
+    EXPECT_EQ(std::filesystem::current_path(), startedIn);
     // No events: no question.
     EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return true; }));
     EXPECT_EQ(saves, 2);

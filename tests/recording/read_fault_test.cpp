@@ -122,8 +122,6 @@ protected:
     TempDir dir;
     Workspace ws;
     ScriptedDialogs dialogs;
-    std::filesystem::path cwd = std::filesystem::current_path();
-    void TearDown() override { std::filesystem::current_path(cwd); }
 
     void OpenAndCut(int events) {
         ws.recording = test::MakeRecording(dir / "cell.abf", Ramp(40 * 256));

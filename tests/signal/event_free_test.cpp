@@ -148,7 +148,7 @@ TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     ScriptedDialogs dialogs;
     EXPECT_FALSE(EventFreeCommand(ws, dialogs, dir.Path()));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].text, hrv::texts::kTemplateMissingText);
+    EXPECT_EQ(dialogs.Messages()[0].text, texts::kTemplateMissingText);
 }
 
 // Sweep start times of real episodic recordings into the work arrays, and

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "detection/fft_convolution.h"
-#include "hrv/spectrum.h"
+#include "statistics/welch_psd.h"
 #include "signal/noise_measures.h"
 #include "signal/trace_tools.h"
 #include "signal/welch_spectrum.h"
@@ -169,7 +169,7 @@ TEST(FftPlanner, ConvolversAndSpectraPlannedOnTwoThreadsAtOnce) {
         const int n = 16 + r;
         std::vector<double> y(static_cast<std::size_t>(n));
         for (int i = 0; i < n; ++i) y[std::size_t(i)] = std::sin(2 * std::numbers::pi * 4 * i / n);
-        const hrv::SpectrumResult s = hrv::WelchDensity(y, 1.0, n, 0);
+        const WelchPsdResult s = WelchPsd(y, 1.0, n, 0);
         const auto peak = std::max_element(s.densityMs2PerHz.begin(), s.densityMs2PerHz.end());
         if (peak - s.densityMs2PerHz.begin() != 4) ++spectrumErrors;
     }

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -29,6 +28,7 @@
 #include "recording/file_io.h"
 #include "recording/method_settings.h"
 #include "recording/save_path.h"
+#include "recording/texts.h"
 
 namespace vess {
 namespace {
@@ -97,16 +97,15 @@ void BatchWindow::BuildForm() {
     addFolder->setObjectName("addFolder");
     clear->setObjectName("clearFiles");
     connect(addFiles, &QPushButton::clicked, this, [this] {
-        const QStringList names = QFileDialog::getOpenFileNames(
-            this, Q(t::kAddFiles), QString::fromStdString(ws_.settings.DataDir), Q(t::kRecordingFilter));
-        std::vector<std::filesystem::path> paths;
-        for (const QString& n : names) paths.emplace_back(n.toStdString());
-        AddRecordings(paths);
+        const FileDialogRequest request{std::string(t::kAddFiles), std::string(texts::kAbfFileFilter),
+                                        std::string(texts::kAbfFileExtension), ws_.settings.DataDir};
+        const auto names = dialogs_.OpenFiles(request);
+        if (!names) return;
+        AddRecordings({names->begin(), names->end()});
     });
     connect(addFolder, &QPushButton::clicked, this, [this] {
-        const QString folder = QFileDialog::getExistingDirectory(
-            this, Q(t::kAddFolder), QString::fromStdString(ws_.settings.DataDir));
-        if (!folder.isEmpty()) AddRecordings({folder.toStdString()});
+        if (const auto folder = dialogs_.ChooseFolder({std::string(t::kAddFolder), ws_.settings.DataDir}))
+            AddRecordings({*folder});
     });
     connect(clear, &QPushButton::clicked, this, [this] {
         if (jobs_.Running()) return;
@@ -139,9 +138,10 @@ void BatchWindow::BuildForm() {
     out_dir_ = new QLabel(Q(t::kBesideRecordings));
     out_dir_->setObjectName("outputFolder");
     auto* chooseOut = new QPushButton(Q(t::kChoose));
+    chooseOut->setObjectName("chooseOutputFolder");
     connect(chooseOut, &QPushButton::clicked, this, [this] {
-        const QString folder = QFileDialog::getExistingDirectory(this, Q(t::kOutputFolder));
-        if (!folder.isEmpty()) SetOutputFolder(folder.toStdString());
+        if (const auto folder = dialogs_.ChooseFolder({std::string(t::kOutputFolder), outDir_.string()}))
+            SetOutputFolder(*folder);
     });
     jobs_box_ = new QSpinBox;
     jobs_box_->setObjectName("jobs");
@@ -231,8 +231,9 @@ void BatchWindow::SetSettingsSource(SettingsSource source, const std::filesystem
 void BatchWindow::ChooseSettingsFile() {
     const bool set = source_ == SettingsSource::SettingsFile;
     const FileDialogRequest request{std::string(t::kSettings),
-                                    set ? "Settings File (*.SET)" : "Parameter File (*.PAR)",
-                                    set ? "SET" : "PAR", {}};
+                                    std::string(set ? texts::kCustomSettingsFilter : texts::kParameterFileFilter),
+                                    std::string(set ? texts::kCustomSettingsExtension : texts::kParameterFileExtension),
+                                    {}};
     if (const auto path = ChooseOpenPath(dialogs_, request)) SetSettingsSource(source_, *path);
 }
 

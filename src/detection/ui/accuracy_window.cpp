@@ -111,12 +111,12 @@ void AccuracyWindow::EndRun() {
 
 void AccuracyWindow::OnRunEnded(const AccuracyReport& report) {
     EndRun();
-    if (report.cancelled) {
+    if (report.status.cancelled()) {
         status_->setText(method_texts::kCheckStopped);
         return;
     }
-    if (!report.ok) {
-        status_->setText(QString::fromStdString(report.problem));
+    if (report.status.failed()) {
+        status_->setText(QString::fromStdString(report.status.message()));
         return;
     }
     status_->clear();

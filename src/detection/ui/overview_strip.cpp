@@ -115,7 +115,7 @@ void OverviewStrip::paintEvent(QPaintEvent*) {
         p.setPen(QPen(style.faded ? Faded(style.peak) : style.peak, 1));
         p.drawLine(QPointF(x, tickTop), QPointF(x, height() - 1));
     }
-    if (selected_ >= 1 && selected_ <= events_->Count()) {
+    if (events_->HasRow(selected_)) {
         const double x = XOfSample(double(EventSamplePosition((*events_)[selected_], intervalUs)));
         p.setPen(QPen(kSelectColour.darker(200), 2));
         p.drawLine(QPointF(x, tickTop - 4), QPointF(x, height() - 1));

@@ -24,7 +24,7 @@ void TraceView::DrawMarks(QPainter& p) const {
         const auto peak = PeakIndexOf((*events_)[k]);
         if (peak && *peak >= 0 && *peak < screen_->WindowLen()) DrawEventMarks(p, (*events_)[k], *peak, false);
     }
-    if (selected_ >= 1 && selected_ <= events_->Count()) {
+    if (events_->HasRow(selected_)) {
         const auto peak = PeakIndexOf((*events_)[selected_]);
         if (peak && *peak >= 0 && *peak < screen_->WindowLen())
             DrawEventMarks(p, (*events_)[selected_], *peak, true);

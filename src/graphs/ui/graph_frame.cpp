@@ -1,15 +1,15 @@
 #include "graphs/ui/graph_frame.h"
 
 #include <QApplication>
-#include <QFileDialog>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 
+#include "app/qt_dialogs.h"
+#include "graphs/plot_text.h"
 #include "graphs/ui/axis_dialog.h"
 #include "graphs/ui/plot_widget.h"
 #include "recording/dialogs.h"
@@ -23,8 +23,6 @@ QPointer<GraphFrame> sharedFrame;
 Dialogs* sharedDialogs = nullptr;
 
 constexpr const char* kExportCaption = "Export PlotData";
-constexpr const char* kExportFilter =
-    "PNG Image (*.png)|*.png|SVG Drawing (*.svg)|*.svg|PDF Document (*.pdf)|*.pdf";
 constexpr const char* kPlotAllTitle = "All Plots";
 
 // A file name from a plot title: letters, digits, spaces, '-' and '_' kept.
@@ -41,7 +39,8 @@ std::string FileNameOf(const std::string& title) {
 
 GraphFrame::~GraphFrame() { disconnect(area_, nullptr, this, nullptr); }
 
-GraphFrame::GraphFrame(QWidget* parent) : QMainWindow(parent), area_(new QMdiArea(this)) {
+GraphFrame::GraphFrame(QWidget* parent)
+    : QMainWindow(parent), area_(new QMdiArea(this)), ownDialogs_(std::make_unique<QtDialogs>(this)) {
     setObjectName("GraphFrame");
     setWindowTitle(tr("Graphs"));
     setAttribute(Qt::WA_QuitOnClose, false);  // the main window decides when the program ends
@@ -143,21 +142,13 @@ PlotWidget* GraphFrame::PlotAll() {
 bool GraphFrame::ExportPlot(PlotWidget* plot) {
     if (!plot) return false;
     const std::string name = FileNameOf(plot->Description().title);
-    QString path;
-    if (dialogs_) {
-        const FileDialogRequest request{kExportCaption, kExportFilter, "png", name};
-        const auto chosen = ChooseSavePath(*dialogs_, request, ExistingFile::AskReplace);
-        if (!chosen) return false;
-        path = QString::fromStdString(chosen->string());
-    } else {
-        path = QFileDialog::getSaveFileName(this, kExportCaption, QString::fromStdString(name + ".png"),
-                                            "PNG Image (*.png);;SVG Drawing (*.svg);;PDF Document (*.pdf)");
-        if (path.isEmpty()) return false;
-    }
-    if (plot->SaveAs(path)) return true;
-    const std::string text = "The plot could not be written to " + path.toStdString() + ".";
-    if (dialogs_) dialogs_->Message(kExportCaption, text);
-    else QMessageBox::warning(this, kExportCaption, QString::fromStdString(text));
+    Dialogs& dialogs = dialogs_ ? *dialogs_ : *ownDialogs_;
+    const FileDialogRequest request{kExportCaption, std::string(kPictureFilter), std::string(kPictureExtension),
+                                    name};
+    const auto chosen = ChooseSavePath(dialogs, request, ExistingFile::AskReplace);
+    if (!chosen) return false;
+    if (plot->SaveAs(QString::fromStdString(chosen->string()))) return true;
+    dialogs.Message(kExportCaption, "The plot could not be written to " + chosen->string() + ".");
     return false;
 }
 

@@ -55,6 +55,7 @@ private:
     QMdiArea* area_;
     std::unique_ptr<WindowDialogs> windowDialogs_;
     Dialogs* dialogs_ = nullptr;
+    std::unique_ptr<Dialogs> ownDialogs_;
     int untitled_ = 0;
 };
 

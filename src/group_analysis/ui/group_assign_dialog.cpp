@@ -86,7 +86,7 @@ GroupAssignDialog::GroupAssignDialog(Workspace& ws, GroupAssignMode mode, QWidge
     randomGroups_ = Spin(1, 254, 2);
     randomFirst_ = Spin(1, 254, 1);
     seed_ = Spin(0, 2147483647, 1);
-    source_ = Spin(-1, 255, -1);
+    source_ = Spin(-1, kLastGroup, -1);
     source_->setSpecialValueText(tr("All events"));
     rf->addRow(tr("Number of groups"), randomGroups_);
     rf->addRow(tr("First group #"), randomFirst_);

@@ -16,6 +16,7 @@
 #include <filesystem>
 
 #include "app/job_runner.h"
+#include "graphs/plot_text.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/grid_print.h"
 #include "group_analysis/fit_review.h"
@@ -157,10 +158,10 @@ void GroupAnalysisWindow::PlotDataArray(int array) {
 
 // Pictures go into documents: they keep the axes and may carry scale bars.
 void GroupAnalysisWindow::SavePicture() {
-    const auto name = dialogs_.SaveFile({"", "Picture (*.png *.svg *.pdf)", "png", ""});
+    const auto name = dialogs_.SaveFile({"", std::string(kPictureFilter), std::string(kPictureExtension), ""});
     if (!name || name->empty()) return;
     picture_->SetScaleBars(dialogs_.AskYesNo(Str(texts::kScaleBarsCaption), Str(texts::kScaleBarsPrompt)));
-    if (!picture_->SaveAs(QString::fromStdString(WithDefaultExtension(*name, "png").string())))
+    if (!picture_->SaveAs(QString::fromStdString(WithDefaultExtension(*name, kPictureExtension).string())))
         dialogs_.Message(Str(texts::kWindowCaption), "The picture could not be written to " + *name + ".");
     picture_->SetScaleBars(false);
 }

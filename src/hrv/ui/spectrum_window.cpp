@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include "app/job_runner.h"
+#include "graphs/plot_text.h"
 #include "graphs/ui/plot_widget.h"
 #include "hrv/analysis.h"
 #include "hrv/plots.h"
@@ -211,7 +212,8 @@ bool SpectrumWindow::SaveResults() {
 
 bool SpectrumWindow::SavePlot() {
     if (!plot_) return false;
-    const auto path = ChooseSavePath(dialogs_, {std::string(texts::kSpectrumCaption), "Picture (*.png *.svg *.pdf)", "png", {}},
+    const auto path = ChooseSavePath(dialogs_, {std::string(texts::kSpectrumCaption), std::string(kPictureFilter),
+                                                 std::string(kPictureExtension), {}},
                                      ExistingFile::AskReplace);
     return path && plot_->SaveAs(QString::fromStdString(path->string()));
 }

@@ -23,6 +23,7 @@
 #include "hrv/scans.h"
 #include "hrv/tachogram.h"
 #include "hrv/texts.h"
+#include "recording/texts.h"
 #include "hrv/ui/hrv_widgets.h"
 #include "recording/template_header.h"
 #include "recording/workspace.h"
@@ -135,7 +136,7 @@ void TimeDomainWindow::BuildMenus() {
     add(tacho, "menu_TachogramGenerate", Q(texts::kGeneratePlot), [this] {
         if (const auto plot = TachogramPlotCommand(ws_, dialogs_)) ShowPlot(*plot);
     });
-    add(tacho, "menu_TachogramSaveABF", Q(texts::kSaveAsAbf), [this] {
+    add(tacho, "menu_TachogramSaveABF", Q(vess::texts::kSaveAsAbf), [this] {
         EnsureTemplateHeader(templateFolder_);
         SaveTachogramAbfCommand(ws_, dialogs_, templateFolder_);
     });

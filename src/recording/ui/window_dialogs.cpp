@@ -58,4 +58,14 @@ std::optional<std::string> WindowDialogs::SaveFile(const FileDialogRequest& requ
     return program_.SaveFile(request);
 }
 
+std::optional<std::vector<std::string>> WindowDialogs::OpenFiles(const FileDialogRequest& request) {
+    Asking scope(window_);
+    return program_.OpenFiles(request);
+}
+
+std::optional<std::string> WindowDialogs::ChooseFolder(const FolderDialogRequest& request) {
+    Asking scope(window_);
+    return program_.ChooseFolder(request);
+}
+
 }  // namespace vess

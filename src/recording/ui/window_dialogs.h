@@ -26,6 +26,8 @@ public:
                                      const std::string& initial = {}) override;
     std::optional<std::string> OpenFile(const FileDialogRequest& request) override;
     std::optional<std::string> SaveFile(const FileDialogRequest& request) override;
+    std::optional<std::vector<std::string>> OpenFiles(const FileDialogRequest& request) override;
+    std::optional<std::string> ChooseFolder(const FolderDialogRequest& request) override;
 
 private:
     Dialogs& program_;
