@@ -5,7 +5,7 @@
 #include <string>
 
 #include "detection/editing.h"
-#include "detection/number_entry.h"
+#include "recording/number_entry.h"
 #include "group_analysis/fluctuation.h"
 #include "group_analysis/results_plots.h"
 #include "group_analysis/trace_analysis.h"

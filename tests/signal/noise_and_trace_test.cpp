@@ -170,8 +170,8 @@ TEST(FftPlanner, ConvolversAndSpectraPlannedOnTwoThreadsAtOnce) {
         std::vector<double> y(static_cast<std::size_t>(n));
         for (int i = 0; i < n; ++i) y[std::size_t(i)] = std::sin(2 * std::numbers::pi * 4 * i / n);
         const WelchPsdResult s = WelchPsd(y, 1.0, n, 0);
-        const auto peak = std::max_element(s.densityMs2PerHz.begin(), s.densityMs2PerHz.end());
-        if (peak - s.densityMs2PerHz.begin() != 4) ++spectrumErrors;
+        const auto peak = std::max_element(s.density.begin(), s.density.end());
+        if (peak - s.density.begin() != 4) ++spectrumErrors;
     }
     convolving.join();
     EXPECT_EQ(convolutionErrors, 0);
