@@ -24,9 +24,7 @@ FilterChoice LowPass(double cutoffHz, bool zeroPhase) {
     return s;
 }
 
-// Whole-trace filtering in memory, the definition the block-wise file
-// version must reproduce: settled at the first sample, and for zero phase
-// a second pass backward settled at the last forward output.
+// Whole-trace filtering in memory, the definition the block-wise file version reproduces.
 std::vector<int16_t> InMemory(const std::vector<int16_t>& raw, const FilterChoice& choice, double fs) {
     const auto sections = DesignFilter(choice, fs).sections;
     std::vector<double> x(raw.begin(), raw.end());
@@ -78,8 +76,7 @@ TEST(FilterChannel, BlockwiseFileEqualsWholeTraceFilteringCausalAndZeroPhase) {
     }
 }
 
-// Zero phase runs three passes over the samples: progress rises through
-// them to 1 without going back, and a stop in any pass gives no copy.
+// Zero phase runs three passes: progress rises to 1, a stop in any pass gives no copy.
 TEST(FilterChannel, ZeroPhaseProgressRisesToOneAndStopsInAnyPass) {
     test::TempDir dir;
     auto rec = test::MakeRecording(dir / "n.abf", Noisy(150000), 50);
@@ -99,8 +96,7 @@ TEST(FilterChannel, ZeroPhaseProgressRisesToOneAndStopsInAnyPass) {
     }
 }
 
-// Forward-backward has no phase: an impulse far from the edges comes out
-// symmetric about its position, peak in place.
+// Forward-backward has no phase: an impulse comes out symmetric, peak in place.
 TEST(FilterChannel, ZeroPhaseImpulseResponseIsSymmetric) {
     test::TempDir dir;
     std::vector<int16_t> raw(20001, 0);
