@@ -176,15 +176,6 @@ TEST(NoiseHistogram, SamplesBetweenTheCursors) {
     EXPECT_EQ(std::accumulate(plot->series[0].y.begin(), plot->series[0].y.end(), 0.0), 3);
 }
 
-TEST(Correlogram, ThreeEqualTimesGiveThreeZeroDifferences) {
-    const std::vector<double> x = {5, 5, 5};
-    const Correlogram c = AutoCorrelogram(x, 1.0, 10);
-    EXPECT_EQ(c.firstBin, 0);
-    ASSERT_EQ(c.counts.size(), 11u);
-    EXPECT_EQ(c.counts[0], 3);
-    EXPECT_EQ(std::accumulate(c.counts.begin(), c.counts.end(), 0.0), 3);
-}
-
 TEST(Correlogram, CrossBinsRunFromMinusToPlusMaximum) {
     const std::vector<double> a = {0}, b = {-2, -0.5, 0.5, 2, 2.5};
     const Correlogram c = CrossCorrelogram(a, b, 1.0, 2);
