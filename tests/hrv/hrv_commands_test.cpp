@@ -247,9 +247,9 @@ TEST(HrvPlots, SpectrumShadesTheBands) {
     const Bands bands;
     const PlotData p = SpectrumPlot(s, bands);
     ASSERT_EQ(p.bands.size(), 3u);
-    EXPECT_DOUBLE_EQ(p.bands[1].from, 0.04);
-    EXPECT_DOUBLE_EQ(p.bands[2].to, 0.40);
-    EXPECT_LE(p.series[0].x.back(), 0.40);  // drawn up to the top of the HF band
+    EXPECT_DOUBLE_EQ(p.bands[1].from, bands.vlfHighHz);
+    EXPECT_LE(p.series[0].x.back(), bands.hfHighHz);  // drawn up to the top of the HF band
+    EXPECT_GT(p.series[0].x.back(), bands.hfHighHz - 4.0 / 256);
 }
 
 }  // namespace

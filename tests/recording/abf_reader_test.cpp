@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "recording/recording.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
@@ -60,10 +60,8 @@ class RealRecording : public ::testing::TestWithParam<KnownChannel> {};
 TEST_P(RealRecording, MatchesTheListedValues) {
     VESS_REQUIRE_SHARED_DATA();
     const KnownChannel& k = GetParam();
-    AbfError error{};
-    std::string detail;
-    auto rec = Recording::Open(test::SharedData() / k.file, &error, &detail);
-    ASSERT_TRUE(rec) << detail;
+    auto rec = test::OpenShared(k.file);
+    ASSERT_TRUE(rec);
     rec->SetChannel(uint8_t(k.channel));
 
     EXPECT_NEAR(rec->Header().fileVersionNumber, k.version, 1e-3);
@@ -102,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(SharedData, RealRecording, ::testing::ValuesIn(kKnown),
 // Tags as stored in the file's tag section (four 64-byte entries at block 4704).
 TEST(RealRecordingTags, FileAxon2TagsAreReadFieldByField) {
     VESS_REQUIRE_SHARED_DATA();
-    auto rec = Recording::Open(test::SharedData() / "abf1/File_axon_2.abf", nullptr);
+    auto rec = test::OpenShared("abf1/File_axon_2.abf");
     ASSERT_TRUE(rec);
     const auto& tags = rec->Tags();
     ASSERT_EQ(tags.size(), 4u);

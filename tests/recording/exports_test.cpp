@@ -11,11 +11,12 @@
 #include "recording/recording.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/workspace.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
 
+using test::ReadText;
 using test::TempDir;
 
 // 2 counts a pA, 50 us a point, and an instrument offset so that levels
@@ -84,11 +85,6 @@ TEST(EventGrid, CellValuesConvertPerColumn) {
     EXPECT_EQ(FormatCell(CellValue(0.1f)), "0.1");
     EXPECT_EQ(FormatCell(CellValue(uint8_t(255))), "255");
     EXPECT_EQ(FormatCell(CellValue(int16_t(-1))), "-1");
-}
-
-std::string ReadText(const std::filesystem::path& p) {
-    const auto b = ReadFileBytes(p);
-    return b ? std::string(b->begin(), b->end()) : std::string();
 }
 
 TEST(EventExports, AtfTimeAndAmplitude) {
@@ -160,20 +156,17 @@ TEST(GridFormat, DecimalsShowOneStepOfTheUnit) {
 // 171116sh_0020_saved.abf (data README): 50 us, one count 0.0305176 pA, 70 000 ms.
 TEST(GridFormat, ColumnsOfARealRecording) {
     VESS_REQUIRE_SHARED_DATA();
-    AbfError error{};
-    const auto rec = Recording::Open(test::SharedData() / "abf1/171116sh_0020_saved.abf", &error);
+    const auto rec = test::OpenShared("abf1/171116sh_0020_saved.abf");
     ASSERT_TRUE(rec);
     EXPECT_EQ(EventColumnDecimals(rec.get(), 1), 2);   // Time
     EXPECT_EQ(EventColumnDecimals(rec.get(), 2), 2);   // Amplitude, 0.0305 pA
     EXPECT_EQ(EventColumnDecimals(rec.get(), 3), 2);   // Time to Rise, 0.05 ms
     EXPECT_EQ(EventColumnDecimals(rec.get(), 5), 3);   // Area, 0.0305 x 0.05 = 0.0015
-    EXPECT_EQ(EventColumnDecimals(rec.get(), 8), 0);   // Group
     EXPECT_EQ(EventColumnWidestText(rec.get(), 1), "70000.00");
     // 65535 counts x 0.0305176 pA = 1999.97 pA peak to peak.
     EXPECT_EQ(EventColumnWidestText(rec.get(), 2), "-1999.97");
     // 32767 points x 0.05 ms.
     EXPECT_EQ(EventColumnWidestText(rec.get(), 3), "1638.35");
-    EXPECT_EQ(EventColumnWidestText(rec.get(), 8), "255");
 }
 
 }  // namespace

@@ -9,17 +9,13 @@
 #include <fstream>
 
 #include "recording/file_io.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
 
 using test::TempDir;
-
-std::string Text(const std::filesystem::path& p) {
-    const auto b = ReadFileBytes(p);
-    return b ? std::string(b->begin(), b->end()) : std::string("<unreadable>");
-}
+const auto Text = test::ReadText;
 
 void Put(const std::filesystem::path& p, const std::string& text) {
     std::ofstream(p, std::ios::binary) << text;

@@ -11,20 +11,16 @@
 #include "recording/texts.h"
 #include "recording/value_ranges.h"
 #include "recording/workspace.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
 
+using test::ReadText;
 using test::TempDir;
 
 void Put(const std::filesystem::path& p, const std::string& text) {
     ASSERT_EQ(WriteFileAtomic(p, std::string_view(text)), "");
-}
-
-std::string ReadText(const std::filesystem::path& p) {
-    const auto b = ReadFileBytes(p);
-    return b ? std::string(b->begin(), b->end()) : std::string("<missing>");
 }
 
 Settings Changed() {

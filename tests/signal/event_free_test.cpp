@@ -14,7 +14,7 @@
 #include "signal/event_free_file.h"
 #include "signal/synch_array.h"
 #include "signal/tool_texts.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
@@ -124,10 +124,7 @@ TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     EXPECT_EQ(dialogs.Messages()[0].text, hrv::texts::kTemplateMissingText);
 }
 
-std::unique_ptr<Recording> OpenShared(const std::string& name) {
-    AbfError error{};
-    return Recording::Open(test::SharedData() / name, &error);
-}
+using test::OpenShared;
 
 TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
     VESS_REQUIRE_SHARED_DATA();

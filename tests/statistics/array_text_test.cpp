@@ -1,23 +1,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 #include "recording/file_io.h"
 #include "recording/scripted_dialogs.h"
 #include "statistics/array_text.h"
 #include "stats_fixture.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
 
 using test::TempDir;
-
-std::string ReadAll(const std::filesystem::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+const auto ReadAll = test::ReadText;
 
 DataArray Of(std::vector<float> v) {
     DataArray a;

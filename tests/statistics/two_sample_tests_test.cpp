@@ -181,10 +181,6 @@ TEST(DataAnalysis, GridRowsAndFormats) {
     ws.array2.Assign(b);
     const auto o = RunTestCommand(ws, dialogs, {StatTest::TTestEqualVar});
     ASSERT_TRUE(o);
-    std::vector<std::string> labels;
-    for (const auto& row : o->table.rows) labels.push_back(row.label);
-    EXPECT_EQ(labels, (std::vector<std::string>{"Mean", "Variance", "Pooled Variance", "Degree of Freedom", "t Stat",
-                                                "P value: one-tail", "P value: two-tail"}));
     EXPECT_EQ(o->table.Find("Mean")->cells, (std::vector<std::string>{"2.000", "2.000"}));
     EXPECT_EQ(o->table.Find("P value: two-tail")->cells[0], "1.00000000");
     EXPECT_EQ(o->table.Find("t Stat")->values[0], 0.0);
