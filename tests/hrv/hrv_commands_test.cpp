@@ -100,7 +100,7 @@ TEST(Tachogram, AsciiFileLayout) {
     EXPECT_EQ(again.Transcript().back().caption, "Replace File");
 }
 
-TEST(Tachogram, AbfOnTheTemplateReadsBackInMs) {
+TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
     test::TempDir dir;
     ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
     Workspace ws = BeatsAt({0, 812.5f, 1625, 3225, 3300});
@@ -123,20 +123,14 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMs) {
     const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
     EXPECT_EQ(std::vector<uint8_t>(tpl->begin() + 4, tpl->begin() + 8),
               std::vector<uint8_t>(rec->HeaderBytes().begin() + 4, rec->HeaderBytes().begin() + 8));
-}
 
-// Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
-TEST(Tachogram, AbfScaleFitsTheLongestInterval) {
-    test::TempDir dir;
-    ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
-    const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
+    // Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
     const std::vector<double> rr{800, 5000, 40000};
     EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 3276.7}), 10);
     EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 5000}), 1);
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, "long");
     ASSERT_EQ(WriteFileAtomic(dir / "long.abf", abf.bytes), "");
-    AbfError error = AbfError::None;
-    auto rec = Recording::Open(dir / "long.abf", &error);
+    rec = Recording::Open(dir / "long.abf", &error);
     ASSERT_TRUE(rec);
     for (int i = 0; i < 3; ++i) EXPECT_NEAR(rec->Bit2pA(rec->Sample(i)), rr[std::size_t(i)], 5) << i;  // 10 ms a count
 }

@@ -273,7 +273,6 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
     le::PutText(foreign, 294, 16, "SomethingElse5.0");
     WriteBytes(f.dir / "foreign.EVT", foreign);
     WriteBytes(f.dir / "other.EVT", BuildEventFile(BlankHeaderCopy(), SomeParams(), {}, "other.abf"));
-    WriteBytes(f.dir / "short.EVT", std::vector<uint8_t>(100, 0));
     auto lying = BuildEventFile(BlankHeaderCopy(), SomeParams(), RandomRecords(2, 25), "cell.abf");
     le::Put(lying, 1986, int32_t(1000));
     WriteBytes(f.dir / "lying.EVT", lying);
@@ -288,7 +287,6 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
         {"other.EVT", "File Not Matching",
          "This event file was analysed from other.abf and does not match cell.abf.  Please find "
          "the appropriate event file."},
-        {"short.EVT", "Damaged File", ""},
         {"lying.EVT", "Damaged File", ""},
         {"slow.EVT", "Damaged File",
          "slow.EVT: Its detection parameters cannot be used (PeriodToSearchMax is 3600000 us, "
