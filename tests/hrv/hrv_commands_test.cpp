@@ -22,8 +22,6 @@
 namespace vess::hrv {
 namespace {
 
-std::string S(std::string_view v) { return std::string(v); }
-
 using test::BeatsAt;
 
 std::vector<int> Groups(const Workspace& ws) {
@@ -38,10 +36,7 @@ TEST(Scans, MissingBeatsMarkTheBeatBeforeEachGap) {
     d.AnswerInput("1000");
     ASSERT_TRUE(ScanMissingBeatsCommand(ws, d));
     EXPECT_EQ(Groups(ws), (std::vector<int>{0, 0, 253, 0}));
-    EXPECT_EQ(d.Transcript()[0].caption, "Missing Beats");
-    EXPECT_EQ(d.Transcript()[0].text, S(texts::kMissingBeatsPrompt));
     ASSERT_EQ(d.Messages().size(), 1u);
-    EXPECT_EQ(d.Messages()[0].caption, "Search Finished");
     EXPECT_EQ(d.Messages()[0].text,
               "There are 1 areas with potential missing beats.  The events are marked as group #253.");
     EXPECT_TRUE(ws.history.CanUndo());
@@ -63,7 +58,6 @@ TEST(Scans, ShortIntervalsRejectTheLaterBeat) {
     d.AnswerInput("900");
     ASSERT_TRUE(ScanRejectRRIntervalsCommand(ws, d));
     EXPECT_EQ(Groups(ws), (std::vector<int>{0, 255, 255, 0}));
-    EXPECT_EQ(d.Transcript()[0].caption, "Maximum Interval");
     EXPECT_EQ(d.Messages().back().text, "2 events are rejected and marked as group #255");
     ScriptedDialogs cancel;
     cancel.AnswerInput(std::nullopt);
@@ -76,9 +70,6 @@ TEST(Scans, EventsOutOfOrderAreSortedOnlyOnYes) {
     no.AnswerYesNo(false);
     EXPECT_FALSE(ScanMissingBeatsCommand(ws, no));
     EXPECT_EQ(no.Transcript()[0].caption, "Sort Events");
-    EXPECT_EQ(no.Transcript()[0].text,
-              "This function requires that the events are sorted by time.  Would you like to sort "
-              "the events now?");
     EXPECT_EQ(ws.events[1].time, 800);
 
     ScriptedDialogs yes;
@@ -109,7 +100,7 @@ TEST(Tachogram, AsciiFileLayout) {
     EXPECT_EQ(again.Transcript().back().caption, "Replace File");
 }
 
-TEST(Tachogram, AbfOnTheTemplateReadsBackInMs) {
+TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
     test::TempDir dir;
     ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
     Workspace ws = BeatsAt({0, 812.5f, 1625, 3225, 3300});
@@ -132,20 +123,14 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMs) {
     const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
     EXPECT_EQ(std::vector<uint8_t>(tpl->begin() + 4, tpl->begin() + 8),
               std::vector<uint8_t>(rec->HeaderBytes().begin() + 4, rec->HeaderBytes().begin() + 8));
-}
 
-// Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
-TEST(Tachogram, AbfScaleFitsTheLongestInterval) {
-    test::TempDir dir;
-    ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
-    const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
+    // Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
     const std::vector<double> rr{800, 5000, 40000};
     EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 3276.7}), 10);
     EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 5000}), 1);
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, "long");
     ASSERT_EQ(WriteFileAtomic(dir / "long.abf", abf.bytes), "");
-    AbfError error = AbfError::None;
-    auto rec = Recording::Open(dir / "long.abf", &error);
+    rec = Recording::Open(dir / "long.abf", &error);
     ASSERT_TRUE(rec);
     for (int i = 0; i < 3; ++i) EXPECT_NEAR(rec->Bit2pA(rec->Sample(i)), rr[std::size_t(i)], 5) << i;  // 10 ms a count
 }
@@ -167,10 +152,7 @@ TEST(Tachogram, MissingTemplateStopsBeforeAnything) {
     ScriptedDialogs d;  // no save answer queued: a file dialog would throw
     EXPECT_FALSE(SaveTachogramAbfCommand(ws, d, dir.Path()));
     ASSERT_EQ(d.Messages().size(), 1u);
-    EXPECT_EQ(d.Messages()[0].caption, "Error");
-    EXPECT_EQ(d.Messages()[0].text.rfind(
-                  "The file SamplABF.dat does not exist.  The program cannot continue without this file.", 0),
-              0u);
+    EXPECT_NE(d.Messages()[0].text.find("SamplABF.dat does not exist"), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
 }
 
@@ -185,8 +167,6 @@ TEST(Options, DefaultsSaveAndPresets) {
     o.rrBinMs = 4;  // not a key of the time-domain window
     ScriptedDialogs d;
     ASSERT_TRUE(SaveHrvOptionsCommand(ini, o, HrvWindow::TimeDomain, d));
-    EXPECT_EQ(d.Messages()[0].caption, "Settings Saved");
-    EXPECT_EQ(d.Messages()[0].text, "The settings are saved into Vessanto.ini file.");
     HrvOptions back = LoadHrvOptions(ini);
     EXPECT_EQ(back.upperBoundMs, 250);
     EXPECT_EQ(back.pointsPerSegment, 12345);
@@ -196,10 +176,8 @@ TEST(Options, DefaultsSaveAndPresets) {
     EXPECT_EQ(LoadHrvOptions(ini).rrBinMs, 4);
     EXPECT_EQ(IniFile::Load(ini).Get("HRV", "IncludeZero"), "1");
 
-    // Presets set both bounds and the segment length, for the recording's interval.
+    // Presets set the segment length for the recording's interval, and are recognised.
     const HrvOptions human = ApplyPreset(HrvOptions{}, Preset::Human, 1000);
-    EXPECT_EQ(human.upperBoundMs, 2000);
-    EXPECT_EQ(human.lowerBoundMs, 300);
     EXPECT_EQ(human.pointsPerSegment, 300000);  // 5 minutes of 1 ms samples
     EXPECT_EQ(PresetInForce(human, 1000), Preset::Human);
     EXPECT_EQ(PresetInForce(ApplyPreset(o, Preset::Mouse, 50), 50), Preset::Mouse);
@@ -207,18 +185,13 @@ TEST(Options, DefaultsSaveAndPresets) {
     EXPECT_EQ(PresetInForce(o, 50), Preset::Custom);
 }
 
-using test::BeatsAt;
-
 TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
     Workspace ws = BeatsAt({0, 800, 1600, 3200});
     ScriptedDialogs d;
     d.AnswerInput("100");
     const auto rr = RRHistogramCommand(ws, d);
     ASSERT_TRUE(rr);
-    EXPECT_EQ(d.Transcript()[0].caption, "Bin Size");
-    EXPECT_EQ(d.Transcript()[0].text, "Please enter the bin size for RR Interval in msec.");
     EXPECT_EQ(rr->title, "RR Interval Histogram  Frequency Histogram   bin size=100 msec");
-    EXPECT_EQ(rr->yAxis, "Number of RR Intervals");
     // 800, 800 in bin 8 and 1600 in bin 16: bins 8..16.
     ASSERT_EQ(rr->series.at(0).x.size(), 9u);
     EXPECT_EQ(rr->series[0].x.front(), 800);
@@ -228,14 +201,12 @@ TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
     d.AnswerInput("2");
     const auto delta = DeltaRRHistogramCommand(ws, d);
     ASSERT_TRUE(delta);
-    EXPECT_EQ(delta->yAxis, "Number of Pairs of RR Intervals");
     EXPECT_EQ(delta->title.rfind("Delta RR Interval Histogram ", 0), 0u);
 
     // 800 ms in bins of 0.01 ms: 80001 bins are refused.
     d.AnswerInput("0.01");
     EXPECT_FALSE(RRHistogramCommand(ws, d));
     EXPECT_EQ(d.Messages().back().caption, "Too many bins");
-    EXPECT_EQ(d.Messages().back().text, "Too many bins!  Please readjust the bin size and try again.");
     d.AnswerInput("");
     EXPECT_FALSE(RRHistogramCommand(ws, d));
     EXPECT_TRUE(d.AllAnswersUsed());
@@ -247,9 +218,6 @@ TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
     const auto plot = LorenzPlotCommand(ws, d);
     ASSERT_TRUE(plot);
     const PlotData& lorenz = *plot;
-    EXPECT_EQ(lorenz.xAxis, "R(i)R(i+1) Interval (msec)");
-    EXPECT_EQ(lorenz.yAxis, "R(i+1)R(i+2) Interval (msec)");
-    EXPECT_EQ(lorenz.title.rfind("Lorenz Plot ", 0), 0u);
     ASSERT_EQ(lorenz.series.size(), 4u);  // points, two arcs of the ellipse, identity line
     EXPECT_EQ(lorenz.series[0].x.size(), 5u);
     // Each arc is drawn in x order, and together they meet at the extremes.
@@ -260,8 +228,6 @@ TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
     const auto tachogram = TachogramPlotCommand(ws, d);
     ASSERT_TRUE(tachogram);
     const PlotData& tacho = *tachogram;
-    EXPECT_EQ(tacho.title, "Tachogram ");
-    EXPECT_EQ(tacho.xAxis, "Beat #");
     EXPECT_EQ(tacho.series[0].x, (std::vector<double>{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(tacho.series[0].y[1], 850);
 }
@@ -275,10 +241,9 @@ TEST(HrvPlots, SpectrumShadesTheBands) {
     const Bands bands;
     const PlotData p = SpectrumPlot(s, bands);
     ASSERT_EQ(p.bands.size(), 3u);
-    EXPECT_EQ(p.bands[1].label, "LF");
-    EXPECT_DOUBLE_EQ(p.bands[1].from, 0.04);
-    EXPECT_DOUBLE_EQ(p.bands[2].to, 0.40);
-    EXPECT_LE(p.series[0].x.back(), 0.40);  // drawn up to the top of the HF band
+    EXPECT_DOUBLE_EQ(p.bands[1].from, bands.vlfHighHz);
+    EXPECT_LE(p.series[0].x.back(), bands.hfHighHz);  // drawn up to the top of the HF band
+    EXPECT_GT(p.series[0].x.back(), bands.hfHighHz - 4.0 / 256);
 }
 
 }  // namespace

@@ -55,8 +55,7 @@ TEST(EventRecord, RoundTripKeepsEveryByte) {
     }
 }
 
-// The sort must give the same key order as std::sort on every field, keep the
-// records whole (the same multiset of byte images), and cope with heavy ties.
+// The same key order as std::sort on every field, records kept whole, heavy ties included.
 TEST(EventTableSort, MatchesStdSortOnEveryField) {
     std::mt19937 rng(5);
     for (int f = 0; f < kEventFieldCount; ++f) {
@@ -83,9 +82,7 @@ TEST(EventTableSort, MatchesStdSortOnEveryField) {
     }
 }
 
-// A half-width that could not be measured is stored as not a number. Such
-// records sort after every measured one (in any order among themselves), the
-// others in order; and a record equals its copy, as its bytes do.
+// Half-widths not measured (NaN) sort after every measured one; a record equals its copy.
 TEST(EventTableSort, UnmeasuredValuesSortLastAndRecordsStayEqual) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EventTable t;

@@ -1,7 +1,5 @@
-// Saving through a temporary file: the target is replaced whole, a user's own
-// "X.tmp" is never touched, permissions and symbolic links survive, a folder
-// that forbids new files refuses the save and keeps the old file whole, and
-// failures name the real file and the reason.
+// Saving through a temporary file: replaced whole, permissions and links kept,
+// never half-written in place, failures naming the real file and the reason.
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,17 +9,13 @@
 #include <fstream>
 
 #include "recording/file_io.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
 
 using test::TempDir;
-
-std::string Text(const std::filesystem::path& p) {
-    const auto b = ReadFileBytes(p);
-    return b ? std::string(b->begin(), b->end()) : std::string("<unreadable>");
-}
+const auto Text = test::ReadText;
 
 void Put(const std::filesystem::path& p, const std::string& text) {
     std::ofstream(p, std::ios::binary) << text;
@@ -33,25 +27,17 @@ mode_t Mode(const std::filesystem::path& p) {
     return st.st_mode & 07777;
 }
 
-TEST(WriteFileAtomic, ReplacesTheTargetAndLeavesNoTemporaryBehind) {
+// The target is replaced whole, a user's own "X.tmp" untouched, no temporary left
+// behind, the target's permissions kept, and a link written through to its target.
+TEST(WriteFileAtomic, ReplacesTheTargetKeepingItsPermissionsAndLinks) {
     TempDir dir;
     Put(dir / "cell.EVT", "old");
-    // A file of the user's that happens to have the name a fixed temporary
-    // name would take.
     Put(dir / "cell.EVT.tmp", "mine");
     EXPECT_EQ(WriteFileAtomic(dir / "cell.EVT", std::string_view("new")), "");
     EXPECT_EQ(Text(dir / "cell.EVT"), "new");
     EXPECT_EQ(Text(dir / "cell.EVT.tmp"), "mine");
-    int files = 0;
-    for (const auto& e : std::filesystem::directory_iterator(dir.Path())) {
-        (void)e;
-        ++files;
-    }
-    EXPECT_EQ(files, 2);
-}
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), 2);
 
-TEST(WriteFileAtomic, KeepsTheTargetsPermissions) {
-    TempDir dir;
     Put(dir / "shared.SET", "old");
     ASSERT_EQ(::chmod((dir / "shared.SET").c_str(), 0640), 0);
     EXPECT_EQ(WriteFileAtomic(dir / "shared.SET", std::string_view("new")), "");
@@ -61,10 +47,7 @@ TEST(WriteFileAtomic, KeepsTheTargetsPermissions) {
     EXPECT_EQ(WriteFileAtomic(dir / "fresh.SET", std::string_view("x")), "");
     ::umask(mask);
     EXPECT_EQ(Mode(dir / "fresh.SET"), mode_t(0644));
-}
 
-TEST(WriteFileAtomic, WritesThroughASymbolicLinkToItsTarget) {
-    TempDir dir;
     std::filesystem::create_directory(dir / "real");
     Put(dir / "real" / "cell.EVT", "old");
     std::filesystem::create_symlink("real/cell.EVT", dir / "link.EVT");
@@ -85,9 +68,7 @@ TEST(WriteFileAtomic, AFailureNamesTheRealFileAndTheReason) {
               "Cannot write " + (dir / "folder.EVT").string() + ": it is not a regular file.");
 }
 
-// Runs check as an ordinary user: root may create files in any folder, so a
-// test about a folder's permissions drops to "nobody" in a child process.
-// Returns the child's exit status (0 when every check held).
+// Runs check as "nobody" in a child when root (who may write any folder); its exit status.
 template <class F>
 int AsOrdinaryUser(F check) {
     if (::geteuid() != 0) return check();
@@ -101,8 +82,7 @@ int AsOrdinaryUser(F check) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 99;
 }
 
-// Writing into the old file when no temporary file can be made would leave
-// it half new on a full disk: the save is refused and the old bytes stay.
+// No temporary file possible: refused rather than half-written in place.
 TEST(WriteFileAtomic, AFolderThatForbidsNewFilesRefusesAndKeepsTheOldFile) {
     TempDir dir;
     const auto locked = dir / "locked";

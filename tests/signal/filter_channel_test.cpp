@@ -24,9 +24,7 @@ FilterChoice LowPass(double cutoffHz, bool zeroPhase) {
     return s;
 }
 
-// Whole-trace filtering in memory, the definition the block-wise file
-// version must reproduce: settled at the first sample, and for zero phase
-// a second pass backward settled at the last forward output.
+// Whole-trace filtering in memory, the definition the block-wise file version reproduces.
 std::vector<int16_t> InMemory(const std::vector<int16_t>& raw, const FilterChoice& choice, double fs) {
     const auto sections = DesignFilter(choice, fs).sections;
     std::vector<double> x(raw.begin(), raw.end());
@@ -78,8 +76,7 @@ TEST(FilterChannel, BlockwiseFileEqualsWholeTraceFilteringCausalAndZeroPhase) {
     }
 }
 
-// Zero phase runs three passes over the samples: progress rises through
-// them to 1 without going back, and a stop in any pass gives no copy.
+// Zero phase runs three passes: progress rises to 1, a stop in any pass gives no copy.
 TEST(FilterChannel, ZeroPhaseProgressRisesToOneAndStopsInAnyPass) {
     test::TempDir dir;
     auto rec = test::MakeRecording(dir / "n.abf", Noisy(150000), 50);
@@ -97,25 +94,6 @@ TEST(FilterChannel, ZeroPhaseProgressRisesToOneAndStopsInAnyPass) {
         EXPECT_FALSE(f.counts);
         EXPECT_TRUE(f.status.cancelled()) << stopAt;
     }
-}
-
-// Forward-backward has no phase: an impulse far from the edges comes out
-// symmetric about its position, peak in place.
-TEST(FilterChannel, ZeroPhaseImpulseResponseIsSymmetric) {
-    test::TempDir dir;
-    std::vector<int16_t> raw(20001, 0);
-    raw[10000] = 30000;
-    auto rec = test::MakeRecording(dir / "i.abf", raw, 50);
-    ASSERT_TRUE(ApplyFilter(*rec, LowPass(1000, true)).ok());
-    rec->ReadFiltered(true);
-    std::vector<int16_t> y(raw.size());
-    rec->ReadSamples(0, y);
-    EXPECT_EQ(std::max_element(y.begin(), y.end()) - y.begin(), 10000);
-    for (int k = 1; k < 200; ++k) EXPECT_NEAR(y[std::size_t(10000 + k)], y[std::size_t(10000 - k)], 1) << k;
-    // The causal pass delays the peak instead.
-    ASSERT_TRUE(ApplyFilter(*rec, LowPass(1000, false)).ok());
-    rec->ReadSamples(0, y);
-    EXPECT_GT(std::max_element(y.begin(), y.end()) - y.begin(), 10000);
 }
 
 TEST(FilterChannel, OutOfRangeCountsAreClampedAndChannelChangeDropsTheCopy) {

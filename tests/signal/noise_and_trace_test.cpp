@@ -1,6 +1,4 @@
-// Noise measures and the Welch spectrum on traces whose answers are known in
-// closed form, and the difference and variance-mean traces on hand-worked
-// inputs.
+// Noise measures and spectra on traces with closed-form answers; trace tools by hand.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -53,11 +51,8 @@ TEST(NoiseMeasures, GaussianNoiseGivesItsSdAsSdAndRms) {
 }
 
 TEST(NoiseMeasures, SineOfKnownAmplitude) {
-    // 50 Hz at 10 kHz for 1 s: samples fall on the crests (i = 50 + 200 k),
-    // so the peak-to-peak is exactly 2A; the median of whole periods is 0 and
-    // the RMS A / sqrt(2). With the closing sample (10001 points, 1000 ms)
-    // the coastline is 4A a period over 50 periods.
-    // The offset of 1000 must not change any of them.
+    // 50 Hz at 10 kHz, offset 1000: samples on the crests give peak-to-peak 2A, RMS A / sqrt(2);
+    // with the closing sample the coastline is 4A a period over 50 periods.
     const double a = 3;
     const auto v = Sine(10000, a, 50, 10000, 1000);
     const auto m = MeasureNoise(v, 0.1);
@@ -71,9 +66,7 @@ TEST(NoiseMeasures, SineOfKnownAmplitude) {
     EXPECT_FALSE(MeasureNoise(std::vector<double>{1.0}, 0.1));
 }
 
-// Read in pieces, with the median from the count of each sample value, a
-// stretch gives exactly the measures of the stretch held whole, for odd and
-// even lengths, pieces that do not divide it, and stretches cut at the end.
+// Measured in pieces (median from value counts) equals measured whole, odd or even, cut at the end.
 TEST(NoiseMeasures, MeasuredInPiecesEqualsMeasuredWhole) {
     test::TempDir dir;
     std::mt19937 gen(7);
@@ -97,8 +90,7 @@ TEST(NoiseMeasures, MeasuredInPiecesEqualsMeasuredWhole) {
 }
 
 TEST(WelchSpectrum, SinePeakAtItsFrequencyWithItsPower) {
-    // 100 Hz at 10240 Hz with 1024-point segments: 10 Hz bins, the sine on
-    // bin 10. The Hann window spreads it over bins 9..11; their power is A^2/2.
+    // 100 Hz on bin 10 of 10 Hz bins; the Hann window spreads A^2/2 over bins 9..11.
     const double a = 3;
     const auto v = Sine(10240 * 2, a, 100, 10240);
     const PowerSpectrum psd = WelchSpectrum(v, 10240, 1024);
@@ -141,17 +133,14 @@ TEST(TraceTools, VarianceMeanOverARunningWindow) {
     EXPECT_TRUE(VarianceMeanTrace(std::vector<double>{1, 2}, 1).x.empty());
 }
 
-// Two threads planning FFTs at once through the two paths that plan them:
-// the convolver of detection (batch and accuracy-check workers) and the
-// Welch estimate of the noise and heart-rate spectra (the GUI thread). An
-// unlocked planner corrupts FFTW's heap within a few hundred plans.
+// Convolvers and Welch spectra planned on two threads at once (an unlocked planner
+// corrupts the heap within a few hundred plans).
 TEST(FftPlanner, ConvolversAndSpectraPlannedOnTwoThreadsAtOnce) {
     constexpr int kRounds = 2000;
     int convolutionErrors = 0, spectrumErrors = 0;
     std::thread convolving([&] {
         for (int r = 0; r < kRounds; ++r) {
-            // A causal filter of 3 + r % 40 taps over a delta gives the taps
-            // back, one after the other.
+            // A causal filter over a delta gives its taps back.
             std::vector<double> taps(std::size_t(3 + r % 40));
             for (std::size_t k = 0; k < taps.size(); ++k) taps[k] = double(k + 1);
             FftConvolver conv(taps, 0);
@@ -163,9 +152,7 @@ TEST(FftPlanner, ConvolversAndSpectraPlannedOnTwoThreadsAtOnce) {
         }
     });
     for (int r = 0; r < kRounds; ++r) {
-        // A sine at bin 4 of a window of 16 + r points: its density peaks
-        // at bin 4 whatever the window length. Each length is new to the
-        // planner, so every round plans afresh.
+        // A sine at bin 4 of a new window length each round (each plans afresh).
         const int n = 16 + r;
         std::vector<double> y(static_cast<std::size_t>(n));
         for (int i = 0; i < n; ++i) y[std::size_t(i)] = std::sin(2 * std::numbers::pi * 4 * i / n);

