@@ -27,7 +27,7 @@ std::vector<int16_t> DoubleTrace() {
 
 constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
 
-TEST(DoublePeak, SelectedEventGetsItsSecondPeakOnceAsOneUndoStep) {
+TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     Fixture f(DoubleTrace());
     ScriptedDialogs dialogs;
     ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
@@ -58,6 +58,18 @@ TEST(DoublePeak, SelectedEventGetsItsSecondPeakOnceAsOneUndoStep) {
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(f.ws.events.Count(), 1);
     EXPECT_FALSE(f.ws.history.CanUndo());
+
+    // At a clicked point both peaks are stored, as one undo step.
+    f.ws.events.Clear();
+    const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
+    ASSERT_EQ(f.ws.events.Count(), 2);
+    EXPECT_EQ(std::pair(both.firstIndex, both.eventIndex), std::pair(1, 2));
+    EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
+    EXPECT_EQ(both.marks.size(), 8u);
+    ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
+    EXPECT_TRUE(f.ws.events.Empty());
+    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
+    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Found");
 }
 
 TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
@@ -127,22 +139,6 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     EXPECT_LE(f.ws.events[1].sampleIndex + f.ws.events[1].decayTime, 660 + 26);
 }
 
-TEST(DoublePeakAtPoint, StoresBothPeaksAsOneUndoStep) {
-    Fixture f(DoubleTrace());
-    ScriptedDialogs dialogs;
-    const DoublePeakResult r = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
-    ASSERT_EQ(f.ws.events.Count(), 2);
-    EXPECT_EQ(r.firstIndex, 1);
-    EXPECT_EQ(r.eventIndex, 2);
-    EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
-    EXPECT_EQ(r.marks.size(), 8u);
-    ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
-    EXPECT_TRUE(f.ws.events.Empty());
-
-    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
-    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Found");
-}
-
 TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     std::vector<int16_t> trace(8192, 0);
     AddEvent(trace, 600, DoubleExp{10, 100, 1000});
@@ -177,8 +173,9 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     EXPECT_FALSE(f.ws.history.CanUndo());
 }
 
-// A 4-count event (threshold 5) is found by a click only at a tenth of the thresholds.
-TEST(DetectAtPoint, TenthOfTheThresholdsFindsASmallEvent) {
+// A 4-count event (threshold 5) is found by a click only at a tenth of the
+// thresholds; recalculation keeps the group and measures with today's parameters.
+TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsItsGroup) {
     std::vector<int16_t> trace(2048, 0);
     AddEvent(trace, 600, DoubleExp{10, 100, 4});
     Fixture f(trace);
@@ -192,23 +189,16 @@ TEST(DetectAtPoint, TenthOfTheThresholdsFindsASmallEvent) {
     EXPECT_EQ(f.ws.events[1].amplitude, 4);
     EXPECT_EQ(r.marks.size(), 4u);
     EXPECT_TRUE(f.ws.history.CanUndo());
-}
 
-// Recalculation keeps the group and measures with today's parameters.
-TEST(RecalculateEvent, ReplacesMeasurementsKeepsGroup) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
-    ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
     f.ws.events[1].group = 7;
     const int16_t decayBefore = f.ws.events[1].decayTime;
+    f.ws.params().ThresholdAmplitude = 0.4f;
+    f.ws.params().AreaThreshold = 0.1f;
     f.ws.params().DecayPercent = 0.5f;  // the decay point comes earlier
     ASSERT_EQ(RecalculateEvent(f.ws, dialogs, 1).eventIndex, 1);
     EXPECT_EQ(f.ws.events[1].group, 7);
     EXPECT_LT(f.ws.events[1].decayTime, decayBefore);
     EXPECT_EQ(f.ws.events.Count(), 1);
-
     EXPECT_EQ(RecalculateEvent(f.ws, dialogs, 2).eventIndex, 0);
     EXPECT_EQ(dialogs.Messages().back().caption, "No Event Selected");
 }
