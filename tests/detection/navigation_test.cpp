@@ -135,12 +135,12 @@ TEST_F(NavigationView, NextEventInNextWindowSkipsEmptyScreens) {
     Walk({{NavCommand::NextEventInNextWindow, true, 1, 6}, {NavCommand::NextEventInNextWindow, false, -1, 6}});
 }
 
-TEST_F(NavigationView, JumpToTimeShowsTheScreenHoldingIt) {
-    // Time in ms, the blocks a screen and the first block of the screen holding it
-    // (12.79 ms is sample 255.8, rounded to 256; 12.77 ms rounds to 255).
-    const std::tuple<const char*, int32_t, int32_t> good[] = {
+// Jump to a time: the screen holding it (12.79 ms is sample 255.8, rounded
+// to 256, block 1; 12.77 ms rounds to 255); to an event number: its row and screen.
+TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
+    const std::tuple<const char*, int32_t, int32_t> times[] = {
         {"20", 1, 1}, {"12.79", 1, 1}, {"12.77", 1, 0}, {" 20 ", 4, 0}};
-    for (const auto& [entry, blocks, screen] : good) {
+    for (const auto& [entry, blocks, screen] : times) {
         ws.settings.DisplayTotalNumberBlockPerScreen = blocks;
         ws.screenStartBlock = 8;
         dialogs.AnswerInput(entry);
@@ -150,56 +150,48 @@ TEST_F(NavigationView, JumpToTimeShowsTheScreenHoldingIt) {
     }
     EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To");
     EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the time to jump to in milli second.");
-    NavResult r;
 
     dialogs.ClearTranscript();
-    for (const char* bad : {"128", "-1", "abc"}) {
-        dialogs.AnswerInput(bad);
-        r = JumpToTime(ws, dialogs);
-        EXPECT_FALSE(r.moved);
-        EXPECT_EQ(r.screenStartBlock, 8);
-    }
-    const auto messages = dialogs.Messages();
-    ASSERT_EQ(messages.size(), 3u);
-    EXPECT_EQ(messages[0].caption, "Jump To");
-    EXPECT_EQ(messages[0].text,
-              "The time 128 is outside the data.  Please specify a time from 0 to 128 milli "
-              "second.");
-    EXPECT_EQ(messages[2].text, "The time must be a number.  Please specify the time in milli second.");
+    EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
+    EXPECT_EQ(dialogs.Transcript().at(0).kind, DialogEntry::Kind::Message);
+    EXPECT_EQ(dialogs.Transcript()[0].text, "There are no events to jump to.");
+    Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
+    dialogs.ClearTranscript();
+    dialogs.AnswerInput("2");
+    const NavResult r = JumpToEventNumber(ws, dialogs);
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To Event Number");
+    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the event number to jump to.");
+    EXPECT_EQ(std::pair(r.selectedEvent, r.screenStartBlock), std::pair(2, 4));  // sample 2000: block 7
+}
 
+// Entries outside the data or not numbers move nothing and say why; a
+// cancelled entry says nothing.
+TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
+    Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
+    ws.screenStartBlock = 8;
+    const char* outside = "is outside the data.  Please specify a time from 0 to 128 milli second.";
+    const std::tuple<bool, const char*, std::string> cases[] = {
+        {true, "128", std::string("The time 128 ") + outside},
+        {true, "-1", std::string("The time -1 ") + outside},
+        {true, "abc", "The time must be a number.  Please specify the time in milli second."},
+        {false, "4", "There is no event number 4.  Please specify a number from 1 to 3."},
+        {false, "abc", "There is no event number abc.  Please specify a number from 1 to 3."},
+        {false, "0", ""}, {false, "1.5", ""}};
+    for (const auto& [time, entry, message] : cases) {
+        SCOPED_TRACE(entry);
+        dialogs.ClearTranscript();
+        dialogs.AnswerInput(entry);
+        const NavResult r = time ? JumpToTime(ws, dialogs) : JumpToEventNumber(ws, dialogs);
+        EXPECT_FALSE(r.moved);
+        EXPECT_EQ(std::pair(r.screenStartBlock, r.selectedEvent), std::pair(8, ws.selectedEvent));
+        ASSERT_EQ(dialogs.Messages().size(), 1u);
+        EXPECT_EQ(dialogs.Messages()[0].caption, time ? "Jump To" : "Jump To Event Number");
+        if (!message.empty()) { EXPECT_EQ(dialogs.Messages()[0].text, message); }
+    }
     dialogs.ClearTranscript();
     dialogs.AnswerInput(std::nullopt);
     EXPECT_FALSE(JumpToTime(ws, dialogs).moved);
     EXPECT_TRUE(dialogs.Messages().empty());
-}
-
-TEST_F(NavigationView, JumpToEventNumber) {
-    EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
-    ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].kind, DialogEntry::Kind::Message);
-    EXPECT_EQ(dialogs.Transcript()[0].text, "There are no events to jump to.");
-
-    Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
-    dialogs.ClearTranscript();
-    dialogs.AnswerInput("2");
-    NavResult r = JumpToEventNumber(ws, dialogs);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To Event Number");
-    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the event number to jump to.");
-    EXPECT_EQ(r.selectedEvent, 2);
-    EXPECT_EQ(r.screenStartBlock, 4);  // sample 2000 is block 7
-
-    dialogs.ClearTranscript();
-    for (const char* bad : {"0", "4", "1.5", "abc"}) {
-        dialogs.AnswerInput(bad);
-        r = JumpToEventNumber(ws, dialogs);
-        EXPECT_FALSE(r.moved);
-        EXPECT_EQ(r.selectedEvent, ws.selectedEvent);
-    }
-    const auto messages = dialogs.Messages();
-    ASSERT_EQ(messages.size(), 4u);
-    EXPECT_EQ(messages[0].caption, "Jump To Event Number");
-    EXPECT_EQ(messages[1].text, "There is no event number 4.  Please specify a number from 1 to 3.");
-    EXPECT_EQ(messages[3].text, "There is no event number abc.  Please specify a number from 1 to 3.");
 }
 
 TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
