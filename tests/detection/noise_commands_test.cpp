@@ -68,7 +68,7 @@ TEST(ScreenNoise, OnlyRecordedSamplesAreMeasured) {
     EXPECT_NEAR(m.rmsUnits, std::sqrt((923 * 100.0 + 90000.0) / 924.0 - mean * mean), 1e-9);
 }
 
-TEST(RmsNoise, ShowsTheRmsInTheChannelsUnits) {
+TEST(NoiseCommands, ShowTheRmsAndSetTheThresholdInTheChannelsUnits) {
     NoiseFixture f;
     f.ws.screenStartBlock = 12;
     ScriptedDialogs dialogs;
@@ -79,12 +79,8 @@ TEST(RmsNoise, ShowsTheRmsInTheChannelsUnits) {
     EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos)
         << dialogs.Messages()[0].text;
     EXPECT_TRUE(f.ws.events.Empty());
-}
 
-TEST(BaselineThreshold, SetsTheThresholdOnlyOnYes) {
-    NoiseFixture f;
-    f.ws.screenStartBlock = 12;
-    ScriptedDialogs dialogs;
+    // Baseline and Threshold sets the threshold only on yes.
     dialogs.AnswerYesNo(false).AnswerYesNo(true);
     const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
     EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));

@@ -46,7 +46,7 @@ TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
 // Events every 1000 samples over 40 blocks: the non-stop run is one undo
 // step, finds every event at its sampled peak (onset + 21) and stops at the
 // last screen; on screen 8 a range re-centres onto a decay (8542), hence 11.
-TEST(NonStop, OneUndoStepForTheRunAndNothingPastTheData) {
+TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     std::vector<int16_t> trace(40 * 256, 0);
     for (int onset = 500; onset + 400 < int(trace.size()); onset += 1000)
         AddEvent(trace, onset, DoubleExp{10, 60, 400});
@@ -72,18 +72,14 @@ TEST(NonStop, OneUndoStepForTheRunAndNothingPastTheData) {
     ASSERT_TRUE(ws.history.Undo(ws.events));
     EXPECT_EQ(ws.events.Count(), 0);
     EXPECT_FALSE(ws.history.CanUndo());
-}
 
-TEST(NonStop, StopEndsTheRunAndImproperParametersStopItWithOneMessage) {
-    test::TraceWorkspace t(std::vector<int16_t>(40 * 256, 0));
-    Workspace& ws = t.ws;
-    ScriptedDialogs dialogs;
-    NonStopAnalysis run(ws, dialogs);
-    EXPECT_TRUE(run.Step());
-    run.Stop();
-    EXPECT_FALSE(run.Step());
+    // Stop ends a run; improper parameters stop it with one message.
+    ws.screenStartBlock = 0;
+    NonStopAnalysis stopped(ws, dialogs);
+    EXPECT_TRUE(stopped.Step());
+    stopped.Stop();
+    EXPECT_FALSE(stopped.Step());
     EXPECT_EQ(ws.screenStartBlock, 4);
-
     ws.params().PeriodToSearchMax = 10;  // 0.2 samples
     NonStopAnalysis bad(ws, dialogs);
     EXPECT_FALSE(bad.Step());
