@@ -1,15 +1,11 @@
-// Detection accuracy against known event times: the one-to-one matching, and
-// the noise-threshold protocol (suggested parameters, then ThresholdAmplitude
-// = 4 x the RMS noise measured outside the events of a first pass) on
-// synthetic recordings and on the two recordings of simulated events on real
-// noise.
+// Detection accuracy against known event times: the matching, and the
+// noise-threshold protocol on synthetic and simulated-on-real-noise recordings.
 #include <gtest/gtest.h>
 
 #include <fstream>
 
 #include "detection/scoring.h"
 #include "detection/whole_file.h"
-#include "recording/parameter_file.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
 #include "trace_helpers.h"
@@ -17,21 +13,7 @@
 namespace vess {
 namespace {
 
-std::unique_ptr<Recording> Open(const std::filesystem::path& path) {
-    AbfError error = AbfError::None;
-    auto rec = Recording::Open(path, &error);
-    if (!rec) throw std::runtime_error("cannot open " + path.string());
-    return rec;
-}
-
-// A workspace on the file with Suggest Analysis Parameters entry 1.
-std::unique_ptr<Workspace> Suggested(const std::filesystem::path& path) {
-    auto ws = std::make_unique<Workspace>();
-    ws->recording = Open(path);
-    ScriptedDialogs dialogs;
-    SuggestParameters(*ws, dialogs, 1, [] { return true; });
-    return ws;
-}
+using test::Suggested;
 
 std::vector<double> PeaksMs(const Workspace& ws) {
     std::vector<double> ms;
@@ -40,8 +22,7 @@ std::vector<double> PeaksMs(const Workspace& ws) {
     return ms;
 }
 
-// Greedy one-to-one matching in time order: a detection serves one true
-// event, early detections are never matched later.
+// Greedy one-to-one matching in time order.
 TEST(Scoring, GreedyOneToOneMatching) {
     const std::vector<double> truth{10, 20, 30, 40};
     const std::vector<double> found{9.9, 10.1, 21, 33, 40.2};
@@ -61,10 +42,8 @@ TEST(Scoring, GreedyOneToOneMatching) {
     EXPECT_EQ(c.noise, 0);
 }
 
-// Onset lists give the 1-based sample as t x rate: at 25 us (40 kHz) the
-// first onset of the first simulated recording, 0.32275 s, is sample 12910
-// counted from 1, 0-based sample 12909, 322.725 ms; not 322.75 ms, a sample
-// late. Peak times of the synthesiser's CSV are taken as they stand.
+// Onsets are 1-based samples t x rate: 0.32275 s at 25 us is sample 12910
+// from 1, 322.725 ms. Peak times of the synthesiser's CSV stand as they are.
 TEST(Scoring, OnsetTimesAreOneBasedSamples) {
     EXPECT_DOUBLE_EQ(OnsetTimeMs(0.32275, 25.0), 12909 * 0.025);
     EXPECT_DOUBLE_EQ(OnsetTimeMs(0.0000499, 50.0), 0.0);  // sample 1 of 50 us
@@ -95,25 +74,11 @@ struct SweepPoint {
     double minPrecision;
 };
 
-// 20 pA median events (log-normal, sigma 0.35) in coloured noise at
-// signal-to-noise ratios 5 and 10, 20 s each, matched within 1 ms (20
-// samples) of the true peaks.
-//
-// The protocol's threshold is 4 x the measured RMS noise: 14.5 pA at ratio 5,
-// 7.4 pA at ratio 10 (the measure reads about 0.9 of the synthesised noise,
-// since each screen's mean takes out the slowest part of it). Recall and
-// precision of 0.9 are not reached at ratio 5, nor precision 0.9 at ratio 10;
-// the bounds below are what the protocol achieves, with a small margin. On
-// 60 s recordings (vess score --synth-sweep):
-//   ratio 5:  recall 0.80, precision 0.72 (plain suggested parameters 0.83 / 0.59)
-//   ratio 10: recall 0.94, precision 0.86 (plain 0.94 / 0.85)
-// Recall at ratio 5 is bounded by the amplitudes themselves: a fifth of
-// log-normal amplitudes of median 20 pA lie below 14.5 pA. Precision at both
-// ratios is bounded by second detections of one event a millisecond or two
-// apart: a search range whose maximum is on the rising phase is re-centred
-// within a quarter range of it, and the next range finds the noisy flat top
-// again at another sample (the duplicate guard catches only the same time).
-// At ratio 10 these are 27 of the 44 false positives; noise alone gives 5.
+// 20 pA median events in coloured noise at signal-to-noise 5 and 10, 20 s,
+// matched within 1 ms of the true peaks. The bounds are what the protocol
+// (threshold 4 x measured RMS noise) achieved when written, less a margin:
+// on 60 s (vess score --synth-sweep) recall 0.80 / 0.94, precision 0.72 / 0.86.
+// Recall at 5 is bounded by the amplitudes, precision by second detections.
 TEST(Accuracy, NoiseThresholdProtocolOnSyntheticRecordings) {
     test::TempDir dir;
     for (const SweepPoint& point : {SweepPoint{5, 0.75, 0.65}, SweepPoint{10, 0.9, 0.8}}) {
@@ -137,7 +102,6 @@ TEST(Accuracy, NoiseThresholdProtocolOnSyntheticRecordings) {
         const float suggestedArea = ws->params().AreaThreshold;
         const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws, dialogs);
         ASSERT_FALSE(r.improperParameters);
-        // The noise is measured off the recording, not taken from the options.
         EXPECT_GT(r.rmsNoiseUnits, 0.8 * options.noiseRmsPa);
         EXPECT_LT(r.rmsNoiseUnits, 1.0 * options.noiseRmsPa);
         EXPECT_FLOAT_EQ(r.thresholdAmplitude, float(4 * r.rmsNoiseUnits));
@@ -145,20 +109,14 @@ TEST(Accuracy, NoiseThresholdProtocolOnSyntheticRecordings) {
         EXPECT_EQ(r.firstPassEvents, plain->events.Count());
 
         const DetectionScore s = ScoreDetections(PeaksMs(*ws), truth, -1.0, 1.0);
-        std::cout << "ratio " << point.snr << ": suggested recall " << before.Recall()
-                  << " precision " << before.Precision() << "; protocol recall " << s.Recall()
-                  << " precision " << s.Precision() << " F1 " << s.F1() << "\n";
         EXPECT_GE(s.Recall(), point.minRecall);
         EXPECT_GE(s.Precision(), point.minPrecision);
-        // The protocol is worth following: no worse in F1 than the suggested
-        // threshold of 5 pA.
         EXPECT_GE(s.F1(), before.F1());
     }
 }
 
-// The protocol changes the two thresholds and nothing else: its second pass
-// finds exactly what a plain run with those thresholds finds, and with
-// scaling the area threshold keeps its ratio to the amplitude threshold.
+// The protocol sets the two thresholds and nothing else (scaled: the area
+// keeps its ratio to the amplitude threshold).
 TEST(Accuracy, ProtocolOnlySetsTheThresholds) {
     test::TempDir dir;
     SynthOptions options;
@@ -184,20 +142,10 @@ TEST(Accuracy, ProtocolOnlySetsTheThresholds) {
     EXPECT_EQ(ws->events.Records(), again->events.Records());
 }
 
-
-// Forty simulated events (median about 11-12 pA) on real whole-cell noise,
-// scored against their onsets: a detected peak within 5 ms after one. The
-// protocol measures 2.9 and 2.7 pA of noise and sets 11.5 and 10.9 pA, and
-// achieves (plain suggested parameters in brackets):
-//   Sim1: recall 0.60 (0.63), precision 0.73 (0.60)
-//   Sim2: recall 0.78 (0.80), precision 0.82 (0.64)
-// Recall is bounded less by the amplitude threshold than by AreaThreshold
-// (20 pA.ms): several of these events decay fast, and an 18 pA event measures
-// 6 to 9 pA.ms up to its 37 % decay point. A lower area threshold (5 pA.ms)
-// raises recall to 0.78 / 0.88 but lets precision fall to 0.52, so the
-// protocol keeps it. Several of the remaining false positives lie far from
-// every simulated event and may be spontaneous currents of the real noise
-// recording itself.
+// Forty simulated events on real noise, scored against their onsets (a peak
+// within 5 ms after). When written: recall 0.60 / 0.78, precision 0.73 / 0.82
+// (plain suggested 0.63 / 0.80 and 0.60 / 0.64); recall is bounded by the
+// area threshold of fast-decaying events.
 TEST(Accuracy, NoiseThresholdProtocolOnSimulatedEventsInRealNoise) {
     VESS_REQUIRE_SHARED_DATA();
     for (const char* name : {"Sim1", "Sim2"}) {
@@ -220,9 +168,6 @@ TEST(Accuracy, NoiseThresholdProtocolOnSimulatedEventsInRealNoise) {
         EXPECT_GT(r.rmsNoiseUnits, 2.0);
         EXPECT_LT(r.rmsNoiseUnits, 4.0);
         const DetectionScore s = ScoreDetections(PeaksMs(*ws), onsets, 0.0, 5.0);
-        std::cout << name << ": suggested recall " << before.Recall() << " precision "
-                  << before.Precision() << "; protocol recall " << s.Recall() << " precision "
-                  << s.Precision() << "\n";
         EXPECT_GE(s.Recall(), 0.55);
         EXPECT_GE(s.Precision(), 0.7);
         EXPECT_GT(s.Precision(), before.Precision());

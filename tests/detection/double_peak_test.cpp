@@ -17,9 +17,7 @@ using test::DoubleExp;
 
 using Fixture = test::TraceWorkspace;
 
-// An event of 1000 counts at 600 with a second one of 600 counts riding on its
-// decay 80 samples (4 ms) later: one search range holds both, so the analysis
-// without complex peaks stores only the first.
+// 1000 counts at 600 and 600 counts on its decay 4 ms later, in one search range.
 std::vector<int16_t> DoubleTrace() {
     std::vector<int16_t> trace(4096, 0);
     AddEvent(trace, 600, DoubleExp{10, 100, 1000});
@@ -29,7 +27,7 @@ std::vector<int16_t> DoubleTrace() {
 
 constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
 
-TEST(DoublePeak, SelectedEventGetsItsSecondPeakOnceAsOneUndoStep) {
+TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     Fixture f(DoubleTrace());
     ScriptedDialogs dialogs;
     ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
@@ -42,20 +40,16 @@ TEST(DoublePeak, SelectedEventGetsItsSecondPeakOnceAsOneUndoStep) {
     EXPECT_EQ(r.firstIndex, 1);
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventRecord& second = f.ws.events[2];
-    // The summed trace peaks a little before the second event alone would.
     EXPECT_GT(second.sampleIndex, kSecondPeak - 10);
     EXPECT_LE(second.sampleIndex, kSecondPeak);
-    // Measured against the first event's baseline: its amplitude includes the
-    // decay of the first event it rides on.
+    // On the first event's baseline, its start the trough between the peaks.
     EXPECT_EQ(second.baseline, first.baseline);
     EXPECT_GT(second.amplitude, 600);
     EXPECT_LT(second.amplitude, 1300);
-    // Its start is the trough between the peaks, not the first event's start.
     EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
     EXPECT_EQ(r.marks.size(), 4u);
     EXPECT_TRUE(dialogs.Messages().empty());
 
-    // Asking again finds the peak already stored and changes nothing.
     const DoublePeakResult again = AnalyzeDoublePeak(f.ws, dialogs, 1);
     EXPECT_TRUE(again.alreadyStored);
     EXPECT_EQ(again.eventIndex, 2);
@@ -64,6 +58,18 @@ TEST(DoublePeak, SelectedEventGetsItsSecondPeakOnceAsOneUndoStep) {
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(f.ws.events.Count(), 1);
     EXPECT_FALSE(f.ws.history.CanUndo());
+
+    // At a clicked point both peaks are stored, as one undo step.
+    f.ws.events.Clear();
+    const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
+    ASSERT_EQ(f.ws.events.Count(), 2);
+    EXPECT_EQ(std::pair(both.firstIndex, both.eventIndex), std::pair(1, 2));
+    EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
+    EXPECT_EQ(both.marks.size(), 8u);
+    ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
+    EXPECT_TRUE(f.ws.events.Empty());
+    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
+    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Found");
 }
 
 TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
@@ -91,8 +97,7 @@ TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
     EXPECT_EQ(f.ws.events, before);
 }
 
-// Bumps on the decay that rise less than the amplitude threshold (or than
-// 5 % of the event's amplitude) are not second peaks.
+// Bumps on the decay (about 75 counts) are second peaks only above the amplitude threshold.
 TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
     std::vector<int16_t> trace(4096, 0);
     AddEvent(trace, 600, DoubleExp{10, 100, 1000});
@@ -104,23 +109,20 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
     ASSERT_EQ(f.ws.events.Count(), 1);
     f.ws.params().ThresholdAmplitude = 100;
     EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);
-    f.ws.params().ThresholdAmplitude = 5;  // the bumps rise about 75 counts
+    f.ws.params().ThresholdAmplitude = 5;
     const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
     ASSERT_EQ(r.eventIndex, 2);
     EXPECT_GE(f.ws.events[2].sampleIndex, 660);
 }
 
-// A shoulder on the rise: a smaller event 60 samples before a large one. The
-// detection stores the large one when the earlier-peak search does not move
-// it; the double-peak command then finds the earlier one and stores it before.
+// A smaller event 60 samples before a large one, which alone is stored: the
+// command stores the earlier one before it, its decay ending at the trough.
 TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     std::vector<int16_t> trace(4096, 0);
     AddEvent(trace, 600, DoubleExp{10, 100, 300});
     AddEvent(trace, 660, DoubleExp{10, 100, 1000});
     Fixture f(trace);
     ScriptedDialogs dialogs;
-    // The large event measured from its own peak: the earlier one falls back
-    // too little (65 of its 300 counts) to take its place.
     const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
     const auto len = ConvertPeriods(f.ws.params(), 50);
     ASSERT_TRUE(len);
@@ -134,25 +136,7 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     ASSERT_EQ(r.eventIndex, 1);
     EXPECT_EQ(r.firstIndex, 2);
     EXPECT_NEAR(f.ws.events[1].sampleIndex, 600 + 26, 2);
-    // Its decay walk ends at the trough before the large event.
     EXPECT_LE(f.ws.events[1].sampleIndex + f.ws.events[1].decayTime, 660 + 26);
-}
-
-TEST(DoublePeakAtPoint, StoresBothPeaksAsOneUndoStep) {
-    Fixture f(DoubleTrace());
-    ScriptedDialogs dialogs;
-    const DoublePeakResult r = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
-    ASSERT_EQ(f.ws.events.Count(), 2);
-    EXPECT_EQ(r.firstIndex, 1);
-    EXPECT_EQ(r.eventIndex, 2);
-    EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
-    EXPECT_EQ(r.marks.size(), 8u);
-    ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
-    EXPECT_TRUE(f.ws.events.Empty());
-
-    // Nothing at the point.
-    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
-    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Found");
 }
 
 TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
@@ -181,7 +165,6 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     EXPECT_EQ(dialogs.Messages().back().caption, "Scan for Double Peaks");
     EXPECT_EQ(dialogs.Messages().back().text, "2 events scanned; double peaks added: 2.");
 
-    // A second scan finds every second peak stored already.
     const EventTable after = f.ws.events;
     EXPECT_EQ(ScanDoublePeaks(f.ws, dialogs).peaksAdded, 0);
     EXPECT_EQ(f.ws.events, after);
@@ -190,10 +173,9 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     EXPECT_FALSE(f.ws.history.CanUndo());
 }
 
-// Detection at a clicked point and recalculation of one event.
-// A small event (amplitude 4 counts, threshold 5) is found by a click only at
-// a tenth of the thresholds; nothing found says so.
-TEST(DetectAtPoint, TenthOfTheThresholdsFindsASmallEvent) {
+// A 4-count event (threshold 5) is found by a click only at a tenth of the
+// thresholds; recalculation keeps the group and measures with today's parameters.
+TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsItsGroup) {
     std::vector<int16_t> trace(2048, 0);
     AddEvent(trace, 600, DoubleExp{10, 100, 4});
     Fixture f(trace);
@@ -207,24 +189,16 @@ TEST(DetectAtPoint, TenthOfTheThresholdsFindsASmallEvent) {
     EXPECT_EQ(f.ws.events[1].amplitude, 4);
     EXPECT_EQ(r.marks.size(), 4u);
     EXPECT_TRUE(f.ws.history.CanUndo());
-}
 
-// Recalculation keeps the group and replaces the measurements made with the
-// parameters of the time.
-TEST(RecalculateEvent, ReplacesMeasurementsKeepsGroup) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
-    ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
     f.ws.events[1].group = 7;
     const int16_t decayBefore = f.ws.events[1].decayTime;
+    f.ws.params().ThresholdAmplitude = 0.4f;
+    f.ws.params().AreaThreshold = 0.1f;
     f.ws.params().DecayPercent = 0.5f;  // the decay point comes earlier
     ASSERT_EQ(RecalculateEvent(f.ws, dialogs, 1).eventIndex, 1);
     EXPECT_EQ(f.ws.events[1].group, 7);
     EXPECT_LT(f.ws.events[1].decayTime, decayBefore);
     EXPECT_EQ(f.ws.events.Count(), 1);
-
     EXPECT_EQ(RecalculateEvent(f.ws, dialogs, 2).eventIndex, 0);
     EXPECT_EQ(dialogs.Messages().back().caption, "No Event Selected");
 }

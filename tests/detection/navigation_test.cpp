@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 #include "recording/scripted_dialogs.h"
@@ -25,14 +26,12 @@ struct NavigationView : ::testing::Test {
         ws.recording = test::MakeRecording(dir / "r.abf", samples, 50);
         ws.settings.DisplayTotalNumberBlockPerScreen = 4;
     }
-    // Runs a command, applies it and returns whether it moved.
     bool Go(NavCommand c) {
         const NavResult r = Navigate(ws, c);
         ApplyNavigation(ws, r);
         return r.moved;
     }
-    // One command and where it should leave the view: whether it moved, the
-    // selected row and the first block shown (-1: not checked).
+    // A command, whether it moves, the selected row and first block after it (-1: not checked).
     struct Step {
         NavCommand command;
         bool moved;
@@ -43,12 +42,8 @@ struct NavigationView : ::testing::Test {
         for (const Step& s : steps) {
             SCOPED_TRACE("step " + std::to_string(++n));
             EXPECT_EQ(Go(s.command), s.moved);
-            if (s.selected >= 0) {
-                EXPECT_EQ(ws.selectedEvent, s.selected);
-            }
-            if (s.screen >= 0) {
-                EXPECT_EQ(ws.screenStartBlock, s.screen);
-            }
+            if (s.selected >= 0) { EXPECT_EQ(ws.selectedEvent, s.selected); }
+            if (s.screen >= 0) { EXPECT_EQ(ws.screenStartBlock, s.screen); }
         }
     }
     void Fill(const std::vector<EventRecord>& records) {
@@ -61,14 +56,12 @@ struct NavigationView : ::testing::Test {
 };
 
 TEST_F(NavigationView, ScreensStopAtBothEnds) {
-    ASSERT_EQ(ws.recording->BlockCount(), 10);
     using enum NavCommand;
     Walk({{PrevScreen, false}, {FirstScreen, false}, {NextScreen, true, -1, 4},
           {NextScreen, true, -1, 8},  // the last, partly filled screen
           {NextScreen, false, -1, 8}, {FirstScreen, true}, {LastScreen, true, -1, 8},
           {PrevScreen, true, -1, 4}});
-    // A screen that starts off the tiling (blocks per screen changed) steps
-    // by whole screens and never past the data.
+    // Off the tiling: whole screens, never past the data.
     ws.screenStartBlock = 6;
     Walk({{NextScreen, false}, {PrevScreen, true, -1, 2}, {PrevScreen, true, -1, 0}});
 
@@ -97,24 +90,19 @@ TEST_F(NavigationView, EventsInTimeOrderAndInSequence) {
           {FirstGrouped, false}});
 }
 
+// Without a selection (or one past the table) the walk starts from the
+// screen shown; 70 ms without a sampleIndex is sample 1400.
 TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
-    // An event without sampleIndex is placed by its time: 70 ms is sample 1400.
     Fill({Event(5, 100), Event(70, 0), Event(120, 2400)});
-    ws.screenStartBlock = 4;  // 51.2 .. 102.4 ms
-    EXPECT_TRUE(Go(NavCommand::NextEvent));
-    EXPECT_EQ(ws.selectedEvent, 2);
-    EXPECT_EQ(ws.screenStartBlock, 4);
-    ws.selectedEvent = 0;
-    EXPECT_TRUE(Go(NavCommand::PrevEvent));
-    EXPECT_EQ(ws.selectedEvent, 2);
-    ws.selectedEvent = 0;
-    ws.screenStartBlock = 8;
-    EXPECT_TRUE(Go(NavCommand::PrevEvent));
-    EXPECT_EQ(ws.selectedEvent, 3);
-    // A selection past the table counts as none.
-    ws.selectedEvent = 9;
-    EXPECT_TRUE(Go(NavCommand::NextInSequence));
-    EXPECT_EQ(ws.selectedEvent, 1);
+    using enum NavCommand;
+    const std::tuple<int32_t, NavCommand, int32_t> cases[] = {
+        {4, NextEvent, 2}, {4, PrevEvent, 2}, {8, PrevEvent, 3}, {0, NextInSequence, 1}};
+    for (const auto& [screen, command, selected] : cases) {
+        ws.selectedEvent = command == NextInSequence ? 9 : 0;
+        ws.screenStartBlock = screen;
+        EXPECT_TRUE(Go(command));
+        EXPECT_EQ(ws.selectedEvent, selected) << screen;
+    }
 }
 
 TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
@@ -147,87 +135,68 @@ TEST_F(NavigationView, NextEventInNextWindowSkipsEmptyScreens) {
     Walk({{NavCommand::NextEventInNextWindow, true, 1, 6}, {NavCommand::NextEventInNextWindow, false, -1, 6}});
 }
 
-TEST_F(NavigationView, JumpToTimeShowsTheScreenHoldingIt) {
-    ws.settings.DisplayTotalNumberBlockPerScreen = 1;
-    // 20 ms is sample 400, in the middle of block 1.
-    dialogs.AnswerInput("20");
-    NavResult r = JumpToTime(ws, dialogs);
-    ASSERT_EQ(dialogs.Transcript().size(), 1u);
+// Jump to a time: the screen holding it (12.79 ms is sample 255.8, rounded
+// to 256, block 1; 12.77 ms rounds to 255); to an event number: its row and screen.
+TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
+    const std::tuple<const char*, int32_t, int32_t> times[] = {
+        {"20", 1, 1}, {"12.79", 1, 1}, {"12.77", 1, 0}, {" 20 ", 4, 0}};
+    for (const auto& [entry, blocks, screen] : times) {
+        ws.settings.DisplayTotalNumberBlockPerScreen = blocks;
+        ws.screenStartBlock = 8;
+        dialogs.AnswerInput(entry);
+        const NavResult r = JumpToTime(ws, dialogs);
+        EXPECT_TRUE(r.moved) << entry;
+        EXPECT_EQ(r.screenStartBlock, screen) << entry;
+    }
     EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To");
     EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the time to jump to in milli second.");
-    EXPECT_TRUE(r.moved);
-    EXPECT_EQ(r.screenStartBlock, 1);
-    // 12.79 ms is sample 255.8, rounded to 256: block 1.
-    dialogs.AnswerInput("12.79");
-    EXPECT_EQ(JumpToTime(ws, dialogs).screenStartBlock, 1);
-    dialogs.AnswerInput("12.77");  // 255.4 -> 255: block 0
-    EXPECT_EQ(JumpToTime(ws, dialogs).screenStartBlock, 0);
-    // With 4 blocks a screen the same time lies on the first screen.
-    ws.settings.DisplayTotalNumberBlockPerScreen = 4;
-    ws.screenStartBlock = 8;
-    dialogs.AnswerInput(" 20 ");
-    r = JumpToTime(ws, dialogs);
-    EXPECT_EQ(r.screenStartBlock, 0);
-    EXPECT_EQ(r.selectedEvent, ws.selectedEvent);
 
     dialogs.ClearTranscript();
-    for (const char* bad : {"128", "-1", "abc"}) {
-        dialogs.AnswerInput(bad);
-        r = JumpToTime(ws, dialogs);
-        EXPECT_FALSE(r.moved);
-        EXPECT_EQ(r.screenStartBlock, 8);
-    }
-    const auto messages = dialogs.Messages();
-    ASSERT_EQ(messages.size(), 3u);
-    EXPECT_EQ(messages[0].caption, "Jump To");
-    EXPECT_EQ(messages[0].text,
-              "The time 128 is outside the data.  Please specify a time from 0 to 128 milli "
-              "second.");
-    EXPECT_EQ(messages[1].text,
-              "The time -1 is outside the data.  Please specify a time from 0 to 128 milli "
-              "second.");
-    EXPECT_EQ(messages[2].text, "The time must be a number.  Please specify the time in milli second.");
+    EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
+    EXPECT_EQ(dialogs.Transcript().at(0).kind, DialogEntry::Kind::Message);
+    EXPECT_EQ(dialogs.Transcript()[0].text, "There are no events to jump to.");
+    Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
+    dialogs.ClearTranscript();
+    dialogs.AnswerInput("2");
+    const NavResult r = JumpToEventNumber(ws, dialogs);
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To Event Number");
+    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the event number to jump to.");
+    EXPECT_EQ(std::pair(r.selectedEvent, r.screenStartBlock), std::pair(2, 4));  // sample 2000: block 7
+}
 
+// Entries outside the data or not numbers move nothing and say why; a
+// cancelled entry says nothing.
+TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
+    Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
+    ws.screenStartBlock = 8;
+    const char* outside = "is outside the data.  Please specify a time from 0 to 128 milli second.";
+    const std::tuple<bool, const char*, std::string> cases[] = {
+        {true, "128", std::string("The time 128 ") + outside},
+        {true, "-1", std::string("The time -1 ") + outside},
+        {true, "abc", "The time must be a number.  Please specify the time in milli second."},
+        {false, "4", "There is no event number 4.  Please specify a number from 1 to 3."},
+        {false, "abc", "There is no event number abc.  Please specify a number from 1 to 3."},
+        {false, "0", ""}, {false, "1.5", ""}};
+    for (const auto& [time, entry, message] : cases) {
+        SCOPED_TRACE(entry);
+        dialogs.ClearTranscript();
+        dialogs.AnswerInput(entry);
+        const NavResult r = time ? JumpToTime(ws, dialogs) : JumpToEventNumber(ws, dialogs);
+        EXPECT_FALSE(r.moved);
+        EXPECT_EQ(std::pair(r.screenStartBlock, r.selectedEvent), std::pair(8, ws.selectedEvent));
+        ASSERT_EQ(dialogs.Messages().size(), 1u);
+        EXPECT_EQ(dialogs.Messages()[0].caption, time ? "Jump To" : "Jump To Event Number");
+        if (!message.empty()) { EXPECT_EQ(dialogs.Messages()[0].text, message); }
+    }
     dialogs.ClearTranscript();
     dialogs.AnswerInput(std::nullopt);
     EXPECT_FALSE(JumpToTime(ws, dialogs).moved);
     EXPECT_TRUE(dialogs.Messages().empty());
 }
 
-TEST_F(NavigationView, JumpToEventNumber) {
-    dialogs.ClearTranscript();
-    EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
-    ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].kind, DialogEntry::Kind::Message);
-    EXPECT_EQ(dialogs.Transcript()[0].text, "There are no events to jump to.");
-
-    Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
-    dialogs.ClearTranscript();
-    dialogs.AnswerInput("2");
-    NavResult r = JumpToEventNumber(ws, dialogs);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To Event Number");
-    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the event number to jump to.");
-    EXPECT_EQ(r.selectedEvent, 2);
-    EXPECT_EQ(r.screenStartBlock, 4);  // sample 2000 is block 7
-
-    dialogs.ClearTranscript();
-    for (const char* bad : {"0", "4", "1.5", "abc"}) {
-        dialogs.AnswerInput(bad);
-        r = JumpToEventNumber(ws, dialogs);
-        EXPECT_FALSE(r.moved);
-        EXPECT_EQ(r.selectedEvent, ws.selectedEvent);
-    }
-    const auto messages = dialogs.Messages();
-    ASSERT_EQ(messages.size(), 4u);
-    EXPECT_EQ(messages[0].caption, "Jump To Event Number");
-    EXPECT_EQ(messages[1].text, "There is no event number 4.  Please specify a number from 1 to 3.");
-    EXPECT_EQ(messages[3].text, "There is no event number abc.  Please specify a number from 1 to 3.");
-}
-
 TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
     ws.settings.DisplayTotalNumberBlockPerScreen = 1;
-    ws.settings.JumpInterval = 20;  // ms
-    // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2.
+    ws.settings.JumpInterval = 20;  // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2
     Walk({{NavCommand::NextTimeInterval, true, -1, 1}, {NavCommand::NextTimeInterval, true, -1, 2}});
     ws.settings.JumpInterval = 5;  // shorter than a screen
     Walk({{NavCommand::NextTimeInterval, true, -1, 3}});
@@ -245,10 +214,8 @@ TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
         s = StepDisplay(s, DisplayStep::IncreaseGain);
         EXPECT_DOUBLE_EQ(s.gain, expected);
     }
-    for (int i = 0; i < 11; ++i) s = StepDisplay(s, DisplayStep::DecreaseGain);
-    EXPECT_EQ(s.gain, 1.0);  // exactly back
-    s = StepDisplay(s, DisplayStep::DecreaseGain);
-    EXPECT_EQ(s.gain, 0.8);
+    for (int i = 0; i < 12; ++i) s = StepDisplay(s, DisplayStep::DecreaseGain);
+    EXPECT_EQ(s.gain, 0.8);  // exactly back past 1
     // A gain between rungs moves to the next rung either way.
     EXPECT_EQ(StepDisplay({3, 0}, DisplayStep::IncreaseGain).gain, 3.2);
     EXPECT_EQ(StepDisplay({3, 0}, DisplayStep::DecreaseGain).gain, 2.5);
@@ -263,7 +230,6 @@ TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
     EXPECT_EQ(v.topCounts, 16384 - 1000);
 
     Settings settings;
-    EXPECT_EQ(DisplayScaleFromSettings(settings).gain, 1.0);
     StoreDisplayScale(settings, {0.16, -7});
     EXPECT_EQ(settings.DisplayGain, "0.16");
     EXPECT_EQ(settings.DisplayOffset, -7);

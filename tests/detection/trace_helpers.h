@@ -1,22 +1,26 @@
-// Hand-built traces for the detection tests: flat baselines with events put
-// in by formula, written as one-channel recordings.
+// Traces for the detection tests: events put in by formula on flat or noisy
+// baselines, written as one-channel recordings at 50 us.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <random>
+#include <stdexcept>
 #include <vector>
 
+#include "detection/event_kernel.h"
+#include "recording/parameter_file.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
+#include "recording/scripted_dialogs.h"
 #include "recording/settings.h"
 #include "recording/workspace.h"
 #include "support/test_recording.h"
 
 namespace vess::test {
 
-// Double exponential K (exp(-t/decay) - exp(-t/rise)) scaled so that the
-// continuous curve peaks at peakCounts; t in samples from the onset.
+// K (exp(-t/decay) - exp(-t/rise)) scaled to peak at peakCounts; t in samples.
 struct DoubleExp {
     double riseTau;
     double decayTau;
@@ -31,12 +35,34 @@ struct DoubleExp {
     }
 };
 
-// Adds direction x shape(i - onset) to every sample from onset on.
 inline void AddEvent(std::vector<int16_t>& trace, int64_t onset, const DoubleExp& shape,
                      int direction = 1) {
     for (int64_t i = onset; i < int64_t(trace.size()); ++i)
         trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] +
                                         RoundEven(direction * shape(double(i - onset))));
+}
+
+// White Gaussian noise of SD noiseCounts around -2000 counts, downward events
+// of amplitudeCounts with the kernel's shape at the onsets, and a linear drift
+// of driftCounts over the whole trace; 50 us samples.
+inline std::vector<int16_t> KernelTrace(int64_t points, const std::vector<int64_t>& onsets,
+                                        double amplitudeCounts, double noiseCounts,
+                                        const EventKernel& kernel, double driftCounts = 0,
+                                        uint64_t seed = 3) {
+    std::mt19937_64 rng(seed);
+    auto uniform = [&] { return (double(rng() >> 11) + 0.5) * (1.0 / 9007199254740992.0); };
+    std::vector<double> x(static_cast<std::size_t>(points));
+    for (int64_t i = 0; i < points; ++i) {
+        const double g = std::sqrt(-2 * std::log(uniform())) * std::cos(2 * M_PI * uniform());
+        x[std::size_t(i)] = -2000 + noiseCounts * g + driftCounts * double(i) / double(points);
+    }
+    const std::vector<double> shape = KernelSamples(kernel, 50, 3000);
+    for (int64_t o : onsets)
+        for (int64_t i = 0; i < 3000 && o + i < points; ++i)
+            x[std::size_t(o + i)] -= amplitudeCounts * shape[std::size_t(i)];
+    std::vector<int16_t> out;
+    for (double v : x) out.push_back(int16_t(std::lround(v)));
+    return out;
 }
 
 // Detection parameters in samples of 50 us: search 200, base offset 120,
@@ -56,8 +82,7 @@ inline AnalysisParameters TestParams(int16_t direction = 1) {
     return p;
 }
 
-// A recording of the given samples at 50 us, one count per unit, kept with
-// its folder.
+// A recording of the given samples, kept with its folder.
 struct TraceFile {
     TempDir dir;
     std::unique_ptr<Recording> rec;
@@ -66,8 +91,7 @@ struct TraceFile {
         : rec(MakeRecording(dir / "trace.abf", samples, intervalUs, countsPerUnit)) {}
 };
 
-// A workspace on its own recording of the given samples, with the test
-// parameters.
+// A workspace on its own recording of the given samples, with the test parameters.
 struct TraceWorkspace {
     TraceFile file;
     Workspace ws;
@@ -77,5 +101,20 @@ struct TraceWorkspace {
         ws.params() = TestParams();
     }
 };
+
+inline std::unique_ptr<Recording> OpenOrThrow(const std::filesystem::path& path) {
+    auto rec = Recording::Open(path, nullptr);
+    if (!rec) throw std::runtime_error("cannot open " + path.string());
+    return rec;
+}
+
+// A workspace on the file with Suggest Analysis Parameters entry 1.
+inline std::unique_ptr<Workspace> Suggested(const std::filesystem::path& path) {
+    auto ws = std::make_unique<Workspace>();
+    ws->recording = OpenOrThrow(path);
+    ScriptedDialogs dialogs;
+    SuggestParameters(*ws, dialogs, 1, [] { return true; });
+    return ws;
+}
 
 }  // namespace vess::test

@@ -3,37 +3,25 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 
 #include "detection/method_detect.h"
 #include "detection/weak_detections.h"
-#include "support/test_recording.h"
+#include "trace_helpers.h"
 
 namespace vess {
 namespace {
 
-constexpr double kIntervalUs = 50;  // 20 kHz
+constexpr double kIntervalUs = 50;
 const EventKernel kKernel{0.5, 6};
 
-// Gaussian noise of SD noise around -2000 counts with downward kernel-shaped
-// events of the given amplitude at the onsets.
 std::vector<int16_t> Trace(int64_t points, const std::vector<int64_t>& onsets, double amplitude,
                            double noise, uint64_t seed) {
-    std::mt19937_64 rng(seed);
-    std::normal_distribution<double> gauss(0, noise);
-    std::vector<double> x(static_cast<std::size_t>(points));
-    for (double& v : x) v = -2000 + gauss(rng);
-    const std::vector<double> shape = KernelSamples(kKernel, kIntervalUs, 2000);
-    for (int64_t o : onsets)
-        for (int64_t i = 0; i < 2000 && o + i < points; ++i) x[std::size_t(o + i)] -= amplitude * shape[std::size_t(i)];
-    std::vector<int16_t> out;
-    for (double v : x) out.push_back(int16_t(std::lround(v)));
-    return out;
+    return test::KernelTrace(points, onsets, amplitude, noise, kKernel, 0, seed);
 }
 
 TEST(WeakRuns, OnlyWholeRunsThatStayBelowTheThreshold) {
-    // low 4, high 5: the first run began before z, the third reaches 6, the
-    // last is cut off by the end; only the second (4.2, 4.5) is weak.
+    // Low 4, high 5: the first run began before z, the third reaches 6, the
+    // last is cut off; only the second is weak.
     const std::vector<double> z{5, 5, 0, 4.2, 4.5, 3, 0, 2, 6, 2, 0, 4.2, 4.3};
     const std::vector<WeakRun> runs = WeakRuns(z, 4, 5);
     ASSERT_EQ(runs.size(), 1u);
@@ -45,15 +33,12 @@ TEST(FittedKernelAmplitude, EventHeightRecoveredAndFastPulseSmall) {
     test::TempDir dir;
     const int64_t onset = 4000;
     std::vector<int16_t> x = Trace(12000, {onset}, 200, 20, 7);
-    // A fast downward pulse of the same height far from the event.
+    // A fast pulse of the same height; upward the event fits with a negative height.
     for (int64_t i = 9000; i < 9005; ++i) x[std::size_t(i)] -= 200;
     const auto rec = test::MakeRecording(dir / "weak.abf", x, kIntervalUs);
-    // The fit finds the onset within 3 ms of any centre near the peak; 20
-    // counts of noise over some 500 points leave a few counts of error.
     for (int64_t centre : {onset + 10, onset + 30, onset + 60})
         EXPECT_NEAR(FittedKernelAmplitude(*rec, centre, kKernel, -1), 200, 10) << centre;
     EXPECT_LT(FittedKernelAmplitude(*rec, 9002, kKernel, -1), 40);
-    // Upward, the same event fits with a negative height.
     EXPECT_LT(FittedKernelAmplitude(*rec, onset + 30, kKernel, +1), 0);
 }
 
@@ -67,10 +52,8 @@ TEST(TraceNoiseSd, MeasuresTheNoiseDespiteEventsAndDrift) {
     EXPECT_NEAR(TraceNoiseSd(*rec), 30, 1.5);
 }
 
-// Events of 1.3 noise SDs in white noise: many stay below the deconvolved
-// trace's threshold, and none is 2.2 SDs tall, so the weak-rise rule must
-// neither lose events nor add false ones (its gain is on recorded noise,
-// measured by `vess score`).
+// Events of 1.3 noise SDs in white noise: the weak-rise rule neither loses
+// events nor adds false ones (its gain, on recorded noise, is measured by `vess score`).
 TEST(WeakDetections, NeitherLoseSmallEventsNorAddFalseOnesInWhiteNoise) {
     test::TempDir dir;
     std::vector<int64_t> onsets;
