@@ -126,7 +126,7 @@ TEST(VessFit, OptionsReachTheFitAndBadRequestsAreRefused) {
     EXPECT_EQ(t["status"], "too many exponentials");
     EXPECT_TRUE(t["tau1"].is_null());
     const std::vector<std::pair<std::string, std::string>> refused = {
-        {" --exp 2 --guess 1,2,3", ""},
+        {" --exp 2 --guess 1,2,3", "--guess needs 4 values"},
         {" --exp 1 --range 29.8:29.9", "need at least 4"},
         {" --exp 1 --guess nan,80", "finite"},
         {" --exp 1 --guess -3,80", "above 0"}};

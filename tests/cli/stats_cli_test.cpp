@@ -63,7 +63,7 @@ TEST_F(VessStats, TextTableAndRefusalsOfEachCommand) {
         {"stats ttest-paired " + P("d1.txt") + " " + P("five.txt"), "The number of two samples should be equal."},
         {"stats ftest " + P("one.txt") + " " + P("d1.txt"), "One of the Data Array is empty."},
         {"hist " + P("wide.txt") + " --bin 1", "Too many bins!  Please readjust the bin size and try again."},
-        {"correlogram " + P("same.txt") + " --bin 1 --max-bins 60001", ""},
+        {"correlogram " + P("same.txt") + " --bin 1 --max-bins 60001", "Too many bins!"},
     };
     for (const auto& [args, message] : refused) {
         SCOPED_TRACE(args);
