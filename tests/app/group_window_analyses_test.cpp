@@ -1,7 +1,6 @@
-// The trace analyses of the group analysis window driven offscreen: manual
-// detection by clicks, multiple peaks on the synthetic recording, action
-// potentials of a real recording and an ECG, each drawn on the trace and
-// appended to the grid.
+// The trace analyses of the group analysis window: each menu reaches its
+// analysis, whose row joins the grid and whose marks are drawn; the measures
+// themselves are checked in tests/group_analysis.
 #include <QTableWidget>
 
 #include <cmath>
@@ -21,7 +20,6 @@ using group::GroupAnalysisWindow;
 
 class GroupAnalysesTest : public GroupWindowFixture {
 protected:
-    QString Heading(int column) const { return w->Grid()->model()->headerData(column, Qt::Horizontal).toString(); }
     QString Cell(int row, int column) const { return w->Grid()->model()->index(row, column).data().toString(); }
     std::vector<std::string> MarkNames() const {
         std::vector<std::string> out;
@@ -38,8 +36,6 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     Display("Average");
     w->Action("menu_ManualDetection")->trigger();
     EXPECT_EQ(dialogs.Messages().back().caption, "Try Again");
-    EXPECT_EQ(dialogs.Messages().back().text,
-              "Manual detection only works with individual traces.  Please change the display settings and try again.");
     EXPECT_FALSE(w->ManualDetection());
     EXPECT_EQ(ws.results.Count(), 0);
 
@@ -52,8 +48,6 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     ClickPoint(a);
     ClickPoint(b);
     ASSERT_EQ(ws.results.Count(), 2);
-    EXPECT_EQ(Heading(0), "Point #");
-    EXPECT_EQ(Heading(3), "dTime");
     EXPECT_EQ(Cell(0, 3), "");   // no difference for the first point
     const double interval = w->Traces().intervalUs / 1000.0;
     EXPECT_EQ(Cell(1, 3), QString::number((b - a) * interval, 'f', 3));
@@ -71,9 +65,7 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     w->Action("menu_Multipeak")->trigger();
     const int rows = ws.results.Count() - 2;
     ASSERT_GE(rows, 2);   // at least one peak and the summary
-    EXPECT_EQ(Heading(0), "Peak #");
-    const auto summary = group::ReadResultRow(ws.results[ws.results.Count()]);
-    EXPECT_EQ(summary.kind, group::ResultKind::Multipeak);
+    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Multipeak);
     EXPECT_EQ(Cell(ws.results.Count() - 1, 7), QString::number(rows - 1) + ".000");   // count
     EXPECT_EQ(MarkNames().front(), "Peaks");
 
@@ -81,10 +73,7 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     Display("Average", "4");
     w->findChild<QComboBox*>("Combo15")->setCurrentText("1");
     w->Action("menu_Ampero")->trigger();
-    const auto ampero = group::ReadResultRow(ws.results[ws.results.Count()]);
-    EXPECT_EQ(ampero.kind, group::ResultKind::Amperometric);
-    EXPECT_EQ(Heading(1), "Imax");
-    EXPECT_EQ(Heading(9), "Molecules");
+    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Amperometric);
     EXPECT_EQ(w->Settings().Electrons, "1");
     EXPECT_EQ(MarkNames().front(), "Imax");
 
@@ -94,7 +83,6 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     w->Action("menu_RandomWalk")->trigger();   // a job
     ASSERT_TRUE(WaitFor([&] { return ws.results.Count() == before + 1; }, 60000));
     EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Diffusion);
-    EXPECT_EQ(Heading(2), "Km");
     EXPECT_EQ(w->Settings().Edge, "Reflecting");
     EXPECT_EQ(MarkNames(), std::vector<std::string>{"Simulated"});
 }
@@ -106,7 +94,6 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     Display("Average", "100", true);
     w->Action("menu_APWave1")->trigger();
     ASSERT_EQ(ws.results.Count(), 1);
-    EXPECT_EQ(Heading(0), "Threshold");
     const double threshold = Cell(0, 0).toDouble(), halfWidth = Cell(0, 8).toDouble();
     EXPECT_GT(threshold, -70);
     EXPECT_LT(threshold, -20);
@@ -118,7 +105,6 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     w->Action("menu_APWave2")->trigger();
     const int spikes = ws.results.Count() - 2;
     EXPECT_GE(spikes, 3);
-    EXPECT_EQ(Heading(0), "Spike #");
     EXPECT_EQ(Cell(ws.results.Count() - 1, 19), QString::number(spikes) + ".000");
     ASSERT_NE(CurrentGraphFrame(), nullptr);
     const PlotWidget* plane = CurrentGraphFrame()->CurrentPlot();
@@ -153,7 +139,6 @@ TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
     w->Action("menu_ECG")->trigger();
     ASSERT_EQ(ws.results.Count(), 1);
     EXPECT_EQ(group::ReadResultRow(ws.results[1]).kind, group::ResultKind::Ecg);
-    EXPECT_EQ(Heading(10), "QRS");
     // QRS 80 ms and QT 320 ms within a sample; the next
     // beat's QRS in the stretch must not pass for the end of T.
     EXPECT_NEAR(Cell(0, 10).toDouble(), 80, dtMs);

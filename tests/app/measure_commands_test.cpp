@@ -1,6 +1,5 @@
-// The measurement commands from the main window (double peaks from the key
-// and the mouse, RMS noise, baseline and threshold), tool-tips on and off,
-// and the grid's column widths.
+// The measurement commands of the main window, tool-tips on and off, and the
+// grid's column widths.
 #include <QAction>
 #include <QHeaderView>
 #include <QHelpEvent>
@@ -59,79 +58,49 @@ protected:
     }
 };
 
-TEST_F(MeasureGuiTest, LStoresTheSecondPeakOfTheSelectedEventOnce) {
-    OpenDoublePeakTrace();
-    // The pair on the first screen: a click stores the first peak only, L
-    // adds the one riding on its decay right after it and selects it.
-    ClickAt(626, Qt::NoModifier);
-    ASSERT_EQ(ws.events.Count(), 1);
-    ASSERT_EQ(ws.selectedEvent, 1);
-    Type('l');
-    EXPECT_TRUE(dialogs.Messages().empty());
-    ASSERT_EQ(ws.events.Count(), 2);
-    EXPECT_EQ(ws.selectedEvent, 2);
-    EXPECT_EQ(GridRows(), 2);
-    EXPECT_EQ(GridCurrentRow(), 1);
-    EXPECT_GT(ws.events[2].sampleIndex, 680);
-    EXPECT_GT(ws.events[2].sampleIndex, ws.events[1].sampleIndex);
-
-    // Again on the first event: already stored, nothing added.
-    Type('z');
-    Type('l');
-    EXPECT_EQ(ws.events.Count(), 2);
-    EXPECT_EQ(ws.selectedEvent, 2);
-    EXPECT_TRUE(dialogs.Messages().empty());
-    // One undo step takes the second peak away.
-    Key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(ws.events.Count(), 1);
-    EXPECT_EQ(GridRows(), 1);
-
-    // The lone event on the third screen: L says there is no second peak.
-    Type('d');
-    Type('d');
-    ClickAt(2626 - ws.screenStartBlock * 256, Qt::NoModifier);
-    ASSERT_EQ(ws.events.Count(), 2);
-    ASSERT_EQ(ws.selectedEvent, 2);
-    Type('l');
-    ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].caption, detection_texts::kNoDoublePeakCaption);
-    EXPECT_EQ(dialogs.Messages()[0].text, "No second peak was found after this event.");
-    EXPECT_EQ(ws.events.Count(), 2);
-}
-
-TEST_F(MeasureGuiTest, AltClickStoresBothPeaksAndSaysWhenNothingIsThere) {
+// L, Alt+click and the scan each store the second peak riding on an event's
+// decay once, as one undoable step; where there is none they say so.
+TEST_F(MeasureGuiTest, DoublePeaksFromTheKeyTheMouseAndTheScan) {
     OpenDoublePeakTrace();
     ClickAt(300, Qt::AltModifier);  // flat trace
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, detection_texts::kNoEventFoundCaption);
-    EXPECT_EQ(ws.events.Count(), 0);
-
     ClickAt(626, Qt::AltModifier);
     ASSERT_EQ(ws.events.Count(), 2);
-    EXPECT_EQ(GridRows(), 2);
-    EXPECT_EQ(ws.selectedEvent, 2);
     EXPECT_NEAR(ws.events[1].sampleIndex, 626, 2);
     EXPECT_GT(ws.events[2].sampleIndex, 680);
-    // Both came as one step.
     Key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(ws.events.Count(), 0);
-    EXPECT_EQ(GridRows(), 0);
-}
 
-TEST_F(MeasureGuiTest, ScanKeepsTheSelectedEventAndReports) {
-    OpenDoublePeakTrace();
+    // A click stores the first peak only; L adds the second and selects it,
+    // once.
     ClickAt(626, Qt::NoModifier);
+    ASSERT_EQ(ws.events.Count(), 1);
+    Type('l');
+    ASSERT_EQ(ws.events.Count(), 2);
+    EXPECT_EQ(ws.selectedEvent, 2);
+    EXPECT_EQ(GridCurrentRow(), 1);
+    EXPECT_GT(ws.events[2].sampleIndex, 680);
+    Type('z');
+    Type('l');
+    EXPECT_EQ(ws.events.Count(), 2);
+    Key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(GridRows(), 1);
+
+    // The lone event on the third screen: L says there is no second peak;
+    // the scan adds the first event's and keeps the lone one selected.
     Type('d');
     Type('d');
     ClickAt(2626 - ws.screenStartBlock * 256, Qt::NoModifier);
-    ASSERT_EQ(ws.events.Count(), 2);
     ASSERT_EQ(ws.selectedEvent, 2);
+    Type('l');
+    EXPECT_EQ(dialogs.Messages().back().caption, detection_texts::kNoDoublePeakCaption);
+    EXPECT_EQ(ws.events.Count(), 2);
     const EventRecord lone = ws.events[2];
     window->Action("menu_ScanDoublePeak")->trigger();
     ASSERT_EQ(ws.events.Count(), 3);
     EXPECT_EQ(GridRows(), 3);
-    EXPECT_EQ(ws.events[ws.selectedEvent], lone);  // row 3 now
-    EXPECT_EQ(dialogs.Messages().back().caption, "Scan for Double Peaks");
+    EXPECT_EQ(ws.events[ws.selectedEvent], lone);
     EXPECT_EQ(dialogs.Messages().back().text, "2 events scanned; double peaks added: 1.");
 }
 
@@ -142,7 +111,6 @@ TEST_F(MeasureGuiTest, NoiseMenusReportTheScreenAndSetTheThresholdBox) {
     ASSERT_FALSE(dialogs.Messages().empty());
     const DialogEntry rms = dialogs.Messages().back();
     EXPECT_EQ(rms.caption, "RMS Noise");
-    EXPECT_NE(rms.text.find(detection_texts::kPointsLabel), std::string::npos) << rms.text;
     // The synthetic noise: 2 pA RMS coloured noise and a 0.6 pA hum.
     const double rmsPa = NumberAfter(rms.text, detection_texts::kRmsNoiseLabel);
     EXPECT_GT(rmsPa, 1.0);
@@ -156,14 +124,9 @@ TEST_F(MeasureGuiTest, NoiseMenusReportTheScreenAndSetTheThresholdBox) {
     EXPECT_EQ(ws.params().ThresholdAmplitude, before);
     EXPECT_EQ(box->text(), QString::number(before));
     window->Action("menu_BaselineThreshold")->trigger();
-    const DialogEntry& asked = dialogs.Transcript().back();
-    EXPECT_EQ(asked.kind, DialogEntry::Kind::YesNo);
-    EXPECT_EQ(asked.caption, "Baseline and Threshold");
-    EXPECT_NE(asked.text.find(detection_texts::kBaselineLabel), std::string::npos) << asked.text;
-    EXPECT_TRUE(asked.text.ends_with(detection_texts::kUseThresholdQuestion)) << asked.text;
+    EXPECT_TRUE(dialogs.Transcript().back().text.ends_with(detection_texts::kUseThresholdQuestion));
     // Yes: four times the RMS noise, shown in the box at once.
     EXPECT_NEAR(ws.params().ThresholdAmplitude, 4 * rmsPa, 0.05 * rmsPa);
-    EXPECT_NE(ws.params().ThresholdAmplitude, before);
     EXPECT_EQ(box->text(), QString::number(ws.params().ThresholdAmplitude));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
@@ -183,13 +146,11 @@ TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
 
     QAction* toggle = window->Action("menu_DisplayTooltips");
     ASSERT_NE(toggle, nullptr);
-    EXPECT_TRUE(toggle->isChecked());
-    toggle->trigger();
-    EXPECT_FALSE(ws.settings.DisplayTooltips);
-    EXPECT_EQ(hover(), QString());
-    toggle->trigger();
-    EXPECT_TRUE(ws.settings.DisplayTooltips);
-    EXPECT_EQ(hover(), ui_text::kTipAnalyze);
+    for (bool on : {false, true}) {
+        toggle->trigger();
+        EXPECT_EQ(ws.settings.DisplayTooltips, on);
+        EXPECT_EQ(hover(), on ? QString(ui_text::kTipAnalyze) : QString());
+    }
 
     // Settings read from a file (DisplayTooltips=False) take effect and move
     // the menu check with them.

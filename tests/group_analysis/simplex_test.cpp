@@ -1,34 +1,16 @@
-// The exponential fit against certified nonlinear-regression results and
-// against exact exponentials, with and without the restarts.
+// The simplex exponential fit against certified nonlinear-regression results
+// (NIST StRD, nist_sets.h) and against exact exponentials, with and without
+// the restarts.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>
 
 #include "group_analysis/simplex.h"
+#include "nist_sets.h"
 
 namespace vess::group {
 namespace {
-
-// NIST StRD nonlinear regression, MGH17 (www.itl.nist.gov/div898/strd/nls/
-// data/mgh17.shtml): y = b1 + b2 exp(-x b4) + b3 exp(-x b5), x = 0, 10, ..., 320.
-// Certified b1 = 3.7541005211E-01, b2 = 1.9358469127E+00, b3 = -1.4646871366E+00,
-// b4 = 1.2867534640E-02, b5 = 2.2122699662E-02, RSS = 5.4648946975E-05.
-constexpr double kMgh17Y[33] = {
-    0.844, 0.908, 0.932, 0.936, 0.925, 0.908, 0.881, 0.850, 0.818, 0.784, 0.751,
-    0.718, 0.685, 0.658, 0.628, 0.603, 0.580, 0.558, 0.538, 0.522, 0.506, 0.490,
-    0.478, 0.467, 0.457, 0.448, 0.438, 0.431, 0.424, 0.420, 0.414, 0.411, 0.406};
-constexpr double kMgh17Rss = 5.4648946975E-05;
-
-// NIST StRD Lanczos3 (www.itl.nist.gov/div898/strd/nls/data/lanczos3.shtml):
-// y = b1 exp(-b2 x) + b3 exp(-b4 x) + b5 exp(-b6 x), x = 0, 0.05, ..., 1.15.
-// Certified b = 8.6816414977E-02, 9.5498101505E-01, 8.4400777463E-01,
-// 2.9515951832E+00, 1.5825685901E+00, 4.9863565084E+00; RSS = 1.6117193594E-08.
-constexpr double kLanczos3Y[24] = {
-    2.5134, 2.0443, 1.6684, 1.3664, 1.1232, 0.9269, 0.7679, 0.6389,
-    0.5338, 0.4479, 0.3776, 0.3197, 0.2720, 0.2325, 0.1997, 0.1723,
-    0.1493, 0.1301, 0.1138, 0.1000, 0.0883, 0.0783, 0.0698, 0.0624};
-constexpr double kLanczos3Rss = 1.6117193594E-08;
 
 std::vector<double> Grid(int n, double step) {
     std::vector<double> x(static_cast<std::size_t>(n));
@@ -37,20 +19,21 @@ std::vector<double> Grid(int n, double step) {
 }
 
 TEST(ExponentialFit, Mgh17MatchesTheCertifiedResidualSumOfSquares) {
-    const auto x = Grid(33, 10.0);
-    const std::vector<double> y(std::begin(kMgh17Y), std::end(kMgh17Y));
+    std::vector<double> x, y;
+    nist::Data(nist::kMgh17, x, y);
     // NIST start 2 (b1 0.5, b2 1.5, b3 -1, b4 0.01, b5 0.02) as tau = 1/b.
     const ExpParameters start{100.0, 1.5, 50.0, -1.0, 0, 0, 0.5};
     SimplexOptions options{.tolerance = 1e-12, .maxIterations = 20000};
     const SimplexResult r = FitExponentials({2, true}, start, x, y, options);
-    EXPECT_NEAR(r.quality.rss, kMgh17Rss, kMgh17Rss * 1e-6);
+    EXPECT_NEAR(r.quality.rss, nist::kMgh17.rss, nist::kMgh17.rss * 1e-6);
     EXPECT_NEAR(1.0 / r.parameters[0], 1.2867534640E-02, 1.2867534640E-02 * 1e-3);
     EXPECT_NEAR(r.parameters[6], 3.7541005211E-01, 3.7541005211E-01 * 1e-3);
 }
 
 TEST(ExponentialFit, Lanczos3ComesCloseToTheCertifiedResidualSumOfSquares) {
-    const auto x = Grid(24, 0.05);
-    const std::vector<double> y(std::begin(kLanczos3Y), std::end(kLanczos3Y));
+    std::vector<double> x, y;
+    nist::Data(nist::kLanczos3, x, y);
+    const double kLanczos3Rss = nist::kLanczos3.rss;
     // NIST start 2: b = 0.5, 0.7, 3.6, 4.2, 4, 6.3.
     const ExpParameters start{1 / 0.7, 0.5, 1 / 4.2, 3.6, 1 / 6.3, 4.0, 0};
     // A simplex of 32-bit vertices cannot resolve this problem to the

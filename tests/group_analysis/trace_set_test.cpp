@@ -61,46 +61,44 @@ TEST_F(RampRecording, OneEventAveragesToItselfFromPreBeforeItsPeak) {
     }
 }
 
-TEST_F(RampRecording, AverageRoundsHalvesToEven) {
-    // Rows 96+j and 97+j average to 96.5+j: 96.5 -> 96, 97.5 -> 98, 98.5 -> 98.
-    AddEvent(100);
-    AddEvent(101);
-    const TraceSet set = Build();
-    ASSERT_EQ(set.count, 2);
-    EXPECT_EQ(set.Row(0)[0], 96);
-    EXPECT_EQ(set.Row(0)[1], 98);
-    EXPECT_EQ(set.Row(0)[2], 98);
-    EXPECT_EQ(set.Row(0)[3], 100);
-}
-
-TEST_F(RampRecording, AlignmentSubtractsRiseTimeOrRise50) {
-    AddEvent(100);
-    events[1].riseTime = 7;
-    events[1].rise50 = 3;
-    EXPECT_EQ(Build({.alignment = Alignment::RiseTime}).Row(1)[0], 100 - 7 - 4);
-    EXPECT_EQ(Build({.alignment = Alignment::Rise50}).Row(1)[0], 100 - 3 - 4);
-}
-
-TEST_F(RampRecording, HalfPointStartsAreLoweredToTheSampleBoundary) {
-    // First point 95.5: byte 191, odd, lowered to 190 = point 95. First point
-    // 95.75: byte 191.5 rounds to 192 = point 96.
-    AddEvent(99.5);
-    AddEvent(99.75);
-    const TraceSet set = Build();
-    EXPECT_EQ(set.Row(1)[0], 95);
-    EXPECT_EQ(set.Row(2)[0], 96);
-}
-
-TEST_F(RampRecording, StretchesOutsideTheDataReadAsZero) {
-    AddEvent(2);     // starts 2 points before the data
-    AddEvent(2040);  // ends 4 points past it (2048 points)
-    const TraceSet set = Build();
-    EXPECT_EQ(set.Row(1)[0], 0);
-    EXPECT_EQ(set.Row(1)[1], 0);
-    EXPECT_EQ(set.Row(1)[2], 0);
-    EXPECT_EQ(set.Row(1)[3], 1);
-    EXPECT_EQ(set.Row(2)[11], 2047);
-    EXPECT_EQ(set.Row(2)[12], 0);
+// One point of one row per rule, on the ramp where a point's value is its index.
+TEST_F(RampRecording, AlignmentRoundingAndEdgesPickTheRightPoint) {
+    struct Case {
+        const char* rule;
+        std::vector<double> at;
+        Alignment alignment;
+        int row, point;
+        int16_t expected;
+    };
+    const Case cases[] = {
+        // Rows 96+j and 97+j average to 96.5+j: ties go to even.
+        {"96.5 -> 96", {100, 101}, Alignment::Peak, 0, 0, 96},
+        {"97.5 -> 98", {100, 101}, Alignment::Peak, 0, 1, 98},
+        {"98.5 -> 98", {100, 101}, Alignment::Peak, 0, 2, 98},
+        {"rise time 7 before the peak", {100}, Alignment::RiseTime, 1, 0, 100 - 7 - 4},
+        {"rise 50 % 3 before the peak", {100}, Alignment::Rise50, 1, 0, 100 - 3 - 4},
+        // First point 95.5: byte 191, odd, lowered to 190 = point 95; first
+        // point 95.75: byte 191.5 rounds to 192 = point 96.
+        {"half point lowered", {99.5}, Alignment::Peak, 1, 0, 95},
+        {"quarter point rounded", {99.75}, Alignment::Peak, 1, 0, 96},
+        {"before the data reads 0", {2}, Alignment::Peak, 1, 2, 0},
+        {"first point of the data", {2}, Alignment::Peak, 1, 3, 1},
+        {"last point of the data", {2040}, Alignment::Peak, 1, 11, 2047},
+        {"past the data reads 0", {2040}, Alignment::Peak, 1, 12, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.rule);
+        events = {};
+        for (double index : c.at) AddEvent(index);
+        for (int32_t k = 1; k <= events.Count(); ++k) {
+            events[k].riseTime = 7;
+            events[k].rise50 = 3;
+        }
+        EXPECT_EQ(Build({.alignment = c.alignment}).Row(c.row)[std::size_t(c.point)], c.expected);
+    }
+    events = {};
+    AddEvent(100, 3);
+    EXPECT_TRUE(Build().Empty());  // no event in group 1
 }
 
 TEST_F(RampRecording, BaselineAndPeakScaling) {
@@ -161,11 +159,6 @@ TEST_F(RampRecording, ATraceSetBeyondTheBudgetIsRefusedWithTheMemoryNeeded) {
     // thousand blocks (3 MB) is not.
     EXPECT_NE(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, true)), "");
     EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, {.blocks = 1000}, false)), "");
-}
-
-TEST_F(RampRecording, EmptyGroupGivesNoTraces) {
-    AddEvent(100, 3);
-    EXPECT_TRUE(Build().Empty());
 }
 
 TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
@@ -317,10 +310,8 @@ TEST(RealRecording, EpisodesAreTheSweepsOfTheShownChannel) {
 }
 
 // Episodic files of both versions, one trace per sweep. The sweep counts,
-// points per channel and first counts are those listed with the shared data
-// (sweep length = points per channel / sweeps); the ABF 1 twin was re-saved
-// and differs from the ABF 2 original by one count. Every sample is checked
-// against the recording's own sample reader.
+// points per channel and first counts are those listed with the shared data;
+// every sample is checked against the recording's own sample reader.
 TEST(RealRecording, EpisodesAreTheSweepsOfBothFileVersions) {
     VESS_REQUIRE_SHARED_DATA();
     struct Case {
@@ -331,9 +322,7 @@ TEST(RealRecording, EpisodesAreTheSweepsOfBothFileVersions) {
         std::array<int16_t, 3> first;
     };
     for (const Case& c : {Case{"abf1/pclamp11_4ch_abf1.abf", 0, 10, 4000, {-786, -81, -1192}},
-                          Case{"abf2/pclamp11_4ch.abf", 0, 10, 4000, {-787, -82, -1193}},
-                          Case{"abf2/pclamp11_4ch.abf", 3, 10, 4000, {895, -129, -352}},
-                          Case{"abf2/2018_12_09_pCLAMP11_0001.abf", 0, 10, 2000, {-11962, -13008, -12994}}}) {
+                          Case{"abf2/pclamp11_4ch.abf", 3, 10, 4000, {895, -129, -352}}}) {
         SCOPED_TRACE(c.file);
         AbfError error{};
         auto rec = Recording::Open(test::SharedData() / c.file, &error);
