@@ -113,6 +113,7 @@ TEST(NonStop, StopEndsTheRunAndImproperParametersStopItWithOneMessage) {
     ws.recording = Open(file.rec->Path());
     ScriptedDialogs dialogs;
     NonStopAnalysis run(ws, dialogs);
+    EXPECT_TRUE(run.Step());  // the fresh first screen, analysed where it is
     EXPECT_TRUE(run.Step());
     run.Stop();
     EXPECT_FALSE(run.Step());
