@@ -37,6 +37,7 @@ class FileBrowser;
 class NonStopRunner;
 class JobRunner;
 class AccuracyWindow;
+class BackgroundJob;
 class DataAnalysisWindow;
 class OverviewStrip;
 class ParameterPanel;
@@ -70,6 +71,8 @@ public:
     Workspace& Ws() { return ws_; }
     TraceView* Trace() const { return trace_; }
     OverviewStrip* Overview() const { return overview_; }
+    // Reads the overview of each recording opened, away from the windows.
+    BackgroundJob& OverviewReader();
     QTableView* Grid() const { return grid_; }
     FileBrowser* Files() const { return files_; }
     EventSound& Sound() { return *sound_; }
@@ -121,6 +124,8 @@ private:
     void FitGridColumns();
     // The progress bar back to "Ready" (another file, or the events erased).
     void ResetProgress();
+    // Starts the overview read of the recording shown (a running one ends).
+    void ReadOverview();
     // The file list highlights the open recording (nothing when none is open
     // or it lies in another folder), also after an abandoned switch.
     void ShowOpenFileInList();
@@ -234,6 +239,7 @@ private:
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
     JobRunner* jobs_ = nullptr;
+    BackgroundJob* overviewReader_ = nullptr;
     // Every command over the work arrays: they wait while a job runs.
     std::vector<QAction*> arrayActions_;
     std::unique_ptr<EventSound> sound_;
