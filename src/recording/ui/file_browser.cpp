@@ -61,8 +61,10 @@ FileBrowser::FileBrowser(QWidget* parent)
         const QString parent = dir.endsWith('/') ? dir : dir + '/';
         if (!pinned_ || (folder_ != dir && !folder_.startsWith(parent))) return;
         RevealFolder();
-        // Keep it in view until its parents have been quiet for a while.
-        if (folder_ != dir) unpinTimer_.start();
+        // Kept in view until a while after the folder itself was read (its
+        // parents, read first, may change on disk all the time).
+        if (folder_ == dir) folderRead_ = true;
+        if (!folderRead_) unpinTimer_.start();
     });
     // Folders read later (and the model's delayed sort) add rows above the
     // chosen folder and move it out of view: it is brought back until the
@@ -98,6 +100,7 @@ void FileBrowser::ShowFolder(const QString& folder, bool keepInView) {
     if (path == folder_) return;
     folder_ = path;
     pinned_ = keepInView;
+    folderRead_ = false;
     // A few seconds later the tree is the user's: folders that appear or
     // change on disk (an acquisition writing into them) leave the
     // selection, expansion and scroll as they are.

@@ -72,6 +72,7 @@ private:
     QString folder_;
     bool shown_ = false;
     bool pinned_ = false;  // the chosen folder is kept in view as folders load
+    bool folderRead_ = false;  // the model has read the chosen folder
     QTimer revealTimer_;
     QTimer unpinTimer_;
 };
