@@ -11,6 +11,8 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <filesystem>
+
 #include "app/main_window.h"
 #include "app/qt_dialogs.h"
 #include "app/screenshot.h"
@@ -33,6 +35,8 @@ int main(int argc, char** argv) {
     ws.iniPath = vess::DefaultIniPath(QCoreApplication::applicationDirPath().toStdString());
     std::vector<std::string> settingsProblems;
     ws.settings = vess::LoadIniSettings(ws.iniPath, &settingsProblems);
+    // A new installation sizes screens and group stretches by each recording's rate.
+    ws.settings.lengthsFollowRate = vess::IsNewInstallation(ws.iniPath);
     // Made absolute against the folder the program was started in.
     QStringList files;
     for (const QString& f : parser.positionalArguments()) files << QFileInfo(f).absoluteFilePath();

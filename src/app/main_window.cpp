@@ -274,7 +274,7 @@ void MainWindow::RefreshTrace() {
     trace_->SetSelectedEvent(ws_.selectedEvent);
     trace_->SetDisplay(DisplayScaleFromSettings(ws_.settings), ws_.settings.LockBase);
     const ScreenGeometry g = GeometryOf(ws_);
-    overview_->SetRecording(ws_.recording.get());
+    if (overview_->SetRecording(ws_.recording.get())) ReadOverview();
     overview_->SetEvents(&ws_.events, ws_.selectedEvent);
     overview_->SetScreen(int64_t(ws_.screenStartBlock) * kBlockPoints,
                          int64_t(g.blocksPerScreen) * kBlockPoints);

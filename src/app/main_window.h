@@ -37,6 +37,7 @@ class EventSound;
 class FileBrowser;
 class NonStopRunner;
 class JobRunner;
+class BackgroundJob;
 class DataAnalysisWindow;
 class OverviewStrip;
 class ParameterPanel;
@@ -68,6 +69,8 @@ public:
     std::vector<int32_t> SelectedRows() const override;
     TraceView* Trace() const { return trace_; }
     OverviewStrip* Overview() const { return overview_; }
+    // Reads the overview of each recording opened, away from the windows.
+    BackgroundJob& OverviewReader();
     QTableView* Grid() const { return grid_; }
     FileBrowser* Files() const { return files_; }
     EventSound& Sound() { return *sound_; }
@@ -128,6 +131,8 @@ private:
     // The pointer read-out and the non-stop progress, which speak of what
     // was shown before another file or an undo, are cleared.
     void ClearStaleReadouts();
+    // Starts the overview read of the recording shown (a running one ends).
+    void ReadOverview();
     // The file list highlights the open recording (nothing when none is open
     // or it lies in another folder), also after an abandoned switch.
     void ShowOpenFileInList();
@@ -239,6 +244,7 @@ private:
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<NonStopRunner> nonStop_;
     JobRunner* jobs_ = nullptr;
+    BackgroundJob* overviewReader_ = nullptr;
     // Every command over the work arrays: they wait while a job runs.
     std::vector<QAction*> arrayActions_;
     std::unique_ptr<EventSound> sound_;

@@ -4,7 +4,10 @@
 #include <QComboBox>
 #include <QTableView>
 
+#include "app/background_job.h"
 #include "app/main_window.h"
+#include "detection/overview.h"
+#include "detection/ui/overview_strip.h"
 #include "detection/navigation.h"
 #include "detection/ui/trace_view.h"
 
@@ -47,7 +50,25 @@ void MainWindow::OnFitDisplay() {
     RefreshTrace();
 }
 
+BackgroundJob& MainWindow::OverviewReader() {
+    if (!overviewReader_) overviewReader_ = new BackgroundJob(this);
+    return *overviewReader_;
+}
+
+// The screen is drawn first; the overview fills in when its read ends. A
+// read for a recording since closed or replaced is cancelled, and its
+// extremes would be refused by the strip anyway.
+void MainWindow::ReadOverview() {
+    OverviewReader().Cancel();
+    if (!ws_.recording) return;
+    const Recording* rec = ws_.recording.get();
+    OverviewReader().Start(OverviewJob(rec->Path(), rec->Channel(), [this, rec](BlockExtremes blocks) {
+        overview_->SetExtremes(rec, std::move(blocks));
+    }));
+}
+
 void MainWindow::OnResetDisplay() {
+    trace_->ResetZoom();  // back to the whole screen
     StoreDisplayScale(ws_.settings, DisplayScale{});
     RefreshTrace();
 }
@@ -60,6 +81,7 @@ void MainWindow::OnBlocksPerScreen(int blocks) {
         return;
     }
     ws_.settings.DisplayTotalNumberBlockPerScreen = blocks;
+    ws_.settings.lengthsFollowRate = false;  // the user's length holds for every file
     if (ws_.recording) ws_.screenStartBlock = GeometryOf(ws_).ScreenOfBlock(ws_.screenStartBlock);
     RefreshAll();
 }

@@ -2,7 +2,12 @@
 
 #include <QDir>
 #include <QFileDialog>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QInputDialog>
+#include <QLabel>
+#include <QListWidget>
+#include <QVBoxLayout>
 #include <QMessageBox>
 #include <QRegularExpression>
 #include <QStringList>
@@ -94,6 +99,29 @@ QString QtDialogs::StartPath(const std::string& suggested) const {
     if (!startFolder_ || name.is_absolute()) return Q(suggested);
     const std::filesystem::path folder = startFolder_();
     return QString::fromStdString((suggested.empty() ? folder : folder / name).string());
+}
+
+std::optional<std::string> QtDialogs::Choose(const std::string& caption, const std::string& prompt,
+                                             const std::vector<std::string>& items, int initial) {
+    QDialog dialog(Parent());
+    dialog.setObjectName("chooseDialog");
+    dialog.setWindowTitle(Q(caption));
+    auto* label = new QLabel(Q(prompt), &dialog);
+    label->setWordWrap(true);
+    auto* list = new QListWidget(&dialog);
+    list->setObjectName("lstChoice");
+    for (const std::string& item : items) list->addItem(Q(item));
+    if (initial >= 0 && initial < list->count()) list->setCurrentRow(initial);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    QObject::connect(list, &QListWidget::itemDoubleClicked, &dialog, &QDialog::accept);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(label);
+    layout->addWidget(list);
+    layout->addWidget(buttons);
+    if (dialog.exec() != QDialog::Accepted || list->currentRow() < 0) return std::nullopt;
+    return std::to_string(list->currentRow());
 }
 
 std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& request) {

@@ -119,8 +119,10 @@ void AddInfoCommand(CLI::App& app) {
         if (!rec) {
             const OpenRefusal refusal =
                 RefusalFor(error, std::filesystem::path(opts->file).filename().string(), detail);
-            std::cerr << "vess info: " << refusal.caption << ": " << refusal.text << " ("
-                      << detail << ")\n";
+            std::cerr << "vess info: " << refusal.caption << ": " << refusal.text;
+            // The refusal of a floating-point file already lists its channels.
+            if (error != AbfError::FloatingPoint) std::cerr << " (" << detail << ")";
+            std::cerr << "\n";
             throw CLI::RuntimeError(1);
         }
         if (opts->channel < 0 || opts->channel >= rec->ChannelCount()) {

@@ -29,8 +29,10 @@ inline constexpr double kMinFrameSpanCounts = 32;
 // The frame of a screen: the 0.5th to 99.5th percentile of its samples with a
 // margin, the median placed kBaselineFromEdge from the top for downward
 // events (peakDirection < 0) or from the bottom for upward ones. No samples
-// give a frame about 0 of the smallest span.
-DisplayFrame FitFrame(std::span<const int16_t> samples, int peakDirection);
+// give a frame about 0 of the smallest span. Levels in mustShow (the peaks
+// of the screen's events) lie inside the frame, however rare they are.
+DisplayFrame FitFrame(std::span<const int16_t> samples, int peakDirection,
+                      std::span<const int16_t> mustShow = {});
 
 // Gain and offset over `frame` that show every sample, from the lowest to the
 // highest with a margin (the largest transient of the screen included).

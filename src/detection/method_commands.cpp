@@ -123,6 +123,7 @@ WholeFileResult DetectWholeFileByMethod(Workspace& ws, Dialogs& dialogs,
             StoreDetections(det, run, onScreen, (screenIndex + 1) * windowLen, ws.events, added);
             k = j;
         }
+        ws.analysedBlocks.Add(int32_t(s * bps), int32_t(count / kBlockPoints));
         if (progress) {
             NonStopAnalysis::Progress p;
             p.screensDone = std::min(s + screensPerStretch, screensTotal) - 1;

@@ -6,12 +6,13 @@
 
 namespace vess {
 
-BlockExtremes RecordingBlockExtremes(const Recording& recording) {
+BlockExtremes RecordingBlockExtremes(const Recording& recording, const JobProgress& progress) {
     BlockExtremes out;
     const int64_t points = recording.PointsPerChannel();
     constexpr int64_t kChunkBlocks = 1024;  // 512 KiB of samples at a time
     std::vector<int16_t> chunk;
     for (int64_t start = 0; start < points; start += kChunkBlocks * kBlockPoints) {
+        if (progress && !progress(double(start) / double(points), {})) break;
         chunk.resize(std::size_t(std::min(points - start, kChunkBlocks * kBlockPoints)));
         recording.ReadSamples(start, chunk);
         const BlockExtremes part = SummariseBlocks(chunk, kBlockPoints);
@@ -19,6 +20,20 @@ BlockExtremes RecordingBlockExtremes(const Recording& recording) {
         out.max.insert(out.max.end(), part.max.begin(), part.max.end());
     }
     return out;
+}
+
+Job OverviewJob(const std::filesystem::path& path, uint8_t channel,
+                std::function<void(BlockExtremes)> apply) {
+    return MakeJob(
+        "Reading the overview",
+        [path, channel](const JobProgress& progress) {
+            AbfError error = AbfError::None;
+            const std::unique_ptr<Recording> own = Recording::Open(path, &error);
+            if (!own || channel >= own->ChannelCount()) return BlockExtremes{};
+            own->SetChannel(channel);
+            return RecordingBlockExtremes(*own, progress);
+        },
+        std::move(apply));
 }
 
 std::vector<ColumnExtremes> OverviewColumns(const BlockExtremes& blocks, int columnCount) {

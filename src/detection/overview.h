@@ -8,17 +8,29 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <vector>
 
 #include "detection/decimate.h"
+#include "recording/job.h"
 
 namespace vess {
 
 class Recording;
 
 // Extremes of every 256-point block of the chosen channel (the last block may
-// be partial; samples past the data are not counted).
-BlockExtremes RecordingBlockExtremes(const Recording& recording);
+// be partial; samples past the data are not counted). progress hears the
+// share read; when it answers false the read stops and what was read so
+// far is returned.
+BlockExtremes RecordingBlockExtremes(const Recording& recording, const JobProgress& progress = {});
+
+// The overview's read as a job: it opens its own reader of the file on the
+// channel (the windows' recording is never touched away from their thread)
+// and hands the extremes to apply. A file that cannot be opened any more
+// gives no extremes.
+Job OverviewJob(const std::filesystem::path& path, uint8_t channel,
+                std::function<void(BlockExtremes)> apply);
 
 struct ColumnExtremes {
     int16_t min = 0;

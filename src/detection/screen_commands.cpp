@@ -2,6 +2,7 @@
 
 #include "detection/method_commands.h"
 #include "detection/texts.h"
+#include "recording/rounding.h"
 #include "recording/screen.h"
 
 namespace vess {
@@ -22,9 +23,27 @@ AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
     // Samples that could not be read are zeros, not data: nothing is
     // detected on them (the caller tells the user about the fault).
     if (!screen.Complete()) return {};
-    if (UsesFilteringMethod(ws))
-        return AnalyzeWindowByMethod(screen, ws.params(), MethodRunFor(ws), ws.events, dialogs);
-    return AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
+    AnalyzeWindowResult result =
+        UsesFilteringMethod(ws)
+            ? AnalyzeWindowByMethod(screen, ws.params(), MethodRunFor(ws), ws.events, dialogs)
+            : AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
+    if (!result.improperParameters) ws.analysedBlocks.Add(ws.screenStartBlock, ws.BlocksPerScreen());
+    return result;
+}
+
+// Whether an event of the table has its peak on the screen shown.
+bool EventOnShownScreen(const Workspace& ws) {
+    const int64_t first = int64_t(ws.screenStartBlock) * kBlockPoints;
+    const int64_t end = first + int64_t(ws.BlocksPerScreen()) * kBlockPoints;
+    const double intervalUs = ws.recording->IntervalUs();
+    for (int32_t k = 1; k <= ws.events.Count(); ++k) {
+        const EventRecord& r = ws.events[k];
+        const int64_t peak = r.sampleIndex != 0 || r.time == 0
+                                 ? r.sampleIndex
+                                 : int64_t(RoundEven(double(r.time) * 1000.0 / intervalUs));
+        if (peak >= first && peak < end) return true;
+    }
+    return false;
 }
 
 int64_t ScreensAfter(const Workspace& ws) {
@@ -67,13 +86,20 @@ NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs) {
 }
 
 NonStopAnalysis::NonStopAnalysis(Workspace& ws, Dialogs& dialogs) : ws_(ws), dialogs_(dialogs) {
-    progress_.screensTotal = ScreensAfter(ws);
+    // A screen nobody has analysed yet (a freshly opened recording) is part
+    // of the run, so that the run finds what a whole-file detection finds.
+    analyseShownFirst_ = ws.recording != nullptr &&
+                         !ws.analysedBlocks.AnyIn(ws.screenStartBlock, ws.BlocksPerScreen()) &&
+                         !EventOnShownScreen(ws);
+    progress_.screensTotal = ScreensAfter(ws) + (analyseShownFirst_ ? 1 : 0);
     running_ = ws.recording != nullptr && progress_.screensTotal > 0;
 }
 
 bool NonStopAnalysis::Step() {
     if (!running_) return false;
-    if (!AdvanceScreen(ws_)) {
+    if (analyseShownFirst_) {
+        analyseShownFirst_ = false;
+    } else if (!AdvanceScreen(ws_)) {
         running_ = false;
         return false;
     }

@@ -35,7 +35,10 @@ NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs);
 
 // Command3 as an object that the caller drives one screen at a time (the
 // desktop program between its input events, the command line in a loop).
-// Each Step is the Command2 sequence. One undo checkpoint covers the run.
+// Each Step is the Command2 sequence, except that a run started on a screen
+// that was never analysed (no analysis ran over it since the recording was
+// opened and no event lies on it) analyses that screen first. One undo
+// checkpoint covers the run.
 class NonStopAnalysis {
 public:
     NonStopAnalysis(Workspace& ws, Dialogs& dialogs);
@@ -52,7 +55,7 @@ public:
 
     struct Progress {
         int64_t screensDone = 0;
-        int64_t screensTotal = 0;  // screens after the one shown at the start
+        int64_t screensTotal = 0;  // screens the run will analyse
         int32_t eventsFound = 0;
     };
     Progress GetProgress() const { return progress_; }
@@ -64,6 +67,7 @@ private:
     Dialogs& dialogs_;
     bool running_ = true;
     bool checkpointed_ = false;
+    bool analyseShownFirst_ = false;
     Progress progress_;
     AnalyzeWindowResult last_;
 };

@@ -10,6 +10,7 @@
 #include "recording/abf_layout.h"
 #include "recording/abf_parse.h"
 #include "recording/abf_writer.h"
+#include "recording/channel_labels.h"
 #include "recording/le_bytes.h"
 
 namespace vess {
@@ -159,6 +160,28 @@ std::string Abf2Info::VersionText() const {
     return fmt::format("{}.{}.{}.{}", version[0], version[1], version[2], version[3]);
 }
 
+// The channels of a floating-point file, read as if its samples were
+// 16-bit integers (the data format 0, the data section of 2-byte entries);
+// empty when the rest of the header does not hold together.
+static std::string FloatChannelList(const ByteReader& read, uint64_t fileSize) {
+    const std::size_t entryBytesAt = abf2::SectionAt(abf2::Section::Data) + abf2::kSectionBytes;
+    const ByteReader asIntegers = [&read, entryBytesAt](uint64_t offset, std::span<uint8_t> out) {
+        const std::size_t got = read(offset, out);
+        const auto patch = [&](uint64_t at, uint8_t value) {
+            if (at >= offset && at < offset + got) out[std::size_t(at - offset)] = value;
+        };
+        patch(abf2::kDataFormat, 0);
+        patch(abf2::kDataFormat + 1, 0);
+        for (std::size_t k = 0; k < 4; ++k) patch(entryBytesAt + k, k == 0 ? 2 : 0);
+        return got;
+    };
+    const ParsedHeader p = ParseAbf2Header(asIntegers, fileSize);
+    if (!p.abf2) return {};
+    std::vector<ChannelLabel> labels;
+    for (const Abf2Channel& ch : p.abf2->channels) labels.push_back({ch.name, ch.units});
+    return ChannelListText(labels);
+}
+
 ParsedHeader ParseAbf2Header(const ByteReader& read, uint64_t fileSize) {
     using namespace abf2;
     std::vector<uint8_t> header(kHeaderBytes, 0);
@@ -166,7 +189,7 @@ ParsedHeader ParseAbf2Header(const ByteReader& read, uint64_t fileSize) {
     // Floating-point samples are refused for that reason, whatever else the
     // file holds, as for ABF 1.x.
     if (header.size() >= kDataFormat + 2 && le::Get<int16_t>(header, kDataFormat) == 1)
-        return Refuse(AbfError::FloatingPoint, "the samples are floating point");
+        return Refuse(AbfError::FloatingPoint, FloatChannelList(read, fileSize));
     if (header.size() < kHeaderBytes)
         return Refuse(AbfError::TooShort,
                       fmt::format("the file holds {} bytes, fewer than the {}-byte ABF 2 header",

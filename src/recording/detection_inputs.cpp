@@ -5,7 +5,9 @@
 
 #include "recording/file_io.h"
 #include "recording/parameter_file.h"
+#include "recording/rate_defaults.h"
 #include "recording/settings_file.h"
+#include "recording/texts.h"
 
 namespace vess {
 
@@ -36,8 +38,10 @@ std::string OpenRecordingOnChannel(const std::filesystem::path& path, int channe
     AbfError error = AbfError::None;
     std::string detail;
     ws.recording = Recording::Open(path, &error, &detail);
-    if (!ws.recording)
+    if (!ws.recording) {
+        if (error == AbfError::FloatingPoint) return path.string() + ": " + texts::NotIntegerText(detail);
         return path.string() + ": " + (detail.empty() ? "cannot open the recording" : detail);
+    }
     if (channel < 0 || channel >= ws.recording->ChannelCount()) {
         const std::string problem = path.string() + " has " +
                                     std::to_string(ws.recording->ChannelCount()) +
@@ -48,6 +52,8 @@ std::string OpenRecordingOnChannel(const std::filesystem::path& path, int channe
     }
     ws.recording->SetChannel(static_cast<uint8_t>(channel));
     ws.screenStartBlock = 0;
+    ws.analysedBlocks.Clear();
+    ApplyRateDefaults(ws);
     return {};
 }
 

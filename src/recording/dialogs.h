@@ -39,6 +39,14 @@ public:
     // for every caller, so implementations may return either.
     virtual std::optional<std::string> Input(const std::string& caption, const std::string& prompt,
                                              const std::string& initial = {}) = 0;
+    // A choice from a list of items, initial selected: the chosen item's
+    // 0-based index as text; std::nullopt when cancelled. Dialogs without a
+    // list ask for the index in an input box (the prompt names the range).
+    virtual std::optional<std::string> Choose(const std::string& caption, const std::string& prompt,
+                                              const std::vector<std::string>& items, int initial) {
+        (void)items;
+        return Input(caption, prompt, std::to_string(initial));
+    }
     // File pickers; std::nullopt when cancelled. The returned path is as the
     // user typed it: callers add the default extension when it has none.
     virtual std::optional<std::string> OpenFile(const FileDialogRequest& request) = 0;

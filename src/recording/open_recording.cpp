@@ -3,6 +3,7 @@
 #include <charconv>
 #include <system_error>
 
+#include "recording/rate_defaults.h"
 #include "recording/texts.h"
 
 namespace vess {
@@ -25,7 +26,7 @@ OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::s
         case AbfError::NotAbf:
             return {std::string(texts::kNotAbfCaption), std::string(texts::kNotAbfText)};
         case AbfError::FloatingPoint:
-            return {std::string(texts::kNotIntegerCaption), std::string(texts::kNotIntegerText)};
+            return {std::string(texts::kNotIntegerCaption), texts::NotIntegerText(detail)};
         case AbfError::CannotOpen:
             return {std::string(texts::kCannotOpenCaption), texts::CannotOpenText(fileName, detail)};
         case AbfError::TooShort: return {damaged, why(texts::kTooShortText)};
@@ -50,10 +51,13 @@ OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::s
     return {damaged, detail};
 }
 
-std::optional<uint8_t> AskChannel(int channels, Dialogs& dialogs) {
+std::optional<uint8_t> AskChannel(const std::vector<ChannelLabel>& labels, Dialogs& dialogs) {
+    const int channels = int(labels.size());
+    std::vector<std::string> items;
+    for (int c = 0; c < channels; ++c) items.push_back(ChannelLabelText(c, labels[std::size_t(c)]));
     for (;;) {
-        const auto answer = dialogs.Input(std::string(texts::kChannelCaption),
-                                          texts::ChannelPrompt(channels), "0");
+        const auto answer = dialogs.Choose(std::string(texts::kChannelCaption),
+                                           texts::ChannelPrompt(channels), items, 0);
         if (!answer) return std::nullopt;
         const std::string text = Trim(*answer);
         if (text.empty()) return std::nullopt;  // an empty answer is Cancel
@@ -90,7 +94,7 @@ bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dia
 
     uint8_t channel = 0;
     if (rec->ChannelCount() > 1) {
-        const auto chosen = AskChannel(rec->ChannelCount(), dialogs);
+        const auto chosen = AskChannel(ChannelLabels(*rec), dialogs);
         if (!chosen) return false;
         channel = *chosen;
     }
@@ -102,6 +106,8 @@ bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dia
     ws.history.MarkSaved();
     ws.screenStartBlock = 0;
     ws.selectedEvent = 0;
+    ws.analysedBlocks.Clear();
+    ApplyRateDefaults(ws);
     return true;
 }
 

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "recording/channel_labels.h"
 #include "recording/dialogs.h"
 #include "recording/recording.h"
 #include "recording/workspace.h"
@@ -21,9 +22,10 @@ struct OpenRefusal {
 };
 OpenRefusal RefusalFor(AbfError error, const std::string& fileName, const std::string& detail);
 
-// Asks for the channel of a file with several; std::nullopt when cancelled.
+// Asks for the channel of a file with several, offering each channel with
+// its name and unit, the first selected; std::nullopt when cancelled.
 // Answers that are not a channel of the file are explained and asked again.
-std::optional<uint8_t> AskChannel(int channels, Dialogs& dialogs);
+std::optional<uint8_t> AskChannel(const std::vector<ChannelLabel>& channels, Dialogs& dialogs);
 
 // Opens path as the new recording. When the current recording has events,
 // first asks whether to save them; on Yes saveEvents is called, and the

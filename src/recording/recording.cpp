@@ -1,5 +1,7 @@
 #include "recording/recording.h"
 
+#include "recording/channel_labels.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -81,7 +83,9 @@ ParsedHeader ParseAbf1Header(std::span<const uint8_t> bytes) {
     }
     if (fileSize >= kDataFormat + 2 && le::Get<int16_t>(bytes, kDataFormat) == 1) {
         p.error = AbfError::FloatingPoint;
-        p.detail = "the samples are floating point";
+        // What the file holds, so that the user knows what to save again.
+        p.detail = ChannelListText(
+            ChannelLabelsFromHeader(bytes, fileSize >= kHeaderBytes ? le::Get<int16_t>(bytes, kADCNumChannels) : 0));
         return p;
     }
     if (fileSize < kHeaderBytes) {

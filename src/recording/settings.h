@@ -54,6 +54,10 @@ struct Settings {
     bool FilterZeroPhase = false;
     bool DetectOnFiltered = false;
     int32_t LineFrequency = 50;              // Hz, marked on noise spectra (ours)
+    // Not in the file: the desktop program started without a settings file
+    // takes the screen length from each recording's rate until the user
+    // sets one (the command line keeps its screens of the default length).
+    bool lengthsFollowRate = false;
     // Analysis
     AnalysisParameters analysis;
     MethodParameters method;

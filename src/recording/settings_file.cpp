@@ -194,15 +194,18 @@ Settings NewInstallationSettings() {
     return s;
 }
 
-Settings LoadIniSettings(const std::filesystem::path& path, std::vector<std::string>* problems) {
+bool IsNewInstallation(const std::filesystem::path& path) {
     std::error_code ec;
-    if (!std::filesystem::exists(path, ec)) return NewInstallationSettings();
-    IniFile ini = IniFile::Load(path);
+    if (!std::filesystem::exists(path, ec)) return true;
     // A file that holds only the list of recent recordings was made by
     // opening files, not by saving settings: still a new installation.
-    if (!ini.HasSection(kProgram) && !ini.HasSection(kDisplay) && !ini.HasSection(kAnalysis))
-        return NewInstallationSettings();
-    return SettingsFromIni(ini, problems);
+    const IniFile ini = IniFile::Load(path);
+    return !ini.HasSection(kProgram) && !ini.HasSection(kDisplay) && !ini.HasSection(kAnalysis);
+}
+
+Settings LoadIniSettings(const std::filesystem::path& path, std::vector<std::string>* problems) {
+    if (IsNewInstallation(path)) return NewInstallationSettings();
+    return SettingsFromIni(IniFile::Load(path), problems);
 }
 
 std::string SettingsProblemsText(const std::filesystem::path& path,

@@ -37,6 +37,8 @@ inline constexpr int32_t kMinDisplayOffset = -999'999'999;
 // suggested from each recording. A settings file without a DetectionMethod
 // key keeps the threshold detection of earlier versions.
 Settings NewInstallationSettings();
+// No settings file, or one that holds no settings (only the recent list).
+bool IsNewInstallation(const std::filesystem::path& path);
 Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems = nullptr);
 Settings LoadIniSettings(const std::filesystem::path& path,
                          std::vector<std::string>* problems = nullptr);

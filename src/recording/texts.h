@@ -149,6 +149,13 @@ inline constexpr std::string_view kNotIntegerText =
     "This ABF file is saved in floating-point format.  Vessantorium recognizes only the integer "
     "format.  Please open this file in Axoscope or Clampfit and save as integer format.  Then try "
     "again.";
+// The refusal of a floating-point file, naming its channels when they are
+// known ("0: IN 0 (pA), 1: IN 1 (mV)").
+inline std::string NotIntegerText(const std::string& channels) {
+    std::string text(kNotIntegerText);
+    if (!channels.empty()) text += "\n\nThe file holds these channels: " + channels + ".";
+    return text;
+}
 inline constexpr std::string_view kChannelCaption = "Enter Channel Number";
 inline std::string ChannelPrompt(int channels) {
     return "This file has " + std::to_string(channels) +

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 
+#include "recording/analysed_blocks.h"
 #include "recording/data_array.h"
 #include "recording/event_table.h"
 #include "recording/recording.h"
@@ -28,6 +29,8 @@ struct Workspace {
     std::filesystem::path iniPath;          // where "Vessanto.ini" is read and written
     int32_t screenStartBlock = 0;           // first block of the displayed screen
     int32_t selectedEvent = 0;              // 1-based; 0 when none
+    // Where a screen analysis ran since the recording was opened.
+    AnalysedBlocks analysedBlocks;
     // The trace view shows the filtered copy while one is attached (Shift+F
     // switches); the noise tools measure what it shows.
     bool showFiltered = true;

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <fstream>
 
+#include "app/background_job.h"
 #include "detection/decimate.h"
 #include "detection/navigation.h"
 #include "detection/trace_helpers.h"
@@ -155,6 +156,7 @@ TEST_F(ReviewTest, OverviewReadsTheFileOnceAndJumpsWhereClicked) {
     OpenSample();
     AnalyseUntilEvents(3);
     OverviewStrip* strip = window->Overview();
+    window->OverviewReader().Wait();  // read away from the window
     EXPECT_EQ(strip->ExtremesReads(), 1);
     Type('f');
     Type('a');

@@ -59,11 +59,12 @@ TEST_F(OpenDataFileTest, EachMalformedFileIsRefusedWithItsMessageAndChangesNothi
     OpenPrevious();
     using namespace abf;
     const std::string_view damaged = texts::kDamagedAbfCaption;
+    const std::string floatText = texts::NotIntegerText("0: IN 0 (pA)");  // the file's one channel
     const test::Corruption cases[] = {
         {"signature ABF3", [](auto& b) { b[3] = '3'; }, texts::kNotAbfCaption, texts::kNotAbfText},
         {"empty file", [](auto& b) { b.clear(); }, texts::kNotAbfCaption, texts::kNotAbfText},
         {"floating point", [](auto& b) { Set<int16_t>(b, kDataFormat, 1); },
-         texts::kNotIntegerCaption, texts::kNotIntegerText},
+         texts::kNotIntegerCaption, floatText},
         // Floating point wins over every other fault.
         {"floating point, truncated, no channels",
          [](auto& b) { Set<int16_t>(b, kDataFormat, 1); Set<int16_t>(b, kADCNumChannels, 0);

@@ -29,11 +29,22 @@ OverviewStrip::OverviewStrip(QWidget* parent) : QWidget(parent) {
     setCursor(Qt::PointingHandCursor);
 }
 
-void OverviewStrip::SetRecording(const Recording* recording) {
-    if (recording == recording_) return;
+bool OverviewStrip::SetRecording(const Recording* recording) {
+    const int channel = recording ? int(recording->Channel()) : -1;
+    if (recording == recording_ && channel == channel_) return false;
     recording_ = recording;
-    blocks_ = recording ? RecordingBlockExtremes(*recording) : BlockExtremes{};
-    if (recording) ++reads_;
+    channel_ = channel;
+    blocks_ = {};
+    reads_ = 0;
+    dirty_ = true;
+    update();
+    return true;
+}
+
+void OverviewStrip::SetExtremes(const Recording* recording, BlockExtremes blocks) {
+    if (!recording || recording != recording_ || int(recording->Channel()) != channel_) return;
+    blocks_ = std::move(blocks);
+    ++reads_;
     dirty_ = true;
     update();
 }

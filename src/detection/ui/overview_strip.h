@@ -3,8 +3,9 @@
 // event (in its group's style), and the screen shown highlighted. A click or
 // a drag asks the owner to show the screen under the pointer.
 //
-// The extremes are read once per recording, by 256-point blocks; a resize
-// only regroups the blocks into columns.
+// The extremes are read once per recording and channel, by 256-point blocks,
+// by the owner away from the windows; until they come the strip shows the
+// screen's place only. A resize only regroups the blocks into columns.
 #pragma once
 
 #include <QPixmap>
@@ -24,9 +25,13 @@ class OverviewStrip : public QWidget {
 public:
     explicit OverviewStrip(QWidget* parent = nullptr);
 
-    // The recording shown (nullptr for none); its extremes are read when it
-    // differs from the one shown before.
-    void SetRecording(const Recording* recording);
+    // The recording shown (nullptr for none). True when it (or its channel)
+    // differs from the one shown before: the strip then waits for its
+    // extremes, which the owner reads away from the windows.
+    bool SetRecording(const Recording* recording);
+    // The extremes of recording's blocks; ignored unless it is the one shown.
+    void SetExtremes(const Recording* recording, BlockExtremes blocks);
+    bool HasExtremes() const { return !blocks_.min.empty(); }
     void SetEvents(const EventTable* events, int32_t selected);
     // The screen shown: its first sample and its length in samples.
     void SetScreen(int64_t firstSample, int64_t lengthSamples);
@@ -34,7 +39,7 @@ public:
     // Geometry, for the owner and for tests.
     double XOfSample(double sample) const;
     int64_t SampleAtX(double x) const;
-    // Number of times the recording's extremes were read.
+    // Number of times extremes were received for the recording shown.
     int ExtremesReads() const { return reads_; }
 
 signals:
@@ -52,6 +57,7 @@ private:
     double Points() const;
 
     const Recording* recording_ = nullptr;
+    int channel_ = -1;
     const EventTable* events_ = nullptr;
     int32_t selected_ = 0;
     BlockExtremes blocks_;

@@ -40,6 +40,7 @@ TraceView::TraceView(QWidget* parent) : QWidget(parent) {
 
 void TraceView::SetScreen(const Screen* screen) {
     screen_ = screen && screen->Valid() ? screen : nullptr;
+    zoom_.reset();
     UpdateFrame();
     TraceChanged();
 }
@@ -49,7 +50,9 @@ void TraceView::SetEvents(const EventTable* events, const AnalysisParameters* pa
     params_ = params;
     // The baseline's place in the frame follows the event direction.
     const int direction = params ? params->PeakDirection : -1;
-    if (screen_ && !lockBase_ && (direction < 0) != (frameDirection_ < 0)) {
+    // New events whose peaks the frame cuts off widen it.
+    if (screen_ && !lockBase_ &&
+        ((direction < 0) != (frameDirection_ < 0) || PeakOutsideFrame())) {
         UpdateFrame();
         TraceChanged();
     }
@@ -67,6 +70,7 @@ void TraceView::SetDisplay(const DisplayScale& scale, bool lockBase) {
         lockBase == lockBase_)
         return;
     scale_ = scale;
+    zoom_.reset();
     if (lockBase != lockBase_) haveLockedFrame_ = false;
     lockBase_ = lockBase;
     UpdateFrame();
@@ -99,28 +103,45 @@ QRect TraceView::PlotRect() const {
                  std::max(1, height() - kTopMargin - kBottomMargin));
 }
 
+TraceZoom TraceView::View() const {
+    if (zoom_) return *zoom_;
+    const VisibleCounts v = VisibleRange(scale_, frame_.centreCounts, FullSpanCounts());
+    return {0, screen_ ? double(screen_->WindowLen()) : 1.0, v.bottomCounts, v.topCounts};
+}
+
+void TraceView::ResetZoom() {
+    if (!zoom_) return;
+    zoom_.reset();
+    TraceChanged();
+}
+
 double TraceView::XOfIndex(double index) const {
     const QRect r = PlotRect();
-    const double n = screen_ ? screen_->WindowLen() : 1;
-    return r.left() + index * r.width() / n;
+    const TraceZoom v = View();
+    return r.left() + (index - v.firstIndex) * r.width() / (v.lastIndex - v.firstIndex);
+}
+
+double TraceView::IndexAtXUnclamped(double x) const {
+    const QRect r = PlotRect();
+    const TraceZoom v = View();
+    return v.firstIndex + (x - r.left()) * (v.lastIndex - v.firstIndex) / r.width();
 }
 
 int64_t TraceView::IndexAtX(double x) const {
-    const QRect r = PlotRect();
     const double n = screen_ ? screen_->WindowLen() : 1;
-    const auto i = int64_t(std::floor((x - r.left()) * n / r.width()));
+    const auto i = int64_t(std::floor(IndexAtXUnclamped(x)));
     return std::clamp<int64_t>(i, 0, int64_t(n) - 1);
 }
 
 double TraceView::YOfCounts(double counts) const {
     const QRect r = PlotRect();
-    const VisibleCounts v = VisibleRange(scale_, frame_.centreCounts, FullSpanCounts());
+    const TraceZoom v = View();
     return r.top() + r.height() * (v.topCounts - counts) / (v.topCounts - v.bottomCounts);
 }
 
 double TraceView::CountsAtY(double y) const {
     const QRect r = PlotRect();
-    const VisibleCounts v = VisibleRange(scale_, frame_.centreCounts, FullSpanCounts());
+    const TraceZoom v = View();
     return v.topCounts - (y - r.top()) / r.height() * (v.topCounts - v.bottomCounts);
 }
 
@@ -147,10 +168,29 @@ std::vector<int16_t> TraceView::DataSamples() const {
     return samples;
 }
 
+std::vector<int16_t> TraceView::PeakLevels() const {
+    std::vector<int16_t> levels;
+    if (!screen_ || !events_) return levels;
+    const int n = DataLength();
+    for (int32_t k = 1; k <= events_->Count(); ++k) {
+        const auto peak = PeakIndexOf((*events_)[k]);
+        if (peak && *peak >= 0 && *peak < n) levels.push_back(screen_->GetSampleValue(*peak));
+    }
+    return levels;
+}
+
+bool TraceView::PeakOutsideFrame() const {
+    const double top = frame_.centreCounts + frame_.spanCounts / 2;
+    const double bottom = frame_.centreCounts - frame_.spanCounts / 2;
+    for (const int16_t level : PeakLevels())
+        if (level > top || level < bottom) return true;
+    return false;
+}
+
 void TraceView::UpdateFrame() {
     if (!screen_ || (lockBase_ && haveLockedFrame_)) return;
     frameDirection_ = params_ ? params_->PeakDirection : -1;
-    frame_ = FitFrame(DataSamples(), frameDirection_);
+    frame_ = FitFrame(DataSamples(), frameDirection_, PeakLevels());
     haveLockedFrame_ = true;
 }
 
@@ -175,19 +215,25 @@ void TraceView::RenderTrace() {
     DrawPastData(p, plot);
 
     // Only the samples of the data: past its end there is nothing to draw.
-    const std::vector<int16_t> samples = DataSamples();
+    // Of them, those in the view (the whole screen unless zoomed).
+    const std::vector<int16_t> all = DataSamples();
+    const TraceZoom v = View();
+    const auto from = std::clamp<int64_t>(int64_t(std::floor(v.firstIndex)), 0, int64_t(all.size()));
+    const auto to = std::clamp<int64_t>(int64_t(std::ceil(v.lastIndex)), from, int64_t(all.size()));
+    const std::span<const int16_t> samples(all.data() + from, std::size_t(to - from));
     const int n = int(samples.size());
-    const int columns = int(std::floor(double(plot.width()) * n / screen_->WindowLen()));
+    const int columns = int(std::floor(double(plot.width()) * n / (v.lastIndex - v.firstIndex)));
     const DecimatedTrace d = Decimate(samples, columns);
     QPolygonF line;
     if (d.plain) {
         line.reserve(n);
-        for (int i = 0; i < n; ++i) line << QPointF(XOfIndex(i + 0.5), YOfCounts(samples[std::size_t(i)]));
+        for (int i = 0; i < n; ++i)
+            line << QPointF(XOfIndex(double(from + i) + 0.5), YOfCounts(samples[std::size_t(i)]));
     } else {
         line.reserve(qsizetype(d.columns.size() * 4));
         for (std::size_t c = 0; c < d.columns.size(); ++c) {
             const auto& col = d.columns[c];
-            const double x = plot.left() + double(c) + 0.5;
+            const double x = XOfIndex(double(from)) + double(c) + 0.5;
             line << QPointF(x, YOfCounts(col.first)) << QPointF(x, YOfCounts(col.min))
                  << QPointF(x, YOfCounts(col.max)) << QPointF(x, YOfCounts(col.last));
         }
@@ -202,7 +248,8 @@ void TraceView::RenderTrace() {
 void TraceView::DrawPastData(QPainter& p, const QRect& plot) const {
     const int n = DataLength();
     if (n >= screen_->WindowLen()) return;
-    const double x = XOfIndex(n);
+    const double x = std::max(XOfIndex(n), double(plot.left()));
+    if (x >= plot.right()) return;
     const QRectF past(x, plot.top(), plot.right() - x, plot.height());
     p.fillRect(past, trace_style::kPastDataColour);
     p.setPen(trace_style::kAxisColour);
@@ -219,7 +266,10 @@ void TraceView::DrawAxes(QPainter& p, const QRect& plot) const {
     };
     // Time axis in ms from the start of the data; the unit at its right end.
     const QString unit = "ms";
-    const double t0 = screen_->CalculateTime(0), t1 = screen_->CalculateTime(screen_->WindowLen());
+    const TraceZoom v = View();
+    const double msPerPoint = rec.IntervalUs() / 1000.0;
+    const double t0 = screen_->CalculateTime(0) + v.firstIndex * msPerPoint;
+    const double t1 = screen_->CalculateTime(0) + v.lastIndex * msPerPoint;
     const double labelY = plot.bottom() + 6 + fm.ascent();
     for (const AxisTick& t : AxisTicks(t0, t1, plot.width(), 90, fm.horizontalAdvance(unit), width)) {
         const double x = plot.left() + t.position;
@@ -298,6 +348,10 @@ void TraceView::mousePressEvent(QMouseEvent* event) {
     setFocus(Qt::MouseFocusReason);
     if (!screen_ || !PlotRect().contains(event->position().toPoint())) return;
     const int64_t index = IndexAtX(event->position().x());
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::ShiftModifier) {
+        dragFrom_ = event->position().toPoint();  // a click or a zoom rectangle: the release tells
+        return;
+    }
     if (cursorsOn_ && event->button() == Qt::MiddleButton) {
         cursor2_ = index;
         cursorCounts2_ = CountsAtY(event->position().y());
@@ -309,6 +363,7 @@ void TraceView::mousePressEvent(QMouseEvent* event) {
 }
 
 void TraceView::mouseMoveEvent(QMouseEvent* event) {
+    if (dragFrom_) DragTo(event->position().toPoint());
     if (!screen_ || !PlotRect().contains(event->position().toPoint())) return;
     const int64_t index = IndexAtX(event->position().x());
     emit PointerMoved(screen_->CalculateTime(index),

@@ -8,7 +8,11 @@
 //
 // The trace and axes are drawn into a cached pixmap once per change (screen,
 // size, gain, offset); marks and cursors are painted over it on every update,
-// so selecting an event or moving a cursor never redraws the trace. Rejected
+// so selecting an event or moving a cursor never redraws the trace.
+//
+// The wheel zooms time around the pointer (Ctrl+wheel the levels) and a
+// rectangle dragged with Shift zooms to it; a new screen, a change of gain or
+// offset, or ResetZoom return to the whole screen. A zoom is only a view. Rejected
 // events are drawn faded, grouped ones in their group's colour, and a peak
 // beyond the top or bottom gets a marker at that edge.
 #pragma once
@@ -22,6 +26,9 @@
 
 #include "detection/display_fit.h"
 #include "detection/navigation.h"
+#include "detection/trace_zoom.h"
+
+class QRubberBand;
 
 namespace vess {
 
@@ -63,12 +70,18 @@ public:
     // recording or channel).
     void ResetScale();
 
+    // The stretch and levels shown: the zoom, or the whole screen.
+    TraceZoom View() const;
+    bool Zoomed() const { return zoom_.has_value(); }
+    void ResetZoom();
+
     void TraceChanged();  // samples or display changed: rebuild the pixmap
     void MarksChanged();  // events or selection changed: repaint marks only
 
     // Geometry, for the owner and for tests.
     QRect PlotRect() const;
     int64_t IndexAtX(double x) const;        // window index under a pixel column
+    double IndexAtXUnclamped(double x) const;  // the same, fractional and not clamped
     double XOfIndex(double index) const;
     double YOfCounts(double counts) const;
     double CountsAtY(double y) const;
@@ -90,6 +103,8 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     void RenderTrace();
@@ -99,8 +114,12 @@ private:
     void DrawPastData(QPainter& p, const QRect& plot) const;
     void DrawCursors(QPainter& p) const;
     void UpdateFrame();
+    // Levels of the peaks of the table's events on this screen.
+    std::vector<int16_t> PeakLevels() const;
+    bool PeakOutsideFrame() const;
     std::vector<int16_t> DataSamples() const;
     QString CursorReadout() const;
+    void DragTo(const QPoint& at);
 
     const Screen* screen_ = nullptr;
     const EventTable* events_ = nullptr;
@@ -114,6 +133,9 @@ private:
     bool cursorsOn_ = false;
     std::optional<int64_t> cursor1_, cursor2_;
     double cursorCounts1_ = 0, cursorCounts2_ = 0;  // levels of the horizontal cursors
+    std::optional<TraceZoom> zoom_;
+    std::optional<QPoint> dragFrom_;  // Shift+left press, a click or a zoom rectangle
+    QRubberBand* band_ = nullptr;
     QPixmap cache_;
     bool dirty_ = true;
     int renders_ = 0;

@@ -1,5 +1,7 @@
 #include "group_analysis/ui/group_window.h"
 
+#include "recording/rate_defaults.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
@@ -54,6 +56,8 @@ GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, JobRun
     setObjectName("GrpAnal");
     setWindowTitle(Q(texts::kWindowCaption));
     settings_ = LoadGroupSettings(ws_.iniPath);
+    if (ws_.settings.lengthsFollowRate && ws_.recording)
+        settings_.BlocktoAnalyze = GroupBlocksText(kNewInstallationGroupStretchMs, ws_.recording->IntervalUs());
     BuildControls();
     BuildMenus();
     BuildKeys();

@@ -1,13 +1,15 @@
 // The file lists on the left of the main window: the roots (drives) with the
-// home folder (DrListBoxFETCH), the folder browser (DirListBoxFETCH) and the
-// ABF and event files of the chosen folder (FListBoxFETCH). A click on a file
-// asks the owner to open it.
+// home folder (DrListBoxFETCH), a box for a typed or pasted folder or file
+// (txtPath), the folder browser (DirListBoxFETCH) and the ABF and event
+// files of the chosen folder (FListBoxFETCH). A click on a file, or a file
+// entered in the box, asks the owner to open it.
 #pragma once
 
 #include <QTimer>
 #include <QWidget>
 
 class QComboBox;
+class QLineEdit;
 class QFileSystemModel;
 class QListView;
 class QTreeView;
@@ -21,12 +23,16 @@ public:
     explicit FileBrowser(QWidget* parent = nullptr);
 
     // Shows a folder in the browser and its files in the file list; the
-    // process's current folder follows it.
+    // process's current folder follows it. The tree keeps the folder in view
+    // while it is being read (at most a few seconds); after that, changes
+    // on disk leave the user's selection, expansion and scroll alone.
     void SetFolder(const QString& folder);
+    bool KeepsFolderInView() const { return pinned_; }
     QString Folder() const { return folder_; }
     // The file list, for tests that click a file.
     QListView* FileList() const { return files_; }
     QTreeView* FolderTree() const { return folders_; }
+    QLineEdit* PathBox() const { return pathBox_; }
     // Highlights the open file in the file list, or nothing when path is
     // empty or lies in another folder (a click that did not open its file
     // must not stay highlighted).
@@ -49,10 +55,16 @@ private:
     void OnDriveChosen(int index);
     void OnFolderActivated(const QModelIndex& index);
     void OnFileClicked(const QModelIndex& index);
+    // Enter in the path box: a folder is shown, a file is shown and opened,
+    // anything else is marked in the box with the reason as its tip.
+    void OnPathTyped();
+    void ShowPathProblem(const QString& problem);
     // Makes the folder current in the tree and scrolls to it.
     void RevealFolder();
+    void ShowFolder(const QString& folder, bool keepInView);
 
     QComboBox* drives_;
+    QLineEdit* pathBox_;
     QTreeView* folders_;
     QListView* files_;
     QFileSystemModel* folderModel_;
@@ -60,7 +72,9 @@ private:
     QString folder_;
     bool shown_ = false;
     bool pinned_ = false;  // the chosen folder is kept in view as folders load
+    bool folderRead_ = false;  // the model has read the chosen folder
     QTimer revealTimer_;
+    QTimer unpinTimer_;
 };
 
 }  // namespace vess

@@ -24,6 +24,8 @@ public:
     bool AskOkCancel(const std::string& caption, const std::string& text) override;
     std::optional<std::string> Input(const std::string& caption, const std::string& prompt,
                                      const std::string& initial = {}) override;
+    std::optional<std::string> Choose(const std::string& caption, const std::string& prompt,
+                                      const std::vector<std::string>& items, int initial) override;
     std::optional<std::string> OpenFile(const FileDialogRequest& request) override;
     std::optional<std::string> SaveFile(const FileDialogRequest& request) override;
     std::optional<std::vector<std::string>> OpenFiles(const FileDialogRequest& request) override;
