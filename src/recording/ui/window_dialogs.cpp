@@ -58,6 +58,12 @@ std::optional<std::string> WindowDialogs::SaveFile(const FileDialogRequest& requ
     return program_.SaveFile(request);
 }
 
+std::optional<std::string> WindowDialogs::Choose(const std::string& caption, const std::string& prompt,
+                                                 const std::vector<std::string>& items, int initial) {
+    Asking scope(window_);
+    return program_.Choose(caption, prompt, items, initial);
+}
+
 std::optional<std::vector<std::string>> WindowDialogs::OpenFiles(const FileDialogRequest& request) {
     Asking scope(window_);
     return program_.OpenFiles(request);
