@@ -10,15 +10,6 @@
 namespace vess {
 namespace {
 
-FilterChoice Chosen(FilterKind kind, FilterPass pass, double cutoffHz, int order) {
-    FilterChoice s;
-    s.kind = kind;
-    s.pass = pass;
-    s.cutoffHz = cutoffHz;
-    s.order = order;
-    return s;
-}
-
 struct BesselReference {
     int order;
     FilterPass pass;
@@ -46,7 +37,7 @@ const BesselReference kBessel[] = {
 
 TEST(BesselFilter, ResponsesAgreeWithTheReferenceDesignAcrossOrdersAndPasses) {
     for (const BesselReference& r : kBessel) {
-        const FilterDesign d = DesignFilter(Chosen(FilterKind::Bessel, r.pass, r.cutoffHz, r.order), 20000);
+        const FilterDesign d = DesignFilter(FilterChoice{.kind = FilterKind::Bessel, .pass = r.pass, .cutoffHz = r.cutoffHz, .order = r.order}, 20000);
         ASSERT_TRUE(d.error.empty()) << d.error;
         EXPECT_EQ(d.sections.size(), std::size_t((r.order + 1) / 2));
         for (int i = 0; i < 3; ++i)
@@ -61,20 +52,20 @@ TEST(BesselFilter, ResponsesAgreeWithTheReferenceDesignAcrossOrdersAndPasses) {
 TEST(GaussianFilter, GainFollowsTheGaussianAndIsMinus3DbAtTheCutoff) {
     const double minus3 = -10 * std::log10(2.0);
     for (double fc : {20.0, 100.0, 1000.0}) {
-        const FilterDesign d = DesignFilter(Chosen(FilterKind::Gaussian, FilterPass::Low, fc, 4), 20000);
+        const FilterDesign d = DesignFilter(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = fc, .order = 4}, 20000);
         ASSERT_TRUE(d.error.empty()) << d.error;
         ASSERT_EQ(d.kernel.size() % 2, 1u);
         for (double ratio : {0.5, 1.0, 2.0})
             EXPECT_NEAR(DesignResponseDb(d, ratio * fc, 20000), minus3 * ratio * ratio, 2e-3) << fc << " " << ratio;
     }
-    const FilterDesign nearNyquist = DesignFilter(Chosen(FilterKind::Gaussian, FilterPass::Low, 8000, 4), 20000);
+    const FilterDesign nearNyquist = DesignFilter(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 8000, .order = 4}, 20000);
     EXPECT_NEAR(DesignResponseDb(nearNyquist, 8000, 20000), minus3, 1e-6);
     EXPECT_LT(DesignResponseDb(nearNyquist, 9999, 20000), minus3);
 
     // Low-pass only, and no kernel longer than the bound.
-    EXPECT_NE(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::High, 100, 4), 20000), "");
-    EXPECT_NE(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::Low, 5, 4), 20000), "");
-    EXPECT_EQ(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::Low, 7, 0), 20000), "");
+    EXPECT_NE(FilterChoiceProblem(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::High, .cutoffHz = 100, .order = 4}, 20000), "");
+    EXPECT_NE(FilterChoiceProblem(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 5, .order = 4}, 20000), "");
+    EXPECT_EQ(FilterChoiceProblem(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 7, .order = 0}, 20000), "");
 }
 
 // Filtering a recording with the Gaussian: centred (a step keeps its place,
@@ -85,7 +76,7 @@ TEST(GaussianFilter, FilteredChannelIsCentredAndHeldAtTheEnds) {
     std::vector<int16_t> raw(140000, -1000);
     for (std::size_t i = 70000; i < raw.size(); ++i) raw[i] = 1000;
     auto rec = test::MakeRecording(dir / "step.abf", raw, 50);
-    FilteredChannel f = FilterChannel(*rec, Chosen(FilterKind::Gaussian, FilterPass::Low, 100, 4));
+    FilteredChannel f = FilterChannel(*rec, FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 100, .order = 4});
     ASSERT_TRUE(f.counts) << f.error;
     rec->AttachFiltered(std::move(f.counts));
     rec->ReadFiltered(true);
