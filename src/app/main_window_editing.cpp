@@ -84,7 +84,7 @@ void MainWindow::RefreshActions() {
         enable(n, open && !running);
     for (const char* n : {"menu_markasgp", "menu_Group", "menu_MarkAllEvents", "menu_UnmarkGrouped",
                           "menu_RejectEvents", "menu_deleteevents", "menu_DeleteRejected",
-                          "menu_RemoveDuplicates", "menu_RemoveNearDuplicates", "menu_SaveData", "menu_savetoAsciiFile"})
+                          "menu_RemoveDuplicates", "menu_RemoveNearDuplicates", "menu_SaveData", "menu_savetoAsciiFile", "menu_SaveGridCsv"})
         enable(n, any && !running);
     enable("menu_MarkAllWindow", any && open && !running);
     enable("menu_DatInfo", open);

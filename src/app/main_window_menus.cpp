@@ -10,6 +10,7 @@
 #include <QToolBar>
 
 #include "app/main_window.h"
+#include "recording/event_exports.h"
 #include "detection/navigation.h"
 #include "detection/ui/texts.h"
 #include "recording/texts.h"
@@ -77,6 +78,9 @@ void MainWindow::BuildFileMenu() {
               &MainWindow::OnSaveData);
     AddAction(m, "menu_savetoAsciiFile", tr("Export Events as &ASCII..."), {}, nullptr,
               &MainWindow::OnSaveAscii);
+    connect(AddAction(m, "menu_SaveGridCsv", tr("Export Event &Grid as CSV..."), {},
+                      "Every column of the event grid, in the grid's units, as a CSV file", nullptr),
+            &QAction::triggered, this, [this] { SaveGridCsvCommand(ws_, dialogs_); });
     AddAction(m, "menu_DatInfo", tr("Data File &Information"), {QKeySequence("Ctrl+I")}, nullptr,
               &MainWindow::OnDatInfo);
     m->addSeparator();

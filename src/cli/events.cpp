@@ -11,6 +11,7 @@
 #include "cli/commands.h"
 #include "cli/named_recording.h"
 #include "cli/stderr_dialogs.h"
+#include "recording/event_exports.h"
 #include "recording/event_file.h"
 #include "recording/event_grid.h"
 #include "recording/recording.h"
@@ -48,24 +49,6 @@ std::string Parameters(const EventFileContents& f) {
     return out;
 }
 
-std::string Table(const Recording* rec, const std::vector<EventRecord>& records, char sep) {
-    const std::string units = rec ? rec->Units() : std::string();
-    std::string out;
-    for (int c = 0; c < kEventGridColumns; ++c) {
-        if (c) out += sep;
-        out += rec ? EventColumnLabel(c, units) : EventColumnRawLabel(c);
-    }
-    out += '\n';
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        for (int c = 0; c < kEventGridColumns; ++c) {
-            if (c) out += sep;
-            out += FormatCell(EventCellValue(rec, records[i], int(i + 1), c));
-        }
-        out += '\n';
-    }
-    return out;
-}
-
 }  // namespace
 
 void AddEventsCommand(CLI::App& app) {
@@ -77,7 +60,7 @@ void AddEventsCommand(CLI::App& app) {
     auto* cmd = app.add_subcommand(
         "events", "Show the parameters and events of an event file (.EVT)");
     cmd->add_option("file", opts->file, "event file")->required();
-    cmd->add_flag("--csv", opts->csv, "print the event table alone, comma-separated");
+    cmd->add_flag("--csv", opts->csv, "print the event table alone, comma-separated (as Export Event Grid as CSV writes it)");
     cmd->callback([opts] {
         const std::filesystem::path path = opts->file;
         StderrDialogs dialogs;
@@ -90,9 +73,9 @@ void AddEventsCommand(CLI::App& app) {
                       << path.filename().string()
                       << "; amplitudes and levels are in ADC counts, durations in sample points\n";
         if (opts->csv) {
-            std::cout << Table(rec.get(), f.records, ',') << std::flush;
+            std::cout << EventGridText(rec.get(), f.records, ',') << std::flush;
         } else {
-            std::cout << Parameters(f) << "\n" << Table(rec.get(), f.records, '\t') << std::flush;
+            std::cout << Parameters(f) << "\n" << EventGridText(rec.get(), f.records, '\t') << std::flush;
         }
     });
 }

@@ -1,4 +1,4 @@
-// vess filter FILE.abf [--channel N] --kind K --pass P --cutoff HZ --order N
+// vess filter FILE.abf [--channel N] --kind K [--pass P] --cutoff HZ [--order N]
 // [--ripple DB] [--attenuation DB] [--zero-phase] [--response F,...]
 // [--out FILTERED.abf]: the gain of the filter at given frequencies and the
 // filtered channel as an ABF file.
@@ -45,7 +45,7 @@ int RunFilter(const FilterState& s) {
         return 1;
     }
     for (double f : s.response)
-        std::cout << fmt::format("{:g} {:.6f}\n", f, ResponseDb(design.sections, f, SampleRateHz(*rec)));
+        std::cout << fmt::format("{:g} {:.6f}\n", f, DesignResponseDb(design, f, SampleRateHz(*rec)));
     if (s.out.empty()) return 0;
     if (const CommandResult applied = ApplyFilter(*rec, choice); !applied) {
         std::cerr << "vess filter: " << applied.message() << "\n";

@@ -60,6 +60,24 @@ std::string EventsAsciiText(const Recording* rec, const EventTable& table) {
     return out;
 }
 
+std::string EventGridText(const Recording* rec, std::span<const EventRecord> records, char sep) {
+    const std::string units = rec ? rec->Units() : std::string();
+    std::string out;
+    for (int c = 0; c < kEventGridColumns; ++c) {
+        if (c) out += sep;
+        out += rec ? EventColumnLabel(c, units) : EventColumnRawLabel(c);
+    }
+    out += '\n';
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        for (int c = 0; c < kEventGridColumns; ++c) {
+            if (c) out += sep;
+            out += FormatCell(EventCellValue(rec, records[i], int(i + 1), c));
+        }
+        out += '\n';
+    }
+    return out;
+}
+
 bool SaveDataCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, Request(ws, texts::kSaveDataCaption, texts::kTextFileFilter, texts::kTextFileExtension),
@@ -72,6 +90,14 @@ bool SaveToAsciiFileCommand(Workspace& ws, Dialogs& dialogs) {
         dialogs, Request(ws, texts::kSaveAsciiCaption, texts::kAsciiFileFilter, texts::kAsciiFileExtension),
         ExistingFile::Refuse);
     return path && ReportWrite(dialogs, WriteFileAtomic(*path, EventsAsciiText(ws.recording.get(), ws.events)));
+}
+
+bool SaveGridCsvCommand(Workspace& ws, Dialogs& dialogs) {
+    const auto path = ChooseSavePath(
+        dialogs, Request(ws, texts::kSaveGridCsvCaption, texts::kCsvFileFilter, texts::kCsvFileExtension),
+        ExistingFile::AskReplace);
+    return path &&
+           ReportWrite(dialogs, WriteFileAtomic(*path, EventGridText(ws.recording.get(), ws.events.Records(), ',')));
 }
 
 }  // namespace vess

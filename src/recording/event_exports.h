@@ -3,6 +3,7 @@
 // (menu_savetoAsciiFile). Both use CR LF line ends.
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "recording/dialogs.h"
@@ -21,10 +22,20 @@ std::string EventsAtfText(const Recording* recording, const EventTable& table);
 // values the grid shows.
 std::string EventsAsciiText(const Recording* recording, const EventTable& table);
 
+// Every column of the event grid (the event number and the 17 fields) with
+// the grid's headings and values, separated by sep, one line per event: in
+// the grid's units ("Amplitude (pA)") with a recording, else in ADC counts
+// and sample points ("Amplitude (counts)"). A value that was not measured is
+// left empty.
+std::string EventGridText(const Recording* recording, std::span<const EventRecord> records, char sep);
+
 // menu_SaveData: save dialog ("txt", "Text File (*.txt)"), replace question.
 bool SaveDataCommand(Workspace& ws, Dialogs& dialogs);
 // menu_savetoAsciiFile: save dialog ("ASC", "ASCII File (*.ASC)"); an
 // existing file is refused ("File Exist") and nothing is written.
 bool SaveToAsciiFileCommand(Workspace& ws, Dialogs& dialogs);
+// Export Event Grid as CSV: save dialog ("csv", "CSV File (*.csv)"), replace
+// question, then EventGridText with commas.
+bool SaveGridCsvCommand(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess

@@ -41,7 +41,7 @@ struct Settings {
     int32_t GroupNavigate = 1;
     int32_t JumpInterval = 1000;
     // The digital filter: FilterType is its kind (1 Butterworth, 2 Chebyshev,
-    // 3 inverse Chebyshev, 4 elliptic), FilterFreq its cut-off in Hz,
+    // 3 inverse Chebyshev, 4 elliptic, 5 Bessel, 6 Gaussian), FilterFreq its cut-off in Hz,
     // FilterPass 0 for low-pass and 1 for high-pass; ripple and attenuation
     // in dB. DetectOnFiltered makes detection and measurement read the
     // filtered trace while a filter is applied.

@@ -191,6 +191,10 @@ Settings NewInstallationSettings() {
     Settings s;
     s.method.method = DetectionMethod::Deconvolution;
     s.method.suggestFromRecording = true;
+    s.FilterType = 5;  // a 4-pole Bessel low-pass at 1 kHz, as amplifiers filter such recordings
+    s.FilterOrder = 4;
+    s.FilterFreq = "1000";
+    s.FilterPass = 0;
     return s;
 }
 

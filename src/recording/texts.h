@@ -89,6 +89,9 @@ inline constexpr std::string_view kFileErrorCaption = "File Error";
 // Text exports.
 inline constexpr std::string_view kTextFileFilter = "Text File (*.txt)";
 inline constexpr std::string_view kTextFileExtension = "txt";
+inline constexpr std::string_view kCsvFileFilter = "CSV File (*.csv)";
+inline constexpr std::string_view kCsvFileExtension = "csv";
+inline constexpr std::string_view kSaveGridCsvCaption = "Export Event Grid as CSV";
 inline constexpr std::string_view kAsciiFileFilter = "ASCII File (*.ASC)";
 inline constexpr std::string_view kAsciiFileExtension = "ASC";
 inline constexpr std::string_view kAtfTag = "ATF";

@@ -25,7 +25,7 @@ inline constexpr int32_t kMaxBlocksPerScreen = 4096;
 
 // The digital filter's kind (FilterType) and order.
 inline constexpr int32_t kMinFilterType = 1;
-inline constexpr int32_t kMaxFilterType = 4;
+inline constexpr int32_t kMaxFilterType = 6;
 inline constexpr int32_t kMaxFilterOrder = 16;
 
 // The values that turn one channel's ADC counts into its units.

@@ -2,17 +2,46 @@
 
 #include <algorithm>
 #include <numeric>
+#include <vector>
 
 #include "recording/rounding.h"
 
 namespace vess {
 
-std::vector<PointStretch> EventStretches(const EventTable& events, int64_t marginPoints, int64_t points) {
+namespace {
+
+double WindowMean(const SampleReader& read, int64_t first, std::vector<int16_t>& window) {
+    read(first, window);
+    return std::accumulate(window.begin(), window.end(), 0.0) / double(window.size());
+}
+
+}  // namespace
+
+int64_t DecayEndPoints(const EventRecord& event, const DecayTail& tail) {
+    const int64_t decay = event.decayTime;
+    const int64_t peak = event.sampleIndex;
+    const int64_t start = peak - event.riseTime;
+    if (!tail.read || !(tail.noiseCounts > 0) || decay <= 0 || tail.windowPoints < 1 ||
+        start - tail.windowPoints < 0)
+        return decay;
+    std::vector<int16_t> window(std::size_t(tail.windowPoints));
+    const double level = WindowMean(tail.read, start - tail.windowPoints, window);
+    const double direction = event.peakDirection > 0 ? 1.0 : -1.0;
+    const int64_t last = std::min(peak + kMaxTailDecays * decay, tail.points);
+    int64_t at = peak + decay;
+    while (at + tail.windowPoints <= last &&
+           direction * (WindowMean(tail.read, at, window) - level) >= tail.noiseCounts)
+        at += tail.windowPoints;
+    return std::max(std::min(at, last) - peak, decay);
+}
+
+std::vector<PointStretch> EventStretches(const EventTable& events, int64_t marginPoints, int64_t points,
+                                         const DecayTail& tail) {
     std::vector<PointStretch> all;
     if (points <= 0) return all;
     for (const EventRecord& r : events.Records()) {
         const int64_t first = int64_t(r.sampleIndex) - r.riseTime - marginPoints;
-        const int64_t last = int64_t(r.sampleIndex) + r.decayTime + marginPoints;
+        const int64_t last = int64_t(r.sampleIndex) + DecayEndPoints(r, tail) + marginPoints;
         if (last < 0 || first >= points) continue;
         all.push_back({std::max<int64_t>(first, 0), std::min<int64_t>(last, points - 1)});
     }
@@ -33,6 +62,25 @@ namespace {
 
 double Mean(std::span<const int16_t> v) {
     return v.empty() ? 0.0 : std::accumulate(v.begin(), v.end(), 0.0) / double(v.size());
+}
+
+// v less its running mean over 2 half + 1 samples (fewer at the ends, where
+// the window is cut to v), or less its mean when it is not longer than that.
+std::vector<double> FastPart(std::span<const int16_t> v, int64_t half) {
+    std::vector<double> out(v.begin(), v.end());
+    const int64_t n = int64_t(v.size());
+    if (half < 1 || n <= 2 * half) {
+        const double mean = Mean(v);
+        for (double& x : out) x -= mean;
+        return out;
+    }
+    std::vector<double> prefix(std::size_t(n + 1), 0.0);
+    for (int64_t i = 0; i < n; ++i) prefix[std::size_t(i + 1)] = prefix[std::size_t(i)] + v[std::size_t(i)];
+    for (int64_t i = 0; i < n; ++i) {
+        const int64_t lo = std::max<int64_t>(i - half, 0), hi = std::min(i + half + 1, n);
+        out[std::size_t(i)] -= (prefix[std::size_t(hi)] - prefix[std::size_t(lo)]) / double(hi - lo);
+    }
+    return out;
 }
 
 // The output so far, the newest samples kept up to a limit.
@@ -87,11 +135,11 @@ public:
             donor.resize(std::size_t(std::min(length, std::max<int64_t>(points_ - 1 - s.last, 0))));
             if (!donor.empty()) read_(s.last + 1, donor);
         }
-        const double donorMean = Mean(donor);
+        const std::vector<double> noiseOf = FastPart(donor, options_.levelPoints);
         std::vector<int16_t> out(static_cast<std::size_t>(length));
         for (int64_t i = 0; i < length; ++i) {
             const double level = levelBefore + (levelAfter - levelBefore) * double(i + 1) / double(length + 1);
-            const double noise = donor.empty() ? 0.0 : donor[std::size_t(i) % donor.size()] - donorMean;
+            const double noise = noiseOf.empty() ? 0.0 : noiseOf[std::size_t(i) % noiseOf.size()];
             out[std::size_t(i)] = RoundClamp16(level + noise);
         }
         return Emit(out);

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "detection/method_filter.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
@@ -46,6 +47,22 @@ std::string EventFreeMarginProblem(const Recording& rec, double marginMs) {
     return {};
 }
 
+double ChannelNoiseCounts(const Recording& rec) {
+    constexpr std::size_t kBlock = 256;
+    std::vector<double> residuals, sorted;
+    std::vector<int16_t> block(kBlock);
+    for (const auto& [first, count] : NoiseStretches(rec)) {
+        for (int64_t at = first; at + int64_t(kBlock) <= first + count; at += int64_t(kBlock)) {
+            rec.ReadSamples(at, block);
+            sorted.assign(block.begin(), block.end());
+            std::nth_element(sorted.begin(), sorted.begin() + kBlock / 2, sorted.end());
+            for (int16_t v : block) residuals.push_back(double(v) - sorted[kBlock / 2]);
+        }
+    }
+    if (residuals.size() < kBlock) return 0;
+    return RobustNoise(std::move(residuals)).sd;
+}
+
 std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
                               int64_t levelPoints, const std::filesystem::path& path) {
     const int64_t points = rec.PointsPerChannel();
@@ -53,9 +70,10 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
     AtomicFile file(path);
     if (!file.Error().empty()) return file.Error();
     if (!file.Write(BuildAbfHeader(EventFreeWriteSpec(rec), points))) return file.Error();
-    const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points);
-    std::vector<uint8_t> bytes;
     const SampleReader read = [&rec](int64_t first, std::span<int16_t> out) { rec.ReadSamples(first, out); };
+    const DecayTail tail{read, ChannelNoiseCounts(rec), std::max<int64_t>(levelPoints, 1), points};
+    const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points, tail);
+    std::vector<uint8_t> bytes;
     const SampleSink sink = [&](std::span<const int16_t> samples) {
         bytes.resize(samples.size() * 2);
         for (std::size_t i = 0; i < samples.size(); ++i) le::Put<int16_t>(bytes, 2 * i, samples[i]);

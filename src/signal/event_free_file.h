@@ -28,9 +28,15 @@ int64_t MarginPoints(const Recording& rec, double marginMs);
 // recording, which would leave nothing event-free); empty when it can.
 std::string EventFreeMarginProblem(const Recording& rec, double marginMs);
 
+// The noise SD of the chosen channel in counts: every 256-point block less
+// its median, over the stretches detection measures noise on, as the
+// central Gaussian of their distribution (events sit in one tail).
+double ChannelNoiseCounts(const Recording& rec);
+
 // Writes the event-free copy of rec's chosen channel to path. levelPoints is
-// how many samples set the baseline on each side of a stretch. Returns an
-// empty string on success, else what went wrong (nothing is left at path).
+// how many samples set the baseline on each side of a stretch (and the
+// window in which each decay is followed into the noise). Returns an empty
+// string on success, else what went wrong (nothing is left at path).
 std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
                               int64_t levelPoints, const std::filesystem::path& path);
 

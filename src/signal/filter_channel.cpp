@@ -13,6 +13,7 @@
 #include "recording/le_bytes.h"
 #include "recording/rounding.h"
 #include "signal/filter_texts.h"
+#include "signal/gaussian_filter.h"
 #include "signal/sos_runner.h"
 
 namespace vess {
@@ -140,6 +141,31 @@ bool ForwardBackward(const Recording& rec, const std::vector<Biquad>& sections, 
     return true;
 }
 
+// A centred kernel, block by block: each block is read with half the
+// kernel's length more on each side, the trace held at its first and last
+// samples beyond its ends.
+bool Centred(const Recording& rec, const std::vector<double>& kernel, const FilterProgress& progress,
+             TempFile& out) {
+    const int64_t points = std::max<int64_t>(rec.PointsPerChannel(), 0);
+    const int64_t half = int64_t(kernel.size() / 2);
+    const Pass pass{points, progress};
+    std::vector<int16_t> raw;
+    std::vector<double> padded, y;
+    for (int64_t at = 0; at < points; at += kBlock) {
+        const int64_t n = std::min(kBlock, points - at);
+        const int64_t first = std::max<int64_t>(at - half, 0), end = std::min(at + n + half, points);
+        raw.resize(std::size_t(end - first));
+        rec.ReadRawSamples(first, raw);
+        padded.assign(std::size_t(first - (at - half)), double(raw.front()));
+        padded.insert(padded.end(), raw.begin(), raw.end());
+        padded.resize(std::size_t(n + 2 * half), double(raw.back()));
+        y.resize(std::size_t(n));
+        ConvolveCentred(padded, kernel, y);
+        if (!out.WriteCounts(at, y) || !pass.Report(at + n)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 double SampleRateHz(const Recording& recording) { return 1e6 / recording.IntervalUs(); }
@@ -154,7 +180,9 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterChoice& choice, 
     TempFile out;
     const int64_t points = std::max<int64_t>(rec.PointsPerChannel(), 0);
     bool finished = out.Error().empty();
-    if (finished && !choice.zeroPhase) {
+    if (finished && !design.kernel.empty()) {
+        finished = Centred(rec, design.kernel, progress, out);
+    } else if (finished && !choice.zeroPhase) {
         SosRunner forward(design.sections);
         finished = Forward(rec, forward, Pass{points, progress},
                            [&](int64_t at, const std::vector<double>& y, const SosRunner::State&) {

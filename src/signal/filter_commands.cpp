@@ -104,12 +104,9 @@ void SetDetectOnFiltered(Workspace& ws, bool on) {
 bool DetectsOnFiltered(const Workspace& ws) { return ws.recording && ws.recording->ReadsFiltered(); }
 
 std::string FilterName(const FilterChoice& choice) {
-    const std::string_view kind = choice.kind == FilterKind::Butterworth      ? "Butterworth"
-                                  : choice.kind == FilterKind::Chebyshev      ? "Chebyshev"
-                                  : choice.kind == FilterKind::InverseChebyshev ? "Inverse Chebyshev"
-                                                                              : "Elliptic";
-    return fmt::format("{} {}-pass {:.8g} Hz, order {}{}", kind, PassName(choice.pass), choice.cutoffHz,
-                       choice.order, choice.zeroPhase ? ", zero phase" : "");
+    const std::string order = HasOrder(choice.kind) ? fmt::format(", order {}", choice.order) : "";
+    return fmt::format("{} {}-pass {:.8g} Hz{}{}", KindCaption(choice.kind), PassName(choice.pass), choice.cutoffHz,
+                       order, RunsBothWays(choice) ? ", zero phase" : "");
 }
 
 std::string ShownTraceName(const Workspace& ws) {
@@ -119,9 +116,7 @@ std::string ShownTraceName(const Workspace& ws) {
 
 PlotData FilterResponsePlot(const FilterChoice& choice, double sampleRateHz, int points) {
     PlotData plot;
-    plot.title = fmt::format("{} {} {}-pass, order {}, cut-off {:g} Hz{}", texts::kFilterResponseTitle,
-                             KindName(choice.kind), PassName(choice.pass), choice.order, choice.cutoffHz,
-                             choice.zeroPhase ? ", zero phase" : "");
+    plot.title = fmt::format("{}: {}", texts::kFilterResponseTitle, FilterName(choice));
     plot.xAxis = texts::kFilterResponseX;
     plot.yAxis = texts::kFilterResponseY;
     plot.xLog = true;
@@ -129,12 +124,12 @@ PlotData FilterResponsePlot(const FilterChoice& choice, double sampleRateHz, int
     if (!d.error.empty()) return plot;
     PlotSeries s;
     const double lo = std::max(0.1, sampleRateHz / 1e4), hi = 0.4999 * sampleRateHz;
-    const double passes = choice.zeroPhase ? 2.0 : 1.0;
+    const double passes = RunsBothWays(choice) ? 2.0 : 1.0;
     for (int i = 0; i < points; ++i) {
         const double f = lo * std::pow(hi / lo, double(i) / (points - 1));
         s.x.push_back(f);
         // Floored so that the zeros of the stop band do not stretch the axis.
-        s.y.push_back(std::max(-200.0, passes * ResponseDb(d.sections, f, sampleRateHz)));
+        s.y.push_back(std::max(-200.0, passes * DesignResponseDb(d, f, sampleRateHz)));
     }
     plot.series.push_back(std::move(s));
     plot.xRange = AxisRange{lo, hi};

@@ -5,8 +5,11 @@
 #include <complex>
 #include <numbers>
 
+#include <gsl/gsl_poly.h>
+
 #include "signal/elliptic_functions.h"
 #include "signal/filter_texts.h"
+#include "signal/gaussian_filter.h"
 
 namespace vess {
 
@@ -94,12 +97,60 @@ Zpk Elliptic(int n, double rippleDb, double attenuationDb) {
     return f;
 }
 
+// Gain of an all-pole prototype at s = j w.
+double AllPoleGain(const Zpk& f, double w) {
+    Complex h = f.k;
+    for (const Complex& p : f.p) h /= Complex(0, w) - p;
+    return std::abs(h);
+}
+
+// The Bessel (maximally flat delay) low-pass: the roots of the reverse
+// Bessel polynomial, sum of (2n-k)! / (2^(n-k) k! (n-k)!) s^k, then scaled
+// so that the gain is -3 dB at 1 rad/s.
+Zpk Bessel(int n) {
+    std::vector<double> a(std::size_t(n + 1));
+    for (int k = 0; k <= n; ++k)
+        a[std::size_t(k)] = std::exp(std::lgamma(2.0 * n - k + 1) - (n - k) * std::log(2.0) -
+                                     std::lgamma(k + 1.0) - std::lgamma(n - k + 1.0));
+    std::vector<double> roots(std::size_t(2 * n));
+    gsl_poly_complex_workspace* w = gsl_poly_complex_workspace_alloc(std::size_t(n + 1));
+    gsl_poly_complex_solve(a.data(), std::size_t(n + 1), w, roots.data());
+    gsl_poly_complex_workspace_free(w);
+    Zpk f;
+    for (int i = 0; i < n; ++i) {
+        Complex p(roots[std::size_t(2 * i)], roots[std::size_t(2 * i + 1)]);
+        for (int step = 0; step < 3; ++step) {  // Newton steps polish the companion-matrix roots
+            Complex value = 0, slope = 0;
+            for (int k = n; k >= 0; --k) {
+                slope = slope * p + value;
+                value = value * p + a[std::size_t(k)];
+            }
+            if (std::abs(slope) > 0) p -= value / slope;
+        }
+        if (std::fabs(p.imag()) < 1e-10 * std::abs(p)) p = p.real();
+        f.p.push_back(p);
+    }
+    f.k = Product(f.p, Negated, 0).real();
+    // The gain falls monotonically: bisect (in log w) for the -3 dB point.
+    double lo = 1e-3, hi = 1e3;
+    for (int i = 0; i < 200; ++i) {
+        const double mid = std::sqrt(lo * hi);
+        (AllPoleGain(f, mid) > std::sqrt(0.5) ? lo : hi) = mid;
+    }
+    const double w3 = std::sqrt(lo * hi);
+    for (Complex& p : f.p) p /= w3;
+    f.k = Product(f.p, Negated, 0).real();
+    return f;
+}
+
 Zpk Prototype(const FilterChoice& s) {
     switch (s.kind) {
         case FilterKind::Butterworth: return Butterworth(s.order);
         case FilterKind::Chebyshev: return Chebyshev(s.order, s.rippleDb);
         case FilterKind::InverseChebyshev: return InverseChebyshev(s.order, s.attenuationDb);
         case FilterKind::Elliptic: return Elliptic(s.order, s.rippleDb, s.attenuationDb);
+        case FilterKind::Bessel: return Bessel(s.order);
+        case FilterKind::Gaussian: break;  // a kernel, not poles
     }
     return {};
 }
@@ -207,9 +258,15 @@ std::vector<Biquad> ToSections(const Zpk& f) {
 std::string FilterChoiceProblem(const FilterChoice& s, double sampleRateHz) {
     if (!(s.cutoffHz > 0 && s.cutoffHz < sampleRateHz / 2))
         return texts::CutoffRefusedText(s.cutoffHz, sampleRateHz);
+    if (s.kind == FilterKind::Gaussian) {
+        if (s.pass != FilterPass::Low) return texts::kGaussianLowPassOnly;
+        if (const double least = LeastGaussianCutoffHz(sampleRateHz); s.cutoffHz < least)
+            return texts::GaussianCutoffRefusedText(s.cutoffHz, least);
+        return {};
+    }
     if (s.order < 1 || s.order > kMaxFilterOrder) return texts::OrderRefusedText(s.order, kMaxFilterOrder);
-    const bool ripple = s.kind == FilterKind::Chebyshev || s.kind == FilterKind::Elliptic;
-    const bool attenuation = s.kind == FilterKind::InverseChebyshev || s.kind == FilterKind::Elliptic;
+    const bool ripple = HasRipple(s.kind);
+    const bool attenuation = HasAttenuation(s.kind);
     if (ripple && !(s.rippleDb > 0 && std::isfinite(s.rippleDb))) return texts::RippleRefusedText(s.rippleDb);
     const double floorDb = s.kind == FilterKind::Elliptic ? s.rippleDb : 0.0;
     if (attenuation && !(s.attenuationDb > floorDb && std::isfinite(s.attenuationDb)))
@@ -223,6 +280,10 @@ FilterDesign DesignFilter(const FilterChoice& choice, double sampleRateHz) {
     if (!d.error.empty()) return d;
     // Designed at a sampling rate of 2 (cut-off as a fraction of Nyquist),
     // pre-warped so that the digital cut-off lands where it was asked.
+    if (choice.kind == FilterKind::Gaussian) {
+        d.kernel = GaussianKernel(choice.cutoffHz, sampleRateHz);
+        return d;
+    }
     const double wn = choice.cutoffHz / (sampleRateHz / 2);
     const double warped = 4.0 * std::tan(kPi * wn / 2.0);
     d.sections = ToSections(Bilinear(Transform(Prototype(choice), choice.pass, warped), 2.0));
@@ -237,19 +298,37 @@ double ResponseDb(const std::vector<Biquad>& sections, double frequencyHz, doubl
     return 20.0 * std::log10(std::abs(h));
 }
 
+double DesignResponseDb(const FilterDesign& design, double frequencyHz, double sampleRateHz) {
+    if (!design.kernel.empty()) return KernelResponseDb(design.kernel, frequencyHz, sampleRateHz);
+    return ResponseDb(design.sections, frequencyHz, sampleRateHz);
+}
+
+std::string_view KindCaption(FilterKind kind) {
+    switch (kind) {
+        case FilterKind::Butterworth: return "Butterworth";
+        case FilterKind::Chebyshev: return "Chebyshev";
+        case FilterKind::InverseChebyshev: return "Inverse Chebyshev";
+        case FilterKind::Elliptic: return "Elliptic";
+        case FilterKind::Bessel: return "Bessel";
+        case FilterKind::Gaussian: return "Gaussian";
+    }
+    return "";
+}
+
 std::string_view KindName(FilterKind kind) {
     switch (kind) {
         case FilterKind::Butterworth: return "butterworth";
         case FilterKind::Chebyshev: return "chebyshev";
         case FilterKind::InverseChebyshev: return "inverse-chebyshev";
         case FilterKind::Elliptic: return "elliptic";
+        case FilterKind::Bessel: return "bessel";
+        case FilterKind::Gaussian: return "gaussian";
     }
     return "";
 }
 
 bool ParseKind(std::string_view name, FilterKind* kind) {
-    for (FilterKind k : {FilterKind::Butterworth, FilterKind::Chebyshev, FilterKind::InverseChebyshev,
-                         FilterKind::Elliptic})
+    for (FilterKind k : kFilterKinds)
         if (KindName(k) == name) {
             *kind = k;
             return true;

@@ -31,6 +31,12 @@ inline std::string AttenuationRefusedText(double attenuationDb, double rippleDb)
         "({:g} dB); {:g} dB cannot be used.",
         rippleDb, attenuationDb);
 }
+inline constexpr const char* kGaussianLowPassOnly = "The Gaussian filter is a low-pass filter only.";
+inline std::string GaussianCutoffRefusedText(double cutoffHz, double leastHz) {
+    return fmt::format("The Gaussian filter's cut-off must be at least {:.3g} Hz at this sampling frequency "
+                       "(its kernel grows as the cut-off falls); {:g} Hz cannot be used.",
+                       leastHz, cutoffHz);
+}
 inline std::string FilterFailedText(const std::string& why) {
     return "The recording could not be filtered: " + why;
 }

@@ -19,7 +19,7 @@ namespace {
 std::string Thousands3(double v) { return FormatNumber(v, 3, true); }     // "#,##0.000"
 std::string Thousands4(double v) { return FormatNumber(v, 4, true); }     // "#,##0.0000"
 std::string Thousands6(double v) { return FormatNumber(v, 6, true); }     // "#,##0.000000"
-std::string Probability(double v) { return FormatNumber(v, 8, false); }   // "0.00000000"
+std::string Probability(double v) { return FormatPValue(v); }
 std::string Statistic(double v) { return FormatNumber(v, 6, false); }
 std::string Degrees(double v) {
     return FormatNumber(v, std::floor(v) == v ? 0 : 3, true);

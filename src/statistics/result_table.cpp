@@ -26,4 +26,9 @@ std::string FormatNumber(double value, int decimals, bool thousands) {
     return grouped + text.substr(point);
 }
 
+std::string FormatPValue(double p) {
+    if (!(p > 0) || p >= 1e-4) return p == 0 ? "< 1e-323" : FormatNumber(p, 8, false);
+    return fmt::format("{:.2g}", p);
+}
+
 }  // namespace vess

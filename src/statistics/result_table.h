@@ -35,4 +35,9 @@ struct ResultTable {
 // "Infinity" and "-Infinity".
 std::string FormatNumber(double value, int decimals, bool thousands);
 
+// A p-value: eight decimals down to 1e-4 ("0.00283289"), significant digits
+// below ("3.2e-12"), never a row of zeros; "< 1e-323" when it underflowed to
+// 0 (below the smallest double). NaN as FormatNumber.
+std::string FormatPValue(double p);
+
 }  // namespace vess

@@ -273,7 +273,7 @@ TEST_F(GraphFrameTest, ExportAsksForTheFileThroughTheProgramsDialogs) {
     frame->Action("graph_Export")->trigger();
     EXPECT_FALSE(QImage(QString::fromStdString(stem + ".png")).isNull());
     ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Export PlotData");
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Export Plot");
 
     // An existing file asks before it is replaced; No keeps it.
     dialogs.AnswerSaveFile(stem + ".png").AnswerYesNo(false);

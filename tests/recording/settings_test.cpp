@@ -61,6 +61,7 @@ TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
     Settings expected;
     expected.method.method = DetectionMethod::Deconvolution;
     expected.method.suggestFromRecording = true;
+    expected.FilterType = 5;  // a 4-pole Bessel low-pass at 1 kHz; files keep the table's 4
     EXPECT_EQ(s, expected);
     for (const auto& [text, method, suggest] :
          {std::tuple{"[Analysis]\r\nPeakDirection%=-1\r\n", DetectionMethod::Threshold, false},
@@ -71,6 +72,7 @@ TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
         const Settings read = LoadIniSettings(dir / "old.ini");
         EXPECT_EQ(read.method.method, method) << text;
         EXPECT_EQ(read.method.suggestFromRecording, suggest) << text;
+        EXPECT_EQ(read.FilterType, 4) << text;
     }
 }
 

@@ -22,7 +22,7 @@ namespace {
 QPointer<GraphFrame> sharedFrame;
 Dialogs* sharedDialogs = nullptr;
 
-constexpr const char* kExportCaption = "Export PlotData";
+constexpr const char* kExportCaption = "Export Plot";
 constexpr const char* kPlotAllTitle = "All Plots";
 
 // A file name from a plot title: letters, digits, spaces, '-' and '_' kept.
@@ -60,10 +60,10 @@ void GraphFrame::BuildMenus() {
         return a;
     };
     QMenu* file = menuBar()->addMenu(tr("&File"));
-    add(file, "graph_Export", tr("&Export PlotData..."), [this] { ExportPlot(CurrentPlot()); });
-    add(file, "graph_Print", tr("&Print PlotData..."), [this] { PrintPlot(CurrentPlot()); });
+    add(file, "graph_Export", tr("&Export Plot..."), [this] { ExportPlot(CurrentPlot()); });
+    add(file, "graph_Print", tr("&Print Plot..."), [this] { PrintPlot(CurrentPlot()); });
     file->addSeparator();
-    add(file, "graph_ClosePlot", tr("&Close PlotData"), [this] { area_->closeActiveSubWindow(); });
+    add(file, "graph_ClosePlot", tr("&Close Plot"), [this] { area_->closeActiveSubWindow(); });
     add(file, "graph_CloseAll", tr("Close &All Plots"), [this] { area_->closeAllSubWindows(); });
     QMenu* edit = menuBar()->addMenu(tr("&Edit"));
     add(edit, "graph_CopyPicture", tr("Copy &Picture"), [this] {
@@ -79,7 +79,7 @@ void GraphFrame::BuildMenus() {
     QMenu* window = menuBar()->addMenu(tr("&Window"));
     add(window, "graph_Tile", tr("&Tile"), [this] { Tile(); });
     add(window, "graph_Cascade", tr("&Cascade"), [this] { Cascade(); });
-    add(window, "graph_PlotAll", tr("PlotData &All in One"), [this] { PlotAll(); });
+    add(window, "graph_PlotAll", tr("&All Plots in One"), [this] { PlotAll(); });
 }
 
 void GraphFrame::OnCurrentChanged() {
@@ -96,7 +96,7 @@ QAction* GraphFrame::Action(const QString& objectName) const {
 
 PlotWidget* GraphFrame::AddPlot(const PlotData& plot) {
     auto* widget = new PlotWidget(plot);
-    const QString title = plot.title.empty() ? tr("PlotData %1").arg(++untitled_)
+    const QString title = plot.title.empty() ? tr("Plot %1").arg(++untitled_)
                                              : QString::fromStdString(plot.title).trimmed();
     widget->setWindowTitle(title);
     connect(widget, &PlotWidget::ExportRequested, this, &GraphFrame::ExportPlot);
@@ -105,8 +105,9 @@ PlotWidget* GraphFrame::AddPlot(const PlotData& plot) {
     QMdiSubWindow* sub = area_->addSubWindow(widget);
     sub->setAttribute(Qt::WA_DeleteOnClose);
     connect(sub, &QObject::destroyed, this, &GraphFrame::OnCurrentChanged, Qt::QueuedConnection);
-    sub->resize(520, 380);
     sub->show();
+    // Every plot stays inside the visible frame: the plots share it as tiles.
+    area_->tileSubWindows();
     area_->setActiveSubWindow(sub);
     OnCurrentChanged();
     return widget;

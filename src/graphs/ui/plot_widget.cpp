@@ -1,9 +1,11 @@
 #include "graphs/ui/plot_widget.h"
 
 #include <QContextMenuEvent>
+#include <QFontMetricsF>
 #include <QMenu>
 #include <QVBoxLayout>
 
+#include "graphs/plot_layout.h"
 #include "graphs/ui/plot_canvas.h"
 #include "graphs/ui/plot_style.h"
 
@@ -48,6 +50,7 @@ void PlotWidget::Draw() {
     canvas_->clearPlottables();
     canvas_->clearItems();
     title_ = new QCPTextElement(canvas_, Q(plot_.title), QFont(font().family(), 10, QFont::Bold));
+    title_->setObjectName("plotTitle");
     canvas_->plotLayout()->insertRow(0);
     canvas_->plotLayout()->addElement(0, 0, title_);
     if (!plot_.note.empty()) {
@@ -56,11 +59,7 @@ void PlotWidget::Draw() {
     }
     canvas_->xAxis->setLabel(Q(plot_.xAxis));
     canvas_->yAxis->setLabel(Q(plot_.yAxis));
-    for (auto [axis, log] : {std::pair{canvas_->xAxis, plot_.xLog}, std::pair{canvas_->yAxis, plot_.yLog}}) {
-        if (!log) continue;
-        axis->setScaleType(QCPAxis::stLogarithmic);
-        axis->setTicker(QSharedPointer<QCPAxisTickerLog>(new QCPAxisTickerLog));
-    }
+    ApplyScales();
     if (plot_.colourMap && plot_.colourMap->Valid()) DrawColourMap(*plot_.colourMap);
     for (std::size_t i = 0; i < plot_.series.size(); ++i) DrawSeries(plot_.series[i], int(i));
     // Band shading goes under everything, band labels over it.
@@ -202,14 +201,72 @@ void PlotWidget::SetRanges(const PlotRanges& r) {
     canvas_->replot();
 }
 
-void PlotWidget::ResetView() { SetRanges(FittedRanges(plot_)); }
+void PlotWidget::ApplyScales() {
+    for (auto [axis, log] : {std::pair{canvas_->xAxis, plot_.xLog}, std::pair{canvas_->yAxis, plot_.yLog}}) {
+        axis->setScaleType(log ? QCPAxis::stLogarithmic : QCPAxis::stLinear);
+        if (log) axis->setTicker(QSharedPointer<QCPAxisTickerLog>(new QCPAxisTickerLog));
+        else axis->setTicker(QSharedPointer<QCPAxisTicker>(new QCPAxisTicker));
+    }
+    if (QAction* a = findChild<QAction*>("plot_LogX")) a->setChecked(plot_.xLog);
+    if (QAction* a = findChild<QAction*>("plot_LogY")) a->setChecked(plot_.yLog);
+}
+
+void PlotWidget::SetLogAxes(bool xLog, bool yLog) {
+    plot_.xLog = xLog;
+    plot_.yLog = yLog;
+    // A fixed range that reaches 0 or below cannot be shown on a log axis.
+    if (xLog && plot_.xRange && plot_.xRange->lower <= 0) plot_.xRange.reset();
+    if (yLog && plot_.yRange && plot_.yRange->lower <= 0) plot_.yRange.reset();
+    ApplyScales();
+    ResetView();
+}
+
+void PlotWidget::ResetView() {
+    SetRanges(FittedRanges(plot_));
+    PlaceLegend();
+}
+
+void PlotWidget::PlaceLegend() {
+    if (!canvas_->legend->visible()) return;
+    const QRect area = canvas_->axisRect()->rect();
+    const QSize box = canvas_->legend->minimumOuterSizeHint();
+    if (area.width() <= 0 || area.height() <= 0) return;
+    const double w = std::min(1.0, double(box.width()) / area.width());
+    const double h = std::min(1.0, double(box.height()) / area.height());
+    const LegendCorner corner = LeastCoveredCorner(plot_, Ranges(), w, h);
+    const Qt::Alignment where =
+        corner == LegendCorner::TopRight      ? Qt::AlignTop | Qt::AlignRight
+        : corner == LegendCorner::TopLeft     ? Qt::AlignTop | Qt::AlignLeft
+        : corner == LegendCorner::BottomRight ? Qt::AlignBottom | Qt::AlignRight
+                                              : Qt::AlignBottom | Qt::AlignLeft;
+    canvas_->axisRect()->insetLayout()->setInsetAlignment(0, where);
+    canvas_->replot();
+}
+
+void PlotWidget::FitTitle() {
+    if (!title_) return;
+    const QFontMetricsF metrics(title_->font());
+    const double room = std::max(60, canvas_->width() - 16);
+    const std::string wrapped = WrapTitle(plot_.title, room, [&](const std::string& t) {
+        return metrics.horizontalAdvance(Q(t));
+    });
+    if (title_->text() == Q(wrapped)) return;
+    title_->setText(Q(wrapped));
+    canvas_->replot();
+}
+
+void PlotWidget::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    FitTitle();
+    PlaceLegend();
+}
 
 void PlotWidget::SetTexts(const std::string& title, const std::string& xLabel,
                           const std::string& yLabel) {
     plot_.title = title;
     plot_.xAxis = xLabel;
     plot_.yAxis = yLabel;
-    title_->setText(Q(title));
+    FitTitle();
     canvas_->xAxis->setLabel(Q(xLabel));
     canvas_->yAxis->setLabel(Q(yLabel));
     setWindowTitle(Q(title));
@@ -228,6 +285,9 @@ void PlotWidget::BuildMenu() {
     };
     add("plot_ResetView", tr("&Reset View"), QKeySequence(Qt::Key_Home), [this] { ResetView(); });
     add("plot_Axes", tr("&Axes and Titles..."), {}, [this] { emit AxesRequested(this); });
+    add("plot_LogX", tr("Logarithmic &X Axis"), {}, [this] { SetLogAxes(!plot_.xLog, plot_.yLog); });
+    add("plot_LogY", tr("Logarithmic &Y Axis"), {}, [this] { SetLogAxes(plot_.xLog, !plot_.yLog); });
+    for (const char* name : {"plot_LogX", "plot_LogY"}) findChild<QAction*>(name)->setCheckable(true);
     menu_->addSeparator();
     add("plot_CopyPicture", tr("&Copy Picture"), QKeySequence::Copy, [this] { CopyPicture(); });
     add("plot_CopyData", tr("Copy &Data"), QKeySequence("Ctrl+Shift+C"), [this] { CopyData(); });

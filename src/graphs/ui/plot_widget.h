@@ -31,6 +31,8 @@ public:
     // Back to the fitted (or fixed) ranges of the description.
     void ResetView();
     void SetTexts(const std::string& title, const std::string& xLabel, const std::string& yLabel);
+    // Linear or logarithmic axes; the view is fitted again in the new scale.
+    void SetLogAxes(bool xLog, bool yLog);
 
     // Files by their suffix (.png, .svg, .pdf); width and height 0 take the
     // widget's size. Returns false when the file could not be written.
@@ -51,6 +53,7 @@ signals:
 
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void Draw();
@@ -59,6 +62,11 @@ private:
     void DrawColourMap(const ColourMap& m);
     void DrawBand(const XBand& b);
     void BuildMenu();
+    void ApplyScales();
+    // The legend into the corner where it covers the fewest points.
+    void PlaceLegend();
+    // The title broken into lines that fit the plot's width.
+    void FitTitle();
 
     PlotData plot_;
     PlotCanvas* canvas_ = nullptr;

@@ -31,16 +31,13 @@ FilterDialog::FilterDialog(const FilterChoice& choice, double sampleRateHz, QWid
     setObjectName("FilterDialog");
     setWindowTitle(tr(texts::kFilterCaption));
     kind_ = Named(new QComboBox(this), "cbFilterKind", "The response shape of the filter");
-    kind_->addItem(tr("Butterworth"), int(FilterKind::Butterworth));
-    kind_->addItem(tr("Chebyshev"), int(FilterKind::Chebyshev));
-    kind_->addItem(tr("Inverse Chebyshev"), int(FilterKind::InverseChebyshev));
-    kind_->addItem(tr("Elliptic"), int(FilterKind::Elliptic));
+    for (FilterKind kind : kFilterKinds) kind_->addItem(tr(KindCaption(kind).data()), int(kind));
     pass_ = Named(new QComboBox(this), "cbFilterPass", "Keep the frequencies below (low-pass) or above (high-pass) the cut-off");
     pass_->addItem(tr("Low-pass"), int(FilterPass::Low));
     pass_->addItem(tr("High-pass"), int(FilterPass::High));
     cutoff_ = Named(new QLineEdit(this), "edFilterCutoff",
                     "Cut-off in Hz, above 0 and below half the sampling frequency: the -3 dB point "
-                    "(Butterworth), the edge of the ripple band (Chebyshev, elliptic) or of the stop "
+                    "(Butterworth, Bessel, Gaussian), the edge of the ripple band (Chebyshev, elliptic) or of the stop "
                     "band (inverse Chebyshev)");
     order_ = Named(new QSpinBox(this), "spFilterOrder", "Filter order: steeper with a higher order");
     order_->setRange(1, kMaxFilterOrder);
@@ -119,8 +116,12 @@ void FilterDialog::SetSpec(const FilterChoice& s) {
 
 void FilterDialog::UpdateEnabled() {
     const auto kind = FilterKind(kind_->currentData().toInt());
-    ripple_->setEnabled(kind == FilterKind::Chebyshev || kind == FilterKind::Elliptic);
-    attenuation_->setEnabled(kind == FilterKind::InverseChebyshev || kind == FilterKind::Elliptic);
+    ripple_->setEnabled(HasRipple(kind));
+    attenuation_->setEnabled(HasAttenuation(kind));
+    order_->setEnabled(HasOrder(kind));
+    if (kind == FilterKind::Gaussian) pass_->setCurrentIndex(pass_->findData(int(FilterPass::Low)));
+    pass_->setEnabled(kind != FilterKind::Gaussian);
+    zeroPhase_->setEnabled(kind != FilterKind::Gaussian);  // the Gaussian kernel is centred already
 }
 
 }  // namespace vess
