@@ -77,7 +77,7 @@ TEST(GaussianFilter, FilteredChannelIsCentredAndHeldAtTheEnds) {
     for (std::size_t i = 70000; i < raw.size(); ++i) raw[i] = 1000;
     auto rec = test::MakeRecording(dir / "step.abf", raw, 50);
     FilteredChannel f = FilterChannel(*rec, FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 100, .order = 4});
-    ASSERT_TRUE(f.counts) << f.error;
+    ASSERT_TRUE(f.counts) << f.status.message();
     rec->AttachFiltered(std::move(f.counts));
     rec->ReadFiltered(true);
     std::vector<int16_t> out(raw.size());
