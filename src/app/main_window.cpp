@@ -220,6 +220,7 @@ QAction* MainWindow::Action(const QString& objectName) const {
     return it == actions_.end() ? nullptr : it->second;
 }
 
+QComboBox* MainWindow::PointsAtPeakBox() const { return params_->PointsAtPeakBox(); }
 bool MainWindow::NonStopRunning() const { return nonStop_->Running(); }
 bool MainWindow::Busy() const { return NonStopRunning() || jobs_->Running(); }
 

@@ -72,6 +72,9 @@ public:
     // Reads the overview of each recording opened, away from the windows.
     BackgroundJob& OverviewReader();
     QTableView* Grid() const { return grid_; }
+    // The analysis buttons are Command1 to Command7 by object name.
+    QPushButton* AnalyzeButton() const { return buttons_.front(); }  // Command1
+    QComboBox* PointsAtPeakBox() const;                              // Combo2
     FileBrowser* Files() const { return files_; }
     EventSound& Sound() { return *sound_; }
     // Redraws everything from the workspace.

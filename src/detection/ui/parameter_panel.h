@@ -30,6 +30,7 @@ public:
     // emitting any signal; units names the channel's unit for the labels and
     // intervalUs (0 without a recording) gives the length of a screen in ms.
     void Show(const Settings& settings, const std::string& units, double intervalUs = 0);
+    QComboBox* PointsAtPeakBox() const { return points_; }  // Combo2
 
 signals:
     // A box was edited to a valid value: the parameters with that change.

@@ -93,7 +93,23 @@ public:
     TracePicture* Picture() const { return picture_; }
     QTableView* Grid() const { return grid_; }
     QPlainTextEdit* Report() const { return report_; }
-    QLabel* TraceLabel() const { return traceLabel_; }
+    QLabel* TraceLabel() const { return traceLabel_; }  // Label6
+    // The controls by what they are. Their object names, from the written
+    // command tables, stay for scripts that find widgets by name.
+    QRadioButton* EpisodesOption() const { return episodes_; }     // Option2_0
+    QRadioButton* ByGroupOption() const { return byGroup_; }       // Option2_1
+    QComboBox* GroupBox() const { return group_; }                 // Combo1
+    QComboBox* AnalysisTypeBox() const { return type_; }           // Combo2
+    QComboBox* AlignmentBox() const { return alignment_; }         // Combo3
+    QComboBox* BlocksBox() const { return blocks_; }               // Combo4
+    QComboBox* OffsetBox() const { return offset_; }               // Combo6
+    QComboBox* ExponentialsBox() const { return exponentials_; }   // Combo9
+    QComboBox* MaxIterationsBox() const { return maxIter_; }       // Combo11
+    QComboBox* ElectronsBox() const { return electrons_; }         // Combo15
+    QComboBox* WalkEdgeBox() const { return edge_; }               // Combo17
+    QCheckBox* FullSweepCheck() const { return fullSweep_; }       // Check10
+    QPushButton* StartButton() const { return start_; }            // Command1
+    QPushButton* FitButton() const { return fit_; }                // Command2
     QAction* Action(const char* name) const { return actions_.at(name); }
     const std::optional<ResultCurve>& Curve() const { return resultCurve_; }
 

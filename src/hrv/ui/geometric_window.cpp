@@ -53,9 +53,9 @@ GeometricWindow::GeometricWindow(Workspace& ws, Dialogs& dialogs, QWidget* paren
         connect(c, &QComboBox::currentTextChanged, this, &GeometricWindow::RefreshPreset);
 
     auto* buttons = new QHBoxLayout;
-    auto* generate = new QPushButton(Q(texts::kGeneratePlots), this);
+    auto* generate = run_ = new QPushButton(Q(texts::kGeneratePlots), this);
     generate->setObjectName("Command1");
-    auto* save = new QPushButton(Q(texts::kSaveOptions), this);
+    auto* save = save_ = new QPushButton(Q(texts::kSaveOptions), this);
     save->setObjectName("Command2");
     buttons->addWidget(generate);
     buttons->addWidget(save);

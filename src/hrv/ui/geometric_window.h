@@ -15,6 +15,7 @@
 class QComboBox;
 class QGridLayout;
 class QLabel;
+class QPushButton;
 
 namespace vess {
 struct Workspace;
@@ -36,6 +37,8 @@ public:
     // The four panes, nullptr before the first plots.
     const std::array<PlotWidget*, 4>& Panes() const { return panes_; }
     const std::optional<HrvAnalysis>& Analysis() const { return analysis_; }
+    QPushButton* RunButton() const { return run_; }    // Command1
+    QPushButton* SaveButton() const { return save_; }  // Command2
 
 private:
     void RefreshPreset();
@@ -53,6 +56,8 @@ private:
     QGridLayout* panesLayout_ = nullptr;
     std::array<PlotWidget*, 4> panes_{};
     std::optional<HrvAnalysis> analysis_;
+    QPushButton* run_ = nullptr;
+    QPushButton* save_ = nullptr;
 };
 
 }  // namespace vess::hrv

@@ -107,21 +107,21 @@ SpectrumWindow::SpectrumWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs,
     connect(resample_, &QLineEdit::textChanged, this, &SpectrumWindow::RefreshPreset);
 
     auto* buttons = new QHBoxLayout;
-    const std::pair<const char*, QString> buttonTexts[] = {
-        {"Command1", tr("Compute Spectrum")}, {"Command2", tr("Save Results...")}, {"Command3", tr("Save Plot...")}};
-    for (const auto& [name, text] : buttonTexts) {
-        auto* b = new QPushButton(text, this);
-        b->setObjectName(name);
+    const std::array<std::pair<const char*, QString>, 3> buttonTexts{{
+        {"Command1", tr("Compute Spectrum")}, {"Command2", tr("Save Results...")}, {"Command3", tr("Save Plot...")}}};
+    for (std::size_t i = 0; i < buttonTexts.size(); ++i) {
+        auto* b = buttons_[i] = new QPushButton(buttonTexts[i].second, this);
+        b->setObjectName(buttonTexts[i].first);
         buttons->addWidget(b);
     }
     buttons->addStretch();
     layout->addLayout(buttons);
-    auto* compute = findChild<QPushButton*>("Command1");
+    QPushButton* compute = buttons_[0];
     connect(compute, &QPushButton::clicked, this, &SpectrumWindow::Compute);
     connect(&jobs_, &JobRunner::RunningChanged, compute, [compute](bool running) { compute->setEnabled(!running); });
     compute->setEnabled(!jobs_.Running());
-    connect(findChild<QPushButton*>("Command2"), &QPushButton::clicked, this, &SpectrumWindow::SaveResults);
-    connect(findChild<QPushButton*>("Command3"), &QPushButton::clicked, this, &SpectrumWindow::SavePlot);
+    connect(buttons_[1], &QPushButton::clicked, this, &SpectrumWindow::SaveResults);
+    connect(buttons_[2], &QPushButton::clicked, this, &SpectrumWindow::SavePlot);
 
     auto* body = new QHBoxLayout;
     auto* left = new QVBoxLayout;

@@ -17,6 +17,7 @@ class QComboBox;
 class QDoubleSpinBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QTableWidget;
 class QVBoxLayout;
 
@@ -44,6 +45,8 @@ public:
     const std::optional<SpectrumResult>& Result() const { return result_; }
     PlotWidget* Plot() const { return plot_; }
     QTableWidget* Table() const { return table_; }
+    QPushButton* RunButton() const { return buttons_[0]; }   // Command1
+    QPushButton* SaveButton() const { return buttons_[1]; }  // Command2
 
 private:
     void RefreshPreset();
@@ -68,6 +71,7 @@ private:
     QVBoxLayout* plotLayout_ = nullptr;
     PlotWidget* plot_ = nullptr;
     std::optional<SpectrumResult> result_;
+    std::array<QPushButton*, 3> buttons_{};  // compute, save results, save plot
     SpectrumOptions computedWith_;
 };
 

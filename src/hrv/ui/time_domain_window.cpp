@@ -41,9 +41,9 @@ TimeDomainWindow::TimeDomainWindow(Workspace& ws, Dialogs& dialogs, JobRunner& j
     layout->addWidget(central->findChild<QGroupBox*>("fraOptions"));
 
     auto* buttons = new QHBoxLayout;
-    auto* start = new QPushButton(Q(texts::kStartAnalysis), central);
+    auto* start = run_ = new QPushButton(Q(texts::kStartAnalysis), central);
     start->setObjectName("Command1");
-    auto* save = new QPushButton(Q(texts::kSaveOptions), central);
+    auto* save = save_ = new QPushButton(Q(texts::kSaveOptions), central);
     save->setObjectName("Command2");
     buttons->addWidget(start);
     buttons->addWidget(save);

@@ -51,6 +51,12 @@ public:
     void PrintGrid(TimeDomainGrid which);
     void PrintSetup();
 
+    // The controls by what they are; their object names stay as written.
+    QPushButton* RunButton() const { return run_; }           // Command1
+    QPushButton* SaveButton() const { return save_; }         // Command2
+    QTableWidget* ResultsGrid() const { return results_; }    // TDBGrid1
+    QTableWidget* SegmentsGrid() const { return segments_; }  // TDBGrid2
+
 private:
     void BuildOptions(QWidget* panel);
     void BuildMenus();
@@ -75,6 +81,8 @@ private:
     QLabel* presetInForce_ = nullptr;
     QTableWidget* results_ = nullptr;
     QTableWidget* segments_ = nullptr;
+    QPushButton* run_ = nullptr;
+    QPushButton* save_ = nullptr;
 };
 
 }  // namespace vess::hrv

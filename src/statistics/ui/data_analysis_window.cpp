@@ -68,7 +68,7 @@ QGroupBox* DataAnalysisWindow::BuildInputFrame() {
     sample2_ = new SampleFrame(2, frame);
     alpha_ = new QLineEdit(Q(stats_texts::kAlphaDefault), frame);
     alpha_->setObjectName("txtAlpha");
-    auto* test = new QPushButton(Q(stats_texts::kTestButton), frame);
+    auto* test = run_ = new QPushButton(Q(stats_texts::kTestButton), frame);
     test->setObjectName("Command1");
     test->setDefault(true);
     auto* cancel = new QPushButton(Q(stats_texts::kCancelButton), frame);

@@ -45,6 +45,7 @@ public:
     bool RunTest();
 
     QTableWidget* ResultGrid() const { return grid_; }
+    QPushButton* RunButton() const { return run_; }  // Command1, "Test"
     QTableView* ArrayGrid() const { return arrayGrid_; }
     // The graph of the last test (nullptr before a test with a graph).
     PlotWidget* Graph() const { return graph_; }
@@ -67,6 +68,7 @@ private:
     QLineEdit* alpha_ = nullptr;
     QStackedWidget* pages_ = nullptr;
     QTableWidget* grid_ = nullptr;
+    QPushButton* run_ = nullptr;
     QVBoxLayout* graphBox_ = nullptr;
     PlotWidget* graph_ = nullptr;
     QTableView* arrayGrid_ = nullptr;

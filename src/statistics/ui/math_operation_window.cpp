@@ -38,7 +38,7 @@ MathOperationWindow::MathOperationWindow(Workspace& ws, Dialogs& dialogs, QWidge
     destination_ = new QComboBox(this);
     destination_->setObjectName("Combo3");
     destination_->addItems({Q(stats_texts::ArrayName(1)), Q(stats_texts::ArrayName(2))});
-    auto* calculate = new QPushButton(Q(stats_texts::kCalculateButton), this);
+    auto* calculate = run_ = new QPushButton(Q(stats_texts::kCalculateButton), this);
     calculate->setObjectName("Command1");
     calculate->setDefault(true);
     auto* cancel = new QPushButton(Q(stats_texts::kCancelButton), this);

@@ -35,6 +35,7 @@ public:
     QLineEdit* Constant(int i) const { return constant_[std::size_t(i)]; }
     QComboBox* Operation() const { return operation_; }
     QComboBox* Destination() const { return destination_; }
+    QPushButton* RunButton() const { return run_; }  // Command1, "Caculate"
 
 signals:
     // A work array changed.
@@ -49,6 +50,7 @@ private:
     std::array<QLineEdit*, 2> constant_{};
     QComboBox* operation_ = nullptr;
     QComboBox* destination_ = nullptr;
+    QPushButton* run_ = nullptr;
 };
 
 }  // namespace vess
