@@ -28,7 +28,7 @@ struct HourFile {
             state = state * 1664525u + 1013904223u;
             samples[i] = int16_t(int(state >> 24) - 128 + int(i / 100000 % 2) * 500);
         }
-        AbfWriteSpec choice;
+        AbfWriteLayout choice;
         choice.intervalUs = 50;
         WriteAbf(path, choice, samples);
         AbfError error = AbfError::None;

@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     for (const QString& f : parser.positionalArguments()) files << QFileInfo(f).absoluteFilePath();
     const QString screenshotPath = QFileInfo(parser.value("screenshot")).absoluteFilePath();
     if (!files.isEmpty())  // start in the folder of the file given
-        ws.settings.DataDir = QFileInfo(files.first()).absolutePath().toStdString();
+        ws.settings.dataFolder = QFileInfo(files.first()).absolutePath().toStdString();
 
     vess::QtDialogs dialogs;
     vess::MainWindow window(ws, dialogs);

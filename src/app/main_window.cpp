@@ -49,11 +49,11 @@ MainWindow::MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     BuildMenus();
     connect(nonStop_.get(), &NonStopRunner::Progress, this, &MainWindow::OnNonStopProgress);
     connect(nonStop_.get(), &NonStopRunner::EventsStored, this,
-            [this](int count) { sound_->Stored(count, ws_.settings.SoundOn); });
+            [this](int count) { sound_->Stored(count, ws_.settings.soundOn); });
     qApp->installEventFilter(this);
 
     // Start folder: the data folder of the settings when it exists, else home.
-    const QString dataDir = QString::fromStdString(ws_.settings.DataDir);
+    const QString dataDir = QString::fromStdString(ws_.settings.dataFolder);
     files_->SetFolder(!dataDir.isEmpty() && QDir(dataDir).exists() ? dataDir : QDir::homePath());
     RestoreGeometry();
     RefreshAll();
@@ -65,7 +65,7 @@ void MainWindow::BuildLayout() {
     files_ = new FileBrowser(this);
     connect(files_, &FileBrowser::FileChosen, this, &MainWindow::OnFileChosen);
     connect(files_, &FileBrowser::FolderChanged, this, [this](const QString& folder) {
-        ws_.settings.DataDir = QDir::toNativeSeparators(folder).toStdString();
+        ws_.settings.dataFolder = QDir::toNativeSeparators(folder).toStdString();
     });
 
     trace_ = new TraceView(this);
@@ -111,7 +111,7 @@ void MainWindow::BuildLayout() {
     params_ = new ParameterPanel(this);
     connect(params_, &ParameterPanel::ParametersEdited, this, &MainWindow::OnParametersEdited);
     connect(params_, &ParameterPanel::NumberPointsPeakChosen, this, &MainWindow::OnNumberPointsPeak);
-    connect(params_, &ParameterPanel::SoundToggled, this, [this](bool on) { ws_.settings.SoundOn = on; });
+    connect(params_, &ParameterPanel::SoundToggled, this, [this](bool on) { ws_.settings.soundOn = on; });
     connect(params_, &ParameterPanel::BlocksPerScreenChosen, this, &MainWindow::OnBlocksPerScreen);
     // After Enter in a box the letter keys act on the trace again.
     connect(params_, &ParameterPanel::EditingDone, this, [this] { trace_->setFocus(Qt::OtherFocusReason); });
@@ -233,7 +233,7 @@ void MainWindow::RefreshAll() {
     groupNav_->setCurrentIndex(GroupNavigationFilter(ws_.settings));
     if (QAction* tips = Action("menu_DisplayTooltips")) {
         const QSignalBlocker block(tips);
-        tips->setChecked(ws_.settings.DisplayTooltips);
+        tips->setChecked(ws_.settings.showToolTips);
     }
     RefreshGrid();
     RefreshTrace();
@@ -257,7 +257,7 @@ void MainWindow::RebuildScreen() {
     // on from what detection reads.
     ws_.recording->ReadFiltered(ws_.showFiltered);
     screen_ = std::make_unique<Screen>(*ws_.recording, ws_.screenStartBlock, ws_.BlocksPerScreen());
-    ws_.recording->ReadFiltered(ws_.settings.DetectOnFiltered);
+    ws_.recording->ReadFiltered(ws_.settings.detectOnFiltered);
     if (newRecording) trace_->ResetScale();
     trace_->SetScreen(screen_.get());
     // After the redraw that is under way, not inside it.
@@ -273,7 +273,7 @@ void MainWindow::RefreshTrace() {
     RebuildScreen();
     trace_->SetEvents(&ws_.events, &ws_.params());
     trace_->SetSelectedEvent(ws_.selectedEvent);
-    trace_->SetDisplay(DisplayScaleFromSettings(ws_.settings), ws_.settings.LockBase);
+    trace_->SetDisplay(DisplayScaleFromSettings(ws_.settings), ws_.settings.lockBaseline);
     const ScreenGeometry g = GeometryOf(ws_);
     if (overview_->SetRecording(ws_.recording.get())) ReadOverview();
     overview_->SetEvents(&ws_.events, ws_.selectedEvent);
@@ -385,12 +385,12 @@ std::vector<int32_t> MainWindow::SelectedRows() const {
 // ---- Tool-tips -----------------------------------------------------------------
 
 void MainWindow::OnDisplayTooltips(bool on) {
-    ws_.settings.DisplayTooltips = on;
+    ws_.settings.showToolTips = on;
     if (!on) QToolTip::hideText();
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::ToolTip && !ws_.settings.DisplayTooltips) return true;
+    if (event->type() == QEvent::ToolTip && !ws_.settings.showToolTips) return true;
     return QMainWindow::eventFilter(watched, event);
 }
 

@@ -25,7 +25,7 @@ constexpr double kPickRadiusPx = 10;
 void MainWindow::OnAnalyze() {
     if (!ws_.recording || nonStop_->Running() || !ReadyToDetect()) return;
     const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws_, dialogs_);
-    sound_->Stored(r.eventsAdded, ws_.settings.SoundOn);
+    sound_->Stored(r.eventsAdded, ws_.settings.soundOn);
     if (r.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
     AfterEdit(false);
 }
@@ -33,7 +33,7 @@ void MainWindow::OnAnalyze() {
 void MainWindow::OnAnalyzeNext() {
     if (!ws_.recording || nonStop_->Running() || !ReadyToDetect()) return;
     const NextWindowResult r = AnalyzeNextWindow(ws_, dialogs_);
-    sound_->Stored(r.analysis.eventsAdded, ws_.settings.SoundOn);
+    sound_->Stored(r.analysis.eventsAdded, ws_.settings.soundOn);
     if (r.analysis.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
     AfterEdit(false);
 }

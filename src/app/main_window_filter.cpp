@@ -28,7 +28,7 @@ void MainWindow::AddFilterActions(QMenu* m) {
                                 "Detection and measurement read the filtered trace while a filter is applied",
                                 nullptr);
     detect->setCheckable(true);
-    detect->setChecked(ws_.settings.DetectOnFiltered);
+    detect->setChecked(ws_.settings.detectOnFiltered);
     connect(detect, &QAction::toggled, this, &MainWindow::OnDetectOnFiltered);
     AddAction(m, "menu_RemoveFilter", tr("&Remove Filter"), {}, "Go back to the recorded trace",
               &MainWindow::OnRemoveFilter);
@@ -107,10 +107,10 @@ void MainWindow::RefreshFilterIndicator() {
     if (QAction* remove = Action("menu_RemoveFilter")) remove->setEnabled(applied);
     if (QAction* detect = Action("menu_DetectOnFiltered")) {
         const QSignalBlocker block(detect);
-        detect->setChecked(ws_.settings.DetectOnFiltered);
+        detect->setChecked(ws_.settings.detectOnFiltered);
     }
     // Settings loaded from a file may have changed the choice.
-    if (ws_.recording) ws_.recording->ReadFiltered(ws_.settings.DetectOnFiltered);
+    if (ws_.recording) ws_.recording->ReadFiltered(ws_.settings.detectOnFiltered);
     statusFilter_->setVisible(applied);
     if (!applied) return;
     const FilterChoice choice = FilterChoiceFromSettings(ws_.settings);

@@ -18,7 +18,7 @@ void MainWindow::DetectAtClick(int64_t index, bool lowThresholds) {
     const int32_t before = ws_.events.Count();
     const PointCommandResult r = DetectAtPoint(ws_, dialogs_, index, lowThresholds);
     if (r.eventIndex > 0) ws_.selectedEvent = r.eventIndex;
-    sound_->Stored(ws_.events.Count() - before, ws_.settings.SoundOn);
+    sound_->Stored(ws_.events.Count() - before, ws_.settings.soundOn);
     AfterEdit(ws_.events.Count() != before || r.eventIndex > 0);
 }
 
@@ -43,7 +43,7 @@ void MainWindow::DetectDoublePeakAt(int64_t index) {
 void MainWindow::AfterDoublePeak(const DoublePeakResult& r, int32_t countBefore) {
     const bool stored = ws_.events.Count() != countBefore;
     if (r.eventIndex > 0) ws_.selectedEvent = r.eventIndex;
-    sound_->Stored(ws_.events.Count() - countBefore, ws_.settings.SoundOn);
+    sound_->Stored(ws_.events.Count() - countBefore, ws_.settings.soundOn);
     AfterEdit(stored);
 }
 

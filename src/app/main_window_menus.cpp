@@ -274,7 +274,7 @@ void MainWindow::BuildNavigationMenu() {
     bar->addAction(cursors);
     QAction* tips = AddAction(v, "menu_DisplayTooltips", tr("Show &Tool-tips"), {}, nullptr, nullptr);
     tips->setCheckable(true);
-    tips->setChecked(ws_.settings.DisplayTooltips);
+    tips->setChecked(ws_.settings.showToolTips);
     connect(tips, &QAction::toggled, this, &MainWindow::OnDisplayTooltips);
 }
 

@@ -76,11 +76,11 @@ void MainWindow::OnResetDisplay() {
 // The screen length changes the tiling: the screen that holds the first block
 // shown before is shown after.
 void MainWindow::OnBlocksPerScreen(int blocks) {
-    if (NonStopRunning() || blocks < 1 || blocks == ws_.settings.DisplayTotalNumberBlockPerScreen) {
+    if (NonStopRunning() || blocks < 1 || blocks == ws_.settings.blocksPerScreen) {
         RefreshAll();
         return;
     }
-    ws_.settings.DisplayTotalNumberBlockPerScreen = blocks;
+    ws_.settings.blocksPerScreen = blocks;
     ws_.settings.lengthsFollowRate = false;  // the user's length holds for every file
     if (ws_.recording) ws_.screenStartBlock = GeometryOf(ws_).ScreenOfBlock(ws_.screenStartBlock);
     RefreshAll();
@@ -113,7 +113,7 @@ void MainWindow::OnGridRowChosen(int row) {
 }
 
 void MainWindow::OnGroupNavigate(int item) {
-    ws_.settings.GroupNavigate = item;
+    ws_.settings.navigationGroup = item;
 }
 
 void MainWindow::OnToggleCursors(bool on) { trace_->SetCursorsOn(on); }

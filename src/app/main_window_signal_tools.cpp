@@ -59,13 +59,13 @@ void MainWindow::AddSignalToolActions(QMenu* m) {
     QAction* line = m->addAction(Q(kLineFrequencyMenu));
     line->setObjectName("menu_LineFrequency60");
     line->setCheckable(true);
-    line->setChecked(ws_.settings.LineFrequency == 60);
-    connect(line, &QAction::toggled, this, [this](bool on) { ws_.settings.LineFrequency = on ? 60 : 50; });
+    line->setChecked(ws_.settings.lineFrequencyHz == 60);
+    connect(line, &QAction::toggled, this, [this](bool on) { ws_.settings.lineFrequencyHz = on ? 60 : 50; });
     actions_["menu_LineFrequency60"] = line;
     // The settings may have been loaded since the menu was built.
     connect(m, &QMenu::aboutToShow, line, [this, line] {
         const QSignalBlocker block(line);
-        line->setChecked(ws_.settings.LineFrequency == 60);
+        line->setChecked(ws_.settings.lineFrequencyHz == 60);
     });
     add(m, "menu_DifferenceTrace", kDifferenceMenu,
         [=, this] { Show(DifferenceTraceCommand(ws_, dialogs_, cursors())); });

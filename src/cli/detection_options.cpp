@@ -107,7 +107,7 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
     if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
     if (const std::string problem = ParameterProblem(ws.params()); !problem.empty())
         return "--set: " + problem;
-    if (o.blocksPerScreen > 0) ws.settings.DisplayTotalNumberBlockPerScreen = o.blocksPerScreen;
+    if (o.blocksPerScreen > 0) ws.settings.blocksPerScreen = o.blocksPerScreen;
 
     if (std::string problem = OpenRecordingOnChannel(o.file, o.channel, ws); !problem.empty())
         return problem;

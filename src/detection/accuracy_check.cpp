@@ -197,7 +197,7 @@ AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o
     in.settings = ws.settings;
     in.samples.resize(static_cast<std::size_t>(n));
     rec.ReadSamples(0, in.samples);
-    in.format = ChannelWriteSpec(rec);
+    in.format = ChannelWriteLayout(rec);
     in.countUnits = std::abs(double(rec.Bit2pA2(1)));
     in.name = rec.Path().filename();
     return in;

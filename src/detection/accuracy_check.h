@@ -78,7 +78,7 @@ struct AccuracyInput {
     AccuracyOptions options;
     Settings settings;
     std::vector<int16_t> samples;
-    AbfWriteSpec format;          // the channel's units and scaling
+    AbfWriteLayout format;          // the channel's units and scaling
     double countUnits = 1;        // units of one count
     std::filesystem::path name;
 };

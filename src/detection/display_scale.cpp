@@ -70,18 +70,18 @@ VisibleCounts VisibleRange(const DisplayScale& scale, double centreCounts, doubl
 
 DisplayScale DisplayScaleFromSettings(const Settings& settings) {
     DisplayScale scale;
-    const char* text = settings.DisplayGain.c_str();
+    const char* text = settings.displayGain.c_str();
     char* end = nullptr;
     const double gain = std::strtod(text, &end);
     if (end != text && std::isfinite(gain) && gain > 0)
         scale.gain = std::clamp(gain, kMinDisplayGain, kMaxDisplayGain);
-    scale.offsetCounts = settings.DisplayOffset;
+    scale.offsetCounts = settings.displayOffsetCounts;
     return scale;
 }
 
 void StoreDisplayScale(Settings& settings, const DisplayScale& scale) {
-    settings.DisplayGain = fmt::format("{}", scale.gain);
-    settings.DisplayOffset = scale.offsetCounts;
+    settings.displayGain = fmt::format("{}", scale.gain);
+    settings.displayOffsetCounts = scale.offsetCounts;
 }
 
 }  // namespace vess

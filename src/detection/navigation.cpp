@@ -135,8 +135,8 @@ NavResult NextEventInNextWindow(const Workspace& ws) {
 // least one screen.
 NavResult NextTimeInterval(const Workspace& ws) {
     const ScreenGeometry g = GeometryOf(ws);
-    if (!g.HasRecording() || ws.settings.JumpInterval <= 0) return Stay(ws);
-    const double targetMs = g.BlockStartMs(ws.screenStartBlock) + ws.settings.JumpInterval;
+    if (!g.HasRecording() || ws.settings.jumpIntervalMs <= 0) return Stay(ws);
+    const double targetMs = g.BlockStartMs(ws.screenStartBlock) + ws.settings.jumpIntervalMs;
     if (targetMs >= g.DataEndMs()) return Stay(ws);
     int32_t start = g.ScreenOfSample(TimeToSample(targetMs, g.intervalUs));
     if (start <= ws.screenStartBlock) start = ws.screenStartBlock + g.blocksPerScreen;
@@ -284,7 +284,7 @@ std::vector<std::string> GroupNavigationItems() {
 }
 
 int32_t GroupNavigationFilter(const Settings& settings) {
-    const int32_t g = settings.GroupNavigate;
+    const int32_t g = settings.navigationGroup;
     return IsGroupNumber(g) ? g : 0;
 }
 

@@ -75,7 +75,7 @@ enum class NavCommand {
 // selected, Next/Prev start from the screen shown: Next picks the first event
 // at or after its start, Prev the last event before its end.
 //
-// Grouped jumps visit events whose group is not 0; when settings.GroupNavigate
+// Grouped jumps visit events whose group is not 0; when settings.navigationGroup
 // is 1..255 only events of that group (see GroupNavigationFilter).
 NavResult Navigate(const Workspace& ws, NavCommand command);
 
@@ -132,7 +132,7 @@ VisibleCounts VisibleRange(const DisplayScale& scale, double centreCounts = 0,
                            double fullSpanCounts = kFullSpanCounts);
 
 // settings.DisplayGain (text; invalid or not positive reads as 1) and
-// settings.DisplayOffset.
+// settings.displayOffsetCounts.
 DisplayScale DisplayScaleFromSettings(const Settings& settings);
 void StoreDisplayScale(Settings& settings, const DisplayScale& scale);
 

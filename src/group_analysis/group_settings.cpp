@@ -64,53 +64,53 @@ void DisplayGroupKey(Binder& b, bool& v) {
 }
 
 void Bind(Binder& b, GroupAnalysisSettings& s) {
-    DisplayGroupKey(b, s.DisplayGroup);
-    b.Key(kGroup, "DisplayGain", s.DisplayGain);
-    b.Key(kGroup, "DisplayOffset", s.DisplayOffset);
-    b.Key(kGroup, "GroupNumber", s.GroupNumber);
-    b.Key(kGroup, "AnalysisType", s.AnalysisType);
-    b.Key(kGroup, "PeakAlignment", s.PeakAlignment);
-    b.Key(kGroup, "BlocktoAnalyze", s.BlocktoAnalyze);
-    b.Key(kGroup, "DisplayEveryPoint", s.DisplayEveryPoint);
-    b.Key(kGroup, "BaselineAdjust", s.BaselineAdjust);
-    b.Key(kFitting, "FitRange", s.FitRange);
-    b.Key(kFitting, "MaxIteration", s.MaxIteration);
-    b.Key(kFitting, "Tolerance", s.Tolerance);
-    b.Key(kFitting, "NumberExponential", s.NumberExponential);
-    b.Key(kFitting, "IncludeOffset", s.IncludeOffset);
-    b.Key(kFitting, "FixAmplitude", s.FixAmplitude);
-    b.Key(kFitting, "UseGuess", s.UseGuess);
+    DisplayGroupKey(b, s.useGroups);
+    b.Key(kGroup, "DisplayGain", s.displayGain);
+    b.Key(kGroup, "DisplayOffset", s.displayOffset);
+    b.Key(kGroup, "GroupNumber", s.groupNumber);
+    b.Key(kGroup, "AnalysisType", s.analysisType);
+    b.Key(kGroup, "PeakAlignment", s.alignment);
+    b.Key(kGroup, "BlocktoAnalyze", s.blocksToAnalyse);
+    b.Key(kGroup, "DisplayEveryPoint", s.displayEveryPoint);
+    b.Key(kGroup, "BaselineAdjust", s.adjustBaseline);
+    b.Key(kFitting, "FitRange", s.fitRange);
+    b.Key(kFitting, "MaxIteration", s.maxIterations);
+    b.Key(kFitting, "Tolerance", s.tolerance);
+    b.Key(kFitting, "NumberExponential", s.exponentials);
+    b.Key(kFitting, "IncludeOffset", s.includeOffset);
+    b.Key(kFitting, "FixAmplitude", s.fixAmplitude);
+    b.Key(kFitting, "UseGuess", s.useGuess);
     b.Key(kFitting, "tau1", s.tau1);
     b.Key(kFitting, "tau2", s.tau2);
     b.Key(kFitting, "tau3", s.tau3);
     b.Key(kFitting, "A1", s.A1);
     b.Key(kFitting, "A2", s.A2);
     b.Key(kFitting, "A3", s.A3);
-    b.Key(kFitting, "Rise", s.Rise);
-    b.Key(kFitting, "WidthAboveThreshold", s.WidthAboveThreshold);
-    b.Key(kFitting, "Ym", s.Ym);
-    b.Key(kFitting, "Yt", s.Yt);
-    b.Key(kFitting, "UseThresholdBaseline", s.UseThresholdBaseline);
-    b.Key(kFitting, "AmperoRise", s.AmperoRise);
-    b.Key(kFitting, "Electrons", s.Electrons);
-    b.Key(kFitting, "DecayPercent", s.DecayPercent);
-    b.Key(kFitting, "FitMethod", s.Method);
-    b.Key(kFitting, "RestartSearch", s.RestartSearch);
-    b.Key(kWalk, "Type", s.WalkType);
-    b.Key(kWalk, "Edge", s.Edge);
-    b.Key(kWalk, "Vmax", s.Vmax);
-    b.Key(kWalk, "Km", s.Km);
-    b.Key(kWalk, "Release", s.Release);
-    b.Key(kWalk, "DeadRadius", s.DeadRadius);
-    b.Key(kWalk, "TotalRadius", s.TotalRadius);
-    b.Key(kWalk, "BinSize", s.BinSize);
-    b.Key(kWalk, "DiffusionCoeff", s.DiffusionCoeff);
-    b.Key(kWalk, "MaxIter", s.WalkMaxIter);
-    b.Key(kWalk, "Tolerance", s.WalkTolerance);
-    b.Key(kNonStationary, "AmplitudeBin", s.AmplitudeBin);
-    b.Key(kNonStationary, "AverageTrace", s.AverageTrace);
-    b.Key(kNonStationary, "SubtractBaseVar", s.SubtractBaseVar);
-    b.Key(kNonStationary, "IncludeOffset", s.NonStationaryOffset);
+    b.Key(kFitting, "Rise", s.riseRange);
+    b.Key(kFitting, "WidthAboveThreshold", s.widthAboveThreshold);
+    b.Key(kFitting, "Ym", s.ym);
+    b.Key(kFitting, "Yt", s.yt);
+    b.Key(kFitting, "UseThresholdBaseline", s.useThresholdBaseline);
+    b.Key(kFitting, "AmperoRise", s.amperometryRise);
+    b.Key(kFitting, "Electrons", s.electrons);
+    b.Key(kFitting, "DecayPercent", s.decayRange);
+    b.Key(kFitting, "FitMethod", s.fitMethod);
+    b.Key(kFitting, "RestartSearch", s.restartSearch);
+    b.Key(kWalk, "Type", s.walkType);
+    b.Key(kWalk, "Edge", s.walkEdge);
+    b.Key(kWalk, "Vmax", s.vmax);
+    b.Key(kWalk, "Km", s.km);
+    b.Key(kWalk, "Release", s.release);
+    b.Key(kWalk, "DeadRadius", s.deadRadius);
+    b.Key(kWalk, "TotalRadius", s.totalRadius);
+    b.Key(kWalk, "BinSize", s.walkBinSize);
+    b.Key(kWalk, "DiffusionCoeff", s.diffusionCoefficient);
+    b.Key(kWalk, "MaxIter", s.walkMaxIterations);
+    b.Key(kWalk, "Tolerance", s.walkTolerance);
+    b.Key(kNonStationary, "AmplitudeBin", s.amplitudeBins);
+    b.Key(kNonStationary, "AverageTrace", s.averageTraces);
+    b.Key(kNonStationary, "SubtractBaseVar", s.subtractBaselineVariance);
+    b.Key(kNonStationary, "IncludeOffset", s.nonStationaryOffset);
 }
 
 std::string Str(std::string_view s) { return std::string(s); }
@@ -121,7 +121,7 @@ GroupAnalysisSettings GroupSettingsFromIni(const IniFile& ini) {
     GroupAnalysisSettings s;
     Binder b{.in = &ini};
     Bind(b, s);
-    if (s.NumberExponential < 1 || s.NumberExponential > 3) s.NumberExponential = 2;
+    if (s.exponentials < 1 || s.exponentials > 3) s.exponentials = 2;
     return s;
 }
 

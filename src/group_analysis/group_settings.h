@@ -13,47 +13,47 @@ namespace vess::group {
 
 struct GroupAnalysisSettings {
     // GroupAnalysis
-    bool DisplayGroup = true;               // "Group #" when true, else "Episodes"
-    std::string DisplayGain = "1";
-    std::string DisplayOffset = "0";
-    int GroupNumber = 1;
-    std::string AnalysisType = "Average";
-    std::string PeakAlignment = "Peak";
-    std::string BlocktoAnalyze = "1";
-    int DisplayEveryPoint = 1;
-    bool BaselineAdjust = false;
+    bool useGroups = true;               // "Group #" when true, else "Episodes"
+    std::string displayGain = "1";
+    std::string displayOffset = "0";
+    int groupNumber = 1;
+    std::string analysisType = "Average";
+    std::string alignment = "Peak";
+    std::string blocksToAnalyse = "1";
+    int displayEveryPoint = 1;
+    bool adjustBaseline = false;
     // Fitting
-    std::string FitRange = "Peak to End";
-    int MaxIteration = 1000;
-    double Tolerance = 0.001;
-    int NumberExponential = 2;
-    bool IncludeOffset = false;
-    bool FixAmplitude = false;
-    bool UseGuess = false;
+    std::string fitRange = "Peak to End";
+    int maxIterations = 1000;
+    double tolerance = 0.001;
+    int exponentials = 2;
+    bool includeOffset = false;
+    bool fixAmplitude = false;
+    bool useGuess = false;
     double tau1 = 5, tau2 = 100, tau3 = 1000;
     double A1 = 100, A2 = 50, A3 = 25;
-    int Rise = 0;                           // 0 "10-90%", 1 "20-80%", 2 "30-70%"
-    std::string WidthAboveThreshold = "20";
-    std::string Ym = "5", Yt = "2";
-    bool UseThresholdBaseline = false;
-    std::string AmperoRise = "50-90% Rise";
-    std::string Electrons = "2";
-    std::string DecayPercent = "90-37%";
-    std::string Method = "Least Squares";   // key FitMethod: "Least Squares" or "Simplex"
-    bool RestartSearch = true;              // "Restart the search until it settles" (simplex)
+    int riseRange = 0;                           // 0 "10-90%", 1 "20-80%", 2 "30-70%"
+    std::string widthAboveThreshold = "20";
+    std::string ym = "5", yt = "2";
+    bool useThresholdBaseline = false;
+    std::string amperometryRise = "50-90% Rise";
+    std::string electrons = "2";
+    std::string decayRange = "90-37%";
+    std::string fitMethod = "Least Squares";   // key FitMethod: "Least Squares" or "Simplex"
+    bool restartSearch = true;              // "Restart the search until it settles" (simplex)
     // RandomWalk
-    std::string WalkType = "Amperometry in Slice";
-    std::string Edge = "Diffusing";
-    std::string Vmax = "3.500", Km = "0.240", Release = "2.000";
-    std::string DeadRadius = "4.000", TotalRadius = "25.000", BinSize = "1.000";
-    std::string DiffusionCoeff = "2.7e-6";
-    int WalkMaxIter = 500;
-    double WalkTolerance = 0.001;
+    std::string walkType = "Amperometry in Slice";
+    std::string walkEdge = "Diffusing";
+    std::string vmax = "3.500", km = "0.240", release = "2.000";
+    std::string deadRadius = "4.000", totalRadius = "25.000", walkBinSize = "1.000";
+    std::string diffusionCoefficient = "2.7e-6";
+    int walkMaxIterations = 500;
+    double walkTolerance = 0.001;
     // NonStationary
-    int AmplitudeBin = 100;
-    int AverageTrace = 5;
-    bool SubtractBaseVar = false;
-    bool NonStationaryOffset = false;
+    int amplitudeBins = 100;
+    int averageTraces = 5;
+    bool subtractBaselineVariance = false;
+    bool nonStationaryOffset = false;
 
     bool operator==(const GroupAnalysisSettings&) const = default;
 };

@@ -27,26 +27,26 @@ TraceOutcome Diffusion(const SampledTrace& stretch, const TraceAnalysisSettings&
 void ApplyStoredSettings(TraceAnalysisSettings& s, const GroupAnalysisSettings& stored) {
     constexpr double kBig = 1e300;
     SpikeShapeSettings& shape = s.train.shape;
-    SetRiseRange(shape, std::clamp(stored.Rise, 0, 2));
-    SetDecayPercent(shape, stored.DecayPercent);
-    shape.widthAboveThreshold = NumberEntryOr(stored.WidthAboveThreshold, shape.widthAboveThreshold, 0, kBig);
-    shape.useThresholdBaseline = stored.UseThresholdBaseline;
-    s.train.minHeight = NumberEntryOr(stored.Ym, s.train.minHeight, 0, kBig);
-    s.train.hysteresis = NumberEntryOr(stored.Yt, s.train.hysteresis, 0, kBig);
-    SetAmperoRise(s.ampero, stored.AmperoRise);
-    SetAmperoDecay(s.ampero, stored.DecayPercent);
-    s.ampero.electrons = NumberEntryOr(stored.Electrons, s.ampero.electrons, 1e-9, kBig);
+    SetRiseRange(shape, std::clamp(stored.riseRange, 0, 2));
+    SetDecayPercent(shape, stored.decayRange);
+    shape.widthAboveThreshold = NumberEntryOr(stored.widthAboveThreshold, shape.widthAboveThreshold, 0, kBig);
+    shape.useThresholdBaseline = stored.useThresholdBaseline;
+    s.train.minHeight = NumberEntryOr(stored.ym, s.train.minHeight, 0, kBig);
+    s.train.hysteresis = NumberEntryOr(stored.yt, s.train.hysteresis, 0, kBig);
+    SetAmperoRise(s.ampero, stored.amperometryRise);
+    SetAmperoDecay(s.ampero, stored.decayRange);
+    s.ampero.electrons = NumberEntryOr(stored.electrons, s.ampero.electrons, 1e-9, kBig);
     WalkModel& m = s.walk;
-    m.release = NumberEntryOr(stored.Release, m.release, 1e-12, kBig);
-    m.vmax = NumberEntryOr(stored.Vmax, m.vmax, 1e-12, kBig);
-    m.km = NumberEntryOr(stored.Km, m.km, 1e-12, kBig);
-    m.deadRadius = NumberEntryOr(stored.DeadRadius, m.deadRadius, 0, kBig);
-    m.totalRadius = NumberEntryOr(stored.TotalRadius, m.totalRadius, 1e-12, kBig);
-    m.binSize = NumberEntryOr(stored.BinSize, m.binSize, 1e-12, kBig);
-    m.diffusion = NumberEntryOr(stored.DiffusionCoeff, m.diffusion, 1e-30, kBig);
-    m.diffusingEdge = stored.Edge != "Reflecting";
-    s.walkFit.maxIterations = std::max(stored.WalkMaxIter, 1);
-    if (stored.WalkTolerance > 0) s.walkFit.tolerance = stored.WalkTolerance;
+    m.release = NumberEntryOr(stored.release, m.release, 1e-12, kBig);
+    m.vmax = NumberEntryOr(stored.vmax, m.vmax, 1e-12, kBig);
+    m.km = NumberEntryOr(stored.km, m.km, 1e-12, kBig);
+    m.deadRadius = NumberEntryOr(stored.deadRadius, m.deadRadius, 0, kBig);
+    m.totalRadius = NumberEntryOr(stored.totalRadius, m.totalRadius, 1e-12, kBig);
+    m.binSize = NumberEntryOr(stored.walkBinSize, m.binSize, 1e-12, kBig);
+    m.diffusion = NumberEntryOr(stored.diffusionCoefficient, m.diffusion, 1e-30, kBig);
+    m.diffusingEdge = stored.walkEdge != "Reflecting";
+    s.walkFit.maxIterations = std::max(stored.walkMaxIterations, 1);
+    if (stored.walkTolerance > 0) s.walkFit.tolerance = stored.walkTolerance;
 }
 
 ResultKind TraceAnalysisKind(TraceAnalysis analysis, const TraceAnalysisSettings& settings) {

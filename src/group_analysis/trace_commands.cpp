@@ -112,10 +112,10 @@ std::optional<PlotData> FluctuationCommand(ResultsTable& results, const TraceSet
         traces.push_back(std::move(v));
     }
     const FluctuationResult r = AnalyseFluctuation(
-        traces, {.peakScaled = IsScaled(shown), .amplitudeBins = settings.AmplitudeBin,
-                 .subtractBaseVariance = settings.SubtractBaseVar,
-                 .includeOffset = settings.NonStationaryOffset, .baselinePoints = set.prePoints / 2,
-                 .averageTraces = settings.AverageTrace});
+        traces, {.peakScaled = IsScaled(shown), .amplitudeBins = settings.amplitudeBins,
+                 .subtractBaseVariance = settings.subtractBaselineVariance,
+                 .includeOffset = settings.nonStationaryOffset, .baselinePoints = set.prePoints / 2,
+                 .averageTraces = settings.averageTraces});
     if (!r.ok) return std::nullopt;
     results.Append(WriteResultRow(FluctuationRow(r, group, set.count)));
     return VarianceMeanPlot(r, scale.units);
@@ -123,24 +123,24 @@ std::optional<PlotData> FluctuationCommand(ResultsTable& results, const TraceSet
 
 FitSettings FitSettingsFrom(const GroupAnalysisSettings& s, int32_t cursorFrom, int32_t cursorTo) {
     FitSettings f;
-    f.model = {std::clamp(s.NumberExponential, 1, 3), s.IncludeOffset};
-    f.range = FitRangeFromName(s.FitRange);
+    f.model = {std::clamp(s.exponentials, 1, 3), s.includeOffset};
+    f.range = FitRangeFromName(s.fitRange);
     f.customFrom = cursorFrom;
     f.customTo = cursorTo;
-    f.rise = RiseRange(std::clamp(s.Rise, 0, 2));
-    f.useGuess = s.UseGuess;
+    f.rise = RiseRange(std::clamp(s.riseRange, 0, 2));
+    f.useGuess = s.useGuess;
     f.guess = {s.tau1, s.A1, s.tau2, s.A2, s.tau3, s.A3, 0};
-    f.simplex.tolerance = s.Tolerance;
-    f.simplex.maxIterations = s.MaxIteration;
-    f.method = FitMethodFromName(s.Method);
-    f.simplex.restartUntilSettled = s.RestartSearch;
-    f.simplex.fixAmplitudes = s.FixAmplitude;
+    f.simplex.tolerance = s.tolerance;
+    f.simplex.maxIterations = s.maxIterations;
+    f.method = FitMethodFromName(s.fitMethod);
+    f.simplex.restartUntilSettled = s.restartSearch;
+    f.simplex.fixAmplitudes = s.fixAmplitude;
     return f;
 }
 
 void UseLastFit(GroupAnalysisSettings& s, const ResultValues& v) {
     s.tau1 = v.tau1, s.A1 = v.a1, s.tau2 = v.tau2, s.A2 = v.a2, s.tau3 = v.tau3, s.A3 = v.a3;
-    s.UseGuess = true;
+    s.useGuess = true;
 }
 
 void AppendMeasureRows(ResultsTable& results, ResultKind kind, int32_t trace, int group,

@@ -128,18 +128,18 @@ void StoreChannel(std::span<const uint8_t> e, const Abf2Channel& ch, AbfHeader& 
 
 // The ABF 1.x header that event and parameter files carry for this recording.
 std::vector<uint8_t> HeaderCopy(const AbfHeader& h, const Abf2Info& info) {
-    AbfWriteSpec writeSpec;
-    writeSpec.intervalUs = info.adcSequenceInterval;
-    writeSpec.adcRange = h.adcRange;
-    writeSpec.adcResolution = h.adcResolution;
-    writeSpec.creator = info.creatorName;
-    writeSpec.comment = h.fileComment;
-    writeSpec.fileStartDate = int32_t(info.fileStartDate);
-    writeSpec.fileStartTimeS = int32_t(info.fileStartTimeMs / 1000);
-    writeSpec.channels.clear();
+    AbfWriteLayout abfLayout;
+    abfLayout.intervalUs = info.adcSequenceInterval;
+    abfLayout.adcRange = h.adcRange;
+    abfLayout.adcResolution = h.adcResolution;
+    abfLayout.creator = info.creatorName;
+    abfLayout.comment = h.fileComment;
+    abfLayout.fileStartDate = int32_t(info.fileStartDate);
+    abfLayout.fileStartTimeS = int32_t(info.fileStartTimeMs / 1000);
+    abfLayout.channels.clear();
     for (const Abf2Channel& ch : info.channels) {
         const auto adc = std::size_t(ch.adcNum);
-        AbfChannelSpec c;
+        AbfChannelLayout c;
         c.name = ch.name;
         c.units = ch.units;
         c.programmableGain = h.adcProgrammableGain[adc];
@@ -148,10 +148,10 @@ std::vector<uint8_t> HeaderCopy(const AbfHeader& h, const Abf2Info& info) {
         c.instrumentOffset = h.instrumentOffset[adc];
         c.signalOffset = h.signalOffset[adc];
         c.telegraphAdditGain = h.telegraphAdditGain[adc];
-        writeSpec.channels.push_back(c);
+        abfLayout.channels.push_back(c);
     }
     const int64_t frames = int64_t(h.actualAcqLength) / int64_t(info.channels.size());
-    return BuildAbfHeader(writeSpec, frames);
+    return BuildAbfHeader(abfLayout, frames);
 }
 
 }  // namespace

@@ -41,30 +41,30 @@ StartTime Now() {
 
 }  // namespace
 
-AbfWriteSpec ChannelWriteSpec(const Recording& rec) {
-    AbfWriteSpec writeSpec;
-    writeSpec.intervalUs = rec.IntervalUs();
-    writeSpec.adcRange = rec.Header().adcRange;
-    writeSpec.adcResolution = rec.Header().adcResolution;
-    AbfChannelSpec channel;
+AbfWriteLayout ChannelWriteLayout(const Recording& rec) {
+    AbfWriteLayout abfLayout;
+    abfLayout.intervalUs = rec.IntervalUs();
+    abfLayout.adcRange = rec.Header().adcRange;
+    abfLayout.adcResolution = rec.Header().adcResolution;
+    AbfChannelLayout channel;
     channel.units = rec.Units();
     channel.programmableGain = 1;
     channel.signalGain = 1;
     channel.instrumentScaleFactor = rec.Gain();
     channel.instrumentOffset = 0;
     channel.signalOffset = rec.Offset();
-    writeSpec.channels = {channel};
-    return writeSpec;
+    abfLayout.channels = {channel};
+    return abfLayout;
 }
 
-std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frames) {
+std::vector<uint8_t> BuildAbfHeader(const AbfWriteLayout& abfLayout, int64_t frames) {
     using namespace abf;
     std::vector<uint8_t> h(kExtendedHeaderBytes, 0);
     std::span<uint8_t> b(h);
-    const int nch = int(writeSpec.channels.size());
+    const int nch = int(abfLayout.channels.size());
     const int64_t samples = frames * nch;
     const int32_t chunk = kSamplesPerChunk / nch * nch;
-    StartTime start{writeSpec.fileStartDate, writeSpec.fileStartTimeS};
+    StartTime start{abfLayout.fileStartDate, abfLayout.fileStartTimeS};
     if (start.date == 0) start = Now();
 
     le::PutText(b, kFileSignature, 4, "ABF ");
@@ -79,26 +79,26 @@ std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frame
     le::Put<int32_t>(b, kDataSectionPtr, kDataBlock);
     le::Put<int16_t>(b, kDataFormat, 0);
     le::Put<int16_t>(b, kADCNumChannels, int16_t(nch));
-    le::Put<float>(b, kADCSampleInterval, float(writeSpec.intervalUs / nch));
-    le::Put<float>(b, kSecondsPerRun, float(double(frames) * writeSpec.intervalUs * 1e-6));
+    le::Put<float>(b, kADCSampleInterval, float(abfLayout.intervalUs / nch));
+    le::Put<float>(b, kSecondsPerRun, float(double(frames) * abfLayout.intervalUs * 1e-6));
     le::Put<int32_t>(b, kNumSamplesPerEpisode, chunk);
     le::Put<int32_t>(b, kEpisodesPerRun, 1);
     le::Put<int32_t>(b, kRunsPerTrial, 1);
     le::Put<int32_t>(b, kNumberOfTrials, 1);
-    le::Put<float>(b, kADCRange, writeSpec.adcRange);
+    le::Put<float>(b, kADCRange, abfLayout.adcRange);
     le::Put<float>(b, kDACRange, 10.0f);
-    le::Put<int32_t>(b, kADCResolution, writeSpec.adcResolution);
+    le::Put<int32_t>(b, kADCResolution, abfLayout.adcResolution);
     le::Put<int32_t>(b, kDACResolution, 32768);
     le::Put<float>(b, kAutosampleAdditGain, 1.0f);
-    le::PutText(b, kCreatorInfo, kCreatorInfoChars, writeSpec.creator);
-    le::PutText(b, kFileComment, kFileCommentChars, writeSpec.comment);
+    le::PutText(b, kCreatorInfo, kCreatorInfoChars, abfLayout.creator);
+    le::PutText(b, kFileComment, kFileCommentChars, abfLayout.comment);
     for (int i = 0; i < kAdcCount; ++i) {
         const auto k = std::size_t(i);
         // Logical channel i is ADC i; unused ADCs map to -1 and default scaling.
         le::Put<int16_t>(b, kADCPtoLChannelMap + 2 * k, int16_t(i < nch ? i : -1));
         le::Put<int16_t>(b, kADCSamplingSeq + 2 * k, int16_t(i < nch ? i : -1));
-        const AbfChannelSpec def;
-        const AbfChannelSpec& c = i < nch ? writeSpec.channels[k] : def;
+        const AbfChannelLayout def;
+        const AbfChannelLayout& c = i < nch ? abfLayout.channels[k] : def;
         le::PutText(b, kADCChannelName + k * kADCChannelNameChars, kADCChannelNameChars,
                     i < nch ? c.name : fmt::format("IN {}", i));
         le::PutText(b, kADCUnits + k * kADCUnitsChars, kADCUnitsChars, c.units);
@@ -121,20 +121,20 @@ std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frame
     return h;
 }
 
-std::string BuildAbfFile(const AbfWriteSpec& writeSpec, std::span<const int16_t> interleaved,
+std::string BuildAbfFile(const AbfWriteLayout& abfLayout, std::span<const int16_t> interleaved,
                          std::vector<uint8_t>& bytes) {
-    const std::size_t nch = writeSpec.channels.size();
+    const std::size_t nch = abfLayout.channels.size();
     if (nch < 1 || nch > std::size_t(kMaxChannels))
         return fmt::format("An ABF file holds 1 to {} channels, not {}.", kMaxChannels, nch);
     if (interleaved.size() % nch != 0)
         return "The samples do not make whole frames of all channels.";
-    if (!std::isfinite(writeSpec.intervalUs) || writeSpec.intervalUs <= 0)
+    if (!std::isfinite(abfLayout.intervalUs) || abfLayout.intervalUs <= 0)
         return "The sample interval must be a positive number of microseconds.";
     if (interleaved.size() > std::size_t(INT32_MAX))
         return "Too many samples for an ABF 1.x file.";
 
     const int64_t frames = int64_t(interleaved.size() / nch);
-    bytes = BuildAbfHeader(writeSpec, frames);
+    bytes = BuildAbfHeader(abfLayout, frames);
     const std::size_t dataAt = bytes.size();
     bytes.resize(dataAt + interleaved.size() * 2);
     std::span<uint8_t> out(bytes);
@@ -143,10 +143,10 @@ std::string BuildAbfFile(const AbfWriteSpec& writeSpec, std::span<const int16_t>
     return {};
 }
 
-std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writeSpec,
+std::string WriteAbf(const std::filesystem::path& path, const AbfWriteLayout& abfLayout,
                      std::span<const int16_t> interleaved) {
     std::vector<uint8_t> bytes;
-    if (std::string problem = BuildAbfFile(writeSpec, interleaved, bytes); !problem.empty())
+    if (std::string problem = BuildAbfFile(abfLayout, interleaved, bytes); !problem.empty())
         return problem;
     // Written beside the target and renamed over it, so a failure never
     // leaves a half-written file in its place.

@@ -13,7 +13,7 @@ namespace vess {
 
 class Recording;
 
-struct AbfChannelSpec {
+struct AbfChannelLayout {
     std::string name = "IN 0";
     std::string units = "pA";
     // Counts to units: value = counts / (programmableGain * scaleFactor *
@@ -28,11 +28,11 @@ struct AbfChannelSpec {
     float telegraphAdditGain = 0;
 };
 
-struct AbfWriteSpec {
+struct AbfWriteLayout {
     double intervalUs = 50;            // per channel
     float adcRange = 10;               // volts full scale
     int32_t adcResolution = 32768;
-    std::vector<AbfChannelSpec> channels{AbfChannelSpec{}};
+    std::vector<AbfChannelLayout> channels{AbfChannelLayout{}};
     std::string creator = "Vessantorium";
     std::string comment;
     // Start of the recording as stored in the header: date as yyyymmdd and
@@ -44,21 +44,21 @@ struct AbfWriteSpec {
 // The chosen channel of rec as a single-channel file: its interval, range,
 // units, and its whole gain in one factor, so that counts convert to units
 // exactly as in rec.
-AbfWriteSpec ChannelWriteSpec(const Recording& rec);
+AbfWriteLayout ChannelWriteLayout(const Recording& rec);
 
 // The header bytes (6144, the extended header) that WriteAbf puts before
 // frames interleaved samples.
-std::vector<uint8_t> BuildAbfHeader(const AbfWriteSpec& writeSpec, int64_t frames);
+std::vector<uint8_t> BuildAbfHeader(const AbfWriteLayout& abfLayout, int64_t frames);
 
 // The whole file (header and interleaved samples) in memory. Returns an
 // empty string on success, otherwise what is wrong with the request.
-std::string BuildAbfFile(const AbfWriteSpec& writeSpec, std::span<const int16_t> interleaved,
+std::string BuildAbfFile(const AbfWriteLayout& abfLayout, std::span<const int16_t> interleaved,
                          std::vector<uint8_t>& bytes);
 
 // interleaved holds frames of channels.size() samples each. Writes to a
 // temporary file and renames it over path. Returns an empty string on
 // success, otherwise a message saying what went wrong.
-std::string WriteAbf(const std::filesystem::path& path, const AbfWriteSpec& writeSpec,
+std::string WriteAbf(const std::filesystem::path& path, const AbfWriteLayout& abfLayout,
                      std::span<const int16_t> interleaved);
 
 }  // namespace vess

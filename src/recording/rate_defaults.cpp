@@ -32,7 +32,7 @@ std::string GroupBlocksText(double durationMs, double intervalUs) {
 
 void ApplyRateDefaults(Workspace& ws) {
     if (!ws.settings.lengthsFollowRate || !ws.recording) return;
-    ws.settings.DisplayTotalNumberBlockPerScreen =
+    ws.settings.blocksPerScreen =
         BlocksNearest(kNewInstallationScreenMs, ws.recording->IntervalUs());
 }
 

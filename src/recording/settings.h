@@ -28,32 +28,32 @@ struct AnalysisParameters {
 // Every key of the sections "Program", "Display" and "Analysis".
 struct Settings {
     // Program
-    std::string DataDir = "c:\\";
-    bool SoundOn = false;
-    bool DisplayTooltips = true;
+    std::string dataFolder = "c:\\";
+    bool soundOn = false;
+    bool showToolTips = true;
     // Display
-    bool LockBase = false;
-    std::string FractionWindow = "0.25";
-    bool DisplayTrace = true;
-    std::string DisplayGain = "1";
-    int32_t DisplayOffset = 0;
-    int32_t DisplayTotalNumberBlockPerScreen = 4;
-    int32_t GroupNavigate = 1;
-    int32_t JumpInterval = 1000;
-    // The digital filter: FilterType is its kind (1 Butterworth, 2 Chebyshev,
-    // 3 inverse Chebyshev, 4 elliptic, 5 Bessel, 6 Gaussian), FilterFreq its cut-off in Hz,
-    // FilterPass 0 for low-pass and 1 for high-pass; ripple and attenuation
-    // in dB. DetectOnFiltered makes detection and measurement read the
+    bool lockBaseline = false;
+    std::string windowFraction = "0.25";
+    bool drawTrace = true;
+    std::string displayGain = "1";
+    int32_t displayOffsetCounts = 0;
+    int32_t blocksPerScreen = 4;
+    int32_t navigationGroup = 1;
+    int32_t jumpIntervalMs = 1000;
+    // The digital filter: filterKind is its kind (1 Butterworth, 2 Chebyshev,
+    // 3 inverse Chebyshev, 4 elliptic, 5 Bessel, 6 Gaussian), filterCutoffHz its cut-off in Hz,
+    // filterPass 0 for low-pass and 1 for high-pass; ripple and attenuation
+    // in dB. detectOnFiltered makes detection and measurement read the
     // filtered trace while a filter is applied.
-    int32_t FilterType = 4;
-    std::string FilterFreq = "1000";
-    int32_t FilterPass = 0;
-    int32_t FilterOrder = 4;
-    std::string FilterRipple = "0.5";
-    std::string FilterAttenuation = "60";
-    bool FilterZeroPhase = false;
-    bool DetectOnFiltered = false;
-    int32_t LineFrequency = 50;              // Hz, marked on noise spectra (ours)
+    int32_t filterKind = 4;
+    std::string filterCutoffHz = "1000";
+    int32_t filterPass = 0;
+    int32_t filterOrder = 4;
+    std::string filterRippleDb = "0.5";
+    std::string filterAttenuationDb = "60";
+    bool filterZeroPhase = false;
+    bool detectOnFiltered = false;
+    int32_t lineFrequencyHz = 50;              // Hz, marked on noise spectra (ours)
     // Not in the file: the desktop program started without a settings file
     // takes the screen length from each recording's rate until the user
     // sets one (the command line keeps its screens of the default length).

@@ -149,27 +149,27 @@ std::string Text(const std::string& v) { return v.substr(0, kIniValueChars); }
 
 Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems) {
     Settings s;
-    ReadText(ini, kProgram, "DataDir", s.DataDir, std::string::npos);
-    ReadBool(ini, kProgram, "SoundOn", s.SoundOn);
-    ReadBool(ini, kProgram, "DisplayTooltips", s.DisplayTooltips);
-    ReadBool(ini, kDisplay, "LockBase", s.LockBase);
-    ReadText(ini, kDisplay, "FractionWindow", s.FractionWindow);
-    ReadBool(ini, kDisplay, "DisplayTrace", s.DisplayTrace);
-    ReadText(ini, kDisplay, "DisplayGain", s.DisplayGain);
-    ReadNumber(ini, kDisplay, "DisplayOffset&", s.DisplayOffset, problems, kMinDisplayOffset);
-    ReadNumber(ini, kDisplay, "DisplayTotalNumberBlockPerScreen", s.DisplayTotalNumberBlockPerScreen,
+    ReadText(ini, kProgram, "DataDir", s.dataFolder, std::string::npos);
+    ReadBool(ini, kProgram, "SoundOn", s.soundOn);
+    ReadBool(ini, kProgram, "DisplayTooltips", s.showToolTips);
+    ReadBool(ini, kDisplay, "LockBase", s.lockBaseline);
+    ReadText(ini, kDisplay, "FractionWindow", s.windowFraction);
+    ReadBool(ini, kDisplay, "DisplayTrace", s.drawTrace);
+    ReadText(ini, kDisplay, "DisplayGain", s.displayGain);
+    ReadNumber(ini, kDisplay, "DisplayOffset&", s.displayOffsetCounts, problems, kMinDisplayOffset);
+    ReadNumber(ini, kDisplay, "DisplayTotalNumberBlockPerScreen", s.blocksPerScreen,
                problems, 1, kMaxBlocksPerScreen);
-    ReadNumber(ini, kDisplay, "GroupNavigate", s.GroupNavigate, problems, 0, kLastGroup);
-    ReadNumber(ini, kDisplay, "JumpInterval", s.JumpInterval, problems, 0);
-    ReadNumber(ini, kDisplay, "FilterType", s.FilterType, problems, kMinFilterType, kMaxFilterType);
-    ReadText(ini, kDisplay, "FilterFreq", s.FilterFreq);
-    ReadNumber(ini, kDisplay, "FilterPass", s.FilterPass, problems, 0, 1);
-    ReadNumber(ini, kDisplay, "FilterOrder", s.FilterOrder, problems, 1, kMaxFilterOrder);
-    ReadText(ini, kDisplay, "FilterRipple", s.FilterRipple);
-    ReadText(ini, kDisplay, "FilterAttenuation", s.FilterAttenuation);
-    ReadBool(ini, kDisplay, "FilterZeroPhase", s.FilterZeroPhase);
-    ReadBool(ini, kDisplay, "DetectOnFiltered", s.DetectOnFiltered);
-    ReadNumber(ini, kDisplay, "LineFrequency", s.LineFrequency, problems, 1, 1000);
+    ReadNumber(ini, kDisplay, "GroupNavigate", s.navigationGroup, problems, 0, kLastGroup);
+    ReadNumber(ini, kDisplay, "JumpInterval", s.jumpIntervalMs, problems, 0);
+    ReadNumber(ini, kDisplay, "FilterType", s.filterKind, problems, kMinFilterType, kMaxFilterType);
+    ReadText(ini, kDisplay, "FilterFreq", s.filterCutoffHz);
+    ReadNumber(ini, kDisplay, "FilterPass", s.filterPass, problems, 0, 1);
+    ReadNumber(ini, kDisplay, "FilterOrder", s.filterOrder, problems, 1, kMaxFilterOrder);
+    ReadText(ini, kDisplay, "FilterRipple", s.filterRippleDb);
+    ReadText(ini, kDisplay, "FilterAttenuation", s.filterAttenuationDb);
+    ReadBool(ini, kDisplay, "FilterZeroPhase", s.filterZeroPhase);
+    ReadBool(ini, kDisplay, "DetectOnFiltered", s.detectOnFiltered);
+    ReadNumber(ini, kDisplay, "LineFrequency", s.lineFrequencyHz, problems, 1, 1000);
     using A = AnalysisParameters;
     AnalysisParameters& a = s.analysis;
     ReadParameter(ini, "PeakDirection%", a, &A::PeakDirection, problems);
@@ -191,10 +191,10 @@ Settings NewInstallationSettings() {
     Settings s;
     s.method.method = DetectionMethod::Deconvolution;
     s.method.suggestFromRecording = true;
-    s.FilterType = 5;  // a 4-pole Bessel low-pass at 1 kHz, as amplifiers filter such recordings
-    s.FilterOrder = 4;
-    s.FilterFreq = "1000";
-    s.FilterPass = 0;
+    s.filterKind = 5;  // a 4-pole Bessel low-pass at 1 kHz, as amplifiers filter such recordings
+    s.filterOrder = 4;
+    s.filterCutoffHz = "1000";
+    s.filterPass = 0;
     return s;
 }
 
@@ -221,26 +221,26 @@ std::string SettingsProblemsText(const std::filesystem::path& path,
 }
 
 void SettingsToIni(const Settings& s, IniFile& ini) {
-    ini.Set(kProgram, "DataDir", s.DataDir);
-    ini.Set(kProgram, "SoundOn", Bool(s.SoundOn));
-    ini.Set(kProgram, "DisplayTooltips", Bool(s.DisplayTooltips));
-    ini.Set(kDisplay, "LockBase", Bool(s.LockBase));
-    ini.Set(kDisplay, "FractionWindow", Text(s.FractionWindow));
-    ini.Set(kDisplay, "DisplayTrace", Bool(s.DisplayTrace));
-    ini.Set(kDisplay, "DisplayGain", Text(s.DisplayGain));
-    ini.Set(kDisplay, "DisplayOffset&", Num(s.DisplayOffset));
-    ini.Set(kDisplay, "DisplayTotalNumberBlockPerScreen", Num(s.DisplayTotalNumberBlockPerScreen));
-    ini.Set(kDisplay, "GroupNavigate", Num(s.GroupNavigate));
-    ini.Set(kDisplay, "JumpInterval", Num(s.JumpInterval));
-    ini.Set(kDisplay, "FilterType", Num(s.FilterType));
-    ini.Set(kDisplay, "FilterFreq", Text(s.FilterFreq));
-    ini.Set(kDisplay, "FilterPass", Num(s.FilterPass));
-    ini.Set(kDisplay, "FilterOrder", Num(s.FilterOrder));
-    ini.Set(kDisplay, "FilterRipple", Text(s.FilterRipple));
-    ini.Set(kDisplay, "FilterAttenuation", Text(s.FilterAttenuation));
-    ini.Set(kDisplay, "FilterZeroPhase", Bool(s.FilterZeroPhase));
-    ini.Set(kDisplay, "DetectOnFiltered", Bool(s.DetectOnFiltered));
-    ini.Set(kDisplay, "LineFrequency", Num(s.LineFrequency));
+    ini.Set(kProgram, "DataDir", s.dataFolder);
+    ini.Set(kProgram, "SoundOn", Bool(s.soundOn));
+    ini.Set(kProgram, "DisplayTooltips", Bool(s.showToolTips));
+    ini.Set(kDisplay, "LockBase", Bool(s.lockBaseline));
+    ini.Set(kDisplay, "FractionWindow", Text(s.windowFraction));
+    ini.Set(kDisplay, "DisplayTrace", Bool(s.drawTrace));
+    ini.Set(kDisplay, "DisplayGain", Text(s.displayGain));
+    ini.Set(kDisplay, "DisplayOffset&", Num(s.displayOffsetCounts));
+    ini.Set(kDisplay, "DisplayTotalNumberBlockPerScreen", Num(s.blocksPerScreen));
+    ini.Set(kDisplay, "GroupNavigate", Num(s.navigationGroup));
+    ini.Set(kDisplay, "JumpInterval", Num(s.jumpIntervalMs));
+    ini.Set(kDisplay, "FilterType", Num(s.filterKind));
+    ini.Set(kDisplay, "FilterFreq", Text(s.filterCutoffHz));
+    ini.Set(kDisplay, "FilterPass", Num(s.filterPass));
+    ini.Set(kDisplay, "FilterOrder", Num(s.filterOrder));
+    ini.Set(kDisplay, "FilterRipple", Text(s.filterRippleDb));
+    ini.Set(kDisplay, "FilterAttenuation", Text(s.filterAttenuationDb));
+    ini.Set(kDisplay, "FilterZeroPhase", Bool(s.filterZeroPhase));
+    ini.Set(kDisplay, "DetectOnFiltered", Bool(s.detectOnFiltered));
+    ini.Set(kDisplay, "LineFrequency", Num(s.lineFrequencyHz));
     const AnalysisParameters& a = s.analysis;
     ini.Set(kAnalysis, "PeakDirection%", Num(a.PeakDirection));
     ini.Set(kAnalysis, "ThresholdAmplitude!", Num(a.ThresholdAmplitude));

@@ -142,15 +142,15 @@ SynthRecording Synthesise(const SynthOptions& o) {
         out.samples[i] = RoundClamp16(trace[i] * double(o.countsPerPa));
 
     // value = counts / (1 x scale x 1) x 10 V / 32768: scale = 10 / 32768 x countsPerPa.
-    out.writeSpec.intervalUs = intervalUs;
-    out.writeSpec.adcRange = 10.0f;
-    out.writeSpec.adcResolution = 32768;
-    AbfChannelSpec channel;
+    out.abfLayout.intervalUs = intervalUs;
+    out.abfLayout.adcRange = 10.0f;
+    out.abfLayout.adcResolution = 32768;
+    AbfChannelLayout channel;
     channel.name = "Im";
     channel.units = "pA";
     channel.instrumentScaleFactor = float(10.0 / 32768.0 * double(o.countsPerPa));
-    out.writeSpec.channels = {channel};
-    out.writeSpec.comment = fmt::format("synthetic, seed {}, {} events", o.seed, out.events.size());
+    out.abfLayout.channels = {channel};
+    out.abfLayout.comment = fmt::format("synthetic, seed {}, {} events", o.seed, out.events.size());
     return out;
 }
 
@@ -161,7 +161,7 @@ std::filesystem::path TrueEventsPath(const std::filesystem::path& abfPath) {
 }
 
 std::string WriteSynthetic(const std::filesystem::path& abfPath, const SynthRecording& rec) {
-    if (std::string error = WriteAbf(abfPath, rec.writeSpec, rec.samples); !error.empty()) return error;
+    if (std::string error = WriteAbf(abfPath, rec.abfLayout, rec.samples); !error.empty()) return error;
     std::string csv = "event,onset_ms,peak_ms,peak_index,amplitude_pA\n";
     for (std::size_t i = 0; i < rec.events.size(); ++i) {
         const TrueEvent& e = rec.events[i];

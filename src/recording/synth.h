@@ -42,7 +42,7 @@ struct TrueEvent {
 struct SynthRecording {
     std::vector<int16_t> samples;
     std::vector<TrueEvent> events;
-    AbfWriteSpec writeSpec;
+    AbfWriteLayout abfLayout;
 };
 
 // Time from onset to peak of exp(-t/decay) - exp(-t/rise), in the unit of the taus.

@@ -11,9 +11,9 @@ TemplateHeaderResult EnsureTemplateHeader(const std::filesystem::path& folder) {
     TemplateHeaderResult result{folder / std::string(texts::kTemplateHeaderFileName), {}};
     std::error_code ec;
     if (std::filesystem::is_regular_file(result.path, ec)) return result;
-    AbfWriteSpec writeSpec;  // one channel in pA, 50 us
-    writeSpec.comment = "template header";
-    result.error = WriteAbf(result.path, writeSpec, {});
+    AbfWriteLayout abfLayout;  // one channel in pA, 50 us
+    abfLayout.comment = "template header";
+    result.error = WriteAbf(result.path, abfLayout, {});
     return result;
 }
 

@@ -50,7 +50,7 @@ struct Workspace {
     // Where file pickers start: the open recording's folder, else the data
     // folder. The process's working folder is never changed.
     std::filesystem::path Folder() const {
-        return recording ? recording->Folder() : std::filesystem::path(settings.DataDir);
+        return recording ? recording->Folder() : std::filesystem::path(settings.dataFolder);
     }
     // A row of the event table is selected.
     bool HasSelectedEvent() const { return events.HasRow(selectedEvent); }
@@ -62,7 +62,7 @@ struct Workspace {
     AnalysisParameters& params() { return settings.analysis; }
     const AnalysisParameters& params() const { return settings.analysis; }
     int32_t BlocksPerScreen() const {
-        return std::clamp(settings.DisplayTotalNumberBlockPerScreen, 1, kMaxBlocksPerScreen);
+        return std::clamp(settings.blocksPerScreen, 1, kMaxBlocksPerScreen);
     }
 };
 

@@ -25,10 +25,10 @@ std::string S(std::string_view v) { return std::string(v); }
 
 }  // namespace
 
-AbfWriteSpec EventFreeWriteSpec(const Recording& rec) {
-    AbfWriteSpec writeSpec = ChannelWriteSpec(rec);
-    writeSpec.comment = "Event-free: " + rec.FileName();
-    return writeSpec;
+AbfWriteLayout EventFreeWriteLayout(const Recording& rec) {
+    AbfWriteLayout abfLayout = ChannelWriteLayout(rec);
+    abfLayout.comment = "Event-free: " + rec.FileName();
+    return abfLayout;
 }
 
 int64_t MarginPoints(const Recording& rec, double marginMs) {
@@ -69,7 +69,7 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
     if (points > int64_t(INT32_MAX)) return "Too many samples for an ABF 1.x file.";
     AtomicFile file(path);
     if (!file.Error().empty()) return file.Error();
-    if (!file.Write(BuildAbfHeader(EventFreeWriteSpec(rec), points))) return file.Error();
+    if (!file.Write(BuildAbfHeader(EventFreeWriteLayout(rec), points))) return file.Error();
     const SampleReader read = [&rec](int64_t first, std::span<int16_t> out) { rec.ReadSamples(first, out); };
     const DecayTail tail{read, ChannelNoiseCounts(rec), std::max<int64_t>(levelPoints, 1), points};
     const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points, tail);

@@ -20,7 +20,7 @@ inline constexpr double kDefaultEventFreeMarginMs = 2.0;
 
 // A one-channel file whose counts read back as the same units as the source
 // channel's (gain, offset, range and resolution carried over).
-AbfWriteSpec EventFreeWriteSpec(const Recording& rec);
+AbfWriteLayout EventFreeWriteLayout(const Recording& rec);
 
 // The margin in sample points (rounded, at least 0).
 int64_t MarginPoints(const Recording& rec, double marginMs);

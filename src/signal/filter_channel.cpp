@@ -205,11 +205,11 @@ CommandResult ApplyFilter(Recording& recording, const FilterChoice& choice, cons
 }
 
 std::string WriteChannelAbf(const Recording& rec, const std::filesystem::path& path) {
-    AbfWriteSpec choice;
+    AbfWriteLayout choice;
     choice.intervalUs = rec.IntervalUs();
     choice.adcRange = rec.Header().adcRange;
     choice.adcResolution = rec.Header().adcResolution;
-    AbfChannelSpec& channel = choice.channels.front();
+    AbfChannelLayout& channel = choice.channels.front();
     channel.units = rec.Units();
     channel.programmableGain = rec.Gain();
     channel.instrumentScaleFactor = 1;

@@ -26,24 +26,24 @@ std::string NumberText(double v) { return fmt::format("{:.10g}", v); }
 
 FilterChoice FilterChoiceFromSettings(const Settings& s) {
     FilterChoice choice;
-    choice.kind = FilterKind(std::clamp(s.FilterType, kMinFilterType, kMaxFilterType));
-    choice.pass = s.FilterPass == 1 ? FilterPass::High : FilterPass::Low;
-    choice.cutoffHz = NumberOrNan(s.FilterFreq);
-    choice.order = s.FilterOrder;
-    choice.rippleDb = NumberOrNan(s.FilterRipple);
-    choice.attenuationDb = NumberOrNan(s.FilterAttenuation);
-    choice.zeroPhase = s.FilterZeroPhase;
+    choice.kind = FilterKind(std::clamp(s.filterKind, kMinFilterType, kMaxFilterType));
+    choice.pass = s.filterPass == 1 ? FilterPass::High : FilterPass::Low;
+    choice.cutoffHz = NumberOrNan(s.filterCutoffHz);
+    choice.order = s.filterOrder;
+    choice.rippleDb = NumberOrNan(s.filterRippleDb);
+    choice.attenuationDb = NumberOrNan(s.filterAttenuationDb);
+    choice.zeroPhase = s.filterZeroPhase;
     return choice;
 }
 
 void StoreFilterChoice(const FilterChoice& choice, Settings& s) {
-    s.FilterType = int32_t(choice.kind);
-    s.FilterPass = choice.pass == FilterPass::High ? 1 : 0;
-    s.FilterFreq = NumberText(choice.cutoffHz);
-    s.FilterOrder = choice.order;
-    s.FilterRipple = NumberText(choice.rippleDb);
-    s.FilterAttenuation = NumberText(choice.attenuationDb);
-    s.FilterZeroPhase = choice.zeroPhase;
+    s.filterKind = int32_t(choice.kind);
+    s.filterPass = choice.pass == FilterPass::High ? 1 : 0;
+    s.filterCutoffHz = NumberText(choice.cutoffHz);
+    s.filterOrder = choice.order;
+    s.filterRippleDb = NumberText(choice.rippleDb);
+    s.filterAttenuationDb = NumberText(choice.attenuationDb);
+    s.filterZeroPhase = choice.zeroPhase;
 }
 
 namespace {
@@ -82,7 +82,7 @@ CommandResult AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel f)
     if (!f.status) return f.status;
     if (!ws.recording) return CommandResult::Cancelled();  // closed while the filter ran
     ws.recording->AttachFiltered(std::move(f.counts));
-    ws.recording->ReadFiltered(ws.settings.DetectOnFiltered);
+    ws.recording->ReadFiltered(ws.settings.detectOnFiltered);
     return CommandResult::Ok();
 }
 
@@ -97,7 +97,7 @@ void RemoveFilter(Workspace& ws) {
 }
 
 void SetDetectOnFiltered(Workspace& ws, bool on) {
-    ws.settings.DetectOnFiltered = on;
+    ws.settings.detectOnFiltered = on;
     if (ws.recording) ws.recording->ReadFiltered(on);
 }
 

@@ -117,7 +117,7 @@ TestOutcome SummaryOutcome(StatTest test, const MeanVariance& s1, const MeanVari
     return FTestOutcome(FTest(s1, s2));
 }
 
-MeanVariance FromSummary(const SampleSpec& s) { return {s.count, s.mean, s.stdDev * s.stdDev}; }
+MeanVariance FromSummary(const TestSample& s) { return {s.count, s.mean, s.stdDev * s.stdDev}; }
 
 }  // namespace
 
@@ -185,8 +185,8 @@ std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs,
     const bool summaryTest = request.test == StatTest::TTestEqualVar ||
                              request.test == StatTest::TTestUnequalVar || request.test == StatTest::FTest;
     if (!summaryTest || (request.sample1.fromArray && request.sample2.fromArray)) {
-        const SampleSpec& s1 = summaryTest ? request.sample1 : SampleSpec{true, 1};
-        const SampleSpec& s2 = summaryTest ? request.sample2 : SampleSpec{true, 2};
+        const TestSample& s1 = summaryTest ? request.sample1 : TestSample{true, 1};
+        const TestSample& s2 = summaryTest ? request.sample2 : TestSample{true, 2};
         const std::vector<double> a = ws.Array(s1.arrayNumber).ValuesAsDouble();
         const std::vector<double> b = ws.Array(s2.arrayNumber).ValuesAsDouble();
         return RunTest(request.test, a, b, dialogs, request.alpha);
@@ -194,15 +194,15 @@ std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs,
     // One or both samples typed in as a summary.
     MeanVariance m[2];
     std::size_t leftOut = 0;
-    const SampleSpec* specs[2] = {&request.sample1, &request.sample2};
+    const TestSample* samples[2] = {&request.sample1, &request.sample2};
     for (int i = 0; i < 2; ++i) {
-        if (!specs[i]->fromArray) {
-            m[i] = FromSummary(*specs[i]);
+        if (!samples[i]->fromArray) {
+            m[i] = FromSummary(*samples[i]);
             continue;
         }
-        const DataArray& array = ws.Array(specs[i]->arrayNumber);
+        const DataArray& array = ws.Array(samples[i]->arrayNumber);
         if (array.Empty()) {
-            const int k = specs[i]->arrayNumber == 1 ? 1 : 2;
+            const int k = samples[i]->arrayNumber == 1 ? 1 : 2;
             dialogs.Message(st::EmptyOneArrayCaption(k), st::EmptyOneArrayText(k));
             return std::nullopt;
         }

@@ -21,7 +21,7 @@ enum class StatTest { TTestPaired, TTestUnequalVar, TTestEqualVar, FTest, Linear
 std::string_view StatTestMenuCaption(StatTest test);
 
 // One sample of the t- and F-tests: a work array, or a summary typed in.
-struct SampleSpec {
+struct TestSample {
     bool fromArray = true;       // option "Data Array " (else "Mean")
     int arrayNumber = 1;         // "Data Array#1" / "Data Array#2"
     double mean = 0;             // summary option: "Mean", "Std. Dev", count
@@ -31,8 +31,8 @@ struct SampleSpec {
 
 struct TestRequest {
     StatTest test = StatTest::TTestEqualVar;
-    SampleSpec sample1{true, 1};
-    SampleSpec sample2{true, 2};
+    TestSample sample1{true, 1};
+    TestSample sample2{true, 2};
     double alpha = 0.05;         // significance level, shown beside the result
 };
 

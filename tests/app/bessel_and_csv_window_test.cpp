@@ -32,7 +32,7 @@ TEST_F(BesselAndCsvTest, BesselAndGaussianFiltersApplyFromTheForm) {
     form->findChild<QSpinBox*>("spFilterOrder")->setValue(4);
     QTest::mouseClick(apply, Qt::LeftButton);
     ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered(); }, 20000));
-    EXPECT_EQ(ws.settings.FilterType, 5);
+    EXPECT_EQ(ws.settings.filterKind, 5);
     EXPECT_TRUE(label->text().contains("Bessel low-pass 1000 Hz, order 4")) << label->text().toStdString();
 
     form->findChild<QComboBox*>("cbFilterPass")->setCurrentIndex(1);  // high-pass
@@ -45,7 +45,7 @@ TEST_F(BesselAndCsvTest, BesselAndGaussianFiltersApplyFromTheForm) {
     ASSERT_FALSE(ws.recording->HasFiltered());
     QTest::mouseClick(apply, Qt::LeftButton);
     ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered(); }, 20000));
-    EXPECT_EQ(ws.settings.FilterType, 6);
+    EXPECT_EQ(ws.settings.filterKind, 6);
     EXPECT_TRUE(label->text().contains("Gaussian low-pass 1000 Hz")) << label->text().toStdString();
     EXPECT_FALSE(label->text().contains("order"));
     form->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/filter_dialog_gaussian.png");

@@ -49,8 +49,8 @@ TEST_F(FilterWindowTest, ApplyShowsTheFilteredTraceWithIndicatorAndShiftFToggles
     form->findChild<QSpinBox*>("spFilterOrder")->setValue(2);
     Click(form, "btnFilterApply");
     ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered(); }, 20000));
-    EXPECT_EQ(ws.settings.FilterType, 1);
-    EXPECT_EQ(ws.settings.FilterFreq, "300");
+    EXPECT_EQ(ws.settings.filterKind, 1);
+    EXPECT_EQ(ws.settings.filterCutoffHz, "300");
     EXPECT_TRUE(label->isVisible());
     EXPECT_TRUE(label->text().contains("FILTERED: Butterworth low-pass 300 Hz, order 2")) << label->text().toStdString();
     const QImage filtered = TraceImage();
@@ -88,7 +88,7 @@ TEST_F(FilterWindowTest, DetectOnTheFilteredTraceIsSavedAndMakesReadsFiltered) {
     EXPECT_EQ(read, raw);  // detection still reads the recording
 
     window->Action("menu_DetectOnFiltered")->trigger();
-    EXPECT_TRUE(ws.settings.DetectOnFiltered);
+    EXPECT_TRUE(ws.settings.detectOnFiltered);
     ws.recording->ReadSamples(1000, read);
     EXPECT_NE(read, raw);
     EXPECT_TRUE(window->findChild<QLabel*>("lbFilter")->text().contains("detection on filtered"));

@@ -25,8 +25,8 @@ class GroupWindowTest : public GroupWindowFixture {
 protected:
     GroupAnalysisWindow* OpenGrouped() {
         GroupSampleEvents();
-        Window()->findChild<QComboBox*>("Combo1")->setCurrentText("1");
-        w->findChild<QComboBox*>("Combo3")->setCurrentText("Peak");
+        Window()->GroupBox()->setCurrentText("1");
+        w->AlignmentBox()->setCurrentText("Peak");
         return w;
     }
     // A key as the user presses it: to whichever widget has the focus.
@@ -45,14 +45,14 @@ TEST_F(GroupWindowTest, DisplaysFitsAndSavesResults) {
     GroupAnalysisWindow* w = OpenGrouped();
     int grouped = 0;
     for (const auto& e : ws.events.Records()) grouped += e.group == 1;
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     ASSERT_EQ(w->Traces().count, grouped);
     EXPECT_EQ(w->TraceLabel()->text(), QString("Trace:  0 of %1").arg(grouped));
 
     // Fit the average: one row, the report, the curve drawn; the least-squares
     // fit by default, with its standard errors, and restarts for the simplex only.
-    w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
+    w->ExponentialsBox()->setCurrentText("1");
+    QTest::mouseClick(w->FitButton(), Qt::LeftButton);
     ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     ASSERT_EQ(ws.results.Count(), 1);
     EXPECT_EQ(w->Grid()->model()->rowCount(), 1);
@@ -76,17 +76,17 @@ TEST_F(GroupWindowTest, DisplaysFitsAndSavesResults) {
     // table (kept on "no" to the clear question) when it ends.
     dialogs.AnswerOpenFile((dir / "fits").string()).AnswerYesNo(false);
     w->Action("menu_LoadResults")->trigger();
-    EXPECT_FALSE(w->findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_FALSE(w->StartButton()->isEnabled());
     EXPECT_EQ(ws.results.Count(), 1);
     ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }));
-    EXPECT_TRUE(w->findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_TRUE(w->StartButton()->isEnabled());
     EXPECT_EQ(w->Grid()->model()->rowCount(), 2);
 }
 
 TEST_F(GroupWindowTest, KeysNavigateJumpRemoveAndRegroupAsPressed) {
     GroupAnalysisWindow* w = OpenGrouped();
-    w->findChild<QComboBox*>("Combo2")->setCurrentText("Individual");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    w->AnalysisTypeBox()->setCurrentText("Individual");
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     const int n = w->Traces().count;
     ASSERT_GE(n, 4);
     // Each step by key, then by its button: next, last, previous, first.
@@ -144,7 +144,7 @@ TEST_F(GroupWindowTest, KeysNavigateJumpRemoveAndRegroupAsPressed) {
 
     // A text field keeps its letters: typing there does not navigate.
     Press(w, Qt::Key_D);
-    QLineEdit* offset = w->findChild<QComboBox*>("Combo6")->lineEdit();
+    QLineEdit* offset = w->OffsetBox()->lineEdit();
     offset->setFocus();
     QTest::keyClick(offset, Qt::Key_F);
     EXPECT_EQ(w->CurrentTrace(), 1);
@@ -152,8 +152,8 @@ TEST_F(GroupWindowTest, KeysNavigateJumpRemoveAndRegroupAsPressed) {
 
     // Y needs an individual or average display.
     w->Picture()->setFocus();
-    w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    w->AnalysisTypeBox()->setCurrentText("Superimpose");
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     Press(w, Qt::Key_Y);
     EXPECT_EQ(dialogs.Messages().back().text,
               "This function will only work when trace is shown as individual or average.");
@@ -162,7 +162,7 @@ TEST_F(GroupWindowTest, KeysNavigateJumpRemoveAndRegroupAsPressed) {
 
 TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
     GroupAnalysisWindow* w = OpenGrouped();
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     QString pdf;
     w->SetPrintHooks({.choosePrinter = [&pdf](QPrinter& printer) {
                           printer.setOutputFormat(QPrinter::PdfFormat);
@@ -194,8 +194,8 @@ TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
     EXPECT_EQ(QString::fromUtf8(copied->data("image/svg+xml")).count(" ms"), plain + 1);
 
     // One result prints on one page; 90 rows need more.
-    w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
+    w->ExponentialsBox()->setCurrentText("1");
+    QTest::mouseClick(w->FitButton(), Qt::LeftButton);
     ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     ASSERT_EQ(ws.results.Count(), 1);
     pdf = QString::fromStdString((dir / "one.pdf").string());
@@ -235,13 +235,13 @@ TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
 
 TEST_F(GroupWindowTest, FittingCanBeInterruptedFromTheButton) {
     GroupAnalysisWindow* w = OpenGrouped();
-    w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    w->AnalysisTypeBox()->setCurrentText("Superimpose");
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     // A search that never settles (tolerance 0) and may run for ten million
     // iterations: only the second click ends it.
-    w->Settings().Tolerance = 0;
-    w->findChild<QComboBox*>("Combo11")->setCurrentText("10000000");
-    auto* button = w->findChild<QPushButton*>("Command2");
+    w->Settings().tolerance = 0;
+    w->MaxIterationsBox()->setCurrentText("10000000");
+    auto* button = w->FitButton();
     button->click();
     EXPECT_EQ(button->text(), "Interrupt Fitting");
     button->click();
@@ -254,10 +254,10 @@ TEST_F(GroupWindowTest, FittingCanBeInterruptedFromTheButton) {
 // which then read traces of the new length as if they were the old ones.
 TEST_F(GroupWindowTest, StartDisplayWaitsForARunningFit) {
     GroupAnalysisWindow* w = OpenGrouped();
-    w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    w->AnalysisTypeBox()->setCurrentText("Superimpose");
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     const int32_t length = w->Traces().length;
-    auto* fit = w->findChild<QPushButton*>("Command2");
+    auto* fit = w->FitButton();
     fit->click();
     ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     std::vector<ResultBytes> undisturbed;
@@ -268,9 +268,9 @@ TEST_F(GroupWindowTest, StartDisplayWaitsForARunningFit) {
     // The same fit, with the trace length changed and Start Display pressed
     // (menu and button) as soon as the window answers.
     QTimer::singleShot(0, w, [w] {
-        w->findChild<QComboBox*>("Combo4")->setCurrentText("0.25");
+        w->BlocksBox()->setCurrentText("0.25");
         w->Action("menu_DisplayTrace")->trigger();
-        QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+        QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     });
     fit->click();
     ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
@@ -278,7 +278,7 @@ TEST_F(GroupWindowTest, StartDisplayWaitsForARunningFit) {
     ASSERT_EQ(ws.results.Count(), int32_t(undisturbed.size()));
     for (int32_t r = 1; r <= ws.results.Count(); ++r) EXPECT_EQ(ws.results[r], undisturbed[std::size_t(r - 1)]) << r;
     // Once the fit has ended, Start Display works again.
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     EXPECT_NE(w->Traces().length, length);
 }
 

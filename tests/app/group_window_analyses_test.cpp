@@ -71,19 +71,19 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
 
     // The average event as an amperometric spike: its row and marks.
     Display("Average", "4");
-    w->findChild<QComboBox*>("Combo15")->setCurrentText("1");
+    w->ElectronsBox()->setCurrentText("1");
     w->Action("menu_Ampero")->trigger();
     EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Amperometric);
-    EXPECT_EQ(w->Settings().Electrons, "1");
+    EXPECT_EQ(w->Settings().electrons, "1");
     EXPECT_EQ(MarkNames().front(), "Imax");
 
     // The diffusion model fitted to the same trace: its row and curve.
-    w->findChild<QComboBox*>("Combo17")->setCurrentText("Reflecting");
+    w->WalkEdgeBox()->setCurrentText("Reflecting");
     const int32_t before = ws.results.Count();
     w->Action("menu_RandomWalk")->trigger();   // a job
     ASSERT_TRUE(WaitFor([&] { return ws.results.Count() == before + 1; }, 60000));
     EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Diffusion);
-    EXPECT_EQ(w->Settings().Edge, "Reflecting");
+    EXPECT_EQ(w->Settings().walkEdge, "Reflecting");
     EXPECT_EQ(MarkNames(), std::vector<std::string>{"Simulated"});
 }
 

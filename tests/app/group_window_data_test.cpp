@@ -65,8 +65,8 @@ TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
     // Extract makes the shown trace (the average) the curve, under its own
     // header. It follows the display, not the type box changed since.
     w->findChild<QAction*>("key_next")->trigger();  // trace 1 is current, the average still shown
-    ASSERT_EQ(w->findChild<QLabel*>("Label6")->text().toStdString().rfind("Trace: 1 of ", 0), 0u);
-    w->findChild<QComboBox*>("Combo2")->setCurrentText("Individual");
+    ASSERT_EQ(w->TraceLabel()->text().toStdString().rfind("Trace: 1 of ", 0), 0u);
+    w->AnalysisTypeBox()->setCurrentText("Individual");
     w->Action("menu_trace_extract")->trigger();
     dialogs.AnswerInput("1");
     w->Action("menu_extractcurvedata")->trigger();
@@ -75,8 +75,8 @@ TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
     EXPECT_EQ(Body(extracted), Body(average));
 
     // A fit replaces it by the fitted curve, which starts after the stretch's start.
-    w->findChild<QComboBox*>("Combo9")->setCurrentText("1");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command2"), Qt::LeftButton);
+    w->ExponentialsBox()->setCurrentText("1");
+    QTest::mouseClick(w->FitButton(), Qt::LeftButton);
     ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
     dialogs.AnswerInput("1").AnswerSaveFile((dir / "curve.txt").string());
     w->Action("menu_savecurvedata")->trigger();
@@ -138,8 +138,8 @@ TEST_F(GroupDataTest, RightClickHighlightsTheShownTrace) {
     EXPECT_EQ(picture->Highlighted(), -1);
 
     // The average type: the average is the shown trace.
-    w->findChild<QComboBox*>("Combo2")->setCurrentText("Average");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    w->AnalysisTypeBox()->setCurrentText("Average");
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     rightClick(picture->PixelOf(0, mid / 2));
     EXPECT_EQ(picture->Highlighted(), 0);
 }
@@ -153,14 +153,14 @@ TEST_F(GroupDataTest, EpisodicEventsAreGroupedByTheirSweeps) {
     options.seed = 11;
     options.eventsPerSecond = 8;
     const SynthRecording synth = Synthesise(options);
-    Abf2Spec layout;
+    Abf2Layout layout;
     layout.intervalUs = 50;
-    layout.adcRange = synth.writeSpec.adcRange;
-    layout.adcResolution = synth.writeSpec.adcResolution;
+    layout.adcRange = synth.abfLayout.adcRange;
+    layout.adcResolution = synth.abfLayout.adcResolution;
     layout.operationMode = 5;  // episodic stimulation
     layout.samplesPerSweep = int32_t(kSweep);
     layout.sweeps = 6;
-    static_cast<AbfChannelSpec&>(layout.channels[0]) = synth.writeSpec.channels[0];
+    static_cast<AbfChannelLayout&>(layout.channels[0]) = synth.abfLayout.channels[0];
     ASSERT_EQ(synth.samples.size(), std::size_t(6 * kSweep));
     ASSERT_EQ(WriteFileAtomic(dir / "episodic.abf", std::span<const uint8_t>(Abf2Bytes(layout, synth.samples))), "");
     ClickFile("episodic.abf");
@@ -200,10 +200,10 @@ TEST_F(GroupDataTest, VariableLengthSweepsAreShownAsEpisodes) {
     dialogs.AnswerInput("0");  // the channel
     ASSERT_TRUE(OpenFile(SharedData() / "abf1/2009_01_19_0002_varlen_v18.abf"));
     GroupAnalysisWindow* w = group::OpenGroupAnalysis(*window);
-    w->findChild<QRadioButton*>("Option2_0")->setChecked(true);
-    w->findChild<QCheckBox*>("Check10")->setChecked(true);
-    w->findChild<QComboBox*>("Combo2")->setCurrentText("Superimpose");
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    w->EpisodesOption()->setChecked(true);
+    w->FullSweepCheck()->setChecked(true);
+    w->AnalysisTypeBox()->setCurrentText("Superimpose");
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     const group::TraceSet& set = w->Traces();
     ASSERT_EQ(set.count, 7);
     ASSERT_EQ(set.length, 4230);

@@ -46,11 +46,11 @@ protected:
     // of episodes.
     group::GroupAnalysisWindow* Display(const QString& type, const QString& blocks = "1", bool episodes = false) {
         Window();
-        w->findChild<QRadioButton*>(episodes ? "Option2_0" : "Option2_1")->setChecked(true);
-        w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
-        w->findChild<QComboBox*>("Combo2")->setCurrentText(type);
-        w->findChild<QComboBox*>("Combo4")->setCurrentText(blocks);
-        QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+        (episodes ? w->EpisodesOption() : w->ByGroupOption())->setChecked(true);
+        w->GroupBox()->setCurrentText("1");
+        w->AnalysisTypeBox()->setCurrentText(type);
+        w->BlocksBox()->setCurrentText(blocks);
+        QTest::mouseClick(w->StartButton(), Qt::LeftButton);
         return w;
     }
 

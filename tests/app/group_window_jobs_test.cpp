@@ -30,10 +30,10 @@ protected:
         d.Apply();
         GroupAnalysisWindow* w = group::OpenGroupAnalysis(*window);
         w->findChild<QRadioButton*>("Option2_1")->setChecked(true);
-        w->findChild<QComboBox*>("Combo1")->setCurrentText("1");
-        w->findChild<QComboBox*>("Combo2")->setCurrentText(type);
-        w->findChild<QComboBox*>("Combo4")->setCurrentText("2");
-        QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+        w->GroupBox()->setCurrentText("1");
+        w->AnalysisTypeBox()->setCurrentText(type);
+        w->BlocksBox()->setCurrentText("2");
+        QTest::mouseClick(w->StartButton(), Qt::LeftButton);
         w->resize(1100, 800);
         return w;
     }
@@ -55,7 +55,7 @@ TEST_F(GroupJobsTest, SuperimposedAmperometryIsAJobWithOneRowPerEvent) {
     for (const char* name : {"menu_DisplayTrace", "menu_trace_remove", "menu_StartFitting", "menu_Ampero",
                              "menu_RandomWalk", "menu_NonStationary"})
         EXPECT_FALSE(w->Action(name)->isEnabled()) << name;
-    EXPECT_FALSE(w->findChild<QPushButton*>("Command1")->isEnabled());
+    EXPECT_FALSE(w->StartButton()->isEnabled());
     ASSERT_TRUE(WaitFor([&] { return !jobs.Running(); }, 60000));
     ASSERT_EQ(ws.results.Count(), n);
     for (int32_t r = 1; r <= n; ++r) {

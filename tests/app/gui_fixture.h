@@ -41,7 +41,7 @@ protected:
         abfPath = dir / "syn.abf";
         ASSERT_EQ(WriteSynthetic(abfPath, Synthesise(options)), "");
         ws.iniPath = dir / "Vessanto.ini";
-        ws.settings.DataDir = dir.Path().string();
+        ws.settings.dataFolder = dir.Path().string();
         window = std::make_unique<MainWindow>(ws, dialogs);
         window->show();
         window->activateWindow();

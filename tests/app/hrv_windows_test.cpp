@@ -33,7 +33,7 @@ class HrvWindowTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ws.iniPath = dir / "Vessanto.ini";
-        ws.settings.DataDir = dir.Path().string();
+        ws.settings.dataFolder = dir.Path().string();
         // 400 beats around 700 ms: 25 ms at 0.25 Hz and 15 ms at 0.08 Hz.
         double t = 0;
         for (int k = 0; k <= 400; ++k) {

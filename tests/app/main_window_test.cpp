@@ -131,7 +131,7 @@ TEST_F(GuiTest, StoredEventsBeepWhileTheSoundIsOnNonStopIncluded) {
     EXPECT_EQ(beeps, 0);
 
     sound->click();
-    ASSERT_TRUE(ws.settings.SoundOn);
+    ASSERT_TRUE(ws.settings.soundOn);
     window->Trace()->setFocus();
     dialogs.AnswerYesNoCancel(Answer::No);
     Key(Qt::Key_F11);
@@ -171,8 +171,7 @@ TEST_F(GuiTest, ClosingAsksAboutUnsavedEventsAndSettings) {
 TEST_F(GuiTest, ChangingPointsAtPeakWithEventsAsksToSaveAndReset) {
     OpenSample();
     AnalyseUntilEvents(1);
-    auto* combo = window->findChild<QComboBox*>("Combo2");
-    ASSERT_NE(combo, nullptr);
+    auto* combo = window->PointsAtPeakBox();
     // No keeps the events and puts the old value back in the box.
     dialogs.AnswerYesNo(false);
     combo->setCurrentIndex(2);

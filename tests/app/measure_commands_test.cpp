@@ -132,8 +132,7 @@ TEST_F(MeasureGuiTest, NoiseMenusReportTheScreenAndSetTheThresholdBox) {
 }
 
 TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
-    auto* button = window->findChild<QPushButton*>("Command1");
-    ASSERT_NE(button, nullptr);
+    auto* button = window->AnalyzeButton();
     auto hover = [&] {
         QToolTip::hideText();  // hides after a short delay
         EXPECT_TRUE(WaitFor([] { return !QToolTip::isVisible(); }, 2000));
@@ -148,13 +147,13 @@ TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
     ASSERT_NE(toggle, nullptr);
     for (bool on : {false, true}) {
         toggle->trigger();
-        EXPECT_EQ(ws.settings.DisplayTooltips, on);
+        EXPECT_EQ(ws.settings.showToolTips, on);
         EXPECT_EQ(hover(), on ? QString(ui_text::kTipAnalyze) : QString());
     }
 
     // Settings read from a file (DisplayTooltips=False) take effect and move
     // the menu check with them.
-    ws.settings.DisplayTooltips = false;
+    ws.settings.showToolTips = false;
     window->RefreshAll();
     EXPECT_FALSE(toggle->isChecked());
     EXPECT_EQ(hover(), QString());

@@ -14,8 +14,7 @@ namespace {
 TEST(ParameterPanelTest, PointsAtPeakBeyondTheListIsShownAsItIs) {
     ParameterPanel panel;
     Settings settings;
-    auto* points = panel.findChild<QComboBox*>("Combo2");
-    ASSERT_NE(points, nullptr);
+    auto* points = panel.PointsAtPeakBox();
     settings.analysis.NumberPointsPeak = 5;
     panel.Show(settings, "pA", 50);
     EXPECT_EQ(points->currentText(), "5");

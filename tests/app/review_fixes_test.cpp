@@ -43,9 +43,9 @@ TEST_F(FixesTest, ProgressStartsAgainAfterResetAndForAnotherFile) {
 }
 
 TEST_F(FixesTest, PointerReadoutNamesTheUnitOfTheFileOpen) {
-    auto writeSpec = MakeSpec(50, 1.0f);
-    writeSpec.channels[0].units = "mV";
-    ASSERT_EQ(WriteAbf(dir / "volts.abf", writeSpec, std::vector<int16_t>(4096, 5)), "");
+    auto abfLayout = MakeAbfLayout(50, 1.0f);
+    abfLayout.channels[0].units = "mV";
+    ASSERT_EQ(WriteAbf(dir / "volts.abf", abfLayout, std::vector<int16_t>(4096, 5)), "");
     OpenSample();
     auto* pointer = window->findChild<QLabel*>("lbPointer");
     ASSERT_NE(pointer, nullptr);
@@ -105,7 +105,7 @@ TEST_F(FixesTest, StartingWithAFileShowsItsFolderInTheTree) {
     std::filesystem::copy_file(abfPath, deep / "start.abf");
     window->hide();
     window.reset();
-    ws.settings.DataDir = deep.string();
+    ws.settings.dataFolder = deep.string();
     window = std::make_unique<MainWindow>(ws, dialogs);
     window->show();
     window->OpenPath(QString::fromStdString((deep / "start.abf").string()));

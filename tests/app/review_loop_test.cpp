@@ -102,10 +102,10 @@ TEST_F(ReviewTest, ScreensOpenFittedAndTheDisplayKeysStepFromThere) {
     const VisibleCounts zoomed = Visible();
     EXPECT_NEAR(zoomed.topCounts - zoomed.bottomCounts, (fitted.topCounts - fitted.bottomCounts) / 1.25, 1e-6);
     Key(Qt::Key_PageUp);
-    EXPECT_NE(ws.settings.DisplayOffset, 0);
+    EXPECT_NE(ws.settings.displayOffsetCounts, 0);
     Type('0');
-    EXPECT_EQ(ws.settings.DisplayGain, "1");
-    EXPECT_EQ(ws.settings.DisplayOffset, 0);
+    EXPECT_EQ(ws.settings.displayGain, "1");
+    EXPECT_EQ(ws.settings.displayOffsetCounts, 0);
     EXPECT_DOUBLE_EQ(Visible().topCounts, fitted.topCounts);
 
     // H: every sample of the screen, the largest transient included.
@@ -114,7 +114,7 @@ TEST_F(ReviewTest, ScreensOpenFittedAndTheDisplayKeysStepFromThere) {
     const auto [lo, hi] = std::minmax_element(samples.begin(), samples.end());
     EXPECT_LT(Visible().bottomCounts, *lo);
     EXPECT_GT(Visible().topCounts, *hi);
-    EXPECT_NE(ws.settings.DisplayGain, "1");
+    EXPECT_NE(ws.settings.displayGain, "1");
 
 }
 

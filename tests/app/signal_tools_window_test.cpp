@@ -49,7 +49,7 @@ TEST_F(SignalToolsTest, NoiseToolsMeasureTheShownTraceAndNameTheFilter) {
     form->findChild<QSpinBox*>("spFilterOrder")->setValue(2);
     QTest::mouseClick(form->findChild<QPushButton*>("btnFilterApply"), Qt::LeftButton);
     ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered() && !window->Busy(); }, 20000));
-    ASSERT_FALSE(ws.settings.DetectOnFiltered);  // detection still reads the recorded trace
+    ASSERT_FALSE(ws.settings.detectOnFiltered);  // detection still reads the recorded trace
     form->close();
 
     const std::string filtered = measure();

@@ -70,7 +70,7 @@ TEST_F(StatisticsGuiTest, FillsArraysFromEventsRunsATTestAndAHistogram) {
     Trigger("menu_ttest_EqualVar");
     DataAnalysisWindow* w = Analysis();
     ASSERT_NE(w, nullptr);
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    QTest::mouseClick(w->RunButton(), Qt::LeftButton);
     const QTableWidget& grid = *w->ResultGrid();
     // The grid shows the core's table cell for cell.
     const auto expected = RunTest(StatTest::TTestEqualVar, ws.array1.ValuesAsDouble(),
@@ -201,7 +201,7 @@ TEST_F(StatisticsGuiTest, MathematicalOperationWindowComputesIntoTheChosenArray)
     w->Constant(1)->setText("2.5");
     w->Operation()->setCurrentText("Muliply");
     w->Destination()->setCurrentIndex(1);
-    QTest::mouseClick(w->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    QTest::mouseClick(w->RunButton(), Qt::LeftButton);
     ASSERT_EQ(ws.array2.UpperBound(), 3);
     EXPECT_EQ(ws.array2[3], 7.5f);
     EXPECT_EQ(dialogs.Messages().back().caption, "Mathematical Operation Finished");

@@ -86,7 +86,7 @@ TEST(BatchRun, StopEndsTheRunAndLeavesNoPartialEventFile) {
     const std::vector<fs::path> files = {Synth(dir, "a.abf", 4, 20), Synth(dir, "b.abf", 5, 1)};
     BatchSetup setup;
     setup.jobs = 1;
-    setup.settings.DisplayTotalNumberBlockPerScreen = 1;  // many screens, many chances to stop
+    setup.settings.blocksPerScreen = 1;  // many screens, many chances to stop
     std::atomic<bool> stop{false};
     BatchCallbacks callbacks;
     callbacks.fileProgress = [&](std::size_t, int percent) {

@@ -78,7 +78,7 @@ TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
     AddEvent(trace, 2600, DoubleExp{10, 100, 1000});
     Fixture f(trace);
     ScriptedDialogs dialogs;
-    f.ws.settings.DisplayTotalNumberBlockPerScreen = 4;  // 1024 points a screen
+    f.ws.settings.blocksPerScreen = 4;  // 1024 points a screen
     AnalyzeCurrentScreen(f.ws, dialogs);
     AnalyzeNextWindow(f.ws, dialogs);
     AnalyzeNextWindow(f.ws, dialogs);

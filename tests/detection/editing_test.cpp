@@ -27,7 +27,7 @@ EventRecord Event(float timeMs, uint8_t group = 0, int32_t sampleIndex = 0) {
 struct Editing : ::testing::Test {
     void SetUp() override {
         ws.recording = test::MakeRecording(dir / "r.abf", std::vector<int16_t>(10 * 256, 0), 50);
-        ws.settings.DisplayTotalNumberBlockPerScreen = 4;
+        ws.settings.blocksPerScreen = 4;
     }
     void Fill(const std::vector<EventRecord>& records) {
         ws.events.Clear();

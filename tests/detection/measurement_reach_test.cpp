@@ -117,9 +117,9 @@ TEST(Area, RoundedSumConvertedAsALevel) {
     const int16_t bump[] = {100, 300, 200, 101, 31, 1};
     for (int k = 0; k < 6; ++k) trace[std::size_t(600 + k)] = bump[k];
     test::TempDir dir;
-    AbfWriteSpec writeSpec = test::MakeSpec(50, 1.0f);
-    writeSpec.channels[0].signalOffset = 2.5f;
-    ASSERT_EQ(WriteAbf(dir / "offset.abf", writeSpec, trace), "");
+    AbfWriteLayout abfLayout = test::MakeAbfLayout(50, 1.0f);
+    abfLayout.channels[0].signalOffset = 2.5f;
+    ASSERT_EQ(WriteAbf(dir / "offset.abf", abfLayout, trace), "");
     AbfError error = AbfError::None;
     const auto rec = Recording::Open(dir / "offset.abf", &error);
     ASSERT_NE(rec, nullptr);

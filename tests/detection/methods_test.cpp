@@ -60,7 +60,7 @@ protected:
         ws.settings.method.riseTauMs = kKernel.riseTauMs;
         ws.settings.method.decayTauMs = kKernel.decayTauMs;
         ws.params().PeakDirection = -1;
-        ws.settings.DisplayTotalNumberBlockPerScreen = 4;  // 1024-point screens
+        ws.settings.blocksPerScreen = 4;  // 1024-point screens
         return ws;
     }
 };

@@ -24,7 +24,7 @@ struct NavigationView : ::testing::Test {
     void SetUp() override {
         const std::vector<int16_t> samples(10 * 256, 0);
         ws.recording = test::MakeRecording(dir / "r.abf", samples, 50);
-        ws.settings.DisplayTotalNumberBlockPerScreen = 4;
+        ws.settings.blocksPerScreen = 4;
     }
     bool Go(NavCommand c) {
         const NavResult r = Navigate(ws, c);
@@ -109,26 +109,26 @@ TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
     Fill({Event(10, 200, 2), Event(20, 400, 0), Event(30, 600, 1), Event(40, 800, 255),
           Event(50, 1000, 2)});
     using enum NavCommand;
-    ws.settings.GroupNavigate = 0;  // all groups; rejected events have a group too
+    ws.settings.navigationGroup = 0;  // all groups; rejected events have a group too
     Walk({{FirstGrouped, true, 1}, {NextGrouped, true, 3}, {NextGrouped, true, 4},
           {LastGrouped, true, 5}, {NextGrouped, false}});
-    ws.settings.GroupNavigate = 2;
+    ws.settings.navigationGroup = 2;
     Walk({{PrevGrouped, true, 1}, {PrevGrouped, false}});
     ws.selectedEvent = 2;  // from an ungrouped event
     Walk({{NextGrouped, true, 5}});
-    ws.settings.GroupNavigate = 7;
+    ws.settings.navigationGroup = 7;
     Walk({{FirstGrouped, false}});
 
     const auto items = GroupNavigationItems();
     ASSERT_EQ(items.size(), 256u);
     EXPECT_EQ(items[0], "All groups");
     EXPECT_EQ(items[255], "255");
-    ws.settings.GroupNavigate = 300;
+    ws.settings.navigationGroup = 300;
     EXPECT_EQ(GroupNavigationFilter(ws.settings), 0);
 }
 
 TEST_F(NavigationView, NextEventInNextWindowSkipsEmptyScreens) {
-    ws.settings.DisplayTotalNumberBlockPerScreen = 2;
+    ws.settings.blocksPerScreen = 2;
     Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
     ws.selectedEvent = 2;
     // Screens 2..3 and 4..5 hold no event.
@@ -141,7 +141,7 @@ TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
     const std::tuple<const char*, int32_t, int32_t> times[] = {
         {"20", 1, 1}, {"12.79", 1, 1}, {"12.77", 1, 0}, {" 20 ", 4, 0}};
     for (const auto& [entry, blocks, screen] : times) {
-        ws.settings.DisplayTotalNumberBlockPerScreen = blocks;
+        ws.settings.blocksPerScreen = blocks;
         ws.screenStartBlock = 8;
         dialogs.AnswerInput(entry);
         const NavResult r = JumpToTime(ws, dialogs);
@@ -195,14 +195,14 @@ TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
 }
 
 TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
-    ws.settings.DisplayTotalNumberBlockPerScreen = 1;
-    ws.settings.JumpInterval = 20;  // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2
+    ws.settings.blocksPerScreen = 1;
+    ws.settings.jumpIntervalMs = 20;  // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2
     Walk({{NavCommand::NextTimeInterval, true, -1, 1}, {NavCommand::NextTimeInterval, true, -1, 2}});
-    ws.settings.JumpInterval = 5;  // shorter than a screen
+    ws.settings.jumpIntervalMs = 5;  // shorter than a screen
     Walk({{NavCommand::NextTimeInterval, true, -1, 3}});
     ws.screenStartBlock = 9;
     Walk({{NavCommand::NextTimeInterval, false}});  // past the data
-    ws.settings.JumpInterval = 0;
+    ws.settings.jumpIntervalMs = 0;
     ws.screenStartBlock = 0;
     Walk({{NavCommand::NextTimeInterval, false}});
 }
@@ -231,9 +231,9 @@ TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
 
     Settings settings;
     StoreDisplayScale(settings, {0.16, -7});
-    EXPECT_EQ(settings.DisplayGain, "0.16");
-    EXPECT_EQ(settings.DisplayOffset, -7);
-    settings.DisplayGain = "x";
+    EXPECT_EQ(settings.displayGain, "0.16");
+    EXPECT_EQ(settings.displayOffsetCounts, -7);
+    settings.displayGain = "x";
     EXPECT_EQ(DisplayScaleFromSettings(settings).gain, 1.0);
 }
 

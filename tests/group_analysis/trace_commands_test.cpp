@@ -163,11 +163,11 @@ TEST(TraceAnalysisRun, AStoppedDiffusionFitGivesNoRow) {
 
 TEST(TraceAnalysisRun, StoredTextsThatAreNoNumbersKeepTheDefaults) {
     GroupAnalysisSettings stored;
-    stored.Electrons = "abc";
-    stored.Release = "-1";
-    stored.DeadRadius = "0";
-    stored.Km = "0.5";
-    stored.Edge = "Reflecting";
+    stored.electrons = "abc";
+    stored.release = "-1";
+    stored.deadRadius = "0";
+    stored.km = "0.5";
+    stored.walkEdge = "Reflecting";
     TraceAnalysisSettings s;
     ApplyStoredSettings(s, stored);
     EXPECT_EQ(s.ampero.electrons, 2);

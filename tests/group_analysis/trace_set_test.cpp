@@ -164,14 +164,14 @@ TEST_F(RampRecording, ATraceSetBeyondTheBudgetIsRefusedWithTheMemoryNeeded) {
 TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
     // Frames of two channels: channel 0 holds 1000 + i, channel 1 holds 2000 + i.
     TempDir dir;
-    AbfWriteSpec writeSpec = test::MakeSpec(50);
-    writeSpec.channels.push_back(writeSpec.channels[0]);
+    AbfWriteLayout abfLayout = test::MakeAbfLayout(50);
+    abfLayout.channels.push_back(abfLayout.channels[0]);
     std::vector<int16_t> frames;
     for (int i = 0; i < 512; ++i) {
         frames.push_back(int16_t(1000 + i));
         frames.push_back(int16_t(2000 + i));
     }
-    ASSERT_EQ(WriteAbf(dir / "two.abf", writeSpec, frames), "");
+    ASSERT_EQ(WriteAbf(dir / "two.abf", abfLayout, frames), "");
     AbfError error{};
     auto rec = Recording::Open(dir / "two.abf", &error);
     ASSERT_TRUE(rec);

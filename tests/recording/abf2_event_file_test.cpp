@@ -34,12 +34,12 @@ protected:
 
     // cell.abf: one ABF 2 channel of 2048 points, opened in ws with six events.
     void OpenWithEvents(Workspace& ws, ScriptedDialogs& dialogs) {
-        test::Abf2Spec writeSpec;
-        writeSpec.channels[0].telegraphEnable = 1;
-        writeSpec.channels[0].telegraphAdditGain = 2;
+        test::Abf2Layout abfLayout;
+        abfLayout.channels[0].telegraphEnable = 1;
+        abfLayout.channels[0].telegraphAdditGain = 2;
         std::vector<int16_t> samples(2048);
         for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(i % 300);
-        const auto bytes = test::Abf2Bytes(writeSpec, samples);
+        const auto bytes = test::Abf2Bytes(abfLayout, samples);
         std::ofstream(dir / "cell.abf", std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
         ASSERT_TRUE(OpenDataFile(ws, dir / "cell.abf", dialogs));

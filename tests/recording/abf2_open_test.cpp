@@ -17,12 +17,12 @@ namespace {
 using namespace abf2;
 
 std::vector<uint8_t> ValidAbf2(int channels = 1) {
-    test::Abf2Spec writeSpec;
-    writeSpec.channels.resize(std::size_t(channels));
-    for (int c = 0; c < channels; ++c) writeSpec.channels[std::size_t(c)].adcNum = int16_t(c);
+    test::Abf2Layout abfLayout;
+    abfLayout.channels.resize(std::size_t(channels));
+    for (int c = 0; c < channels; ++c) abfLayout.channels[std::size_t(c)].adcNum = int16_t(c);
     std::vector<int16_t> samples(std::size_t(600 * channels));
     for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(i % 1000);
-    return test::Abf2Bytes(writeSpec, samples);
+    return test::Abf2Bytes(abfLayout, samples);
 }
 
 using test::Save;

@@ -132,9 +132,9 @@ TEST(RealAbf2Recording, AbfOneTwinsHoldTheSameSamples) {
     }
 }
 
-test::Abf2Spec TwoChannels() {
-    test::Abf2Spec writeSpec;
-    writeSpec.intervalUs = 33.3f;  // not a multiple of the channel count
+test::Abf2Layout TwoChannels() {
+    test::Abf2Layout abfLayout;
+    abfLayout.intervalUs = 33.3f;  // not a multiple of the channel count
     test::Abf2Channel a;
     a.adcNum = 3;
     a.name = "Imemb";
@@ -152,8 +152,8 @@ test::Abf2Spec TwoChannels() {
     b.units = "mV";
     b.instrumentScaleFactor = 0.01f;
     b.telegraphAdditGain = 7;  // telegraph off: not applied
-    writeSpec.channels = {a, b};
-    return writeSpec;
+    abfLayout.channels = {a, b};
+    return abfLayout;
 }
 
 // Channel 0: gain 2 x 0.5 x 4 x telegraph 5 = 20, offset 0.25 + 1.5; channel 1:

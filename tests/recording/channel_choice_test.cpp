@@ -34,8 +34,8 @@ public:
 // Three channels whose ADCs are not in position order (ADC 3, 0, 5): each
 // position's name and unit come from its own ADC.
 std::filesystem::path WriteThreeChannels(const test::TempDir& dir, bool floating) {
-    AbfWriteSpec spec = test::MakeSpec(100.0);
-    spec.channels = {AbfChannelSpec{}, AbfChannelSpec{}, AbfChannelSpec{}};
+    AbfWriteLayout spec = test::MakeAbfLayout(100.0);
+    spec.channels = {AbfChannelLayout{}, AbfChannelLayout{}, AbfChannelLayout{}};
     spec.channels[0].name = "Im";
     spec.channels[0].units = "pA";
     spec.channels[1].name = "Vm";

@@ -37,11 +37,11 @@ TEST(Conversions, CountsAndUnitsWithTiesToEvenAndClamping) {
 
 TEST(Conversions, OffsetAppliesToLevelsOnly) {
     test::TempDir dir;
-    AbfWriteSpec writeSpec = test::MakeSpec(20.0, 2.0f);
-    writeSpec.channels[0].signalOffset = 1.0f;
-    writeSpec.channels[0].instrumentOffset = 0.5f;
+    AbfWriteLayout abfLayout = test::MakeAbfLayout(20.0, 2.0f);
+    abfLayout.channels[0].signalOffset = 1.0f;
+    abfLayout.channels[0].instrumentOffset = 0.5f;
     const auto samples = Ramp(4);
-    ASSERT_EQ(WriteAbf(dir / "o.abf", writeSpec, samples), "");
+    ASSERT_EQ(WriteAbf(dir / "o.abf", abfLayout, samples), "");
     auto rec = Recording::Open(dir / "o.abf", nullptr);
     ASSERT_TRUE(rec);
     EXPECT_FLOAT_EQ(rec->Offset(), 1.5f);
@@ -57,13 +57,13 @@ class AdditionalGain : public ::testing::Test {
 protected:
     std::vector<uint8_t> bytes;
     void SetUp() override {
-        AbfWriteSpec writeSpec = test::MakeSpec(50.0);
-        AbfChannelSpec c;
+        AbfWriteLayout abfLayout = test::MakeAbfLayout(50.0);
+        AbfChannelLayout c;
         c.programmableGain = 1.0f;
         c.instrumentScaleFactor = 0.5f;
         c.signalGain = 2.0f;
-        writeSpec.channels = {c, c};
-        bytes = BuildAbfHeader(writeSpec, 4);
+        abfLayout.channels = {c, c};
+        bytes = BuildAbfHeader(abfLayout, 4);
         bytes.resize(bytes.size() + 16, 0);
     }
     template <class T>
@@ -117,21 +117,21 @@ TEST_F(AdditionalGain, FollowsTheVersionAndTheAutosampleFields) {
 // The writer's files read back through the reader (checked against the real recordings).
 TEST(AbfWriter, ThreeChannelsRoundTripThroughTheReader) {
     test::TempDir dir;
-    AbfWriteSpec writeSpec = test::MakeSpec(30.0, 2.0f);  // 10 us a sample in the stream
-    AbfChannelSpec mv;
+    AbfWriteLayout abfLayout = test::MakeAbfLayout(30.0, 2.0f);  // 10 us a sample in the stream
+    AbfChannelLayout mv;
     mv.name = "Vm";
     mv.units = "mV";
     mv.instrumentScaleFactor = 0.01f;
     mv.signalOffset = 1.5f;
     mv.instrumentOffset = -0.5f;
-    writeSpec.channels.push_back(mv);
-    writeSpec.channels.push_back(mv);
-    writeSpec.comment = "round trip";
+    abfLayout.channels.push_back(mv);
+    abfLayout.channels.push_back(mv);
+    abfLayout.comment = "round trip";
     // 700 frames: not a whole number of 256-point blocks.
     std::vector<int16_t> samples;
     for (int i = 0; i < 700; ++i)
         for (int v : {i - 350, -32768 + i, 32767 - i}) samples.push_back(int16_t(v));
-    ASSERT_EQ(WriteAbf(dir / "three.abf", writeSpec, samples), "");
+    ASSERT_EQ(WriteAbf(dir / "three.abf", abfLayout, samples), "");
 
     AbfError error{};
     auto rec = Recording::Open(dir / "three.abf", &error);
@@ -159,17 +159,17 @@ TEST(AbfWriter, RefusesImpossibleRequestsAndLeavesTheTargetAlone) {
     test::TempDir dir;
     const auto file = dir / "keep.abf";
     const std::vector<int16_t> samples{1, 2, 3, 4};
-    ASSERT_EQ(WriteAbf(file, test::MakeSpec(50), samples), "");
+    ASSERT_EQ(WriteAbf(file, test::MakeAbfLayout(50), samples), "");
     const auto before = ReadFileBytes(file);
-    AbfWriteSpec none = test::MakeSpec(50), two = none, seventeen = none;
+    AbfWriteLayout none = test::MakeAbfLayout(50), two = none, seventeen = none;
     none.channels.clear();
     two.channels.resize(2);
     seventeen.channels.resize(17);
     EXPECT_NE(WriteAbf(file, none, samples), "");
     EXPECT_NE(WriteAbf(file, two, std::vector<int16_t>{1, 2, 3}), "");  // not whole frames
     EXPECT_NE(WriteAbf(file, seventeen, std::vector<int16_t>(17)), "");
-    EXPECT_NE(WriteAbf(file, test::MakeSpec(0), samples), "");
-    EXPECT_NE(WriteAbf(dir / "no-such-folder" / "x.abf", test::MakeSpec(50), samples), "");
+    EXPECT_NE(WriteAbf(file, test::MakeAbfLayout(0), samples), "");
+    EXPECT_NE(WriteAbf(dir / "no-such-folder" / "x.abf", test::MakeAbfLayout(50), samples), "");
     EXPECT_EQ(ReadFileBytes(file), before);
     EXPECT_FALSE(std::filesystem::exists(dir / "keep.abf.tmp"));
 }

@@ -22,11 +22,11 @@ using test::TempDir;
 // 2 counts a pA, 50 us a point, and an instrument offset so that levels
 // (with offset) and differences (without) come out apart.
 std::unique_ptr<Recording> OffsetRecording(const TempDir& dir) {
-    auto writeSpec = test::MakeSpec(50, 2.0f);
-    writeSpec.channels[0].instrumentOffset = 3.0f;
+    auto abfLayout = test::MakeAbfLayout(50, 2.0f);
+    abfLayout.channels[0].instrumentOffset = 3.0f;
     std::vector<int16_t> samples(2048, 0);
     const auto path = dir / "rec.abf";
-    EXPECT_EQ(WriteAbf(path, writeSpec, samples), "");
+    EXPECT_EQ(WriteAbf(path, abfLayout, samples), "");
     AbfError error{};
     auto rec = Recording::Open(path, &error);
     EXPECT_TRUE(rec);

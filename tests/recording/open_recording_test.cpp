@@ -16,9 +16,9 @@ using test::TempDir;
 
 // A valid file of `channels` channels and `frames` frames as bytes.
 std::vector<uint8_t> ValidBytes(int channels = 1, int frames = 600) {
-    AbfWriteSpec writeSpec = test::MakeSpec(50.0);
-    writeSpec.channels.resize(std::size_t(channels));
-    std::vector<uint8_t> bytes = BuildAbfHeader(writeSpec, frames);
+    AbfWriteLayout abfLayout = test::MakeAbfLayout(50.0);
+    abfLayout.channels.resize(std::size_t(channels));
+    std::vector<uint8_t> bytes = BuildAbfHeader(abfLayout, frames);
     const std::size_t at = bytes.size();
     bytes.resize(at + std::size_t(frames * channels) * 2);
     for (int i = 0; i < frames * channels; ++i)

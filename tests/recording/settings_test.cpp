@@ -25,19 +25,19 @@ void Put(const std::filesystem::path& p, const std::string& text) {
 
 Settings Changed() {
     Settings s;
-    s.DataDir = "/home/someone/recordings/2024";  // longer than 10 characters
-    s.SoundOn = true;
-    s.DisplayTooltips = false;
-    s.LockBase = true;
-    s.FractionWindow = "0.5";
-    s.DisplayTrace = false;
-    s.DisplayGain = "2.5";
-    s.DisplayOffset = -1200;
-    s.DisplayTotalNumberBlockPerScreen = 8;
-    s.GroupNavigate = 3;
-    s.JumpInterval = 250;
-    s.FilterType = 2;
-    s.FilterFreq = "500";
+    s.dataFolder = "/home/someone/recordings/2024";  // longer than 10 characters
+    s.soundOn = true;
+    s.showToolTips = false;
+    s.lockBaseline = true;
+    s.windowFraction = "0.5";
+    s.drawTrace = false;
+    s.displayGain = "2.5";
+    s.displayOffsetCounts = -1200;
+    s.blocksPerScreen = 8;
+    s.navigationGroup = 3;
+    s.jumpIntervalMs = 250;
+    s.filterKind = 2;
+    s.filterCutoffHz = "500";
     s.analysis.PeakDirection = 1;
     s.analysis.ThresholdAmplitude = 7.25f;
     s.analysis.PeriodToSearchMax = 15000;
@@ -61,7 +61,7 @@ TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
     Settings expected;
     expected.method.method = DetectionMethod::Deconvolution;
     expected.method.suggestFromRecording = true;
-    expected.FilterType = 5;  // a 4-pole Bessel low-pass at 1 kHz; files keep the table's 4
+    expected.filterKind = 5;  // a 4-pole Bessel low-pass at 1 kHz; files keep the table's 4
     EXPECT_EQ(s, expected);
     for (const auto& [text, method, suggest] :
          {std::tuple{"[Analysis]\r\nPeakDirection%=-1\r\n", DetectionMethod::Threshold, false},
@@ -72,7 +72,7 @@ TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
         const Settings read = LoadIniSettings(dir / "old.ini");
         EXPECT_EQ(read.method.method, method) << text;
         EXPECT_EQ(read.method.suggestFromRecording, suggest) << text;
-        EXPECT_EQ(read.FilterType, 4) << text;
+        EXPECT_EQ(read.filterKind, 4) << text;
     }
 }
 
@@ -114,15 +114,15 @@ TEST(Settings, ValuesAreCutAtTenCharactersAndBadNumbersGiveDefaults) {
         "[Analysis]\nThresholdAmplitude!=12.5xyz\nNumberPointsPeak=0\nPeriodToSearchMax&=  42 \n"
         "ComplexPeak=\"true\"\nDecayPercent!=0.5\n[Program]\nDataDir=/a/very/long/folder/name\n");
     const Settings s = SettingsFromIni(ini);
-    EXPECT_EQ(s.FractionWindow, "0.12345678");
-    EXPECT_EQ(s.JumpInterval, 1000);
-    EXPECT_EQ(s.FilterType, 4);
+    EXPECT_EQ(s.windowFraction, "0.12345678");
+    EXPECT_EQ(s.jumpIntervalMs, 1000);
+    EXPECT_EQ(s.filterKind, 4);
     EXPECT_EQ(s.analysis.ThresholdAmplitude, 5.0f);
     EXPECT_EQ(s.analysis.NumberPointsPeak, 1);
     EXPECT_EQ(s.analysis.PeriodToSearchMax, 42);
     EXPECT_TRUE(s.analysis.ComplexPeak);
     EXPECT_EQ(s.analysis.DecayPercent, 0.5f);
-    EXPECT_EQ(s.DataDir, "/a/very/long/folder/name");  // a folder is read whole
+    EXPECT_EQ(s.dataFolder, "/a/very/long/folder/name");  // a folder is read whole
 }
 
 TEST(IniFile, SetAddsKeysAtTheEndOfTheirSectionAndNewSectionsAtTheEnd) {
@@ -162,14 +162,14 @@ TEST(Settings, CommandsSayWhatTheyDid) {
     EXPECT_EQ(ws.settings, Changed());
 
     // Closing: Cancel keeps the form open and writes nothing.
-    ws.settings.JumpInterval = 77;
+    ws.settings.jumpIntervalMs = 77;
     dialogs.AnswerYesNoCancel(Answer::Cancel);
     EXPECT_FALSE(AskSaveSettingsOnExit(ws, dialogs));
     EXPECT_EQ(dialogs.Transcript().back().caption, "Save Settings");
-    EXPECT_EQ(LoadIniSettings(ws.iniPath).JumpInterval, 250);
+    EXPECT_EQ(LoadIniSettings(ws.iniPath).jumpIntervalMs, 250);
     dialogs.AnswerYesNoCancel(Answer::Yes);
     EXPECT_TRUE(AskSaveSettingsOnExit(ws, dialogs));
-    EXPECT_EQ(LoadIniSettings(ws.iniPath).JumpInterval, 77);
+    EXPECT_EQ(LoadIniSettings(ws.iniPath).jumpIntervalMs, 77);
     // Yes with a save that fails keeps the form open.
     ws.iniPath = dir.Path();
     dialogs.AnswerYesNoCancel(Answer::Yes);
@@ -180,15 +180,15 @@ TEST(Settings, CommandsSayWhatTheyDid) {
 // Every value is written to survive the 10-character read (1.3456789e-05 once came back as "1.3456789e").
 TEST(Settings, ExtremeValuesOfEveryKeySurviveTheTenCharacterRead) {
     Settings s;
-    s.FractionWindow = "0.123456789012";
-    s.DisplayGain = "12345.6789012";
-    s.FilterFreq = "1000.00000001";
-    s.DisplayOffset = kMinDisplayOffset;
-    s.DisplayTotalNumberBlockPerScreen = kMaxBlocksPerScreen;
-    s.GroupNavigate = 255;
-    s.JumpInterval = std::numeric_limits<int32_t>::max();
-    s.FilterType = kMaxFilterType;
-    s.FilterOrder = kMaxFilterOrder;
+    s.windowFraction = "0.123456789012";
+    s.displayGain = "12345.6789012";
+    s.filterCutoffHz = "1000.00000001";
+    s.displayOffsetCounts = kMinDisplayOffset;
+    s.blocksPerScreen = kMaxBlocksPerScreen;
+    s.navigationGroup = 255;
+    s.jumpIntervalMs = std::numeric_limits<int32_t>::max();
+    s.filterKind = kMaxFilterType;
+    s.filterOrder = kMaxFilterOrder;
     AnalysisParameters& a = s.analysis;
     a.PeakDirection = std::numeric_limits<int16_t>::min();
     a.ThresholdAmplitude = 1.3456789e-05f;
@@ -209,9 +209,9 @@ TEST(Settings, ExtremeValuesOfEveryKeySurviveTheTenCharacterRead) {
     EXPECT_EQ(ini.Get("Analysis", "ThresholdAmplitude!"), "1.34568e-5");
     EXPECT_NEAR(back.analysis.ThresholdAmplitude, 1.3456789e-05f, 1e-10);
     Settings expected = s;
-    expected.FractionWindow = "0.12345678";
-    expected.DisplayGain = "12345.6789";
-    expected.FilterFreq = "1000.00000";
+    expected.windowFraction = "0.12345678";
+    expected.displayGain = "12345.6789";
+    expected.filterCutoffHz = "1000.00000";
     expected.analysis.ThresholdAmplitude = back.analysis.ThresholdAmplitude;
     expected.analysis.DecayPercent = 0.12345679f;
     EXPECT_EQ(back, expected);

@@ -16,11 +16,11 @@
 namespace vess::test {
 
 inline std::unique_ptr<Recording> OffsetRecording(const TempDir& dir, std::vector<int16_t> samples = {}) {
-    auto writeSpec = MakeSpec(50, 2.0f);
-    writeSpec.channels[0].instrumentOffset = 3.0f;
+    auto abfLayout = MakeAbfLayout(50, 2.0f);
+    abfLayout.channels[0].instrumentOffset = 3.0f;
     if (samples.empty()) samples.assign(4096, 0);
     const auto path = dir / "rec.abf";
-    if (!WriteAbf(path, writeSpec, samples).empty()) return nullptr;
+    if (!WriteAbf(path, abfLayout, samples).empty()) return nullptr;
     AbfError error{};
     return Recording::Open(path, &error);
 }

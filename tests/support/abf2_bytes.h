@@ -13,12 +13,12 @@ namespace vess::test {
 
 // The scaling fields as for ABF 1.x; telegraphAdditGain is stored as given
 // and counts only where telegraphEnable is set.
-struct Abf2Channel : AbfChannelSpec {
+struct Abf2Channel : AbfChannelLayout {
     int16_t adcNum = 0;
     int16_t telegraphEnable = 0;
 };
 
-struct Abf2Spec {
+struct Abf2Layout {
     float intervalUs = 50;            // per channel
     float adcRange = 10;
     int32_t adcResolution = 32768;
@@ -32,7 +32,7 @@ struct Abf2Spec {
 inline constexpr uint32_t kAbf2ProtocolBlock = 1, kAbf2AdcBlock = 2, kAbf2StringsBlock = 3,
                           kAbf2DataBlock = 4;
 
-// interleaved holds whole frames of writeSpec.channels.size() samples.
-std::vector<uint8_t> Abf2Bytes(const Abf2Spec& writeSpec, const std::vector<int16_t>& interleaved);
+// interleaved holds whole frames of abfLayout.channels.size() samples.
+std::vector<uint8_t> Abf2Bytes(const Abf2Layout& abfLayout, const std::vector<int16_t>& interleaved);
 
 }  // namespace vess::test

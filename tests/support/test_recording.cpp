@@ -18,30 +18,30 @@ TempDir::~TempDir() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-AbfWriteSpec MakeSpec(double intervalUs, float countsPerUnit) {
+AbfWriteLayout MakeAbfLayout(double intervalUs, float countsPerUnit) {
     // value = counts / (programmable gain x scale factor x signal gain) x range / resolution.
     // With range 8 V over 32768 counts (2^-12 V a count) and a scale factor of
     // countsPerUnit / 4096, every factor is a power of two times countsPerUnit,
     // so counts / countsPerUnit comes out exactly.
-    AbfWriteSpec writeSpec;
-    writeSpec.intervalUs = intervalUs;
-    writeSpec.adcRange = 8.0f;
-    writeSpec.adcResolution = 32768;
-    AbfChannelSpec channel;
+    AbfWriteLayout abfLayout;
+    abfLayout.intervalUs = intervalUs;
+    abfLayout.adcRange = 8.0f;
+    abfLayout.adcResolution = 32768;
+    AbfChannelLayout channel;
     channel.programmableGain = 1.0f;
     channel.instrumentScaleFactor = countsPerUnit / 4096.0f;
     channel.signalGain = 1.0f;
-    writeSpec.channels = {channel};
-    writeSpec.creator = "vess tests";
-    writeSpec.fileStartDate = 20240101;
-    writeSpec.fileStartTimeS = 0;
-    return writeSpec;
+    abfLayout.channels = {channel};
+    abfLayout.creator = "vess tests";
+    abfLayout.fileStartDate = 20240101;
+    abfLayout.fileStartTimeS = 0;
+    return abfLayout;
 }
 
 std::unique_ptr<Recording> MakeRecording(const std::filesystem::path& file,
                                          std::span<const int16_t> samples, double intervalUs,
                                          float countsPerUnit) {
-    const std::string written = WriteAbf(file, MakeSpec(intervalUs, countsPerUnit), samples);
+    const std::string written = WriteAbf(file, MakeAbfLayout(intervalUs, countsPerUnit), samples);
     if (!written.empty()) throw std::runtime_error(written);
     AbfError error = AbfError::None;
     std::string detail;

@@ -28,14 +28,14 @@ private:
 };
 
 // Writes a one-channel ABF file of these samples and opens it. With the
-// default writeSpec one count is 1/32768*10/0.001 ... see MakeSpec below.
+// default abfLayout one count is 1/32768*10/0.001 ... see MakeAbfLayout below.
 std::unique_ptr<Recording> MakeRecording(const std::filesystem::path& file,
                                          std::span<const int16_t> samples, double intervalUs = 50,
                                          float countsPerUnit = 1.0f);
 
-// A writeSpec whose channel 0 converts exactly countsPerUnit counts to one unit
+// A abfLayout whose channel 0 converts exactly countsPerUnit counts to one unit
 // (pA), so tests can reason in counts.
-AbfWriteSpec MakeSpec(double intervalUs, float countsPerUnit = 1.0f);
+AbfWriteLayout MakeAbfLayout(double intervalUs, float countsPerUnit = 1.0f);
 
 // ../shared/data beside the checkout; empty path when absent.
 std::filesystem::path SharedData();

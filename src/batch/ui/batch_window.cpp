@@ -98,13 +98,13 @@ void BatchWindow::BuildForm() {
     clear->setObjectName("clearFiles");
     connect(addFiles, &QPushButton::clicked, this, [this] {
         const FileDialogRequest request{std::string(t::kAddFiles), std::string(texts::kAbfFileFilter),
-                                        std::string(texts::kAbfFileExtension), ws_.settings.DataDir};
+                                        std::string(texts::kAbfFileExtension), ws_.settings.dataFolder};
         const auto names = dialogs_.OpenFiles(request);
         if (!names) return;
         AddRecordings({names->begin(), names->end()});
     });
     connect(addFolder, &QPushButton::clicked, this, [this] {
-        if (const auto folder = dialogs_.ChooseFolder({std::string(t::kAddFolder), ws_.settings.DataDir}))
+        if (const auto folder = dialogs_.ChooseFolder({std::string(t::kAddFolder), ws_.settings.dataFolder}))
             AddRecordings({*folder});
     });
     connect(clear, &QPushButton::clicked, this, [this] {

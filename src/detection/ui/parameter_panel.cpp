@@ -171,7 +171,7 @@ void ParameterPanel::Show(const Settings& settings, const std::string& units, do
     const AnalysisParameters& p = settings.analysis;
     shown_ = p;
     const QSignalBlocker b0(method_), b1(direction_), b2(points_), b3(complexPeak_), b4(sound_), b5(blocks_);
-    const int blocks = std::clamp(settings.DisplayTotalNumberBlockPerScreen, 1, kMaxBlocksPerScreen);
+    const int blocks = std::clamp(settings.blocksPerScreen, 1, kMaxBlocksPerScreen);
     blocks_->setValue(blocks);
     screenLength_->setText(intervalUs > 0 ? tr("= %1 ms").arg(blocks * kBlockPoints * intervalUs / 1000.0, 0, 'g', 6)
                                           : QString());
@@ -193,7 +193,7 @@ void ParameterPanel::Show(const Settings& settings, const std::string& units, do
     }
     points_->setCurrentIndex(pointsIndex);
     complexPeak_->setChecked(p.ComplexPeak);
-    sound_->setChecked(settings.SoundOn);
+    sound_->setChecked(settings.soundOn);
     const QString u = units.empty() ? QString() : QString::fromStdString(units);
     if (thresholdLabel_)
         thresholdLabel_->setText(u.isEmpty() ? tr("Amplitude threshold")

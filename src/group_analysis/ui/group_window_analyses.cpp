@@ -64,19 +64,19 @@ QWidget* GroupAnalysisWindow::BuildAnalysisSettings() {
 }
 
 void GroupAnalysisWindow::ReadAnalysisControls() {
-    settings_.WidthAboveThreshold = widthAbove_->currentText().toStdString();
-    settings_.Ym = ym_->currentText().toStdString();
-    settings_.Yt = yt_->currentText().toStdString();
-    settings_.DecayPercent = decayPercent_->currentText().toStdString();
-    settings_.UseThresholdBaseline = thresholdBaseline_->isChecked();
+    settings_.widthAboveThreshold = widthAbove_->currentText().toStdString();
+    settings_.ym = ym_->currentText().toStdString();
+    settings_.yt = yt_->currentText().toStdString();
+    settings_.decayRange = decayPercent_->currentText().toStdString();
+    settings_.useThresholdBaseline = thresholdBaseline_->isChecked();
 }
 
 void GroupAnalysisWindow::WriteAnalysisControls() {
-    widthAbove_->setCurrentText(QString::fromStdString(settings_.WidthAboveThreshold));
-    ym_->setCurrentText(QString::fromStdString(settings_.Ym));
-    yt_->setCurrentText(QString::fromStdString(settings_.Yt));
-    decayPercent_->setCurrentText(QString::fromStdString(settings_.DecayPercent));
-    thresholdBaseline_->setChecked(settings_.UseThresholdBaseline);
+    widthAbove_->setCurrentText(QString::fromStdString(settings_.widthAboveThreshold));
+    ym_->setCurrentText(QString::fromStdString(settings_.ym));
+    yt_->setCurrentText(QString::fromStdString(settings_.yt));
+    decayPercent_->setCurrentText(QString::fromStdString(settings_.decayRange));
+    thresholdBaseline_->setChecked(settings_.useThresholdBaseline);
 }
 
 TraceAnalysisSettings GroupAnalysisWindow::MakeAnalysisSettings() const {

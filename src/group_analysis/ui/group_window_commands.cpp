@@ -51,15 +51,15 @@ void GroupAnalysisWindow::StartDisplay() {
     set_ = TraceSet{};
     if (ws_.recording) {
         scale_ = UnitScale::Of(*ws_.recording);
-        displayedGroup_ = settings_.GroupNumber;
+        displayedGroup_ = settings_.groupNumber;
         displayedType_ = Type();
         const TraceSetOptions o{
-            .source = settings_.DisplayGroup ? TraceSource::Group : TraceSource::Episodes,
-            .group = settings_.GroupNumber,
+            .source = settings_.useGroups ? TraceSource::Group : TraceSource::Episodes,
+            .group = settings_.groupNumber,
             .type = displayedType_,
-            .alignment = AlignmentFromName(settings_.PeakAlignment),
-            .blocks = NumberEntryOr(settings_.BlocktoAnalyze, 0, 0, 1e9),
-            .baselineAdjust = settings_.BaselineAdjust,
+            .alignment = AlignmentFromName(settings_.alignment),
+            .blocks = NumberEntryOr(settings_.blocksToAnalyse, 0, 0, 1e9),
+            .baselineAdjust = settings_.adjustBaseline,
             .fullSweep = fullSweep_->isChecked()};
         const std::string tooLarge =
             TraceSetSizeProblem(TraceSetBytes(*ws_.recording, ws_.events, o, false));
@@ -68,8 +68,8 @@ void GroupAnalysisWindow::StartDisplay() {
     }
     current_ = 0;
     picture_->SetTraces(&set_, scale_);
-    picture_->SetTitle(PictureTitle(settings_.DisplayGroup, displayedGroup_, displayedType_));
-    picture_->SetDecimation(settings_.DisplayEveryPoint);
+    picture_->SetTitle(PictureTitle(settings_.useGroups, displayedGroup_, displayedType_));
+    picture_->SetDecimation(settings_.displayEveryPoint);
     if (IsSuperimposeType(displayedType_)) picture_->ShowAll();
     else picture_->ShowTrace(0);
     traceLabel_->setText(Q(texts::TraceLabel(0, set_.count)));

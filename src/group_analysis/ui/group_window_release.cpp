@@ -60,27 +60,27 @@ QWidget* GroupAnalysisWindow::BuildReleaseSettings() {
 }
 
 void GroupAnalysisWindow::ReadReleaseControls() {
-    settings_.AmperoRise = amperoRise_->currentText().toStdString();
-    settings_.Electrons = electrons_->currentText().toStdString();
-    settings_.WalkType = walkType_->currentText().toStdString();
-    settings_.Edge = edge_->currentText().toStdString();
-    std::string* texts[7] = {&settings_.Release, &settings_.Vmax, &settings_.Km, &settings_.DeadRadius,
-                             &settings_.TotalRadius, &settings_.BinSize, &settings_.DiffusionCoeff};
+    settings_.amperometryRise = amperoRise_->currentText().toStdString();
+    settings_.electrons = electrons_->currentText().toStdString();
+    settings_.walkType = walkType_->currentText().toStdString();
+    settings_.walkEdge = edge_->currentText().toStdString();
+    std::string* texts[7] = {&settings_.release, &settings_.vmax, &settings_.km, &settings_.deadRadius,
+                             &settings_.totalRadius, &settings_.walkBinSize, &settings_.diffusionCoefficient};
     for (int k = 0; k < 7; ++k) *texts[k] = walkFields_[std::size_t(k)]->text().toStdString();
-    settings_.WalkMaxIter = WholeEntryOr(walkFields_[7]->text().toStdString(), settings_.WalkMaxIter, 1, 1000000);
-    settings_.WalkTolerance = NumberEntryOr(walkFields_[8]->text().toStdString(), settings_.WalkTolerance, 1e-15, 1);
+    settings_.walkMaxIterations = WholeEntryOr(walkFields_[7]->text().toStdString(), settings_.walkMaxIterations, 1, 1000000);
+    settings_.walkTolerance = NumberEntryOr(walkFields_[8]->text().toStdString(), settings_.walkTolerance, 1e-15, 1);
 }
 
 void GroupAnalysisWindow::WriteReleaseControls() {
-    amperoRise_->setCurrentText(QString::fromStdString(settings_.AmperoRise));
-    electrons_->setCurrentText(QString::fromStdString(settings_.Electrons));
-    walkType_->setCurrentText(QString::fromStdString(settings_.WalkType));
-    edge_->setCurrentText(QString::fromStdString(settings_.Edge));
-    const std::string* texts[7] = {&settings_.Release, &settings_.Vmax, &settings_.Km, &settings_.DeadRadius,
-                                   &settings_.TotalRadius, &settings_.BinSize, &settings_.DiffusionCoeff};
+    amperoRise_->setCurrentText(QString::fromStdString(settings_.amperometryRise));
+    electrons_->setCurrentText(QString::fromStdString(settings_.electrons));
+    walkType_->setCurrentText(QString::fromStdString(settings_.walkType));
+    edge_->setCurrentText(QString::fromStdString(settings_.walkEdge));
+    const std::string* texts[7] = {&settings_.release, &settings_.vmax, &settings_.km, &settings_.deadRadius,
+                                   &settings_.totalRadius, &settings_.walkBinSize, &settings_.diffusionCoefficient};
     for (int k = 0; k < 7; ++k) walkFields_[std::size_t(k)]->setText(QString::fromStdString(*texts[k]));
-    walkFields_[7]->setText(QString::number(settings_.WalkMaxIter));
-    walkFields_[8]->setText(QString::number(settings_.WalkTolerance));
+    walkFields_[7]->setText(QString::number(settings_.walkMaxIterations));
+    walkFields_[8]->setText(QString::number(settings_.walkTolerance));
 }
 
 }  // namespace vess::group

@@ -86,7 +86,7 @@ FilterDialog::FilterDialog(const FilterChoice& choice, double sampleRateHz, QWid
     layout->addLayout(form);
     layout->addWidget(rate);
     layout->addWidget(buttons);
-    SetSpec(choice);
+    SetChoice(choice);
 }
 
 FilterChoice FilterDialog::Chosen() const {
@@ -103,7 +103,7 @@ FilterChoice FilterDialog::Chosen() const {
     return s;
 }
 
-void FilterDialog::SetSpec(const FilterChoice& s) {
+void FilterDialog::SetChoice(const FilterChoice& s) {
     kind_->setCurrentIndex(kind_->findData(int(s.kind)));
     pass_->setCurrentIndex(pass_->findData(int(s.pass)));
     cutoff_->setText(QString::number(s.cutoffHz, 'g', 10));

@@ -23,7 +23,7 @@ public:
     FilterDialog(const FilterChoice& choice, double sampleRateHz, QWidget* parent = nullptr);
     // What the form says now; a cut-off that is not a number gives NaN.
     FilterChoice Chosen() const;
-    void SetSpec(const FilterChoice& choice);
+    void SetChoice(const FilterChoice& choice);
 
 signals:
     void ResponseRequested(const FilterChoice& choice);

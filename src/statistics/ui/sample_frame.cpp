@@ -55,8 +55,8 @@ void SampleFrame::UpdateEnabled() {
     for (QLineEdit* e : {mean_, stdDev_, count_}) e->setEnabled(summary);
 }
 
-std::optional<SampleSpec> SampleFrame::Chosen() const {
-    SampleSpec sample;
+std::optional<TestSample> SampleFrame::Chosen() const {
+    TestSample sample;
     sample.fromArray = optArray_->isChecked();
     sample.arrayNumber = array_->currentIndex() + 1;
     if (sample.fromArray) return sample;

@@ -24,7 +24,7 @@ public:
     // The summary option is offered only where the test reads summaries.
     void AllowSummary(bool allowed);
     // The sample as chosen; nothing when a summary field is not a number.
-    std::optional<SampleSpec> Chosen() const;
+    std::optional<TestSample> Chosen() const;
 
     QRadioButton* ArrayOption() const { return optArray_; }
     QRadioButton* MeanOption() const { return optMean_; }
