@@ -257,7 +257,7 @@ TEST_F(MethodsTest, SuggestedTemplateThresholdFollowsTheCriterionsSpread) {
     std::vector<int16_t> coloured = Noisy(200000, onsets, 150, 0);
     std::mt19937_64 rng(4);
     std::normal_distribution<double> g(0, 10 * std::sqrt(40.0));  // means of 40: SD 10
-    std::vector<double> w(coloured.size() + 39);
+    std::vector<double> w(coloured.size() + 40);  // the last step reads one past the final window
     for (double& v : w) v = g(rng);
     double sum = 0;
     for (std::size_t k = 0; k < 40; ++k) sum += w[k];
