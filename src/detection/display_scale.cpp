@@ -70,17 +70,14 @@ VisibleCounts VisibleRange(const DisplayScale& scale, double centreCounts, doubl
 
 DisplayScale DisplayScaleFromSettings(const Settings& settings) {
     DisplayScale scale;
-    const char* text = settings.displayGain.c_str();
-    char* end = nullptr;
-    const double gain = std::strtod(text, &end);
-    if (end != text && std::isfinite(gain) && gain > 0)
-        scale.gain = std::clamp(gain, kMinDisplayGain, kMaxDisplayGain);
+    const double gain = settings.displayGain;
+    if (std::isfinite(gain) && gain > 0) scale.gain = std::clamp(gain, kMinDisplayGain, kMaxDisplayGain);
     scale.offsetCounts = settings.displayOffsetCounts;
     return scale;
 }
 
 void StoreDisplayScale(Settings& settings, const DisplayScale& scale) {
-    settings.displayGain = fmt::format("{}", scale.gain);
+    settings.displayGain = scale.gain;
     settings.displayOffsetCounts = scale.offsetCounts;
 }
 

@@ -41,8 +41,9 @@ struct Binder {
         if (out) return out->Set(section, key, fmt::format("{}", v));
         if (auto t = in->Get(section, key, kValueChars)) Parse(*t, v);
     }
-    void Key(std::string_view section, std::string_view key, double& v) {
-        if (out) return out->Set(section, key, fmt::format("{}", v));
+    void Key(std::string_view section, std::string_view key, double& v,
+             std::string (*text)(double) = ShortestText) {
+        if (out) return out->Set(section, key, text(v));
         if (auto t = in->Get(section, key, kValueChars)) Parse(*t, v);
     }
     template <class T>
@@ -98,13 +99,13 @@ void Bind(Binder& b, GroupAnalysisSettings& s) {
     b.Key(kFitting, "RestartSearch", s.restartSearch);
     b.Key(kWalk, "Type", s.walkType);
     b.Key(kWalk, "Edge", s.walkEdge);
-    b.Key(kWalk, "Vmax", s.vmax);
-    b.Key(kWalk, "Km", s.km);
-    b.Key(kWalk, "Release", s.release);
-    b.Key(kWalk, "DeadRadius", s.deadRadius);
-    b.Key(kWalk, "TotalRadius", s.totalRadius);
-    b.Key(kWalk, "BinSize", s.walkBinSize);
-    b.Key(kWalk, "DiffusionCoeff", s.diffusionCoefficient);
+    b.Key(kWalk, "Vmax", s.vmax, WalkText);
+    b.Key(kWalk, "Km", s.km, WalkText);
+    b.Key(kWalk, "Release", s.release, WalkText);
+    b.Key(kWalk, "DeadRadius", s.deadRadius, WalkText);
+    b.Key(kWalk, "TotalRadius", s.totalRadius, WalkText);
+    b.Key(kWalk, "BinSize", s.walkBinSize, WalkText);
+    b.Key(kWalk, "DiffusionCoeff", s.diffusionCoefficient, CoefficientText);
     b.Key(kWalk, "MaxIter", s.walkMaxIterations);
     b.Key(kWalk, "Tolerance", s.walkTolerance);
     b.Key(kNonStationary, "AmplitudeBin", s.amplitudeBins);
@@ -116,6 +117,22 @@ void Bind(Binder& b, GroupAnalysisSettings& s) {
 std::string Str(std::string_view s) { return std::string(s); }
 
 }  // namespace
+
+std::string ShortestText(double value) { return fmt::format("{}", value); }
+
+std::string WalkText(double value) { return fmt::format("{:.3f}", value); }
+
+std::string CoefficientText(double value) {
+    std::string text = fmt::format("{}", value);
+    const auto e = text.find('e');
+    if (e == std::string::npos) return text;
+    // "2.7e-06" -> "2.7e-6": no "+" and no leading zeros in the exponent.
+    std::string exponent = text.substr(e + 1);
+    const bool negative = exponent.front() == '-';
+    exponent.erase(0, exponent.find_first_not_of("+-"));
+    exponent.erase(0, std::min(exponent.find_first_not_of('0'), exponent.size() - 1));
+    return text.substr(0, e + 1) + (negative ? "-" : "") + exponent;
+}
 
 GroupAnalysisSettings GroupSettingsFromIni(const IniFile& ini) {
     GroupAnalysisSettings s;

@@ -1,6 +1,8 @@
 // The settings of the group analysis window: the sections "GroupAnalysis",
 // "Fitting", "RandomWalk" and "NonStationary" of "Vessanto.ini" and of
-// custom settings files (*.SET). List texts are kept as the lists show them.
+// custom settings files (*.SET). List texts are kept as the lists show them;
+// numbers are written as the window shows them (ShortestText, WalkText,
+// CoefficientText), so a file the window wrote reads back byte for byte.
 #pragma once
 
 #include <filesystem>
@@ -14,12 +16,12 @@ namespace vess::group {
 struct GroupAnalysisSettings {
     // GroupAnalysis
     bool useGroups = true;               // "Group #" when true, else "Episodes"
-    std::string displayGain = "1";
-    std::string displayOffset = "0";
+    double displayGain = 1;
+    double displayOffset = 0;
     int groupNumber = 1;
     std::string analysisType = "Average";
     std::string alignment = "Peak";
-    std::string blocksToAnalyse = "1";
+    double blocksToAnalyse = 1;             // 256-point blocks
     int displayEveryPoint = 1;
     bool adjustBaseline = false;
     // Fitting
@@ -33,20 +35,20 @@ struct GroupAnalysisSettings {
     double tau1 = 5, tau2 = 100, tau3 = 1000;
     double A1 = 100, A2 = 50, A3 = 25;
     int riseRange = 0;                           // 0 "10-90%", 1 "20-80%", 2 "30-70%"
-    std::string widthAboveThreshold = "20";
-    std::string ym = "5", yt = "2";
+    double widthAboveThreshold = 20;       // spike width measured this far above threshold
+    double ym = 5, yt = 2;                 // spike train: least height and hysteresis
     bool useThresholdBaseline = false;
     std::string amperometryRise = "50-90% Rise";
-    std::string electrons = "2";
+    double electrons = 2;                  // per molecule (amperometry)
     std::string decayRange = "90-37%";
     std::string fitMethod = "Least Squares";   // key FitMethod: "Least Squares" or "Simplex"
     bool restartSearch = true;              // "Restart the search until it settles" (simplex)
     // RandomWalk
     std::string walkType = "Amperometry in Slice";
     std::string walkEdge = "Diffusing";
-    std::string vmax = "3.500", km = "0.240", release = "2.000";
-    std::string deadRadius = "4.000", totalRadius = "25.000", walkBinSize = "1.000";
-    std::string diffusionCoefficient = "2.7e-6";
+    double vmax = 3.5, km = 0.24, release = 2;   // uM/s, uM, uM
+    double deadRadius = 4, totalRadius = 25, walkBinSize = 1;  // um
+    double diffusionCoefficient = 2.7e-6;  // cm2/s
     int walkMaxIterations = 500;
     double walkTolerance = 0.001;
     // NonStationary
@@ -57,6 +59,13 @@ struct GroupAnalysisSettings {
 
     bool operator==(const GroupAnalysisSettings&) const = default;
 };
+
+// How the numbers are written and shown: the shortest exact form ("0.25");
+// three decimals for the diffusion fields ("3.500"); the diffusion
+// coefficient with a short exponent ("2.7e-6").
+std::string ShortestText(double value);
+std::string WalkText(double value);
+std::string CoefficientText(double value);
 
 // Every key with its default when the key is missing or not a number where
 // one is needed.

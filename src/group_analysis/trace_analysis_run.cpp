@@ -22,6 +22,11 @@ TraceOutcome Diffusion(const SampledTrace& stretch, const TraceAnalysisSettings&
     return {.rows = {WalkFitValues(fit)}, .marks = WalkFitMarkers(stretch, fit)};
 }
 
+// A stored number when it is within [lo, hi], else the value it would replace.
+double WithinOr(double stored, double previous, double lo, double hi) {
+    return stored >= lo && stored <= hi ? stored : previous;
+}
+
 }  // namespace
 
 void ApplyStoredSettings(TraceAnalysisSettings& s, const GroupAnalysisSettings& stored) {
@@ -29,21 +34,21 @@ void ApplyStoredSettings(TraceAnalysisSettings& s, const GroupAnalysisSettings& 
     SpikeShapeSettings& shape = s.train.shape;
     SetRiseRange(shape, std::clamp(stored.riseRange, 0, 2));
     SetDecayPercent(shape, stored.decayRange);
-    shape.widthAboveThreshold = NumberEntryOr(stored.widthAboveThreshold, shape.widthAboveThreshold, 0, kBig);
+    shape.widthAboveThreshold = WithinOr(stored.widthAboveThreshold, shape.widthAboveThreshold, 0, kBig);
     shape.useThresholdBaseline = stored.useThresholdBaseline;
-    s.train.minHeight = NumberEntryOr(stored.ym, s.train.minHeight, 0, kBig);
-    s.train.hysteresis = NumberEntryOr(stored.yt, s.train.hysteresis, 0, kBig);
+    s.train.minHeight = WithinOr(stored.ym, s.train.minHeight, 0, kBig);
+    s.train.hysteresis = WithinOr(stored.yt, s.train.hysteresis, 0, kBig);
     SetAmperoRise(s.ampero, stored.amperometryRise);
     SetAmperoDecay(s.ampero, stored.decayRange);
-    s.ampero.electrons = NumberEntryOr(stored.electrons, s.ampero.electrons, 1e-9, kBig);
+    s.ampero.electrons = WithinOr(stored.electrons, s.ampero.electrons, 1e-9, kBig);
     WalkModel& m = s.walk;
-    m.release = NumberEntryOr(stored.release, m.release, 1e-12, kBig);
-    m.vmax = NumberEntryOr(stored.vmax, m.vmax, 1e-12, kBig);
-    m.km = NumberEntryOr(stored.km, m.km, 1e-12, kBig);
-    m.deadRadius = NumberEntryOr(stored.deadRadius, m.deadRadius, 0, kBig);
-    m.totalRadius = NumberEntryOr(stored.totalRadius, m.totalRadius, 1e-12, kBig);
-    m.binSize = NumberEntryOr(stored.walkBinSize, m.binSize, 1e-12, kBig);
-    m.diffusion = NumberEntryOr(stored.diffusionCoefficient, m.diffusion, 1e-30, kBig);
+    m.release = WithinOr(stored.release, m.release, 1e-12, kBig);
+    m.vmax = WithinOr(stored.vmax, m.vmax, 1e-12, kBig);
+    m.km = WithinOr(stored.km, m.km, 1e-12, kBig);
+    m.deadRadius = WithinOr(stored.deadRadius, m.deadRadius, 0, kBig);
+    m.totalRadius = WithinOr(stored.totalRadius, m.totalRadius, 1e-12, kBig);
+    m.binSize = WithinOr(stored.walkBinSize, m.binSize, 1e-12, kBig);
+    m.diffusion = WithinOr(stored.diffusionCoefficient, m.diffusion, 1e-30, kBig);
     m.diffusingEdge = stored.walkEdge != "Reflecting";
     s.walkFit.maxIterations = std::max(stored.walkMaxIterations, 1);
     if (stored.walkTolerance > 0) s.walkFit.tolerance = stored.walkTolerance;

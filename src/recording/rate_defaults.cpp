@@ -21,13 +21,12 @@ int32_t BlocksNearest(double durationMs, double intervalUs) {
     return int32_t(std::clamp<int64_t>(RoundEven(blocks), 1, kMaxBlocksPerScreen));
 }
 
-std::string GroupBlocksText(double durationMs, double intervalUs) {
+double GroupBlocks(double durationMs, double intervalUs) {
     const double blocks = BlocksFor(durationMs, intervalUs);
-    if (blocks >= 0.75) return std::to_string(BlocksNearest(durationMs, intervalUs));
+    if (blocks >= 0.75) return BlocksNearest(durationMs, intervalUs);
     // 1/2 .. 1/16 of a block, the nearest on a log scale.
     const int halvings = int(std::clamp(std::round(-std::log2(blocks)), 1.0, 4.0));
-    static const char* const kFractions[] = {"0.5", "0.25", "0.125", "0.0625"};
-    return kFractions[halvings - 1];
+    return std::ldexp(1.0, -halvings);
 }
 
 void ApplyRateDefaults(Workspace& ws) {

@@ -19,7 +19,7 @@ inline constexpr double kNewInstallationGroupStretchMs = 50;
 int32_t BlocksNearest(double durationMs, double intervalUs);
 // The group window's "Blocks to Analyse" for durationMs: whole blocks, or
 // for slow rates the nearest of 0.5, 0.25, 0.125 and 0.0625 blocks.
-std::string GroupBlocksText(double durationMs, double intervalUs);
+double GroupBlocks(double durationMs, double intervalUs);
 // With settings.lengthsFollowRate and a recording open: the screen of about
 // kNewInstallationScreenMs at its rate.
 void ApplyRateDefaults(Workspace& ws);

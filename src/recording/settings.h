@@ -25,7 +25,8 @@ struct AnalysisParameters {
     bool operator==(const AnalysisParameters&) const = default;
 };
 
-// Every key of the sections "Program", "Display" and "Analysis".
+// Every setting kept in the sections "Program", "Display" and "Analysis" of
+// the settings file; settings_file.cpp maps them to their keys.
 struct Settings {
     // Program
     std::string dataFolder = "c:\\";
@@ -33,9 +34,9 @@ struct Settings {
     bool showToolTips = true;
     // Display
     bool lockBaseline = false;
-    std::string windowFraction = "0.25";
+    double windowFraction = 0.25;       // kept for the file; not used
     bool drawTrace = true;
-    std::string displayGain = "1";
+    double displayGain = 1;
     int32_t displayOffsetCounts = 0;
     int32_t blocksPerScreen = 4;
     int32_t navigationGroup = 1;
@@ -46,11 +47,11 @@ struct Settings {
     // in dB. detectOnFiltered makes detection and measurement read the
     // filtered trace while a filter is applied.
     int32_t filterKind = 4;
-    std::string filterCutoffHz = "1000";
+    double filterCutoffHz = 1000;
     int32_t filterPass = 0;
     int32_t filterOrder = 4;
-    std::string filterRippleDb = "0.5";
-    std::string filterAttenuationDb = "60";
+    double filterRippleDb = 0.5;
+    double filterAttenuationDb = 60;
     bool filterZeroPhase = false;
     bool detectOnFiltered = false;
     int32_t lineFrequencyHz = 50;              // Hz, marked on noise spectra (ours)

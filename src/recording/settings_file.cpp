@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <charconv>
+#include <concepts>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -48,85 +49,11 @@ std::optional<T> ParseNumber(const std::string& text) {
     return std::nullopt;
 }
 
-// Reads a number within [lo, hi]; anything else keeps the default and is
-// noted.
-template <class T>
-void ReadNumber(const IniFile& ini, std::string_view section, std::string_view key, T& value,
-                Problems* problems, T lo = std::numeric_limits<T>::lowest(),
-                T hi = std::numeric_limits<T>::max()) {
-    const auto text = ini.Get(section, key, kIniValueChars);
-    if (!text) return;
-    const std::optional<T> parsed = ParseNumber<T>(*text);
-    if (!parsed) return Note(problems, key, *text, "not a number");
-    if (*parsed < lo || *parsed > hi)
-        return Note(problems, key, *text, fmt::format("outside {} to {}", lo, hi));
-    value = *parsed;
-}
+std::string BoolText(bool b) { return b ? "True" : "False"; }
 
-// Reads one detection parameter through field; a value that the detection
-// ranges refuse keeps the default and is noted.
-template <class T>
-void ReadParameter(const IniFile& ini, std::string_view key, AnalysisParameters& params,
-                   T AnalysisParameters::*field, Problems* problems) {
-    const auto text = ini.Get(kAnalysis, key, kIniValueChars);
-    if (!text) return;
-    const std::optional<T> parsed = ParseNumber<T>(*text);
-    if (!parsed) return Note(problems, key, *text, "not a number");
-    AnalysisParameters candidate = params;
-    candidate.*field = *parsed;
-    if (const std::string why = ParameterProblem(candidate); !why.empty())
-        return Note(problems, key, *text, why);
-    params = candidate;
-}
-
-void ReadBool(const IniFile& ini, std::string_view section, std::string_view key, bool& value) {
-    auto text = ini.Get(section, key, kIniValueChars);
-    if (!text) return;
-    for (auto& c : *text) c = char(std::tolower(static_cast<unsigned char>(c)));
-    if (*text == "true") value = true;
-    else if (*text == "false") value = false;
-    else {
-        int64_t n = 0;
-        const auto [end, ec] = std::from_chars(text->data(), text->data() + text->size(), n);
-        if (ec == std::errc() && end == text->data() + text->size()) value = n != 0;
-    }
-}
-
-void ReadText(const IniFile& ini, std::string_view section, std::string_view key, std::string& value,
-              std::size_t maxChars = kIniValueChars) {
-    if (auto text = ini.Get(section, key, maxChars)) value = *text;
-}
-
-// A time constant or threshold of the detection methods, read only within
-// [low, high]; anything else keeps the default and is noted.
-void ReadBounded(const IniFile& ini, std::string_view key, double low, double high, double& value,
-                 Problems* problems) {
-    ReadNumber(ini, kAnalysis, key, value, problems, low, high);
-}
-
-void ReadMethod(const IniFile& ini, MethodParameters& m, Problems* problems) {
-    // Method names are longer than the other values' buffer: read whole.
-    std::string name;
-    ReadText(ini, kAnalysis, "DetectionMethod", name, kMethodNameChars);
-    if (const auto method = ParseMethodName(name)) m.method = *method;
-    ReadBool(ini, kAnalysis, "SuggestFromRecording", m.suggestFromRecording);
-    ReadBounded(ini, "KernelRiseMs", 0.01, 1000, m.riseTauMs, problems);
-    ReadBounded(ini, "KernelDecayMs", 0.02, 10000, m.decayTauMs, problems);
-    if (m.decayTauMs <= m.riseTauMs) m.decayTauMs = MethodParameters{}.decayTauMs;
-    if (m.decayTauMs <= m.riseTauMs) m.riseTauMs = MethodParameters{}.riseTauMs;
-    ReadBounded(ini, "DeconvolutionThreshold", 0.5, 100, m.deconvolutionThreshold, problems);
-    ReadBounded(ini, "TemplateThreshold", 0.5, 100, m.templateThreshold, problems);
-    ReadBounded(ini, "LowPassMs", 0.01, 100, m.lowPassMs, problems);
-    ReadBounded(ini, "MinimumSeparationMs", 0, 1000, m.minSeparationMs, problems);
-}
-
-std::string Bool(bool b) { return b ? "True" : "False"; }
-template <class T>
-std::string Num(T v) { return fmt::format("{}", v); }
-
-// Values are read back cut at kIniValueChars, so each is written to fit:
-// the shortest exact form when it fits, otherwise the most digits that do.
-std::string Num(float v) {
+// Values are read back cut at kIniValueChars, so each number is written to
+// fit: the shortest exact form when it fits, otherwise the most digits that do.
+std::string NumberText(float v) {
     std::string exact = fmt::format("{}", v);
     if (exact.size() <= kIniValueChars) return exact;
     for (int digits = 9; digits >= 1; --digits) {
@@ -143,47 +70,137 @@ std::string Num(float v) {
     }
     return "0";
 }
-std::string Text(const std::string& v) { return v.substr(0, kIniValueChars); }
+// Display and filter numbers: the shortest exact form, or ten significant
+// digits cut to the buffer, as these values have always been written.
+std::string NumberText(double v) {
+    std::string exact = fmt::format("{}", v);
+    if (exact.size() <= kIniValueChars) return exact;
+    return fmt::format("{:.10g}", v).substr(0, kIniValueChars);
+}
+template <std::integral T>
+std::string NumberText(T v) { return fmt::format("{}", v); }
+
+// One pass over every key: reads the keys into the settings (in given) or
+// writes the settings into the keys (out given). The key names appear only
+// in KeyTable below, so reading and writing cannot disagree on one.
+struct KeyVisitor {
+    const IniFile* in = nullptr;
+    IniFile* out = nullptr;
+    Problems* problems = nullptr;
+
+    void Text(std::string_view section, std::string_view key, std::string& value,
+              std::size_t maxChars = kIniValueChars) {
+        if (out) return out->Set(section, key, value);
+        if (auto text = in->Get(section, key, maxChars)) value = *text;
+    }
+
+    void Flag(std::string_view section, std::string_view key, bool& value) {
+        if (out) return out->Set(section, key, BoolText(value));
+        auto text = in->Get(section, key, kIniValueChars);
+        if (!text) return;
+        for (auto& c : *text) c = char(std::tolower(static_cast<unsigned char>(c)));
+        if (*text == "true") value = true;
+        else if (*text == "false") value = false;
+        else if (const auto n = ParseNumber<int64_t>(*text)) value = *n != 0;
+    }
+
+    // A number within [lo, hi]; anything else keeps the default and is noted.
+    template <class T>
+    void Number(std::string_view section, std::string_view key, T& value,
+                T lo = std::numeric_limits<T>::lowest(), T hi = std::numeric_limits<T>::max()) {
+        if (out) return out->Set(section, key, NumberText(value));
+        const auto text = in->Get(section, key, kIniValueChars);
+        if (!text) return;
+        const std::optional<T> parsed = ParseNumber<T>(*text);
+        if (!parsed) return Note(problems, key, *text, "not a number");
+        if (*parsed < lo || *parsed > hi)
+            return Note(problems, key, *text, fmt::format("outside {} to {}", lo, hi));
+        value = *parsed;
+    }
+
+    // A detection parameter; a value that the detection ranges refuse keeps
+    // the default and is noted.
+    template <class T>
+    void Parameter(std::string_view key, AnalysisParameters& params, T AnalysisParameters::*field) {
+        if (out) return out->Set(kAnalysis, key, NumberText(params.*field));
+        const auto text = in->Get(kAnalysis, key, kIniValueChars);
+        if (!text) return;
+        const std::optional<T> parsed = ParseNumber<T>(*text);
+        if (!parsed) return Note(problems, key, *text, "not a number");
+        AnalysisParameters candidate = params;
+        candidate.*field = *parsed;
+        if (const std::string why = ParameterProblem(candidate); !why.empty())
+            return Note(problems, key, *text, why);
+        params = candidate;
+    }
+
+    // Method names are longer than the other values' buffer: read whole.
+    void Method(std::string_view key, DetectionMethod& method) {
+        if (out) return out->Set(kAnalysis, key, std::string(MethodName(method)));
+        std::string name;
+        Text(kAnalysis, key, name, kMethodNameChars);
+        if (const auto parsed = ParseMethodName(name)) method = *parsed;
+    }
+};
+
+void KeyTable(KeyVisitor& k, Settings& s) {
+    // The data folder is read whole: a cut path would name a folder that does
+    // not exist.
+    k.Text(kProgram, "DataDir", s.dataFolder, std::string::npos);
+    k.Flag(kProgram, "SoundOn", s.soundOn);
+    k.Flag(kProgram, "DisplayTooltips", s.showToolTips);
+    k.Flag(kDisplay, "LockBase", s.lockBaseline);
+    k.Number(kDisplay, "FractionWindow", s.windowFraction);
+    k.Flag(kDisplay, "DisplayTrace", s.drawTrace);
+    k.Number(kDisplay, "DisplayGain", s.displayGain);
+    k.Number(kDisplay, "DisplayOffset&", s.displayOffsetCounts, kMinDisplayOffset);
+    k.Number(kDisplay, "DisplayTotalNumberBlockPerScreen", s.blocksPerScreen, 1, kMaxBlocksPerScreen);
+    k.Number(kDisplay, "GroupNavigate", s.navigationGroup, 0, kLastGroup);
+    k.Number(kDisplay, "JumpInterval", s.jumpIntervalMs, 0);
+    k.Number(kDisplay, "FilterType", s.filterKind, kMinFilterType, kMaxFilterType);
+    k.Number(kDisplay, "FilterFreq", s.filterCutoffHz);
+    k.Number(kDisplay, "FilterPass", s.filterPass, 0, 1);
+    k.Number(kDisplay, "FilterOrder", s.filterOrder, 1, kMaxFilterOrder);
+    k.Number(kDisplay, "FilterRipple", s.filterRippleDb);
+    k.Number(kDisplay, "FilterAttenuation", s.filterAttenuationDb);
+    k.Flag(kDisplay, "FilterZeroPhase", s.filterZeroPhase);
+    k.Flag(kDisplay, "DetectOnFiltered", s.detectOnFiltered);
+    k.Number(kDisplay, "LineFrequency", s.lineFrequencyHz, 1, 1000);
+    using A = AnalysisParameters;
+    AnalysisParameters& a = s.analysis;
+    k.Parameter("PeakDirection%", a, &A::PeakDirection);
+    k.Parameter("ThresholdAmplitude!", a, &A::ThresholdAmplitude);
+    k.Parameter("PeriodToSearchMax&", a, &A::PeriodToSearchMax);
+    k.Parameter("PeriodStartBaseline&", a, &A::PeriodStartBaseline);
+    k.Parameter("PeriodFindDecayTime&", a, &A::PeriodFindDecayTime);
+    k.Parameter("DecayPercent!", a, &A::DecayPercent);
+    k.Parameter("PeriodBaselineAverage&", a, &A::PeriodBaselineAverage);
+    k.Parameter("AreaThreshold!", a, &A::AreaThreshold);
+    k.Flag(kAnalysis, "ComplexPeak", a.ComplexPeak);
+    k.Parameter("NumberPointsPeak", a, &A::NumberPointsPeak);
+    // Time constants and thresholds of the detection methods, each read only
+    // within its range.
+    MethodParameters& m = s.method;
+    k.Method("DetectionMethod", m.method);
+    k.Number(kAnalysis, "KernelRiseMs", m.riseTauMs, 0.01, 1000.0);
+    k.Number(kAnalysis, "KernelDecayMs", m.decayTauMs, 0.02, 10000.0);
+    k.Number(kAnalysis, "DeconvolutionThreshold", m.deconvolutionThreshold, 0.5, 100.0);
+    k.Number(kAnalysis, "TemplateThreshold", m.templateThreshold, 0.5, 100.0);
+    k.Number(kAnalysis, "LowPassMs", m.lowPassMs, 0.01, 100.0);
+    k.Number(kAnalysis, "MinimumSeparationMs", m.minSeparationMs, 0.0, 1000.0);
+    k.Flag(kAnalysis, "SuggestFromRecording", m.suggestFromRecording);
+}
 
 }  // namespace
 
 Settings SettingsFromIni(const IniFile& ini, std::vector<std::string>* problems) {
     Settings s;
-    ReadText(ini, kProgram, "DataDir", s.dataFolder, std::string::npos);
-    ReadBool(ini, kProgram, "SoundOn", s.soundOn);
-    ReadBool(ini, kProgram, "DisplayTooltips", s.showToolTips);
-    ReadBool(ini, kDisplay, "LockBase", s.lockBaseline);
-    ReadText(ini, kDisplay, "FractionWindow", s.windowFraction);
-    ReadBool(ini, kDisplay, "DisplayTrace", s.drawTrace);
-    ReadText(ini, kDisplay, "DisplayGain", s.displayGain);
-    ReadNumber(ini, kDisplay, "DisplayOffset&", s.displayOffsetCounts, problems, kMinDisplayOffset);
-    ReadNumber(ini, kDisplay, "DisplayTotalNumberBlockPerScreen", s.blocksPerScreen,
-               problems, 1, kMaxBlocksPerScreen);
-    ReadNumber(ini, kDisplay, "GroupNavigate", s.navigationGroup, problems, 0, kLastGroup);
-    ReadNumber(ini, kDisplay, "JumpInterval", s.jumpIntervalMs, problems, 0);
-    ReadNumber(ini, kDisplay, "FilterType", s.filterKind, problems, kMinFilterType, kMaxFilterType);
-    ReadText(ini, kDisplay, "FilterFreq", s.filterCutoffHz);
-    ReadNumber(ini, kDisplay, "FilterPass", s.filterPass, problems, 0, 1);
-    ReadNumber(ini, kDisplay, "FilterOrder", s.filterOrder, problems, 1, kMaxFilterOrder);
-    ReadText(ini, kDisplay, "FilterRipple", s.filterRippleDb);
-    ReadText(ini, kDisplay, "FilterAttenuation", s.filterAttenuationDb);
-    ReadBool(ini, kDisplay, "FilterZeroPhase", s.filterZeroPhase);
-    ReadBool(ini, kDisplay, "DetectOnFiltered", s.detectOnFiltered);
-    ReadNumber(ini, kDisplay, "LineFrequency", s.lineFrequencyHz, problems, 1, 1000);
-    using A = AnalysisParameters;
-    AnalysisParameters& a = s.analysis;
-    ReadParameter(ini, "PeakDirection%", a, &A::PeakDirection, problems);
-    ReadParameter(ini, "ThresholdAmplitude!", a, &A::ThresholdAmplitude, problems);
-    ReadParameter(ini, "PeriodToSearchMax&", a, &A::PeriodToSearchMax, problems);
-    ReadParameter(ini, "PeriodStartBaseline&", a, &A::PeriodStartBaseline, problems);
-    ReadParameter(ini, "PeriodFindDecayTime&", a, &A::PeriodFindDecayTime, problems);
-    ReadParameter(ini, "DecayPercent!", a, &A::DecayPercent, problems);
-    ReadParameter(ini, "PeriodBaselineAverage&", a, &A::PeriodBaselineAverage, problems);
-    ReadParameter(ini, "AreaThreshold!", a, &A::AreaThreshold, problems);
-    ReadBool(ini, kAnalysis, "ComplexPeak", a.ComplexPeak);
-    ReadParameter(ini, "NumberPointsPeak", a, &A::NumberPointsPeak, problems);
-    if (a.NumberPointsPeak < 1) a.NumberPointsPeak = 1;
-    ReadMethod(ini, s.method, problems);
+    KeyVisitor reader{.in = &ini, .problems = problems};
+    KeyTable(reader, s);
+    if (s.analysis.NumberPointsPeak < 1) s.analysis.NumberPointsPeak = 1;
+    MethodParameters& m = s.method;
+    if (m.decayTauMs <= m.riseTauMs) m.decayTauMs = MethodParameters{}.decayTauMs;
+    if (m.decayTauMs <= m.riseTauMs) m.riseTauMs = MethodParameters{}.riseTauMs;
     return s;
 }
 
@@ -193,7 +210,7 @@ Settings NewInstallationSettings() {
     s.method.suggestFromRecording = true;
     s.filterKind = 5;  // a 4-pole Bessel low-pass at 1 kHz, as amplifiers filter such recordings
     s.filterOrder = 4;
-    s.filterCutoffHz = "1000";
+    s.filterCutoffHz = 1000;
     s.filterPass = 0;
     return s;
 }
@@ -220,47 +237,10 @@ std::string SettingsProblemsText(const std::filesystem::path& path,
     return text;
 }
 
-void SettingsToIni(const Settings& s, IniFile& ini) {
-    ini.Set(kProgram, "DataDir", s.dataFolder);
-    ini.Set(kProgram, "SoundOn", Bool(s.soundOn));
-    ini.Set(kProgram, "DisplayTooltips", Bool(s.showToolTips));
-    ini.Set(kDisplay, "LockBase", Bool(s.lockBaseline));
-    ini.Set(kDisplay, "FractionWindow", Text(s.windowFraction));
-    ini.Set(kDisplay, "DisplayTrace", Bool(s.drawTrace));
-    ini.Set(kDisplay, "DisplayGain", Text(s.displayGain));
-    ini.Set(kDisplay, "DisplayOffset&", Num(s.displayOffsetCounts));
-    ini.Set(kDisplay, "DisplayTotalNumberBlockPerScreen", Num(s.blocksPerScreen));
-    ini.Set(kDisplay, "GroupNavigate", Num(s.navigationGroup));
-    ini.Set(kDisplay, "JumpInterval", Num(s.jumpIntervalMs));
-    ini.Set(kDisplay, "FilterType", Num(s.filterKind));
-    ini.Set(kDisplay, "FilterFreq", Text(s.filterCutoffHz));
-    ini.Set(kDisplay, "FilterPass", Num(s.filterPass));
-    ini.Set(kDisplay, "FilterOrder", Num(s.filterOrder));
-    ini.Set(kDisplay, "FilterRipple", Text(s.filterRippleDb));
-    ini.Set(kDisplay, "FilterAttenuation", Text(s.filterAttenuationDb));
-    ini.Set(kDisplay, "FilterZeroPhase", Bool(s.filterZeroPhase));
-    ini.Set(kDisplay, "DetectOnFiltered", Bool(s.detectOnFiltered));
-    ini.Set(kDisplay, "LineFrequency", Num(s.lineFrequencyHz));
-    const AnalysisParameters& a = s.analysis;
-    ini.Set(kAnalysis, "PeakDirection%", Num(a.PeakDirection));
-    ini.Set(kAnalysis, "ThresholdAmplitude!", Num(a.ThresholdAmplitude));
-    ini.Set(kAnalysis, "PeriodToSearchMax&", Num(a.PeriodToSearchMax));
-    ini.Set(kAnalysis, "PeriodStartBaseline&", Num(a.PeriodStartBaseline));
-    ini.Set(kAnalysis, "PeriodFindDecayTime&", Num(a.PeriodFindDecayTime));
-    ini.Set(kAnalysis, "DecayPercent!", Num(a.DecayPercent));
-    ini.Set(kAnalysis, "PeriodBaselineAverage&", Num(a.PeriodBaselineAverage));
-    ini.Set(kAnalysis, "AreaThreshold!", Num(a.AreaThreshold));
-    ini.Set(kAnalysis, "ComplexPeak", Bool(a.ComplexPeak));
-    ini.Set(kAnalysis, "NumberPointsPeak", Num(a.NumberPointsPeak));
-    const MethodParameters& m = s.method;
-    ini.Set(kAnalysis, "DetectionMethod", std::string(MethodName(m.method)));
-    ini.Set(kAnalysis, "KernelRiseMs", Num(m.riseTauMs));
-    ini.Set(kAnalysis, "KernelDecayMs", Num(m.decayTauMs));
-    ini.Set(kAnalysis, "DeconvolutionThreshold", Num(m.deconvolutionThreshold));
-    ini.Set(kAnalysis, "TemplateThreshold", Num(m.templateThreshold));
-    ini.Set(kAnalysis, "LowPassMs", Num(m.lowPassMs));
-    ini.Set(kAnalysis, "MinimumSeparationMs", Num(m.minSeparationMs));
-    ini.Set(kAnalysis, "SuggestFromRecording", Bool(m.suggestFromRecording));
+void SettingsToIni(const Settings& settings, IniFile& ini) {
+    Settings copy = settings;
+    KeyVisitor writer{.out = &ini};
+    KeyTable(writer, copy);
 }
 
 std::string SaveIniSettings(const std::filesystem::path& path, const Settings& settings) {

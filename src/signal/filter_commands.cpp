@@ -1,8 +1,6 @@
 #include "signal/filter_commands.h"
 
-#include <cmath>
-#include <cstdlib>
-#include <limits>
+#include <algorithm>
 
 #include <fmt/format.h>
 
@@ -10,28 +8,14 @@
 
 namespace vess {
 
-namespace {
-
-double NumberOrNan(const std::string& text) {
-    char* end = nullptr;
-    const double v = std::strtod(text.c_str(), &end);
-    if (end == text.c_str()) return std::numeric_limits<double>::quiet_NaN();
-    while (*end == ' ') ++end;
-    return *end == '\0' ? v : std::numeric_limits<double>::quiet_NaN();
-}
-
-std::string NumberText(double v) { return fmt::format("{:.10g}", v); }
-
-}  // namespace
-
 FilterChoice FilterChoiceFromSettings(const Settings& s) {
     FilterChoice choice;
     choice.kind = FilterKind(std::clamp(s.filterKind, kMinFilterType, kMaxFilterType));
     choice.pass = s.filterPass == 1 ? FilterPass::High : FilterPass::Low;
-    choice.cutoffHz = NumberOrNan(s.filterCutoffHz);
+    choice.cutoffHz = s.filterCutoffHz;
     choice.order = s.filterOrder;
-    choice.rippleDb = NumberOrNan(s.filterRippleDb);
-    choice.attenuationDb = NumberOrNan(s.filterAttenuationDb);
+    choice.rippleDb = s.filterRippleDb;
+    choice.attenuationDb = s.filterAttenuationDb;
     choice.zeroPhase = s.filterZeroPhase;
     return choice;
 }
@@ -39,10 +23,10 @@ FilterChoice FilterChoiceFromSettings(const Settings& s) {
 void StoreFilterChoice(const FilterChoice& choice, Settings& s) {
     s.filterKind = int32_t(choice.kind);
     s.filterPass = choice.pass == FilterPass::High ? 1 : 0;
-    s.filterCutoffHz = NumberText(choice.cutoffHz);
+    s.filterCutoffHz = choice.cutoffHz;
     s.filterOrder = choice.order;
-    s.filterRippleDb = NumberText(choice.rippleDb);
-    s.filterAttenuationDb = NumberText(choice.attenuationDb);
+    s.filterRippleDb = choice.rippleDb;
+    s.filterAttenuationDb = choice.attenuationDb;
     s.filterZeroPhase = choice.zeroPhase;
 }
 

@@ -50,7 +50,7 @@ TEST_F(FilterWindowTest, ApplyShowsTheFilteredTraceWithIndicatorAndShiftFToggles
     Click(form, "btnFilterApply");
     ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered(); }, 20000));
     EXPECT_EQ(ws.settings.filterKind, 1);
-    EXPECT_EQ(ws.settings.filterCutoffHz, "300");
+    EXPECT_EQ(ws.settings.filterCutoffHz, 300.0);
     EXPECT_TRUE(label->isVisible());
     EXPECT_TRUE(label->text().contains("FILTERED: Butterworth low-pass 300 Hz, order 2")) << label->text().toStdString();
     const QImage filtered = TraceImage();

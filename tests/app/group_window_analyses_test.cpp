@@ -74,7 +74,7 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     w->ElectronsBox()->setCurrentText("1");
     w->Action("menu_Ampero")->trigger();
     EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Amperometric);
-    EXPECT_EQ(w->Settings().electrons, "1");
+    EXPECT_EQ(w->Settings().electrons, 1.0);
     EXPECT_EQ(MarkNames().front(), "Imax");
 
     // The diffusion model fitted to the same trace: its row and curve.

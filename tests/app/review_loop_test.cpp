@@ -104,7 +104,7 @@ TEST_F(ReviewTest, ScreensOpenFittedAndTheDisplayKeysStepFromThere) {
     Key(Qt::Key_PageUp);
     EXPECT_NE(ws.settings.displayOffsetCounts, 0);
     Type('0');
-    EXPECT_EQ(ws.settings.displayGain, "1");
+    EXPECT_EQ(ws.settings.displayGain, 1.0);
     EXPECT_EQ(ws.settings.displayOffsetCounts, 0);
     EXPECT_DOUBLE_EQ(Visible().topCounts, fitted.topCounts);
 
@@ -114,7 +114,7 @@ TEST_F(ReviewTest, ScreensOpenFittedAndTheDisplayKeysStepFromThere) {
     const auto [lo, hi] = std::minmax_element(samples.begin(), samples.end());
     EXPECT_LT(Visible().bottomCounts, *lo);
     EXPECT_GT(Visible().topCounts, *hi);
-    EXPECT_NE(ws.settings.displayGain, "1");
+    EXPECT_NE(ws.settings.displayGain, 1.0);
 
 }
 

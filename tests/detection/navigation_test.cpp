@@ -231,9 +231,9 @@ TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
 
     Settings settings;
     StoreDisplayScale(settings, {0.16, -7});
-    EXPECT_EQ(settings.displayGain, "0.16");
+    EXPECT_EQ(settings.displayGain, 0.16);
     EXPECT_EQ(settings.displayOffsetCounts, -7);
-    settings.displayGain = "x";
+    settings.displayGain = -2;  // not positive
     EXPECT_EQ(DisplayScaleFromSettings(settings).gain, 1.0);
 }
 

@@ -25,7 +25,7 @@ TEST(GroupSettings, EveryKeyRoundTripsThroughTheFileKeepingOtherSections) {
     s.groupNumber = 7;
     s.analysisType = "Scaled Superimpose";
     s.alignment = "Rise 50";
-    s.blocksToAnalyse = "0.25";
+    s.blocksToAnalyse = 0.25;
     s.adjustBaseline = true;
     s.fitRange = "Decay 20%-80%";
     s.tolerance = 1e-5;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "group_analysis/ecg_delineation.h"
 #include "group_analysis/trace_analysis_run.h"
@@ -161,12 +162,12 @@ TEST(TraceAnalysisRun, AStoppedDiffusionFitGivesNoRow) {
     EXPECT_TRUE(run.outcomes.empty());
 }
 
-TEST(TraceAnalysisRun, StoredTextsThatAreNoNumbersKeepTheDefaults) {
+TEST(TraceAnalysisRun, StoredNumbersOutsideTheirRangesKeepTheDefaults) {
     GroupAnalysisSettings stored;
-    stored.electrons = "abc";
-    stored.release = "-1";
-    stored.deadRadius = "0";
-    stored.km = "0.5";
+    stored.electrons = std::numeric_limits<double>::quiet_NaN();
+    stored.release = -1;
+    stored.deadRadius = 0;
+    stored.km = 0.5;
     stored.walkEdge = "Reflecting";
     TraceAnalysisSettings s;
     ApplyStoredSettings(s, stored);

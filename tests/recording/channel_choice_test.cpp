@@ -112,18 +112,18 @@ TEST(RateDefaults, NewInstallationLengthsFollowTheRate) {
     const struct {
         double intervalUs;
         int32_t screenBlocks;
-        const char* groupBlocks;
+        double groupBlocks;
     } rates[] = {
-        {50, 39, "4"},        // 20 kHz: 10000 points = 39.06 blocks; 1000 = 3.9
-        {10, 195, "20"},      // 100 kHz: 50000 = 195.3; 5000 = 19.53
-        {100, 20, "2"},       // 10 kHz: 5000 = 19.53; 500 = 1.95
-        {1000, 2, "0.25"},    // 1 kHz: 500 = 1.95; 50 points = 0.195 block
-        {20000, 1, "0.0625"}, // 50 Hz: at least one block, at most 1/16 of one
-        {0.01, 4096, "4096"}, // 100 MHz: the longest screen
+        {50, 39, 4},        // 20 kHz: 10000 points = 39.06 blocks; 1000 = 3.9
+        {10, 195, 20},      // 100 kHz: 50000 = 195.3; 5000 = 19.53
+        {100, 20, 2},       // 10 kHz: 5000 = 19.53; 500 = 1.95
+        {1000, 2, 0.25},    // 1 kHz: 500 = 1.95; 50 points = 0.195 block
+        {20000, 1, 0.0625}, // 50 Hz: at least one block, at most 1/16 of one
+        {0.01, 4096, 4096}, // 100 MHz: the longest screen
     };
     for (const auto& r : rates) {
         EXPECT_EQ(BlocksNearest(kNewInstallationScreenMs, r.intervalUs), r.screenBlocks) << r.intervalUs;
-        EXPECT_EQ(GroupBlocksText(kNewInstallationGroupStretchMs, r.intervalUs), r.groupBlocks) << r.intervalUs;
+        EXPECT_EQ(GroupBlocks(kNewInstallationGroupStretchMs, r.intervalUs), r.groupBlocks) << r.intervalUs;
     }
 
     test::TempDir dir;

@@ -29,15 +29,15 @@ Settings Changed() {
     s.soundOn = true;
     s.showToolTips = false;
     s.lockBaseline = true;
-    s.windowFraction = "0.5";
+    s.windowFraction = 0.5;
     s.drawTrace = false;
-    s.displayGain = "2.5";
+    s.displayGain = 2.5;
     s.displayOffsetCounts = -1200;
     s.blocksPerScreen = 8;
     s.navigationGroup = 3;
     s.jumpIntervalMs = 250;
     s.filterKind = 2;
-    s.filterCutoffHz = "500";
+    s.filterCutoffHz = 500;
     s.analysis.PeakDirection = 1;
     s.analysis.ThresholdAmplitude = 7.25f;
     s.analysis.PeriodToSearchMax = 15000;
@@ -114,7 +114,7 @@ TEST(Settings, ValuesAreCutAtTenCharactersAndBadNumbersGiveDefaults) {
         "[Analysis]\nThresholdAmplitude!=12.5xyz\nNumberPointsPeak=0\nPeriodToSearchMax&=  42 \n"
         "ComplexPeak=\"true\"\nDecayPercent!=0.5\n[Program]\nDataDir=/a/very/long/folder/name\n");
     const Settings s = SettingsFromIni(ini);
-    EXPECT_EQ(s.windowFraction, "0.12345678");
+    EXPECT_EQ(s.windowFraction, 0.12345678);
     EXPECT_EQ(s.jumpIntervalMs, 1000);
     EXPECT_EQ(s.filterKind, 4);
     EXPECT_EQ(s.analysis.ThresholdAmplitude, 5.0f);
@@ -180,9 +180,9 @@ TEST(Settings, CommandsSayWhatTheyDid) {
 // Every value is written to survive the 10-character read (1.3456789e-05 once came back as "1.3456789e").
 TEST(Settings, ExtremeValuesOfEveryKeySurviveTheTenCharacterRead) {
     Settings s;
-    s.windowFraction = "0.123456789012";
-    s.displayGain = "12345.6789012";
-    s.filterCutoffHz = "1000.00000001";
+    s.windowFraction = 0.123456789012;
+    s.displayGain = 12345.6789012;
+    s.filterCutoffHz = 1000.00000001;
     s.displayOffsetCounts = kMinDisplayOffset;
     s.blocksPerScreen = kMaxBlocksPerScreen;
     s.navigationGroup = 255;
@@ -205,13 +205,13 @@ TEST(Settings, ExtremeValuesOfEveryKeySurviveTheTenCharacterRead) {
     std::vector<std::string> problems;
     const Settings back = SettingsFromIni(ini, &problems);
     EXPECT_TRUE(problems.empty()) << problems.front();
-    // Texts are cut to what is read, floats keep the digits that fit in 10 characters.
+    // Decimals come back to ten significant digits cut to ten characters, floats keep the digits that fit in 10 characters.
     EXPECT_EQ(ini.Get("Analysis", "ThresholdAmplitude!"), "1.34568e-5");
     EXPECT_NEAR(back.analysis.ThresholdAmplitude, 1.3456789e-05f, 1e-10);
     Settings expected = s;
-    expected.windowFraction = "0.12345678";
-    expected.displayGain = "12345.6789";
-    expected.filterCutoffHz = "1000.00000";
+    expected.windowFraction = 0.12345678;
+    expected.displayGain = 12345.6789;
+    expected.filterCutoffHz = 1000.0;
     expected.analysis.ThresholdAmplitude = back.analysis.ThresholdAmplitude;
     expected.analysis.DecayPercent = 0.12345679f;
     EXPECT_EQ(back, expected);

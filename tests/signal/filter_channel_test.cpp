@@ -137,7 +137,7 @@ TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
     EXPECT_FALSE(ApplyFilterCommand(ws, dialogs, choice));
     ASSERT_FALSE(dialogs.Messages().empty());
     EXPECT_NE(dialogs.Messages().back().text.find("10000 Hz cannot be used"), std::string::npos);
-    EXPECT_EQ(ws.settings.filterCutoffHz, "750");  // the refused value is not stored
+    EXPECT_EQ(ws.settings.filterCutoffHz, 750.0);  // the refused value is not stored
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include "recording/rate_defaults.h"
 
+#include <cmath>
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
@@ -51,13 +53,19 @@ QCheckBox* Check(const char* name, const QString& text) {
 
 }  // namespace
 
+void ReadNumber(const QString& text, double& value) {
+    bool ok = false;
+    const double v = text.trimmed().toDouble(&ok);
+    if (ok && std::isfinite(v)) value = v;
+}
+
 GroupAnalysisWindow::GroupAnalysisWindow(Workspace& ws, Dialogs& dialogs, JobRunner& jobs, QWidget* parent)
     : QMainWindow(parent), ws_(ws), dialogs_(dialogs, this), jobs_(jobs) {
     setObjectName("GrpAnal");
     setWindowTitle(Q(texts::kWindowCaption));
     settings_ = LoadGroupSettings(ws_.iniPath);
     if (ws_.settings.lengthsFollowRate && ws_.recording)
-        settings_.blocksToAnalyse = GroupBlocksText(kNewInstallationGroupStretchMs, ws_.recording->IntervalUs());
+        settings_.blocksToAnalyse = GroupBlocks(kNewInstallationGroupStretchMs, ws_.recording->IntervalUs());
     BuildControls();
     BuildMenus();
     BuildKeys();
@@ -299,10 +307,10 @@ void GroupAnalysisWindow::ReadControls() {
     s.groupNumber = WholeEntryOr(Entry(group_), s.groupNumber, 0, 255);
     s.analysisType = type_->currentText().toStdString();
     s.alignment = alignment_->currentText().toStdString();
-    s.blocksToAnalyse = blocks_->currentText().toStdString();
+    s.blocksToAnalyse = NumberEntryOr(Entry(blocks_), s.blocksToAnalyse, 0, 1e9);
     s.displayEveryPoint = WholeEntryOr(Entry(every_), s.displayEveryPoint, 1, 1000000);
-    s.displayGain = gain_->currentText().toStdString();
-    s.displayOffset = offset_->currentText().toStdString();
+    ReadNumber(gain_->currentText(), s.displayGain);
+    ReadNumber(offset_->currentText(), s.displayOffset);
     s.adjustBaseline = baseline_->isChecked();
     s.fitRange = fitRange_->currentText().toStdString();
     s.exponentials = WholeEntryOr(Entry(exponentials_), s.exponentials, 1, 3);
@@ -327,10 +335,10 @@ void GroupAnalysisWindow::WriteControls() {
     group_->setCurrentText(QString::number(s.groupNumber));
     type_->setCurrentText(QString::fromStdString(s.analysisType));
     alignment_->setCurrentText(QString::fromStdString(s.alignment));
-    blocks_->setCurrentText(QString::fromStdString(s.blocksToAnalyse));
+    blocks_->setCurrentText(QString::fromStdString(ShortestText(s.blocksToAnalyse)));
     every_->setCurrentText(QString::number(s.displayEveryPoint));
-    gain_->setCurrentText(QString::fromStdString(s.displayGain));
-    offset_->setCurrentText(QString::fromStdString(s.displayOffset));
+    gain_->setCurrentText(QString::fromStdString(ShortestText(s.displayGain)));
+    offset_->setCurrentText(QString::fromStdString(ShortestText(s.displayOffset)));
     baseline_->setChecked(s.adjustBaseline);
     fitRange_->blockSignals(true);
     fitRange_->setCurrentText(QString::fromStdString(s.fitRange));

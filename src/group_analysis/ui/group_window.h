@@ -51,6 +51,10 @@ inline constexpr int kTraceAnalysisCount = 7;
 inline constexpr const char* kAnalysisActions[kTraceAnalysisCount] = {
     "menu_APWave1", "menu_APWave2", "menu_fEPSP", "menu_Multipeak", "menu_Ampero", "menu_RandomWalk", "menu_ECG"};
 
+// Takes the number a box shows into value; anything that is not a finite
+// number leaves value as it was.
+void ReadNumber(const QString& text, double& value);
+
 // How printing reaches a printer. The desktop shows the print and preview
 // dialogs; tests print to PDF files and look at the preview without showing it.
 struct PrintHooks {

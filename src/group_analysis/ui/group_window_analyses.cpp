@@ -64,17 +64,17 @@ QWidget* GroupAnalysisWindow::BuildAnalysisSettings() {
 }
 
 void GroupAnalysisWindow::ReadAnalysisControls() {
-    settings_.widthAboveThreshold = widthAbove_->currentText().toStdString();
-    settings_.ym = ym_->currentText().toStdString();
-    settings_.yt = yt_->currentText().toStdString();
+    ReadNumber(widthAbove_->currentText(), settings_.widthAboveThreshold);
+    ReadNumber(ym_->currentText(), settings_.ym);
+    ReadNumber(yt_->currentText(), settings_.yt);
     settings_.decayRange = decayPercent_->currentText().toStdString();
     settings_.useThresholdBaseline = thresholdBaseline_->isChecked();
 }
 
 void GroupAnalysisWindow::WriteAnalysisControls() {
-    widthAbove_->setCurrentText(QString::fromStdString(settings_.widthAboveThreshold));
-    ym_->setCurrentText(QString::fromStdString(settings_.ym));
-    yt_->setCurrentText(QString::fromStdString(settings_.yt));
+    widthAbove_->setCurrentText(QString::fromStdString(ShortestText(settings_.widthAboveThreshold)));
+    ym_->setCurrentText(QString::fromStdString(ShortestText(settings_.ym)));
+    yt_->setCurrentText(QString::fromStdString(ShortestText(settings_.yt)));
     decayPercent_->setCurrentText(QString::fromStdString(settings_.decayRange));
     thresholdBaseline_->setChecked(settings_.useThresholdBaseline);
 }

@@ -58,7 +58,7 @@ void GroupAnalysisWindow::StartDisplay() {
             .group = settings_.groupNumber,
             .type = displayedType_,
             .alignment = AlignmentFromName(settings_.alignment),
-            .blocks = NumberEntryOr(settings_.blocksToAnalyse, 0, 0, 1e9),
+            .blocks = settings_.blocksToAnalyse,
             .baselineAdjust = settings_.adjustBaseline,
             .fullSweep = fullSweep_->isChecked()};
         const std::string tooLarge =

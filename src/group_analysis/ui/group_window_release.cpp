@@ -61,24 +61,25 @@ QWidget* GroupAnalysisWindow::BuildReleaseSettings() {
 
 void GroupAnalysisWindow::ReadReleaseControls() {
     settings_.amperometryRise = amperoRise_->currentText().toStdString();
-    settings_.electrons = electrons_->currentText().toStdString();
+    ReadNumber(electrons_->currentText(), settings_.electrons);
     settings_.walkType = walkType_->currentText().toStdString();
     settings_.walkEdge = edge_->currentText().toStdString();
-    std::string* texts[7] = {&settings_.release, &settings_.vmax, &settings_.km, &settings_.deadRadius,
-                             &settings_.totalRadius, &settings_.walkBinSize, &settings_.diffusionCoefficient};
-    for (int k = 0; k < 7; ++k) *texts[k] = walkFields_[std::size_t(k)]->text().toStdString();
+    double* values[7] = {&settings_.release, &settings_.vmax, &settings_.km, &settings_.deadRadius,
+                         &settings_.totalRadius, &settings_.walkBinSize, &settings_.diffusionCoefficient};
+    for (int k = 0; k < 7; ++k) ReadNumber(walkFields_[std::size_t(k)]->text(), *values[k]);
     settings_.walkMaxIterations = WholeEntryOr(walkFields_[7]->text().toStdString(), settings_.walkMaxIterations, 1, 1000000);
     settings_.walkTolerance = NumberEntryOr(walkFields_[8]->text().toStdString(), settings_.walkTolerance, 1e-15, 1);
 }
 
 void GroupAnalysisWindow::WriteReleaseControls() {
     amperoRise_->setCurrentText(QString::fromStdString(settings_.amperometryRise));
-    electrons_->setCurrentText(QString::fromStdString(settings_.electrons));
+    electrons_->setCurrentText(QString::fromStdString(ShortestText(settings_.electrons)));
     walkType_->setCurrentText(QString::fromStdString(settings_.walkType));
     edge_->setCurrentText(QString::fromStdString(settings_.walkEdge));
-    const std::string* texts[7] = {&settings_.release, &settings_.vmax, &settings_.km, &settings_.deadRadius,
-                                   &settings_.totalRadius, &settings_.walkBinSize, &settings_.diffusionCoefficient};
-    for (int k = 0; k < 7; ++k) walkFields_[std::size_t(k)]->setText(QString::fromStdString(*texts[k]));
+    const double values[7] = {settings_.release, settings_.vmax, settings_.km, settings_.deadRadius,
+                              settings_.totalRadius, settings_.walkBinSize, settings_.diffusionCoefficient};
+    for (int k = 0; k < 6; ++k) walkFields_[std::size_t(k)]->setText(QString::fromStdString(WalkText(values[k])));
+    walkFields_[6]->setText(QString::fromStdString(CoefficientText(values[6])));
     walkFields_[7]->setText(QString::number(settings_.walkMaxIterations));
     walkFields_[8]->setText(QString::number(settings_.walkTolerance));
 }
