@@ -1,10 +1,6 @@
 // Display gain and offset steps of the trace view (declared in navigation.h).
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <string>
-
-#include <fmt/format.h>
 
 #include "detection/navigation.h"
 #include "recording/rounding.h"

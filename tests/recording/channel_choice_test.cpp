@@ -34,24 +34,24 @@ public:
 // Three channels whose ADCs are not in position order (ADC 3, 0, 5): each
 // position's name and unit come from its own ADC.
 std::filesystem::path WriteThreeChannels(const test::TempDir& dir, bool floating) {
-    AbfWriteLayout spec = test::MakeAbfLayout(100.0);
-    spec.channels = {AbfChannelLayout{}, AbfChannelLayout{}, AbfChannelLayout{}};
-    spec.channels[0].name = "Im";
-    spec.channels[0].units = "pA";
-    spec.channels[1].name = "Vm";
-    spec.channels[1].units = "mV";
-    spec.channels[2].name = "";
-    spec.channels[2].units = "V";
-    std::vector<uint8_t> bytes = BuildAbfHeader(spec, 512);
+    AbfWriteLayout layout = test::MakeAbfLayout(100.0);
+    layout.channels = {AbfChannelLayout{}, AbfChannelLayout{}, AbfChannelLayout{}};
+    layout.channels[0].name = "Im";
+    layout.channels[0].units = "pA";
+    layout.channels[1].name = "Vm";
+    layout.channels[1].units = "mV";
+    layout.channels[2].name = "";
+    layout.channels[2].units = "V";
+    std::vector<uint8_t> bytes = BuildAbfHeader(layout, 512);
     const std::span<uint8_t> head(bytes);
     const int16_t adcs[] = {3, 0, 5};
     for (std::size_t p = 0; p < 3; ++p) {
         const auto adc = std::size_t(adcs[p]);
         le::Put<int16_t>(head, abf::kADCSamplingSeq + 2 * p, adcs[p]);
         le::PutText(head, abf::kADCChannelName + adc * abf::kADCChannelNameChars,
-                    abf::kADCChannelNameChars, spec.channels[p].name);
+                    abf::kADCChannelNameChars, layout.channels[p].name);
         le::PutText(head, abf::kADCUnits + adc * abf::kADCUnitsChars, abf::kADCUnitsChars,
-                    spec.channels[p].units);
+                    layout.channels[p].units);
         for (std::size_t offset : {abf::kADCProgrammableGain, abf::kInstrumentScaleFactor, abf::kSignalGain})
             le::Put<float>(head, offset + adc * 4, le::Get<float>(head, offset));
     }
