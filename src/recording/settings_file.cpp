@@ -215,18 +215,27 @@ Settings NewInstallationSettings() {
     return s;
 }
 
+namespace {
+
+// A file that holds only the list of recent recordings was made by opening
+// files, not by saving settings: still a new installation.
+bool HoldsSettings(const IniFile& ini) {
+    return ini.HasSection(kProgram) || ini.HasSection(kDisplay) || ini.HasSection(kAnalysis);
+}
+
+}  // namespace
+
 bool IsNewInstallation(const std::filesystem::path& path) {
     std::error_code ec;
-    if (!std::filesystem::exists(path, ec)) return true;
-    // A file that holds only the list of recent recordings was made by
-    // opening files, not by saving settings: still a new installation.
-    const IniFile ini = IniFile::Load(path);
-    return !ini.HasSection(kProgram) && !ini.HasSection(kDisplay) && !ini.HasSection(kAnalysis);
+    return !std::filesystem::exists(path, ec) || !HoldsSettings(IniFile::Load(path));
 }
 
 Settings LoadIniSettings(const std::filesystem::path& path, std::vector<std::string>* problems) {
-    if (IsNewInstallation(path)) return NewInstallationSettings();
-    return SettingsFromIni(IniFile::Load(path), problems);
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) return NewInstallationSettings();
+    const IniFile ini = IniFile::Load(path);
+    if (!HoldsSettings(ini)) return NewInstallationSettings();
+    return SettingsFromIni(ini, problems);
 }
 
 std::string SettingsProblemsText(const std::filesystem::path& path,
