@@ -6,7 +6,8 @@
 # at least 3 noise SDs) it prints recall, an F1 of the added events (precision
 # = found / (found + false detections caused by the added events)) and, apart,
 # the false events per minute of the noise (the copy turned upside down: an
-# upper estimate on recordings rich in events, whose turned decays count).
+# upper estimate on recordings rich in events, whose turned decays count;
+# marked * when less than a minute of event-free trace measured it).
 #
 #   scripts/check_real.sh [BUILD_DIR] [DATA_DIR] [EXTRA vess check OPTIONS]
 set -eu
@@ -31,8 +32,12 @@ r = found / added if added else 0
 p = found / (found + false) if found + false else 0
 f1 = 2 * p * r / (p + r) if p + r else 0
 r90 = j["recall_90_amplitude"]
-print("%-30s ch %s  noise %.3g %s  recall(>=3 SD) %.3f  recall 90%% from %s SD  false/min %.1f  F1 %.3f"
+rate, mark = j["false_per_minute"], ""
+if rate is None:
+    seconds = j["inverted_seconds"]
+    rate, mark = (j["inverted_detections"] * 60 / seconds if seconds else 0), "*"
+print("%-30s ch %s  noise %.3g %s  recall(>=3 SD) %.3f  recall 90%% from %s SD  false/min %.1f%s  F1 %.3f"
       % (sys.argv[1], sys.argv[2], sd, j["units"], r, "%.2f" % (r90 / sd) if r90 else "-",
-         j["false_per_minute"], f1))
+         rate, mark, f1))
 ' "$file" "$channel" || echo "$file ch $channel: not checked"
 done

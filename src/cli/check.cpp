@@ -53,6 +53,7 @@ void AddCheckCommand(CLI::App& app) {
         j["false_positives"] = r.falsePositives;
         j["original_events"] = r.originalEvents;
         j["inverted_detections"] = r.invertedDetections;
+        j["inverted_seconds"] = r.invertedSeconds;
         const auto perMinute = r.FalsePerMinute();  // null: not measurable
         j["false_per_minute"] = perMinute ? nlohmann::json(*perMinute) : nlohmann::json();
         j["collided"] = r.collided;

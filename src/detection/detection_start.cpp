@@ -29,8 +29,8 @@ std::string SuggestOnFirstAnalysis(Workspace& ws) {
     ws.suggestedFor = key;  // tried once, whatever came of it
     if (!s.ok) return fmt::format("No settings could be suggested from this recording ({}).", s.problem);
     ApplySuggestion(ws, s);
-    return fmt::format("Settings suggested from this recording ({} clear events, noise {:.3g} {}): {}",
-                       s.eventsUsed, s.noiseSdUnits, ws.recording->Units(), DetectionSettingsText(ws));
+    return fmt::format("Settings suggested from this recording ({}, noise {:.3g} {}): {}",
+                       KernelSourceText(s), s.noiseSdUnits, ws.recording->Units(), DetectionSettingsText(ws));
 }
 
 void MarkSuggested(Workspace& ws) {
