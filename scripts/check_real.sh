@@ -15,9 +15,10 @@ build=${1:-build}
 data=${2:-../shared/data/abf1}
 if [ $# -ge 2 ]; then shift 2; else shift $#; fi
 [ -d "$data" ] || { echo "no real recordings in $data" >&2; exit 1; }
-# file:channel of the recordings of spontaneous currents
-# (05210017_vc_abf1 holds voltage steps, the others no currents to speak of).
-for item in 171116sh_0020_saved.abf:0 19911002-2.abf:1 f1.abf:0 130618-1-12.abf:0; do
+# file:channel of the recordings of spontaneous currents (05210017_vc_abf1
+# and 171116sh with a test pulse per sweep, 130618-1-12 with voltage steps;
+# the others hold no currents to speak of).
+for item in 171116sh_0020_saved.abf:0 19911002-2.abf:1 f1.abf:0 130618-1-12.abf:0 05210017_vc_abf1.abf:0; do
     file=${item%:*} channel=${item#*:}
     "$build/vess" check "$data/$file" --channel "$channel" --json "$@" 2>/dev/null |
     python3 -c '

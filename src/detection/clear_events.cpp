@@ -38,6 +38,8 @@ std::vector<int64_t> PulsePeaks(const std::vector<double>& z, const MethodRun& r
             if (z[std::size_t(i)] > z[std::size_t(top)]) top = i;
         p = top;
     }
+    std::sort(points.begin(), points.end());
+    points.erase(std::unique(points.begin(), points.end()), points.end());
     return points;
 }
 
@@ -77,7 +79,7 @@ std::vector<Detection> Measured(const std::vector<int64_t>& onsets, const Measur
 double OutsizedLimit(const std::vector<Detection>& up, const ClearEventRules& rules) {
     std::vector<double> a;
     for (const Detection& d : up)
-        if (d.decaysBack) a.push_back(d.amplitude);
+        if (d.decaysBack && d.amplitude > 0) a.push_back(d.amplitude);
     if (a.size() < 2) return INFINITY;
     std::sort(a.begin(), a.end());
     const double p95 = a[std::size_t(std::floor(0.95 * double(a.size() - 1)))];
@@ -85,13 +87,16 @@ double OutsizedLimit(const std::vector<Detection>& up, const ClearEventRules& ru
     return std::min(rules.outsizedOverP95 * p95, rules.outsizedOverMedian * median);
 }
 
-// The amplitudes of the detections shaped like events and not outsized (the
-// limit of the trace itself, also for its upside-down copy, whose artefacts
-// are no noise).
-std::vector<double> EventLike(const std::vector<Detection>& ds, double limit) {
+// Shaped like an event and not outsized (the limit of the trace itself, also
+// for its upside-down copy, whose artefacts are no noise).
+bool EventLike(const Detection& d, double limit) {
+    return d.decaysBack && d.amplitude > 0 && d.amplitude <= limit;
+}
+
+std::vector<double> EventLikeAmplitudes(const std::vector<Detection>& ds, double limit) {
     std::vector<double> out;
     for (const Detection& d : ds)
-        if (d.decaysBack && d.amplitude <= limit) out.push_back(d.amplitude);
+        if (EventLike(d, limit)) out.push_back(d.amplitude);
     return out;
 }
 
@@ -135,14 +140,14 @@ std::vector<ClearEvent> FindClearEvents(const MethodParameters& params, const st
     const std::vector<Detection> up = Measured(upPoints, m, dir);
     const std::vector<Detection> down = Measured(downPoints, m, -dir);
     const double limit = OutsizedLimit(up, rules);
-    std::vector<double> sorted = EventLike(up, limit);
+    std::vector<double> sorted = EventLikeAmplitudes(up, limit);
     std::sort(sorted.begin(), sorted.end(), std::greater<>());
-    const std::size_t kept = ClearAboveNoise(sorted, EventLike(down, limit), rules.noiseShare);
+    const std::size_t kept = ClearAboveNoise(sorted, EventLikeAmplitudes(down, limit), rules.noiseShare);
     const double floor = kept > 0 ? sorted[kept - 1] : INFINITY;
 
     std::vector<ClearEvent> out;
     for (const Detection& d : up) {
-        if (!d.decaysBack || d.amplitude > limit || d.amplitude < floor) continue;
+        if (!EventLike(d, limit) || d.amplitude < floor) continue;
         // Alone: no other detection within the isolation after it, nor half of it before.
         const auto at = std::lower_bound(upPoints.begin(), upPoints.end(), d.onset);
         if (std::next(at) != upPoints.end() && *std::next(at) - d.onset < isolation) continue;

@@ -76,7 +76,7 @@ KernelFit FitKernel(const std::vector<double>& average, double intervalUs, doubl
     };
     const double leadMs = spanMs / 4;
     const double riseLo = std::max({dtMs / 4, 0.02, minRiseMs});
-    search(riseLo, std::max(spanMs / 10, 2 * riseLo), std::max(dtMs, 0.1), spanMs, 0, leadMs, 24);
+    search(riseLo, std::max({spanMs / 10, 0.1, 2 * riseLo}), std::max(dtMs, 0.1), spanMs, 0, leadMs, 24);
     if (!std::isfinite(best.sse)) return fit;
     const EventKernel c = fit.kernel;
     const double s = fit.onsetShiftMs;
