@@ -5,11 +5,15 @@
 
 #include <fmt/format.h>
 
+#include "detection/method_commands.h"
 #include "detection/method_filter.h"
+#include "detection/whole_file.h"
+#include "recording/detection_inputs.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
+#include "recording/scripted_dialogs.h"
 #include "recording/save_path.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
@@ -71,7 +75,8 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
     if (!file.Error().empty()) return file.Error();
     if (!file.Write(BuildAbfHeader(EventFreeWriteLayout(rec), points))) return file.Error();
     const SampleReader read = [&rec](int64_t first, std::span<int16_t> out) { rec.ReadSamples(first, out); };
-    const DecayTail tail{read, ChannelNoiseCounts(rec), std::max<int64_t>(levelPoints, 1), points};
+    const double noise = ChannelNoiseCounts(rec);
+    const DecayTail tail{read, noise, std::max<int64_t>(levelPoints, 1), points};
     const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points, tail);
     std::vector<uint8_t> bytes;
     const SampleSink sink = [&](std::span<const int16_t> samples) {
@@ -80,10 +85,23 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
         return file.Write(bytes);
     };
     EventFreeOptions options;
-    options.levelPoints = std::max<int64_t>(levelPoints, 1);
+    options.noiseCounts = noise;
+    options.levelPoints = tail.windowPoints;
+    options.trendHalfPoints = 10 * tail.windowPoints;
     if (!EliminateStretches(points, stretches, read, sink, options)) return file.Error();
     if (!rec.ReadFault().empty()) return rec.ReadFault();
     return file.Finish();
+}
+
+std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::filesystem::path& path,
+                                            NoiseLevels noise) {
+    Workspace ws;
+    ws.settings = source.settings;
+    if (!OpenRecordingOnChannel(path, 0, ws).empty()) return std::nullopt;
+    if (noise == NoiseLevels::OfSource && source.recording) CarryNoiseLevels(source, ws);
+    ScriptedDialogs quiet;
+    if (DetectWholeFile(ws, quiet).improperParameters) return std::nullopt;
+    return ws.events.Count();
 }
 
 bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {

@@ -61,15 +61,21 @@ std::vector<int16_t> RunOver(int64_t points, std::span<const PointStretch> stret
 }
 
 TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
-    // Events on 0..9 and 400..449; level 100 around them and donors of even length keep the
-    // alternation, so the output is the clean trace exactly, whatever the chunk size.
+    // Events on 0..9 and 400..449 of a level 100 with +-1 noise: the stretches come back at
+    // that level within the noise (the mirrored donors may meet out of phase), the rest is
+    // the source exactly, and the chunk size changes nothing.
     std::vector<int16_t> clean(1000), source(1000);
     for (int64_t i = 0; i < 1000; ++i) clean[std::size_t(i)] = source[std::size_t(i)] = Clean(i);
     for (int64_t i = 0; i < 10; ++i) source[std::size_t(i)] += 300;
     for (int64_t i = 400; i < 450; ++i) source[std::size_t(i)] -= 500;
     const std::vector<PointStretch> stretches{{0, 9}, {400, 449}};
-    EXPECT_EQ(RunOver(1000, stretches, source, 1 << 16), clean);
-    EXPECT_EQ(RunOver(1000, stretches, source, 7), clean);
+    const std::vector<int16_t> out = RunOver(1000, stretches, source, 1 << 16);
+    EXPECT_EQ(RunOver(1000, stretches, source, 7), out);
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        const bool replaced = i < 10 || (i >= 400 && i < 450);
+        if (replaced) EXPECT_LE(std::abs(out[i] - 100), 2) << i;
+        else EXPECT_EQ(out[i], clean[i]) << i;
+    }
     // A refusing sink stops the run.
     const SampleReader read = [&](int64_t, std::span<int16_t> dst) { std::fill(dst.begin(), dst.end(), 0); };
     EXPECT_FALSE(EliminateStretches(1000, stretches, read, [](auto) { return false; }));

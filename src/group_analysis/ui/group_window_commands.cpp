@@ -112,7 +112,7 @@ void GroupAnalysisWindow::RefreshGrid() {
     const ResultKind kind = ws_.results.Empty() ? ResultKind::None
                                                 : ReadResultRow(ws_.results[ws_.results.Count()]).kind;
     gridColumns_ = ResultColumns(kind);
-    gridModel_->Reload(gridColumns_);
+    gridModel_->Reload(gridColumns_, kind, ws_.recording ? ws_.recording->Units() : std::string());
     grid_->resizeColumnsToContents();
 }
 
