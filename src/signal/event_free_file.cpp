@@ -86,33 +86,26 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
     return file.Finish();
 }
 
-bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
-    if (!ws.recording) return false;
+CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const auto templatePath = templateFolder / S(texts::kTemplateHeaderFileName);
-    if (!ReadFileBytes(templatePath)) {
-        dialogs.Message(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
-        return false;
-    }
-    if (ws.events.Empty()) {
-        dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kNoEventsText));
-        return false;
-    }
+    if (!ReadFileBytes(templatePath)) return CommandResult::Failed(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
+    if (ws.events.Empty()) return CommandResult::Failed(S(tool_texts::kEventFreeMenu), S(tool_texts::kNoEventsText));
     const auto margin = AskNumber(dialogs, S(tool_texts::kMarginCaption), S(tool_texts::kMarginPrompt),
                                   fmt::format("{:g}", kDefaultEventFreeMarginMs));
-    if (!margin) return false;
-    if (const std::string problem = EventFreeMarginProblem(*ws.recording, *margin); !problem.empty()) {
-        dialogs.Message(S(tool_texts::kMarginCaption), "The event-free file is not written: " + problem + ".");
-        return false;
-    }
+    if (!margin) return CommandResult::Cancelled();
+    if (const std::string problem = EventFreeMarginProblem(*ws.recording, *margin); !problem.empty())
+        return CommandResult::Failed(S(tool_texts::kMarginCaption), "The event-free file is not written: " + problem + ".");
     const auto path = ChooseSavePath(
         dialogs, {S(texts::kSaveAsAbf), S(texts::kAbfFileFilter), S(texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const Recording& rec = *ws.recording;
     const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    if (!ReportWrite(dialogs, WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path))) return false;
+    if (CommandResult written = WriteResult(WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path)); !written)
+        return written;
     dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kEventFreeSaved) + path->filename().string());
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "recording/abf_writer.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
 
@@ -42,7 +43,7 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
 
 // The main-window command: the template header templateFolder/"SamplABF.dat"
 // must exist ("Error" otherwise, nothing written); then the margin prompt,
-// the save dialog and the closing message. True when a file was written.
-bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
+// the save dialog and the closing message. Ok when a file was written.
+CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
 
 }  // namespace vess
