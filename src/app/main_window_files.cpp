@@ -63,13 +63,13 @@ bool MainWindow::AskToSaveUnsavedEvents() {
         texts::SavePreviousEventsText(ws_.events.Count(),
                                           ws_.recording ? ws_.recording->FileName() : std::string()));
     if (a == Answer::Cancel) return false;
-    if (a == Answer::Yes) return SaveEventFileCommand(ws_, dialogs_);
+    if (a == Answer::Yes) return ShowFailure(dialogs_, SaveEventFileCommand(ws_, dialogs_));
     return true;
 }
 
 void MainWindow::OnOpenEvent() {
     if (Busy()) return;
-    if (OpenEventFileCommand(ws_, dialogs_)) {
+    if (ShowFailure(dialogs_, OpenEventFileCommand(ws_, dialogs_))) {
         ws_.selectedEvent = ws_.events.Empty() ? 0 : 1;
         gridModel_->ContentChanged();
         ClearStaleReadouts();
@@ -80,12 +80,12 @@ void MainWindow::OnOpenEvent() {
 void MainWindow::OnSaveEvent() {
     // An event file names its data file: without a recording there is none.
     if (!ws_.recording) return;
-    SaveEventFileCommand(ws_, dialogs_);
+    ShowFailure(dialogs_, SaveEventFileCommand(ws_, dialogs_));
     RefreshStatus();
 }
 
-void MainWindow::OnSaveData() { SaveDataCommand(ws_, dialogs_); }
-void MainWindow::OnSaveAscii() { SaveToAsciiFileCommand(ws_, dialogs_); }
+void MainWindow::OnSaveData() { ShowFailure(dialogs_, SaveDataCommand(ws_, dialogs_)); }
+void MainWindow::OnSaveAscii() { ShowFailure(dialogs_, SaveToAsciiFileCommand(ws_, dialogs_)); }
 
 void MainWindow::OnDatInfo() {
     if (!ws_.recording) return;
@@ -104,21 +104,21 @@ void MainWindow::OnDatInfo() {
     box.exec();
 }
 
-void MainWindow::OnSaveSettings() { SaveSettingsCommand(ws_, dialogs_); }
+void MainWindow::OnSaveSettings() { ShowFailure(dialogs_, SaveSettingsCommand(ws_, dialogs_)); }
 
-void MainWindow::OnSaveSettingsCustom() { SaveCustomSettingsCommand(ws_, dialogs_); }
+void MainWindow::OnSaveSettingsCustom() { ShowFailure(dialogs_, SaveCustomSettingsCommand(ws_, dialogs_)); }
 
 void MainWindow::OnLoadSettings() {
-    if (LoadCustomSettingsCommand(ws_, dialogs_)) {
+    if (ShowFailure(dialogs_, LoadCustomSettingsCommand(ws_, dialogs_))) {
         gridModel_->ContentChanged();
         RefreshAll();
     }
 }
 
-void MainWindow::OnSaveParameter() { SaveParameterFileCommand(ws_, dialogs_); }
+void MainWindow::OnSaveParameter() { ShowFailure(dialogs_, SaveParameterFileCommand(ws_, dialogs_)); }
 
 void MainWindow::OnLoadParameter() {
-    if (LoadParameterFileCommand(ws_, dialogs_)) RefreshAll();
+    if (ShowFailure(dialogs_, LoadParameterFileCommand(ws_, dialogs_))) RefreshAll();
 }
 
 void MainWindow::OnSuggest(int entry) {
@@ -137,7 +137,7 @@ void MainWindow::OnParametersEdited(const AnalysisParameters& params) {
 void MainWindow::OnNumberPointsPeak(int points) {
     if (points == ws_.params().NumberPointsPeak) return;
     // Events measured with the old setting must be saved and reset first.
-    if (ConfirmResetForParameterChange(ws_, dialogs_)) {
+    if (ShowFailure(dialogs_, ConfirmResetForParameterChange(ws_, dialogs_))) {
         ws_.params().NumberPointsPeak = static_cast<int16_t>(points);
         ws_.selectedEvent = 0;
         gridModel_->ContentChanged();
@@ -153,7 +153,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     RefreshStatus();  // the events may have been saved even if closing stops here
-    if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
+    if (!ShowFailure(dialogs_, AskSaveSettingsOnExit(ws_, dialogs_))) {
         event->ignore();
         return;
     }

@@ -80,7 +80,7 @@ void MainWindow::BuildFileMenu() {
               &MainWindow::OnSaveAscii);
     connect(AddAction(m, "menu_SaveGridCsv", tr("Export Event &Grid as CSV..."), {},
                       "Every column of the event grid, in the grid's units, as a CSV file", nullptr),
-            &QAction::triggered, this, [this] { SaveGridCsvCommand(ws_, dialogs_); });
+            &QAction::triggered, this, [this] { ShowFailure(dialogs_, SaveGridCsvCommand(ws_, dialogs_)); });
     AddAction(m, "menu_DatInfo", tr("Data File &Information"), {QKeySequence("Ctrl+I")}, nullptr,
               &MainWindow::OnDatInfo);
     m->addSeparator();

@@ -54,13 +54,13 @@ void MainWindow::OnMethodChosen(DetectionMethod method) {
 
 void MainWindow::OnSuggestFromRecording() {
     if (Busy()) return;
-    SuggestFromRecordingCommand(ws_, dialogs_);
+    ShowFailure(dialogs_, SuggestFromRecordingCommand(ws_, dialogs_));
     RefreshAll();
 }
 
 void MainWindow::OnLearnKernel() {
     if (Busy()) return;
-    LearnKernelCommand(ws_, dialogs_);
+    ShowFailure(dialogs_, LearnKernelCommand(ws_, dialogs_));
     RefreshAll();
 }
 
@@ -87,13 +87,10 @@ void MainWindow::OnCheckAccuracy() {
         dialogs_.Message(method_texts::kCheckCaption, method_texts::kNoRecording);
         return;
     }
-    AccuracyInput input = PrepareAccuracyCheck(ws_, AccuracyOptions{});
-    if (!input.problem.empty()) {
-        dialogs_.Message(method_texts::kCheckCaption, input.problem);
-        return;
-    }
+    Outcome<AccuracyInput> input = PrepareAccuracyCheck(ws_, AccuracyOptions{});
+    if (!ShowFailure(dialogs_, input.status())) return;
     if (!check) check = tools_.Show<AccuracyWindow>(make);
-    check->Start(std::move(input));
+    check->Start(std::move(input.value()));
     check->show();
     check->raise();
 }
@@ -109,7 +106,7 @@ bool MainWindow::ReadyToDetect(bool wholeRecording) {
         statusBar()->showMessage(QString::fromStdString(chosen), kSuggestionShownMs);
     }
     if (!UnreachableThresholds(ws_).empty()) {
-        const bool go = CheckThresholdsBeforeDetecting(ws_, dialogs_);
+        const bool go = ShowFailure(dialogs_, CheckThresholdsBeforeDetecting(ws_, dialogs_));
         RefreshAll();
         if (!go) return false;
     }

@@ -75,7 +75,7 @@ void MainWindow::AddSignalToolActions(QMenu* m) {
     add(m, "menu_EventFree", kEventFreeMenu, [this] {
         const auto folder = ws_.iniPath.parent_path();
         EnsureTemplateHeader(folder);  // our own template, made when missing
-        EventFreeCommand(ws_, dialogs_, folder);
+        ShowFailure(dialogs_, EventFreeCommand(ws_, dialogs_, folder));
     });
     add(m, "menu_SynchArray", kSynchMenu, [this] {
         if (SynchArrayCommand(ws_, dialogs_)) ArraysChanged();

@@ -107,7 +107,7 @@ void MainWindow::BuildDataArrayMenu() {
             PasteArrayCommand(ws_, dialogs_, k, QApplication::clipboard()->text().toStdString());
         });
     m->addSeparator();
-    AddStatisticsAction(m, "menu_ArrayAscii", kArrayAsciiMenu, [this] { SaveArraysAsciiCommand(ws_, dialogs_); });
+    AddStatisticsAction(m, "menu_ArrayAscii", kArrayAsciiMenu, [this] { ShowFailure(dialogs_, SaveArraysAsciiCommand(ws_, dialogs_)); });
     AddStatisticsAction(m, "menu_importAscii", kImportAsciiMenu,
                         [this] { StartArraysImport(); });
 }
@@ -125,7 +125,7 @@ void MainWindow::StartArraysImport() {
                          },
                          [this](std::pair<std::optional<ImportedArrays>, bool> read) {
                              if (read.second) return;
-                             PlaceImportedArrays(ws_, dialogs_, std::move(read.first));
+                             ShowFailure(dialogs_, PlaceImportedArrays(ws_, std::move(read.first)));
                              ArraysChanged();
                          }),
                  this);

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <iostream>
 
+#include "cli/command_failure.h"
 #include "cli/commands.h"
 #include "cli/detection_options.h"
 #include "cli/stderr_dialogs.h"
@@ -23,10 +24,7 @@ namespace {
 
 Workspace OpenOrFail(const DetectionOptions& options, const char* command) {
     Workspace ws;
-    if (const std::string problem = PrepareWorkspace(options, ws); !problem.empty()) {
-        std::cerr << "vess " << command << ": " << problem << "\n";
-        throw CLI::RuntimeError(2);
-    }
+    ExitUnlessDone(command, PrepareWorkspace(options, ws), 2);
     return ws;
 }
 

@@ -8,6 +8,7 @@
 
 #include "detection/detector.h"
 #include "detection/event_kernel.h"
+#include "detection/method_texts.h"
 #include "detection/suggest_from_recording.h"
 #include "detection/whole_file.h"
 #include "recording/abf_writer.h"
@@ -207,19 +208,17 @@ std::optional<double> Recall90From(const std::vector<AccuracyBin>& bins) {
     return from;
 }
 
-AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o) {
-    AccuracyInput in;
-    if (!ws.recording) {
-        in.problem = "no recording is open";
-        return in;
-    }
+Outcome<AccuracyInput> PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o) {
+    const auto refuse = [](const char* why) {
+        return CommandResult::Failed(std::string(method_texts::kCheckCaption), why);
+    };
+    if (!ws.recording) return refuse("no recording is open");
     const Recording& rec = *ws.recording;
     const int64_t n =
         std::min<int64_t>(rec.PointsPerChannel(), int64_t(o.maxSeconds * 1e6 / rec.IntervalUs()));
-    if (n < 4 * EventSpacing(ws.settings.method, rec.IntervalUs())) {
-        in.problem = "the recording is too short for the check";
-        return in;
-    }
+    if (n < 4 * EventSpacing(ws.settings.method, rec.IntervalUs()))
+        return refuse("the recording is too short for the check");
+    AccuracyInput in;
     in.options = o;
     in.settings = ws.settings;
     in.samples.resize(static_cast<std::size_t>(n));
@@ -232,10 +231,6 @@ AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o
 
 AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& control) {
     AccuracyReport r;
-    if (!in.problem.empty()) {
-        r.status = CommandResult::Failed(in.problem);
-        return r;
-    }
     if (control.Cancelled()) return Stopped();
     const AccuracyOptions& o = in.options;
     const std::vector<int16_t>& x = in.samples;
@@ -276,7 +271,13 @@ AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& 
 }
 
 AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o, const AccuracyControl& control) {
-    return RunAccuracyCheck(PrepareAccuracyCheck(ws, o), control);
+    const Outcome<AccuracyInput> in = PrepareAccuracyCheck(ws, o);
+    if (!in) {
+        AccuracyReport r;
+        r.status = in.status();
+        return r;
+    }
+    return RunAccuracyCheck(in.value(), control);
 }
 
 std::string AccuracySummary(const AccuracyReport& r) {

@@ -67,22 +67,16 @@ double RecordingNoiseSdCounts(const std::vector<int16_t>& x, double intervalUs,
     return RobustNoise(std::move(values)).sd;
 }
 
-RecordingSuggestion SuggestFromRecording(Workspace& ws) {
+Outcome<RecordingSuggestion> SuggestFromRecording(Workspace& ws) {
     RecordingSuggestion s;
-    if (!ws.recording) {
-        s.problem = "no recording is open";
-        return s;
-    }
+    if (!ws.recording) return CommandResult::Failed("no recording is open");
     const Recording& rec = *ws.recording;
     const double intervalUs = rec.IntervalUs();
     const int dir = NormalizedDirection(ws.params().PeakDirection);
     const int64_t n = std::min<int64_t>(rec.PointsPerChannel(), int64_t(120e6 / intervalUs));
     std::vector<int16_t> x(std::size_t(std::max<int64_t>(n, 0)));
     rec.ReadSamples(0, x);
-    if (n < int64_t(200000 / intervalUs)) {
-        s.problem = "the recording is shorter than 0.2 s";
-        return s;
-    }
+    if (n < int64_t(200000 / intervalUs)) return CommandResult::Failed("the recording is shorter than 0.2 s");
     // From the recording alone: every suggestion starts from the default
     // kernel, whatever kernel is set, so one recording gives one suggestion.
     MethodParameters params;
@@ -125,12 +119,10 @@ RecordingSuggestion SuggestFromRecording(Workspace& ws) {
     const double tp = KernelPeakMs(k);
     const double peak = std::exp(-tp / k.decayTauMs) - std::exp(-tp / k.riseTauMs);
     s.areaThreshold = float(0.5 * s.thresholdAmplitude * (k.decayTauMs - k.riseTauMs) / peak);
-    s.ok = true;
     return s;
 }
 
 void ApplySuggestion(Workspace& ws, const RecordingSuggestion& s) {
-    if (!s.ok) return;
     ws.settings.method.riseTauMs = s.riseTauMs;
     ws.settings.method.decayTauMs = s.decayTauMs;
     ws.settings.method.lowPassMs = s.lowPassMs;
@@ -158,29 +150,24 @@ std::string SuggestionReport(const Workspace& ws, const RecordingSuggestion& s) 
 namespace {
 
 // Measures the recording and applies what it suggests; a suggestion that
-// cannot be made is told and changes nothing.
-std::optional<RecordingSuggestion> SuggestAndApply(Workspace& ws, Dialogs& dialogs) {
-    const RecordingSuggestion s = SuggestFromRecording(ws);
-    if (!s.ok) {
-        dialogs.Message(method_texts::kSuggestCaption, s.problem);
-        return std::nullopt;
-    }
-    ApplySuggestion(ws, s);
+// cannot be made changes nothing.
+Outcome<RecordingSuggestion> SuggestAndApply(Workspace& ws) {
+    Outcome<RecordingSuggestion> s = SuggestFromRecording(ws);
+    if (!s) return CommandResult::Failed(std::string(method_texts::kSuggestCaption), s.message());
+    ApplySuggestion(ws, s.value());
     return s;
 }
 
 }  // namespace
 
-bool SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
-    if (!ws.recording) {
-        dialogs.Message(method_texts::kSuggestCaption, method_texts::kNoRecording);
-        return false;
-    }
-    const auto s = SuggestAndApply(ws, dialogs);
-    if (!s) return false;
+CommandResult SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
+    const std::string caption(method_texts::kSuggestCaption);
+    if (!ws.recording) return CommandResult::Failed(caption, std::string(method_texts::kNoRecording));
+    const Outcome<RecordingSuggestion> s = SuggestAndApply(ws);
+    if (!s) return s.status();
     MarkSuggested(ws);  // the first analysis does not suggest again over the user's choice
-    dialogs.Message(method_texts::kSuggestCaption, SuggestionReport(ws, *s));
-    return true;
+    dialogs.Message(caption, SuggestionReport(ws, s.value()));
+    return CommandResult::Ok();
 }
 
 std::string UnreachableThresholds(const Workspace& ws) {
@@ -210,13 +197,13 @@ std::string UnreachableThresholds(const Workspace& ws) {
     return {};
 }
 
-bool CheckThresholdsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
+CommandResult CheckThresholdsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
     const std::string problem = UnreachableThresholds(ws);
-    if (problem.empty()) return true;
+    if (problem.empty()) return CommandResult::Ok();
     if (!dialogs.AskYesNo(method_texts::kThresholdsCaption,
                           problem + "\n" + method_texts::kOfferSuggestion))
-        return false;
-    return SuggestAndApply(ws, dialogs).has_value();
+        return CommandResult::Cancelled();
+    return SuggestAndApply(ws).status();
 }
 
 }  // namespace vess

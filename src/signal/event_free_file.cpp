@@ -97,40 +97,33 @@ std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::
                                             NoiseLevels noise) {
     Workspace ws;
     ws.settings = source.settings;
-    if (!OpenRecordingOnChannel(path, 0, ws).empty()) return std::nullopt;
+    if (!OpenRecordingOnChannel(path, 0, ws)) return std::nullopt;
     if (noise == NoiseLevels::OfSource && source.recording) CarryNoiseLevels(source, ws);
     ScriptedDialogs quiet;
     if (DetectWholeFile(ws, quiet).improperParameters) return std::nullopt;
     return ws.events.Count();
 }
 
-bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
-    if (!ws.recording) return false;
+CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const auto templatePath = templateFolder / S(texts::kTemplateHeaderFileName);
-    if (!ReadFileBytes(templatePath)) {
-        dialogs.Message(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
-        return false;
-    }
-    if (ws.events.Empty()) {
-        dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kNoEventsText));
-        return false;
-    }
+    if (!ReadFileBytes(templatePath)) return CommandResult::Failed(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
+    if (ws.events.Empty()) return CommandResult::Failed(S(tool_texts::kEventFreeMenu), S(tool_texts::kNoEventsText));
     const auto margin = AskNumber(dialogs, S(tool_texts::kMarginCaption), S(tool_texts::kMarginPrompt),
                                   fmt::format("{:g}", kDefaultEventFreeMarginMs));
-    if (!margin) return false;
-    if (const std::string problem = EventFreeMarginProblem(*ws.recording, *margin); !problem.empty()) {
-        dialogs.Message(S(tool_texts::kMarginCaption), "The event-free file is not written: " + problem + ".");
-        return false;
-    }
+    if (!margin) return CommandResult::Cancelled();
+    if (const std::string problem = EventFreeMarginProblem(*ws.recording, *margin); !problem.empty())
+        return CommandResult::Failed(S(tool_texts::kMarginCaption), "The event-free file is not written: " + problem + ".");
     const auto path = ChooseSavePath(
         dialogs, {S(texts::kSaveAsAbf), S(texts::kAbfFileFilter), S(texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const Recording& rec = *ws.recording;
     const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    if (!ReportWrite(dialogs, WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path))) return false;
+    if (CommandResult written = WriteResult(WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path)); !written)
+        return written;
     dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kEventFreeSaved) + path->filename().string());
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

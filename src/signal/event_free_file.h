@@ -9,6 +9,7 @@
 #include <string>
 
 #include "recording/abf_writer.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
 #include "recording/settings.h"
@@ -54,7 +55,7 @@ std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::
 
 // The main-window command: the template header templateFolder/"SamplABF.dat"
 // must exist ("Error" otherwise, nothing written); then the margin prompt,
-// the save dialog and the closing message. True when a file was written.
-bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
+// the save dialog and the closing message. Ok when a file was written.
+CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
 
 }  // namespace vess

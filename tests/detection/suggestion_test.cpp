@@ -79,8 +79,9 @@ TEST(ClearEvents, NoiseCorrelationTimeAndTheRiseFloor) {
         AddShape(slow, o, 3000, [](int64_t i) { return -200 * std::exp(-double(i) / 100); });
     test::TempDir dir;
     Workspace ws = Open(dir, Rounded(slow));
-    const RecordingSuggestion s = SuggestFromRecording(ws);
-    ASSERT_TRUE(s.ok) << s.problem;
+    const Outcome<RecordingSuggestion> suggested = SuggestFromRecording(ws);
+    ASSERT_TRUE(suggested) << suggested.message();
+    const RecordingSuggestion& s = suggested.value();
     EXPECT_GE(s.eventsUsed, 10);
     EXPECT_GT(s.minRiseMs, 0.25);
     EXPECT_GE(s.riseTauMs, s.minRiseMs);
@@ -114,8 +115,9 @@ TEST(ClearEvents, TestPulsesAndStepsMakeNoKernelAndNothingSetBeforeCounts) {
     for (const EventKernel before : {EventKernel{3, 30}, EventKernel{0.1, 1}, EventKernel{0.5, 6}}) {
         ws.settings.method.riseTauMs = before.riseTauMs;
         ws.settings.method.decayTauMs = before.decayTauMs;
-        const RecordingSuggestion s = SuggestFromRecording(ws);
-        ASSERT_TRUE(s.ok) << s.problem;
+        const Outcome<RecordingSuggestion> suggested = SuggestFromRecording(ws);
+        ASSERT_TRUE(suggested) << suggested.message();
+        const RecordingSuggestion& s = suggested.value();
         ApplySuggestion(ws, s);
         ws.events = EventTable{};
         DetectWholeFile(ws, quiet);
@@ -149,8 +151,9 @@ TEST(ClearEvents, TransientsBothWaysKeepTheDefaultKernel) {
     }
     test::TempDir dir;
     Workspace ws = Open(dir, Rounded(x));
-    const RecordingSuggestion s = SuggestFromRecording(ws);
-    ASSERT_TRUE(s.ok) << s.problem;
+    const Outcome<RecordingSuggestion> suggested = SuggestFromRecording(ws);
+    ASSERT_TRUE(suggested) << suggested.message();
+    const RecordingSuggestion& s = suggested.value();
     EXPECT_EQ(s.eventsUsed, 0);
     EXPECT_EQ(s.riseTauMs, MethodParameters{}.riseTauMs);
     EXPECT_EQ(s.decayTauMs, MethodParameters{}.decayTauMs);

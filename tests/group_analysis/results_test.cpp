@@ -166,7 +166,7 @@ TEST(ResultsText, AsciiFileRefusesAnExistingName) {
     ASSERT_TRUE(SaveResultsAsciiCommand(Table(2), d));
     EXPECT_TRUE(std::filesystem::exists(dir / "out.Fit"));
     d.AnswerSaveFile((dir / "out.Fit").string());
-    EXPECT_FALSE(SaveResultsAsciiCommand(Table(2), d));
+    EXPECT_FALSE(ShowFailure(d, SaveResultsAsciiCommand(Table(2), d)));
     EXPECT_EQ(d.Messages().back().caption, "File Exist");
 }
 

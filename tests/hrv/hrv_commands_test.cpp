@@ -150,7 +150,7 @@ TEST(Tachogram, MissingTemplateStopsBeforeAnything) {
     test::TempDir dir;
     Workspace ws = BeatsAt({0, 800, 1600});
     ScriptedDialogs d;  // no save answer queued: a file dialog would throw
-    EXPECT_FALSE(SaveTachogramAbfCommand(ws, d, dir.Path()));
+    EXPECT_FALSE(ShowFailure(d, SaveTachogramAbfCommand(ws, d, dir.Path())));
     ASSERT_EQ(d.Messages().size(), 1u);
     EXPECT_NE(d.Messages()[0].text.find("SamplABF.dat does not exist"), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));

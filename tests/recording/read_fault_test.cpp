@@ -129,7 +129,7 @@ TEST_F(ReadFaultReport, EventsAreKeptAndOfferedForSavingOnce) {
     EXPECT_EQ(ws.events.Count(), 487);
 
     dialogs.AnswerYesNo(true).AnswerSaveFile((dir / "kept.EVT").string());
-    const auto save = [&] { return SaveEventFileCommand(ws, dialogs); };
+    const auto save = [&] { return ShowFailure(dialogs, SaveEventFileCommand(ws, dialogs)); };
     EXPECT_TRUE(ReportReadFault(ws, dialogs, save));
     ASSERT_FALSE(dialogs.Transcript().empty());
     EXPECT_EQ(dialogs.Transcript()[0].text,

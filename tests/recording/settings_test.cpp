@@ -173,7 +173,7 @@ TEST(Settings, CommandsSayWhatTheyDid) {
     // Yes with a save that fails keeps the form open.
     ws.iniPath = dir.Path();
     dialogs.AnswerYesNoCancel(Answer::Yes);
-    EXPECT_FALSE(AskSaveSettingsOnExit(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, AskSaveSettingsOnExit(ws, dialogs)));
     EXPECT_EQ(dialogs.Transcript().back().caption, "File Error");
 }
 
@@ -260,7 +260,7 @@ TEST(Settings, ACustomSettingsFileThatCannotBeUsedChangesNothing) {
                  {dir / "folder.SET", "is a folder"}};
     for (const auto& c : cases) {
         dialogs.AnswerOpenFile(c.file.string());
-        EXPECT_FALSE(LoadCustomSettingsCommand(ws, dialogs));
+        EXPECT_FALSE(ShowFailure(dialogs, LoadCustomSettingsCommand(ws, dialogs)));
         EXPECT_EQ(dialogs.Transcript().back().caption, texts::kSettingsNotLoadedCaption);
         EXPECT_EQ(dialogs.Transcript().back().text,
                   texts::SettingsNotLoadedText(c.file.string(), c.why));

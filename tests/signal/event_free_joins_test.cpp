@@ -98,7 +98,8 @@ TEST(EventFreeJoins, RecordingWithManyEventsIsDetectedAlmostEmpty) {
     test::TempDir dir;
     Workspace ws;
     ws.settings = NewInstallationSettings();
-    ASSERT_EQ(OpenRecordingOnChannel(test::SharedData() / "abf1/171116sh_0020_saved.abf", 0, ws), "");
+    const CommandResult opened = OpenRecordingOnChannel(test::SharedData() / "abf1/171116sh_0020_saved.abf", 0, ws);
+    ASSERT_TRUE(opened) << opened.message();
     SuggestOnFirstAnalysis(ws);
     ScriptedDialogs dialogs;
     DetectWholeFile(ws, dialogs);

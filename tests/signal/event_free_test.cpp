@@ -125,7 +125,7 @@ TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     ws.recording = test::MakeRecording(dir / "r.abf", samples);
     ws.events.Append(Event(100, 5, 5));
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(EventFreeCommand(ws, dialogs, dir.Path()));
+    EXPECT_FALSE(ShowFailure(dialogs, EventFreeCommand(ws, dialogs, dir.Path())));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].text, texts::kTemplateMissingText);
 }
