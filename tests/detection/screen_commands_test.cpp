@@ -1,5 +1,6 @@
 // The analysis buttons over a workspace: reset with its question, the
-// non-stop analysis with one undo step per command.
+// non-stop analysis with one undo step per command, where a non-stop run
+// starts, and the noise commands.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -213,7 +214,6 @@ TEST(AnalysedBlocks, MergesTouchingRangesAndFindsOverlaps) {
 }
 
 // RMS noise and the baseline and threshold command.
-
 // -500 counts with a square wave of +-10 (RMS 10), an event on the first
 // screen, two counts a unit: levels and RMS in halves.
 struct NoiseFixture : test::TraceWorkspace {
