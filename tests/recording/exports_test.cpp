@@ -43,6 +43,7 @@ TEST(EventGrid, LabelsCarryTheColumnsUnit) {
 TEST(EventGrid, CellValuesConvertPerColumn) {
     TempDir dir;
     const auto rec = test::OffsetRecording(dir);
+    ASSERT_TRUE(rec);
     const EventRecord r = Sample();
     auto cell = [&](int c) { return EventCellValue(*rec, r, 9, c); };
     EXPECT_EQ(cell(0), CellValue(int32_t(9)));
