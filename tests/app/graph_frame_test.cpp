@@ -189,7 +189,7 @@ protected:
     TempDir dir;
 };
 
-TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenTileCascadeAndPlotAll) {
+TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenAndPlotAll) {
     EXPECT_EQ(CurrentGraphFrame(), nullptr);
     ShowPlot(Histogram());
     GraphFrame* frame = CurrentGraphFrame();
@@ -201,12 +201,6 @@ TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenTileCascadeAndPlotAll) {
     EXPECT_EQ(frame->CurrentPlot(), frame->Plots()[1]);
     EXPECT_EQ(frame->Area()->subWindowList()[0]->windowTitle(),
               "Frequency Histogram  Amplitude bin size=0.5pA");
-
-    frame->Action("graph_Tile")->trigger();
-    const auto subs = frame->Area()->subWindowList();
-    EXPECT_FALSE(subs[0]->geometry().intersects(subs[1]->geometry()));
-    frame->Action("graph_Cascade")->trigger();
-    EXPECT_NE(subs[0]->geometry().topLeft(), subs[1]->geometry().topLeft());
 
     ASSERT_TRUE(frame->Action("graph_PlotAll")->isEnabled());
     frame->Action("graph_PlotAll")->trigger();

@@ -153,11 +153,6 @@ protected:
         w->resize(1100, 800);
         return w;
     }
-    void Shot(QWidget* widget, const QString& name) {
-        const QString folder = QString(VESS_BINARY_DIR) + "/app_screens";
-        QDir().mkpath(folder);
-        widget->grab().save(folder + "/" + name + ".png");
-    }
 };
 
 TEST_F(GroupJobsTest, SuperimposedAmperometryIsAJobWithOneRowPerEvent) {
@@ -184,7 +179,7 @@ TEST_F(GroupJobsTest, SuperimposedAmperometryIsAJobWithOneRowPerEvent) {
     // Every trace's peak is marked.
     ASSERT_FALSE(w->Picture()->Marks().empty());
     EXPECT_EQ(w->Picture()->Marks()[0].x.size(), std::size_t(n));
-    Shot(w, "group_ampero_superimposed");
+    Snapshot("group_ampero_superimposed", w);
 
     // Stop ends a diffusion fit of every trace early, keeping the rows made.
     w->Action("menu_RandomWalk")->trigger();
@@ -201,7 +196,7 @@ TEST_F(GroupJobsTest, ThePictureIsAPlotAndItsPngHasAxesAndScaleBars) {
     EXPECT_EQ(shown.xAxis, "Time (ms)");
     ASSERT_FALSE(shown.series.empty());
     EXPECT_EQ(shown.series[0].x.size(), std::size_t(w->Traces().length));
-    Shot(w->Picture(), "group_picture");
+    Snapshot("group_picture", w->Picture());
 
     const std::filesystem::path png = dir / "picture.png";
     dialogs.AnswerSaveFile(png.string()).AnswerYesNo(true);

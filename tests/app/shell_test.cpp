@@ -156,7 +156,7 @@ TEST_F(ShellTest, HelpOpensTheUserGuideOnce) {
     EXPECT_TRUE(guide->toPlainText().startsWith(firstLine)) << firstLine.toStdString();
     Press(Qt::Key_F1, Qt::NoModifier);  // asked again: the same window
     EXPECT_EQ(window->findChildren<QTextBrowser*>("UserGuide").size(), 1);
-    guide->grab().save(QString(VESS_BINARY_DIR) + "/app_screens/shell_user_guide.png");
+    Snapshot("shell_user_guide", guide);
 }
 
 TEST_F(ShellTest, AToolWindowsDialogOpensInFrontOfIt) {

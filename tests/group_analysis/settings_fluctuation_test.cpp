@@ -119,6 +119,9 @@ TEST(Fluctuation, BackgroundVarianceIsSubtractedWhenAsked) {
     const FluctuationResult cleaned = AnalyseFluctuation(traces, o);
     ASSERT_TRUE(kept.ok && cleaned.ok);
     EXPECT_NEAR(cleaned.baselineVariance, 4.0, 0.5);
+    ASSERT_EQ(cleaned.binVariance.size(), kept.binVariance.size());
+    for (std::size_t b = 0; b < kept.binVariance.size(); ++b)
+        EXPECT_NEAR(cleaned.binVariance[b], kept.binVariance[b] - cleaned.baselineVariance, 1e-9) << b;
     EXPECT_NEAR(cleaned.unitCurrent, -2.0, 0.2);
     EXPECT_NEAR(cleaned.channels, 200, 25);
     // With the offset term the noise is absorbed by the fit instead.
