@@ -19,8 +19,12 @@ warm-up round:
 A new installation is simulated by an empty HOME. The machine is shared:
 quote the ratios, which pair runs made moments apart, over the times.
 
+With --before OTHER_VESS the whole-process steps of that build are run in the
+same rounds, each beside this build's, and given in a table of their own with
+the change of each step (after / before, paired round by round).
+
 Usage: /usr/bin/python3 bench/speed_table.py [--build build] [--vess PATH]
-       [--rounds 5] [--keep DIR]   (numpy 1.24 of /usr/bin/python3)
+       [--before PATH] [--rounds 5] [--keep DIR]   (numpy 1.24 of /usr/bin/python3)
 """
 import argparse
 import json
@@ -79,6 +83,7 @@ def main():
     ap = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     ap.add_argument("--build", default=os.path.join(here, "build"))
     ap.add_argument("--vess", help="vess to time (default BUILD/vess)")
+    ap.add_argument("--before", help="an earlier vess whose whole-process steps run beside")
     ap.add_argument("--rounds", type=int, default=5)
     ap.add_argument("--keep", help="folder for the recordings, kept for later runs")
     a = ap.parse_args()
@@ -96,7 +101,7 @@ def main():
         f.write("[Analysis]\nDetectionMethod=threshold\nSuggestFromRecording=0\n")
     out = os.path.join(work, "out")
 
-    def steps(path):
+    def steps(path, vess=vess):
         detect = [vess, "detect", path, "--quiet", "--out", out + ".EVT"]
         return {
             "open (vess info)": [vess, "info", path],
@@ -109,38 +114,48 @@ def main():
             "zero-phase filter": [vess, "filter", path] + FILTER + ["--zero-phase", "--out", out + ".abf"],
         }
 
-    hour = steps(files[60])
+    builds = {"after": vess}
+    if a.before:
+        builds = {"before": a.before, "after": vess}
+    hour = {b: steps(files[60], v) for b, v in builds.items()}
     long_threshold = steps(files[120])["threshold detection"]
     points = 60 * 60 * 20000
     numpy_cmd = ["/usr/bin/python3", "-c", NUMPY_SUM, files[60], str(points)]
-    runs = {name: [] for name in hour}
-    runs["threshold detection, 2 hours"] = []
+    runs = {b: {name: [] for name in hour[b]} for b in builds}
+    long_runs = []
     numpy = []
     for r in range(a.rounds + 1):
-        for name, cmd in hour.items():
-            t = run(cmd, env)
-            if r: runs[name].append(t)
+        for name in hour["after"]:
+            for b in builds:
+                t = run(hour[b][name], env)
+                if r: runs[b][name].append(t)
         t = run(long_threshold, env)
-        if r: runs["threshold detection, 2 hours"].append(t)
+        if r: long_runs.append(t)
         got = subprocess.run(numpy_cmd, check=True, capture_output=True, text=True).stdout.split()
         if r: numpy.append({"cpu": float(got[0]), "wall": float(got[1])})
         print(f"round {r}{' (warm-up)' if r == 0 else ''} done", file=sys.stderr)
 
     med = lambda xs: statistics.median(xs)
-    scan = runs["scan (vess info --scan)"]
     print(f"60-minute 20 kHz recording ({points:,} samples), {a.rounds} rounds, medians; "
           "CPU = user + system")
-    print(f"{'step':44} {'CPU s':>7} {'user':>6} {'sys':>6} {'wall s':>7} {'CPU/scan':>9} {'wall/scan':>9}")
-    for name, ts in runs.items():
-        if name.endswith("2 hours"):
-            continue
-        ratio = med([t["cpu"] / s["cpu"] for t, s in zip(ts, scan)])
-        wratio = med([t["wall"] / s["wall"] for t, s in zip(ts, scan)])
-        print(f"{name:44} {med([t['cpu'] for t in ts]):7.3f} {med([t['user'] for t in ts]):6.3f} "
-              f"{med([t['sys'] for t in ts]):6.3f} {med([t['wall'] for t in ts]):7.3f} {ratio:9.2f} {wratio:9.2f}")
+    for b in builds:
+        scan = runs[b]["scan (vess info --scan)"]
+        print(f"\n{b}: {builds[b]}")
+        print(f"{'step':44} {'CPU s':>7} {'user':>6} {'sys':>6} {'wall s':>7} {'CPU/scan':>9} {'wall/scan':>9}"
+              + (" after/before CPU" if b == "after" and a.before else ""))
+        for name, ts in runs[b].items():
+            ratio = med([t["cpu"] / s["cpu"] for t, s in zip(ts, scan)])
+            wratio = med([t["wall"] / s["wall"] for t, s in zip(ts, scan)])
+            change = ""
+            if b == "after" and a.before:
+                change = f" {med([t['cpu'] / u['cpu'] for t, u in zip(ts, runs['before'][name])]):16.2f}"
+            print(f"{name:44} {med([t['cpu'] for t in ts]):7.3f} {med([t['user'] for t in ts]):6.3f} "
+                  f"{med([t['sys'] for t in ts]):6.3f} {med([t['wall'] for t in ts]):7.3f} {ratio:9.2f} "
+                  f"{wratio:9.2f}{change}")
+    scan = runs["after"]["scan (vess info --scan)"]
 
     # The scan inside the process: vess info --scan less vess info, round by round.
-    inside = [s["cpu"] - o["cpu"] for s, o in zip(scan, runs["open (vess info)"])]
+    inside = [s["cpu"] - o["cpu"] for s, o in zip(scan, runs["after"]["open (vess info)"])]
     npcpu = [n["cpu"] for n in numpy]
     print(f"\nscan inside vess {med(inside):.4f} s CPU; numpy memory-mapped sum {med(npcpu):.4f} s CPU "
           f"({med([n['wall'] for n in numpy]):.4f} s wall); scan / numpy "
@@ -155,7 +170,7 @@ def main():
         print(f"filter in process (vess_bench, CPU): sections alone {floor:.3f} s, causal {causal:.3f} s, "
               f"zero-phase {zero:.3f} s; causal / floor {causal / floor:.2f} (target at most 1.3), "
               f"zero-phase / causal {zero / causal:.2f} (target at most 2.5)")
-        whole = med([t["cpu"] for t in runs["causal filter (elliptic, 8 poles)"]])
+        whole = med([t["cpu"] for t in runs["after"]["causal filter (elliptic, 8 poles)"]])
         print(f"  whole vess filter process (reading, rounding, writing 144 MB) / floor {whole / floor:.2f}")
 
     ui = os.path.join(a.build, "bench", "vess_first_paint_bench")
@@ -164,13 +179,13 @@ def main():
                                                                 QT_QPA_PLATFORM="offscreen"))
         per_gui = next(iter(gui.values()))
         screens = 2 * points // 1024
-        per_cli = med([t["cpu"] for t in runs["threshold detection, 2 hours"]]) / screens
+        per_cli = med([t["cpu"] for t in long_runs]) / screens
         print(f"next window in the GUI {per_gui * 1e6:.1f} us CPU a screen; command line {per_cli * 1e6:.2f} us "
               f"a screen (threshold, 2 hours / {screens:,} screens); GUI / command line "
               f"{per_gui / per_cli:.1f} (target at most 2)")
 
     print("\npeak RSS (KB), one run each: 10 minutes, 2 hours, 2 hours / 10 minutes")
-    for name in [n for n in hour if n != "open (vess info)"]:
+    for name in [n for n in hour["after"] if n != "open (vess info)"]:
         short, long = run(steps(files[10])[name], env), run(steps(files[120])[name], env)
         print(f"{name:44} {short['rss_kb']:8} {long['rss_kb']:8} {long['rss_kb'] / short['rss_kb']:6.2f}")
     subprocess.run(["rm", "-rf", work], check=True)
