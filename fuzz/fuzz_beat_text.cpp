@@ -27,7 +27,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     if (a.timeDomain.segments.size() > std::size_t(vess::hrv::kMaxSegmentRows)) __builtin_trap();
     if (choice & 32) {
         vess::hrv::SpectrumOptions so;
-        if (choice & 64) so.method = vess::hrv::SpectrumMethod::LombScargle;
+        if (choice & 64) {
+            so.method = vess::hrv::SpectrumMethod::LombScargle;
+            // Lomb-Scargle costs beats times frequencies; a long series is
+            // slow, not wrong: past 3e7 products (about a second here) it is
+            // left to the unit tests.
+            const double spanS = a.rr.endMs.empty() ? 0 : (a.rr.endMs.back() - a.rr.endMs.front()) / 1000;
+            const double frequencies = so.bands.hfHighHz * spanS * so.oversampling + 1;
+            if (double(a.rr.endMs.size()) * frequencies > 3e7) return 0;
+        }
         const auto s = vess::hrv::AnalyseSpectrum(a.rr.endMs, a.rr.rrMs, so);
         if (s.frequencyHz.size() > vess::hrv::kMaxSpectrumPoints) __builtin_trap();
     }

@@ -16,8 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     const vess::Settings first = vess::SettingsFromIni(ini, &problems);
     if (first.analysis.NumberPointsPeak < 1) __builtin_trap();
     if (!vess::ParameterProblem(first.analysis).empty()) __builtin_trap();
-    if (first.DisplayTotalNumberBlockPerScreen < 1 ||
-        first.DisplayTotalNumberBlockPerScreen > vess::kMaxBlocksPerScreen)
+    if (first.blocksPerScreen < 1 ||
+        first.blocksPerScreen > vess::kMaxBlocksPerScreen)
         __builtin_trap();
     vess::SettingsToIni(first, ini);
     const vess::Settings second = vess::SettingsFromIni(vess::IniFile::Parse(ini.Text()), &problems);

@@ -51,21 +51,22 @@ void RunNoise(const NoiseOptions& o) {
     }
     const int64_t first = int64_t(o.fromS * perS);
     const int64_t last = int64_t(std::min(toS * perS, double(rec.PointsPerChannel())));
-    // Without a spectrum the samples need not be held at all.
-    const TraceStretch s = o.spectrum ? ReadStretch(rec, first, last - first) : ReadStretch(rec, 0, 0);
-    const auto m = o.spectrum ? MeasureNoise(s.values, s.intervalMs) : MeasureRecordingNoise(rec, first, last - first);
+    // The samples are read in pieces, never held whole: s gives units only.
+    const TraceStretch s = ReadStretch(rec, 0, 0);
+    const auto m = MeasureRecordingNoise(rec, first, last - first);
     if (!m) {
         std::cerr << "vess noise: the stretch holds fewer than two samples\n";
         throw CLI::RuntimeError(2);
     }
     PowerSpectrum psd;
     if (o.spectrum) {
-        const int segment = o.segment > 0 ? o.segment : DefaultSegmentLength(s.values.size());
-        if (!ValidSegmentLength(segment, s.values.size())) {
+        const auto points = std::size_t(last - first);
+        const int segment = o.segment > 0 ? o.segment : DefaultSegmentLength(points);
+        if (!ValidSegmentLength(segment, points)) {
             std::cerr << "vess noise: --segment must be a power of 2 from 16 to the stretch's points\n";
             throw CLI::RuntimeError(2);
         }
-        psd = WelchSpectrum(s.values, perS, segment);
+        psd = RecordingSpectrum(rec, first, last - first, segment);
     }
     if (o.json) {
         nlohmann::json j = {{"file", rec.FileName()}, {"units", s.units}, {"points", m->points},

@@ -75,22 +75,38 @@ SpectrumResult LombScargleDensity(std::span<const double> t, std::span<const dou
     }
     const double span = t.back() - t.front();
     const double df = 1 / (span * std::max(1, oversampling));
-    for (double f = 0; f <= maxHz; f += df) {
+    // cos and sin of w (t - middle) for each time, turned from one frequency
+    // to the next by a rotation through 2 pi df (t - middle): four products
+    // a time and frequency instead of four sines and cosines. The times are
+    // taken from their middle to keep the angles small; the periodogram
+    // does not depend on the origin of time.
+    const double middle = 0.5 * (t.front() + t.back());
+    std::vector<double> cosWt(n, 1), sinWt(n, 0), turnCos(n), turnSin(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        const double a = 2 * std::numbers::pi * df * (t[i] - middle);
+        turnCos[i] = std::cos(a), turnSin[i] = std::sin(a);
+    }
+    for (std::size_t k = 0; double(k) * df <= maxHz; ++k) {
         double p = 0;
-        if (f > 0) {
-            const double w = 2 * std::numbers::pi * f;
-            double s2 = 0, c2 = 0;
-            for (std::size_t i = 0; i < n; ++i) s2 += std::sin(2 * w * t[i]), c2 += std::cos(2 * w * t[i]);
-            const double tau = std::atan2(s2, c2) / (2 * w);
-            double yc = 0, ys = 0, cc = 0, ss = 0;
+        if (k > 0) {
+            double yc = 0, ys = 0, cc = 0, ss = 0, cs = 0;
             for (std::size_t i = 0; i < n; ++i) {
-                const double c = std::cos(w * (t[i] - tau)), si = std::sin(w * (t[i] - tau));
-                yc += y[i] * c, ys += y[i] * si, cc += c * c, ss += si * si;
+                const double c = cosWt[i] * turnCos[i] - sinWt[i] * turnSin[i];
+                const double si = sinWt[i] * turnCos[i] + cosWt[i] * turnSin[i];
+                cosWt[i] = c, sinWt[i] = si;
+                yc += y[i] * c, ys += y[i] * si, cc += c * c, ss += si * si, cs += c * si;
             }
-            p = 0.5 * (yc * yc / cc + ys * ys / ss);
+            // tan(2 w tau) = sum sin(2 w t) / sum cos(2 w t); the sums about
+            // tau follow from those about the middle.
+            const double wTau = 0.5 * std::atan2(2 * cs, cc - ss);
+            const double ct = std::cos(wTau), st = std::sin(wTau);
+            const double ycTau = ct * yc + st * ys, ysTau = ct * ys - st * yc;
+            const double ccTau = ct * ct * cc + 2 * ct * st * cs + st * st * ss;
+            const double ssTau = ct * ct * ss - 2 * ct * st * cs + st * st * cc;
+            p = 0.5 * (ycTau * ycTau / ccTau + ysTau * ysTau / ssTau);
         }
         // For even sampling P = |DFT|^2 / N, so 2 P T / N is the one-sided density.
-        s.frequencyHz.push_back(f);
+        s.frequencyHz.push_back(double(k) * df);
         s.densityMs2PerHz.push_back(2 * p * span / double(n));
     }
     return s;

@@ -75,7 +75,7 @@ std::optional<NoiseSpectrumRequest> PrepareNoiseSpectrum(Workspace& ws, Dialogs&
     }
     std::string title = fmt::format("{}  {}  segment={} points", tool_texts::kSpectrumMenu,
                                     StretchName(cursors, *s), *length);
-    return NoiseSpectrumRequest{std::move(*s), *length, ws.settings.lineFrequencyHz, std::move(title)};
+    return NoiseSpectrumRequest{std::move(*s), *length, double(ws.settings.lineFrequencyHz), std::move(title)};
 }
 
 PlotData NoiseSpectrumPlot(const NoiseSpectrumRequest& r) {

@@ -1,7 +1,10 @@
 #include "signal/welch_spectrum.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
+#include "recording/recording.h"
 #include "signal/tool_texts.h"
 #include "statistics/welch_psd.h"
 
@@ -18,14 +21,35 @@ int DefaultSegmentLength(std::size_t points) {
     return length;
 }
 
-PowerSpectrum WelchSpectrum(std::span<const double> values, double sampleRateHz, int segmentPoints) {
+namespace {
+
+PowerSpectrum FromWelch(WelchPsdResult r) {
     PowerSpectrum out;
-    if (!ValidSegmentLength(segmentPoints, values.size()) || !(sampleRateHz > 0)) return out;
-    WelchPsdResult r = WelchPsd(values, sampleRateHz, segmentPoints, 50);
     out.frequencyHz = std::move(r.frequencyHz);
     out.psd = std::move(r.density);
     out.segments = r.windows;
     return out;
+}
+
+}  // namespace
+
+PowerSpectrum WelchSpectrum(std::span<const double> values, double sampleRateHz, int segmentPoints) {
+    if (!ValidSegmentLength(segmentPoints, values.size()) || !(sampleRateHz > 0)) return {};
+    return FromWelch(WelchPsd(values, sampleRateHz, segmentPoints, 50));
+}
+
+PowerSpectrum RecordingSpectrum(const Recording& rec, int64_t first, int64_t count, int segmentPoints) {
+    const double rateHz = 1e6 / rec.IntervalUs();
+    if (first < 0 || count < 0 || first + count > rec.PointsPerChannel() ||
+        !ValidSegmentLength(segmentPoints, std::size_t(count)) || !(rateHz > 0))
+        return {};
+    std::vector<int16_t> samples(static_cast<std::size_t>(segmentPoints));
+    const auto read = [&](std::size_t start, std::span<double> window) {
+        rec.ReadSamples(first + int64_t(start), samples);
+        std::transform(samples.begin(), samples.end(), window.begin(),
+                       [&](int16_t c) { return double(rec.Bit2pA(c)); });
+    };
+    return FromWelch(WelchPsd(std::size_t(count), read, rateHz, segmentPoints, 50));
 }
 
 PlotData SpectrumPlot(const PowerSpectrum& spectrum, const std::string& units, double lineHz,

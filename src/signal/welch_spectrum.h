@@ -4,6 +4,7 @@
 // density in unit^2/Hz.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
@@ -11,6 +12,8 @@
 #include "graphs/plot_data.h"
 
 namespace vess {
+
+class Recording;
 
 inline constexpr int kMinSegmentPoints = 16;
 
@@ -30,6 +33,10 @@ int DefaultSegmentLength(std::size_t points);
 // variance of the segments under the window (Parseval), and the bins other
 // than 0 and L/2 carry the power of the negative frequencies too.
 PowerSpectrum WelchSpectrum(std::span<const double> values, double sampleRateHz, int segmentPoints);
+// The same over count points of the recording's trace from first on (the
+// samples it reads, in its units), read a segment at a time: a whole long
+// recording is never held.
+PowerSpectrum RecordingSpectrum(const Recording& rec, int64_t first, int64_t count, int segmentPoints);
 
 // The spectrum as a line plot with the line frequency marked by a narrow
 // band; title names the stretch.

@@ -10,8 +10,16 @@
 namespace vess {
 
 WelchPsdResult WelchPsd(std::span<const double> y, double fs, int windowPoints, double overlapPercent) {
+    const auto copy = [y](std::size_t start, std::span<double> window) {
+        std::copy_n(y.begin() + std::ptrdiff_t(start), window.size(), window.begin());
+    };
+    return WelchPsd(y.size(), copy, fs, windowPoints, overlapPercent);
+}
+
+WelchPsdResult WelchPsd(std::size_t count, const WelchReader& read, double fs, int windowPoints,
+                        double overlapPercent) {
     WelchPsdResult s;
-    const int n = int(std::min<std::size_t>(y.size(), std::size_t(std::max(windowPoints, 4))));
+    const int n = int(std::min<std::size_t>(count, std::size_t(std::max(windowPoints, 4))));
     if (n < 4) return s;
     const int step = std::max(1, int(std::nearbyint(n * (1 - overlapPercent / 100))));
     std::vector<double> window(static_cast<std::size_t>(n));
@@ -25,11 +33,12 @@ WelchPsdResult WelchPsd(std::span<const double> y, double fs, int windowPoints, 
     double* in = fft.Samples();
     const std::complex<double>* out = fft.Spectrum();
     s.density.assign(std::size_t(bins), 0);
-    for (std::size_t start = 0; start + std::size_t(n) <= y.size(); start += std::size_t(step)) {
+    for (std::size_t start = 0; start + std::size_t(n) <= count; start += std::size_t(step)) {
+        read(start, std::span<double>(in, std::size_t(n)));
         double mean = 0;
-        for (int i = 0; i < n; ++i) mean += y[start + std::size_t(i)];
+        for (int i = 0; i < n; ++i) mean += in[i];
         mean /= n;
-        for (int i = 0; i < n; ++i) in[i] = (y[start + std::size_t(i)] - mean) * window[std::size_t(i)];
+        for (int i = 0; i < n; ++i) in[i] = (in[i] - mean) * window[std::size_t(i)];
         fft.Forward();
         for (int k = 0; k < bins; ++k) s.density[std::size_t(k)] += std::norm(out[k]);
         ++s.windows;

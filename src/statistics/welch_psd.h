@@ -3,6 +3,8 @@
 // each window's own mean removed, periodograms averaged.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -18,5 +20,12 @@ struct WelchPsdResult {
 // (1 - overlapPercent / 100) of a window. Every bin but DC and, for an even
 // window, Nyquist carries the power of its negative frequency too.
 WelchPsdResult WelchPsd(std::span<const double> y, double fs, int windowPoints, double overlapPercent);
+
+// Writes the values from start on into window (window.size() of them).
+using WelchReader = std::function<void(std::size_t start, std::span<double> window)>;
+// The same over count values read one window at a time, so that a long
+// stretch is never held whole.
+WelchPsdResult WelchPsd(std::size_t count, const WelchReader& read, double fs, int windowPoints,
+                        double overlapPercent);
 
 }  // namespace vess
