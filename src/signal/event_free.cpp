@@ -135,6 +135,22 @@ double LineAt(std::span<const int16_t> v, double at) {
     return sum / n + (squares > 0 ? slopeSum / squares : 0.0) * (at - centre);
 }
 
+// Where the mean of the window points around a sample lies further than the
+// noise from zero, the donor holds a swing slower than its noise (an event of
+// the other direction, an artefact's recovery): that mean is taken off there,
+// so that the swing is not copied in while the faster noise on it is.
+void TakeOffSlowSwings(std::vector<double>& noise, int64_t window, double noiseCounts) {
+    const int64_t n = int64_t(noise.size()), half = window / 2;
+    if (!(noiseCounts > 0) || half < 1 || n < window) return;
+    std::vector<double> prefix(std::size_t(n + 1), 0.0);
+    for (int64_t i = 0; i < n; ++i) prefix[std::size_t(i + 1)] = prefix[std::size_t(i)] + noise[std::size_t(i)];
+    for (int64_t i = 0; i < n; ++i) {
+        const int64_t from = std::max<int64_t>(i - half, 0), to = std::min(i + half + 1, n);
+        const double mean = (prefix[std::size_t(to)] - prefix[std::size_t(from)]) / double(to - from);
+        if (std::abs(mean) > noiseCounts) noise[std::size_t(i)] -= mean;
+    }
+}
+
 Donor LendNoise(std::span<const int16_t> v, double noiseCounts, int64_t halfWindow, int64_t levelPoints) {
     Donor d;
     const int64_t n = int64_t(v.size());
@@ -152,6 +168,7 @@ Donor LendNoise(std::span<const int16_t> v, double noiseCounts, int64_t halfWind
         const double noise = double(v[std::size_t(i)]) - mean;
         d.noise[std::size_t(i)] = limit > 0 && std::abs(noise) > limit ? 0.0 : noise;
     }
+    TakeOffSlowSwings(d.noise, k, noiseCounts);
     return d;
 }
 

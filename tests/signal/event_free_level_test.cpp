@@ -1,5 +1,5 @@
-// The level an event's stretch is measured against, and stretches too close
-// to join apart.
+// The level an event's stretch is measured against, stretches too close to
+// join apart, and swings kept out of the noise a donor lends.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -58,6 +58,31 @@ TEST(EventFreeLevel, StretchesCloserThanTheGapAreOne) {
     const std::vector<PointStretch> joined{{490, 640}, {750, 790}};
     EXPECT_EQ(EventStretches(events, 0, 2000), apart);
     EXPECT_EQ(EventStretches(events, 0, 2000, DecayTail{ReaderOf(trace), 10, 20, 2000}), joined);
+}
+
+TEST(EventFreeLevel, ASlowSwingBeforeTheStretchIsNotCopiedIntoIt) {
+    // +-3 noise on 0 with a swing of 30 (three noise SDs, below the outlier clip of
+    // four) over 70 points that end 30 before the stretch: mirrored at the join it
+    // would come back 30 to 100 points into the stretch.
+    std::vector<int16_t> source(3000);
+    for (std::size_t i = 0; i < source.size(); ++i) source[i] = int16_t(i % 2 ? 3 : -3);
+    for (std::size_t i = 1400; i < 1470; ++i) source[i] = int16_t(source[i] + 30);
+    std::vector<int16_t> out;
+    EventFreeOptions options;
+    options.levelPoints = 20;
+    options.trendHalfPoints = 400;
+    options.noiseCounts = 10;
+    const SampleSink sink = [&](std::span<const int16_t> s) {
+        out.insert(out.end(), s.begin(), s.end());
+        return true;
+    };
+    const std::vector<PointStretch> stretch{{1500, 1999}};
+    ASSERT_TRUE(EliminateStretches(3000, stretch, ReaderOf(source), sink, options));
+    for (std::size_t at = 1500; at + 20 <= 2000; at += 10) {
+        double sum = 0;
+        for (std::size_t i = at; i < at + 20; ++i) sum += out[i];
+        EXPECT_LT(std::abs(sum / 20), 10) << at;
+    }
 }
 
 }  // namespace
