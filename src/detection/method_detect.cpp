@@ -17,14 +17,19 @@ constexpr double kWeakAmplitudeSds = 2.2;
 
 // The weak runs of z whose fitted kernel is tall enough, as indices into z
 // (their first point above the lower threshold); z begins at point from.
+// strong: the detection points of z, sorted; the fit of a weak run ends at
+// the first of them after it.
 std::vector<int64_t> ConfirmedWeakPoints(const MethodRun& run, const Recording& rec,
-                                         const std::vector<double>& z, int64_t from) {
+                                         const std::vector<double>& z, int64_t from,
+                                         const std::vector<int64_t>& strong) {
     std::vector<int64_t> points;
     if (!(run.traceNoiseSd > 0) || !(run.weakFraction < 1)) return points;
     const EventKernel kernel{run.params.riseTauMs, run.params.decayTauMs};
     const int direction = run.filter.Direction();
     for (const WeakRun& w : WeakRuns(z, run.weakFraction * run.threshold, run.threshold)) {
-        const double amplitude = FittedKernelAmplitude(rec, from + w.top, kernel, direction);
+        const auto next = std::upper_bound(strong.begin(), strong.end(), w.start);
+        const int64_t end = next == strong.end() ? INT64_MAX : from + *next;
+        const double amplitude = FittedKernelAmplitude(rec, from + w.top, kernel, direction, end);
         if (amplitude >= run.weakAmplitudeSds * run.traceNoiseSd) points.push_back(w.start);
     }
     return points;
@@ -131,7 +136,7 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
     run.filter.Compute(rec, from, count + 2 * look, z);
     for (double& v : z) v = (v - run.noise.centre) / run.noise.sd;
     std::vector<int64_t> points = DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction);
-    const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from);
+    const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from, points);
     if (!weak.empty()) {
         points.insert(points.end(), weak.begin(), weak.end());
         std::sort(points.begin(), points.end());

@@ -51,31 +51,32 @@ std::vector<WeakRun> WeakRuns(const std::vector<double>& z, double low, double h
 }
 
 double FittedKernelAmplitude(const Recording& rec, int64_t centre, const EventKernel& kernel,
-                             int direction) {
+                             int direction, int64_t end) {
     const double intervalUs = rec.IntervalUs();
     const int64_t lead = Points(kLeadMs, intervalUs), search = Points(kSearchMs, intervalUs);
     const int64_t step = Points(kSearchStepMs, intervalUs);
     const int64_t after = Points(KernelPeakMs(kernel) + kDecaysFitted * kernel.decayTauMs, intervalUs);
+    const int64_t leastAfter = std::min(Points(2 * KernelPeakMs(kernel), intervalUs), after);
     const std::vector<double> k = KernelSamples(kernel, intervalUs, after);
-    const int64_t n = lead + after;
-    double sK = 0, sKK = 0;
-    for (double v : k) {
-        sK += v;
-        sKK += v * v;
-    }
-    const double denom = sKK - sK * sK / double(n);
     const int64_t first = centre - search - lead;
-    std::vector<int16_t> raw(std::size_t(2 * search + n));
+    std::vector<int16_t> raw(std::size_t(2 * search + lead + after));
     rec.ReadSamples(first, raw);
     double best = -INFINITY, amplitude = 0;
     for (int64_t shift = 0; shift <= 2 * search; shift += step) {
-        double sY = 0, sYY = 0, sKY = 0;
+        const int64_t n = std::min(lead + after, end - (first + shift));
+        if (n < lead + leastAfter) break;
+        double sK = 0, sKK = 0, sY = 0, sYY = 0, sKY = 0;
         for (int64_t i = 0; i < n; ++i) {
             const double y = raw[std::size_t(shift + i)];
             sY += y;
             sYY += y * y;
-            if (i >= lead) sKY += k[std::size_t(i - lead)] * y;
+            if (i < lead) continue;
+            const double v = k[std::size_t(i - lead)];
+            sK += v;
+            sKK += v * v;
+            sKY += v * y;
         }
+        const double denom = sKK - sK * sK / double(n);
         const double scale = (sKY - sK * sY / double(n)) / denom;
         const double sse = std::max(sYY - sY * sY / double(n) - scale * scale * denom, 1e-12);
         const double se = std::sqrt(sse / double(n - 2) / denom);

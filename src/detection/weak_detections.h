@@ -27,8 +27,12 @@ std::vector<WeakRun> WeakRuns(const std::vector<double>& z, double low, double h
 // with an offset by least squares to the recorded trace from 3 ms before to
 // four decay time constants after its peak, with the onset tried around
 // centre; the onset whose amplitude is largest against its standard error wins.
+// The fit stops before point end (the onset of a following event, which would
+// pull the fitted offset towards its own level and the amplitude down), but
+// always takes in the kernel's peak; onsets whose window would end before that
+// are not tried.
 double FittedKernelAmplitude(const Recording& rec, int64_t centre, const EventKernel& kernel,
-                             int direction);
+                             int direction, int64_t end = INT64_MAX);
 
 // Robust SD (counts) of the recorded trace less its running mean over 50 ms,
 // over the whole channel up to two minutes, else over 40 stretches of 3 s.

@@ -32,13 +32,26 @@ int64_t ReachLimit(const EventRecord& event, const DecayTail& tail) {
 
 }  // namespace
 
+double LevelBefore(const EventRecord& event, const DecayTail& tail) {
+    const int64_t start = int64_t(event.sampleIndex) - event.riseTime;
+    std::vector<int16_t> window(std::size_t(tail.windowPoints));
+    std::vector<double> means;
+    for (int64_t k = 1; k <= kLevelWindows && start - k * tail.windowPoints >= 0; ++k)
+        means.push_back(WindowMean(tail.read, start - k * tail.windowPoints, window));
+    if (means.empty()) return event.baseline;
+    const auto middle = means.begin() + std::ptrdiff_t(means.size() / 2);
+    std::nth_element(means.begin(), middle, means.end());
+    if (means.size() % 2 == 1) return *middle;
+    return (*middle + *std::max_element(means.begin(), middle)) / 2;
+}
+
 int64_t DecayEndPoints(const EventRecord& event, const DecayTail& tail) {
     const int64_t decay = event.decayTime;
     const int64_t peak = event.sampleIndex;
     const int64_t start = peak - event.riseTime;
     if (!CanFollow(event, tail) || start - tail.windowPoints < 0) return decay;
     std::vector<int16_t> window(std::size_t(tail.windowPoints));
-    const double level = WindowMean(tail.read, start - tail.windowPoints, window);
+    const double level = LevelBefore(event, tail);
     const double direction = event.peakDirection > 0 ? 1.0 : -1.0;
     const int64_t last = std::min(peak + decay + ReachLimit(event, tail), tail.points);
     int64_t at = peak + decay;
@@ -53,15 +66,24 @@ int64_t OnsetPoints(const EventRecord& event, const DecayTail& tail) {
     const int64_t rise = std::max<int64_t>(event.riseTime, 0);
     if (!CanFollow(event, tail)) return rise;
     std::vector<int16_t> window(std::size_t(tail.windowPoints));
-    const double direction = event.peakDirection > 0 ? 1.0 : -1.0;
+    const double level = LevelBefore(event, tail);
     const int64_t lowest = std::max<int64_t>(peak - rise - ReachLimit(event, tail), 0);
     int64_t at = peak - rise;
     while (at - tail.windowPoints >= lowest &&
-           direction * (WindowMean(tail.read, at - tail.windowPoints, window) - event.baseline) <
-               -tail.noiseCounts)
+           std::abs(WindowMean(tail.read, at - tail.windowPoints, window) - level) > tail.noiseCounts)
         at -= tail.windowPoints;
     return peak - at;
 }
+
+namespace {
+
+// Two stretches closer than this are one: the level at a join is set by the
+// windowPoints samples beside it, which would reach into the other stretch.
+int64_t ShortestGap(const DecayTail& tail) {
+    return tail.read && tail.noiseCounts > 0 ? kGapWindows * tail.windowPoints : 0;
+}
+
+}  // namespace
 
 std::vector<PointStretch> EventStretches(const EventTable& events, int64_t marginPoints, int64_t points,
                                          const DecayTail& tail) {
@@ -78,7 +100,7 @@ std::vector<PointStretch> EventStretches(const EventTable& events, int64_t margi
     });
     std::vector<PointStretch> merged;
     for (const PointStretch& s : all) {
-        if (!merged.empty() && s.first <= merged.back().last + 1)
+        if (!merged.empty() && s.first <= merged.back().last + 1 + ShortestGap(tail))
             merged.back().last = std::max(merged.back().last, s.last);
         else
             merged.push_back(s);
@@ -113,6 +135,22 @@ double LineAt(std::span<const int16_t> v, double at) {
     return sum / n + (squares > 0 ? slopeSum / squares : 0.0) * (at - centre);
 }
 
+// Where the mean of the window points around a sample lies further than the
+// noise from zero, the donor holds a swing slower than its noise (an event of
+// the other direction, an artefact's recovery): that mean is taken off there,
+// so that the swing is not copied in while the faster noise on it is.
+void TakeOffSlowSwings(std::vector<double>& noise, int64_t window, double noiseCounts) {
+    const int64_t n = int64_t(noise.size()), half = window / 2;
+    if (!(noiseCounts > 0) || half < 1 || n < window) return;
+    std::vector<double> prefix(std::size_t(n + 1), 0.0);
+    for (int64_t i = 0; i < n; ++i) prefix[std::size_t(i + 1)] = prefix[std::size_t(i)] + noise[std::size_t(i)];
+    for (int64_t i = 0; i < n; ++i) {
+        const int64_t from = std::max<int64_t>(i - half, 0), to = std::min(i + half + 1, n);
+        const double mean = (prefix[std::size_t(to)] - prefix[std::size_t(from)]) / double(to - from);
+        if (std::abs(mean) > noiseCounts) noise[std::size_t(i)] -= mean;
+    }
+}
+
 Donor LendNoise(std::span<const int16_t> v, double noiseCounts, int64_t halfWindow, int64_t levelPoints) {
     Donor d;
     const int64_t n = int64_t(v.size());
@@ -130,6 +168,7 @@ Donor LendNoise(std::span<const int16_t> v, double noiseCounts, int64_t halfWind
         const double noise = double(v[std::size_t(i)]) - mean;
         d.noise[std::size_t(i)] = limit > 0 && std::abs(noise) > limit ? 0.0 : noise;
     }
+    TakeOffSlowSwings(d.noise, k, noiseCounts);
     return d;
 }
 

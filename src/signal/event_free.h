@@ -28,10 +28,10 @@ using SampleReader = std::function<void(int64_t first, std::span<int16_t> out)>;
 // the amplitude (about one time constant); slower components go on after it.
 // From there the trace is followed in windows of windowPoints until a
 // window's mean lies within noiseCounts (the trace's noise SD) of the level
-// of the windowPoints samples before the event's start. Before the start,
-// windows whose mean lies beyond the event's baseline on the side away from
-// the event by more than the noise (the event began on the fall of an
-// opposite swing, such as a stimulus artefact) belong to it too. Either walk
+// the event rose from (LevelBefore). Before the start, windows whose mean
+// lies further than the noise from that level, on either side (the event
+// began on the fall of a swing such as a stimulus artefact, or on a smaller
+// event that detection passed over), belong to it too. Either walk
 // goes at most kMaxTailDecays decay lengths, and at least kLeastReachWindows
 // windows, from where it began. Without a reader or a noise the reach ends
 // at the start and the decay point.
@@ -42,6 +42,12 @@ struct DecayTail {
     int64_t points = 0;  // samples in the source
 };
 inline constexpr int64_t kMaxTailDecays = 20;
+inline constexpr int64_t kLevelWindows = 10;
+inline constexpr int64_t kGapWindows = 4;
+// The level the event rose from: the median of the means of the kLevelWindows
+// windows before its start (fewer at the start of the recording), so that a
+// smaller event or a swing just before it does not set the level.
+double LevelBefore(const EventRecord& event, const DecayTail& tail);
 inline constexpr int64_t kLeastReachWindows = 50;
 // Points from the peak to the end of the decay (at least the decay length).
 int64_t DecayEndPoints(const EventRecord& event, const DecayTail& tail);
@@ -50,7 +56,9 @@ int64_t OnsetPoints(const EventRecord& event, const DecayTail& tail);
 
 // The stretch of each event (peak - OnsetPoints .. peak + DecayEndPoints)
 // widened by marginPoints on each side, cut to 0..points-1, sorted and merged
-// where they touch or overlap.
+// where they touch, overlap or leave fewer than kGapWindows windows of the
+// trace between them when the tail is followed (too little to set the level
+// at both joins: the line at one join would reach into the other stretch).
 std::vector<PointStretch> EventStretches(const EventTable& events, int64_t marginPoints, int64_t points,
                                          const DecayTail& tail = {});
 // Receives the output in order; returns false to stop (a write failed).

@@ -69,10 +69,10 @@ TEST(EventFreeJoins, AnArtefactInADonorIsNotCopied) {
     for (std::size_t i = 1500; i < 2000; ++i) ASSERT_LE(std::abs(out[i]), 6) << i;
 }
 
-TEST(EventFreeJoins, OnsetReachesBackOverAnOppositeSwing) {
+TEST(EventFreeJoins, OnsetReachesBackOverASwing) {
     // A downward event (peak 1000, rise 20) on the fall of an upward artefact that begins
     // at 900: the event's stretch begins with the artefact, where the trace is back at the
-    // event's baseline side. On a level trace it begins at the event's own start.
+    // level before it. On a level trace it begins at the event's own start.
     std::vector<int16_t> artefact(2000, 0), level(2000, 0);
     for (std::size_t i = 900; i < 2000; ++i) artefact[i] = int16_t(std::lround(3000 * std::exp(-(double(i) - 900) / 30)));
     EventRecord event;
@@ -83,17 +83,18 @@ TEST(EventFreeJoins, OnsetReachesBackOverAnOppositeSwing) {
     event.peakDirection = -1;
     EXPECT_EQ(OnsetPoints(event, DecayTail{ReaderOf(artefact), 10, 20, 2000}), 100);
     EXPECT_EQ(OnsetPoints(event, DecayTail{ReaderOf(level), 10, 20, 2000}), 20);
-    // An upward event on the same fall is on its own side: nothing to reach back over.
+    // An upward event on the same fall: the artefact is no baseline for it either.
     EventRecord up = event;
     up.peakDirection = 1;
-    EXPECT_EQ(OnsetPoints(up, DecayTail{ReaderOf(artefact), 10, 20, 2000}), 20);
+    EXPECT_EQ(OnsetPoints(up, DecayTail{ReaderOf(artefact), 10, 20, 2000}), 100);
 }
 
 TEST(EventFreeJoins, RecordingWithManyEventsIsDetectedAlmostEmpty) {
     // 171116sh_0020_saved.abf (70 s, voltage clamp, 680 events with a new installation's
-    // settings): detection with the same settings and noise levels finds 12 events on the
+    // settings): detection with the same settings and noise levels finds 6 events on the
     // event-free copy (measured; 33 when the copy followed only the decay, without the
-    // onset walk, the joins on lines and the clipped donors of both sides).
+    // onset walk, the joins on lines and the clipped donors of both sides; 8 with the
+    // slow swings left in the donors).
     VESS_REQUIRE_SHARED_DATA();
     test::TempDir dir;
     Workspace ws;
@@ -108,7 +109,7 @@ TEST(EventFreeJoins, RecordingWithManyEventsIsDetectedAlmostEmpty) {
     ASSERT_EQ(WriteEventFreeAbf(*ws.recording, ws.events, kDefaultEventFreeMarginMs, level, dir / "free.abf"), "");
     const std::optional<int32_t> again = RedetectedEventCount(ws, dir / "free.abf", NoiseLevels::OfSource);
     ASSERT_TRUE(again);
-    EXPECT_LE(*again, ws.events.Count() / 50);  // at most 2 %
+    EXPECT_LE(*again, ws.events.Count() / 100);  // at most 1 %
 }
 
 }  // namespace
