@@ -157,6 +157,15 @@ SpectrumResult AnalyseSpectrum(std::span<const double> timesMs, std::span<const 
                                                                      : "choose a lower resampling rate");
         return s;
     }
+    // Every frequency visits every beat: beyond this the periodogram would run
+    // for many minutes with no way to stop it.
+    const double sums = points * double(tSeconds.size());
+    if (o.method == SpectrumMethod::LombScargle && sums > kMaxLombScargleSums) {
+        s.error = fmt::format("{} beats over {:.4g} s need {:.3g} periodogram sums, more than {:.3g}; "
+                              "analyse a shorter stretch.",
+                              tSeconds.size(), spanS, sums, kMaxLombScargleSums);
+        return s;
+    }
     if (o.method == SpectrumMethod::LombScargle) {
         std::vector<double> y(rrMs.begin(), rrMs.end());
         RemoveTrend(y, o.detrend);  // uneven times: the trend is fitted against beat index

@@ -56,6 +56,9 @@ struct SpectrumResult {
 
 // Resampled points (or Lomb-Scargle frequencies) a spectrum holds at most.
 inline constexpr std::size_t kMaxSpectrumPoints = 20'000'000;
+// Beats times frequencies a Lomb-Scargle periodogram sums at most (a day of
+// beats at the human bands needs about 1.4e10).
+inline constexpr double kMaxLombScargleSums = 2e10;
 
 // timesMs: the time of each interval's ending beat, increasing; rrMs: the
 // intervals. At least four intervals are needed.

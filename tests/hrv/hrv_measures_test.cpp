@@ -349,6 +349,12 @@ TEST(Spectrum, MousePresetScalesTheBandsAndFailuresAreReported) {
     times.back() = 1e30;
     fast.method = SpectrumMethod::LombScargle;
     EXPECT_NE(AnalyseSpectrum(times, rr, fast).error.find("analyse a shorter stretch"), std::string::npos);
+    // Few enough frequencies, but 10,000 beats at each of about 1e7 of them: refused before the sums.
+    std::vector<double> manyTimes(10'000), manyRr(10'000, 800);
+    for (std::size_t i = 0; i < manyTimes.size(); ++i) manyTimes[i] = 800.0 * double(i + 1);
+    manyTimes.back() = 5e8;
+    const SpectrumResult slow = AnalyseSpectrum(manyTimes, manyRr, fast);
+    EXPECT_NE(slow.error.find("periodogram sums"), std::string::npos) << slow.error;
 }
 
 TEST(Spectrum, SplineAndDetrendPieces) {
