@@ -28,7 +28,6 @@
 #include "detection/ui/parameter_panel.h"
 #include "detection/ui/texts.h"
 #include "detection/ui/trace_view.h"
-#include "graphs/ui/graph_frame.h"
 #include "recording/event_grid_format.h"
 #include "recording/event_file.h"
 #include "recording/open_recording.h"
@@ -48,8 +47,6 @@ MainWindow::MainWindow(Workspace& ws, Dialogs& dialogs, QWidget* parent)
     setAcceptDrops(true);
     BuildLayout();
     BuildMenus();
-    SetGraphDialogs(&dialogs_);
-    connect(this, &QObject::destroyed, [] { SetGraphDialogs(nullptr); });
     connect(nonStop_.get(), &NonStopRunner::Progress, this, &MainWindow::OnNonStopProgress);
     connect(nonStop_.get(), &NonStopRunner::EventsStored, this,
             [this](int count) { sound_->Stored(count, ws_.settings.soundOn); });

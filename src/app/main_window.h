@@ -190,7 +190,7 @@ private:
     // The trace view shows the filtered copy while one is applied and this
     // is on; detection reads it when the settings say so.
     QLabel* statusFilter_ = nullptr;
-    ToolWindows tools_{this};
+    ToolWindows tools_{this, &dialogs_};
     struct RegisteredAction {
         QAction* action;
         const Command* command;

@@ -5,6 +5,10 @@
 #include <QMenuBar>
 
 #include "app/gui_fixture.h"
+#include "graphs/ui/graph_frame.h"
+#include "graphs/ui/plot_widget.h"
+#include "group_analysis/ui/group_commands.h"
+#include "group_analysis/ui/group_window.h"
 
 namespace vess::test {
 namespace {
@@ -68,6 +72,21 @@ TEST_F(GuiTest, CheckMarksAndCaptionsFollowTheState) {
     window->Action("menu_Undo")->trigger();
     EXPECT_EQ(window->Action("menu_Undo")->text().startsWith("&Undo "), ws.history.CanUndo());
     EXPECT_TRUE(window->Action("menu_Redo")->text().startsWith("&Redo "));
+}
+
+// Plots from the main window's commands and from its tool windows go into
+// the one graph frame the main window owns.
+TEST_F(GuiTest, PlotsOfEveryWindowShareTheMainWindowsGraphFrame) {
+    PlotData plot;
+    plot.title = "from a tool window";
+    ShowPlot(group::OpenGroupAnalysis(*window), plot);
+    plot.title = "from a command";
+    ShowPlot(window->Tools(), plot);
+    auto* frame = window->Tools().Find<GraphFrame>();
+    ASSERT_NE(frame, nullptr);
+    EXPECT_EQ(frame->parentWidget(), window.get());
+    ASSERT_EQ(frame->Plots().size(), 2u);
+    EXPECT_EQ(frame->Plots()[0]->Description().title, "from a tool window");
 }
 
 }  // namespace

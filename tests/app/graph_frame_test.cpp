@@ -229,21 +229,19 @@ TEST_F(PlotWidgetTest, ColourCodedPointsAndColourMapGetAColourScale) {
 
 class GraphFrameTest : public ::testing::Test {
 protected:
-    void TearDown() override {
-        CloseGraphFrame();
-        SetGraphDialogs(nullptr);
-    }
     ScriptedDialogs dialogs;
     TempDir dir;
+    QWidget owner;  // the main window's place
+    ToolWindows tools{&owner, &dialogs};
 };
 
 TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenTileCascadeAndPlotAll) {
     EXPECT_EQ(CurrentGraphFrame(), nullptr);
-    ShowPlot(Histogram());
+    ShowPlot(tools, Histogram());
     GraphFrame* frame = CurrentGraphFrame();
     ASSERT_NE(frame, nullptr);
     EXPECT_FALSE(frame->Action("graph_PlotAll")->isEnabled());
-    ShowPlot(Mixed());
+    ShowPlot(tools, Mixed());
     EXPECT_EQ(CurrentGraphFrame(), frame);
     ASSERT_EQ(frame->Plots().size(), 2u);
     EXPECT_EQ(frame->CurrentPlot(), frame->Plots()[1]);
@@ -265,8 +263,7 @@ TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenTileCascadeAndPlotAll) {
 }
 
 TEST_F(GraphFrameTest, ExportAsksForTheFileThroughTheProgramsDialogs) {
-    SetGraphDialogs(&dialogs);
-    ShowPlot(Histogram());
+    ShowPlot(tools, Histogram());
     GraphFrame* frame = CurrentGraphFrame();
     const std::string stem = (dir / "exported").string();
     dialogs.AnswerSaveFile(stem);  // no extension: PNG is the default

@@ -45,14 +45,15 @@ PlotData Decay(const std::string& title) {
 
 class GraphLayoutTest : public ::testing::Test {
 protected:
-    void TearDown() override { CloseGraphFrame(); }
+    QWidget owner;  // the main window's place
+    ToolWindows tools{&owner};
 };
 
 TEST_F(GraphLayoutTest, NewPlotsTileInsideTheFrameWithWrappedTitlesAndWordCaptions) {
     const std::string longTitle =
         "Noise power spectral density of 171116sh_0020_saved.abf channel 0 from 0 to 70 s, "
         "Welch segments of 4096 points, filtered: Bessel low-pass 1000 Hz, order 4";
-    for (int i = 0; i < 4; ++i) ShowPlot(Decay(i == 0 ? longTitle : "Plot " + std::to_string(i)));
+    for (int i = 0; i < 4; ++i) ShowPlot(tools, Decay(i == 0 ? longTitle : "Plot " + std::to_string(i)));
     GraphFrame* frame = CurrentGraphFrame();
     ASSERT_NE(frame, nullptr);
     ASSERT_TRUE(QTest::qWaitForWindowExposed(frame));
@@ -79,7 +80,7 @@ TEST_F(GraphLayoutTest, NewPlotsTileInsideTheFrameWithWrappedTitlesAndWordCaptio
 }
 
 TEST_F(GraphLayoutTest, LegendLeavesTheCrowdedCornerAndAxesSwitchToLogAndBack) {
-    PlotWidget* plot = ShowPlot(Decay("Spectrum"));
+    PlotWidget* plot = ShowPlot(tools, Decay("Spectrum"));
     ASSERT_TRUE(QTest::qWaitForWindowExposed(CurrentGraphFrame()));
     QCustomPlot* canvas = plot->Canvas();
     // 1/f^2 on linear axes fills the left edge and the bottom: top right is free.

@@ -118,7 +118,7 @@ void CheckAccuracy(CommandHost& host) {
     const auto make = [&host](QWidget* owner) {
         auto* w = new AccuracyWindow(host.Jobs(), owner);
         QObject::connect(w, &AccuracyWindow::Finished, owner,
-                         [](const AccuracyReport& report) { ShowPlot(AccuracyPlot(report)); });
+                         [&host](const AccuracyReport& report) { ShowPlot(host.Tools(), AccuracyPlot(report)); });
         return w;
     };
     // Shown and raised, not activated: the keys stay with the trace.

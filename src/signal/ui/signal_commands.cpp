@@ -34,8 +34,8 @@ constexpr const char* kMenu = "&Signal";
 
 QString Q(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
 
-void Show(const std::optional<PlotData>& plot) {
-    if (plot) ShowPlot(*plot);
+void Show(CommandHost& host, const std::optional<PlotData>& plot) {
+    if (plot) ShowPlot(host.Tools(), *plot);
 }
 
 bool FilterApplied(const CommandState& s) { return s.RecordingOpen() && s.ws.recording->HasFiltered(); }
@@ -46,7 +46,7 @@ void ShowResponse(CommandHost& host, const FilterChoice& choice) {
     const double fs = SampleRateHz(*ws.recording);
     if (const std::string why = FilterChoiceProblem(choice, fs); !why.empty())
         return host.Asker().Message(texts::kFilterCaption, why);
-    ShowPlot(FilterResponsePlot(choice, fs));
+    ShowPlot(host.Tools(), FilterResponsePlot(choice, fs));
 }
 
 void ApplyFilter(CommandHost& host, const FilterChoice& choice) {
@@ -99,7 +99,7 @@ void NoiseSpectrum(CommandHost& host) {
     if (!request) return;
     host.Jobs().Start(MakeJob(std::string(tool_texts::kSpectrumMenu),
                               [r = std::move(*request)](const JobProgress&) { return NoiseSpectrumPlot(r); },
-                              [](PlotData plot) { Show(plot); }),
+                              [&host](PlotData plot) { ShowPlot(host.Tools(), plot); }),
                       host.Tools().Owner());
 }
 
@@ -188,9 +188,9 @@ void AddToolCommands(CommandRegistry& r, double& order) {
            .toggle = [](CommandHost& host, bool on) { host.Ws().settings.lineFrequencyHz = on ? 60 : 50; },
            .checkedWhen = [](const CommandState& s) { return s.ws.settings.lineFrequencyHz == 60; }});
     add("menu_DifferenceTrace", kDifferenceMenu,
-        [](CommandHost& h) { Show(DifferenceTraceCommand(h.Ws(), h.Asker(), CursorsOf(h))); });
+        [](CommandHost& h) { Show(h, DifferenceTraceCommand(h.Ws(), h.Asker(), CursorsOf(h))); });
     add("menu_VarianceMean", kVarianceMeanMenu,
-        [](CommandHost& h) { Show(VarianceMeanCommand(h.Ws(), h.Asker(), CursorsOf(h))); });
+        [](CommandHost& h) { Show(h, VarianceMeanCommand(h.Ws(), h.Asker(), CursorsOf(h))); });
     add("menu_EventFree", kEventFreeMenu, EventFree, true);
     add("menu_SynchArray", kSynchMenu, SynchArray);
     add("menu_PictureSeries", kPictureMenu, PictureSeries);

@@ -36,8 +36,8 @@ using stats_ui_texts::Q;
 
 std::string Name(const std::string& base, int item) { return base + "_" + std::to_string(item); }
 
-void Show(const std::optional<PlotData>& plot) {
-    if (plot) ShowPlot(*plot);
+void Show(CommandHost& host, const std::optional<PlotData>& plot) {
+    if (plot) ShowPlot(host.Tools(), *plot);
 }
 
 bool WhenNoJob(const CommandState& s) { return !s.jobRunning; }
@@ -88,7 +88,7 @@ void StartCorrelogram(CommandHost& host, std::optional<CorrelogramRequest> reque
     host.Jobs().Start(MakeJob(r->cross ? std::string(stats_ui_texts::kCrossCorrelogramMenu)
                                        : std::string(stats_ui_texts::kAutoCorrelogramMenu),
                               [r](const JobProgress&) { return CountCorrelogram(*r); },
-                              [&host, r](Correlogram c) { Show(FinishCorrelogram(host.Asker(), std::move(c), *r)); }),
+                              [&host, r](Correlogram c) { Show(host, FinishCorrelogram(host.Asker(), std::move(c), *r)); }),
                       host.Tools().Owner());
 }
 
@@ -104,7 +104,7 @@ void NoiseHistogram(CommandHost& host) {
     const Recording& rec = *ws.recording;
     const NoiseCursors cursors{c->index1, c->index2, rec.Bit2pA(int32_t(std::lround(c->counts1))),
                                rec.Bit2pA(int32_t(std::lround(c->counts2)))};
-    Show(NoiseHistogramCommand(ws, host.Asker(), cursors));
+    Show(host, NoiseHistogramCommand(ws, host.Asker(), cursors));
 }
 
 // Adds the entries of one menu and its sub-menus in the order they are
@@ -213,11 +213,11 @@ void AddHistogramCommands(CommandRegistry& r) {
             const std::string text = source >= 14 ? kind.arrayText(source - 13)
                                                   : std::string(stats_texts::kSourceNames[source]);
             sub.Add(Name(kind.name, code), text,
-                    [code](CommandHost& h) { Show(HistogramCommand(h.Ws(), h.Asker(), code)); }, source == 14);
+                    [code](CommandHost& h) { Show(h, HistogramCommand(h.Ws(), h.Asker(), code)); }, source == 14);
         }
     }
     m.Add("menu_RunningAverage", kRunningAverageMenu,
-          [](CommandHost& h) { Show(RunningAverageCommand(h.Ws(), h.Asker())); }, true);
+          [](CommandHost& h) { Show(h, RunningAverageCommand(h.Ws(), h.Asker())); }, true);
     MenuAdder autoMenu = m.Sub("menu_AutoCorrelogram", kAutoCorrelogramMenu);
     MenuAdder crossMenu = m.Sub("menu_CrossCorrelogram", kCrossCorrelogramMenu);
     for (int k = 1; k <= 2; ++k) {
@@ -226,7 +226,7 @@ void AddHistogramCommands(CommandRegistry& r) {
         crossMenu.Add(Name("menu_CrossCorrelogram", k - 1), stats_texts::kCorrelogramMenuCross[k - 1],
                       [k](CommandHost& h) { StartCorrelogram(h, PrepareCrossCorrelogram(h.Ws(), h.Asker(), k)); });
     }
-    m.Add("menu_CoastlineM", kCoastlineMenu, [](CommandHost& h) { Show(CoastlineCommand(h.Ws(), h.Asker())); },
+    m.Add("menu_CoastlineM", kCoastlineMenu, [](CommandHost& h) { Show(h, CoastlineCommand(h.Ws(), h.Asker())); },
           true);
     m.Add("menu_NoiseHistogram", kNoiseHistogramMenu, NoiseHistogram);
 }
