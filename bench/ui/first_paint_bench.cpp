@@ -4,11 +4,15 @@
 // when the strip read them itself; "OverviewAsJob" is the window as it is,
 // the overview read by a background job after the screen is drawn. The file
 // is in the page cache for both (the first run reads it once).
+// "NextWindow" presses Next window (threshold detection of the next screen
+// and the trace's new frame, the paint itself left to the event loop), one
+// screen an iteration, against the command line's detection of one screen.
 //
 // The recording: VESS_LONG_ABF names one (e.g. made with
 // `vess synth long.abf --seconds 7200`); otherwise a 2-hour 20 kHz file is
 // synthesised into the temporary folder once and kept there.
 #include <QApplication>
+#include <QPushButton>
 
 #include <benchmark/benchmark.h>
 
@@ -55,10 +59,24 @@ void FirstPaint(benchmark::State& state, bool overviewFirst) {
     state.counters["hours"] = double(ws.recording->PointsPerChannel()) * ws.recording->IntervalUs() / 3.6e9;
 }
 
+void BM_NextWindow(benchmark::State& state) {
+    vess::Workspace ws;
+    vess::ScriptedDialogs dialogs;
+    vess::MainWindow window(ws, dialogs);
+    window.resize(1400, 900);
+    window.show();
+    window.OpenPath(QString::fromStdString(LongRecording().string()));
+    window.OverviewReader().Wait();
+    auto* next = window.findChild<QPushButton*>("Command2");
+    for (auto _ : state) next->click();
+    state.counters["events"] = double(ws.events.Count());
+}
+
 void BM_FirstPaint_OverviewFirst(benchmark::State& state) { FirstPaint(state, true); }
 void BM_FirstPaint_OverviewAsJob(benchmark::State& state) { FirstPaint(state, false); }
 BENCHMARK(BM_FirstPaint_OverviewFirst)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_FirstPaint_OverviewAsJob)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_NextWindow)->Unit(benchmark::kMicrosecond)->Iterations(20000);
 
 }  // namespace
 

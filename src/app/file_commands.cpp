@@ -13,6 +13,7 @@
 #include "recording/parameter_file.h"
 #include "recording/settings_file.h"
 #include "recording/texts.h"
+#include "recording/command_result.h"
 #include "recording/ui/command_registry.h"
 #include "recording/ui/tool_windows.h"
 #include "recording/workspace.h"
@@ -25,7 +26,7 @@ constexpr const char* kMenu = "&File";
 void OpenEventFile(CommandHost& host) {
     Workspace& ws = host.Ws();
     if (host.Busy()) return;
-    const bool opened = OpenEventFileCommand(ws, host.Asker());
+    const bool opened = ShowFailure(host.Asker(), OpenEventFileCommand(ws, host.Asker()));
     if (opened) {
         ws.selectedEvent = ws.events.Empty() ? 0 : 1;
         host.ClearReadouts();
@@ -36,7 +37,7 @@ void OpenEventFile(CommandHost& host) {
 void SaveEventFile(CommandHost& host) {
     // An event file names its data file: without a recording there is none.
     if (!host.Ws().recording) return;
-    SaveEventFileCommand(host.Ws(), host.Asker());
+    ShowFailure(host.Asker(), SaveEventFileCommand(host.Ws(), host.Asker()));
     host.RedrawTrace(false);
 }
 
@@ -93,16 +94,16 @@ void AddFileCommands(CommandRegistry& r) {
            .enabledWhen = WhenRecordingOpenAndIdle,
            .run = SaveEventFile});
     add("menu_SaveData", QObject::tr("Export Events as &Text (ATF)..."), WhenEventsAndIdle,
-        [](CommandHost& h) { SaveDataCommand(h.Ws(), h.Asker()); }, true);
+        [](CommandHost& h) { ShowFailure(h.Asker(), SaveDataCommand(h.Ws(), h.Asker())); }, true);
     add("menu_savetoAsciiFile", QObject::tr("Export Events as &ASCII..."), WhenEventsAndIdle,
-        [](CommandHost& h) { SaveToAsciiFileCommand(h.Ws(), h.Asker()); });
+        [](CommandHost& h) { ShowFailure(h.Asker(), SaveToAsciiFileCommand(h.Ws(), h.Asker())); });
     r.Add({.objectName = "menu_SaveGridCsv",
            .menuPath = kMenu,
            .caption = QObject::tr("Export Event &Grid as CSV..."),
            .toolTip = "Every column of the event grid, in the grid's units, as a CSV file",
            .order = order++,
            .enabledWhen = WhenEventsAndIdle,
-           .run = [](CommandHost& h) { SaveGridCsvCommand(h.Ws(), h.Asker()); }});
+           .run = [](CommandHost& h) { ShowFailure(h.Asker(), SaveGridCsvCommand(h.Ws(), h.Asker())); }});
     r.Add({.objectName = "menu_DatInfo",
            .menuPath = kMenu,
            .caption = QObject::tr("Data File &Information"),
@@ -111,16 +112,16 @@ void AddFileCommands(CommandRegistry& r) {
            .enabledWhen = WhenRecordingOpen,
            .run = ShowDataFileInformation});
     add("menu_SaveSettings", QObject::tr("Save Se&ttings"), nullptr,
-        [](CommandHost& h) { SaveSettingsCommand(h.Ws(), h.Asker()); }, true);
+        [](CommandHost& h) { ShowFailure(h.Asker(), SaveSettingsCommand(h.Ws(), h.Asker())); }, true);
     add("menu_SaveSettingsCustom", QObject::tr("Save &Custom Settings..."), nullptr,
-        [](CommandHost& h) { SaveCustomSettingsCommand(h.Ws(), h.Asker()); });
+        [](CommandHost& h) { ShowFailure(h.Asker(), SaveCustomSettingsCommand(h.Ws(), h.Asker())); });
     add("menu_LoadSettings", QObject::tr("&Load Custom Settings..."), nullptr, [](CommandHost& h) {
-        if (LoadCustomSettingsCommand(h.Ws(), h.Asker())) h.RedrawAll(true);
+        if (ShowFailure(h.Asker(), LoadCustomSettingsCommand(h.Ws(), h.Asker()))) h.RedrawAll(true);
     });
     add("menu_SaveParameter", QObject::tr("Save &Parameters..."), WhenIdle,
-        [](CommandHost& h) { SaveParameterFileCommand(h.Ws(), h.Asker()); });
+        [](CommandHost& h) { ShowFailure(h.Asker(), SaveParameterFileCommand(h.Ws(), h.Asker())); });
     add("menu_LoadParameter", QObject::tr("Load Pa&rameters..."), nullptr, [](CommandHost& h) {
-        if (LoadParameterFileCommand(h.Ws(), h.Asker())) h.RedrawAll(false);
+        if (ShowFailure(h.Asker(), LoadParameterFileCommand(h.Ws(), h.Asker()))) h.RedrawAll(false);
     });
     const QString suggest = QString::fromUtf8(texts::kSuggestParametersCaption.data(),
                                               qsizetype(texts::kSuggestParametersCaption.size()));

@@ -2,9 +2,10 @@
 // the file given on the command line, and shows the main window.
 //
 //   vessantorium [FILE.abf|FILE.EVT]
-//   vessantorium --screenshot OUT.png [--screens N] FILE.abf
+//   vessantorium --screenshot OUT.png [--screens N] [--window main|group] FILE.abf
 //       opens FILE, analyses its first N screens (default 8), saves a picture
-//       of the window to OUT.png and exits.
+//       of the main window (or of the group window with the average of the
+//       events and its fit) to OUT.png and exits.
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
@@ -28,6 +29,8 @@ int main(int argc, char** argv) {
     parser.addHelpOption();
     parser.addOption({"screenshot", "Save a picture of the window to <png> and exit.", "png"});
     parser.addOption({"screens", "Screens to analyse before a screenshot.", "n", "8"});
+    parser.addOption({"window", "Window of the screenshot: main, or group (the events' average and its fit).",
+                      "name", "main"});
     parser.addPositionalArgument("file", "ABF or event file to open.");
     parser.process(app);
 
@@ -55,6 +58,8 @@ int main(int argc, char** argv) {
     if (!files.isEmpty()) window.OpenPath(files.first());
 
     if (parser.isSet("screenshot"))
-        vess::ScheduleScreenshot(window, screenshotPath, parser.value("screens").toInt());
+        vess::ScheduleScreenshot(window, screenshotPath, parser.value("screens").toInt(),
+                                 parser.value("window") == "group" ? vess::ScreenshotWindow::Group
+                                                                   : vess::ScreenshotWindow::Main);
     return app.exec();
 }

@@ -264,7 +264,7 @@ void MainWindow::RebuildScreen() {
 }
 
 void MainWindow::ReportReadFaultOnce() {
-    if (ReportReadFault(ws_, dialogs_, [this] { return SaveEventFileCommand(ws_, dialogs_); }))
+    if (ReportReadFault(ws_, dialogs_, [this] { return ShowFailure(dialogs_, SaveEventFileCommand(ws_, dialogs_)); }))
         RefreshStatus();
 }
 

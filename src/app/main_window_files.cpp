@@ -54,7 +54,7 @@ bool MainWindow::AskToSaveUnsavedEvents() {
         texts::SavePreviousEventsText(ws_.events.Count(),
                                           ws_.recording ? ws_.recording->FileName() : std::string()));
     if (a == Answer::Cancel) return false;
-    if (a == Answer::Yes) return SaveEventFileCommand(ws_, dialogs_);
+    if (a == Answer::Yes) return ShowFailure(dialogs_, SaveEventFileCommand(ws_, dialogs_));
     return true;
 }
 
@@ -66,7 +66,7 @@ void MainWindow::OnParametersEdited(const AnalysisParameters& params) {
 void MainWindow::OnNumberPointsPeak(int points) {
     if (points == ws_.params().NumberPointsPeak) return;
     // Events measured with the old setting must be saved and reset first.
-    if (ConfirmResetForParameterChange(ws_, dialogs_)) {
+    if (ShowFailure(dialogs_, ConfirmResetForParameterChange(ws_, dialogs_))) {
         ws_.params().NumberPointsPeak = static_cast<int16_t>(points);
         ws_.selectedEvent = 0;
         gridModel_->ContentChanged();
@@ -89,7 +89,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     RefreshStatus();  // the events may have been saved even if closing stops here
-    if (!AskSaveSettingsOnExit(ws_, dialogs_)) {
+    if (!ShowFailure(dialogs_, AskSaveSettingsOnExit(ws_, dialogs_))) {
         event->ignore();
         return;
     }

@@ -17,6 +17,7 @@
 #include "detection/editing.h"
 #include "detection/suggest_from_recording.h"
 #include "detection/ui/event_sound.h"
+#include "recording/command_result.h"
 #include "recording/ui/event_grid_model.h"
 
 namespace vess {
@@ -64,7 +65,7 @@ bool MainWindow::ReadyToDetect(bool wholeRecording) {
         statusBar()->showMessage(QString::fromStdString(chosen), kSuggestionShownMs);
     }
     if (!UnreachableThresholds(ws_).empty()) {
-        const bool go = CheckThresholdsBeforeDetecting(ws_, dialogs_);
+        const bool go = ShowFailure(dialogs_, CheckThresholdsBeforeDetecting(ws_, dialogs_));
         RefreshAll();
         if (!go) return false;
     }

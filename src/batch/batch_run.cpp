@@ -55,8 +55,8 @@ BatchRow DetectAndWrite(const BatchItem& item, const BatchSetup& setup,
     row.channel = setup.channel;
     Workspace ws;
     ws.settings = setup.settings;
-    if (std::string problem = OpenRecordingOnChannel(item.file, setup.channel, ws); !problem.empty()) {
-        row.errors = problem;
+    if (CommandResult opened = OpenRecordingOnChannel(item.file, setup.channel, ws); !opened) {
+        row.errors = opened.message();
         return row;
     }
     SuggestOnFirstAnalysis(ws);  // each recording its own suggestion, when the settings ask
@@ -105,14 +105,16 @@ std::string Field(const std::string& text) {
 
 }  // namespace
 
-std::string ApplySettingsSource(SettingsSource source, const std::filesystem::path& file,
-                                Settings& settings) {
+CommandResult ApplySettingsSource(SettingsSource source, const std::filesystem::path& file,
+                                  Settings& settings) {
+    CommandResult applied = CommandResult::Ok();
     switch (source) {
-        case SettingsSource::Current: return {};
-        case SettingsSource::SettingsFile: return LoadSettingsFileInto(file, settings);
-        case SettingsSource::ParameterFile: return LoadParameterFileInto(file, settings.analysis);
+        case SettingsSource::Current: break;
+        case SettingsSource::SettingsFile: applied = LoadSettingsFileInto(file, settings); break;
+        case SettingsSource::ParameterFile: applied = LoadParameterFileInto(file, settings.analysis); break;
     }
-    return {};
+    if (applied.failed()) return CommandResult::Failed(std::string(batch_texts::kWindowTitle), applied.message());
+    return applied;
 }
 
 int WorkerCount(int jobs, std::size_t count) {

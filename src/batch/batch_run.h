@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "batch/batch_files.h"
+#include "recording/command_result.h"
 #include "recording/settings.h"
 
 namespace vess {
@@ -22,8 +23,8 @@ enum class SettingsSource { Current, SettingsFile, ParameterFile };
 
 // Applies the chosen source over settings: the current settings as they
 // are, a settings file (.SET) in place of them, or the detection parameters
-// of a parameter file (.PAR). Empty string on success.
-std::string ApplySettingsSource(SettingsSource source, const std::filesystem::path& file,
+// of a parameter file (.PAR). A failure comes under the batch window's title.
+CommandResult ApplySettingsSource(SettingsSource source, const std::filesystem::path& file,
                                 Settings& settings);
 
 struct BatchSetup {

@@ -57,8 +57,8 @@ int RunBatchCommand(const BatchOptions& o) {
     const std::string sourceFile = o.settingsFile.empty() ? o.parameterFile : o.settingsFile;
     // Without a settings or parameter file, as a new installation would run.
     if (source == SettingsSource::Current) setup.settings = NewInstallationSettings();
-    if (std::string problem = ApplySettingsSource(source, sourceFile, setup.settings); !problem.empty())
-        return refuse(problem);
+    if (CommandResult applied = ApplySettingsSource(source, sourceFile, setup.settings); !applied)
+        return refuse(applied.message());
     if (!o.method.empty()) setup.settings.method.method = *ParseMethodName(o.method);
     if (!o.outDir.empty()) {
         std::error_code ec;

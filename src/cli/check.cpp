@@ -6,6 +6,7 @@
 
 #include <iostream>
 
+#include "cli/command_failure.h"
 #include "cli/commands.h"
 #include "cli/detection_options.h"
 #include "detection/accuracy_check.h"
@@ -30,15 +31,9 @@ void AddCheckCommand(CLI::App& app) {
     cmd->add_flag("--json", st->json, "print the report as JSON");
     cmd->callback([st] {
         Workspace ws;
-        if (const std::string problem = PrepareWorkspace(st->options, ws); !problem.empty()) {
-            std::cerr << "vess check: " << problem << "\n";
-            throw CLI::RuntimeError(2);
-        }
+        ExitUnlessDone("check", PrepareWorkspace(st->options, ws), 2);
         const AccuracyReport r = CheckAccuracy(ws, st->check);
-        if (!r.status) {
-            std::cerr << "vess check: " << r.status.message() << "\n";
-            throw CLI::RuntimeError(3);
-        }
+        ExitUnlessDone("check", r.status, 3);
         if (!st->json) {
             std::cout << "method " << MethodName(ws.settings.method.method) << "\n" << AccuracyTable(r);
             return;
@@ -53,6 +48,7 @@ void AddCheckCommand(CLI::App& app) {
         j["false_positives"] = r.falsePositives;
         j["original_events"] = r.originalEvents;
         j["inverted_detections"] = r.invertedDetections;
+        j["inverted_seconds"] = r.invertedSeconds;
         const auto perMinute = r.FalsePerMinute();  // null: not measurable
         j["false_per_minute"] = perMinute ? nlohmann::json(*perMinute) : nlohmann::json();
         j["collided"] = r.collided;

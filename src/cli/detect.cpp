@@ -7,6 +7,7 @@
 #include <iostream>
 #include <vector>
 
+#include "cli/command_failure.h"
 #include "cli/commands.h"
 #include "cli/detection_options.h"
 #include "cli/stderr_dialogs.h"
@@ -41,10 +42,7 @@ std::string EventsCsv(const Workspace& ws) {
 int RunDetect(const DetectionOptions& options, const std::string& outPath, const std::string& csvPath,
               bool quiet) {
     Workspace ws;
-    if (const std::string problem = PrepareWorkspace(options, ws); !problem.empty()) {
-        std::cerr << "vess detect: " << problem << "\n";
-        return 2;
-    }
+    if (!PrintFailure("detect", PrepareWorkspace(options, ws))) return 2;
     if (const std::string problem = UnreachableThresholds(ws); !problem.empty())
         std::cerr << "vess detect: " << problem << "  --suggest-from-noise sets them from the "
                   << "recording.\n";

@@ -85,35 +85,33 @@ std::string ApplyParameter(AnalysisParameters& p, const std::string& assignment)
     return {};
 }
 
-std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
+CommandResult PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
     // Without a settings file, a parameter file or a preset, a run is that
     // of a new installation.
     if (o.settingsFile.empty() && o.parameterFile.empty() && o.suggest == 0)
         ws.settings = NewInstallationSettings();
     if (!o.settingsFile.empty()) {
-        if (std::string problem = LoadSettingsFileInto(o.settingsFile, ws.settings); !problem.empty())
-            return problem;
+        if (CommandResult loaded = LoadSettingsFileInto(o.settingsFile, ws.settings); !loaded) return loaded;
     }
     if (!o.parameterFile.empty()) {
-        if (std::string problem = LoadParameterFileInto(o.parameterFile, ws.params()); !problem.empty())
-            return problem;
+        if (CommandResult loaded = LoadParameterFileInto(o.parameterFile, ws.params()); !loaded) return loaded;
     }
     // The overrides are checked before the recording is opened, and applied
     // again after a suggested entry.
     for (const std::string& s : o.sets) {
         const std::string problem = ApplyParameter(ws.params(), s);
-        if (!problem.empty()) return "--set: " + problem;
+        if (!problem.empty()) return CommandResult::Failed("--set: " + problem);
     }
     if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
     if (const std::string problem = ParameterProblem(ws.params()); !problem.empty())
-        return "--set: " + problem;
+        return CommandResult::Failed("--set: " + problem);
     if (o.blocksPerScreen > 0) ws.settings.blocksPerScreen = o.blocksPerScreen;
 
-    if (std::string problem = OpenRecordingOnChannel(o.file, o.channel, ws); !problem.empty())
-        return problem;
+    if (CommandResult opened = OpenRecordingOnChannel(o.file, o.channel, ws); !opened) return opened;
     if (o.filtered) {
         const FilterChoice choice = ResolveFilter(o.filter, FilterChoiceFromSettings(ws.settings));
-        if (const CommandResult r = ApplyFilter(*ws.recording, choice); !r) return "--filtered: " + r.message();
+        if (const CommandResult r = ApplyFilter(*ws.recording, choice); !r)
+            return CommandResult::Failed("--filtered: " + r.message());
         SetDetectOnFiltered(ws, true);
     }
     if (o.suggest > 0) {
@@ -122,10 +120,10 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         for (const std::string& s : o.sets) ApplyParameter(ws.params(), s);
     }
     if (o.suggestFromNoise) {
-        const RecordingSuggestion s = SuggestFromRecording(ws);
-        if (!s.ok) return o.file + ": " + s.problem;
-        ApplySuggestion(ws, s);
-        std::cerr << SuggestionReport(ws, s) << "\n";
+        const Outcome<RecordingSuggestion> s = SuggestFromRecording(ws);
+        if (!s) return CommandResult::Failed(o.file + ": " + s.message());
+        ApplySuggestion(ws, s.value());
+        std::cerr << SuggestionReport(ws, s.value()) << "\n";
         if (!o.method.empty()) ws.settings.method.method = *ParseMethodName(o.method);
         for (const std::string& set : o.sets) ApplyParameter(ws.params(), set);
     } else if (const std::string chosen = SuggestOnFirstAnalysis(ws); !chosen.empty()) {
@@ -133,17 +131,15 @@ std::string PrepareWorkspace(const DetectionOptions& o, Workspace& ws) {
         for (const std::string& set : o.sets) ApplyParameter(ws.params(), set);
     }
     if (!o.learnKernelFrom.empty()) {
-        EventFileRefusal refusal;
-        const std::optional<EventFileContents> contents =
-            ReadCheckedEventFile(o.learnKernelFrom, nullptr, &refusal);
-        if (!contents) return o.learnKernelFrom + ": " + refusal.text;
+        const Outcome<EventFileContents> contents = ReadCheckedEventFile(o.learnKernelFrom, nullptr);
+        if (!contents) return CommandResult::Failed(o.learnKernelFrom + ": " + contents.message());
         EventTable accepted;
         accepted.Assign(contents->records);
-        const LearnedKernel learned = LearnKernelIntoSettings(ws, accepted);
-        if (!learned.ok) return o.learnKernelFrom + ": " + learned.text;
-        std::cerr << learned.text << "\n";
+        const Outcome<std::string> learned = LearnKernelIntoSettings(ws, accepted);
+        if (!learned) return CommandResult::Failed(o.learnKernelFrom + ": " + learned.message());
+        std::cerr << learned.value() << "\n";
     }
-    return {};
+    return CommandResult::Ok();
 }
 
 }  // namespace vess::cli

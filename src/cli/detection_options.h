@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/filter_options.h"
+#include "recording/command_result.h"
 #include "recording/workspace.h"
 
 namespace vess::cli {
@@ -35,8 +36,9 @@ struct DetectionOptions {
 void AddDetectionOptions(CLI::App& cmd, DetectionOptions& options);
 
 // Opens the recording, selects the channel and fills the parameters (file,
-// then suggested entry, then --set overrides) and the screen size. Returns an empty string on success, else what went wrong.
-std::string PrepareWorkspace(const DetectionOptions& options, Workspace& ws);
+// then suggested entry, then --set overrides) and the screen size; a failure
+// says what went wrong.
+CommandResult PrepareWorkspace(const DetectionOptions& options, Workspace& ws);
 
 // Applies one NAME=VALUE to the detection parameters; empty string on
 // success.

@@ -64,9 +64,9 @@ void AddEventsCommand(CLI::App& app) {
     cmd->callback([opts] {
         const std::filesystem::path path = opts->file;
         StderrDialogs dialogs;
-        const std::optional<EventFileContents> checked = ReadCheckedEventFile(path, dialogs, nullptr);
-        if (!checked) throw CLI::RuntimeError(1);
-        const EventFileContents& f = *checked;
+        const Outcome<EventFileContents> checked = ReadCheckedEventFile(path, nullptr);
+        if (!ShowFailure(dialogs, checked.status())) throw CLI::RuntimeError(1);
+        const EventFileContents& f = checked.value();
         const auto rec = OpenNamedRecording(path, f);
         if (!rec)
             std::cerr << "vess events: the data file " << f.storedName << " is not beside "

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iostream>
 
+#include "cli/command_failure.h"
 #include "cli/commands.h"
 #include "cli/detection_options.h"
 #include "recording/number_text.h"
@@ -112,10 +113,7 @@ std::optional<DetectionScore> ScoreOnce(const DetectionOptions& options,
                                         const std::vector<double>& truthMs, double lowMs,
                                         double highMs) {
     Workspace ws;
-    if (const std::string problem = PrepareWorkspace(options, ws); !problem.empty()) {
-        std::cerr << "vess score: " << problem << "\n";
-        return std::nullopt;
-    }
+    if (!PrintFailure("score", PrepareWorkspace(options, ws))) return std::nullopt;
     std::streambuf* out = std::cout.rdbuf(nullptr);  // the protocol's report is not wanted here
     const bool ok = Detect(ws, protocol, "");
     std::cout.rdbuf(out);
@@ -135,10 +133,7 @@ int ScoreMethods(const DetectionOptions& options, const std::string& truthPath, 
     DetectionOptions plain;
     plain.file = options.file;
     plain.channel = options.channel;
-    if (problem = PrepareWorkspace(plain, probe); !problem.empty()) {
-        std::cerr << "vess score: " << problem << "\n";
-        return 2;
-    }
+    if (!PrintFailure("score", PrepareWorkspace(plain, probe))) return 2;
     const double intervalUs = probe.recording->IntervalUs();
     const std::optional<TrueEvents> truth = ReadTrueEvents(truthPath, intervalUs, problem);
     if (!truth) {
@@ -169,10 +164,7 @@ int ScoreFile(const DetectionOptions& options, const std::string& truthPath, dou
               const NoiseProtocolOptions* protocol) {
     std::string problem;
     Workspace ws;
-    if (problem = PrepareWorkspace(options, ws); !problem.empty()) {
-        std::cerr << "vess score: " << problem << "\n";
-        return 2;
-    }
+    if (!PrintFailure("score", PrepareWorkspace(options, ws))) return 2;
     const std::optional<TrueEvents> truth =
         ReadTrueEvents(truthPath, ws.recording->IntervalUs(), problem);
     if (!truth) {
@@ -268,10 +260,7 @@ int SynthSweep(double seconds, uint64_t seed, const std::filesystem::path& folde
             d.file = file.string();
             d.suggest = 1;
             Workspace ws;
-            if (const std::string problem = PrepareWorkspace(d, ws); !problem.empty()) {
-                std::cerr << "vess score: " << problem << "\n";
-                return 2;
-            }
+            if (!PrintFailure("score", PrepareWorkspace(d, ws))) return 2;
             std::cout << (useProtocol ? "  noise-threshold protocol\n" : "  suggested parameters\n");
             if (!Detect(ws, useProtocol ? &protocol : nullptr, "    ")) {
                 std::cerr << "vess score: improper analysis parameters\n";

@@ -34,10 +34,9 @@ LoadedSeries Failure(std::string message) { return {{}, std::move(message)}; }
 
 LoadedSeries FromEventFile(const std::filesystem::path& path, const std::string& fieldName, int group,
                            bool intervals) {
-    EventFileRefusal refusal;
-    const std::optional<EventFileContents> checked = ReadCheckedEventFile(path, nullptr, &refusal);
-    if (!checked) return Failure(refusal.caption + ": " + refusal.text);
-    const EventFileContents& f = *checked;
+    const Outcome<EventFileContents> checked = ReadCheckedEventFile(path, nullptr);
+    if (!checked) return Failure(checked.caption() + ": " + checked.message());
+    const EventFileContents& f = checked.value();
     EventTable table;
     table.Assign(f.records);
     if (group != 0 && std::none_of(f.records.begin(), f.records.end(),

@@ -8,9 +8,11 @@
 #include <cmath>
 #include <iostream>
 
+#include "cli/command_failure.h"
 #include "cli/commands.h"
 #include "cli/detection_options.h"
 #include "cli/stderr_dialogs.h"
+#include "detection/method_commands.h"
 #include "detection/whole_file.h"
 #include "signal/event_free_file.h"
 #include "signal/noise_measures.h"
@@ -22,10 +24,7 @@ namespace {
 
 Workspace OpenOrFail(const DetectionOptions& options, const char* command) {
     Workspace ws;
-    if (const std::string problem = PrepareWorkspace(options, ws); !problem.empty()) {
-        std::cerr << "vess " << command << ": " << problem << "\n";
-        throw CLI::RuntimeError(2);
-    }
+    ExitUnlessDone(command, PrepareWorkspace(options, ws), 2);
     return ws;
 }
 
@@ -105,6 +104,7 @@ struct EventFreeCli {
     DetectionOptions detection;
     std::string out;
     double marginMs = kDefaultEventFreeMarginMs;
+    bool redetect = false;
 };
 
 void RunEventFree(const EventFreeCli& o) {
@@ -123,6 +123,19 @@ void RunEventFree(const EventFreeCli& o) {
         throw CLI::RuntimeError(4);
     }
     std::cout << fmt::format("{}: {} events removed into {}\n", rec.FileName(), ws.events.Count(), o.out);
+    if (!o.redetect) return;
+    for (const auto& [noise, how] : {std::pair{NoiseLevels::OfSource, "and noise levels"},
+                                     std::pair{NoiseLevels::Measured, "and the copy's own noise levels"}}) {
+        const std::optional<int32_t> again = RedetectedEventCount(ws, o.out, noise);
+        if (!again) {
+            std::cerr << "vess eventfree: " << o.out << " could not be detected on again\n";
+            throw CLI::RuntimeError(4);
+        }
+        const double percent = ws.events.Empty() ? 0.0 : 100.0 * *again / ws.events.Count();
+        std::cout << fmt::format("detection with the same settings {}: {} events ({:.1f} % of {})\n", how,
+                                 *again, percent, ws.events.Count());
+        if (!UsesFilteringMethod(ws)) break;  // the threshold method measures no noise
+    }
 }
 
 void AddEventFree(CLI::App& app) {
@@ -131,6 +144,7 @@ void AddEventFree(CLI::App& app) {
     AddDetectionOptions(*cmd, o->detection);
     cmd->add_option("--out", o->out, "event-free ABF file to write")->required();
     cmd->add_option("--margin", o->marginMs, "ms added on each side of every event")->capture_default_str();
+    cmd->add_flag("--redetect", o->redetect, "detect again on the written file with the same settings and count");
     cmd->callback([o] { RunEventFree(*o); });
 }
 

@@ -8,6 +8,7 @@
 
 #include "detection/detector.h"
 #include "detection/event_kernel.h"
+#include "detection/method_texts.h"
 #include "detection/suggest_from_recording.h"
 #include "detection/whole_file.h"
 #include "recording/abf_writer.h"
@@ -30,10 +31,21 @@ std::unique_ptr<Recording> InMemory(const AccuracyInput& in, const std::vector<i
     return Recording::FromBytes(std::move(bytes), in.name, &error);
 }
 
-// The peaks detected on a copy, the progress going from one share to another
+struct Detected {
+    double at;         // peak, sample index
+    double amplitude;  // counts
+};
+
+std::vector<double> PeaksOf(const std::vector<Detected>& detected) {
+    std::vector<double> peaks;
+    for (const Detected& d : detected) peaks.push_back(d.at);
+    return peaks;
+}
+
+// The events detected on a copy, the progress going from one share to another
 // as the screens are done. Stops early when the run is cancelled.
-std::vector<double> DetectedPeaks(const Settings& settings, std::unique_ptr<Recording> copy,
-                                  const AccuracyControl& control, double from, double to) {
+std::vector<Detected> DetectedEvents(const Settings& settings, std::unique_ptr<Recording> copy,
+                                     const AccuracyControl& control, double from, double to) {
     Workspace ws;
     ws.settings = settings;
     ws.recording = std::move(copy);
@@ -43,9 +55,10 @@ std::vector<double> DetectedPeaks(const Settings& settings, std::unique_ptr<Reco
         control.Report(from + (to - from) * std::clamp(share, 0.0, 1.0));
         return !control.Cancelled();
     });
-    std::vector<double> peaks;
-    for (const EventRecord& e : ws.events.Records()) peaks.push_back(double(e.sampleIndex));
-    return peaks;
+    std::vector<Detected> out;
+    for (const EventRecord& e : ws.events.Records())
+        out.push_back({double(e.sampleIndex), std::abs(double(e.amplitude))});
+    return out;
 }
 
 std::vector<Added> PlaceEvents(int64_t points, int64_t spacing, int count, double low, double high,
@@ -132,27 +145,42 @@ void Tally(const std::vector<Added>& added, const std::vector<double>& before,
     r.recall90Units = Recall90From(r.bins);
 }
 
+// Artefacts of the other direction (a test pulse's end, turned over) are no
+// noise: a turned detection beyond this many times the median amplitude of
+// the recording's own events is left out of the false events.
+constexpr double kOutsizedOverMedian = 10;
+
 // The detections on the turned-over stretch that lie away from the
 // recording's own events, and the length of the trace away from them. A
 // turned event's decay looks like a slow event of the detected direction, so
 // the trace from a quarter of the event spacing before each detected peak to
-// a whole spacing after it is left out.
-void TallyInverted(const std::vector<double>& before, const std::vector<double>& inverted,
-                   int64_t points, int64_t spacing, double intervalUs, AccuracyReport& r) {
+// the later of a whole spacing and the time its decay (kernel's decay
+// constant) takes to fall to one noise SD is left out: a large event's decay
+// stays above the noise for long after the spacing.
+void TallyInverted(const std::vector<Detected>& before, const std::vector<Detected>& inverted, int64_t points,
+                   int64_t spacing, double decayPoints, double sdCounts, double intervalUs, AccuracyReport& r) {
     std::vector<std::pair<double, double>> spans;
-    for (double b : before) {
-        const double from = std::max(0.0, b - double(spacing) / 4);
-        const double to = std::min(double(points), b + double(spacing));
+    for (const Detected& b : before) {
+        const double decay = decayPoints * std::log(std::max(b.amplitude / sdCounts, 1.0));
+        const double from = std::max(0.0, b.at - double(spacing) / 4);
+        const double to = std::min(double(points), b.at + std::max(double(spacing), decay));
         if (!spans.empty() && from <= spans.back().second) spans.back().second = std::max(spans.back().second, to);
         else spans.emplace_back(from, to);
     }
     double covered = 0;
     for (const auto& [from, to] : spans) covered += to - from;
     r.invertedSeconds = std::max(0.0, double(points) - covered) * intervalUs / 1e6;
-    r.invertedDetections = int(std::count_if(inverted.begin(), inverted.end(), [&](double t) {
-        const auto s = std::upper_bound(spans.begin(), spans.end(), t,
+    std::vector<double> amplitudes;
+    for (const Detected& b : before) amplitudes.push_back(b.amplitude);
+    double limit = INFINITY;
+    if (!amplitudes.empty()) {
+        std::nth_element(amplitudes.begin(), amplitudes.begin() + std::ptrdiff_t(amplitudes.size() / 2), amplitudes.end());
+        limit = kOutsizedOverMedian * amplitudes[amplitudes.size() / 2];
+    }
+    r.invertedDetections = int(std::count_if(inverted.begin(), inverted.end(), [&](const Detected& d) {
+        const auto s = std::upper_bound(spans.begin(), spans.end(), d.at,
                                         [](double v, const auto& span) { return v < span.first; });
-        return s == spans.begin() || t > std::prev(s)->second;
+        return (s == spans.begin() || d.at > std::prev(s)->second) && d.amplitude <= limit;
     }));
 }
 
@@ -180,19 +208,17 @@ std::optional<double> Recall90From(const std::vector<AccuracyBin>& bins) {
     return from;
 }
 
-AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o) {
-    AccuracyInput in;
-    if (!ws.recording) {
-        in.problem = "no recording is open";
-        return in;
-    }
+Outcome<AccuracyInput> PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o) {
+    const auto refuse = [](const char* why) {
+        return CommandResult::Failed(std::string(method_texts::kCheckCaption), why);
+    };
+    if (!ws.recording) return refuse("no recording is open");
     const Recording& rec = *ws.recording;
     const int64_t n =
         std::min<int64_t>(rec.PointsPerChannel(), int64_t(o.maxSeconds * 1e6 / rec.IntervalUs()));
-    if (n < 4 * EventSpacing(ws.settings.method, rec.IntervalUs())) {
-        in.problem = "the recording is too short for the check";
-        return in;
-    }
+    if (n < 4 * EventSpacing(ws.settings.method, rec.IntervalUs()))
+        return refuse("the recording is too short for the check");
+    AccuracyInput in;
     in.options = o;
     in.settings = ws.settings;
     in.samples.resize(static_cast<std::size_t>(n));
@@ -205,10 +231,6 @@ AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o
 
 AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& control) {
     AccuracyReport r;
-    if (!in.problem.empty()) {
-        r.status = CommandResult::Failed(in.problem);
-        return r;
-    }
     if (control.Cancelled()) return Stopped();
     const AccuracyOptions& o = in.options;
     const std::vector<int16_t>& x = in.samples;
@@ -235,21 +257,27 @@ AccuracyReport RunAccuracyCheck(const AccuracyInput& in, const AccuracyControl& 
     std::vector<int16_t> inverted(x.size());
     std::transform(x.begin(), x.end(), inverted.begin(), [](int16_t v) { return Clamp16(-int64_t(v)); });
     control.Report(0);
-    const std::vector<double> before = DetectedPeaks(in.settings, InMemory(in, x), control, 0, 1.0 / 3);
+    const std::vector<Detected> before = DetectedEvents(in.settings, InMemory(in, x), control, 0, 1.0 / 3);
     if (control.Cancelled()) return Stopped();
-    const std::vector<double> after =
-        DetectedPeaks(in.settings, InMemory(in, copy), control, 1.0 / 3, 2.0 / 3);
+    const std::vector<Detected> after =
+        DetectedEvents(in.settings, InMemory(in, copy), control, 1.0 / 3, 2.0 / 3);
     if (control.Cancelled()) return Stopped();
-    const std::vector<double> turned =
-        DetectedPeaks(in.settings, InMemory(in, inverted), control, 2.0 / 3, 1);
+    const std::vector<Detected> turned =
+        DetectedEvents(in.settings, InMemory(in, inverted), control, 2.0 / 3, 1);
     if (control.Cancelled()) return Stopped();
-    Tally(added, before, after, sdCounts, in.countUnits, intervalUs, o, r);
-    TallyInverted(before, turned, n, spacing, intervalUs, r);
+    Tally(added, PeaksOf(before), PeaksOf(after), sdCounts, in.countUnits, intervalUs, o, r);
+    TallyInverted(before, turned, n, spacing, kernel.decayTauMs * 1000 / intervalUs, sdCounts, intervalUs, r);
     return r;
 }
 
 AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& o, const AccuracyControl& control) {
-    return RunAccuracyCheck(PrepareAccuracyCheck(ws, o), control);
+    const Outcome<AccuracyInput> in = PrepareAccuracyCheck(ws, o);
+    if (!in) {
+        AccuracyReport r;
+        r.status = in.status();
+        return r;
+    }
+    return RunAccuracyCheck(in.value(), control);
 }
 
 std::string AccuracySummary(const AccuracyReport& r) {

@@ -74,7 +74,6 @@ struct AccuracyReport {
 // channel, its format and the settings. A run needs nothing else, so it can
 // go on while the workspace is used (on another thread).
 struct AccuracyInput {
-    std::string problem;          // why the check cannot run; "" when it can
     AccuracyOptions options;
     Settings settings;
     std::vector<int16_t> samples;
@@ -99,7 +98,7 @@ struct AccuracyControl {
 // up to the largest reaches 90 % recall; none when the largest does not.
 std::optional<double> Recall90From(const std::vector<AccuracyBin>& bins);
 
-AccuracyInput PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& options);
+Outcome<AccuracyInput> PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& options);
 AccuracyReport RunAccuracyCheck(const AccuracyInput& input, const AccuracyControl& control = {});
 // Both in one go.
 AccuracyReport CheckAccuracy(const Workspace& ws, const AccuracyOptions& options,

@@ -25,12 +25,12 @@ std::string SuggestOnFirstAnalysis(Workspace& ws) {
     if (!ws.recording || m.method == DetectionMethod::Threshold || !m.suggestFromRecording) return {};
     const std::string key = RecordingKey(ws);
     if (ws.suggestedFor == key) return {};
-    const RecordingSuggestion s = SuggestFromRecording(ws);
+    const Outcome<RecordingSuggestion> s = SuggestFromRecording(ws);
     ws.suggestedFor = key;  // tried once, whatever came of it
-    if (!s.ok) return fmt::format("No settings could be suggested from this recording ({}).", s.problem);
-    ApplySuggestion(ws, s);
-    return fmt::format("Settings suggested from this recording ({} clear events, noise {:.3g} {}): {}",
-                       s.eventsUsed, s.noiseSdUnits, ws.recording->Units(), DetectionSettingsText(ws));
+    if (!s) return fmt::format("No settings could be suggested from this recording ({}).", s.message());
+    ApplySuggestion(ws, s.value());
+    return fmt::format("Settings suggested from this recording ({}, noise {:.3g} {}): {}",
+                       KernelSourceText(s.value()), s->noiseSdUnits, ws.recording->Units(), DetectionSettingsText(ws));
 }
 
 void MarkSuggested(Workspace& ws) {

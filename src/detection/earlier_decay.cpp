@@ -4,52 +4,24 @@
 #include <cmath>
 #include <vector>
 
+#include "detection/exponential_grid.h"
 #include "recording/rounding.h"
 
 namespace vess {
 namespace {
 
-constexpr int kTauSteps = 48;          // time constants tried, spaced evenly in log
 constexpr double kTauLowest = 0.25;    // x the kernel's decay
 constexpr double kTauRange = 16;       // highest / lowest
 constexpr double kSignificantSds = 2;  // decay at the onset, in residual SDs
 constexpr int64_t kFewestPoints = 8;
 constexpr double kRisesSkipped = 5;
 
-struct Fit {
-    double amplitude = 0;
-    double tauPoints = 1;
-    double sse = INFINITY;
-};
-
-// Least squares of y = a exp(-(i - onset) / tau) over the excesses y, the
-// first at index first: a is linear; tau is searched on a grid spaced evenly
-// in log from lowest to lowest x range.
-Fit FitExponential(const std::vector<double>& y, int64_t first, int64_t onset, double lowest,
-                   double range) {
-    Fit best;
-    for (int g = 0; g < kTauSteps; ++g) {
-        const double tau = lowest * std::pow(range, double(g) / (kTauSteps - 1));
-        double sKY = 0, sKK = 0, sYY = 0;
-        for (std::size_t k = 0; k < y.size(); ++k) {
-            const double e = std::exp(-double(first + int64_t(k) - onset) / tau);
-            sKY += e * y[k];
-            sKK += e * e;
-            sYY += y[k] * y[k];
-        }
-        const double a = sKY / sKK;
-        const double sse = sYY - a * sKY;
-        if (sse < best.sse) best = {a, tau, sse};
-    }
-    return best;
-}
-
 // A coarse grid, then a fine one across the coarse steps either side of its
 // best: the decay extrapolated to the onset is then as good as the data make it.
-Fit FitDecay(const std::vector<double>& y, int64_t first, int64_t onset, double tauCentre) {
-    const Fit coarse = FitExponential(y, first, onset, tauCentre * kTauLowest, kTauRange);
-    const double step = std::pow(kTauRange, 1.0 / (kTauSteps - 1));
-    return FitExponential(y, first, onset, coarse.tauPoints / step, step * step);
+ExponentialFit FitDecay(const std::vector<double>& y, double tauCentre) {
+    const ExponentialFit coarse = FitExponentialOnGrid(y, tauCentre * kTauLowest, kTauRange);
+    const double step = std::pow(kTauRange, 1.0 / (kDecayGridSteps - 1));
+    return FitExponentialOnGrid(y, coarse.tauPoints / step, step * step);
 }
 
 }  // namespace
@@ -75,7 +47,7 @@ std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, 
     std::vector<double> y;
     y.reserve(std::size_t(onset - first));
     for (int64_t i = first; i < onset; ++i) y.push_back(double(screen.GetSampleValue(i)) - baseline);
-    const Fit fit = FitDecay(y, first, onset, std::max(kernelDecayMs, 0.1) * pointsPerMs);
+    const ExponentialFit fit = FitDecay(y, std::max(kernelDecayMs, 0.1) * pointsPerMs);
     const double residualSd = std::sqrt(std::max(fit.sse, 0.0) / double(y.size() - 2));
     if (!(det.Direction() * fit.amplitude > kSignificantSds * residualSd)) return std::nullopt;
     return EarlierDecay{{fit.amplitude, onset, fit.tauPoints}, baseline};

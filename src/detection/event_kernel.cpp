@@ -49,7 +49,7 @@ Trial Evaluate(const std::vector<double>& y, double intervalUs, const EventKerne
 
 }  // namespace
 
-KernelFit FitKernel(const std::vector<double>& average, double intervalUs) {
+KernelFit FitKernel(const std::vector<double>& average, double intervalUs, double minRiseMs) {
     KernelFit fit;
     if (average.size() < 8 || !(intervalUs > 0)) return fit;
     const double dtMs = intervalUs / 1000.0;
@@ -75,12 +75,12 @@ KernelFit FitKernel(const std::vector<double>& average, double intervalUs) {
                 }
     };
     const double leadMs = spanMs / 4;
-    search(std::max(dtMs / 4, 0.02), std::max(spanMs / 10, 0.1), std::max(dtMs, 0.1), spanMs,
-           0, leadMs, 24);
+    const double riseLo = std::max({dtMs / 4, 0.02, minRiseMs});
+    search(riseLo, std::max({spanMs / 10, 0.1, 2 * riseLo}), std::max(dtMs, 0.1), spanMs, 0, leadMs, 24);
     if (!std::isfinite(best.sse)) return fit;
     const EventKernel c = fit.kernel;
     const double s = fit.onsetShiftMs;
-    search(c.riseTauMs / 1.4, c.riseTauMs * 1.4, c.decayTauMs / 1.4, c.decayTauMs * 1.4,
+    search(std::max(c.riseTauMs / 1.4, riseLo), c.riseTauMs * 1.4, c.decayTauMs / 1.4, c.decayTauMs * 1.4,
            std::max(0.0, s - leadMs / 8), s + leadMs / 8, 16);
     fit.amplitude = best.amplitude;
     fit.ok = true;

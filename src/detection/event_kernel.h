@@ -31,8 +31,9 @@ struct KernelFit {
 // Least-squares fit of amplitude x kernel (peak 1) shifted by an onset delay
 // to an average that begins at (or a little before) the onset, positive in
 // the event direction, on a logarithmic grid of the time constants followed
-// by a finer grid around the best point.
-KernelFit FitKernel(const std::vector<double>& average, double intervalUs);
+// by a finer grid around the best point. The rise time constant is kept at
+// or above minRiseMs.
+KernelFit FitKernel(const std::vector<double>& average, double intervalUs, double minRiseMs = 0);
 
 // Averages the stretches of the given events (peak minus rise length is the
 // onset; lead points before it) of the chosen channel, signed so that the

@@ -32,7 +32,7 @@ FftConvolver::~FftConvolver() = default;
 void FftConvolver::Filter(const std::vector<double>& input, std::vector<double>& output) const {
     const int64_t m = int64_t(taps_.size());
     const int64_t n = int64_t(input.size()) - (m - 1);
-    output.assign(std::size_t(std::max<int64_t>(n, 0)), 0.0);
+    output.resize(std::size_t(std::max<int64_t>(n, 0)));  // every value is written below
     if (n <= 0) return;
     RealFft& fft = plans_->fft;
     const std::complex<double>* filter = plans_->filter.data();

@@ -70,6 +70,17 @@ MethodRun MethodRunFor(Workspace& ws) {
     return run;
 }
 
+bool CarryNoiseLevels(const Workspace& from, Workspace& to) {
+    bool carried = false;
+    for (const char* what : {"centre", "sd", "trace sd"}) {
+        const auto found = from.measuredOnce.find(NoiseKey(from, what));
+        if (found == from.measuredOnce.end()) continue;
+        to.measuredOnce[NoiseKey(to, what)] = found->second;
+        carried = true;
+    }
+    return carried;
+}
+
 AnalyzeWindowResult AnalyzeWindowByMethod(const Screen& screen, const AnalysisParameters& params,
                                           const MethodRun& run, EventTable& events,
                                           Dialogs& dialogs) {

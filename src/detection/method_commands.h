@@ -20,6 +20,11 @@ bool UsesFilteringMethod(const Workspace& ws);
 // The run for the workspace's recording and settings; the noise of the
 // deconvolved trace is measured once per recording, channel and parameters.
 MethodRun MethodRunFor(Workspace& ws);
+// Hands the noise levels measured for from's recording to to's recording (both
+// open, with the same method settings), so that detection there uses the same
+// absolute thresholds instead of measuring its own noise. False when from has
+// none measured.
+bool CarryNoiseLevels(const Workspace& from, Workspace& to);
 
 // Detects on the screen with the run and appends the events (the last stored
 // time is not stored again).

@@ -118,7 +118,8 @@ void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int6
                                std::vector<double>& out) const {
     std::vector<double>& filtered = Scratch().filtered;
     convolver_->Filter(x, filtered);
-    out.assign(std::size_t(std::max<int64_t>(count, 0)), 0.0);
+    // Every value is written below: no zeroing first.
+    out.resize(std::size_t(std::max<int64_t>(count, 0)));
     if (method_ == DetectionMethod::Template) {
         // Least-squares scale and offset of the template on x[i .. i+N-1].
         const int64_t n = templatePoints_;
@@ -154,6 +155,46 @@ void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int6
 
 namespace {
 
+// means[m] = the mean of x[m B .. m B + B - 1], each sum taken in order.
+// Four blocks are summed side by side, so that each block's chain of
+// additions overlaps the others' instead of waiting on its own.
+void BlockMeans(const double* x, int64_t B, std::vector<double>& means) {
+    const std::size_t count = means.size();
+    std::size_t m = 0;
+    for (; m + 4 <= count; m += 4) {
+        const double* p = x + int64_t(m) * B;
+        double s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+        for (int64_t j = 0; j < B; ++j) {
+            s0 += p[j];
+            s1 += p[j + B];
+            s2 += p[j + 2 * B];
+            s3 += p[j + 3 * B];
+        }
+        means[m] = s0 / double(B);
+        means[m + 1] = s1 / double(B);
+        means[m + 2] = s2 / double(B);
+        means[m + 3] = s3 / double(B);
+    }
+    for (; m < count; ++m) {
+        double sum = 0;
+        for (int64_t j = 0; j < B; ++j) sum += x[int64_t(m) * B + j];
+        means[m] = sum / double(B);
+    }
+}
+
+// Takes gone out of the sorted window and puts in into it, keeping it
+// sorted, as erasing at lower_bound and inserting at upper_bound do; the
+// places are counted without branches, which a window of a few dozen
+// values finds faster than a binary search that mispredicts.
+void ReplaceInSorted(std::vector<double>& window, double gone, double in) {
+    std::size_t below = 0;
+    for (const double w : window) below += w < gone;
+    window.erase(window.begin() + std::ptrdiff_t(below));
+    std::size_t notAbove = 0;
+    for (const double w : window) notAbove += !(in < w);
+    window.insert(window.begin() + std::ptrdiff_t(notAbove), in);
+}
+
 // floor(a / b) for b > 0, also for negative a.
 int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
 
@@ -169,12 +210,7 @@ void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_
     const int64_t lastBlock = FloorDiv(first + count, B) + 1;
     const int64_t meansFrom = firstBlock - K;
     std::vector<double> means(std::size_t(lastBlock + K - meansFrom + 1));
-    for (std::size_t m = 0; m < means.size(); ++m) {
-        const int64_t start = (meansFrom + int64_t(m)) * B - origin;
-        double sum = 0;
-        for (int64_t j = start; j < start + B; ++j) sum += filtered[std::size_t(j)];
-        means[m] = sum / double(B);
-    }
+    BlockMeans(filtered.data() + (meansFrom * B - origin), B, means);
     // The running median of 2 K + 1 block means, kept in a sorted window
     // that each step drops one mean from and takes one into.
     std::vector<double> medians(std::size_t(lastBlock - firstBlock + 1));
@@ -183,9 +219,7 @@ void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_
     for (std::size_t k = 0;; ++k) {
         medians[k] = window[std::size_t(K)];
         if (k + 1 == medians.size()) break;
-        window.erase(std::lower_bound(window.begin(), window.end(), means[k]));
-        const double in = means[k + std::size_t(2 * K + 1)];
-        window.insert(std::upper_bound(window.begin(), window.end(), in), in);
+        ReplaceInSorted(window, means[k], means[k + std::size_t(2 * K + 1)]);
     }
     // Between the centres of blocks k and k + 1 the level runs straight from
     // one median to the next.

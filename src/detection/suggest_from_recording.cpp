@@ -6,6 +6,7 @@
 #include <cmath>
 #include <optional>
 
+#include "detection/clear_events.h"
 #include "detection/detection_start.h"
 #include "detection/detector.h"
 #include "detection/event_kernel.h"
@@ -16,9 +17,6 @@
 namespace vess {
 namespace {
 
-// The first pass keeps only detections this many SDs above the noise.
-constexpr double kClearThreshold = 6;
-constexpr int kMaxKernelEvents = 40;
 constexpr double kAmplitudeSds = 4;
 // The template criterion (scale over its standard error) is not in units of
 // its own noise: its SD depends on the template's length and on how coloured
@@ -27,75 +25,15 @@ constexpr double kAmplitudeSds = 4;
 // (which on white noise is about 14 of them: lower, the Gaussian tail alone
 // gave 3 false events a second).
 constexpr double kTemplateSds = 4;
-// Stimulus artefacts and test pulses are far larger than the recording's
-// events: a clear event beyond this multiple of the 95th percentile of their
-// amplitudes is left out of the kernel.
-constexpr double kOutsizedFactor = 3;
-
-struct Candidate {
-    int64_t onset;
-    double amplitude;  // counts, in the event direction
-};
-
-// Drops, from candidates sorted by decreasing amplitude, those far larger
-// than the rest.
-void LeaveOutOutsized(std::vector<Candidate>& sorted) {
-    if (sorted.size() < 2) return;
-    const std::size_t at95 = std::size_t(std::floor(0.05 * double(sorted.size() - 1)));
-    const double limit = kOutsizedFactor * sorted[at95].amplitude;
-    std::erase_if(sorted, [limit](const Candidate& c) { return c.amplitude > limit; });
-}
-
-// Clear events of a first pass with the given kernel: onset (the peak of
-// the deconvolved pulse), and amplitude over the mean of the millisecond
-// before the onset.
-std::vector<Candidate> ClearEvents(const MethodParameters& params, const std::vector<int16_t>& x,
-                                   double intervalUs, int dir, double isolationMs) {
-    MethodRun run(params, intervalUs, dir, {});
-    const std::vector<double> c = run.filter.Compute(x, 0, int64_t(x.size()));
-    run.noise = RobustNoise(c);
-    std::vector<double> z(c.size());
-    for (std::size_t i = 0; i < c.size(); ++i) z[i] = (c[i] - run.noise.centre) / run.noise.sd;
-    std::vector<int64_t> points = DetectionPoints(z, kClearThreshold, run.minSeparationPoints, run.dipFraction);
-    // The onset is where the deconvolved pulse peaks: the crossing comes
-    // earlier the larger the event, which would blur the average.
-    for (int64_t& p : points) {
-        const int64_t end = std::min<int64_t>(p + run.peakWindowPoints, int64_t(z.size()));
-        int64_t top = p;
-        for (int64_t i = p; i < end && z[std::size_t(i)] > kClearThreshold; ++i)
-            if (z[std::size_t(i)] > z[std::size_t(top)]) top = i;
-        p = top;
-    }
-    const int64_t lead = std::max<int64_t>(int64_t(1000 / intervalUs), 2);
-    const int64_t isolation = int64_t(isolationMs * 1000 / intervalUs);
-    std::vector<Candidate> out;
-    for (std::size_t k = 0; k < points.size(); ++k) {
-        const int64_t onset = points[k];
-        if (onset - lead < 0 || onset + isolation >= int64_t(x.size())) continue;
-        if (k + 1 < points.size() && points[k + 1] - onset < isolation) continue;
-        if (k > 0 && onset - points[k - 1] < isolation / 2) continue;
-        double base = 0;
-        for (int64_t i = onset - lead; i < onset; ++i) base += x[std::size_t(i)];
-        base /= double(lead);
-        double best = 0;
-        for (int64_t i = onset; i < onset + run.peakWindowPoints && i < int64_t(x.size()); ++i)
-            best = std::max(best, dir * (x[std::size_t(i)] - base));
-        out.push_back({onset, best});
-    }
-    std::sort(out.begin(), out.end(), [](const Candidate& a, const Candidate& b) {
-        return a.amplitude > b.amplitude;
-    });
-    LeaveOutOutsized(out);
-    if (out.size() > std::size_t(kMaxKernelEvents)) out.resize(kMaxKernelEvents);
-    return out;
-}
+// Fewer clear events than this make no kernel: the default is kept.
+constexpr std::size_t kMinKernelEvents = 10;
 
 // Average of the candidates from 1 ms before the onset, in the event direction.
-std::vector<double> AverageAt(const std::vector<Candidate>& events, const std::vector<int16_t>& x,
+std::vector<double> AverageAt(const std::vector<ClearEvent>& events, const std::vector<int16_t>& x,
                               int64_t lead, int64_t length, int dir) {
     std::vector<double> sum(std::size_t(length), 0.0);
     int n = 0;
-    for (const Candidate& c : events) {
+    for (const ClearEvent& c : events) {
         const int64_t first = c.onset - lead;
         if (first < 0 || first + length > int64_t(x.size())) continue;
         double base = 0;
@@ -129,43 +67,40 @@ double RecordingNoiseSdCounts(const std::vector<int16_t>& x, double intervalUs,
     return RobustNoise(std::move(values)).sd;
 }
 
-RecordingSuggestion SuggestFromRecording(Workspace& ws) {
+Outcome<RecordingSuggestion> SuggestFromRecording(Workspace& ws) {
     RecordingSuggestion s;
-    if (!ws.recording) {
-        s.problem = "no recording is open";
-        return s;
-    }
+    if (!ws.recording) return CommandResult::Failed("no recording is open");
     const Recording& rec = *ws.recording;
     const double intervalUs = rec.IntervalUs();
     const int dir = NormalizedDirection(ws.params().PeakDirection);
     const int64_t n = std::min<int64_t>(rec.PointsPerChannel(), int64_t(120e6 / intervalUs));
     std::vector<int16_t> x(std::size_t(std::max<int64_t>(n, 0)));
     rec.ReadSamples(0, x);
-    if (n < int64_t(200000 / intervalUs)) {
-        s.problem = "the recording is shorter than 0.2 s";
-        return s;
-    }
+    if (n < int64_t(200000 / intervalUs)) return CommandResult::Failed("the recording is shorter than 0.2 s");
     // From the recording alone: every suggestion starts from the default
     // kernel, whatever kernel is set, so one recording gives one suggestion.
     MethodParameters params;
     params.method = DetectionMethod::Deconvolution;
-    std::vector<Candidate> clear;
+    // No event rises faster than the recording lets its noise change.
+    s.minRiseMs = NoiseCorrelationMs(x, intervalUs);
+    std::vector<ClearEvent> clear;
     // Twice: the kernel found with the first pass's events sharpens the second.
     for (int pass = 0; pass < 2; ++pass) {
-        clear = ClearEvents(params, x, intervalUs, dir, 2 * params.decayTauMs);
-        if (clear.size() < 3) break;
+        std::vector<ClearEvent> found = FindClearEvents(params, x, intervalUs, dir);
+        if (found.size() < kMinKernelEvents) break;
         const int64_t lead = std::max<int64_t>(int64_t(1000 / intervalUs), 2);
         const int64_t length = int64_t((KernelPeakMs({params.riseTauMs, params.decayTauMs}) +
                                         5 * params.decayTauMs) * 1000 / intervalUs);
-        const KernelFit fit = FitKernel(AverageAt(clear, x, lead, lead + length, dir), intervalUs);
+        const KernelFit fit = FitKernel(AverageAt(found, x, lead, lead + length, dir), intervalUs, s.minRiseMs);
         if (!fit.ok) break;
+        clear = std::move(found);
         params.riseTauMs = fit.kernel.riseTauMs;
         params.decayTauMs = fit.kernel.decayTauMs;
         params.lowPassMs = SmoothingMsForKernel(fit.kernel);
     }
     s.eventsUsed = int(clear.size());
     std::vector<int64_t> onsets;
-    for (const Candidate& c : clear) onsets.push_back(c.onset);
+    for (const ClearEvent& c : clear) onsets.push_back(c.onset);
     s.noiseSdCounts = RecordingNoiseSdCounts(x, intervalUs, onsets, params.decayTauMs);
     if (!(s.noiseSdCounts > 0)) s.noiseSdCounts = 1;
     s.noiseSdUnits = std::abs(double(rec.Bit2pA2(1))) * s.noiseSdCounts;
@@ -184,12 +119,10 @@ RecordingSuggestion SuggestFromRecording(Workspace& ws) {
     const double tp = KernelPeakMs(k);
     const double peak = std::exp(-tp / k.decayTauMs) - std::exp(-tp / k.riseTauMs);
     s.areaThreshold = float(0.5 * s.thresholdAmplitude * (k.decayTauMs - k.riseTauMs) / peak);
-    s.ok = true;
     return s;
 }
 
 void ApplySuggestion(Workspace& ws, const RecordingSuggestion& s) {
-    if (!s.ok) return;
     ws.settings.method.riseTauMs = s.riseTauMs;
     ws.settings.method.decayTauMs = s.decayTauMs;
     ws.settings.method.lowPassMs = s.lowPassMs;
@@ -198,43 +131,43 @@ void ApplySuggestion(Workspace& ws, const RecordingSuggestion& s) {
     ws.params().AreaThreshold = s.areaThreshold;
 }
 
+std::string KernelSourceText(const RecordingSuggestion& s) {
+    if (s.eventsUsed == 0) return "too few clear events: default kernel";
+    return fmt::format("{} clear events", s.eventsUsed);
+}
+
 std::string SuggestionReport(const Workspace& ws, const RecordingSuggestion& s) {
     const std::string units = ws.recording ? ws.recording->Units() : std::string();
     return fmt::format(
         "Noise SD outside events: {:.4g} {} ({:.4g} counts).\n"
-        "Kernel from {} clear events: rise {:.3g} ms, decay {:.3g} ms; smoothing {:.3g} ms; "
+        "Kernel ({}): rise {:.3g} ms, decay {:.3g} ms; smoothing {:.3g} ms; "
         "template threshold {:.3g}.\n"
         "Amplitude threshold {:.4g} {}; area threshold {:.4g} {}*ms.",
-        s.noiseSdUnits, units, s.noiseSdCounts, s.eventsUsed, s.riseTauMs, s.decayTauMs, s.lowPassMs, s.templateThreshold,
-        s.thresholdAmplitude, units, s.areaThreshold, units);
+        s.noiseSdUnits, units, s.noiseSdCounts, KernelSourceText(s), s.riseTauMs, s.decayTauMs, s.lowPassMs,
+        s.templateThreshold, s.thresholdAmplitude, units, s.areaThreshold, units);
 }
 
 namespace {
 
 // Measures the recording and applies what it suggests; a suggestion that
-// cannot be made is told and changes nothing.
-std::optional<RecordingSuggestion> SuggestAndApply(Workspace& ws, Dialogs& dialogs) {
-    const RecordingSuggestion s = SuggestFromRecording(ws);
-    if (!s.ok) {
-        dialogs.Message(method_texts::kSuggestCaption, s.problem);
-        return std::nullopt;
-    }
-    ApplySuggestion(ws, s);
+// cannot be made changes nothing.
+Outcome<RecordingSuggestion> SuggestAndApply(Workspace& ws) {
+    Outcome<RecordingSuggestion> s = SuggestFromRecording(ws);
+    if (!s) return CommandResult::Failed(std::string(method_texts::kSuggestCaption), s.message());
+    ApplySuggestion(ws, s.value());
     return s;
 }
 
 }  // namespace
 
-bool SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
-    if (!ws.recording) {
-        dialogs.Message(method_texts::kSuggestCaption, method_texts::kNoRecording);
-        return false;
-    }
-    const auto s = SuggestAndApply(ws, dialogs);
-    if (!s) return false;
+CommandResult SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
+    const std::string caption(method_texts::kSuggestCaption);
+    if (!ws.recording) return CommandResult::Failed(caption, std::string(method_texts::kNoRecording));
+    const Outcome<RecordingSuggestion> s = SuggestAndApply(ws);
+    if (!s) return s.status();
     MarkSuggested(ws);  // the first analysis does not suggest again over the user's choice
-    dialogs.Message(method_texts::kSuggestCaption, SuggestionReport(ws, *s));
-    return true;
+    dialogs.Message(caption, SuggestionReport(ws, s.value()));
+    return CommandResult::Ok();
 }
 
 std::string UnreachableThresholds(const Workspace& ws) {
@@ -264,13 +197,13 @@ std::string UnreachableThresholds(const Workspace& ws) {
     return {};
 }
 
-bool CheckThresholdsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
+CommandResult CheckThresholdsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
     const std::string problem = UnreachableThresholds(ws);
-    if (problem.empty()) return true;
+    if (problem.empty()) return CommandResult::Ok();
     if (!dialogs.AskYesNo(method_texts::kThresholdsCaption,
                           problem + "\n" + method_texts::kOfferSuggestion))
-        return false;
-    return SuggestAndApply(ws, dialogs).has_value();
+        return CommandResult::Cancelled();
+    return SuggestAndApply(ws).status();
 }
 
 }  // namespace vess

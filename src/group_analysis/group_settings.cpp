@@ -159,33 +159,29 @@ std::string SaveGroupSettings(const std::filesystem::path& path,
     return ini.Save(path);
 }
 
-bool SaveGroupSettingsCommand(const std::filesystem::path& iniPath,
-                              const GroupAnalysisSettings& settings, Dialogs& dialogs) {
-    const std::string error = SaveGroupSettings(iniPath, settings);
-    if (!error.empty()) {
-        dialogs.Message(Str(vess::texts::kSettingsSavedCaption), error);
-        return false;
-    }
-    dialogs.Message(Str(vess::texts::kSettingsSavedCaption), Str(vess::texts::kSettingsSavedText));
-    return true;
+CommandResult SaveGroupSettingsCommand(const std::filesystem::path& iniPath,
+                                       const GroupAnalysisSettings& settings, Dialogs& dialogs) {
+    const std::string caption = Str(vess::texts::kSettingsSavedCaption);
+    if (CommandResult saved = CommandResult::FromError(caption, SaveGroupSettings(iniPath, settings)); !saved)
+        return saved;
+    dialogs.Message(caption, Str(vess::texts::kSettingsSavedText));
+    return CommandResult::Ok();
 }
 
-bool SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settings, Dialogs& dialogs) {
+CommandResult SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settings, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, {"", Str(vess::texts::kCustomSettingsFilter), Str(vess::texts::kCustomSettingsExtension), ""},
         ExistingFile::AskReplace);
-    if (!path) return false;
-    const std::string error = SaveGroupSettings(*path, settings);
-    if (!error.empty()) dialogs.Message(Str(vess::texts::kCustomSettingsFilter), error);
-    return error.empty();
+    if (!path) return CommandResult::Cancelled();
+    return CommandResult::FromError(Str(vess::texts::kCustomSettingsFilter), SaveGroupSettings(*path, settings));
 }
 
-bool LoadGroupCustomSettingsCommand(GroupAnalysisSettings& settings, Dialogs& dialogs) {
+CommandResult LoadGroupCustomSettingsCommand(GroupAnalysisSettings& settings, Dialogs& dialogs) {
     const auto name = dialogs.OpenFile({"", Str(vess::texts::kCustomSettingsFilter),
                                         Str(vess::texts::kCustomSettingsExtension), ""});
-    if (!name || name->empty()) return false;
+    if (!name || name->empty()) return CommandResult::Cancelled();
     settings = LoadGroupSettings(WithDefaultExtension(*name, vess::texts::kCustomSettingsExtension));
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess::group

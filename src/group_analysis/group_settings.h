@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/ini_file.h"
 
@@ -77,10 +78,10 @@ std::string SaveGroupSettings(const std::filesystem::path& path,
                               const GroupAnalysisSettings& settings);
 
 // "Save Settings": into the settings file, then says so.
-bool SaveGroupSettingsCommand(const std::filesystem::path& iniPath,
-                              const GroupAnalysisSettings& settings, Dialogs& dialogs);
+CommandResult SaveGroupSettingsCommand(const std::filesystem::path& iniPath,
+                                       const GroupAnalysisSettings& settings, Dialogs& dialogs);
 // menu_SaveAsCustomSetup / menu_LoadSettings with a custom settings file.
-bool SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settings, Dialogs& dialogs);
-bool LoadGroupCustomSettingsCommand(GroupAnalysisSettings& settings, Dialogs& dialogs);
+CommandResult SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settings, Dialogs& dialogs);
+CommandResult LoadGroupCustomSettingsCommand(GroupAnalysisSettings& settings, Dialogs& dialogs);
 
 }  // namespace vess::group

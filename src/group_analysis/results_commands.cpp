@@ -68,16 +68,12 @@ std::string ResultsText(const ResultsTable& table) {
     return out;
 }
 
-bool SaveResultsAsciiCommand(const ResultsTable& table, Dialogs& dialogs) {
+CommandResult SaveResultsAsciiCommand(const ResultsTable& table, Dialogs& dialogs) {
     const auto path = AskSavePath(dialogs, texts::kAsciiFitFilter, texts::kAsciiFitExtension);
-    if (!path) return false;
-    if (std::filesystem::exists(*path)) {
-        dialogs.Message(Str(vess::texts::kFileExistCaption), Str(vess::texts::kFileExistText));
-        return false;
-    }
-    const std::string error = WriteFileAtomic(*path, ResultsText(table));
-    if (!error.empty()) dialogs.Message(Str(texts::kWindowCaption), error);
-    return error.empty();
+    if (!path) return CommandResult::Cancelled();
+    if (std::filesystem::exists(*path))
+        return CommandResult::Failed(Str(vess::texts::kFileExistCaption), Str(vess::texts::kFileExistText));
+    return CommandResult::FromError(Str(texts::kWindowCaption), WriteFileAtomic(*path, ResultsText(table)));
 }
 
 std::vector<uint8_t> BuildResultsFile(const ResultsTable& table) {
@@ -110,15 +106,13 @@ std::optional<std::vector<ResultBytes>> ParseResultsFile(std::span<const uint8_t
     return rows;
 }
 
-bool SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs) {
+CommandResult SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs) {
     const auto path = AskSavePath(dialogs, texts::kResultsFileFilter, texts::kResultsFileExtension);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     if (std::filesystem::exists(*path) &&
         !dialogs.AskYesNo(Str(texts::kReplaceCaption), Str(texts::kReplaceText)))
-        return false;
-    const std::string error = WriteFileAtomic(*path, BuildResultsFile(table));
-    if (!error.empty()) dialogs.Message(Str(texts::kWindowCaption), error);
-    return error.empty();
+        return CommandResult::Cancelled();
+    return CommandResult::FromError(Str(texts::kWindowCaption), WriteFileAtomic(*path, BuildResultsFile(table)));
 }
 
 std::optional<std::string> ChooseResultsFile(Dialogs& dialogs) {
@@ -132,26 +126,25 @@ std::optional<std::vector<ResultBytes>> ReadResultsFile(const std::string& name)
     return bytes ? ParseResultsFile(*bytes) : std::nullopt;
 }
 
-bool PlaceLoadedResults(ResultsTable& table, Dialogs& dialogs, const std::string& name,
-                        std::optional<std::vector<ResultBytes>> rows) {
-    if (!rows) {
-        dialogs.Message(Str(texts::kResultsFileFilter),
-                        name + " is not a results file: its header does not say \"" +
-                            Str(texts::kResultsFileTag) + "\".");
-        return false;
-    }
+CommandResult PlaceLoadedResults(ResultsTable& table, Dialogs& dialogs, const std::string& name,
+                                 std::optional<std::vector<ResultBytes>> rows) {
+    if (!rows)
+        return CommandResult::Failed(Str(texts::kResultsFileFilter),
+                                     name + " is not a results file: its header does not say \"" +
+                                         Str(texts::kResultsFileTag) + "\".");
     std::vector<ResultBytes> all;
     if (table.Count() > 0 &&
         !dialogs.AskYesNo(Str(texts::kClearResultsCaption), texts::ClearResultsPrompt(table.Count())))
         all = table.Rows();
     all.insert(all.end(), rows->begin(), rows->end());
     table.Assign(std::move(all));
-    return true;
+    return CommandResult::Ok();
 }
 
-bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
+CommandResult LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
     const auto name = ChooseResultsFile(dialogs);
-    return name && PlaceLoadedResults(table, dialogs, *name, ReadResultsFile(*name));
+    if (!name) return CommandResult::Cancelled();
+    return PlaceLoadedResults(table, dialogs, *name, ReadResultsFile(*name));
 }
 
 bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "group_analysis/result_row.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/results_table.h"
 
@@ -36,7 +37,7 @@ std::string FormatResult(double value);  // "0.000"
 
 // menu_copyasciifile: saves the text to a new "ASCII File (*.Fit)"; an
 // existing name is refused.
-bool SaveResultsAsciiCommand(const ResultsTable& table, Dialogs& dialogs);
+CommandResult SaveResultsAsciiCommand(const ResultsTable& table, Dialogs& dialogs);
 
 // The results file: a variant-string header (16-bit type 8, 16-bit length
 // 37, the tag padded with blanks to 37 characters) then the rows.
@@ -49,16 +50,16 @@ std::vector<uint8_t> BuildResultsFile(const ResultsTable& table);
 std::optional<std::vector<ResultBytes>> ParseResultsFile(std::span<const uint8_t> bytes);
 
 // menu_SaveResults / menu_LoadResults.
-bool SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs);
-bool LoadResultsCommand(ResultsTable& table, Dialogs& dialogs);
+CommandResult SaveResultsCommand(const ResultsTable& table, Dialogs& dialogs);
+CommandResult LoadResultsCommand(ResultsTable& table, Dialogs& dialogs);
 // menu_LoadResults in three steps, for reading the file as a job: the name
 // chosen, the file's rows read (std::nullopt when it is not a results
 // file), then the rows put in the table after the clear question, or the
-// reason it is not a results file shown.
+// failed with the reason it is not a results file.
 std::optional<std::string> ChooseResultsFile(Dialogs& dialogs);
 std::optional<std::vector<ResultBytes>> ReadResultsFile(const std::string& name);
-bool PlaceLoadedResults(ResultsTable& table, Dialogs& dialogs, const std::string& name,
-                        std::optional<std::vector<ResultBytes>> rows);
+CommandResult PlaceLoadedResults(ResultsTable& table, Dialogs& dialogs, const std::string& name,
+                                 std::optional<std::vector<ResultBytes>> rows);
 
 // menu_Put2Array1 / menu_Put2Array2: the column's values into work array 1
 // or 2, asking whether to clear an array that holds data first.

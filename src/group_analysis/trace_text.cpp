@@ -82,13 +82,11 @@ std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve
     return CurveText(*curve, units, *factor);
 }
 
-bool SaveTextFileCommand(const std::string& text, Dialogs& dialogs) {
+CommandResult SaveTextFileCommand(const std::string& text, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, {"", Str(vess::texts::kTextFileFilter), Str(vess::texts::kTextFileExtension), ""}, ExistingFile::AskReplace);
-    if (!path) return false;
-    const std::string error = WriteFileAtomic(*path, text);
-    if (!error.empty()) dialogs.Message(Str(texts::kWindowCaption), error);
-    return error.empty();
+    if (!path) return CommandResult::Cancelled();
+    return CommandResult::FromError(Str(texts::kWindowCaption), WriteFileAtomic(*path, text));
 }
 
 }  // namespace vess::group

@@ -11,6 +11,7 @@
 
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/trace_set.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess::group {
@@ -53,7 +54,7 @@ std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve
                                          const std::string& units, Dialogs& dialogs);
 
 // Asks for a "Text File (*.txt)" name, asks before replacing an existing
-// file, and writes the text. False when cancelled or not written.
-bool SaveTextFileCommand(const std::string& text, Dialogs& dialogs);
+// file, and writes the text.
+CommandResult SaveTextFileCommand(const std::string& text, Dialogs& dialogs);
 
 }  // namespace vess::group

@@ -40,13 +40,13 @@ std::string SpectrumText(const SpectrumResult& s, const SpectrumOptions& o) {
     return out;
 }
 
-bool SaveSpectrumCommand(Dialogs& dialogs, const SpectrumResult& s, const SpectrumOptions& options) {
+CommandResult SaveSpectrumCommand(Dialogs& dialogs, const SpectrumResult& s, const SpectrumOptions& options) {
     const auto path = ChooseSavePath(dialogs,
                                      {std::string(texts::kSpectrumCaption), std::string(vess::texts::kTextFileFilter),
                                       std::string(vess::texts::kTextFileExtension), {}},
                                      ExistingFile::AskReplace);
-    if (!path) return false;
-    return ReportWrite(dialogs, WriteFileAtomic(*path, SpectrumText(s, options)));
+    if (!path) return CommandResult::Cancelled();
+    return WriteResult(WriteFileAtomic(*path, SpectrumText(s, options)));
 }
 
 }  // namespace vess::hrv

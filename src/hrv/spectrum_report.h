@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "hrv/spectrum.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess::hrv {
@@ -16,6 +17,6 @@ std::vector<std::vector<std::string>> SpectrumRows(const SpectrumResult& s, cons
 // The rows, then "LF/HF" and the method's settings, tab-separated.
 std::string SpectrumText(const SpectrumResult& s, const SpectrumOptions& options);
 // Save dialog "ASCII File (*.txt)", replace question.
-bool SaveSpectrumCommand(Dialogs& dialogs, const SpectrumResult& s, const SpectrumOptions& options);
+CommandResult SaveSpectrumCommand(Dialogs& dialogs, const SpectrumResult& s, const SpectrumOptions& options);
 
 }  // namespace vess::hrv

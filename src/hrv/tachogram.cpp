@@ -103,34 +103,31 @@ TachogramAbf BuildTachogramAbf(std::span<const uint8_t> tpl, std::span<const dou
     return out;
 }
 
-bool SaveTachogramAsciiCommand(Workspace& ws, Dialogs& dialogs) {
-    if (!EnsureTimeOrder(ws, dialogs)) return false;
+CommandResult SaveTachogramAsciiCommand(Workspace& ws, Dialogs& dialogs) {
+    if (!EnsureTimeOrder(ws, dialogs)) return CommandResult::Cancelled();
     const auto path = ChooseSavePath(
         dialogs, {S(texts::kSaveAsAscii), S(vess::texts::kTextFileFilter), S(vess::texts::kTextFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const std::vector<double> rr = Differences(WorkspaceBeatTimesMs(ws));
-    return ReportWrite(dialogs, WriteFileAtomic(*path, TachogramAtfText(RecordingName(ws), rr)));
+    return WriteResult(WriteFileAtomic(*path, TachogramAtfText(RecordingName(ws), rr)));
 }
 
-bool SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
+CommandResult SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
     const auto templatePath = templateFolder / S(vess::texts::kTemplateHeaderFileName);
     const auto tpl = ReadFileBytes(templatePath);
-    if (!tpl) {
-        dialogs.Message(S(vess::texts::kErrorCaption), S(vess::texts::kTemplateMissingText));
-        return false;
-    }
-    if (!EnsureTimeOrder(ws, dialogs)) return false;
+    if (!tpl) return CommandResult::Failed(S(vess::texts::kErrorCaption), S(vess::texts::kTemplateMissingText));
+    if (!EnsureTimeOrder(ws, dialogs)) return CommandResult::Cancelled();
     const std::vector<double> rr = Differences(WorkspaceBeatTimesMs(ws));
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, S(texts::kTachogramRecord) + RecordingName(ws));
-    if (!ReportWrite(dialogs, abf.error)) return false;
+    if (CommandResult built = WriteResult(abf.error); !built) return built;
     const auto path = ChooseSavePath(
         dialogs, {S(vess::texts::kSaveAsAbf), S(vess::texts::kAbfFileFilter), S(vess::texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return false;
-    if (!ReportWrite(dialogs, WriteFileAtomic(*path, abf.bytes))) return false;
+    if (!path) return CommandResult::Cancelled();
+    if (CommandResult written = WriteResult(WriteFileAtomic(*path, abf.bytes)); !written) return written;
     dialogs.Message(S(texts::kTachogramMenu), S(texts::kTachogramSaved) + path->filename().string());
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess::hrv

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -50,10 +51,10 @@ TachogramAbf BuildTachogramAbf(std::span<const uint8_t> templateBytes, std::span
 
 // Main-form commands over the events (in time order, asked for when not).
 // menu_TachogramASCII: save dialog, replace question, then the text file.
-bool SaveTachogramAsciiCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveTachogramAsciiCommand(Workspace& ws, Dialogs& dialogs);
 // menu_TachogramABF: the template templateFolder/"SamplABF.dat" must exist
 // ("Error" otherwise, and nothing is written); then the save dialog and
 // "The Tachogram is saved as " + file name.
-bool SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
+CommandResult SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
 
 }  // namespace vess::hrv

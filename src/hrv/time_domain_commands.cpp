@@ -21,20 +21,18 @@ HrvAnalysis AnalyseTimeDomain(const TimeDomainRequest& r) {
     return AnalyseBeats(r.beatTimesMs, r.lengthMs, r.segmentMs, r.options);
 }
 
-bool FileTimeDomain(Dialogs& dialogs, const TimeDomainRequest& r, const HrvAnalysis& a, TimeDomainGrids& grids) {
-    if (a.rr.rrMs.empty() && a.rr.outsideBounds > 0) {
-        dialogs.Message(std::string(texts::kNoIntervalInBoundsCaption),
-                        texts::NoIntervalInBoundsText(a.rr.outsideBounds, r.options.lowerBoundMs,
-                                                      r.options.upperBoundMs));
-        return false;
-    }
+CommandResult FileTimeDomain(const TimeDomainRequest& r, const HrvAnalysis& a, TimeDomainGrids& grids) {
+    if (a.rr.rrMs.empty() && a.rr.outsideBounds > 0)
+        return CommandResult::Failed(std::string(texts::kNoIntervalInBoundsCaption),
+                                     texts::NoIntervalInBoundsText(a.rr.outsideBounds, r.options.lowerBoundMs,
+                                                                   r.options.upperBoundMs));
     std::vector<std::string> row = ResultRow(r.fileName, a.timeDomain);
     auto same = std::find_if(grids.results.begin(), grids.results.end(),
                              [&](const auto& x) { return !x.empty() && x[0] == r.fileName; });
     if (same != grids.results.end()) *same = std::move(row);
     else grids.results.push_back(std::move(row));
     grids.segments = SegmentRows(a.timeDomain);
-    return true;
+    return CommandResult::Ok();
 }
 
 std::string GridAsText(const TimeDomainGrids& grids, TimeDomainGrid which) {
@@ -42,14 +40,14 @@ std::string GridAsText(const TimeDomainGrids& grids, TimeDomainGrid which) {
                                             : GridText(SegmentTitles(), grids.segments);
 }
 
-bool SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, TimeDomainGrid which) {
+CommandResult SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, TimeDomainGrid which) {
     const std::string caption(which == TimeDomainGrid::Results ? texts::kTimeDomainCaption
                                                                : texts::kSegmentResults);
     const auto path = ChooseSavePath(
         dialogs, {caption, std::string(vess::texts::kTextFileFilter), std::string(vess::texts::kTextFileExtension), {}},
         ExistingFile::Refuse);
-    if (!path) return false;
-    return ReportWrite(dialogs, WriteFileAtomic(*path, GridAsText(grids, which)));
+    if (!path) return CommandResult::Cancelled();
+    return WriteResult(WriteFileAtomic(*path, GridAsText(grids, which)));
 }
 
 }  // namespace vess::hrv

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "hrv/analysis.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -28,7 +29,7 @@ struct TimeDomainGrids {
 // what it reads, copied out of the workspace after the events are put in
 // time order (nothing when the user keeps them out of order or there are no
 // events); the measures with the window's options; and filing them into the
-// grids, or saying that no interval lies within the bounds.
+// grids, or failing because no interval lies within the bounds.
 struct TimeDomainRequest {
     std::vector<double> beatTimesMs;
     double lengthMs = 0, segmentMs = 0;
@@ -37,13 +38,12 @@ struct TimeDomainRequest {
 };
 std::optional<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options);
 HrvAnalysis AnalyseTimeDomain(const TimeDomainRequest& request);
-bool FileTimeDomain(Dialogs& dialogs, const TimeDomainRequest& request, const HrvAnalysis& a,
-                    TimeDomainGrids& grids);
+CommandResult FileTimeDomain(const TimeDomainRequest& request, const HrvAnalysis& a, TimeDomainGrids& grids);
 
 // menu_TimeDomain and menu_SegmentResults: "ASCII File (*.txt)"; an existing
 // file is refused ("File Exist").
 enum class TimeDomainGrid { Results, Segments };
-bool SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, TimeDomainGrid which);
+CommandResult SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, TimeDomainGrid which);
 std::string GridAsText(const TimeDomainGrids& grids, TimeDomainGrid which);
 
 }  // namespace vess::hrv

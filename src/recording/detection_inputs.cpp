@@ -11,36 +11,36 @@
 
 namespace vess {
 
-std::string LoadSettingsFileInto(const std::filesystem::path& path, Settings& settings) {
+CommandResult LoadSettingsFileInto(const std::filesystem::path& path, Settings& settings) {
     const SettingsFileRead read = ReadSettingsFile(path);
-    if (!read.settings) return path.string() + ": " + read.refusal;
-    if (!read.problems.empty()) return SettingsProblemsText(path, read.problems);
+    if (!read.settings) return CommandResult::Failed(path.string() + ": " + read.refusal);
+    if (!read.problems.empty()) return CommandResult::Failed(SettingsProblemsText(path, read.problems));
     settings = *read.settings;
-    return {};
+    return CommandResult::Ok();
 }
 
-std::string LoadParameterFileInto(const std::filesystem::path& path, AnalysisParameters& params) {
+CommandResult LoadParameterFileInto(const std::filesystem::path& path, AnalysisParameters& params) {
     std::string why;
     const std::optional<std::vector<uint8_t>> bytes = ReadFileBytes(path, &why);
-    if (!bytes) return path.string() + ": cannot open the parameter file (" + why + ")";
+    if (!bytes) return CommandResult::Failed(path.string() + ": cannot open the parameter file (" + why + ")");
     const ParameterFileContents contents = ParseParameterFile(*bytes, params);
     if (contents.problem == EventFileProblem::BadParameters)
-        return path.string() + ": " + contents.detail;
+        return CommandResult::Failed(path.string() + ": " + contents.detail);
     if (contents.problem != EventFileProblem::None)
-        return path.string() + ": too short or unreadable for a parameter file";
+        return CommandResult::Failed(path.string() + ": too short or unreadable for a parameter file");
     if (!contents.hasProductTag)
-        return path.string() + ": not a parameter or an event file of this program";
+        return CommandResult::Failed(path.string() + ": not a parameter or an event file of this program");
     params = contents.params;
-    return {};
+    return CommandResult::Ok();
 }
 
-std::string OpenRecordingOnChannel(const std::filesystem::path& path, int channel, Workspace& ws) {
+CommandResult OpenRecordingOnChannel(const std::filesystem::path& path, int channel, Workspace& ws) {
     AbfError error = AbfError::None;
     std::string detail;
     ws.recording = Recording::Open(path, &error, &detail);
     if (!ws.recording) {
-        if (error == AbfError::FloatingPoint) return path.string() + ": " + texts::NotIntegerText(detail);
-        return path.string() + ": " + (detail.empty() ? "cannot open the recording" : detail);
+        if (error == AbfError::FloatingPoint) return CommandResult::Failed(path.string() + ": " + texts::NotIntegerText(detail));
+        return CommandResult::Failed(path.string() + ": " + (detail.empty() ? "cannot open the recording" : detail));
     }
     if (channel < 0 || channel >= ws.recording->ChannelCount()) {
         const std::string problem = path.string() + " has " +
@@ -48,13 +48,13 @@ std::string OpenRecordingOnChannel(const std::filesystem::path& path, int channe
                                     " channel(s); channel " + std::to_string(channel) +
                                     " does not exist";
         ws.recording.reset();
-        return problem;
+        return CommandResult::Failed(problem);
     }
     ws.recording->SetChannel(static_cast<uint8_t>(channel));
     ws.screenStartBlock = 0;
     ws.analysedBlocks.Clear();
     ApplyRateDefaults(ws);
-    return {};
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

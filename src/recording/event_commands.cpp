@@ -24,39 +24,39 @@ std::vector<uint8_t> HeaderCopy(const Workspace& ws) {
 
 }  // namespace
 
-bool SaveEventFileCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult SaveEventFileCommand(Workspace& ws, Dialogs& dialogs) {
     FileDialogRequest request{S(texts::kSaveEventCaption), S(texts::kEventFileFilter),
                               S(texts::kEventFileExtension), {}};
     if (ws.recording) request.suggestedName = ws.recording->Path().stem().string() + ".EVT";
     const auto path = ChooseSavePath(dialogs, request, ExistingFile::AskReplace);
-    if (!path) return false;
-    if (!ReportWrite(dialogs, WriteEventFile(*path, HeaderCopy(ws), ws.params(), ws.events, OpenName(ws))))
-        return false;
-    ws.history.MarkSaved();
-    return true;
+    if (!path) return CommandResult::Cancelled();
+    CommandResult written = WriteResult(WriteEventFile(*path, HeaderCopy(ws), ws.params(), ws.events, OpenName(ws)));
+    if (written) ws.history.MarkSaved();
+    return written;
 }
 
-bool OpenEventFileCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult OpenEventFileCommand(Workspace& ws, Dialogs& dialogs) {
     if (ws.events.Count() >= 1 &&
         dialogs.AskYesNo(S(texts::kSavePreviousEventsCaption),
-                         texts::SavePreviousEventsText(ws.events.Count(), OpenName(ws))) &&
-        !SaveEventFileCommand(ws, dialogs))
-        return false;  // a save that failed or was cancelled keeps the events
+                         texts::SavePreviousEventsText(ws.events.Count(), OpenName(ws)))) {
+        // A save that failed or was cancelled keeps the events.
+        if (CommandResult saved = SaveEventFileCommand(ws, dialogs); !saved) return saved;
+    }
     const auto path = ChooseOpenPath(dialogs, {S(texts::kOpenEventCaption), S(texts::kEventFileFilter),
                                                S(texts::kEventFileExtension), {}});
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const std::string openName = OpenName(ws);
-    auto file = ReadCheckedEventFile(*path, dialogs, &openName);
-    if (!file) return false;
-    LoadEventFileContents(ws, std::move(*file), *path, dialogs);
-    return true;
+    auto file = ReadCheckedEventFile(*path, &openName);
+    if (!file) return file.status();
+    LoadEventFileContents(ws, std::move(file.value()), *path, dialogs);
+    return CommandResult::Ok();
 }
 
-bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
-    auto file = ReadCheckedEventFile(path, dialogs, nullptr);
-    if (!file) return false;
-    LoadEventFileContents(ws, std::move(*file), path, dialogs);
-    return true;
+CommandResult OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
+    auto file = ReadCheckedEventFile(path, nullptr);
+    if (!file) return file.status();
+    LoadEventFileContents(ws, std::move(file.value()), path, dialogs);
+    return CommandResult::Ok();
 }
 
 void LoadEventFileContents(Workspace& ws, EventFileContents file, const std::filesystem::path& path,
@@ -74,20 +74,21 @@ void LoadEventFileContents(Workspace& ws, EventFileContents file, const std::fil
     if (file.version != EventFileVersion::Current &&
         dialogs.AskYesNo(S(texts::kOlderVersionCaption), S(texts::kOlderVersionText))) {
         // Rewritten over the header copy it already holds, so nothing of the
-        // original header is lost.
-        ReportWrite(dialogs, WriteEventFile(path, file.header, ws.params(), ws.events, file.storedName));
+        // original header is lost. The events are loaded either way, so a
+        // failed rewrite is shown here rather than failing the open.
+        ShowFailure(dialogs, WriteResult(WriteEventFile(path, file.header, ws.params(), ws.events, file.storedName)));
     }
 }
 
-bool ConfirmResetForParameterChange(Workspace& ws, Dialogs& dialogs) {
-    if (ws.events.Count() == 0) return true;
+CommandResult ConfirmResetForParameterChange(Workspace& ws, Dialogs& dialogs) {
+    if (ws.events.Count() == 0) return CommandResult::Ok();
     if (!dialogs.AskYesNo(S(texts::kSaveAndResetCaption), texts::SaveAndResetText(ws.events.Count())))
-        return false;
-    if (!SaveEventFileCommand(ws, dialogs)) return false;
+        return CommandResult::Cancelled();
+    if (CommandResult saved = SaveEventFileCommand(ws, dialogs); !saved) return saved;
     ws.history.Checkpoint(ws.events, "Reset events");
     ws.events.Clear();
     ws.selectedEvent = 0;
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

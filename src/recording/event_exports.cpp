@@ -78,26 +78,28 @@ std::string EventGridText(const Recording* rec, std::span<const EventRecord> rec
     return out;
 }
 
-bool SaveDataCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult SaveDataCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, Request(ws, texts::kSaveDataCaption, texts::kTextFileFilter, texts::kTextFileExtension),
         ExistingFile::AskReplace);
-    return path && ReportWrite(dialogs, WriteFileAtomic(*path, EventsAtfText(ws.recording.get(), ws.events)));
+    if (!path) return CommandResult::Cancelled();
+    return WriteResult(WriteFileAtomic(*path, EventsAtfText(ws.recording.get(), ws.events)));
 }
 
-bool SaveToAsciiFileCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult SaveToAsciiFileCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, Request(ws, texts::kSaveAsciiCaption, texts::kAsciiFileFilter, texts::kAsciiFileExtension),
         ExistingFile::Refuse);
-    return path && ReportWrite(dialogs, WriteFileAtomic(*path, EventsAsciiText(ws.recording.get(), ws.events)));
+    if (!path) return CommandResult::Cancelled();
+    return WriteResult(WriteFileAtomic(*path, EventsAsciiText(ws.recording.get(), ws.events)));
 }
 
-bool SaveGridCsvCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult SaveGridCsvCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, Request(ws, texts::kSaveGridCsvCaption, texts::kCsvFileFilter, texts::kCsvFileExtension),
         ExistingFile::AskReplace);
-    return path &&
-           ReportWrite(dialogs, WriteFileAtomic(*path, EventGridText(ws.recording.get(), ws.events.Records(), ',')));
+    if (!path) return CommandResult::Cancelled();
+    return WriteResult(WriteFileAtomic(*path, EventGridText(ws.recording.get(), ws.events.Records(), ',')));
 }
 
 }  // namespace vess

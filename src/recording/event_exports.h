@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
 
@@ -30,12 +31,12 @@ std::string EventsAsciiText(const Recording* recording, const EventTable& table)
 std::string EventGridText(const Recording* recording, std::span<const EventRecord> records, char sep);
 
 // menu_SaveData: save dialog ("txt", "Text File (*.txt)"), replace question.
-bool SaveDataCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveDataCommand(Workspace& ws, Dialogs& dialogs);
 // menu_savetoAsciiFile: save dialog ("ASC", "ASCII File (*.ASC)"); an
 // existing file is refused ("File Exist") and nothing is written.
-bool SaveToAsciiFileCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveToAsciiFileCommand(Workspace& ws, Dialogs& dialogs);
 // Export Event Grid as CSV: save dialog ("csv", "CSV File (*.csv)"), replace
 // question, then EventGridText with commas.
-bool SaveGridCsvCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveGridCsvCommand(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess

@@ -129,14 +129,12 @@ EventFileContents ReadEventFile(const std::filesystem::path& path) {
     return ParseEventFile(*bytes);
 }
 
-std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
-                                                      const std::string* expectedDataName,
-                                                      EventFileRefusal* refusal) {
+Outcome<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                const std::string* expectedDataName) {
     EventFileContents file = ReadEventFile(path);
     const std::string name = path.filename().string();
     const auto refuse = [&](std::string_view caption, std::string text) {
-        if (refusal) *refusal = {std::string(caption), std::move(text)};
-        return std::nullopt;
+        return CommandResult::Failed(std::string(caption), std::move(text));
     };
     // The creator decides whether this is an event file at all; a file too
     // short to hold one, or unreadable, is reported as such first.
@@ -148,16 +146,7 @@ std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::pat
     if (expectedDataName && file.storedName != *expectedDataName)
         return refuse(texts::kFileNotMatchingCaption,
                       texts::FileNotMatchingText(file.storedName, *expectedDataName));
-    return file;
-}
-
-std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
-                                                      Dialogs& dialogs,
-                                                      const std::string* expectedDataName) {
-    EventFileRefusal refusal;
-    auto file = ReadCheckedEventFile(path, expectedDataName, &refusal);
-    if (!file) dialogs.Message(refusal.caption, refusal.text);
-    return file;
+    return std::move(file);
 }
 
 std::string DescribeProblem(const EventFileContents& c) {

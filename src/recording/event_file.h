@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_record.h"
 #include "recording/event_table.h"
@@ -75,20 +76,10 @@ std::string DescribeProblem(const EventFileContents& contents);
 // Reads an event file and makes every check before anything is changed: the
 // file can be read whole, it is an event file of this program, its count and
 // parameters are sound and, when expectedDataName is given, it was analysed
-// from that recording. A failure shows its message (naming the file) and
-// gives std::nullopt. Every command that reads an event file goes through it.
-std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
-                                                      Dialogs& dialogs,
-                                                      const std::string* expectedDataName);
-// The same checks without a dialog: a failure fills *refusal (caption and
-// text) instead of showing it.
-struct EventFileRefusal {
-    std::string caption;
-    std::string text;
-};
-std::optional<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
-                                                      const std::string* expectedDataName,
-                                                      EventFileRefusal* refusal);
+// from that recording. A failure carries its caption and message (naming the
+// file). Every command that reads an event file goes through it.
+Outcome<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& path,
+                                                const std::string* expectedDataName);
 
 // The parameter fields at 1954..2013 (not the count). NumberPointsPeak is
 // taken only when withNumberPointsPeak; other fields of base stay.
@@ -118,25 +109,27 @@ std::string WriteEventFile(const std::filesystem::path& path, std::span<const ui
 
 // ---- Commands ----------------------------------------------------------------
 
-// menu_SaveEvent: the save dialog, the replace question, the writer. True
+// menu_SaveEvent: the save dialog, the replace question, the writer. Ok
 // when the file was written (history marked saved).
-bool SaveEventFileCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveEventFileCommand(Workspace& ws, Dialogs& dialogs);
 // menu_OpenEvent: offer to save the current events, the open dialog, the
-// creator and name checks, then OpenEventFile. True when events were loaded.
-bool OpenEventFileCommand(Workspace& ws, Dialogs& dialogs);
+// creator and name checks, then OpenEventFile. Ok when events were loaded.
+CommandResult OpenEventFileCommand(Workspace& ws, Dialogs& dialogs);
 // The loader: parameters and records replace the current ones as one
 // undoable change; files of earlier versions are converted and the user is
 // offered a rewrite in the current layout. A damaged file changes nothing.
-bool OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs);
+CommandResult OpenEventFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs);
 // The loader's second half, for contents that ReadCheckedEventFile passed.
+// The events are loaded even when the offered rewrite fails, which is
+// shown at once.
 void LoadEventFileContents(Workspace& ws, EventFileContents file, const std::filesystem::path& path,
                            Dialogs& dialogs);
 // Before a change of a setting that alters how events are measured: when
 // events exist, ask "Save and Reset"; Yes saves them (through the save
-// dialog) and empties the table as one undoable change. Returns true when the
-// setting may change: no events, or saved and reset. No, or a cancelled save,
-// returns false and leaves everything as it was, so the caller keeps the old
-// setting.
-bool ConfirmResetForParameterChange(Workspace& ws, Dialogs& dialogs);
+// dialog) and empties the table as one undoable change. Ok when the setting
+// may change: no events, or saved and reset. No or a cancelled save is
+// cancelled, a save that failed is failed; both leave everything as it was,
+// so the caller keeps the old setting.
+CommandResult ConfirmResetForParameterChange(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess

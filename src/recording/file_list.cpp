@@ -18,13 +18,13 @@ bool IsEventFileName(const std::filesystem::path& path) {
 }
 
 bool OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
-    const auto saveEvents = [&] { return SaveEventFileCommand(ws, dialogs); };
+    const auto saveEvents = [&] { return ShowFailure(dialogs, SaveEventFileCommand(ws, dialogs)); };
     if (!IsEventFileName(path)) return OpenDataFile(ws, path, dialogs, saveEvents);
 
     // The event file is checked whole before anything changes: a damaged one
     // must not first replace the open recording and its events.
-    auto file = ReadCheckedEventFile(path, dialogs, nullptr);
-    if (!file) return false;
+    auto file = ReadCheckedEventFile(path, nullptr);
+    if (!ShowFailure(dialogs, file.status())) return false;
     const auto dataPath = path.parent_path() / file->storedName;
     std::error_code ec;
     if (file->storedName.empty() || !std::filesystem::is_regular_file(dataPath, ec)) {
@@ -33,7 +33,7 @@ bool OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs&
         return false;
     }
     if (!OpenDataFile(ws, dataPath, dialogs, saveEvents)) return false;
-    LoadEventFileContents(ws, std::move(*file), path, dialogs);
+    LoadEventFileContents(ws, std::move(file.value()), path, dialogs);
     return true;
 }
 

@@ -44,38 +44,33 @@ ParameterFileContents ParseParameterFile(std::span<const uint8_t> bytes, const A
     return c;
 }
 
-bool SaveParameterFileCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult SaveParameterFileCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(dialogs,
                                      {S(texts::kSaveParameterCaption), S(texts::kParameterFileFilter),
                                       S(texts::kParameterFileExtension), {}},
                                      ExistingFile::AskReplace);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const auto header = ws.recording ? ws.recording->HeaderBytes() : BlankHeaderCopy();
     const std::string name = ws.recording ? ws.recording->FileName() : std::string();
-    return ReportWrite(dialogs,
-                       WriteFileAtomic(*path, BuildParameterFile(header, ws.params(), ws.events.Count(), name)));
+    return WriteResult(WriteFileAtomic(*path, BuildParameterFile(header, ws.params(), ws.events.Count(), name)));
 }
 
-bool LoadParameterFileCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult LoadParameterFileCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseOpenPath(dialogs, {S(texts::kLoadParameterCaption), S(texts::kParameterOpenFilter),
                                                S(texts::kParameterFileExtension), {}});
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const auto bytes = ReadFileBytes(*path);
     ParameterFileContents file;
     if (bytes) file = ParseParameterFile(*bytes, ws.params());
     else file.problem = EventFileProblem::CannotRead;
-    if (file.problem == EventFileProblem::BadParameters && file.hasProductTag) {
-        dialogs.Message(S(texts::kDamagedFileCaption),
-                        texts::WithReason(texts::kBadParametersText, path->filename().string(),
-                                          file.detail));
-        return false;
-    }
-    if (file.problem != EventFileProblem::None || !file.hasProductTag) {
-        dialogs.Message(S(texts::kNotParameterFileCaption), S(texts::kNotParameterFileText));
-        return false;
-    }
+    if (file.problem == EventFileProblem::BadParameters && file.hasProductTag)
+        return CommandResult::Failed(S(texts::kDamagedFileCaption),
+                                     texts::WithReason(texts::kBadParametersText, path->filename().string(),
+                                                       file.detail));
+    if (file.problem != EventFileProblem::None || !file.hasProductTag)
+        return CommandResult::Failed(S(texts::kNotParameterFileCaption), S(texts::kNotParameterFileText));
     ws.params() = file.params;
-    return true;
+    return CommandResult::Ok();
 }
 
 SuggestResult SuggestParameters(Workspace& ws, Dialogs& dialogs, int entry,

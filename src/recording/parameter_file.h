@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_file.h"
 #include "recording/settings.h"
@@ -44,9 +45,9 @@ ParameterFileContents ParseParameterFile(std::span<const uint8_t> bytes, const A
 // menu_SaveParameter. Without an open recording the header copy is
 // BlankHeaderCopy(): a zeroed header with the "ABF " signature claims
 // nothing about a recording that does not exist, unlike a template header.
-bool SaveParameterFileCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveParameterFileCommand(Workspace& ws, Dialogs& dialogs);
 // menu_LoadParameter: only AnalysisParameters change.
-bool LoadParameterFileCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult LoadParameterFileCommand(Workspace& ws, Dialogs& dialogs);
 
 // Suggest Analysis Parameters, entries 1..3 (names in texts::kSuggestEntry*).
 inline constexpr std::array<std::string_view, 3> kSuggestEntryNames{

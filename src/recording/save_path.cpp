@@ -27,10 +27,8 @@ std::optional<std::filesystem::path> ChooseOpenPath(Dialogs& dialogs, const File
     return WithDefaultExtension(*chosen, request.defaultExtension);
 }
 
-bool ReportWrite(Dialogs& dialogs, const std::string& error) {
-    if (error.empty()) return true;
-    dialogs.Message(std::string(texts::kFileErrorCaption), error);
-    return false;
+CommandResult WriteResult(std::string error) {
+    return CommandResult::FromError(std::string(texts::kFileErrorCaption), std::move(error));
 }
 
 }  // namespace vess

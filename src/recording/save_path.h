@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -21,7 +22,8 @@ std::optional<std::filesystem::path> ChooseSavePath(Dialogs& dialogs, const File
 // when cancelled.
 std::optional<std::filesystem::path> ChooseOpenPath(Dialogs& dialogs, const FileDialogRequest& request);
 
-// Shows a write failure (an empty error means success). True on success.
-bool ReportWrite(Dialogs& dialogs, const std::string& error);
+// A writer's error (empty when written) as a command's result, a failure
+// under the "File Error" caption.
+CommandResult WriteResult(std::string error);
 
 }  // namespace vess

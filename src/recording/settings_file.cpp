@@ -268,37 +268,37 @@ std::filesystem::path DefaultIniPath(const std::filesystem::path& programDir) {
     return config / "Vessantorium" / name;
 }
 
-bool SaveSettingsCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult SaveSettingsCommand(Workspace& ws, Dialogs& dialogs) {
     std::error_code ec;
     if (ws.iniPath.has_parent_path()) std::filesystem::create_directories(ws.iniPath.parent_path(), ec);
-    if (!ReportWrite(dialogs, SaveIniSettings(ws.iniPath, ws.settings))) return false;
+    if (CommandResult written = WriteResult(SaveIniSettings(ws.iniPath, ws.settings)); !written) return written;
     dialogs.Message(std::string(texts::kSettingsSavedCaption), std::string(texts::kSettingsSavedText));
-    return true;
+    return CommandResult::Ok();
 }
 
-bool AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs) {
+CommandResult AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs) {
     switch (dialogs.AskYesNoCancel(std::string(texts::kSaveSettingsCaption),
                                    std::string(texts::kSaveSettingsOnExitText))) {
         // A save that failed keeps the form open, so nothing is lost unseen.
         case Answer::Yes: return SaveSettingsCommand(ws, dialogs);
-        case Answer::No: return true;
-        case Answer::Cancel: return false;
+        case Answer::No: return CommandResult::Ok();
+        case Answer::Cancel: return CommandResult::Cancelled();
     }
-    return false;
+    return CommandResult::Cancelled();
 }
 
-bool SaveCustomSettingsCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult SaveCustomSettingsCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(dialogs,
                                      {std::string(texts::kSaveCustomSettingsCaption), std::string(texts::kCustomSettingsFilter),
                                       std::string(texts::kCustomSettingsExtension), {}},
                                      ExistingFile::AskReplace);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     std::error_code ec;
     if (ws.iniPath.has_parent_path()) std::filesystem::create_directories(ws.iniPath.parent_path(), ec);
-    if (!ReportWrite(dialogs, SaveIniSettings(ws.iniPath, ws.settings))) return false;
+    if (CommandResult written = WriteResult(SaveIniSettings(ws.iniPath, ws.settings)); !written) return written;
     const auto bytes = ReadFileBytes(ws.iniPath);
-    if (!bytes) return ReportWrite(dialogs, "Cannot read " + ws.iniPath.string() + ".");
-    return ReportWrite(dialogs, WriteFileAtomic(*path, *bytes));
+    if (!bytes) return WriteResult("Cannot read " + ws.iniPath.string() + ".");
+    return WriteResult(WriteFileAtomic(*path, *bytes));
 }
 
 SettingsFileRead ReadSettingsFile(const std::filesystem::path& path) {
@@ -315,22 +315,20 @@ SettingsFileRead ReadSettingsFile(const std::filesystem::path& path) {
     return read;
 }
 
-bool LoadCustomSettingsCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult LoadCustomSettingsCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseOpenPath(dialogs, {std::string(texts::kLoadCustomSettingsCaption),
                                                std::string(texts::kCustomSettingsOpenFilter),
                                                std::string(texts::kCustomSettingsExtension), {}});
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     // A file that is missing, unreadable or holds none of the settings
     // sections would silently give every default: it is refused instead.
     const SettingsFileRead read = ReadSettingsFile(*path);
     const std::string caption(texts::kSettingsNotLoadedCaption);
-    if (!read.settings) {
-        dialogs.Message(caption, texts::SettingsNotLoadedText(path->string(), read.refusal));
-        return false;
-    }
+    if (!read.settings) return CommandResult::Failed(caption, texts::SettingsNotLoadedText(path->string(), read.refusal));
     ws.settings = *read.settings;
+    // Loaded: the values that were not taken are a note, not a failure.
     if (!read.problems.empty()) dialogs.Message(caption, SettingsProblemsText(*path, read.problems));
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/ini_file.h"
 #include "recording/settings.h"
@@ -65,14 +66,14 @@ std::string SaveIniSettings(const std::filesystem::path& path, const Settings& s
 std::filesystem::path DefaultIniPath(const std::filesystem::path& programDir);
 
 // Save settings (menu, Command6, Command7): writes ws.iniPath and says so.
-bool SaveSettingsCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveSettingsCommand(Workspace& ws, Dialogs& dialogs);
 // On closing the main form: "Save Settings" Yes/No/Cancel. Returns false
 // when the user cancelled or the save failed (the form stays open).
-bool AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs);
+CommandResult AskSaveSettingsOnExit(Workspace& ws, Dialogs& dialogs);
 // menu_SaveSettingsCustom: the current settings are written to the settings
 // file, which is then copied to the chosen *.SET file.
-bool SaveCustomSettingsCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult SaveCustomSettingsCommand(Workspace& ws, Dialogs& dialogs);
 // menu_LoadSettings: the chosen *.SET file replaces the current settings.
-bool LoadCustomSettingsCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult LoadCustomSettingsCommand(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess

@@ -1,6 +1,8 @@
 #include "signal/event_free.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 #include <numeric>
 #include <vector>
 
@@ -17,17 +19,28 @@ double WindowMean(const SampleReader& read, int64_t first, std::vector<int16_t>&
 
 }  // namespace
 
+namespace {
+
+bool CanFollow(const EventRecord& event, const DecayTail& tail) {
+    return tail.read && tail.noiseCounts > 0 && event.decayTime > 0 && tail.windowPoints >= 1;
+}
+
+// The most points a walk from an event's start or decay point may go.
+int64_t ReachLimit(const EventRecord& event, const DecayTail& tail) {
+    return std::max(kMaxTailDecays * event.decayTime, kLeastReachWindows * tail.windowPoints);
+}
+
+}  // namespace
+
 int64_t DecayEndPoints(const EventRecord& event, const DecayTail& tail) {
     const int64_t decay = event.decayTime;
     const int64_t peak = event.sampleIndex;
     const int64_t start = peak - event.riseTime;
-    if (!tail.read || !(tail.noiseCounts > 0) || decay <= 0 || tail.windowPoints < 1 ||
-        start - tail.windowPoints < 0)
-        return decay;
+    if (!CanFollow(event, tail) || start - tail.windowPoints < 0) return decay;
     std::vector<int16_t> window(std::size_t(tail.windowPoints));
     const double level = WindowMean(tail.read, start - tail.windowPoints, window);
     const double direction = event.peakDirection > 0 ? 1.0 : -1.0;
-    const int64_t last = std::min(peak + kMaxTailDecays * decay, tail.points);
+    const int64_t last = std::min(peak + decay + ReachLimit(event, tail), tail.points);
     int64_t at = peak + decay;
     while (at + tail.windowPoints <= last &&
            direction * (WindowMean(tail.read, at, window) - level) >= tail.noiseCounts)
@@ -35,12 +48,27 @@ int64_t DecayEndPoints(const EventRecord& event, const DecayTail& tail) {
     return std::max(std::min(at, last) - peak, decay);
 }
 
+int64_t OnsetPoints(const EventRecord& event, const DecayTail& tail) {
+    const int64_t peak = event.sampleIndex;
+    const int64_t rise = std::max<int64_t>(event.riseTime, 0);
+    if (!CanFollow(event, tail)) return rise;
+    std::vector<int16_t> window(std::size_t(tail.windowPoints));
+    const double direction = event.peakDirection > 0 ? 1.0 : -1.0;
+    const int64_t lowest = std::max<int64_t>(peak - rise - ReachLimit(event, tail), 0);
+    int64_t at = peak - rise;
+    while (at - tail.windowPoints >= lowest &&
+           direction * (WindowMean(tail.read, at - tail.windowPoints, window) - event.baseline) <
+               -tail.noiseCounts)
+        at -= tail.windowPoints;
+    return peak - at;
+}
+
 std::vector<PointStretch> EventStretches(const EventTable& events, int64_t marginPoints, int64_t points,
                                          const DecayTail& tail) {
     std::vector<PointStretch> all;
     if (points <= 0) return all;
     for (const EventRecord& r : events.Records()) {
-        const int64_t first = int64_t(r.sampleIndex) - r.riseTime - marginPoints;
+        const int64_t first = int64_t(r.sampleIndex) - OnsetPoints(r, tail) - marginPoints;
         const int64_t last = int64_t(r.sampleIndex) + DecayEndPoints(r, tail) + marginPoints;
         if (last < 0 || first >= points) continue;
         all.push_back({std::max<int64_t>(first, 0), std::min<int64_t>(last, points - 1)});
@@ -60,27 +88,49 @@ std::vector<PointStretch> EventStretches(const EventTable& events, int64_t margi
 
 namespace {
 
-double Mean(std::span<const int16_t> v) {
-    return v.empty() ? 0.0 : std::accumulate(v.begin(), v.end(), 0.0) / double(v.size());
+// What a donor lends: its samples less their running mean over 2 h + 1
+// samples, the window cut symmetrically near the ends (h = halfWindow, less
+// where fewer samples lie on one side), so that the noise dies down to
+// nothing at the joins while a drift or a slow swing is not copied; samples
+// further than kDonorClipSds noise SDs from that mean set to it (a stimulus
+// artefact or an event left in the donor is not pasted in); and the level at
+// its first and last sample, where the least-squares line of the nearest
+// levelPoints samples meets the stretch.
+struct Donor {
+    std::vector<double> noise;
+    double firstLevel = 0, lastLevel = 0;
+};
+
+// The least-squares line of v, evaluated at index at.
+double LineAt(std::span<const int16_t> v, double at) {
+    const double n = double(v.size()), centre = (n - 1) / 2;
+    double sum = 0, slopeSum = 0, squares = 0;
+    for (std::size_t i = 0; i < v.size(); ++i) {
+        sum += v[i];
+        slopeSum += (double(i) - centre) * v[i];
+        squares += (double(i) - centre) * (double(i) - centre);
+    }
+    return sum / n + (squares > 0 ? slopeSum / squares : 0.0) * (at - centre);
 }
 
-// v less its running mean over 2 half + 1 samples (fewer at the ends, where
-// the window is cut to v), or less its mean when it is not longer than that.
-std::vector<double> FastPart(std::span<const int16_t> v, int64_t half) {
-    std::vector<double> out(v.begin(), v.end());
+Donor LendNoise(std::span<const int16_t> v, double noiseCounts, int64_t halfWindow, int64_t levelPoints) {
+    Donor d;
     const int64_t n = int64_t(v.size());
-    if (half < 1 || n <= 2 * half) {
-        const double mean = Mean(v);
-        for (double& x : out) x -= mean;
-        return out;
-    }
+    if (n == 0) return d;
+    const int64_t k = std::clamp<int64_t>(levelPoints, 1, n);
+    d.firstLevel = LineAt(v.first(std::size_t(k)), 0);
+    d.lastLevel = LineAt(v.last(std::size_t(k)), double(k - 1));
     std::vector<double> prefix(std::size_t(n + 1), 0.0);
     for (int64_t i = 0; i < n; ++i) prefix[std::size_t(i + 1)] = prefix[std::size_t(i)] + v[std::size_t(i)];
+    const double limit = kDonorClipSds * noiseCounts;
+    d.noise.resize(std::size_t(n));
     for (int64_t i = 0; i < n; ++i) {
-        const int64_t lo = std::max<int64_t>(i - half, 0), hi = std::min(i + half + 1, n);
-        out[std::size_t(i)] -= (prefix[std::size_t(hi)] - prefix[std::size_t(lo)]) / double(hi - lo);
+        const int64_t h = std::min({halfWindow, i, n - 1 - i});
+        const double mean = (prefix[std::size_t(i + h + 1)] - prefix[std::size_t(i - h)]) / double(2 * h + 1);
+        const double noise = double(v[std::size_t(i)]) - mean;
+        d.noise[std::size_t(i)] = limit > 0 && std::abs(noise) > limit ? 0.0 : noise;
     }
-    return out;
+    return d;
 }
 
 // The output so far, the newest samples kept up to a limit.
@@ -102,6 +152,20 @@ private:
     std::vector<int16_t> kept_;
 };
 
+// The noise at point i of a stretch of length points: the donors before and
+// after it mirrored at the joins, so that the noise goes on across each join
+// as it was, faded from the one into the other with weights whose squares add
+// to one (the noise keeps its size). A missing donor leaves the other alone.
+double JoinedNoise(const std::vector<double>& before, const std::vector<double>& after, int64_t i,
+                   int64_t length, double fraction) {
+    const double fromBefore = before.empty() ? 0.0 : before[before.size() - 1 - std::size_t(i) % before.size()];
+    const double fromAfter = after.empty() ? 0.0 : after[std::size_t(length - 1 - i) % after.size()];
+    if (after.empty()) return fromBefore;
+    if (before.empty()) return fromAfter;
+    const double angle = fraction * std::numbers::pi / 2;
+    return std::cos(angle) * fromBefore + std::sin(angle) * fromAfter;
+}
+
 class Replacer {
 public:
     Replacer(int64_t points, const SampleReader& read, const SampleSink& sink,
@@ -119,28 +183,24 @@ public:
         return true;
     }
 
-    bool Replace(const PointStretch& s) {
+    // nextFirst: where the next stretch begins (or the end of the source);
+    // the trace after this stretch lends noise only up to there.
+    bool Replace(const PointStretch& s, int64_t nextFirst) {
         const int64_t length = s.last - s.first + 1;
-        const int64_t afterCount = std::min(options_.levelPoints, points_ - 1 - s.last);
-        std::vector<int16_t> after(std::size_t(std::max<int64_t>(afterCount, 0)));
-        if (!after.empty()) read_(s.last + 1, after);
-        const auto before = history_.Tail(options_.levelPoints);
-        const double levelBefore = before.empty() ? Mean(after) : Mean(before);
-        const double levelAfter = after.empty() ? levelBefore : Mean(after);
-
+        const int64_t half = options_.trendHalfPoints, level = options_.levelPoints;
         const auto kept = history_.Tail(length);
-        std::vector<int16_t> donor(kept.begin(), kept.end());
-        if (donor.empty()) {
-            // Nothing before the stretch: the trace after it lends the noise.
-            donor.resize(std::size_t(std::min(length, std::max<int64_t>(points_ - 1 - s.last, 0))));
-            if (!donor.empty()) read_(s.last + 1, donor);
-        }
-        const std::vector<double> noiseOf = FastPart(donor, options_.levelPoints);
+        const Donor before = LendNoise(kept, options_.noiseCounts, half, level);
+        std::vector<int16_t> lender(std::size_t(std::clamp<int64_t>(nextFirst - 1 - s.last, 0, length)));
+        if (!lender.empty()) read_(s.last + 1, lender);
+        const Donor after = LendNoise(lender, options_.noiseCounts, half, level);
+        double levelBefore = before.lastLevel, levelAfter = after.firstLevel;
+        if (kept.empty()) levelBefore = levelAfter;
+        if (lender.empty()) levelAfter = levelBefore;
         std::vector<int16_t> out(static_cast<std::size_t>(length));
         for (int64_t i = 0; i < length; ++i) {
-            const double level = levelBefore + (levelAfter - levelBefore) * double(i + 1) / double(length + 1);
-            const double noise = noiseOf.empty() ? 0.0 : noiseOf[std::size_t(i) % noiseOf.size()];
-            out[std::size_t(i)] = RoundClamp16(level + noise);
+            const double fraction = double(i + 1) / double(length + 1);
+            const double line = levelBefore + (levelAfter - levelBefore) * fraction;
+            out[std::size_t(i)] = RoundClamp16(line + JoinedNoise(before.noise, after.noise, i, length, fraction));
         }
         return Emit(out);
     }
@@ -169,10 +229,14 @@ bool EliminateStretches(int64_t points, std::span<const PointStretch> stretches,
                         const SampleReader& read, const SampleSink& sink,
                         const EventFreeOptions& options) {
     Replacer replacer(points, read, sink, options);
-    for (const PointStretch& s : stretches) {
+    for (std::size_t k = 0; k < stretches.size(); ++k) {
+        const PointStretch& s = stretches[k];
         // Stretches out of order or outside the recording are left alone.
         if (s.first < replacer.Position() || s.last >= points || s.last < s.first) continue;
-        if (!replacer.CopyUntil(s.first) || !replacer.Replace(s)) return false;
+        const int64_t nextFirst = k + 1 < stretches.size() && stretches[k + 1].first > s.last
+                                      ? std::min(stretches[k + 1].first, points)
+                                      : points;
+        if (!replacer.CopyUntil(s.first) || !replacer.Replace(s, nextFirst)) return false;
     }
     return replacer.CopyUntil(points);
 }

@@ -5,11 +5,15 @@
 
 #include <fmt/format.h>
 
+#include "detection/method_commands.h"
 #include "detection/method_filter.h"
+#include "detection/whole_file.h"
+#include "recording/detection_inputs.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
+#include "recording/scripted_dialogs.h"
 #include "recording/save_path.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
@@ -71,7 +75,8 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
     if (!file.Error().empty()) return file.Error();
     if (!file.Write(BuildAbfHeader(EventFreeWriteLayout(rec), points))) return file.Error();
     const SampleReader read = [&rec](int64_t first, std::span<int16_t> out) { rec.ReadSamples(first, out); };
-    const DecayTail tail{read, ChannelNoiseCounts(rec), std::max<int64_t>(levelPoints, 1), points};
+    const double noise = ChannelNoiseCounts(rec);
+    const DecayTail tail{read, noise, std::max<int64_t>(levelPoints, 1), points};
     const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points, tail);
     std::vector<uint8_t> bytes;
     const SampleSink sink = [&](std::span<const int16_t> samples) {
@@ -80,39 +85,45 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
         return file.Write(bytes);
     };
     EventFreeOptions options;
-    options.levelPoints = std::max<int64_t>(levelPoints, 1);
+    options.noiseCounts = noise;
+    options.levelPoints = tail.windowPoints;
+    options.trendHalfPoints = 10 * tail.windowPoints;
     if (!EliminateStretches(points, stretches, read, sink, options)) return file.Error();
     if (!rec.ReadFault().empty()) return rec.ReadFault();
     return file.Finish();
 }
 
-bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
-    if (!ws.recording) return false;
+std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::filesystem::path& path,
+                                            NoiseLevels noise) {
+    Workspace ws;
+    ws.settings = source.settings;
+    if (!OpenRecordingOnChannel(path, 0, ws)) return std::nullopt;
+    if (noise == NoiseLevels::OfSource && source.recording) CarryNoiseLevels(source, ws);
+    ScriptedDialogs quiet;
+    if (DetectWholeFile(ws, quiet).improperParameters) return std::nullopt;
+    return ws.events.Count();
+}
+
+CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const auto templatePath = templateFolder / S(texts::kTemplateHeaderFileName);
-    if (!ReadFileBytes(templatePath)) {
-        dialogs.Message(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
-        return false;
-    }
-    if (ws.events.Empty()) {
-        dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kNoEventsText));
-        return false;
-    }
+    if (!ReadFileBytes(templatePath)) return CommandResult::Failed(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
+    if (ws.events.Empty()) return CommandResult::Failed(S(tool_texts::kEventFreeMenu), S(tool_texts::kNoEventsText));
     const auto margin = AskNumber(dialogs, S(tool_texts::kMarginCaption), S(tool_texts::kMarginPrompt),
                                   fmt::format("{:g}", kDefaultEventFreeMarginMs));
-    if (!margin) return false;
-    if (const std::string problem = EventFreeMarginProblem(*ws.recording, *margin); !problem.empty()) {
-        dialogs.Message(S(tool_texts::kMarginCaption), "The event-free file is not written: " + problem + ".");
-        return false;
-    }
+    if (!margin) return CommandResult::Cancelled();
+    if (const std::string problem = EventFreeMarginProblem(*ws.recording, *margin); !problem.empty())
+        return CommandResult::Failed(S(tool_texts::kMarginCaption), "The event-free file is not written: " + problem + ".");
     const auto path = ChooseSavePath(
         dialogs, {S(texts::kSaveAsAbf), S(texts::kAbfFileFilter), S(texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const Recording& rec = *ws.recording;
     const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    if (!ReportWrite(dialogs, WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path))) return false;
+    if (CommandResult written = WriteResult(WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path)); !written)
+        return written;
     dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kEventFreeSaved) + path->filename().string());
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

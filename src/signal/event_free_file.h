@@ -5,11 +5,14 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "recording/abf_writer.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
+#include "recording/settings.h"
 
 namespace vess {
 
@@ -34,15 +37,25 @@ std::string EventFreeMarginProblem(const Recording& rec, double marginMs);
 double ChannelNoiseCounts(const Recording& rec);
 
 // Writes the event-free copy of rec's chosen channel to path. levelPoints is
-// how many samples set the baseline on each side of a stretch (and the
-// window in which each decay is followed into the noise). Returns an empty
+// the window in which each event is followed into the noise (see DecayTail). Returns an empty
 // string on success, else what went wrong (nothing is left at path).
 std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
                               int64_t levelPoints, const std::filesystem::path& path);
 
+// Detection over the event-free file at path with the settings that found
+// source's events (a suggestion made for the source is kept, not made again
+// for the copy): how many events it finds, or nullopt when the file cannot be
+// opened or the parameters cannot be used. Few events mean the events were
+// removed whole and the joins added none. The methods that set their
+// thresholds in noise SDs either keep the source's noise levels (the same
+// absolute thresholds) or measure the copy's own.
+enum class NoiseLevels { OfSource, Measured };
+std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::filesystem::path& path,
+                                            NoiseLevels noise);
+
 // The main-window command: the template header templateFolder/"SamplABF.dat"
 // must exist ("Error" otherwise, nothing written); then the margin prompt,
-// the save dialog and the closing message. True when a file was written.
-bool EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
+// the save dialog and the closing message. Ok when a file was written.
+CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
 
 }  // namespace vess

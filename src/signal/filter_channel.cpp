@@ -1,6 +1,7 @@
 #include "signal/filter_channel.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <vector>
@@ -39,10 +40,18 @@ public:
     TempFile& operator=(const TempFile&) = delete;
 
     const std::string& Error() const { return error_; }
-    // values as little-endian 16-bit counts from sample index on.
+    // values rounded to 16-bit counts, written from sample index on.
     bool WriteCounts(int64_t index, const std::vector<double>& values) {
-        bytes_.resize(values.size() * 2);
-        for (std::size_t i = 0; i < values.size(); ++i) le::Put<int16_t>(bytes_, i * 2, RoundClamp16(values[i]));
+        rounded_.resize(values.size());
+        for (std::size_t i = 0; i < values.size(); ++i) rounded_[i] = RoundClamp16(values[i]);
+        return WriteCounts(index, rounded_);
+    }
+    // counts as little-endian 16-bit values from sample index on.
+    bool WriteCounts(int64_t index, const std::vector<int16_t>& counts) {
+        bytes_.resize(counts.size() * 2);
+        if constexpr (std::endian::native == std::endian::little) std::memcpy(bytes_.data(), counts.data(), bytes_.size());
+        else
+            for (std::size_t i = 0; i < counts.size(); ++i) le::Put<int16_t>(bytes_, i * 2, counts[i]);
         return Io(::pwrite, index * 2, bytes_.data(), bytes_.size());
     }
     // Opens the written bytes for reading and removes the name, so the
@@ -71,7 +80,8 @@ private:
     }
     std::string name_;
     int fd_ = -1;
-    std::vector<uint8_t> bytes_;  // one block's counts, kept from block to block
+    std::vector<int16_t> rounded_;  // one block's counts, kept from block to block
+    std::vector<uint8_t> bytes_;
     std::string error_;
 };
 
@@ -90,18 +100,24 @@ void ReadBlock(const Recording& rec, int64_t at, int64_t n, std::vector<int16_t>
 }
 
 // The forward pass: recorded samples in, filtered values out through sink,
-// which is also given the state the block started from.
+// which is also given the state the block started from, and with rounded set
+// the values as counts (otherwise no counts).
 template <typename Sink>
-bool Forward(const Recording& rec, SosRunner& runner, const Pass& pass, Sink sink) {
-    std::vector<int16_t> raw;
+bool Forward(const Recording& rec, SosRunner& runner, const Pass& pass, bool rounded, Sink sink) {
+    std::vector<int16_t> raw, counts;
     std::vector<double> x;
     for (int64_t at = 0; at < pass.points; at += kBlock) {
         const int64_t n = std::min(kBlock, pass.points - at);
         ReadBlock(rec, at, n, raw, x);
         if (at == 0) runner.SettleAt(x[0]);
         const SosRunner::State start = runner.CurrentState();
-        runner.Process(x);
-        if (!sink(at, x, start) || !pass.Report(at + n)) return false;
+        if (rounded) {
+            counts.resize(std::size_t(n));
+            runner.Process(x, counts);
+        } else {
+            runner.Process(x);
+        }
+        if (!sink(at, x, counts, start) || !pass.Report(at + n)) return false;
     }
     return true;
 }
@@ -111,32 +127,51 @@ bool Forward(const Recording& rec, SosRunner& runner, const Pass& pass, Sink sin
 // block) and the last output; then, last block first, each block's forward
 // output is computed again from its noted state, run backward through the
 // filter and written as counts. The recomputed block is the same to the bit.
+// The forward recomputation of a block runs side by side with the backward
+// pass of the block after it: two pipelines' worth of work in one loop.
 bool ForwardBackward(const Recording& rec, const std::vector<Biquad>& sections, const FilterProgress& progress,
                      TempFile& out) {
     const int64_t points = std::max<int64_t>(rec.PointsPerChannel(), 0);
     SosRunner forward(sections), backward(sections);
     std::vector<SosRunner::State> starts;
     double last = 0;
-    const bool noted = Forward(rec, forward, Pass{points, progress, 0, 1.0 / 3},
-                               [&](int64_t, const std::vector<double>& y, const SosRunner::State& start) {
+    const bool noted = Forward(rec, forward, Pass{points, progress, 0, 1.0 / 3}, false,
+                               [&](int64_t, const std::vector<double>& y, const std::vector<int16_t>&,
+                                   const SosRunner::State& start) {
                                    starts.push_back(start);
                                    last = y.back();
                                    return true;
                                });
     if (!noted) return false;
     const Pass pass{points, progress, 1.0 / 3, 2.0 / 3};
-    std::vector<int16_t> raw;
-    std::vector<double> y;
-    for (int64_t block = int64_t(starts.size()) - 1; block >= 0; --block) {
+    const int64_t blocks = int64_t(starts.size());
+    if (blocks == 0) return true;
+    std::vector<int16_t> raw, counts;
+    std::vector<double> y, before;
+    // Block's recorded samples into x, the forward filter set to its start.
+    auto takeUp = [&](int64_t block, std::vector<double>& x) {
         const int64_t at = block * kBlock;
-        ReadBlock(rec, at, std::min(kBlock, points - at), raw, y);
+        ReadBlock(rec, at, std::min(kBlock, points - at), raw, x);
         forward.RestoreState(starts[std::size_t(block)]);
-        forward.Process(y);
+    };
+    takeUp(blocks - 1, y);
+    forward.Process(y);
+    backward.SettleAt(last);
+    // Each block's backward pass runs side by side with the forward pass of
+    // the block before it, which the next step runs backward.
+    for (int64_t block = blocks - 1; block >= 0; --block) {
         std::reverse(y.begin(), y.end());
-        if (block + 1 == int64_t(starts.size())) backward.SettleAt(last);
-        backward.Process(y);
-        std::reverse(y.begin(), y.end());
-        if (!out.WriteCounts(at, y) || !pass.Report(points - at)) return false;
+        counts.resize(y.size());
+        if (block > 0) {
+            takeUp(block - 1, before);
+            ProcessSideBySide(forward, before, backward, y, counts);
+        } else {
+            backward.Process(y, counts);
+        }
+        std::reverse(counts.begin(), counts.end());
+        const int64_t at = block * kBlock;
+        if (!out.WriteCounts(at, counts) || !pass.Report(points - at)) return false;
+        std::swap(y, before);
     }
     return true;
 }
@@ -184,10 +219,9 @@ FilteredChannel FilterChannel(const Recording& rec, const FilterChoice& choice, 
         finished = Centred(rec, design.kernel, progress, out);
     } else if (finished && !choice.zeroPhase) {
         SosRunner forward(design.sections);
-        finished = Forward(rec, forward, Pass{points, progress},
-                           [&](int64_t at, const std::vector<double>& y, const SosRunner::State&) {
-                               return out.WriteCounts(at, y);
-                           });
+        finished = Forward(rec, forward, Pass{points, progress}, true,
+                           [&](int64_t at, const std::vector<double>&, const std::vector<int16_t>& counts,
+                               const SosRunner::State&) { return out.WriteCounts(at, counts); });
     } else if (finished) {
         finished = ForwardBackward(rec, design.sections, progress, out);
     }

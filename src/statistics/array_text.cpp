@@ -280,15 +280,15 @@ std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, s
     return arrays;
 }
 
-bool SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
-    if (ws.array1.Empty() && ws.array2.Empty()) return false;
+CommandResult SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
+    if (ws.array1.Empty() && ws.array2.Empty()) return CommandResult::Cancelled();
     const std::string stem = ws.recording ? ws.recording->Path().stem().string() : std::string();
     const FileDialogRequest request{std::string(st::kSaveArraysCaption), std::string(texts::kTextFileFilter),
                                     std::string(texts::kTextFileExtension), stem};
     const auto path = ChooseSavePath(dialogs, request, ExistingFile::AskReplace);
-    if (!path) return false;
+    if (!path) return CommandResult::Cancelled();
     const std::string name = ws.recording ? ws.recording->FileName() : std::string();
-    return ReportWrite(dialogs, WriteFileAtomic(*path, ArraysAtfText(name, ws.array1, ws.array2)));
+    return WriteResult(WriteFileAtomic(*path, ArraysAtfText(name, ws.array1, ws.array2)));
 }
 
 std::optional<std::filesystem::path> ChooseArraysImport(Dialogs& dialogs) {
@@ -297,19 +297,18 @@ std::optional<std::filesystem::path> ChooseArraysImport(Dialogs& dialogs) {
     return ChooseOpenPath(dialogs, request);
 }
 
-bool PlaceImportedArrays(Workspace& ws, Dialogs& dialogs, std::optional<ImportedArrays> arrays) {
-    if (!arrays) {
-        dialogs.Message(std::string(st::kNotValidArrayCaption), std::string(st::kNotValidArrayText));
-        return false;
-    }
+CommandResult PlaceImportedArrays(Workspace& ws, std::optional<ImportedArrays> arrays) {
+    if (!arrays)
+        return CommandResult::Failed(std::string(st::kNotValidArrayCaption), std::string(st::kNotValidArrayText));
     ws.array1 = std::move(arrays->array1);
     ws.array2 = std::move(arrays->array2);
-    return true;
+    return CommandResult::Ok();
 }
 
-bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
+CommandResult ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseArraysImport(dialogs);
-    return path && PlaceImportedArrays(ws, dialogs, ReadArraysAtf(*path));
+    if (!path) return CommandResult::Cancelled();
+    return PlaceImportedArrays(ws, ReadArraysAtf(*path));
 }
 
 }  // namespace vess

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "recording/data_array.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/job.h"
 
@@ -49,13 +50,13 @@ std::optional<ImportedArrays> ReadArraysAtf(const std::filesystem::path& path, s
                                             const JobProgress& progress = {});
 
 // menu_ArrayAscii: silent when both arrays are empty; save dialog, replace
-// question, temporary file renamed over the target. True when written.
-bool SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
+// question, temporary file renamed over the target. Ok when written.
+CommandResult SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
 // menu_importAscii: open dialog, "Not a Valid Data Array" on a bad file.
-bool ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult ImportArraysAsciiCommand(Workspace& ws, Dialogs& dialogs);
 // Its two halves, for reading the file as a job: the open dialog, then the
-// arrays read (or nothing) put in place or "Not a Valid Data Array" shown.
+// arrays read (or nothing) put in place, or failed "Not a Valid Data Array".
 std::optional<std::filesystem::path> ChooseArraysImport(Dialogs& dialogs);
-bool PlaceImportedArrays(Workspace& ws, Dialogs& dialogs, std::optional<ImportedArrays> arrays);
+CommandResult PlaceImportedArrays(Workspace& ws, std::optional<ImportedArrays> arrays);
 
 }  // namespace vess

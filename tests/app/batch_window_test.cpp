@@ -1,7 +1,9 @@
 // The batch window from the signal menu: a run over two recordings fills the
-// summary table and writes the event files, Stop ends a long run, and the
-// summary is saved as the command line writes it.
+// summary table and writes the event files, Stop ends a long run, the
+// summary is saved as the command line writes it, and the pickers go through
+// the program's dialogs.
 #include <QCheckBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
@@ -101,6 +103,48 @@ TEST_F(BatchWindowTest, StopEndsALongRunAndTheFileListWaitsForIt) {
     EXPECT_EQ(Cell(w, 2, 10).toStdString(), batch_texts::kStopped);
     EXPECT_TRUE(w->findChild<QPushButton*>("run")->isEnabled());
     EXPECT_TRUE(w->findChild<QPushButton*>("clearFiles")->isEnabled());
+}
+
+// The file and folder pickers go through the program's dialogs: a scripted
+// answer fills the file table, a cancel leaves it alone.
+TEST_F(BatchWindowTest, FilesAndFoldersComeFromTheDialogs) {
+    BatchWindow* w = Open();
+    ASSERT_NE(w, nullptr);
+    const auto other = dir / "other";
+    std::filesystem::create_directories(other);
+    Synth("other/b.abf", 2);
+    Synth("other/c.abf", 2);
+
+    const auto click = [w](const char* name) {
+        QTest::mouseClick(w->findChild<QPushButton*>(name), Qt::LeftButton);
+    };
+    dialogs.AnswerOpenFiles(std::nullopt);
+    click("addFiles");
+    EXPECT_EQ(w->Table()->rowCount(), 0);
+    dialogs.AnswerOpenFiles(std::vector<std::string>{(other / "c.abf").string(), abfPath.string()});
+    click("addFiles");
+    EXPECT_EQ(w->Table()->rowCount(), 2);
+    dialogs.AnswerFolder(other.string());  // adds b.abf; c.abf is there already
+    click("addFolder");
+    EXPECT_EQ(w->Table()->rowCount(), 3);
+
+    dialogs.AnswerFolder(std::nullopt);
+    click("chooseOutputFolder");
+    const QString beside = w->findChild<QLabel*>("outputFolder")->text();
+    dialogs.AnswerFolder(other.string());
+    click("chooseOutputFolder");
+    EXPECT_NE(w->findChild<QLabel*>("outputFolder")->text(), beside);
+
+    // The pickers started in the data folder and said what they were for.
+    std::vector<std::string> captions;
+    for (const DialogEntry& e : dialogs.Transcript())
+        if (e.kind == DialogEntry::Kind::OpenFiles || e.kind == DialogEntry::Kind::Folder)
+            captions.push_back(e.caption);
+    EXPECT_EQ(captions, (std::vector<std::string>{
+                            std::string(batch_texts::kAddFiles), std::string(batch_texts::kAddFiles),
+                            std::string(batch_texts::kAddFolder), std::string(batch_texts::kOutputFolder),
+                            std::string(batch_texts::kOutputFolder)}));
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
 }  // namespace

@@ -63,37 +63,6 @@ protected:
     }
 };
 
-TEST_F(MethodGuiTest, ChosenMethodWithItsSuggestionRunsTheKeysAndNonStop) {
-    OpenSample();
-    ChooseDeconvolution();
-    EXPECT_EQ(ws.settings.method.method, DetectionMethod::Deconvolution);
-
-    // The suggestion measures the recording (the synthesiser's decay is 5 ms).
-    Trigger("menu_SuggestFromRecording");
-    ASSERT_TRUE(LastMessageIs(method_texts::kSuggestCaption));
-    EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
-    EXPECT_EQ(window->findChild<QLineEdit*>("txtKernelDecayMs")->text(),
-              QString::number(ws.settings.method.decayTauMs, 'g', 3));
-
-    // The graph frame, a window of the main window, took the activation.
-    window->activateWindow();
-    ASSERT_TRUE(WaitFor([&] { return QApplication::activeWindow() == window.get(); }));
-    window->Trace()->setFocus();
-    AnalyseUntilEvents(3);
-
-    // Non-stop over the whole file.
-    ws.events.Clear();
-    ws.screenStartBlock = 0;
-    Key(Qt::Key_F11);
-    ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
-    ASSERT_GT(ws.events.Count(), 20);
-
-    // The kernel learned from these events stays near the synthesiser's.
-    Trigger("menu_LearnKernel");
-    ASSERT_TRUE(LastMessageIs(method_texts::kLearnKernelCaption));
-    EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
-}
-
 // The accuracy check's table and plot; stopped, closed or left behind by the
 // main window mid-run, a check ends without a table of its own: the window
 // keeps the last finished check and can run the next one.
@@ -163,7 +132,7 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndStopsCleanly) {
 // A new installation: F9 suggests the settings from the recording once and
 // says so; the panel shows the method's boxes and disables the unused ones;
 // the suggestion ignores the kernel typed before it; non-stop over events
-// asks whether to replace them.
+// asks whether to replace them, and a kernel is learned from the events.
 TEST_F(MethodGuiTest, NewInstallationSuggestsOnceAndAsksBeforeReplacingEvents) {
     ws.settings = NewInstallationSettings();
     OpenSample();
@@ -216,6 +185,12 @@ TEST_F(MethodGuiTest, NewInstallationSuggestsOnceAndAsksBeforeReplacingEvents) {
     ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
     EXPECT_EQ(ws.events, WholeFileEvents());  // replaced, not added
+
+    // The kernel learned from these events replaces the one typed (9 ms) and
+    // stays near the synthesiser's.
+    Trigger("menu_LearnKernel");
+    ASSERT_TRUE(LastMessageIs(method_texts::kLearnKernelCaption));
+    EXPECT_NEAR(ws.settings.method.decayTauMs, 5, 1.5);
     const QString status = window->findChild<QLabel*>("lbEvents")->text();
     EXPECT_TRUE(status.contains("by deconvolution, kernel rise")) << status.toStdString();
 }

@@ -1,5 +1,6 @@
-// The group analysis window's buttons, keys and menus reach their commands;
-// the rules behind them are checked in tests/group_analysis.
+// The group analysis window's buttons, keys, menus, data menus and
+// right-click highlight reach their commands; the rules and texts behind
+// them are checked in tests/group_analysis.
 #include <QCheckBox>
 #include <QClipboard>
 #include <QMimeData>
@@ -13,6 +14,8 @@
 #include <QTimer>
 
 #include "app/group_window_fixture.h"
+#include "graphs/ui/graph_frame.h"
+#include "graphs/ui/plot_widget.h"
 #include "group_analysis/results_commands.h"
 #include "recording/file_io.h"
 
@@ -110,15 +113,6 @@ TEST_F(GroupWindowTest, KeysNavigateJumpRemoveAndRegroupAsPressed) {
     }
     EXPECT_EQ(w->TraceLabel()->text(), QString("Trace:  0 of %1").arg(n));
 
-    // K and U refuse the average.
-    Press(w, Qt::Key_K);
-    Press(w, Qt::Key_U);
-    const auto messages = dialogs.Messages();
-    ASSERT_GE(messages.size(), 2u);
-    EXPECT_EQ(messages[messages.size() - 2].text, "Cannot remove the averaged trace.");
-    EXPECT_EQ(messages.back().text, "Cannot regroup the averaged trace.");
-    EXPECT_EQ(w->Traces().count, n);
-
     // Y asks for the trace; K then takes its event out of the group.
     dialogs.AnswerInput("3");
     Press(w, Qt::Key_Y);
@@ -149,14 +143,6 @@ TEST_F(GroupWindowTest, KeysNavigateJumpRemoveAndRegroupAsPressed) {
     QTest::keyClick(offset, Qt::Key_F);
     EXPECT_EQ(w->CurrentTrace(), 1);
     offset->setText("0");
-
-    // Y needs an individual or average display.
-    w->Picture()->setFocus();
-    w->AnalysisTypeBox()->setCurrentText("Superimpose");
-    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
-    Press(w, Qt::Key_Y);
-    EXPECT_EQ(dialogs.Messages().back().text,
-              "This function will only work when trace is shown as individual or average.");
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
@@ -175,23 +161,13 @@ TEST_F(GroupWindowTest, PrintsResultsAndPictureAndPreviewsEveryRow) {
     w->Action("menu_print")->trigger();
     EXPECT_EQ(PdfPages(pdf), 1);
 
-    // A vector picture asks for scale bars: their "… ms" label joins the picture.
-    auto svgMs = [&](const char* name, bool bars) {
-        dialogs.AnswerSaveFile((dir / name).string()).AnswerYesNo(bars);
-        w->Action("menu_saveBMP")->trigger();
-        EXPECT_EQ(dialogs.Transcript().back().caption, "Scale Bars");
-        QFile f(QString::fromStdString((dir / name).string()));
-        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()).count(" ms") : -1;
-    };
-    const int plain = svgMs("plain.svg", false);
-    EXPECT_EQ(plain, 0);
-    EXPECT_EQ(svgMs("bars.svg", true), plain + 1);
-    // The same picture copied as SVG.
+    // The picture copied as SVG, scale bars asked for: their "… ms" label
+    // joins it (the export's question: GroupJobsTest).
     dialogs.AnswerYesNo(true);
     w->Action("menu_CopyMeta")->trigger();
     const QMimeData* copied = QGuiApplication::clipboard()->mimeData();
     ASSERT_TRUE(copied && copied->hasFormat("image/svg+xml"));
-    EXPECT_EQ(QString::fromUtf8(copied->data("image/svg+xml")).count(" ms"), plain + 1);
+    EXPECT_EQ(QString::fromUtf8(copied->data("image/svg+xml")).count(" ms"), 1);
 
     // One result prints on one page; 90 rows need more.
     w->ExponentialsBox()->setCurrentText("1");
@@ -280,6 +256,114 @@ TEST_F(GroupWindowTest, StartDisplayWaitsForARunningFit) {
     // Once the fit has ended, Start Display works again.
     QTest::mouseClick(w->StartButton(), Qt::LeftButton);
     EXPECT_NE(w->Traces().length, length);
+}
+
+// The data menus, work-array plots and right-click highlight (the texts are
+// checked in tests/group_analysis).
+class GroupDataTest : public GroupWindowFixture {
+protected:
+    GroupAnalysisWindow* OpenAndDisplay(const char* type) {
+        GroupSampleEvents();
+        return Display(type);
+    }
+    std::string ReadText(const std::filesystem::path& path) {
+        const auto bytes = ReadFileBytes(path);
+        return bytes ? std::string(bytes->begin(), bytes->end()) : std::string("(missing)");
+    }
+    static std::string Clipboard() { return QGuiApplication::clipboard()->text().toStdString(); }
+    // The text after its first line.
+    static std::string Body(const std::string& text) { return text.substr(text.find("\r\n") + 2); }
+    static int Lines(const std::string& text) { return int(std::count(text.begin(), text.end(), '\n')); }
+};
+
+TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
+    GroupAnalysisWindow* w = OpenAndDisplay("Average");
+    const int32_t length = w->Traces().length;
+    ASSERT_GT(length, 0);
+
+    // Copy: trace 0 through the temporary file to the clipboard, no file asked.
+    QGuiApplication::clipboard()->clear();
+    dialogs.AnswerInput("0").AnswerInput("1");
+    w->Action("menu_copydata")->trigger();
+    const std::string average = Clipboard();
+    EXPECT_EQ(average.rfind("Group Analysis: syn.abf Group # 1 Trace # 0\r\n", 0), 0u) << average.substr(0, 80);
+    EXPECT_EQ(Lines(average), length + 2);
+    EXPECT_EQ(ReadText(std::filesystem::temp_directory_path() / "TempTrace.txt"), average);
+
+    // No curve yet: the curve commands say so.
+    w->Action("menu_extractcurvedata")->trigger();
+    EXPECT_EQ(dialogs.Messages().back().caption, "Curve Data");
+
+    // Extract makes the shown trace (the average) the curve, under its own
+    // header. It follows the display, not the type box changed since.
+    w->findChild<QAction*>("key_next")->trigger();  // trace 1 is current, the average still shown
+    ASSERT_EQ(w->TraceLabel()->text().toStdString().rfind("Trace: 1 of ", 0), 0u);
+    w->AnalysisTypeBox()->setCurrentText("Individual");
+    w->Action("menu_trace_extract")->trigger();
+    dialogs.AnswerInput("1");
+    w->Action("menu_extractcurvedata")->trigger();
+    const std::string extracted = Clipboard();
+    EXPECT_EQ(extracted.rfind("Group Analysis: syn.abf Group # 1\r\n", 0), 0u) << extracted.substr(0, 80);
+    EXPECT_EQ(Body(extracted), Body(average));
+
+    // A fit replaces it by the fitted curve, which starts after the stretch's start.
+    w->ExponentialsBox()->setCurrentText("1");
+    QTest::mouseClick(w->FitButton(), Qt::LeftButton);
+    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
+    dialogs.AnswerInput("1").AnswerSaveFile((dir / "curve.txt").string());
+    w->Action("menu_savecurvedata")->trigger();
+    const std::string curve = ReadText(dir / "curve.txt");
+    EXPECT_EQ(curve.rfind("Curve Fit Group # 1 Trace # 0\r\n", 0), 0u) << curve.substr(0, 80);
+    const std::string firstPoint = Body(Body(curve));
+    EXPECT_GT(std::stod(firstPoint.substr(0, firstPoint.find('\t'))), 0.0);
+    EXPECT_LT(Lines(curve), length + 2);
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(GroupDataTest, PlotMenuDrawsTheWorkArrays) {
+    GroupAnalysisWindow* w = OpenAndDisplay("Average");
+    w->Action("menu_Plot_2")->trigger();
+    EXPECT_EQ(dialogs.Messages().back().caption, "Empty Data Array #2");
+
+    const std::vector<float> values{2, 2, 2, 3, 4.5f};
+    ws.Array(1).Assign(values);
+    dialogs.AnswerInput("1");
+    w->Action("menu_Plot_1")->trigger();
+    GraphFrame* frame = CurrentGraphFrame();
+    ASSERT_NE(frame, nullptr);
+    ASSERT_NE(frame->CurrentPlot(), nullptr);
+    const PlotData& shown = frame->CurrentPlot()->Description();
+    EXPECT_EQ(shown.xAxis, "Data Array #1");
+    ASSERT_EQ(shown.series.size(), 1u);
+    EXPECT_EQ(shown.series[0].y, (std::vector<double>{3, 1, 1}));  // bins 2, 3, 4
+    CloseGraphFrame();
+}
+
+TEST_F(GroupDataTest, RightClickHighlightsTheShownTrace) {
+    GroupAnalysisWindow* w = OpenAndDisplay("Individual");
+    group::TracePicture* picture = w->Picture();
+    w->resize(1000, 700);
+    QApplication::processEvents();
+    w->MoveTo(1);
+    auto rightClick = [picture](QPointF at) {
+        QTest::mouseClick(picture, Qt::RightButton, {}, at.toPoint());
+    };
+    const int32_t mid = w->Traces().length / 2;
+    rightClick(picture->PixelOf(1, mid));
+    EXPECT_EQ(picture->Highlighted(), 1);
+    // A click far from the trace clears it; so does moving to another trace.
+    rightClick(QPointF(picture->PixelOf(1, mid).x(), 3));
+    EXPECT_EQ(picture->Highlighted(), -1);
+    rightClick(picture->PixelOf(1, mid));
+    ASSERT_EQ(picture->Highlighted(), 1);
+    w->MoveTo(2);
+    EXPECT_EQ(picture->Highlighted(), -1);
+
+    // The average type: the average is the shown trace.
+    w->AnalysisTypeBox()->setCurrentText("Average");
+    QTest::mouseClick(w->StartButton(), Qt::LeftButton);
+    rightClick(picture->PixelOf(0, mid / 2));
+    EXPECT_EQ(picture->Highlighted(), 0);
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 // The trace analyses of the group analysis window: each menu reaches its
-// analysis, whose row joins the grid and whose marks are drawn; the measures
-// themselves are checked in tests/group_analysis.
+// analysis, whose row joins the grid and whose marks are drawn (the measures
+// themselves are checked in tests/group_analysis); analyses of superimposed
+// traces run as jobs, and the picture is exported with scale bars.
+#include <QImage>
 #include <QTableWidget>
 
 #include <cmath>
 
 #include "app/group_window_fixture.h"
+#include "app/job_runner.h"
 #include "graphs/ui/graph_frame.h"
 #include "graphs/ui/plot_widget.h"
 #include "group_analysis/result_row.h"
@@ -69,22 +72,14 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     EXPECT_EQ(Cell(ws.results.Count() - 1, 7), QString::number(rows - 1) + ".000");   // count
     EXPECT_EQ(MarkNames().front(), "Peaks");
 
-    // The average event as an amperometric spike: its row and marks.
+    // The average event as an amperometric spike: its row and marks (the
+    // superimposed run and the diffusion fit are jobs: GroupJobsTest below).
     Display("Average", "4");
     w->ElectronsBox()->setCurrentText("1");
     w->Action("menu_Ampero")->trigger();
     EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Amperometric);
     EXPECT_EQ(w->Settings().electrons, 1.0);
     EXPECT_EQ(MarkNames().front(), "Imax");
-
-    // The diffusion model fitted to the same trace: its row and curve.
-    w->WalkEdgeBox()->setCurrentText("Reflecting");
-    const int32_t before = ws.results.Count();
-    w->Action("menu_RandomWalk")->trigger();   // a job
-    ASSERT_TRUE(WaitFor([&] { return ws.results.Count() == before + 1; }, 60000));
-    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Diffusion);
-    EXPECT_EQ(w->Settings().walkEdge, "Reflecting");
-    EXPECT_EQ(MarkNames(), std::vector<std::string>{"Simulated"});
 }
 
 // Spontaneous action potentials (about one every 0.6 s, 50 us sampling).
@@ -111,6 +106,7 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     ASSERT_NE(plane, nullptr);
     EXPECT_EQ(plane->Description().title, "Phase Plane");
     EXPECT_EQ(plane->Description().series.at(1).x.size(), std::size_t(spikes));
+    CloseGraphFrame();  // a frame left open lies over the next test's window
 }
 
 // Synthetic ECG beats (2 ms sampling, 1 mV = 1000 counts) whose R peaks
@@ -145,6 +141,73 @@ TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
     EXPECT_NEAR(Cell(0, 11).toDouble(), 320, dtMs);
     EXPECT_EQ(Cell(0, 12), "1000.000");  // RR: the events' mean interval
     EXPECT_EQ(MarkNames(), (std::vector<std::string>{"QRS", "P", "T", "Isoelectric"}));
+}
+
+// Analyses of superimposed traces run as jobs; the picture drawn and exported
+// as a plot with axes and scale bars.
+class GroupJobsTest : public GroupWindowFixture {
+protected:
+    GroupAnalysisWindow* Display(const QString& type) {
+        GroupSampleEvents();
+        GroupWindowFixture::Display(type, "2");
+        w->resize(1100, 800);
+        return w;
+    }
+};
+
+TEST_F(GroupJobsTest, SuperimposedAmperometryIsAJobWithOneRowPerEvent) {
+    GroupAnalysisWindow* w = Display("Superimpose");
+    const int32_t n = w->Traces().count;
+    ASSERT_GE(n, 6);
+    w->Action("menu_Ampero")->trigger();
+    JobRunner& jobs = window->Jobs();
+    ASSERT_TRUE(jobs.Running());
+    // What would change the set or the results under the job waits for it.
+    for (const char* name : {"menu_DisplayTrace", "menu_trace_remove", "menu_StartFitting", "menu_Ampero",
+                             "menu_RandomWalk", "menu_NonStationary"})
+        EXPECT_FALSE(w->Action(name)->isEnabled()) << name;
+    EXPECT_FALSE(w->StartButton()->isEnabled());
+    ASSERT_TRUE(WaitFor([&] { return !jobs.Running(); }, 60000));
+    ASSERT_EQ(ws.results.Count(), n);
+    for (int32_t r = 1; r <= n; ++r) {
+        const auto row = group::ReadResultRow(ws.results[r]);
+        EXPECT_EQ(row.kind, group::ResultKind::Amperometric);
+        EXPECT_EQ(row.trace, r);
+        EXPECT_EQ(row.eventIndex, w->Traces().eventIndex[std::size_t(r)]);
+    }
+    EXPECT_TRUE(w->Action("menu_Ampero")->isEnabled());
+    // Every trace's peak is marked.
+    ASSERT_FALSE(w->Picture()->Marks().empty());
+    EXPECT_EQ(w->Picture()->Marks()[0].x.size(), std::size_t(n));
+    Snapshot("group_ampero_superimposed", w);
+
+    // Stop ends a diffusion fit of every trace early, keeping the rows made.
+    w->Action("menu_RandomWalk")->trigger();
+    ASSERT_TRUE(jobs.Running());
+    jobs.Stop();
+    ASSERT_TRUE(WaitFor([&] { return !jobs.Running(); }, 60000));
+    EXPECT_LT(ws.results.Count(), 2 * n);
+}
+
+TEST_F(GroupJobsTest, ThePictureIsAPlotAndItsPngHasAxesAndScaleBars) {
+    GroupAnalysisWindow* w = Display("Average");
+    const PlotData& shown = w->Picture()->Description();
+    EXPECT_EQ(shown.title, "Group # 1    Type: Average");
+    EXPECT_EQ(shown.xAxis, "Time (ms)");
+    ASSERT_FALSE(shown.series.empty());
+    EXPECT_EQ(shown.series[0].x.size(), std::size_t(w->Traces().length));
+    Snapshot("group_picture", w->Picture());
+
+    const std::filesystem::path png = dir / "picture.png";
+    dialogs.AnswerSaveFile(png.string()).AnswerYesNo(true);
+    w->Action("menu_saveBMP")->trigger();
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Scale Bars");
+    QImage image(QString::fromStdString(png.string()));
+    ASSERT_FALSE(image.isNull());
+    image.save(QString(VESS_BINARY_DIR) + "/app_screens/group_picture_export.png");
+    EXPECT_EQ(image.size(), w->Picture()->size());
+    // The scale bars are gone from the window again.
+    for (const auto& s : w->Picture()->Description().series) EXPECT_EQ(s.legend.find(" ms"), std::string::npos);
 }
 
 }  // namespace

@@ -80,11 +80,11 @@ protected:
     void Type(char c) { QTest::keyClick(window->Trace(), c); }
     int GridRows() const { return window->Grid()->model()->rowCount(); }
     int GridCurrentRow() const { return window->Grid()->currentIndex().row(); }
-    // Saves a picture of the window under the build folder.
-    void Snapshot(const QString& name) {
+    // Saves a picture of the window, or of another widget, under the build folder.
+    void Snapshot(const QString& name, QWidget* widget = nullptr) {
         const QString folder = QString(VESS_BINARY_DIR) + "/app_screens";
         QDir().mkpath(folder);
-        window->grab().save(folder + "/" + name + ".png");
+        (widget ? widget : window.get())->grab().save(folder + "/" + name + ".png");
     }
     // Mouse click on the trace at an event's peak.
     void ClickEvent(int32_t k, Qt::MouseButton button, Qt::KeyboardModifiers mods) {

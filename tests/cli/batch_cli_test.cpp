@@ -1,6 +1,6 @@
 // vess batch finds in each recording exactly the events that vess detect
-// finds in it alone, whatever the number of workers; shards, lists, kept
-// event files and empty folders.
+// finds in it alone, whatever the number of workers; shards, lists and empty
+// folders.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -70,7 +70,7 @@ TEST_F(VessBatch, EachRecordingsEventsEqualThoseOfDetectAloneWithOneOrTwoWorkers
     }
 }
 
-TEST_F(VessBatch, ShardsOfAListSplitItAndABadFileOnlyFailsItsRow) {
+TEST_F(VessBatch, ShardsOfAListSplitItABadFileOnlyFailsItsRowAndAnEmptyFolderIsRefused) {
     ASSERT_EQ(Run("synth '" + (dir / "a.abf").string() + "' --seconds 1 --seed 1").exitCode, 0);
     ASSERT_EQ(Run("synth '" + (dir / "c.abf").string() + "' --seconds 1 --seed 2").exitCode, 0);
     ASSERT_EQ(WriteFileAtomic(dir / "b.abf", std::string_view("damaged")), "");
@@ -86,21 +86,8 @@ TEST_F(VessBatch, ShardsOfAListSplitItAndABadFileOnlyFailsItsRow) {
     EXPECT_EQ(second.exitCode, 1);
     EXPECT_NE(second.out.find("b.abf,0,,,"), std::string::npos) << second.out;
     EXPECT_EQ(Run("batch" + list + " --shard 2/2").exitCode, 2);
-}
 
-// A second run keeps the event files of the first (status 0: nothing
-// failed); a folder without recordings is an error, not an empty summary.
-TEST_F(VessBatch, ASecondRunKeepsEventFilesAndAnEmptyFolderIsRefused) {
-    ASSERT_EQ(Run("synth '" + (dir / "a.abf").string() + "' --seconds 1 --seed 1").exitCode, 0);
-    ASSERT_EQ(Run("batch --quiet '" + (dir / "a.abf").string() + "'").exitCode, 0);
-    ASSERT_EQ(WriteFileAtomic(dir / "a.EVT", std::string_view("reviewed")), "");
-    const auto again = Run("batch --quiet '" + dir.Path().string() + "'");
-    EXPECT_EQ(again.exitCode, 0) << again.err;
-    EXPECT_NE(again.out.find("kept: event file exists"), std::string::npos) << again.out;
-    EXPECT_EQ(Slurp(dir / "a.EVT"), "reviewed");
-    EXPECT_EQ(Run("batch --quiet --overwrite '" + dir.Path().string() + "'").exitCode, 0);
-    EXPECT_NE(Slurp(dir / "a.EVT"), "reviewed");
-
+    // A folder without recordings is an error, not an empty summary.
     fs::create_directory(dir / "empty");
     const auto none = Run("batch '" + (dir / "empty").string() + "'");
     EXPECT_EQ(none.exitCode, 2);

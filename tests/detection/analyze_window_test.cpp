@@ -131,7 +131,7 @@ TEST(AnalyzeWindow, DecayNeverReachedCoversTheWholeDecayWindow) {
     EXPECT_FLOAT_EQ(events[1].area, 20275.0f);
 }
 
-// A period below one sample before rounding (0.6) is refused with the
+// Any period below one sample before rounding (0.6) is refused with the
 // message; exactly one sample is accepted. Periods round half to even.
 TEST(AnalyzeWindow, ImproperParametersShowTheMessageAndAddNothing) {
     std::vector<int16_t> trace(2048, 0);
@@ -141,16 +141,22 @@ TEST(AnalyzeWindow, ImproperParametersShowTheMessageAndAddNothing) {
     EventTable events;
     ScriptedDialogs dialogs;
     AnalysisParameters params = TestParams();
-    params.PeriodBaselineAverage = 30;  // 0.6 samples at 50 us
-    const AnalyzeWindowResult refused = AnalyzeWindow(screen, params, events, dialogs);
-    EXPECT_TRUE(refused.improperParameters);
-    EXPECT_EQ(events.Count(), 0);
-    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    for (int32_t AnalysisParameters::*period :
+         {&AnalysisParameters::PeriodToSearchMax, &AnalysisParameters::PeriodStartBaseline,
+          &AnalysisParameters::PeriodBaselineAverage, &AnalysisParameters::PeriodFindDecayTime}) {
+        params = TestParams();
+        params.*period = 30;  // 0.6 samples at 50 us
+        dialogs.ClearTranscript();
+        EXPECT_TRUE(AnalyzeWindow(screen, params, events, dialogs).improperParameters);
+        EXPECT_EQ(events.Count(), 0);
+        ASSERT_EQ(dialogs.Messages().size(), 1u);
+    }
     EXPECT_EQ(dialogs.Messages()[0].caption, "Improper Analysis Parameters");
     EXPECT_EQ(dialogs.Messages()[0].text,
               "The analysis parameters are not set properly.  Please run 'Suggest Analysis "
               "Paramters' command under File menu.");
 
+    params = TestParams();
     params.PeriodBaselineAverage = 50;  // exactly one sample
     EXPECT_FALSE(AnalyzeWindow(screen, params, events, dialogs).improperParameters);
     EXPECT_GE(events.Count(), 1);

@@ -265,14 +265,14 @@ TEST_F(MethodsTest, SuggestedTemplateThresholdFollowsTheCriterionsSpread) {
         coloured[i] = RoundClamp16(coloured[i] + sum / 40);
     auto suggestAndDetect = [&](const std::vector<int16_t>& t) {
         Workspace ws = Open(t, DetectionMethod::Template);
-        const RecordingSuggestion s = SuggestFromRecording(ws);
-        EXPECT_TRUE(s.ok) << s.problem;
-        ApplySuggestion(ws, s);
-        EXPECT_EQ(ws.settings.method.templateThreshold, s.templateThreshold);
+        const Outcome<RecordingSuggestion> s = SuggestFromRecording(ws);
+        EXPECT_TRUE(s.ok()) << s.message();
+        ApplySuggestion(ws, s.value());
+        EXPECT_EQ(ws.settings.method.templateThreshold, s->templateThreshold);
         DetectWholeFile(ws, dialogs);
         EXPECT_GE(Matched(ws.events, onsets), int(0.9 * double(onsets.size())));
         EXPECT_LE(ws.events.Count(), int32_t(onsets.size()) + 3);
-        return s.templateThreshold;
+        return s->templateThreshold;
     };
     const double onWhite = suggestAndDetect(Noisy(200000, onsets, 150, 10));
     const double onColoured = suggestAndDetect(coloured);
@@ -295,9 +295,9 @@ TEST_F(MethodsTest, SuggestionSmoothsSlowEventsOverTheirRise) {
     std::vector<int16_t> t;
     for (double v : x) t.push_back(int16_t(std::lround(v)));
     Workspace ws = Open(t, DetectionMethod::Deconvolution);
-    const RecordingSuggestion s = SuggestFromRecording(ws);
-    ASSERT_TRUE(s.ok) << s.problem;
-    ApplySuggestion(ws, s);
+    const Outcome<RecordingSuggestion> s = SuggestFromRecording(ws);
+    ASSERT_TRUE(s.ok()) << s.message();
+    ApplySuggestion(ws, s.value());
     EXPECT_NEAR(ws.settings.method.riseTauMs, 2, 1);
     EXPECT_DOUBLE_EQ(ws.settings.method.lowPassMs, ws.settings.method.riseTauMs);
     DetectWholeFile(ws, dialogs);
@@ -386,7 +386,7 @@ TEST_F(MethodsTest, AccuracyCheckRunsOnItsOwnCopyWithProgressAndCancel) {
         o.seed = 11;
         const AccuracyReport plain = CheckAccuracy(ws, o);
         ASSERT_TRUE(plain.status.ok()) << plain.status.message();
-        const AccuracyInput input = PrepareAccuracyCheck(ws, o);
+        const AccuracyInput input = PrepareAccuracyCheck(ws, o).value();
         ws.recording.reset();
         std::vector<double> shares;
         AccuracyControl control;

@@ -1,14 +1,17 @@
 // The analysis buttons over a workspace: reset with its question, the
-// non-stop analysis driven screen by screen against the whole-file run (the
-// command line's path), one undo step per command.
+// non-stop analysis with one undo step per command, where a non-stop run
+// starts, and the noise commands.
 #include <gtest/gtest.h>
+
 #include <cmath>
-#include <map>
 
 #include "detection/event_sound.h"
+#include "detection/noise_commands.h"
 #include "detection/screen_commands.h"
 #include "detection/whole_file.h"
+#include "recording/open_recording.h"
 #include "recording/scripted_dialogs.h"
+#include "recording/settings_file.h"
 #include "recording/synth.h"
 #include "support/test_recording.h"
 #include "trace_helpers.h"
@@ -87,34 +90,6 @@ TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     EXPECT_EQ(dialogs.Messages().size(), 1u);
 }
 
-// The first screen and the Step loop give the whole-file records, on a
-// synthetic recording and a real one with many spontaneous currents.
-TEST(Equivalence, StepLoopAndWholeFileGiveTheSameEvents) {
-    test::TempDir dir;
-    SynthOptions options;
-    options.seconds = 10;
-    options.seed = 11;
-    const std::filesystem::path synthetic = dir / "synthetic.abf";
-    ASSERT_EQ(WriteSynthetic(synthetic, Synthesise(options)), "");
-    std::vector<std::filesystem::path> files{synthetic};
-    if (!test::SharedData().empty())
-        files.push_back(test::SharedData() / "abf1" / "171116sh_0020_saved.abf");
-    for (const auto& path : files) {
-        Workspace a, b;
-        a.recording = test::OpenOrThrow(path);
-        b.recording = test::OpenOrThrow(path);
-        ScriptedDialogs dialogs;
-        AnalyzeCurrentScreen(a, dialogs);
-        NonStopAnalysis run(a, dialogs);
-        while (run.Step()) {
-        }
-        EXPECT_EQ(run.GetProgress().screensDone, run.GetProgress().screensTotal);
-        DetectWholeFile(b, dialogs);
-        EXPECT_GT(a.events.Count(), 10) << path;
-        EXPECT_EQ(a.events.Records(), b.events.Records()) << path;
-    }
-}
-
 // At most one sound for stored events in any 150 ms, none for none.
 TEST(EventSound, OneSoundPer150MsAtMost) {
     using namespace std::chrono_literals;
@@ -129,39 +104,196 @@ TEST(EventSound, OneSoundPer150MsAtMost) {
     EXPECT_EQ(sounds, 7);  // 1000, 1150, .. 1900
 }
 
-// A recording in both file versions (0.122 and 0.0305 pA a count): the
-// suggested parameters find the same events (761 and 764, 757 at the same
-// sample when written; the rest sit at a threshold) of the same sizes.
-std::unique_ptr<Workspace> DetectedOn(const std::string& file) {
-    auto ws = test::Suggested(test::SharedData() / file);
+// Non-stop analysis started on a screen that nothing has analysed: the run
+// covers that screen too, so a run over a freshly opened recording finds
+// what the whole-file detection of the command line finds; on a screen that
+// was analysed, or that holds events, it starts with the next screen.
+
+void OpenFresh(Workspace& ws, const std::filesystem::path& path) {
     ScriptedDialogs dialogs;
-    DetectWholeFile(*ws, dialogs);
-    return ws;
+    ASSERT_TRUE(OpenDataFile(ws, path, dialogs)) << path;
 }
 
-TEST(Abf2Detection, EventsAgreeWithTheAbfOneTwin) {
-    VESS_REQUIRE_SHARED_DATA();
-    const auto two = DetectedOn("abf2/171116sh_0020.abf");
-    const auto one = DetectedOn("abf1/171116sh_0020_saved.abf");
-    ASSERT_GT(two->events.Count(), 100);  // spontaneous currents throughout the 70 s
-    const Recording& r2 = *two->recording;
-    const Recording& r1 = *one->recording;
-    std::map<int32_t, const EventRecord*> twin;
-    for (const EventRecord& b : one->events.Records()) twin[b.sampleIndex] = &b;
-    // Levels within one count of the coarser file, amplitudes within two.
-    const double count = std::fabs(r2.Bit2pA2(1));
-    int matched = 0;
-    for (const EventRecord& a : two->events.Records()) {
-        const auto it = twin.find(a.sampleIndex);
-        if (it == twin.end()) continue;
-        ++matched;
-        const EventRecord& b = *it->second;
-        EXPECT_FLOAT_EQ(a.time, b.time);
-        EXPECT_NEAR(r2.Bit2pA2(a.amplitude), r1.Bit2pA2(b.amplitude), 2 * count) << a.sampleIndex;
-        EXPECT_NEAR(r2.Bit2pA(a.baseline), r1.Bit2pA(b.baseline), count) << a.sampleIndex;
+// Non-stop from block 0 of a freshly opened file equals the whole-file run,
+// for the threshold detection and for the deconvolution of a new
+// installation.
+TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
+    test::TempDir dir;
+    SynthOptions options;
+    options.seconds = 10;
+    options.seed = 5;
+    const std::filesystem::path synthetic = dir / "synthetic.abf";
+    ASSERT_EQ(WriteSynthetic(synthetic, Synthesise(options)), "");
+    std::vector<std::filesystem::path> files{synthetic};
+    if (!test::SharedData().empty())
+        files.push_back(test::SharedData() / "abf1" / "171116sh_0020_saved.abf");
+    for (const Settings& settings : {Settings{}, NewInstallationSettings()}) {
+        for (const auto& path : files) {
+            Workspace stepped, whole;
+            stepped.settings = whole.settings = settings;
+            OpenFresh(stepped, path);
+            OpenFresh(whole, path);
+            ScriptedDialogs dialogs;
+            NonStopAnalysis run(stepped, dialogs);
+            run.RunToEnd();
+            EXPECT_EQ(run.GetProgress().screensDone, run.GetProgress().screensTotal);
+            DetectWholeFile(whole, dialogs);
+            EXPECT_GT(stepped.events.Count(), 10) << path;
+            EXPECT_EQ(stepped.events.Records(), whole.events.Records())
+                << path << " method " << int(settings.method.method);
+        }
     }
-    EXPECT_GE(matched, two->events.Count() * 99 / 100);
-    EXPECT_GE(matched, one->events.Count() * 99 / 100);
+}
+
+// One event on each screen of 4 blocks (peaks at 521 + 1024 k); where the
+// run starts decides whether the shown screen is analysed first.
+TEST(NonStopFromFreshRecording, AnalysesTheShownScreenOnlyWhenNothingRanThere) {
+    std::vector<int16_t> trace(40 * 256, 0);
+    for (int onset = 500; onset + 400 < int(trace.size()); onset += 1024)
+        AddEvent(trace, onset, DoubleExp{10, 60, 400});
+    test::TraceFile file(trace);
+    struct Case {
+        const char* what;
+        void (*prepare)(Workspace&, Dialogs&);
+        int64_t screensTotal;
+        int32_t firstPeak;  // of the events the run found
+    };
+    const Case cases[] = {
+        {"fresh, on screen 3", [](Workspace& ws, Dialogs&) { ws.screenStartBlock = 12; }, 7, 3 * 1024 + 521},
+        {"screen 3 analysed by F9",
+         [](Workspace& ws, Dialogs& d) {
+             ws.screenStartBlock = 12;
+             AnalyzeCurrentScreen(ws, d);
+             ws.events.Clear();  // the run's own events only
+         },
+         6, 4 * 1024 + 521},
+        {"an event of the table on screen 3",
+         [](Workspace& ws, Dialogs&) {
+             ws.screenStartBlock = 12;
+             EventRecord r;
+             r.sampleIndex = 12 * 256 + 100;
+             ws.events.Append(r);
+         },
+         6, 4 * 1024 + 521},
+        {"analysis ran over screen 3 at another screen length",
+         [](Workspace& ws, Dialogs&) {
+             ws.analysedBlocks.Add(8, 5);  // blocks 8..12
+             ws.screenStartBlock = 12;
+         },
+         6, 4 * 1024 + 521},
+    };
+    for (const Case& c : cases) {
+        Workspace ws;
+        OpenFresh(ws, file.rec->Path());
+        ws.params() = test::TestParams();
+        ScriptedDialogs dialogs;
+        c.prepare(ws, dialogs);
+        const int32_t before = ws.events.Count();
+        NonStopAnalysis run(ws, dialogs);
+        EXPECT_EQ(run.GetProgress().screensTotal, c.screensTotal) << c.what;
+        run.RunToEnd();
+        ASSERT_GT(ws.events.Count(), before) << c.what;
+        EXPECT_EQ(ws.events[before + 1].sampleIndex, c.firstPeak) << c.what;
+    }
+}
+
+TEST(AnalysedBlocks, MergesTouchingRangesAndFindsOverlaps) {
+    AnalysedBlocks a;
+    a.Add(4, 4);
+    a.Add(12, 4);
+    a.Add(8, 4);  // joins both neighbours
+    EXPECT_EQ(a.RangeCount(), 1u);
+    a.Add(30, 2);
+    EXPECT_EQ(a.RangeCount(), 2u);
+    const struct {
+        int32_t first, count;
+        bool any;
+    } probes[] = {{0, 4, false}, {0, 5, true}, {15, 1, true}, {16, 14, false},
+                  {29, 2, true}, {31, 1, true}, {32, 8, false}, {10, 0, false}};
+    for (const auto& p : probes) EXPECT_EQ(a.AnyIn(p.first, p.count), p.any) << p.first << "+" << p.count;
+}
+
+// RMS noise and the baseline and threshold command.
+// -500 counts with a square wave of +-10 (RMS 10), an event on the first
+// screen, two counts a unit: levels and RMS in halves.
+struct NoiseFixture : test::TraceWorkspace {
+    static std::vector<int16_t> Trace() {
+        std::vector<int16_t> t(4096);
+        for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? -490 : -510);
+        AddEvent(t, 600, DoubleExp{10, 100, 1000});
+        return t;
+    }
+    NoiseFixture() : TraceWorkspace(Trace(), 2.0f) { ws.params().ThresholdAmplitude = 100; }
+};
+
+TEST(ScreenNoise, StoredEventsAreLeftOut) {
+    NoiseFixture f;
+    const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
+    const NoiseMeasure withEvent = MeasureScreenNoise(screen, f.ws.events);
+    ASSERT_TRUE(withEvent.valid);
+    EXPECT_EQ(withEvent.points, screen.WindowLen());
+    EXPECT_GT(withEvent.rmsUnits, 20.0);  // the event dominates
+
+    ScriptedDialogs dialogs;
+    f.ws.params().DecayPercent = 0.01f;  // the decay point near the end of the tail
+    AnalyzeCurrentScreen(f.ws, dialogs);
+    ASSERT_EQ(f.ws.events.Count(), 1);
+    const NoiseMeasure quiet = MeasureScreenNoise(screen, f.ws.events);
+    ASSERT_TRUE(quiet.valid);
+    // Left out from the event start to the screen's end (the decay point lies beyond).
+    EXPECT_EQ(quiet.pointsExcluded, 1024 - (f.ws.events[1].sampleIndex - f.ws.events[1].riseTime));
+    EXPECT_NEAR(quiet.rmsUnits, 5.0, 1.5);
+    EXPECT_NEAR(quiet.baselineUnits, -250.0, 5.0);
+
+    // A screen without events: exactly the square wave.
+    const Screen last(*f.ws.recording, 12, f.ws.BlocksPerScreen());
+    const NoiseMeasure flat = MeasureScreenNoise(last, f.ws.events);
+    EXPECT_DOUBLE_EQ(flat.rmsUnits, 5.0);
+    EXPECT_DOUBLE_EQ(flat.baselineUnits, -250.0);
+}
+
+// 1948 samples: the last screen holds 924, the square wave and then 300; by
+// hand the RMS about their mean 310/924 is sqrt((923 x 100 + 90000) / 924 -
+// mean^2) = 14.04 (padded to 1024 points with the last sample it read 89.9).
+TEST(ScreenNoise, OnlyRecordedSamplesAreMeasured) {
+    std::vector<int16_t> t(1948);
+    for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? 10 : -10);
+    t.back() = 300;
+    test::TraceFile file(t);
+    ASSERT_EQ(file.rec->BlockCount(), 8);
+    const NoiseMeasure m = MeasureScreenNoise(Screen(*file.rec, 4, 4), EventTable{});
+    ASSERT_TRUE(m.valid);
+    EXPECT_EQ(m.points, 924);
+    const double mean = 310.0 / 924.0;
+    EXPECT_NEAR(m.rmsUnits, std::sqrt((923 * 100.0 + 90000.0) / 924.0 - mean * mean), 1e-9);
+}
+
+TEST(NoiseCommands, ShowTheRmsAndSetTheThresholdInTheChannelsUnits) {
+    NoiseFixture f;
+    f.ws.screenStartBlock = 12;
+    ScriptedDialogs dialogs;
+    const NoiseMeasure m = ShowRmsNoise(f.ws, dialogs);
+    EXPECT_DOUBLE_EQ(m.rmsUnits, 5.0);
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
+    EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos)
+        << dialogs.Messages()[0].text;
+    EXPECT_TRUE(f.ws.events.Empty());
+
+    // Baseline and Threshold sets the threshold only on yes.
+    dialogs.AnswerYesNo(false).AnswerYesNo(true);
+    const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
+    EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
+    EXPECT_FALSE(no.applied);
+    EXPECT_EQ(f.ws.params().ThresholdAmplitude, 100.0f);
+
+    const BaselineThresholdResult yes = BaselineThreshold(f.ws, dialogs);
+    EXPECT_TRUE(yes.applied);
+    EXPECT_EQ(f.ws.params().ThresholdAmplitude, yes.suggestedThreshold);
+    const auto& question = dialogs.Transcript().back();
+    EXPECT_EQ(question.caption, "Baseline and Threshold");
+    EXPECT_NE(question.text.find("Baseline: -250.000"), std::string::npos) << question.text;
+    EXPECT_FALSE(f.ws.history.CanUndo());
 }
 
 }  // namespace

@@ -1,15 +1,18 @@
 // The results table: row layout, pruning, the results file byte for byte,
-// its commands' questions, the text copy and handing a column to an array.
+// its commands' questions, the text copy, handing a column to an array, and
+// the numbers in reports and grids.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <fstream>
 
+#include "group_analysis/decay_fit.h"
 #include "group_analysis/results_commands.h"
 #include "recording/data_array.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/scripted_dialogs.h"
+#include "statistics/result_table.h"
 #include "support/test_recording.h"
 
 namespace vess::group {
@@ -166,7 +169,7 @@ TEST(ResultsText, AsciiFileRefusesAnExistingName) {
     ASSERT_TRUE(SaveResultsAsciiCommand(Table(2), d));
     EXPECT_TRUE(std::filesystem::exists(dir / "out.Fit"));
     d.AnswerSaveFile((dir / "out.Fit").string());
-    EXPECT_FALSE(SaveResultsAsciiCommand(Table(2), d));
+    EXPECT_FALSE(ShowFailure(d, SaveResultsAsciiCommand(Table(2), d)));
     EXPECT_EQ(d.Messages().back().caption, "File Exist");
 }
 
@@ -190,6 +193,29 @@ TEST(ResultsToArray, AsksBeforeClearingAndSaysArrayOneForBoth) {
     EXPECT_FALSE(PutColumnToArrayCommand(ResultsTable{}, tau1, array, 2, d));
     EXPECT_EQ(d.Messages().back().text, "There are no results to put into the array: fit or measure a trace first.");
     EXPECT_EQ(array.UpperBound(), 3);
+}
+
+// Fixed decimals where they show the value, significant digits where a
+// nonzero value would read as zero (a channel scaled so that one count is
+// 1e-11 of its unit).
+TEST(ReportNumbers, NoNonzeroValueReadsAsZero) {
+    struct Case {
+        double value;
+        std::string grid, statistics, thousands;  // FormatResult, FormatNumber(4, grouped), FormatThousands
+    };
+    const Case cases[] = {
+        {-12345.678, "-12345.678", "-12,345.6780", "-12,345.68"},
+        {0.0004, "0.0004", "0.0004", "0.0004"},
+        {-2.5e-11, "-2.5e-11", "-2.5e-11", "-2.5e-11"},
+        {3.21e-7, "3.21e-07", "3.21e-07", "3.21e-07"},
+        {0.0, "0.000", "0.0000", "0.00"},
+        {-0.0, "0.000", "0.0000", "0.00"},  // no "-0"
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(FormatResult(c.value), c.grid) << c.value;
+        EXPECT_EQ(FormatNumber(c.value, 4, true), c.statistics) << c.value;
+        EXPECT_EQ(FormatThousands(c.value), c.thousands) << c.value;
+    }
 }
 
 }  // namespace

@@ -309,61 +309,46 @@ TEST(RealRecording, EpisodesAreTheSweepsOfTheShownChannel) {
     }
 }
 
-// Episodic files of both versions, one trace per sweep. The sweep counts,
-// points per channel and first counts are those listed with the shared data;
-// every sample is checked against the recording's own sample reader.
-TEST(RealRecording, EpisodesAreTheSweepsOfBothFileVersions) {
+// Episodic files of both versions, one trace per sweep, and sweeps of their
+// own lengths. The sweep counts, points per channel and first counts are
+// those listed with the shared data; the variable lengths are the synch
+// array's (8316, 8460, 8426, 8458, 8226, 8378 and 8298 samples of two
+// channels, which add up to the 58562 samples the header states). Each trace
+// is its sweep, then zeros up to the longest sweep; every sample is checked
+// against the recording's own sample reader.
+TEST(RealRecording, EpisodesAreTheSweepsOfEachFileEndingWhereTheyEnd) {
     VESS_REQUIRE_SHARED_DATA();
     struct Case {
         const char* file;
         uint8_t channel;
-        int32_t sweeps;
-        int32_t sweepPoints;
+        std::vector<int64_t> sweeps;
         std::array<int16_t, 3> first;
     };
-    for (const Case& c : {Case{"abf1/pclamp11_4ch_abf1.abf", 0, 10, 4000, {-786, -81, -1192}},
-                          Case{"abf2/pclamp11_4ch.abf", 3, 10, 4000, {895, -129, -352}}}) {
+    const Case cases[] = {
+        {"abf1/pclamp11_4ch_abf1.abf", 0, std::vector<int64_t>(10, 4000), {-786, -81, -1192}},
+        {"abf2/pclamp11_4ch.abf", 3, std::vector<int64_t>(10, 4000), {895, -129, -352}},
+        {"abf1/2009_01_19_0002_varlen_v18.abf", 1, {4158, 4230, 4213, 4229, 4113, 4189, 4149}, {}},
+    };
+    for (const Case& c : cases) {
         SCOPED_TRACE(c.file);
         AbfError error{};
         auto rec = Recording::Open(test::SharedData() / c.file, &error);
         ASSERT_TRUE(rec);
+        EXPECT_EQ(SweepLengths(*rec), c.sweeps);
         rec->SetChannel(c.channel);
         const TraceSet set =
             BuildTraceSet(*rec, {}, {}, {.source = TraceSource::Episodes, .fullSweep = true});
-        ASSERT_EQ(set.count, c.sweeps);
-        ASSERT_EQ(set.length, c.sweepPoints);
-        EXPECT_EQ(set.Row(1)[0], c.first[0]);
-        EXPECT_EQ(set.Row(1)[1], c.first[1]);
-        EXPECT_EQ(set.Row(1)[2], c.first[2]);
-        for (int32_t t = 1; t <= set.count; ++t)
-            for (int32_t j = 0; j < set.length; ++j)
-                ASSERT_EQ(set.Row(t)[std::size_t(j)], rec->Sample(int64_t(t - 1) * c.sweepPoints + j))
-                    << t << " " << j;
-    }
-}
-
-// Sweeps of their own lengths: the lengths are the synch array's (8316, 8460,
-// 8426, 8458, 8226, 8378 and 8298 samples of two channels, which add up to the
-// 58562 samples the header states). Each trace is its sweep, then zeros up to
-// the longest sweep.
-TEST(RealRecording, VariableLengthSweepsEachEndWhereTheyEnd) {
-    VESS_REQUIRE_SHARED_DATA();
-    AbfError error{};
-    auto rec = Recording::Open(test::SharedData() / "abf1/2009_01_19_0002_varlen_v18.abf", &error);
-    ASSERT_TRUE(rec);
-    const std::vector<int64_t> lengths{4158, 4230, 4213, 4229, 4113, 4189, 4149};
-    EXPECT_EQ(SweepLengths(*rec), lengths);
-    rec->SetChannel(1);
-    const TraceSet set =
-        BuildTraceSet(*rec, {}, {}, {.source = TraceSource::Episodes, .fullSweep = true});
-    ASSERT_EQ(set.count, 7);
-    ASSERT_EQ(set.length, 4230);
-    int64_t start = 0;
-    for (int32_t t = 1; t <= set.count; ++t) {
-        const int64_t own = lengths[std::size_t(t - 1)];
-        for (int64_t j = 0; j < set.length; ++j)
-            ASSERT_EQ(set.Row(t)[std::size_t(j)], j < own ? rec->Sample(start + j) : 0) << t << " " << j;
-        start += own;
+        ASSERT_EQ(set.count, int32_t(c.sweeps.size()));
+        ASSERT_EQ(set.length, *std::ranges::max_element(c.sweeps));
+        if (c.first[0] != 0)
+            for (int j = 0; j < 3; ++j) EXPECT_EQ(set.Row(1)[std::size_t(j)], c.first[std::size_t(j)]);
+        int64_t start = 0;
+        for (int32_t t = 1; t <= set.count; ++t) {
+            const int64_t own = c.sweeps[std::size_t(t - 1)];
+            for (int64_t j = 0; j < set.length; ++j)
+                ASSERT_EQ(set.Row(t)[std::size_t(j)], j < own ? rec->Sample(start + j) : 0) << t << " " << j;
+            start += own;
+        }
     }
 }
 

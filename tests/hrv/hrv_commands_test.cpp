@@ -7,7 +7,6 @@
 
 #include "hrv/hrv_options.h"
 #include "hrv/plot_commands.h"
-#include "hrv/plots.h"
 #include "hrv/rr_intervals.h"
 #include "hrv/scans.h"
 #include "hrv/tachogram.h"
@@ -150,7 +149,7 @@ TEST(Tachogram, MissingTemplateStopsBeforeAnything) {
     test::TempDir dir;
     Workspace ws = BeatsAt({0, 800, 1600});
     ScriptedDialogs d;  // no save answer queued: a file dialog would throw
-    EXPECT_FALSE(SaveTachogramAbfCommand(ws, d, dir.Path()));
+    EXPECT_FALSE(ShowFailure(d, SaveTachogramAbfCommand(ws, d, dir.Path())));
     ASSERT_EQ(d.Messages().size(), 1u);
     EXPECT_NE(d.Messages()[0].text.find("SamplABF.dat does not exist"), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
@@ -230,20 +229,6 @@ TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
     const PlotData& tacho = *tachogram;
     EXPECT_EQ(tacho.series[0].x, (std::vector<double>{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(tacho.series[0].y[1], 850);
-}
-
-TEST(HrvPlots, SpectrumShadesTheBands) {
-    SpectrumResult s;
-    for (int k = 0; k <= 200; ++k) {
-        s.frequencyHz.push_back(k / 256.0 * 4);
-        s.densityMs2PerHz.push_back(1);
-    }
-    const Bands bands;
-    const PlotData p = SpectrumPlot(s, bands);
-    ASSERT_EQ(p.bands.size(), 3u);
-    EXPECT_DOUBLE_EQ(p.bands[1].from, bands.vlfHighHz);
-    EXPECT_LE(p.series[0].x.back(), bands.hfHighHz);  // drawn up to the top of the HF band
-    EXPECT_GT(p.series[0].x.back(), bands.hfHighHz - 4.0 / 256);
 }
 
 }  // namespace

@@ -1,18 +1,13 @@
-// Event and parameter files of an ABF 2 recording: the header copy is an ABF
-// 1.x header, the file reads back byte for byte, and choosing it in the file
-// list or from the menu opens its ABF 2 data file and its events.
-#include <fstream>
-#include <iterator>
-
+// Event files of an ABF 2 recording: the header copy is an ABF 1.x header,
+// the file reads back byte for byte, and choosing it in the file list or
+// from the menu opens its ABF 2 data file and its events.
 #include <gtest/gtest.h>
 
-#include "recording/abf_parse.h"
 #include "recording/event_file.h"
 #include "recording/file_io.h"
 #include "recording/file_list.h"
 #include "recording/le_bytes.h"
 #include "recording/open_recording.h"
-#include "recording/parameter_file.h"
 #include "recording/random_events.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/texts.h"
@@ -22,12 +17,6 @@
 
 namespace vess {
 namespace {
-
-std::vector<uint8_t> Slurp(const std::filesystem::path& p) {
-    std::ifstream f(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>()};
-}
-
 class Abf2EventFile : public ::testing::Test {
 protected:
     test::TempDir dir;
@@ -40,8 +29,7 @@ protected:
         std::vector<int16_t> samples(2048);
         for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(i % 300);
         const auto bytes = test::Abf2Bytes(abfLayout, samples);
-        std::ofstream(dir / "cell.abf", std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+        ASSERT_EQ(WriteFileAtomic(dir / "cell.abf", bytes), "");
         ASSERT_TRUE(OpenDataFile(ws, dir / "cell.abf", dialogs));
         std::mt19937 rng(8);
         for (int k = 0; k < 6; ++k) ws.events.Append(RandomRecord(rng, 1500));
@@ -55,7 +43,7 @@ TEST_F(Abf2EventFile, SavedFileCarriesAnAbfOneHeaderAndReadsBackByteForByte) {
     const std::vector<uint8_t> header = ws.recording->HeaderBytes();
     dialogs.AnswerSaveFile((dir / "cell.EVT").string());
     ASSERT_TRUE(SaveEventFileCommand(ws, dialogs));
-    const std::vector<uint8_t> saved = Slurp(dir / "cell.EVT");
+    const std::vector<uint8_t> saved = *ReadFileBytes(dir / "cell.EVT");
 
     ASSERT_EQ(saved.size(), header.size());  // 6 records end before byte 6144
     EXPECT_EQ(le::GetText(saved, 0, 4), "ABF ");
@@ -83,30 +71,11 @@ TEST_F(Abf2EventFile, SavedFileCarriesAnAbfOneHeaderAndReadsBackByteForByte) {
     EXPECT_EQ(again.events, ws.events);
     listDialogs.AnswerSaveFile((dir / "again.EVT").string());
     ASSERT_TRUE(SaveEventFileCommand(again, listDialogs));
-    EXPECT_EQ(Slurp(dir / "again.EVT"), saved);
+    EXPECT_EQ(*ReadFileBytes(dir / "again.EVT"), saved);
 }
 
-TEST_F(Abf2EventFile, ParameterFileCarriesTheSameHeaderCopy) {
-    Workspace ws;
-    ScriptedDialogs dialogs;
-    OpenWithEvents(ws, dialogs);
-    const auto& header = ws.recording->HeaderBytes();
-    const auto bytes = BuildParameterFile(header, ws.params(), 0, "cell.abf");
-    ASSERT_EQ(bytes.size(), 2048u);
-    EXPECT_EQ(le::GetText(bytes, 0, 4), "ABF ");
-    // The scaling fields (ADC range at 244 to the signal offsets ending at 1178) are kept.
-    EXPECT_TRUE(std::equal(header.begin() + 244, header.begin() + 294, bytes.begin() + 244));
-    EXPECT_TRUE(std::equal(header.begin() + 410, header.begin() + 1178, bytes.begin() + 410));
-    const ParameterFileContents read = ParseParameterFile(bytes, AnalysisParameters{});
-    EXPECT_TRUE(read.hasProductTag);
-}
-
-using test::TempDir;
-
-class FileList : public ::testing::Test {};
-
-TEST_F(FileList, MissingDataFileOpensNothing) {
-    TempDir dir;
+TEST(FileList, MissingDataFileOpensNothing) {
+    test::TempDir dir;
     ASSERT_EQ(WriteEventFile(dir / "lost.EVT", BlankHeaderCopy(), AnalysisParameters{}, EventTable{},
                              "gone.abf"),
               "");
@@ -119,8 +88,8 @@ TEST_F(FileList, MissingDataFileOpensNothing) {
 }
 
 // A damaged event file is refused before its data file opens: nothing changes, nothing is asked.
-TEST_F(FileList, ADamagedEventFileChangesNothing) {
-    TempDir dir;
+TEST(FileList, ADamagedEventFileChangesNothing) {
+    test::TempDir dir;
     auto cell = test::MakeRecording(dir / "cell.abf", std::vector<int16_t>(4096, 0));
     auto bytes = BuildEventFile(cell->HeaderBytes(), AnalysisParameters{}, {}, "cell.abf");
     cell.reset();

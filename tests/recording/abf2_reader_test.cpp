@@ -94,13 +94,6 @@ std::string RowName(const ::testing::TestParamInfo<KnownAbf2Channel>& info) {
 
 INSTANTIATE_TEST_SUITE_P(SharedData, RealAbf2Recording, ::testing::ValuesIn(kKnown), RowName);
 
-TEST(RealAbf2Recording, FloatingPointFileIsRefused) {
-    VESS_REQUIRE_SHARED_DATA();
-    AbfError error{};
-    EXPECT_FALSE(Recording::Open(test::SharedData() / "abf2/SWHLab_gain_float32.abf", &error));
-    EXPECT_EQ(error, AbfError::FloatingPoint);
-}
-
 // ABF 1 twins re-saved from the same recordings: every sample within one count of the coarser file.
 TEST(RealAbf2Recording, AbfOneTwinsHoldTheSameSamples) {
     VESS_REQUIRE_SHARED_DATA();

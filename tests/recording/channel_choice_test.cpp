@@ -91,7 +91,7 @@ TEST(FloatingPointRefusal, NamesTheChannelsOnEveryWayIn) {
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, texts::kNotIntegerCaption);
     EXPECT_EQ(dialogs.Messages()[0].text, expected);
-    EXPECT_EQ(OpenRecordingOnChannel(path, 0, ws), path.string() + ": " + expected);
+    EXPECT_EQ(OpenRecordingOnChannel(path, 0, ws).message(), path.string() + ": " + expected);
 }
 
 TEST(FloatingPointRefusal, RealAbf2FileNamesItsChannels) {

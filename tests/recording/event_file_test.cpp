@@ -295,7 +295,7 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
     for (const auto& c : cases) {
         f.dialogs.ClearTranscript();
         f.dialogs.AnswerYesNo(false).AnswerOpenFile((f.dir / c.file).string());
-        EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs)) << c.file;
+        EXPECT_FALSE(ShowFailure(f.dialogs, OpenEventFileCommand(f.ws, f.dialogs))) << c.file;
         const auto messages = f.dialogs.Messages();
         ASSERT_EQ(messages.size(), 1u) << c.file;
         EXPECT_EQ(messages[0].caption, c.caption);
@@ -318,7 +318,7 @@ TEST(EventFileCommands, AFailedOrCancelledSaveStopsOpenEvent) {
     EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs));
     // A save that fails: its folder does not exist.
     f.dialogs.AnswerYesNo(true).AnswerSaveFile((f.dir / "gone" / "x.EVT").string());
-    EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs));
+    EXPECT_FALSE(ShowFailure(f.dialogs, OpenEventFileCommand(f.ws, f.dialogs)));
     EXPECT_NE(f.dialogs.Messages().back().text.find("No such file or directory"), std::string::npos);
     EXPECT_TRUE(f.dialogs.AllAnswersUsed());  // no open dialog (an unexpected one throws)
     EXPECT_EQ(f.ws.events, before);
@@ -333,7 +333,7 @@ TEST(EventFileCommands, LongDataFileNameNeverMatches) {
     ASSERT_TRUE(SaveEventFileCommand(f.ws, f.dialogs));
     f.dialogs.ClearTranscript();
     f.dialogs.AnswerYesNo(false).AnswerOpenFile((f.dir / "long.EVT").string());
-    EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs));
+    EXPECT_FALSE(ShowFailure(f.dialogs, OpenEventFileCommand(f.ws, f.dialogs)));
     ASSERT_EQ(f.dialogs.Messages().size(), 1u);
     EXPECT_EQ(f.dialogs.Messages()[0].text,
               texts::FileNotMatchingText(name.substr(0, 34), name));

@@ -115,7 +115,7 @@ TEST(ParameterFile, ForeignOrShortFilesAreRefused) {
     for (const char* name : {"f.PAR", "s.PAR", "missing.PAR"}) {
         f.dialogs.ClearTranscript();
         f.dialogs.AnswerOpenFile((f.dir / name).string());
-        EXPECT_FALSE(LoadParameterFileCommand(f.ws, f.dialogs));
+        EXPECT_FALSE(ShowFailure(f.dialogs, LoadParameterFileCommand(f.ws, f.dialogs)));
         ASSERT_EQ(f.dialogs.Messages().size(), 1u) << name;
         EXPECT_EQ(f.dialogs.Messages()[0].caption, "Not a Parameter File");
         EXPECT_EQ(f.ws.params(), Custom());

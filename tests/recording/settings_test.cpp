@@ -6,12 +6,14 @@
 
 #include "recording/file_io.h"
 #include "recording/ini_file.h"
+#include "recording/recent_recordings.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/settings_file.h"
 #include "recording/texts.h"
 #include "recording/value_ranges.h"
 #include "recording/workspace.h"
 #include "support/read_back.h"
+#include "support/test_recording.h"
 
 namespace vess {
 namespace {
@@ -74,21 +76,6 @@ TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
         EXPECT_EQ(read.method.suggestFromRecording, suggest) << text;
         EXPECT_EQ(read.filterKind, 4) << text;
     }
-}
-
-TEST(Settings, WrittenKeysReadBackAndSecondSaveIsByteIdentical) {
-    TempDir dir;
-    const auto path = dir / "Vessanto.ini";
-    ASSERT_EQ(SaveIniSettings(path, Changed()), "");
-    const std::string first = ReadText(path);
-    EXPECT_NE(first.find("[Analysis]\r\nPeakDirection%=1\r\nThresholdAmplitude!=7.25\r\n"),
-              std::string::npos);
-    EXPECT_NE(first.find("DisplayOffset&=-1200\r\n"), std::string::npos);
-    EXPECT_NE(first.find("ComplexPeak=True\r\n"), std::string::npos);
-    EXPECT_NE(first.find("SoundOn=True\r\nDisplayTooltips=False\r\n"), std::string::npos);
-    EXPECT_EQ(LoadIniSettings(path), Changed());
-    ASSERT_EQ(SaveIniSettings(path, LoadIniSettings(path)), "");
-    EXPECT_EQ(ReadText(path), first);
 }
 
 // Saving leaves other windows' sections, and comments, alone.
@@ -173,7 +160,7 @@ TEST(Settings, CommandsSayWhatTheyDid) {
     // Yes with a save that fails keeps the form open.
     ws.iniPath = dir.Path();
     dialogs.AnswerYesNoCancel(Answer::Yes);
-    EXPECT_FALSE(AskSaveSettingsOnExit(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, AskSaveSettingsOnExit(ws, dialogs)));
     EXPECT_EQ(dialogs.Transcript().back().caption, "File Error");
 }
 
@@ -260,7 +247,7 @@ TEST(Settings, ACustomSettingsFileThatCannotBeUsedChangesNothing) {
                  {dir / "folder.SET", "is a folder"}};
     for (const auto& c : cases) {
         dialogs.AnswerOpenFile(c.file.string());
-        EXPECT_FALSE(LoadCustomSettingsCommand(ws, dialogs));
+        EXPECT_FALSE(ShowFailure(dialogs, LoadCustomSettingsCommand(ws, dialogs)));
         EXPECT_EQ(dialogs.Transcript().back().caption, texts::kSettingsNotLoadedCaption);
         EXPECT_EQ(dialogs.Transcript().back().text,
                   texts::SettingsNotLoadedText(c.file.string(), c.why));
@@ -288,6 +275,40 @@ TEST(Settings, DefaultIniPathFallsBackToTheUserConfigFolder) {
     EXPECT_EQ(DefaultIniPath(dir / "no-such-folder"), dir.Path() / "Vessantorium" / "Vessanto.ini");
     if (old) ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
     else ::unsetenv("XDG_CONFIG_HOME");
+}
+
+// The recent-recordings list: its order and bound, and its section of the
+// settings file.
+TEST(RecentRecordings, NewestFirstWithoutRepeatsAndAtMostTen) {
+    struct Case {
+        std::vector<std::string> before;
+        std::string opened;
+        std::vector<std::string> after;
+    };
+    std::vector<std::string> eleven;
+    for (int i = 0; i < 11; ++i) eleven.push_back("f" + std::to_string(i));
+    const std::vector<std::string> tenAfterNew = {"new", "f0", "f1", "f2", "f3", "f4", "f5", "f6", "f7", "f8"};
+    const Case cases[] = {
+        {{}, "a", {"a"}},
+        {{"a", "b", "c"}, "c", {"c", "a", "b"}},  // reopened moves to the front, once
+        {{"a", "b"}, "a", {"a", "b"}},
+        {eleven, "new", tenAfterNew},
+    };
+    for (const Case& c : cases) EXPECT_EQ(WithNewest(c.before, c.opened), c.after) << c.opened;
+}
+
+TEST(RecentRecordings, AShorterListLeavesNoStaleEntriesAndIsNoSettingsFile) {
+    test::TempDir dir;
+    const auto ini = dir / "Vessanto.ini";
+    ASSERT_EQ(WriteRecentRecordings(ini, {"a.abf", "b.abf", "c.abf"}), "");
+    ASSERT_EQ(WriteRecentRecordings(ini, {"c.abf"}), "");
+    EXPECT_EQ(ReadRecentRecordings(ini), std::vector<std::string>{"c.abf"});
+    // Only the list in the file: the settings of a new installation.
+    EXPECT_EQ(LoadIniSettings(ini).method.method, NewInstallationSettings().method.method);
+    IniFile settings = IniFile::Load(ini);
+    settings.Set("Program", "SoundOn", "False");
+    ASSERT_EQ(settings.Save(ini), "");
+    EXPECT_NE(LoadIniSettings(ini).method.method, NewInstallationSettings().method.method);
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST(Synth, EventsFollowTheRequestedStatistics) {
     EXPECT_NEAR(sizes[sizes.size() / 2], 20.0, 3.0);
 }
 
-TEST(Synth, NoiseHasTheRequestedSizeAndEventsStandOutOfIt) {
+TEST(Synth, NoiseHasTheRequestedSize) {
     SynthOptions o = Short();
     o.eventsPerSecond = 0;
     o.humAmplitudePa = 0;
@@ -58,16 +58,6 @@ TEST(Synth, NoiseHasTheRequestedSizeAndEventsStandOutOfIt) {
     const double n = double(quiet.samples.size());
     const double rms = std::sqrt(sumSq / n - (sum / n) * (sum / n));
     EXPECT_NEAR(rms, 2.0, 0.4);  // the slowest component varies over seconds
-
-    // With events, the trace at each true peak lies well below the trace before the onset.
-    const auto rec = Synthesise(Short());
-    int clear = 0;
-    for (const TrueEvent& e : rec.events) {
-        const auto peak = std::size_t(e.peakIndex);
-        const auto before = std::size_t(std::max<int64_t>(0, e.peakIndex - 40));
-        if (rec.samples[peak] - rec.samples[before] < 0.5 * 10 * e.amplitudePa) ++clear;  // counts
-    }
-    EXPECT_GT(clear, int(rec.events.size() * 8 / 10));
 }
 
 // Reproducible from its seed; written as an openable file with the true events beside it.

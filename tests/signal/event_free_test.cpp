@@ -1,7 +1,9 @@
 // The event-free copy of a channel, the synch array of sweep starts and picture series.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
+#include <vector>
 
 #include "detection/whole_file.h"
 #include "hrv/texts.h"
@@ -61,15 +63,21 @@ std::vector<int16_t> RunOver(int64_t points, std::span<const PointStretch> stret
 }
 
 TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
-    // Events on 0..9 and 400..449; level 100 around them and donors of even length keep the
-    // alternation, so the output is the clean trace exactly, whatever the chunk size.
+    // Events on 0..9 and 400..449 of a level 100 with +-1 noise: the stretches come back at
+    // that level within the noise (the mirrored donors may meet out of phase), the rest is
+    // the source exactly, and the chunk size changes nothing.
     std::vector<int16_t> clean(1000), source(1000);
     for (int64_t i = 0; i < 1000; ++i) clean[std::size_t(i)] = source[std::size_t(i)] = Clean(i);
     for (int64_t i = 0; i < 10; ++i) source[std::size_t(i)] += 300;
     for (int64_t i = 400; i < 450; ++i) source[std::size_t(i)] -= 500;
     const std::vector<PointStretch> stretches{{0, 9}, {400, 449}};
-    EXPECT_EQ(RunOver(1000, stretches, source, 1 << 16), clean);
-    EXPECT_EQ(RunOver(1000, stretches, source, 7), clean);
+    const std::vector<int16_t> out = RunOver(1000, stretches, source, 1 << 16);
+    EXPECT_EQ(RunOver(1000, stretches, source, 7), out);
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        const bool replaced = i < 10 || (i >= 400 && i < 450);
+        if (replaced) EXPECT_LE(std::abs(out[i] - 100), 2) << i;
+        else EXPECT_EQ(out[i], clean[i]) << i;
+    }
     // A refusing sink stops the run.
     const SampleReader read = [&](int64_t, std::span<int16_t> dst) { std::fill(dst.begin(), dst.end(), 0); };
     EXPECT_FALSE(EliminateStretches(1000, stretches, read, [](auto) { return false; }));
@@ -119,7 +127,7 @@ TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     ws.recording = test::MakeRecording(dir / "r.abf", samples);
     ws.events.Append(Event(100, 5, 5));
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(EventFreeCommand(ws, dialogs, dir.Path()));
+    EXPECT_FALSE(ShowFailure(dialogs, EventFreeCommand(ws, dialogs, dir.Path())));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].text, texts::kTemplateMissingText);
 }
@@ -177,6 +185,56 @@ TEST(PictureSeries, ScreensFromToStepAndTheirNames) {
     // Names sort in screen order: as wide as the last screen's number.
     EXPECT_EQ(PictureName(7, 300), "screen_0007.png");
     EXPECT_EQ(PictureName(7, 123456), "screen_000007.png");
+}
+
+// A downward event at 1000 on a baseline of 0: -1000 counts with a fast
+// (tau 20 points, 70 %) and a slow (tau 300 points, 30 %) decay. Detection's
+// 32 % decay point lies 48 points after the peak, where the slow part still
+// holds about 255 counts; with a noise SD of 20 the slow part reaches 20
+// counts 300 ln(15) = 812 points after the peak.
+std::vector<int16_t> TwoExponentialEvent() {
+    std::vector<int16_t> trace(6000, 0);
+    for (int i = 0; i < 5000; ++i)
+        trace[std::size_t(1000 + i)] = int16_t(std::lround(-700 * std::exp(-i / 20.0) - 300 * std::exp(-i / 300.0)));
+    return trace;
+}
+
+TEST(EventFreeTail, DecayIsFollowedIntoTheNoiseAndNoFurtherThanTheCap) {
+    const std::vector<int16_t> trace = TwoExponentialEvent();
+    const SampleReader read = [&](int64_t first, std::span<int16_t> out) {
+        for (std::size_t k = 0; k < out.size(); ++k) out[k] = trace[std::size_t(first) + k];
+    };
+    EventRecord event;
+    event.sampleIndex = 1000;
+    event.riseTime = 10;
+    event.decayTime = 48;
+    event.amplitude = 1000;
+    event.peakDirection = -1;
+    const DecayTail tail{read, 20, 20, int64_t(trace.size())};
+    const int64_t end = DecayEndPoints(event, tail);
+    EXPECT_GE(end, 790);  // 20-point windows from the decay point: the first below 20 counts
+    EXPECT_LE(end, 830);
+
+    // Upward events are followed the other way: none here, so the decay point stays.
+    EventRecord up = event;
+    up.peakDirection = 1;
+    EXPECT_EQ(DecayEndPoints(up, tail), 48);
+    // At most kMaxTailDecays decay lengths after the peak (the last whole window).
+    EventRecord shortDecay = event;
+    shortDecay.decayTime = 10;
+    EXPECT_LE(DecayEndPoints(shortDecay, tail), kMaxTailDecays * 10);
+    EXPECT_GT(DecayEndPoints(shortDecay, tail), kMaxTailDecays * 10 - 20);
+    // Without a reader or a noise figure: the decay point.
+    EXPECT_EQ(DecayEndPoints(event, DecayTail{}), 48);
+    EXPECT_EQ(DecayEndPoints(event, DecayTail{read, 0, 20, int64_t(trace.size())}), 48);
+
+    // The stretch runs from the start to the end of the decay, widened by the margin.
+    EventTable events;
+    events.Append(event);
+    const auto stretches = EventStretches(events, 5, int64_t(trace.size()), tail);
+    ASSERT_EQ(stretches.size(), 1u);
+    EXPECT_EQ(stretches[0].first, 1000 - 10 - 5);
+    EXPECT_EQ(stretches[0].last, 1000 + end + 5);
 }
 
 }  // namespace

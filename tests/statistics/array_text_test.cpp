@@ -163,7 +163,7 @@ TEST(ArrayText, ImportOfAForeignFileSaysSoAndKeepsTheArrays) {
     ws.array1 = Of({1, 2});
     ScriptedDialogs dialogs;
     dialogs.AnswerOpenFile((dir / "x.txt").string());
-    EXPECT_FALSE(ImportArraysAsciiCommand(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, ImportArraysAsciiCommand(ws, dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "Not a Valid Data Array");
     EXPECT_EQ(ws.array1.UpperBound(), 2);

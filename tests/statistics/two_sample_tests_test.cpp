@@ -7,6 +7,7 @@
 #include "recording/workspace.h"
 #include "statistics/data_analysis.h"
 #include "statistics/descriptive.h"
+#include "statistics/result_table.h"
 #include "statistics/special_functions.h"
 #include "statistics/two_sample_tests.h"
 
@@ -256,6 +257,25 @@ TEST(SpecialFunctions, AgainstScipy) {
     // Exact two-sample p: sizes 2 and 2 fully apart are 2 of C(4,2) = 6 orders.
     EXPECT_NEAR(*KsExactP(2, 2, 1.0), 2.0 / 6.0, 1e-15);
     EXPECT_FALSE(KsExactP(2000, 2000, 0.1));
+}
+
+// No p-value reads as a row of zeros: eight decimals while they hold at least
+// one significant digit beyond the fourth decimal, significant digits below.
+TEST(PValueText, EightDecimalsDownTo1e4ThenSignificantDigits) {
+    const struct {
+        double p;
+        const char* text;
+    } cases[] = {
+        {1.0, "1.00000000"},
+        {0.00283289019738427, "0.00283289"},  // the paired t-test of two_sample_tests_test.cpp
+        {1e-4, "0.00010000"},
+        {9.94e-5, "9.9e-05"},
+        {3.2e-12, "3.2e-12"},
+        {4.654040849775137e-90, "4.7e-90"},  // the regression of two_sample_tests_test.cpp
+        {0.0, "< 1e-323"},
+        {std::nan(""), "NaN"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(FormatPValue(c.p), c.text) << c.p;
 }
 
 }  // namespace

@@ -296,10 +296,7 @@ void BatchWindow::Run() {
     }
     BatchSetup setup;
     setup.settings = ws_.settings;
-    if (std::string problem = ApplySettingsSource(source_, sourceFile_, setup.settings); !problem.empty()) {
-        dialogs_.Message(std::string(t::kWindowTitle), problem);
-        return;
-    }
+    if (!ShowFailure(dialogs_, ApplySettingsSource(source_, sourceFile_, setup.settings))) return;
     setup.settings.method.method = DetectionMethod(method_->currentIndex());
     setup.channel = channel_->value();
     setup.jobs = jobs_box_->value();
@@ -383,7 +380,7 @@ bool BatchWindow::SaveSummary() {
                                      {std::string(t::kSaveSummary), std::string(t::kSummaryFilter),
                                       std::string(t::kSummaryExtension), "summary.csv"},
                                      ExistingFile::AskReplace);
-    return path && ReportWrite(dialogs_, WriteFileAtomic(*path, SummaryCsv(rows_)));
+    return path && ShowFailure(dialogs_, WriteResult(WriteFileAtomic(*path, SummaryCsv(rows_))));
 }
 
 }  // namespace vess

@@ -20,6 +20,7 @@
 #include "detection/ui/accuracy_window.h"
 #include "detection/ui/texts.h"
 #include "graphs/ui/graph_frame.h"
+#include "recording/command_result.h"
 #include "recording/ui/command_registry.h"
 #include "recording/ui/tool_windows.h"
 #include "recording/workspace.h"
@@ -133,13 +134,10 @@ void CheckAccuracy(CommandHost& host) {
         host.Asker().Message(method_texts::kCheckCaption, method_texts::kNoRecording);
         return;
     }
-    AccuracyInput input = PrepareAccuracyCheck(ws, AccuracyOptions{});
-    if (!input.problem.empty()) {
-        host.Asker().Message(method_texts::kCheckCaption, input.problem);
-        return;
-    }
+    Outcome<AccuracyInput> input = PrepareAccuracyCheck(ws, AccuracyOptions{});
+    if (!ShowFailure(host.Asker(), input.status())) return;
     if (!check) check = host.Tools().Show<AccuracyWindow>(make);
-    check->Start(std::move(input));
+    check->Start(std::move(input.value()));
     check->show();
     check->raise();
 }
@@ -185,14 +183,14 @@ void AddAnalysisCommands(CommandRegistry& r) {
     add("menu_SuggestFromRecording", method_texts::kSuggestAction, {}, nullptr, WhenRecordingOpenAndIdle,
         [](CommandHost& h) {
             if (h.Busy()) return;
-            SuggestFromRecordingCommand(h.Ws(), h.Asker());
+            ShowFailure(h.Asker(), SuggestFromRecordingCommand(h.Ws(), h.Asker()));
             h.RedrawAll(false);
         },
         true);
     add("menu_LearnKernel", method_texts::kLearnKernelAction, {}, nullptr, WhenRecordingOpenAndIdle,
         [](CommandHost& h) {
             if (h.Busy()) return;
-            LearnKernelCommand(h.Ws(), h.Asker());
+            ShowFailure(h.Asker(), LearnKernelCommand(h.Ws(), h.Asker()));
             h.RedrawAll(false);
         });
     add("menu_CheckAccuracy", method_texts::kCheckAction, {}, nullptr, WhenRecordingOpenAndIdle, CheckAccuracy);

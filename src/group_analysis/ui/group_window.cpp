@@ -243,7 +243,7 @@ void GroupAnalysisWindow::BuildControls() {
 
     auto* buttons = new QHBoxLayout;
     struct Btn { const char* name; const char* text; std::function<void()> run; };
-    for (const Btn& b : {Btn{"Command3", "Save Settings", [this] { ReadControls(); SaveGroupSettingsCommand(ws_.iniPath, settings_, dialogs_); }},
+    for (const Btn& b : {Btn{"Command3", "Save Settings", [this] { ReadControls(); ShowFailure(dialogs_, SaveGroupSettingsCommand(ws_.iniPath, settings_, dialogs_)); }},
                          Btn{"Command10", "Delete Last Result", [this] { Action("menu_LastResult")->trigger(); }},
                          Btn{"Command5", "Clear Results", [this] { Action("menu_ClearResults")->trigger(); }}}) {
         auto* w = new QPushButton(tr(b.text));

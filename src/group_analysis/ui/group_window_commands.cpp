@@ -112,7 +112,7 @@ void GroupAnalysisWindow::RefreshGrid() {
     const ResultKind kind = ws_.results.Empty() ? ResultKind::None
                                                 : ReadResultRow(ws_.results[ws_.results.Count()]).kind;
     gridColumns_ = ResultColumns(kind);
-    gridModel_->Reload(gridColumns_);
+    gridModel_->Reload(gridColumns_, kind, ws_.recording ? ws_.recording->Units() : std::string());
     grid_->resizeColumnsToContents();
 }
 
@@ -142,14 +142,14 @@ void GroupAnalysisWindow::TraceDataOut(bool toClipboard) {
     const auto text = TraceDataText(set_, scale_, RecordingName(), displayedGroup_, dialogs_);
     if (!text) return;
     if (toClipboard) CopyTextThroughFile(*text, kTraceTempFile);
-    else SaveTextFileCommand(*text, dialogs_);
+    else ShowFailure(dialogs_, SaveTextFileCommand(*text, dialogs_));
 }
 
 void GroupAnalysisWindow::CurveDataOut(bool toClipboard) {
     const auto text = CurveDataText(resultCurve_, scale_.units, dialogs_);
     if (!text) return;
     if (toClipboard) CopyTextThroughFile(*text, kTraceTempFile);
-    else SaveTextFileCommand(*text, dialogs_);
+    else ShowFailure(dialogs_, SaveTextFileCommand(*text, dialogs_));
 }
 
 void GroupAnalysisWindow::PlotDataArray(int array) {
@@ -216,16 +216,16 @@ QAction* GroupAnalysisWindow::AddAction(QMenu* menu, const char* name, const QSt
 void GroupAnalysisWindow::BuildMenus() {
     auto done = [this] { RefreshGrid(); };
     QMenu* file = menuBar()->addMenu(tr("&File"));
-    AddAction(file, "menu_SaveResults", tr("&Save Results..."), [this] { SaveResultsCommand(ws_.results, dialogs_); });
+    AddAction(file, "menu_SaveResults", tr("&Save Results..."), [this] { ShowFailure(dialogs_, SaveResultsCommand(ws_.results, dialogs_)); });
     AddAction(file, "menu_LoadResults", tr("&Load Results..."), [this] { StartLoadingResults(); });
-    AddAction(file, "menu_copyasciifile", tr("Save Results as &Text..."), [this] { SaveResultsAsciiCommand(ws_.results, dialogs_); });
+    AddAction(file, "menu_copyasciifile", tr("Save Results as &Text..."), [this] { ShowFailure(dialogs_, SaveResultsAsciiCommand(ws_.results, dialogs_)); });
     AddAction(file, "menu_saveascii", tr("Save Trace &Data..."), [this] { TraceDataOut(false); });
     AddAction(file, "menu_savecurvedata", tr("Save &Curve Data..."), [this] { CurveDataOut(false); });
     AddAction(file, "menu_saveBMP", tr("Save &Picture (PNG, SVG, PDF)..."), [this] { SavePicture(); });
     file->addSeparator();
-    AddAction(file, "menu_SaveSettings", tr("Save Settings"), [this] { ReadControls(); SaveGroupSettingsCommand(ws_.iniPath, settings_, dialogs_); });
-    AddAction(file, "menu_SaveAsCustomSetup", tr("Save as Custom Settings..."), [this] { ReadControls(); SaveGroupCustomSettingsCommand(settings_, dialogs_); });
-    AddAction(file, "menu_LoadSettings", tr("Load Custom Settings..."), [this] { if (LoadGroupCustomSettingsCommand(settings_, dialogs_)) WriteControls(); });
+    AddAction(file, "menu_SaveSettings", tr("Save Settings"), [this] { ReadControls(); ShowFailure(dialogs_, SaveGroupSettingsCommand(ws_.iniPath, settings_, dialogs_)); });
+    AddAction(file, "menu_SaveAsCustomSetup", tr("Save as Custom Settings..."), [this] { ReadControls(); ShowFailure(dialogs_, SaveGroupCustomSettingsCommand(settings_, dialogs_)); });
+    AddAction(file, "menu_LoadSettings", tr("Load Custom Settings..."), [this] { if (ShowFailure(dialogs_, LoadGroupCustomSettingsCommand(settings_, dialogs_))) WriteControls(); });
     AddAction(file, "menu_exit", tr("E&xit"), [this] { close(); });
 
     QMenu* trace = menuBar()->addMenu(tr("&Trace"));

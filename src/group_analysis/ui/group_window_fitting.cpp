@@ -93,7 +93,7 @@ void GroupAnalysisWindow::StartLoadingResults() {
                     std::string(texts::kResultsFileFilter),
                     [name = *name](const JobProgress&) { return ReadResultsFile(name); },
                     [this, name = *name](std::optional<std::vector<ResultBytes>> rows) {
-                        PlaceLoadedResults(ws_.results, dialogs_, name, std::move(rows));
+                        ShowFailure(dialogs_, PlaceLoadedResults(ws_.results, dialogs_, name, std::move(rows)));
                         RefreshGrid();
                     }),
                 this);

@@ -1,5 +1,6 @@
 #include "group_analysis/ui/results_grid_model.h"
 
+#include "group_analysis/result_units.h"
 #include "group_analysis/results_commands.h"
 
 namespace vess::group {
@@ -7,9 +8,12 @@ namespace vess::group {
 ResultsGridModel::ResultsGridModel(const ResultsTable& table, QObject* parent)
     : QAbstractTableModel(parent), table_(table) {}
 
-void ResultsGridModel::Reload(std::vector<ResultColumn> columns) {
+void ResultsGridModel::Reload(std::vector<ResultColumn> columns, ResultKind kind, std::string_view signalUnit) {
     beginResetModel();
     columns_ = std::move(columns);
+    headings_.clear();
+    for (const ResultColumn& c : columns_)
+        headings_.push_back(QString::fromStdString(ColumnHeading(kind, c.title, signalUnit)));
     endResetModel();
 }
 
@@ -32,8 +36,7 @@ QVariant ResultsGridModel::headerData(int section, Qt::Orientation orientation, 
     if (role != Qt::DisplayRole) return {};
     if (orientation == Qt::Vertical) return section + 1;
     if (section < 0 || section >= int(columns_.size())) return {};
-    const std::string_view title = columns_[std::size_t(section)].title;
-    return QString::fromUtf8(title.data(), qsizetype(title.size()));
+    return headings_[std::size_t(section)];
 }
 
 }  // namespace vess::group

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QString>
 
+#include <string_view>
 #include <vector>
 
 #include "group_analysis/result_row.h"
@@ -17,8 +19,9 @@ public:
     ResultsGridModel(const ResultsTable& table, QObject* parent = nullptr);
 
     // The table changed (rows or the kind of its last row): columns of that
-    // kind, every row shown again.
-    void Reload(std::vector<ResultColumn> columns);
+    // kind, headed with their units (signalUnit: the recording's, empty when
+    // none is open), every row shown again.
+    void Reload(std::vector<ResultColumn> columns, ResultKind kind, std::string_view signalUnit);
     const std::vector<ResultColumn>& Columns() const { return columns_; }
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -29,6 +32,7 @@ public:
 private:
     const ResultsTable& table_;
     std::vector<ResultColumn> columns_;
+    std::vector<QString> headings_;
 };
 
 }  // namespace vess::group

@@ -74,11 +74,11 @@ void AddHeartRateCommands(CommandRegistry& r) {
     add(tachogram, "menu_TachogramPlot", "&Plot",
         [](CommandHost& h) { Show(h, hrv::TachogramPlotCommand(h.Ws(), h.Asker())); });
     add(tachogram, "menu_TachogramASCII", "Save as &ASCII...",
-        [](CommandHost& h) { hrv::SaveTachogramAsciiCommand(h.Ws(), h.Asker()); });
+        [](CommandHost& h) { ShowFailure(h.Asker(), hrv::SaveTachogramAsciiCommand(h.Ws(), h.Asker())); });
     add(tachogram, "menu_TachogramABF", "Save as A&BF File...", [](CommandHost& h) {
         const auto folder = h.Ws().iniPath.parent_path();
         EnsureTemplateHeader(folder);  // our own template, made when missing
-        hrv::SaveTachogramAbfCommand(h.Ws(), h.Asker(), folder);
+        ShowFailure(h.Asker(), hrv::SaveTachogramAbfCommand(h.Ws(), h.Asker(), folder));
     });
     add(kMenu, "menu_ScanMissingBeats", "Scan for &Missing Beats...",
         [](CommandHost& h) { hrv::ScanMissingBeatsCommand(h.Ws(), h.Asker()); }, true);

@@ -207,7 +207,7 @@ void SpectrumWindow::ShowSpectrum(SpectrumResult s, const SpectrumOptions& o) {
 }
 
 bool SpectrumWindow::SaveResults() {
-    return result_ && SaveSpectrumCommand(dialogs_, *result_, computedWith_);
+    return result_ && ShowFailure(dialogs_, SaveSpectrumCommand(dialogs_, *result_, computedWith_));
 }
 
 bool SpectrumWindow::SavePlot() {

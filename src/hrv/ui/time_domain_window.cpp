@@ -124,13 +124,13 @@ void TimeDomainWindow::BuildMenus() {
     add(td, "menu_TimeDomainPrint", tr("&Print..."), [this] { PrintGrid(TimeDomainGrid::Results); });
     add(td, "menu_TimeDomainPrintSetup", tr("Print Set&up..."), [this] { PrintSetup(); });
     add(td, "menu_TimeDomain", tr("&Save as Text..."),
-        [this] { SaveGridCommand(dialogs_, grids_, TimeDomainGrid::Results); });
+        [this] { ShowFailure(dialogs_, SaveGridCommand(dialogs_, grids_, TimeDomainGrid::Results)); });
     QMenu* seg = menuBar()->addMenu(Q(texts::kSegmentResults));
     add(seg, "menu_SegmentResultsCopy", tr("&Copy"), [this] { CopyGrid(TimeDomainGrid::Segments); });
     add(seg, "menu_SegmentResultsPrint", tr("&Print..."), [this] { PrintGrid(TimeDomainGrid::Segments); });
     add(seg, "menu_SegmentResultsPrintSetup", tr("Print Set&up..."), [this] { PrintSetup(); });
     add(seg, "menu_SegmentResults", tr("&Save as Text..."),
-        [this] { SaveGridCommand(dialogs_, grids_, TimeDomainGrid::Segments); });
+        [this] { ShowFailure(dialogs_, SaveGridCommand(dialogs_, grids_, TimeDomainGrid::Segments)); });
     QMenu* tacho = menuBar()->addMenu(Q(texts::kTachogramMenu));
     tacho->setObjectName("menu_Tachogram");
     add(tacho, "menu_TachogramGenerate", Q(texts::kGeneratePlot), [this] {
@@ -138,9 +138,9 @@ void TimeDomainWindow::BuildMenus() {
     });
     add(tacho, "menu_TachogramSaveABF", Q(vess::texts::kSaveAsAbf), [this] {
         EnsureTemplateHeader(templateFolder_);
-        SaveTachogramAbfCommand(ws_, dialogs_, templateFolder_);
+        ShowFailure(dialogs_, SaveTachogramAbfCommand(ws_, dialogs_, templateFolder_));
     });
-    add(tacho, "menu_TachogramSaveASCII", Q(texts::kSaveAsAscii), [this] { SaveTachogramAsciiCommand(ws_, dialogs_); });
+    add(tacho, "menu_TachogramSaveASCII", Q(texts::kSaveAsAscii), [this] { ShowFailure(dialogs_, SaveTachogramAsciiCommand(ws_, dialogs_)); });
 }
 
 QAction* TimeDomainWindow::Action(const char* objectName) const { return findChild<QAction*>(objectName); }
@@ -189,7 +189,7 @@ void TimeDomainWindow::StartAnalysis() {
     auto r = std::make_shared<const TimeDomainRequest>(std::move(*request));
     jobs_.Start(MakeJob(std::string(texts::kStartAnalysis), [r](const JobProgress&) { return AnalyseTimeDomain(*r); },
                         [this, r](HrvAnalysis a) {
-                            if (!FileTimeDomain(dialogs_, *r, a, grids_)) return;
+                            if (!ShowFailure(dialogs_, FileTimeDomain(*r, a, grids_))) return;
                             FillGrid(results_, ResultTitles(), grids_.results);
                             FillGrid(segments_, SegmentTitles(), grids_.segments);
                         }),

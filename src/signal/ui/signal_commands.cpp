@@ -15,6 +15,7 @@
 #include "graphs/ui/graph_frame.h"
 #include "recording/job.h"
 #include "recording/template_header.h"
+#include "recording/command_result.h"
 #include "recording/ui/command_registry.h"
 #include "recording/ui/tool_windows.h"
 #include "recording/workspace.h"
@@ -106,7 +107,7 @@ void NoiseSpectrum(CommandHost& host) {
 void EventFree(CommandHost& host) {
     const auto folder = host.Ws().iniPath.parent_path();
     EnsureTemplateHeader(folder);  // our own template, made when missing
-    EventFreeCommand(host.Ws(), host.Asker(), folder);
+    ShowFailure(host.Asker(), EventFreeCommand(host.Ws(), host.Asker(), folder));
 }
 
 void SynchArray(CommandHost& host) {

@@ -15,6 +15,7 @@
 #include "detection/ui/trace_view.h"
 #include "graphs/ui/graph_frame.h"
 #include "recording/job.h"
+#include "recording/command_result.h"
 #include "recording/ui/command_registry.h"
 #include "recording/ui/tool_windows.h"
 #include "recording/workspace.h"
@@ -74,7 +75,7 @@ void StartArraysImport(CommandHost& host) {
                               },
                               [&host](std::pair<std::optional<ImportedArrays>, bool> read) {
                                   if (read.second) return;
-                                  PlaceImportedArrays(host.Ws(), host.Asker(), std::move(read.first));
+                                  ShowFailure(host.Asker(), PlaceImportedArrays(host.Ws(), std::move(read.first)));
                                   ArraysChanged(host);
                               }),
                       host.Tools().Owner());
@@ -185,7 +186,7 @@ void AddDataArrayCommands(CommandRegistry& r) {
         m.Add(Name("menu_PasteArray", k - 1), PasteArrayMenu(k), [k](CommandHost& h) {
             PasteArrayCommand(h.Ws(), h.Asker(), k, QApplication::clipboard()->text().toStdString());
         });
-    m.Add("menu_ArrayAscii", kArrayAsciiMenu, [](CommandHost& h) { SaveArraysAsciiCommand(h.Ws(), h.Asker()); },
+    m.Add("menu_ArrayAscii", kArrayAsciiMenu, [](CommandHost& h) { ShowFailure(h.Asker(), SaveArraysAsciiCommand(h.Ws(), h.Asker())); },
           true);
     m.Add("menu_importAscii", kImportAsciiMenu, StartArraysImport);
 }
