@@ -115,6 +115,8 @@ void MainWindow::BuildLayout() {
     connect(params_, &ParameterPanel::BlocksPerScreenChosen, this, &MainWindow::OnBlocksPerScreen);
     // After Enter in a box the letter keys act on the trace again.
     connect(params_, &ParameterPanel::EditingDone, this, [this] { trace_->setFocus(Qt::OtherFocusReason); });
+    connect(params_, &ParameterPanel::MethodChosen, this, &MainWindow::OnMethodChosen);
+    connect(params_, &ParameterPanel::MethodParametersEdited, this, &MainWindow::OnMethodParametersEdited);
 
     // Buttons; the actions behind them are made in BuildMenus.
     auto* buttons = new QWidget(this);
@@ -135,7 +137,7 @@ void MainWindow::BuildLayout() {
     for (const std::string& item : GroupNavigationItems())
         groupNav_->addItem(QString::fromStdString(item));
     groupNav_->setToolTip(tr("Group followed by the grouped-event jumps (1 2 3 4)"));
-    connect(groupNav_, &QComboBox::activated, this, &MainWindow::OnGroupNavigate);
+    connect(groupNav_, &QComboBox::activated, this, [this](int item) { ws_.settings.navigationGroup = item; });
     grid->addWidget(new QLabel(tr("Navigate group"), buttons), 3, 0);
     grid->addWidget(groupNav_, 3, 1);
     progress_ = new QProgressBar(buttons);
@@ -198,6 +200,7 @@ void MainWindow::BuildLayout() {
         statusBar()->addWidget(l, 1);
     jobs_ = new JobRunner(dialogs_, this);
     statusBar()->addPermanentWidget(jobs_);
+    BuildFilterIndicator();
     connect(jobs_, &JobRunner::RunningChanged, this, &MainWindow::RefreshActions);
     resize(1280, 820);
 }
@@ -231,10 +234,6 @@ void MainWindow::RefreshAll() {
     params_->Show(ws_.settings, ws_.recording ? ws_.recording->Units() : std::string(),
                   ws_.recording ? ws_.recording->IntervalUs() : 0.0);
     groupNav_->setCurrentIndex(GroupNavigationFilter(ws_.settings));
-    if (QAction* tips = Action("menu_DisplayTooltips")) {
-        const QSignalBlocker block(tips);
-        tips->setChecked(ws_.settings.showToolTips);
-    }
     RefreshGrid();
     RefreshTrace();
     RefreshStatus();
@@ -290,11 +289,6 @@ void MainWindow::RefreshTrace() {
         scroll_->setRange(0, 0);
     }
     trace_->update();
-}
-
-void MainWindow::ClearStaleReadouts() {
-    ResetProgress();
-    statusPointer_->clear();
 }
 
 void MainWindow::ResetProgress() {
@@ -384,16 +378,9 @@ std::vector<int32_t> MainWindow::SelectedRows() const {
 
 // ---- Tool-tips -----------------------------------------------------------------
 
-void MainWindow::OnDisplayTooltips(bool on) {
-    ws_.settings.showToolTips = on;
-    if (!on) QToolTip::hideText();
-}
-
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::ToolTip && !ws_.settings.showToolTips) return true;
     return QMainWindow::eventFilter(watched, event);
 }
-
-// ---- Closing -----------------------------------------------------------------
 
 }  // namespace vess

@@ -1,5 +1,5 @@
-// Analysis commands of the main window: the buttons Command1..Command5, the
-// non-stop run and the mouse commands on the trace.
+// The non-stop run's progress and the mouse commands on the trace of the
+// main window.
 #include <QAction>
 #include <QProgressBar>
 #include <QTableView>
@@ -8,8 +8,11 @@
 
 #include "app/main_window.h"
 #include "app/nonstop_runner.h"
+#include "detection/double_peak.h"
+#include "detection/point_commands.h"
 #include "detection/screen_commands.h"
 #include "detection/editing.h"
+#include "detection/ui/analysis_commands.h"
 #include "detection/ui/event_sound.h"
 #include "detection/ui/trace_view.h"
 #include "recording/ui/event_grid_model.h"
@@ -21,34 +24,6 @@ namespace {
 constexpr double kPickRadiusPx = 10;
 
 }  // namespace
-
-void MainWindow::OnAnalyze() {
-    if (!ws_.recording || nonStop_->Running() || !ReadyToDetect()) return;
-    const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws_, dialogs_);
-    sound_->Stored(r.eventsAdded, ws_.settings.soundOn);
-    if (r.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
-    AfterEdit(false);
-}
-
-void MainWindow::OnAnalyzeNext() {
-    if (!ws_.recording || nonStop_->Running() || !ReadyToDetect()) return;
-    const NextWindowResult r = AnalyzeNextWindow(ws_, dialogs_);
-    sound_->Stored(r.analysis.eventsAdded, ws_.settings.soundOn);
-    if (r.analysis.eventsAdded > 0) ws_.selectedEvent = ws_.events.Count();
-    AfterEdit(false);
-}
-
-void MainWindow::OnNonStop() {
-    if (!ws_.recording || nonStop_->Running() || !ReadyToDetect(true)) return;
-    progress_->setFormat(tr("Non-stop analysis: %v screens"));
-    nonStop_->Start(dialogs_);
-    RefreshActions();
-}
-
-void MainWindow::OnStop() {
-    if (nonStop_->Running()) nonStop_->Stop();
-    RefreshTrace();
-}
 
 void MainWindow::OnNonStopProgress(bool finished) {
     const NonStopAnalysis::Progress p = nonStop_->GetProgress();
@@ -63,15 +38,6 @@ void MainWindow::OnNonStopProgress(bool finished) {
     if (finished) {
         RefreshActions();
         ReportReadFaultOnce();
-    }
-}
-
-void MainWindow::OnReset() {
-    if (nonStop_->Running()) return;
-    if (ResetEvents(ws_, dialogs_)) {
-        ws_.selectedEvent = 0;
-        ResetProgress();
-        AfterEdit(true);
     }
 }
 
@@ -110,16 +76,25 @@ void MainWindow::OnTraceClicked(int64_t index, Qt::MouseButton button,
     if (mods == Qt::ShiftModifier) {
         if (!picked) return;
         ws_.selectedEvent = picked;
-        OnRecalculate();
+        RecalculateSelectedEvent(*this);
         return;
     }
     if (mods == Qt::AltModifier) {
-        DetectDoublePeakAt(index);
+        const int32_t before = ws_.events.Count();
+        ShowDoublePeak(*this, DetectDoublePeakAtPoint(ws_, dialogs_, index), before);
         return;
     }
     const bool lowThresholds = mods == (Qt::ControlModifier | Qt::AltModifier);
     if (mods != Qt::NoModifier && !lowThresholds) return;
     DetectAtClick(index, lowThresholds);
+}
+
+void MainWindow::DetectAtClick(int64_t index, bool lowThresholds) {
+    const int32_t before = ws_.events.Count();
+    const PointCommandResult r = DetectAtPoint(ws_, dialogs_, index, lowThresholds);
+    if (r.eventIndex > 0) ws_.selectedEvent = r.eventIndex;
+    sound_->Stored(ws_.events.Count() - before, ws_.settings.soundOn);
+    AfterEdit(ws_.events.Count() != before || r.eventIndex > 0);
 }
 
 }  // namespace vess

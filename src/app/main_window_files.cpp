@@ -1,31 +1,22 @@
-// File commands of the main window: opening from the file lists, event files,
-// exports, settings and parameter files, the detection parameter boxes, and
-// the questions before the window closes.
+// Files and parameters on the main window: opening from the file lists, the
+// detection parameter boxes and method, and the questions before the window
+// closes.
 #include <QAction>
 #include <QCloseEvent>
-#include <QDialog>
-#include <QDialogButtonBox>
 #include <QFileInfo>
-#include <QFontDatabase>
-#include <QLabel>
-#include <QPlainTextEdit>
-#include <QVBoxLayout>
 
 #include "app/main_window.h"
 #include "app/nonstop_runner.h"
-#include "detection/ui/parameter_panel.h"
 #include "recording/texts.h"
-#include "detection/ui/trace_view.h"
-#include "recording/event_exports.h"
 #include "recording/event_file.h"
+#include "recording/file_list.h"
+#include "recording/settings_file.h"
 #include "detection/editing.h"
 #include "detection/screen_commands.h"
-#include "recording/file_list.h"
-#include "recording/parameter_file.h"
 #include "recording/recent_recordings.h"
-#include "recording/settings_file.h"
 #include "recording/ui/event_grid_model.h"
 #include "recording/ui/file_browser.h"
+#include "detection/ui/trace_view.h"
 
 namespace vess {
 
@@ -43,7 +34,7 @@ void MainWindow::OnFileChosen(const QString& path) {
         fitColumns_ = true;
         if (!ws_.events.Empty()) ws_.selectedEvent = 1;
         RememberRecording(ws_.iniPath, path.toStdString());
-        ClearStaleReadouts();
+        ClearReadouts();
     }
     if (ws_.recording.get() != before) trace_->ResetScale();
     gridModel_->ContentChanged();
@@ -67,68 +58,6 @@ bool MainWindow::AskToSaveUnsavedEvents() {
     return true;
 }
 
-void MainWindow::OnOpenEvent() {
-    if (Busy()) return;
-    if (ShowFailure(dialogs_, OpenEventFileCommand(ws_, dialogs_))) {
-        ws_.selectedEvent = ws_.events.Empty() ? 0 : 1;
-        gridModel_->ContentChanged();
-        ClearStaleReadouts();
-    }
-    RefreshAll();
-}
-
-void MainWindow::OnSaveEvent() {
-    // An event file names its data file: without a recording there is none.
-    if (!ws_.recording) return;
-    ShowFailure(dialogs_, SaveEventFileCommand(ws_, dialogs_));
-    RefreshStatus();
-}
-
-void MainWindow::OnSaveData() { ShowFailure(dialogs_, SaveDataCommand(ws_, dialogs_)); }
-void MainWindow::OnSaveAscii() { ShowFailure(dialogs_, SaveToAsciiFileCommand(ws_, dialogs_)); }
-
-void MainWindow::OnDatInfo() {
-    if (!ws_.recording) return;
-    QDialog box(this);
-    box.setObjectName("DatInfo");
-    box.setWindowTitle(tr("Data File Information"));
-    auto* text = new QPlainTextEdit(QString::fromStdString(ws_.recording->InfoReport()), &box);
-    text->setReadOnly(true);
-    text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &box);
-    connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
-    auto* layout = new QVBoxLayout(&box);
-    layout->addWidget(text);
-    layout->addWidget(buttons);
-    box.resize(560, 640);
-    box.exec();
-}
-
-void MainWindow::OnSaveSettings() { ShowFailure(dialogs_, SaveSettingsCommand(ws_, dialogs_)); }
-
-void MainWindow::OnSaveSettingsCustom() { ShowFailure(dialogs_, SaveCustomSettingsCommand(ws_, dialogs_)); }
-
-void MainWindow::OnLoadSettings() {
-    if (ShowFailure(dialogs_, LoadCustomSettingsCommand(ws_, dialogs_))) {
-        gridModel_->ContentChanged();
-        RefreshAll();
-    }
-}
-
-void MainWindow::OnSaveParameter() { ShowFailure(dialogs_, SaveParameterFileCommand(ws_, dialogs_)); }
-
-void MainWindow::OnLoadParameter() {
-    if (ShowFailure(dialogs_, LoadParameterFileCommand(ws_, dialogs_))) RefreshAll();
-}
-
-void MainWindow::OnSuggest(int entry) {
-    if (Busy()) return;
-    SuggestParameters(ws_, dialogs_, entry, [this] { return ResetEvents(ws_, dialogs_); });
-    KeepSelectionValid(ws_);
-    gridModel_->ContentChanged();
-    RefreshAll();
-}
-
 void MainWindow::OnParametersEdited(const AnalysisParameters& params) {
     ws_.settings.analysis = params;
     RefreshTrace();  // the event direction places the baseline in the frame
@@ -144,6 +73,13 @@ void MainWindow::OnNumberPointsPeak(int points) {
     }
     RefreshAll();
 }
+
+void MainWindow::OnMethodChosen(DetectionMethod method) {
+    ws_.settings.method.method = method;
+    RefreshAll();
+}
+
+void MainWindow::OnMethodParametersEdited(const MethodParameters& method) { ws_.settings.method = method; }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (nonStop_->Running()) nonStop_->Stop();

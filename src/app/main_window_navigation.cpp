@@ -1,6 +1,6 @@
-// Navigation on the main window: keys and buttons that move the screen or
-// the selected event, the scroll bar, the grid's current row and the display
-// scale. The core decides where to go; the window shows it.
+// Navigation on the main window: the scroll bar, the overview, the grid's
+// current row and column titles, and the screen length. The core decides
+// where to go; the window shows it.
 #include <QComboBox>
 #include <QTableView>
 
@@ -9,46 +9,12 @@
 #include "detection/overview.h"
 #include "detection/ui/overview_strip.h"
 #include "detection/navigation.h"
+#include "detection/ui/editing_commands.h"
+#include "detection/ui/navigation_commands.h"
 #include "detection/ui/trace_view.h"
+#include "recording/event_grid.h"
 
 namespace vess {
-
-void MainWindow::AfterNavigation(const NavResult& result) {
-    if (!result.moved) return;
-    ApplyNavigation(ws_, result);
-    RefreshTrace();
-    ShowSelection();
-    RefreshStatus();
-    RefreshActions();
-}
-
-void MainWindow::Go(int command) {
-    if (NonStopRunning()) return;
-    AfterNavigation(Navigate(ws_, static_cast<NavCommand>(command)));
-}
-
-void MainWindow::OnJumpTime() {
-    if (NonStopRunning()) return;
-    AfterNavigation(JumpToTime(ws_, dialogs_));
-}
-
-void MainWindow::OnJumpEvent() {
-    if (NonStopRunning()) return;
-    AfterNavigation(JumpToEventNumber(ws_, dialogs_));
-}
-
-void MainWindow::OnDisplayStep(int step) {
-    const DisplayScale next = StepDisplay(DisplayScaleFromSettings(ws_.settings),
-                                          static_cast<DisplayStep>(step), trace_->FullSpanCounts());
-    StoreDisplayScale(ws_.settings, next);
-    RefreshTrace();
-}
-
-void MainWindow::OnFitDisplay() {
-    if (!ws_.recording) return;
-    StoreDisplayScale(ws_.settings, trace_->FitAllScale());
-    RefreshTrace();
-}
 
 BackgroundJob& MainWindow::OverviewReader() {
     if (!overviewReader_) overviewReader_ = new BackgroundJob(this);
@@ -65,12 +31,6 @@ void MainWindow::ReadOverview() {
     OverviewReader().Start(OverviewJob(rec->Path(), rec->Channel(), [this, rec](BlockExtremes blocks) {
         overview_->SetExtremes(rec, std::move(blocks));
     }));
-}
-
-void MainWindow::OnResetDisplay() {
-    trace_->ResetZoom();  // back to the whole screen
-    StoreDisplayScale(ws_.settings, DisplayScale{});
-    RefreshTrace();
 }
 
 // The screen length changes the tiling: the screen that holds the first block
@@ -92,7 +52,7 @@ void MainWindow::ShowScreen(int32_t startBlock) {
     r.screenStartBlock = startBlock;
     r.selectedEvent = ws_.selectedEvent;
     r.moved = r.screenStartBlock != ws_.screenStartBlock;
-    AfterNavigation(r);
+    ShowNavigation(*this, r);
 }
 
 void MainWindow::OnOverviewSample(int64_t sample) { ShowScreen(GeometryOf(ws_).ScreenOfSample(sample)); }
@@ -112,10 +72,9 @@ void MainWindow::OnGridRowChosen(int row) {
     RefreshActions();
 }
 
-void MainWindow::OnGroupNavigate(int item) {
-    ws_.settings.navigationGroup = item;
+void MainWindow::OnGridHeaderClicked(int column) {
+    if (column < 1 || column > kEventFieldCount || Busy()) return;
+    SortEventsBy(*this, FieldOfColumn(column));
 }
-
-void MainWindow::OnToggleCursors(bool on) { trace_->SetCursorsOn(on); }
 
 }  // namespace vess

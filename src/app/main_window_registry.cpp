@@ -1,14 +1,17 @@
-// The registered commands on the main window: their menus, actions, keys and
-// enabling, and the main window as the host their handlers run on.
+// The registered commands on the main window: their menus, actions, tool
+// bar, keys and enabling, and the main window as the host their handlers
+// run on.
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
+#include <QSignalBlocker>
+#include <QTableView>
+#include <QToolBar>
 
 #include <algorithm>
 
 #include "app/job_runner.h"
 #include "app/main_window.h"
-#include "detection/editing.h"
 
 namespace vess {
 namespace {
@@ -20,6 +23,15 @@ QMenu* SubMenu(const QList<QAction*>& actions, const QString& title) {
     for (QAction* a : actions)
         if (a->menu() && Plain(a->menu()->title()) == Plain(title)) return a->menu();
     return nullptr;
+}
+
+// Commands in menu order: lower order first, registration order among equals.
+std::vector<const Command*> InOrder(const std::vector<Command>& all) {
+    std::vector<const Command*> commands;
+    for (const Command& c : all) commands.push_back(&c);
+    std::stable_sort(commands.begin(), commands.end(),
+                     [](const Command* a, const Command* b) { return a->order < b->order; });
+    return commands;
 }
 
 }  // namespace
@@ -48,54 +60,79 @@ void MainWindow::BuildRegisteredCommands() {
         if (before) menuBar()->insertMenu(before, new QMenu(place.title, menuBar()));
         QMenu* menu = MenuAt(place.title);
         menu->setObjectName(place.objectName);
-        actions_[place.objectName] = menu->menuAction();
+        menu->setToolTipsVisible(true);
+        menu->menuAction()->setObjectName(place.objectName);
+        if (!place.objectName.isEmpty()) actions_[place.objectName] = menu->menuAction();
     }
+    toolBar_ = addToolBar(tr("Navigation"));
+    toolBar_->setObjectName("tbNavigation");
+    toolBar_->setMovable(false);
 
-    std::vector<const Command*> commands;
-    for (const Command& c : registry.Commands()) commands.push_back(&c);
-    std::stable_sort(commands.begin(), commands.end(),
-                     [](const Command* a, const Command* b) { return a->order < b->order; });
-    for (const Command* c : commands) {
-        QMenu* menu = MenuAt(c->menuPath);
-        QAction* const before = c->before.isEmpty() ? nullptr : Action(c->before);
-        if (c->separatorBefore) menu->insertSeparator(before);
-        QAction* a = nullptr;
-        if (c->fillMenu) {
-            auto* sub = new QMenu(c->caption, menu);
-            menu->insertMenu(before, sub);
-            sub->setObjectName(c->objectName);
-            a = sub->menuAction();
-            connect(sub, &QMenu::aboutToShow, this, [this, sub, c] {
+    // Entries placed in front of another come after every entry they may
+    // name is made.
+    const std::vector<const Command*> commands = InOrder(registry.Commands());
+    for (const bool placedBefore : {false, true})
+        for (const Command* c : commands)
+            if (c->before.isEmpty() != placedBefore) AddRegistered(*c);
+}
+
+void MainWindow::AddRegistered(const Command& c) {
+    QMenu* menu = c.menuPath.isEmpty() ? nullptr : MenuAt(c.menuPath);
+    QAction* const before = c.before.isEmpty() ? nullptr : Action(c.before);
+    if (menu && c.separatorBefore) menu->insertSeparator(before);
+    QAction* a = nullptr;
+    if (c.fillMenu || c.subMenu) {
+        auto* sub = new QMenu(c.caption, menu);
+        sub->setToolTipsVisible(true);
+        menu->insertMenu(before, sub);
+        sub->setObjectName(c.objectName);
+        a = sub->menuAction();
+        a->setObjectName(c.objectName);
+        if (c.fillMenu)
+            connect(sub, &QMenu::aboutToShow, this, [this, sub, &c] {
                 sub->clear();
-                c->fillMenu(sub, *this);
+                c.fillMenu(sub, *this);
             });
+    } else {
+        a = new QAction(c.caption, this);
+        a->setObjectName(c.objectName);
+        if (c.standardKey != QKeySequence::UnknownKey)
+            a->setShortcuts(c.standardKey);
+        else
+            a->setShortcuts(c.keys);
+        a->setShortcutContext(Qt::WindowShortcut);
+        if (c.toggle) {
+            a->setCheckable(true);
+            connect(a, &QAction::toggled, this, [this, &c](bool on) { c.toggle(*this, on); });
         } else {
-            a = new QAction(c->caption, this);
-            a->setObjectName(c->objectName);
-            a->setShortcuts(c->keys);
-            a->setShortcutContext(Qt::WindowShortcut);
-            connect(a, &QAction::triggered, this, [this, c] { c->run(*this); });
-            menu->insertAction(before, a);
-            addAction(a);  // keys work while the menu bar is hidden
+            connect(a, &QAction::triggered, this, [this, &c] { c.run(*this); });
         }
-        if (!c->toolTip.isEmpty()) {
-            a->setToolTip(c->toolTip);
-            a->setStatusTip(c->toolTip);
-        }
-        actions_[c->objectName] = a;
-        registered_.push_back({a, c});
+        if (menu) menu->insertAction(before, a);
+        addAction(a);  // keys work while the menu bar is hidden
     }
+    if (!c.toolTip.isEmpty()) {
+        a->setToolTip(c.toolTip);
+        a->setStatusTip(c.toolTip);
+    }
+    if (!c.toolBarText.isEmpty()) {
+        if (c.toolBarSeparatorBefore) toolBar_->addSeparator();
+        a->setIconText(c.toolBarText);
+        toolBar_->addAction(a);
+    }
+    actions_[c.objectName] = a;
+    registered_.push_back({a, &c});
 }
 
-void MainWindow::RefreshRegisteredActions() {
+void MainWindow::RefreshActions() {
     const CommandState state{ws_, NonStopRunning(), jobs_->Running()};
-    for (const auto& [action, command] : registered_)
+    for (const auto& [action, command] : registered_) {
         action->setEnabled(!command->enabledWhen || command->enabledWhen(state));
-}
-
-void MainWindow::Redraw(bool eventsChanged) {
-    if (eventsChanged) KeepSelectionValid(ws_);
-    AfterEdit(eventsChanged);
+        if (command->checkedWhen) {
+            const QSignalBlocker block(action);
+            action->setChecked(command->checkedWhen(state));
+        }
+        if (command->captionWhen) action->setText(command->captionWhen(state));
+    }
 }
 
 }  // namespace vess

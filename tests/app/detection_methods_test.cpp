@@ -1,6 +1,7 @@
 // The detection method chosen on the main window reaches the keys, non-stop,
 // the suggestion, the learned kernel and the accuracy check's job; the
 // methods themselves are checked in tests/detection.
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -107,8 +108,9 @@ TEST_F(MethodGuiTest, AccuracyCheckShowsItsTableAndStopsCleanly) {
     EXPECT_FALSE(check->isVisible());
     ASSERT_TRUE(WaitFor([&] { return !check->Running(); }, 60000));
     EXPECT_EQ(check->Status(), method_texts::kCheckStopped);
+    // The graph frame, a window of the main window, took the activation.
     window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    ASSERT_TRUE(WaitFor([&] { return QApplication::activeWindow() == window.get(); }));
     window->Trace()->setFocus();
     AnalyseUntilEvents(3);
 

@@ -181,21 +181,19 @@ TEST_F(PlotWidgetTest, ColourMapIsDrawnWithItsColourScale) {
 
 class GraphFrameTest : public ::testing::Test {
 protected:
-    void TearDown() override {
-        CloseGraphFrame();
-        SetGraphDialogs(nullptr);
-    }
     ScriptedDialogs dialogs;
     TempDir dir;
+    QWidget owner;  // the main window's place
+    ToolWindows tools{&owner, &dialogs};
 };
 
 TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenAndPlotAll) {
     EXPECT_EQ(CurrentGraphFrame(), nullptr);
-    ShowPlot(Histogram());
+    ShowPlot(tools, Histogram());
     GraphFrame* frame = CurrentGraphFrame();
     ASSERT_NE(frame, nullptr);
     EXPECT_FALSE(frame->Action("graph_PlotAll")->isEnabled());
-    ShowPlot(Mixed());
+    ShowPlot(tools, Mixed());
     EXPECT_EQ(CurrentGraphFrame(), frame);
     ASSERT_EQ(frame->Plots().size(), 2u);
     EXPECT_EQ(frame->CurrentPlot(), frame->Plots()[1]);
@@ -211,8 +209,7 @@ TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenAndPlotAll) {
 }
 
 TEST_F(GraphFrameTest, ExportAsksForTheFileThroughTheProgramsDialogs) {
-    SetGraphDialogs(&dialogs);
-    ShowPlot(Histogram());
+    ShowPlot(tools, Histogram());
     GraphFrame* frame = CurrentGraphFrame();
     const std::string stem = (dir / "exported").string();
     dialogs.AnswerSaveFile(stem);  // no extension: PNG is the default
@@ -265,14 +262,15 @@ PlotData Decay(const std::string& title) {
 
 class GraphLayoutTest : public ::testing::Test {
 protected:
-    void TearDown() override { CloseGraphFrame(); }
+    QWidget owner;  // the main window's place
+    ToolWindows tools{&owner};
 };
 
 TEST_F(GraphLayoutTest, NewPlotsTileInsideTheFrameWithWrappedTitles) {
     const std::string longTitle =
         "Noise power spectral density of 171116sh_0020_saved.abf channel 0 from 0 to 70 s, "
         "Welch segments of 4096 points, filtered: Bessel low-pass 1000 Hz, order 4";
-    for (int i = 0; i < 4; ++i) ShowPlot(Decay(i == 0 ? longTitle : "Plot " + std::to_string(i)));
+    for (int i = 0; i < 4; ++i) ShowPlot(tools, Decay(i == 0 ? longTitle : "Plot " + std::to_string(i)));
     GraphFrame* frame = CurrentGraphFrame();
     ASSERT_NE(frame, nullptr);
     ASSERT_TRUE(QTest::qWaitForWindowExposed(frame));
@@ -294,7 +292,7 @@ TEST_F(GraphLayoutTest, NewPlotsTileInsideTheFrameWithWrappedTitles) {
 }
 
 TEST_F(GraphLayoutTest, LegendLeavesTheCrowdedCornerAndAxesSwitchToLogAndBack) {
-    PlotWidget* plot = ShowPlot(Decay("Spectrum"));
+    PlotWidget* plot = ShowPlot(tools, Decay("Spectrum"));
     ASSERT_TRUE(QTest::qWaitForWindowExposed(CurrentGraphFrame()));
     QCustomPlot* canvas = plot->Canvas();
     // 1/f^2 on linear axes fills the left edge and the bottom: top right is free.

@@ -43,22 +43,13 @@ protected:
             t += 700 + 25 * std::sin(2 * M_PI * 0.25 * t / 1000) + 15 * std::sin(2 * M_PI * 0.08 * t / 1000);
         }
     }
-    void Click(QWidget& w, const char* name) {
-        auto* b = w.findChild<QPushButton*>(name);
-        ASSERT_NE(b, nullptr) << name;
-        QTest::mouseClick(b, Qt::LeftButton);
-    }
-    void Choose(QWidget& w, const char* list, const QString& text) {
-        auto* c = w.findChild<QComboBox*>(list);
-        ASSERT_NE(c, nullptr) << list;
-        c->setCurrentText(text);
-    }
+    static void Click(QPushButton* b) { QTest::mouseClick(b, Qt::LeftButton); }
     // Start is disabled while the job runs and enabled again when it ends.
-    void RunAsJob(QWidget& w, JobRunner& jobs) {
-        Click(w, "Command1");
-        EXPECT_FALSE(w.findChild<QPushButton*>("Command1")->isEnabled());
+    void RunAsJob(QPushButton* start, JobRunner& jobs) {
+        Click(start);
+        EXPECT_FALSE(start->isEnabled());
         ASSERT_TRUE(QTest::qWaitFor([&] { return !jobs.Running(); }, 10000));
-        EXPECT_TRUE(w.findChild<QPushButton*>("Command1")->isEnabled());
+        EXPECT_TRUE(start->isEnabled());
     }
     TempDir dir;
     Workspace ws;
@@ -69,18 +60,18 @@ TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
     JobRunner jobs(dialogs);
     hrv::TimeDomainWindow w(ws, dialogs, jobs, dir.Path());
     w.show();
-    auto* preset = w.findChild<QComboBox*>("cbPreset");
+    QComboBox* preset = w.PresetBox();
     preset->setCurrentIndex(1);
     emit preset->activated(1);
     EXPECT_EQ(w.Options().lowerBoundMs, 300);
-    Choose(w, "cbRRUBound", "900");
-    EXPECT_EQ(w.findChild<QLabel*>("lbPresetInForce")->text(), "In force: Custom");
+    w.UpperBoundBox()->setCurrentText("900");
+    EXPECT_EQ(w.PresetInForceLabel()->text(), "In force: Custom");
 
-    auto* results = w.findChild<QTableWidget*>("TDBGrid1");
-    for (int run = 0; run < 2; ++run) RunAsJob(w, jobs);  // the same file again replaces its row
+    QTableWidget* results = w.ResultsGrid();
+    for (int run = 0; run < 2; ++run) RunAsJob(w.RunButton(), jobs);  // the same file again replaces its row
     ASSERT_EQ(results->rowCount(), 1);
     EXPECT_EQ(results->item(0, 1)->text(), "400");  // n RR
-    EXPECT_GE(w.findChild<QTableWidget*>("TDBGrid2")->rowCount(), 1);
+    EXPECT_GE(w.SegmentsGrid()->rowCount(), 1);
 
     QHeaderView* header = results->horizontalHeader();
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
@@ -96,20 +87,20 @@ TEST_F(HrvWindowTest, TimeDomainGridsDefinitionsCopySaveAndPresets) {
     EXPECT_TRUE(std::filesystem::exists(dir / "segments.txt"));
     EXPECT_EQ(dialogs.Messages().back().caption, "File Exist");
 
-    Click(w, "Command2");
+    Click(w.SaveButton());
     EXPECT_EQ(IniFile::Load(ws.iniPath).Get("HRV", "RRUBound"), "900");
 }
 
 TEST_F(HrvWindowTest, GeometricPanesAndMeasures) {
     hrv::GeometricWindow w(ws, dialogs);
     w.show();
-    Choose(w, "cbRRUBound", "2000");  // the beats of about 700 ms within the bounds
-    Choose(w, "cbRRLBound", "300");
-    Choose(w, "cbRRBinSize", "5");
-    Click(w, "Command1");
+    w.UpperBoundBox()->setCurrentText("2000");  // the beats of about 700 ms within the bounds
+    w.LowerBoundBox()->setCurrentText("300");
+    w.RRBinBox()->setCurrentText("5");
+    Click(w.RunButton());
     for (PlotWidget* pane : w.Panes()) ASSERT_NE(pane, nullptr);
     EXPECT_NE(w.Panes()[0]->Description().title.find("bin size=5 msec"), std::string::npos);
-    EXPECT_TRUE(w.findChild<QLabel*>("lbMeasures")->text().contains("TINN"));
+    EXPECT_TRUE(w.MeasuresLabel()->text().contains("TINN"));
 }
 
 // The stored bounds are no preset's until "Human" is chosen; then the
@@ -118,15 +109,15 @@ TEST_F(HrvWindowTest, SpectrumPresetBandsAndExport) {
     JobRunner jobs(dialogs);
     hrv::SpectrumWindow w(ws, dialogs, jobs);
     w.show();
-    auto* label = w.findChild<QLabel*>("lbPresetInForce");
+    QLabel* label = w.PresetInForceLabel();
     EXPECT_EQ(label->text(), "In force: Custom");
-    auto* preset = w.findChild<QComboBox*>("cbSpectrumPreset");
+    QComboBox* preset = w.PresetBox();
     preset->setCurrentIndex(0);
     emit preset->activated(0);
-    EXPECT_EQ(w.findChild<QComboBox*>("cbRRLBound")->currentText(), "300");
+    EXPECT_EQ(w.LowerBoundBox()->currentText(), "300");
     EXPECT_EQ(label->text(), "In force: Human");
 
-    RunAsJob(w, jobs);
+    RunAsJob(w.RunButton(), jobs);
     ASSERT_TRUE(w.Result());
     EXPECT_EQ(w.Table()->item(2, 0)->text(), "HF");
     EXPECT_NEAR(w.Result()->hf.peakHz, 0.25, 1.0 / 64);  // the 0.25 Hz modulation built in
@@ -142,8 +133,8 @@ TEST_F(HrvWindowTest, MainWindowHeartRateMenuOpensTheWindows) {
     main.Action("menu_HRV")->trigger();
     main.Action("menu_HRV")->trigger();  // raised, not opened twice
     ASSERT_EQ(main.findChildren<hrv::TimeDomainWindow*>().size(), 1);
-    EXPECT_TRUE(main.findChild<hrv::TimeDomainWindow*>("frmHRV")->isVisible());
-    main.findChild<hrv::TimeDomainWindow*>("frmHRV")->close();
+    EXPECT_TRUE(main.Tools().Find<hrv::TimeDomainWindow>()->isVisible());
+    main.Tools().Find<hrv::TimeDomainWindow>()->close();
 }
 
 }  // namespace

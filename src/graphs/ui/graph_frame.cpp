@@ -4,7 +4,6 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
-#include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 
@@ -18,9 +17,6 @@
 namespace vess {
 
 namespace {
-
-QPointer<GraphFrame> sharedFrame;
-Dialogs* sharedDialogs = nullptr;
 
 constexpr const char* kExportCaption = "Export Plot";
 constexpr const char* kPlotAllTitle = "All Plots";
@@ -172,25 +168,34 @@ void GraphFrame::EditAxes(PlotWidget* plot) {
     dialog.exec();
 }
 
-PlotWidget* ShowPlot(const PlotData& plot) {
-    if (!sharedFrame) {
-        sharedFrame = new GraphFrame;
-        sharedFrame->SetDialogs(sharedDialogs);
-        QObject::connect(qApp, &QCoreApplication::aboutToQuit, sharedFrame.data(), &QObject::deleteLater);
-    }
-    PlotWidget* widget = sharedFrame->AddPlot(plot);
-    sharedFrame->show();
-    sharedFrame->raise();
+PlotWidget* ShowPlot(ToolWindows& tools, const PlotData& plot) {
+    auto* frame = tools.Show<GraphFrame>(
+        [&tools](QWidget* owner) {
+            auto* f = new GraphFrame(owner);
+            f->SetDialogs(tools.Asker());
+            return f;
+        },
+        ToolWindows::Focus::Keep);
+    return frame->AddPlot(plot);
+}
+
+PlotWidget* ShowPlot(QWidget* from, const PlotData& plot) {
+    if (ToolWindows* tools = ToolWindows::Of(from)) return ShowPlot(*tools, plot);
+    // A window shown on its own, without the main window: a frame of its own.
+    auto* frame = new GraphFrame(from->window());
+    frame->setWindowFlag(Qt::Window);
+    frame->setAttribute(Qt::WA_DeleteOnClose);
+    PlotWidget* widget = frame->AddPlot(plot);
+    frame->show();
     return widget;
 }
 
-GraphFrame* CurrentGraphFrame() { return sharedFrame.data(); }
-
-void CloseGraphFrame() { delete sharedFrame.data(); }
-
-void SetGraphDialogs(Dialogs* dialogs) {
-    sharedDialogs = dialogs;
-    if (sharedFrame) sharedFrame->SetDialogs(dialogs);
+GraphFrame* CurrentGraphFrame() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* frame = qobject_cast<GraphFrame*>(w)) return frame;
+    return nullptr;
 }
+
+void CloseGraphFrame() { delete CurrentGraphFrame(); }
 
 }  // namespace vess

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "graphs/plot.h"
+#include "recording/ui/tool_windows.h"
 #include "recording/ui/window_dialogs.h"
 
 class QMdiArea;
@@ -59,14 +60,16 @@ private:
     int untitled_ = 0;
 };
 
-// The program's graph frame, opened and raised when needed; the plot goes
-// into a new child window. Returns the child's plot.
-PlotWidget* ShowPlot(const PlotData& plot);
-// The graph frame if one is open, else nullptr.
+// The graph frame among the tool windows, opened and raised when needed (its
+// questions go through the tool windows' dialogs); the plot goes into a new
+// child window. Returns the child's plot.
+PlotWidget* ShowPlot(ToolWindows& tools, const PlotData& plot);
+// The same from a window of the program: the graph frame of the main window
+// it belongs to.
+PlotWidget* ShowPlot(QWidget* from, const PlotData& plot);
+// The graph frame on screen, if one is open, else nullptr.
 GraphFrame* CurrentGraphFrame();
-// Closes and deletes the graph frame with its plots.
+// Closes and deletes that graph frame with its plots.
 void CloseGraphFrame();
-// The dialogs every graph frame uses from now on (may be nullptr).
-void SetGraphDialogs(Dialogs* dialogs);
 
 }  // namespace vess

@@ -122,7 +122,7 @@ void GroupAnalysisWindow::ApplyAnalysis(TraceAnalysisRun run) {
     AppendTraceAnalysisRows(ws_.results, run, displayedGroup_);
     picture_->SetMarks(JoinedMarks(run));
     RefreshGrid();
-    if (run.outcomes.size() == 1 && run.outcomes[0].plot) ShowPlot(*run.outcomes[0].plot);
+    if (run.outcomes.size() == 1 && run.outcomes[0].plot) ShowPlot(this, *run.outcomes[0].plot);
 }
 
 void GroupAnalysisWindow::StartManualDetection() {

@@ -153,7 +153,7 @@ void GroupAnalysisWindow::CurveDataOut(bool toClipboard) {
 }
 
 void GroupAnalysisWindow::PlotDataArray(int array) {
-    if (auto plot = DataArrayHistogramCommand(ws_.Array(array), array, dialogs_)) ShowPlot(*plot);
+    if (auto plot = DataArrayHistogramCommand(ws_.Array(array), array, dialogs_)) ShowPlot(this, *plot);
 }
 
 // Pictures go into documents: they keep the axes and may carry scale bars.
@@ -201,7 +201,7 @@ void GroupAnalysisWindow::RunFluctuation() {
     const auto plot = FluctuationCommand(ws_.results, set_, scale_, displayedType_, displayedGroup_, settings_);
     if (!plot) return;
     RefreshGrid();
-    ShowPlot(*plot);
+    ShowPlot(this, *plot);
 }
 
 QAction* GroupAnalysisWindow::AddAction(QMenu* menu, const char* name, const QString& text,
@@ -261,7 +261,7 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(results, "menu_Put2Array2", tr("Put Column into Array #&2"), [this] { PutColumn(2); });
     auto plot = [this](auto make) {
         if (const ResultColumn* c = CurrentColumn())
-            if (auto p = make(*c)) ShowPlot(*p);
+            if (auto p = make(*c)) ShowPlot(this, *p);
     };
     AddAction(results, "menu_FreqHisto", tr("&Frequency Histogram"), [this, plot] { plot([this](const ResultColumn& c) { return ResultHistogramCommand(ws_.results, c, false, dialogs_); }); });
     AddAction(results, "menu_CumulHisto", tr("C&umulative Histogram"), [this, plot] { plot([this](const ResultColumn& c) { return ResultHistogramCommand(ws_.results, c, true, dialogs_); }); });
@@ -269,7 +269,7 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(results, "menu_scatter", tr("X-Y &Scatter (current and next column)"), [this] {
         const int c = std::max(grid_->currentIndex().column(), 0);
         if (c + 1 < int(gridColumns_.size()))
-            ShowPlot(ScatterPlot(ws_.results, gridColumns_[std::size_t(c)], gridColumns_[std::size_t(c + 1)],
+            ShowPlot(this, ScatterPlot(ws_.results, gridColumns_[std::size_t(c)], gridColumns_[std::size_t(c + 1)],
                                  c + 2 < int(gridColumns_.size()) ? std::optional(gridColumns_[std::size_t(c + 2)]) : std::nullopt));
     });
 

@@ -39,6 +39,11 @@ public:
     const std::optional<HrvAnalysis>& Analysis() const { return analysis_; }
     QPushButton* RunButton() const { return run_; }    // Command1
     QPushButton* SaveButton() const { return save_; }  // Command2
+    QComboBox* UpperBoundBox() const { return upper_; }      // cbRRUBound
+    QComboBox* LowerBoundBox() const { return lower_; }      // cbRRLBound
+    QComboBox* RRBinBox() const { return rrBin_; }           // cbRRBinSize
+    QComboBox* DeltaRRBinBox() const { return deltaBin_; }   // cbDeltaRRBinSize
+    QLabel* MeasuresLabel() const { return measures_; }      // lbMeasures
 
 private:
     void RefreshPreset();

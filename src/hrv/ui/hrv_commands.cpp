@@ -19,8 +19,8 @@ namespace {
 
 constexpr const char* kMenu = "Heart &Rate";
 
-void Show(const std::optional<PlotData>& plot) {
-    if (plot) ShowPlot(*plot);
+void Show(CommandHost& host, const std::optional<PlotData>& plot) {
+    if (plot) ShowPlot(host.Tools(), *plot);
 }
 
 // A window deleted when closed, so that the next opening reads the events
@@ -65,14 +65,14 @@ void AddHeartRateCommands(CommandRegistry& r) {
         });
     });
     add(kMenu, "menu_RRHisto", "RR Interval &Histogram...",
-        [](CommandHost& h) { Show(hrv::RRHistogramCommand(h.Ws(), h.Asker())); }, true);
+        [](CommandHost& h) { Show(h, hrv::RRHistogramCommand(h.Ws(), h.Asker())); }, true);
     add(kMenu, "menu_DeltaRRHisto", "&Delta RR Interval Histogram...",
-        [](CommandHost& h) { Show(hrv::DeltaRRHistogramCommand(h.Ws(), h.Asker())); });
+        [](CommandHost& h) { Show(h, hrv::DeltaRRHistogramCommand(h.Ws(), h.Asker())); });
     add(kMenu, "menu_LorenzPlot", "&Lorenz Plot",
-        [](CommandHost& h) { Show(hrv::LorenzPlotCommand(h.Ws(), h.Asker())); });
+        [](CommandHost& h) { Show(h, hrv::LorenzPlotCommand(h.Ws(), h.Asker())); });
     const char* tachogram = "Heart &Rate/Ta&chogram";
     add(tachogram, "menu_TachogramPlot", "&Plot",
-        [](CommandHost& h) { Show(hrv::TachogramPlotCommand(h.Ws(), h.Asker())); });
+        [](CommandHost& h) { Show(h, hrv::TachogramPlotCommand(h.Ws(), h.Asker())); });
     add(tachogram, "menu_TachogramASCII", "Save as &ASCII...",
         [](CommandHost& h) { ShowFailure(h.Asker(), hrv::SaveTachogramAsciiCommand(h.Ws(), h.Asker())); });
     add(tachogram, "menu_TachogramABF", "Save as A&BF File...", [](CommandHost& h) {

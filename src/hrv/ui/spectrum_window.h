@@ -47,6 +47,9 @@ public:
     QTableWidget* Table() const { return table_; }
     QPushButton* RunButton() const { return buttons_[0]; }   // Command1
     QPushButton* SaveButton() const { return buttons_[1]; }  // Command2
+    QComboBox* PresetBox() const { return preset_; }         // cbSpectrumPreset
+    QComboBox* LowerBoundBox() const { return lower_; }      // cbRRLBound
+    QLabel* PresetInForceLabel() const { return presetInForce_; }  // lbPresetInForce
 
 private:
     void RefreshPreset();

@@ -134,7 +134,7 @@ void TimeDomainWindow::BuildMenus() {
     QMenu* tacho = menuBar()->addMenu(Q(texts::kTachogramMenu));
     tacho->setObjectName("menu_Tachogram");
     add(tacho, "menu_TachogramGenerate", Q(texts::kGeneratePlot), [this] {
-        if (const auto plot = TachogramPlotCommand(ws_, dialogs_)) ShowPlot(*plot);
+        if (const auto plot = TachogramPlotCommand(ws_, dialogs_)) ShowPlot(this, *plot);
     });
     add(tacho, "menu_TachogramSaveABF", Q(vess::texts::kSaveAsAbf), [this] {
         EnsureTemplateHeader(templateFolder_);

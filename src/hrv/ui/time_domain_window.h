@@ -56,6 +56,9 @@ public:
     QPushButton* SaveButton() const { return save_; }         // Command2
     QTableWidget* ResultsGrid() const { return results_; }    // TDBGrid1
     QTableWidget* SegmentsGrid() const { return segments_; }  // TDBGrid2
+    QComboBox* PresetBox() const { return preset_; }          // cbPreset
+    QComboBox* UpperBoundBox() const { return upper_; }       // cbRRUBound
+    QLabel* PresetInForceLabel() const { return presetInForce_; }  // lbPresetInForce
 
 private:
     void BuildOptions(QWidget* panel);
