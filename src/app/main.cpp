@@ -17,6 +17,7 @@
 #include "app/main_window.h"
 #include "app/qt_dialogs.h"
 #include "app/screenshot.h"
+#include "app/unattended_dialogs.h"
 #include "recording/settings_file.h"
 #include "recording/texts.h"
 
@@ -47,10 +48,12 @@ int main(int argc, char** argv) {
     if (!files.isEmpty())  // start in the folder of the file given
         ws.settings.dataFolder = QFileInfo(files.first()).absolutePath().toStdString();
 
-    vess::QtDialogs dialogs;
+    vess::QtDialogs asked;
+    vess::UnattendedDialogs unattended;  // a screenshot waits for no answer
+    vess::Dialogs& dialogs = parser.isSet("screenshot") ? static_cast<vess::Dialogs&>(unattended) : asked;
     vess::MainWindow window(ws, dialogs);
-    dialogs.SetParent(&window);
-    dialogs.SetStartFolder([&ws] { return ws.Folder(); });
+    asked.SetParent(&window);
+    asked.SetStartFolder([&ws] { return ws.Folder(); });
     window.show();
     if (!settingsProblems.empty())
         dialogs.Message(std::string(vess::texts::kSettingsNotLoadedCaption),
