@@ -10,6 +10,7 @@
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/trace_set.h"
 #include "recording/abf_writer.h"
+#include "support/read_back.h"
 #include "support/test_recording.h"
 
 namespace vess::group {
@@ -172,8 +173,7 @@ TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
         frames.push_back(int16_t(2000 + i));
     }
     ASSERT_EQ(WriteAbf(dir / "two.abf", abfLayout, frames), "");
-    AbfError error{};
-    auto rec = Recording::Open(dir / "two.abf", &error);
+    auto rec = test::OpenFile(dir / "two.abf");
     ASSERT_TRUE(rec);
     AnalysisParameters params;
     params.PeriodStartBaseline = 200;  // 4 points
@@ -197,34 +197,25 @@ TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
 
 // The simulated recording is sampled at 40 kHz; each event's peak is taken
 // 2 ms (80 points) after its listed onset, the onset index being
-// round(t x 40000) - 1.
-std::vector<int64_t> Sim1Peaks(const std::filesystem::path& dir) {
-    std::ifstream times(dir / "EventTimes.txt");
+// round(t x 40000) - 1. The average's baseline is the level before the
+// rise: each event rises over the 80 points before its peak, so the flat
+// stretch is the first 160 of the 240 points before the peak. Its mean,
+// summed here by hand, is the baseline; the mean of all 240 points (the
+// rising phase included) is not.
+TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSumAndItsBaselineIsBeforeTheRise) {
+    VESS_REQUIRE_SHARED_DATA();
+    auto rec = test::OpenShared("events/Sim1/Simulation.abf");
+    ASSERT_TRUE(rec);
+    std::ifstream times(test::SharedData() / "events" / "Sim1" / "EventTimes.txt");
     std::vector<int64_t> peaks;
-    for (double t = 0; times >> t;) peaks.push_back(std::llround(t * 40000) - 1 + 80);
-    return peaks;
-}
-
-// Events of group 1 at those peaks (0.025 ms a point).
-EventTable GroupOneAt(const std::vector<int64_t>& peaks) {
-    EventTable events;
-    for (int64_t peak : peaks) {
+    EventTable events;  // group 1 at the peaks, 0.025 ms a point
+    for (double t = 0; times >> t;) {
+        peaks.push_back(std::llround(t * 40000) - 1 + 80);
         EventRecord e;
         e.group = 1;
-        e.time = float(double(peak) * 0.025);
+        e.time = float(double(peaks.back()) * 0.025);
         events.Append(e);
     }
-    return events;
-}
-
-TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSum) {
-    VESS_REQUIRE_SHARED_DATA();
-    const auto dir = test::SharedData() / "events" / "Sim1";
-    AbfError error{};
-    auto rec = Recording::Open(dir / "Simulation.abf", &error);
-    ASSERT_TRUE(rec);
-    const std::vector<int64_t> peaks = Sim1Peaks(dir);
-    const EventTable events = GroupOneAt(peaks);
     ASSERT_EQ(events.Count(), 40);
     AnalysisParameters params;  // PeriodStartBaseline 6000 us: 240 points
     const TraceSet set = BuildGroupTraceSet(*rec, events, params, {.blocks = 2});
@@ -235,21 +226,7 @@ TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSum) {
         for (int64_t peak : peaks) sum += rec->Sample(peak - 240 + j);
         ASSERT_EQ(set.Row(0)[std::size_t(j)], int16_t(std::nearbyint(double(sum) / 40))) << j;
     }
-}
 
-// The average's baseline is the level before the rise: in the simulated
-// set each event rises over the 80 points (2 ms) before its peak, so the
-// flat stretch is the first 160 of the 240 points before the peak. Its mean,
-// summed here by hand, is the baseline; the mean of all 240 points (the
-// rising phase included) is not.
-TEST(RealRecording, AverageBaselineIsTheLevelBeforeTheRise) {
-    VESS_REQUIRE_SHARED_DATA();
-    const auto dir = test::SharedData() / "events" / "Sim1";
-    AbfError error{};
-    auto rec = Recording::Open(dir / "Simulation.abf", &error);
-    ASSERT_TRUE(rec);
-    const EventTable events = GroupOneAt(Sim1Peaks(dir));
-    const TraceSet set = BuildGroupTraceSet(*rec, events, AnalysisParameters{}, {.blocks = 2});
     const auto row = set.Row(0);
     const auto mean = [&](int n) {
         double sum = 0;
@@ -269,8 +246,7 @@ TEST(RealRecording, AverageBaselineIsTheLevelBeforeTheRise) {
 // own sample reader.
 TEST(RealRecording, EpisodesAreTheSweepsOfTheShownChannel) {
     VESS_REQUIRE_SHARED_DATA();
-    AbfError error{};
-    auto rec = Recording::Open(test::SharedData() / "abf1" / "05210017_vc_abf1.abf", &error);
+    auto rec = test::OpenShared("abf1/05210017_vc_abf1.abf");
     ASSERT_TRUE(rec);
     constexpr int64_t kSweep = 60000;
     const TraceSetOptions episodes{.source = TraceSource::Episodes, .blocks = 1};
@@ -331,8 +307,7 @@ TEST(RealRecording, EpisodesAreTheSweepsOfEachFileEndingWhereTheyEnd) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.file);
-        AbfError error{};
-        auto rec = Recording::Open(test::SharedData() / c.file, &error);
+        auto rec = test::OpenShared(c.file);
         ASSERT_TRUE(rec);
         EXPECT_EQ(SweepLengths(*rec), c.sweeps);
         rec->SetChannel(c.channel);

@@ -16,6 +16,7 @@
 #include "recording/template_header.h"
 #include "recording/workspace.h"
 #include "support/beats.h"
+#include "support/read_back.h"
 #include "support/test_recording.h"
 
 namespace vess::hrv {
@@ -108,10 +109,8 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
     ASSERT_TRUE(SaveTachogramAbfCommand(ws, d, dir.Path()));
     EXPECT_EQ(d.Messages().back().text, "The Tachogram is saved as tacho.ABF");
 
-    AbfError error = AbfError::None;
-    std::string detail;
-    auto rec = Recording::Open(dir / "tacho.ABF", &error, &detail);
-    ASSERT_TRUE(rec) << detail;
+    auto rec = test::OpenFile(dir / "tacho.ABF");
+    ASSERT_TRUE(rec);
     EXPECT_EQ(rec->ChannelCount(), 1);
     EXPECT_EQ(rec->PointsPerChannel(), 4);
     EXPECT_EQ(rec->Units(), "ms");
@@ -129,7 +128,7 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
     EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 5000}), 1);
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, "long");
     ASSERT_EQ(WriteFileAtomic(dir / "long.abf", abf.bytes), "");
-    rec = Recording::Open(dir / "long.abf", &error);
+    rec = test::OpenFile(dir / "long.abf");
     ASSERT_TRUE(rec);
     for (int i = 0; i < 3; ++i) EXPECT_NEAR(rec->Bit2pA(rec->Sample(i)), rr[std::size_t(i)], 5) << i;  // 10 ms a count
 }

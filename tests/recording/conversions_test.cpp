@@ -6,6 +6,7 @@
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
+#include "support/read_back.h"
 #include "support/test_recording.h"
 
 namespace vess {
@@ -133,9 +134,8 @@ TEST(AbfWriter, ThreeChannelsRoundTripThroughTheReader) {
         for (int v : {i - 350, -32768 + i, 32767 - i}) samples.push_back(int16_t(v));
     ASSERT_EQ(WriteAbf(dir / "three.abf", abfLayout, samples), "");
 
-    AbfError error{};
-    auto rec = Recording::Open(dir / "three.abf", &error);
-    ASSERT_TRUE(rec) << int(error);
+    auto rec = test::OpenFile(dir / "three.abf");
+    ASSERT_TRUE(rec);
     EXPECT_EQ(rec->ChannelCount(), 3);
     EXPECT_DOUBLE_EQ(rec->IntervalUs(), 30.0);
     EXPECT_EQ(rec->PointsPerChannel(), 700);

@@ -31,20 +31,6 @@ std::vector<EventRecord> RandomRecords(std::size_t n, unsigned seed) {
     return v;
 }
 
-AnalysisParameters SomeParams() {
-    AnalysisParameters p;
-    p.PeakDirection = 1;
-    p.ThresholdAmplitude = 7.5f;
-    p.PeriodToSearchMax = 12345;
-    p.PeriodStartBaseline = 4321;
-    p.PeriodFindDecayTime = 30000;
-    p.DecayPercent = 0.37f;
-    p.PeriodBaselineAverage = 500;
-    p.AreaThreshold = 21.25f;
-    p.NumberPointsPeak = 3;
-    return p;
-}
-
 void WriteBytes(const std::filesystem::path& p, const std::vector<uint8_t>& b) {
     ASSERT_EQ(WriteFileAtomic(p, b), "");
 }

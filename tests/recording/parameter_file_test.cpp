@@ -14,17 +14,9 @@ namespace {
 
 using test::TempDir;
 
+// Complex peaks are never in a file: they tell what was read from what was kept.
 AnalysisParameters Custom() {
-    AnalysisParameters p;
-    p.PeakDirection = 1;
-    p.ThresholdAmplitude = 9.5f;
-    p.PeriodToSearchMax = 11000;
-    p.PeriodStartBaseline = 3000;
-    p.PeriodFindDecayTime = 15000;
-    p.DecayPercent = 0.5f;
-    p.PeriodBaselineAverage = 750;
-    p.AreaThreshold = 33;
-    p.NumberPointsPeak = 4;
+    AnalysisParameters p = SomeParams();
     p.ComplexPeak = true;
     return p;
 }
@@ -56,7 +48,10 @@ TEST(ParameterFile, LayoutAndByteExactRoundTrip) {
     EXPECT_EQ(bytes[1961], header[1961]);
     EXPECT_TRUE(std::equal(header.begin(), header.begin() + 294, bytes.begin()));
 
-    const auto read = ParseParameterFile(bytes, AnalysisParameters{});
+    // What a header holds at 1960 (7 here) is no NumberPointsPeak of a parameter file.
+    auto headerAt1960 = bytes;
+    le::Put(std::span<uint8_t>(headerAt1960), 1960, int16_t(7));
+    const auto read = ParseParameterFile(headerAt1960, AnalysisParameters{});
     ASSERT_EQ(read.problem, EventFileProblem::None);
     AnalysisParameters expected = Custom();
     expected.NumberPointsPeak = 1;    // not in a parameter file: the base's
@@ -88,7 +83,7 @@ TEST(ParameterFile, LoadChangesOnlyTheParameters) {
     ASSERT_TRUE(LoadParameterFileCommand(f.ws, f.dialogs));
     EXPECT_EQ(f.ws.recording.get(), rec);
     EXPECT_EQ(f.ws.events, events);
-    EXPECT_EQ(f.ws.params().AreaThreshold, 33);
+    EXPECT_EQ(f.ws.params().AreaThreshold, 21.25f);
     EXPECT_EQ(f.ws.params().NumberPointsPeak, 1);
 
     // An event file gives its NumberPointsPeak too, 0 becoming 1.
@@ -102,7 +97,7 @@ TEST(ParameterFile, LoadChangesOnlyTheParameters) {
     ASSERT_EQ(WriteFileAtomic(f.dir / "e.EVT", BuildEventFile(BlankHeaderCopy(), Custom(), {}, "x")), "");
     f.dialogs.AnswerOpenFile((f.dir / "e.EVT").string());
     ASSERT_TRUE(LoadParameterFileCommand(f.ws, f.dialogs));
-    EXPECT_EQ(f.ws.params().NumberPointsPeak, 4);
+    EXPECT_EQ(f.ws.params().NumberPointsPeak, 3);
 }
 
 TEST(ParameterFile, ForeignOrShortFilesAreRefused) {

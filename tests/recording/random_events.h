@@ -1,8 +1,10 @@
-// Random event records with every field set, for format and sort tests.
+// Random event records with every field set, and detection parameters with
+// every field an event file holds off its default, for format and sort tests.
 #pragma once
 
 #include <random>
 
+#include "recording/settings.h"
 #include "recording/event_record.h"
 
 namespace vess {
@@ -32,6 +34,20 @@ inline EventRecord RandomRecord(std::mt19937& rng, int spread) {
     r.relativeTime = d(rng) * 70000;
     r.sampleIndex = d(rng);
     return r;
+}
+
+inline AnalysisParameters SomeParams() {
+    AnalysisParameters p;
+    p.PeakDirection = 1;
+    p.ThresholdAmplitude = 7.5f;
+    p.PeriodToSearchMax = 12345;
+    p.PeriodStartBaseline = 4321;
+    p.PeriodFindDecayTime = 30000;
+    p.DecayPercent = 0.37f;
+    p.PeriodBaselineAverage = 500;
+    p.AreaThreshold = 21.25f;
+    p.NumberPointsPeak = 3;
+    return p;
 }
 
 }  // namespace vess

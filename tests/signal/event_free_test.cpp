@@ -91,8 +91,7 @@ TEST(EventFree, SyntheticRecordingMadeEventFreeDetectsAlmostNothing) {
     ASSERT_EQ(WriteSynthetic(dir / "s.abf", Synthesise(synth)), "");
 
     Workspace ws;
-    AbfError error{};
-    ws.recording = Recording::Open(dir / "s.abf", &error);
+    ws.recording = test::OpenFile(dir / "s.abf");
     ASSERT_TRUE(ws.recording);
     ScriptedDialogs dialogs;
     DetectWholeFile(ws, dialogs);
@@ -103,7 +102,7 @@ TEST(EventFree, SyntheticRecordingMadeEventFreeDetectsAlmostNothing) {
     ASSERT_EQ(WriteEventFreeAbf(src, ws.events, 2.0, level, dir / "free.abf"), "");
 
     Workspace again;
-    again.recording = Recording::Open(dir / "free.abf", &error);
+    again.recording = test::OpenFile(dir / "free.abf");
     ASSERT_TRUE(again.recording);
     const Recording& out = *again.recording;
     EXPECT_EQ(out.PointsPerChannel(), src.PointsPerChannel());

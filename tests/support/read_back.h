@@ -19,13 +19,17 @@ inline std::string ReadText(const std::filesystem::path& p) {
     return b ? std::string(b->begin(), b->end()) : std::string("<missing>");
 }
 
-// A recording of ../shared/data by its relative name; a failure to open is a test failure.
-inline std::unique_ptr<Recording> OpenShared(const std::string& name) {
+// The recording at path; a failure to open is a test failure (callers still
+// ASSERT_TRUE the result before using it).
+inline std::unique_ptr<Recording> OpenFile(const std::filesystem::path& path) {
     AbfError error{};
     std::string detail;
-    auto rec = Recording::Open(SharedData() / name, &error, &detail);
-    EXPECT_TRUE(rec) << name << ": " << detail;
+    auto rec = Recording::Open(path, &error, &detail);
+    EXPECT_TRUE(rec) << path.string() << ": " << detail;
     return rec;
 }
+
+// A recording of ../shared/data by its relative name.
+inline std::unique_ptr<Recording> OpenShared(const std::string& name) { return OpenFile(SharedData() / name); }
 
 }  // namespace vess::test
