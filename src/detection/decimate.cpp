@@ -1,7 +1,9 @@
 #include "detection/decimate.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace vess {
 
@@ -42,8 +44,8 @@ namespace vess {
 namespace {
 // Runs longer than this take their levels from a histogram of all 65,536
 // levels (zeroed and scanned once a call); shorter ones, a screen of a few
-// thousand points, by selection in a copy, which costs a few passes over the
-// run and nothing over the levels. Both give the level at a rank exactly.
+// thousand points, from a histogram of their own span or by selection in a
+// copy. All give the level at a rank exactly.
 constexpr std::size_t kHistogramFrom = 1 << 14;
 
 // Counts per level: the 16-bit range makes a histogram cheaper than sorting.
@@ -60,9 +62,25 @@ int16_t LevelAtRank(const std::vector<int64_t>& h, int64_t rank) {
     }
     return 32767;
 }
-// The levels at ranks a <= b (0: the lowest) of a short run.
-std::pair<int16_t, int16_t> LevelsAtRanksBySelection(std::span<const int16_t> samples, std::size_t a,
-                                                     std::size_t b) {
+// The levels at ranks a <= b (0: the lowest) of a short run. A run whose
+// levels span not much more than its length (a screen of noise about a
+// baseline) is counted into a histogram of that span alone: one pass over
+// the run and one over the span. A wider spread is selected in a copy.
+std::pair<int16_t, int16_t> LevelsAtRanksOfShortRun(std::span<const int16_t> samples, std::size_t a,
+                                                    std::size_t b) {
+    const auto [lo, hi] = std::minmax_element(samples.begin(), samples.end());
+    const auto span = std::size_t(int(*hi) - int(*lo)) + 1;
+    if (span <= 4 * samples.size() + 256) {
+        std::vector<uint32_t> counts(span, 0);
+        for (const int16_t s : samples) ++counts[std::size_t(int(s) - int(*lo))];
+        std::pair<int16_t, int16_t> levels{*hi, *hi};
+        std::size_t seen = 0, i = 0;
+        for (; i < span && seen <= a; ++i) seen += counts[i];
+        levels.first = static_cast<int16_t>(int(*lo) + int(i) - 1);
+        for (; i < span && seen <= b; ++i) seen += counts[i];
+        levels.second = static_cast<int16_t>(int(*lo) + int(i) - 1);
+        return levels;
+    }
     std::vector<int16_t> v(samples.begin(), samples.end());
     std::nth_element(v.begin(), v.begin() + std::ptrdiff_t(a), v.end());
     // Everything after rank a is at least its level: rank b is among them.
@@ -77,7 +95,7 @@ LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction) {
     const auto tail = static_cast<int64_t>(double(n) * std::clamp(tailFraction, 0.0, 0.5));
     const int64_t lowRank = tail, highRank = n - 1 - tail;
     if (samples.size() < kHistogramFrom) {
-        const auto [first, second] = LevelsAtRanksBySelection(samples, std::size_t(std::min(lowRank, highRank)),
+        const auto [first, second] = LevelsAtRanksOfShortRun(samples, std::size_t(std::min(lowRank, highRank)),
                                                               std::size_t(std::max(lowRank, highRank)));
         return lowRank <= highRank ? LevelRange{first, second} : LevelRange{second, first};
     }
@@ -87,10 +105,8 @@ LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction) {
 
 int16_t MedianLevel(std::span<const int16_t> samples) {
     if (samples.empty()) return 0;
-    std::vector<int16_t> v(samples.begin(), samples.end());
-    const auto mid = v.begin() + std::ptrdiff_t((v.size() - 1) / 2);
-    std::nth_element(v.begin(), mid, v.end());
-    return *mid;
+    const std::size_t middle = (samples.size() - 1) / 2;
+    return LevelsAtRanksOfShortRun(samples, middle, middle).first;
 }
 
 }  // namespace vess
