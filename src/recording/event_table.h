@@ -49,7 +49,8 @@ public:
     // Rows [first, end) (1-based) that hold every event whose peak sample
     // lies in [fromSample, toSample): found by binary search when the peaks
     // are in sample order (as detection appends them), otherwise every row.
-    // Rows in the range may still have their peak outside it.
+    // Rows in the range may still have their peak outside it. Remembers how
+    // far the order is known, so one table is not asked from two threads.
     std::pair<int32_t, int32_t> RowsAround(int64_t fromSample, int64_t toSample) const;
 
     bool operator==(const EventTable& other) const { return records_ == other.records_; }
