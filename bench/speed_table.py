@@ -177,12 +177,13 @@ def main():
     if os.path.exists(ui):
         gui = google_bench(ui, "BM_NextWindow", a.rounds, dict(env, VESS_LONG_ABF=files[120],
                                                                 QT_QPA_PLATFORM="offscreen"))
-        per_gui = next(iter(gui.values()))
         screens = 2 * points // 1024
         per_cli = med([t["cpu"] for t in long_runs]) / screens
-        print(f"next window in the GUI {per_gui * 1e6:.1f} us CPU a screen; command line {per_cli * 1e6:.2f} us "
-              f"a screen (threshold, 2 hours / {screens:,} screens); GUI / command line "
-              f"{per_gui / per_cli:.1f} (target at most 2)")
+        print(f"command line {per_cli * 1e6:.2f} us CPU a screen (threshold, 2 hours / {screens:,} screens)")
+        for name, per_gui in gui.items():
+            stored = name.split("/")[1]  # events in the table before the timing
+            print(f"next window in the GUI, {stored} events stored first: {per_gui * 1e6:.1f} us CPU a screen; "
+                  f"GUI / command line {per_gui / per_cli:.1f} (target at most 2)")
 
     print("\npeak RSS (KB), one run each: 10 minutes, 2 hours, 2 hours / 10 minutes")
     for name in [n for n in hour["after"] if n != "open (vess info)"]:

@@ -1,7 +1,10 @@
 #include "detection/decimate.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace vess {
 
@@ -42,8 +45,8 @@ namespace vess {
 namespace {
 // Runs longer than this take their levels from a histogram of all 65,536
 // levels (zeroed and scanned once a call); shorter ones, a screen of a few
-// thousand points, by selection in a copy, which costs a few passes over the
-// run and nothing over the levels. Both give the level at a rank exactly.
+// thousand points, from a histogram of their own span or by selection in a
+// copy. All give the level at a rank exactly.
 constexpr std::size_t kHistogramFrom = 1 << 14;
 
 // Counts per level: the 16-bit range makes a histogram cheaper than sorting.
@@ -60,14 +63,41 @@ int16_t LevelAtRank(const std::vector<int64_t>& h, int64_t rank) {
     }
     return 32767;
 }
-// The levels at ranks a <= b (0: the lowest) of a short run.
-std::pair<int16_t, int16_t> LevelsAtRanksBySelection(std::span<const int16_t> samples, std::size_t a,
-                                                     std::size_t b) {
+// The levels at ascending ranks (0: the lowest) of a short run. A run whose
+// levels span not much more than its length (a screen of noise about a
+// baseline) is counted into a histogram of that span alone: one pass over
+// the run and one over the span. A wider spread is selected in a copy.
+template <std::size_t N>
+std::array<int16_t, N> LevelsAtRanksOfShortRun(std::span<const int16_t> samples,
+                                               const std::array<std::size_t, N>& ranks) {
+    int16_t lo = samples.front(), hi = samples.front();
+    for (const int16_t s : samples) {
+        lo = std::min(lo, s);
+        hi = std::max(hi, s);
+    }
+    const auto span = std::size_t(int(hi) - int(lo)) + 1;
+    std::array<int16_t, N> levels{};
+    if (span <= 4 * samples.size() + 256) {
+        std::vector<uint32_t> counts(span, 0);
+        for (const int16_t s : samples) ++counts[std::size_t(int(s) - int(lo))];
+        std::size_t seen = 0, i = 0;  // seen: the samples below level lo + i
+        for (std::size_t k = 0; k < N; ++k) {
+            for (; seen <= ranks[k]; ++i) seen += counts[i];
+            levels[k] = static_cast<int16_t>(int(lo) + int(i) - 1);
+        }
+        return levels;
+    }
     std::vector<int16_t> v(samples.begin(), samples.end());
-    std::nth_element(v.begin(), v.begin() + std::ptrdiff_t(a), v.end());
-    // Everything after rank a is at least its level: rank b is among them.
-    if (b > a) std::nth_element(v.begin() + std::ptrdiff_t(a + 1), v.begin() + std::ptrdiff_t(b), v.end());
-    return {v[a], v[b]};
+    auto from = v.begin();
+    for (std::size_t k = 0; k < N; ++k) {
+        const auto at = v.begin() + std::ptrdiff_t(ranks[k]);
+        // Everything after the previous rank is at least its level: this
+        // rank is among them.
+        if (at >= from) std::nth_element(from, at, v.end());
+        levels[k] = *at;
+        from = at + 1;
+    }
+    return levels;
 }
 }  // namespace
 
@@ -77,8 +107,8 @@ LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction) {
     const auto tail = static_cast<int64_t>(double(n) * std::clamp(tailFraction, 0.0, 0.5));
     const int64_t lowRank = tail, highRank = n - 1 - tail;
     if (samples.size() < kHistogramFrom) {
-        const auto [first, second] = LevelsAtRanksBySelection(samples, std::size_t(std::min(lowRank, highRank)),
-                                                              std::size_t(std::max(lowRank, highRank)));
+        const auto [first, second] = LevelsAtRanksOfShortRun<2>(
+            samples, {std::size_t(std::min(lowRank, highRank)), std::size_t(std::max(lowRank, highRank))});
         return lowRank <= highRank ? LevelRange{first, second} : LevelRange{second, first};
     }
     const auto h = Histogram(samples);
@@ -87,10 +117,22 @@ LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction) {
 
 int16_t MedianLevel(std::span<const int16_t> samples) {
     if (samples.empty()) return 0;
-    std::vector<int16_t> v(samples.begin(), samples.end());
-    const auto mid = v.begin() + std::ptrdiff_t((v.size() - 1) / 2);
-    std::nth_element(v.begin(), mid, v.end());
-    return *mid;
+    return LevelsAtRanksOfShortRun<1>(samples, {(samples.size() - 1) / 2})[0];
+}
+
+LevelSummary RobustRangeAndMedian(std::span<const int16_t> samples, double tailFraction) {
+    if (samples.empty()) return {};
+    if (samples.size() >= kHistogramFrom) return {RobustRange(samples, tailFraction), MedianLevel(samples)};
+    const auto n = samples.size();
+    const auto tail = static_cast<std::size_t>(double(n) * std::clamp(tailFraction, 0.0, 0.5));
+    const std::size_t lowRank = std::min(tail, n - 1), highRank = n - 1 - std::min(tail, n - 1);
+    std::array<std::size_t, 3> ranks{lowRank, (n - 1) / 2, highRank};
+    std::sort(ranks.begin(), ranks.end());
+    const auto levels = LevelsAtRanksOfShortRun<3>(samples, ranks);
+    const auto at = [&](std::size_t rank) {
+        return levels[std::size_t(std::find(ranks.begin(), ranks.end(), rank) - ranks.begin())];
+    };
+    return {{at(lowRank), at(highRank)}, at((n - 1) / 2)};
 }
 
 }  // namespace vess

@@ -60,4 +60,11 @@ LevelRange RobustRange(std::span<const int16_t> samples, double tailFraction);
 // the display on the baseline rather than on the events.
 int16_t MedianLevel(std::span<const int16_t> samples);
 
+// Both of the above from one count of the run's levels.
+struct LevelSummary {
+    LevelRange range;
+    int16_t median = 0;
+};
+LevelSummary RobustRangeAndMedian(std::span<const int16_t> samples, double tailFraction);
+
 }  // namespace vess

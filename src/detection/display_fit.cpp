@@ -10,13 +10,14 @@ namespace vess {
 DisplayFrame FitFrame(std::span<const int16_t> samples, int peakDirection,
                       std::span<const int16_t> mustShow) {
     if (samples.empty()) return {0, kMinFrameSpanCounts};
-    LevelRange r = RobustRange(samples, kFrameTailFraction);
+    const LevelSummary levels = RobustRangeAndMedian(samples, kFrameTailFraction);
+    LevelRange r = levels.range;
     if (!mustShow.empty()) {
         const auto [lo, hi] = std::minmax_element(mustShow.begin(), mustShow.end());
         r.low = std::min(r.low, *lo);
         r.high = std::max(r.high, *hi);
     }
-    const double median = MedianLevel(samples);
+    const double median = levels.median;
     const double margin = kFrameMargin * (double(r.high) - double(r.low));
     const double above = double(r.high) - median + margin;  // room needed above the baseline
     const double below = median - double(r.low) + margin;

@@ -13,9 +13,7 @@ namespace {
 // command added something, which keeps empty commands out of the undo list.
 void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
     if (ws.events.Count() <= countBefore) return;
-    EventTable before = ws.events;
-    before.Truncate(countBefore);
-    ws.history.Checkpoint(before, label);
+    ws.history.CheckpointAppended(countBefore, label);
 }
 
 AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {

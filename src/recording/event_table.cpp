@@ -1,5 +1,6 @@
 #include "recording/event_table.h"
 
+#include <algorithm>
 #include <cmath>
 #include <type_traits>
 #include <utility>
@@ -9,11 +10,33 @@ namespace vess {
 void EventTable::Delete(int32_t i) {
     if (!HasRow(i)) return;
     records_.erase(records_.begin() + (i - 1));
+    peaksInOrder_ = std::min(peaksInOrder_, std::size_t(i - 1));
 }
 
 void EventTable::Truncate(int32_t count) {
     if (count < 0) count = 0;
     if (count < Count()) records_.resize(static_cast<std::size_t>(count));
+    peaksInOrder_ = std::min(peaksInOrder_, records_.size());
+}
+
+bool EventTable::PeaksInOrder() const {
+    std::size_t k = peaksInOrder_;
+    for (; k < records_.size(); ++k) {
+        const EventRecord& r = records_[k];
+        // A record saved without its sample index has its peak only as a time.
+        if (r.sampleIndex == 0 && r.time != 0) break;
+        if (k > 0 && r.sampleIndex < records_[k - 1].sampleIndex) break;
+    }
+    peaksInOrder_ = k;
+    return k == records_.size();
+}
+
+std::pair<int32_t, int32_t> EventTable::RowsAround(int64_t fromSample, int64_t toSample) const {
+    if (!PeaksInOrder()) return {1, Count() + 1};
+    const auto below = [](const EventRecord& r, int64_t sample) { return r.sampleIndex < sample; };
+    const auto first = std::lower_bound(records_.begin(), records_.end(), fromSample, below);
+    const auto end = std::lower_bound(first, records_.end(), toSample, below);
+    return {int32_t(first - records_.begin()) + 1, int32_t(end - records_.begin()) + 1};
 }
 
 namespace {
@@ -75,13 +98,39 @@ void EventTable::Sort(EventField field) {
     WithEventField(field, [this](auto member) {
         QuickSort(records_, 0, std::ptrdiff_t(records_.size()) - 1, member);
     });
+    peaksInOrder_ = 0;
+}
+
+void EventHistory::Push(std::vector<Entry>& list, Entry entry) {
+    list.push_back(std::move(entry));
+    if (list.size() > maxDepth_) list.erase(list.begin());
 }
 
 void EventHistory::Checkpoint(const EventTable& table, std::string label) {
-    undo_.push_back({table.Records(), std::move(label), generation_});
-    if (undo_.size() > maxDepth_) undo_.erase(undo_.begin());
+    Push(undo_, {table.Records(), std::move(label), generation_});
     redo_.clear();
     generation_ = nextGeneration_++;
+}
+
+void EventHistory::CheckpointAppended(int32_t countBefore, std::string label) {
+    Push(undo_, {{}, std::move(label), generation_, std::max(countBefore, 0)});
+    redo_.clear();
+    generation_ = nextGeneration_++;
+}
+
+EventHistory::Entry EventHistory::Apply(Entry entry, EventTable& table, uint64_t generation) {
+    if (entry.keep < 0) {
+        Entry back{table.Records(), entry.label, generation};
+        table.Assign(std::move(entry.records));
+        return back;
+    }
+    // Only the records after the first keep differ: they change places.
+    const auto& now = table.Records();
+    Entry back{{now.begin() + std::min<std::size_t>(std::size_t(entry.keep), now.size()), now.end()},
+               entry.label, generation, entry.keep};
+    table.Truncate(entry.keep);
+    for (const EventRecord& r : entry.records) table.Append(r);
+    return back;
 }
 
 std::string EventHistory::UndoLabel() const { return undo_.empty() ? std::string() : undo_.back().label; }
@@ -91,9 +140,9 @@ bool EventHistory::Undo(EventTable& table) {
     if (undo_.empty()) return false;
     Entry entry = std::move(undo_.back());
     undo_.pop_back();
-    redo_.push_back({table.Records(), entry.label, generation_});
-    table.Assign(std::move(entry.records));
-    generation_ = entry.generation;
+    const uint64_t generation = entry.generation;
+    redo_.push_back(Apply(std::move(entry), table, generation_));
+    generation_ = generation;
     return true;
 }
 
@@ -101,9 +150,9 @@ bool EventHistory::Redo(EventTable& table) {
     if (redo_.empty()) return false;
     Entry entry = std::move(redo_.back());
     redo_.pop_back();
-    undo_.push_back({table.Records(), entry.label, generation_});
-    table.Assign(std::move(entry.records));
-    generation_ = entry.generation;
+    const uint64_t generation = entry.generation;
+    undo_.push_back(Apply(std::move(entry), table, generation_));
+    generation_ = generation;
     return true;
 }
 

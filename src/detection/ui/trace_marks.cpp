@@ -19,7 +19,8 @@ void TraceView::DrawMarks(QPainter& p) const {
     if (!screen_ || !events_ || events_->Empty()) return;
     p.setRenderHint(QPainter::Antialiasing, true);
     // The selected event last, so that its marks are on top.
-    for (int32_t k = 1; k <= events_->Count(); ++k) {
+    const auto [first, end] = RowsOnScreen();
+    for (int32_t k = first; k < end; ++k) {
         if (k == selected_) continue;
         const auto peak = PeakIndexOf((*events_)[k]);
         if (peak && *peak >= 0 && *peak < screen_->WindowLen()) DrawEventMarks(p, (*events_)[k], *peak, false);

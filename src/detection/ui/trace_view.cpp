@@ -172,11 +172,17 @@ std::vector<int16_t> TraceView::PeakLevels() const {
     std::vector<int16_t> levels;
     if (!screen_ || !events_) return levels;
     const int n = DataLength();
-    for (int32_t k = 1; k <= events_->Count(); ++k) {
+    const auto [first, end] = RowsOnScreen();
+    for (int32_t k = first; k < end; ++k) {
         const auto peak = PeakIndexOf((*events_)[k]);
         if (peak && *peak >= 0 && *peak < n) levels.push_back(screen_->GetSampleValue(*peak));
     }
     return levels;
+}
+
+std::pair<int32_t, int32_t> TraceView::RowsOnScreen() const {
+    const int64_t start = screen_->AbsoluteIndex(0);
+    return events_->RowsAround(start, start + screen_->WindowLen());
 }
 
 bool TraceView::PeakOutsideFrame() const {

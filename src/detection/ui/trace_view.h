@@ -22,6 +22,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "detection/display_fit.h"
@@ -116,6 +117,8 @@ private:
     void UpdateFrame();
     // Levels of the peaks of the table's events on this screen.
     std::vector<int16_t> PeakLevels() const;
+    // Rows [first, end) of the table that hold every event of the screen.
+    std::pair<int32_t, int32_t> RowsOnScreen() const;
     bool PeakOutsideFrame() const;
     std::vector<int16_t> DataSamples() const;
     QString CursorReadout() const;
