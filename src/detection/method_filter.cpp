@@ -68,6 +68,12 @@ MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, in
     }
 }
 
+MethodFilter::MethodFilter(const MethodFilter& other)
+    : method_(other.method_), direction_(other.direction_), margin_(other.margin_),
+      blockPoints_(other.blockPoints_), blocksAside_(other.blocksAside_),
+      templatePoints_(other.templatePoints_), template_(other.template_),
+      convolver_(std::make_unique<FftConvolver>(*other.convolver_)) {}
+
 namespace {
 
 // The working buffers of Compute, one set a thread, kept at their largest size.
