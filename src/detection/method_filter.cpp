@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "detection/ordered_work.h"
+
 namespace vess {
 namespace {
+
+// Threads that compute the noise stretches of a long recording.
+constexpr int kNoiseWorkers = 4;
 
 // The baseline's blocks (their means are what the running median takes).
 constexpr double kBaselineBlockMs = 2;
@@ -300,11 +305,22 @@ std::vector<std::pair<int64_t, int64_t>> NoiseStretches(const Recording& rec) {
 }
 
 NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec) {
+    const std::vector<std::pair<int64_t, int64_t>> stretches = NoiseStretches(rec);
+    // The stretches are computed on workers, each with a filter of its own,
+    // and joined in order.
+    const int workers = UsableWorkers(kNoiseWorkers);
+    std::vector<MethodFilter> copies(std::size_t(workers - 1), filter);
     std::vector<double> values;
-    for (const auto& [first, count] : NoiseStretches(rec)) {
-        const std::vector<double> part = filter.Compute(rec, first, count);
-        values.insert(values.end(), part.begin(), part.end());
-    }
+    ComputeInOrder(
+        int64_t(stretches.size()), workers, 2 * int64_t(workers),
+        [&](int worker, int64_t i) {
+            const MethodFilter& mine = worker == 0 ? filter : copies[std::size_t(worker - 1)];
+            return mine.Compute(rec, stretches[std::size_t(i)].first, stretches[std::size_t(i)].second);
+        },
+        [&](int64_t, const std::vector<double>& part) {
+            values.insert(values.end(), part.begin(), part.end());
+            return true;
+        });
     return RobustNoise(std::move(values));
 }
 
