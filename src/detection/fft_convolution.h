@@ -15,7 +15,9 @@ public:
     // causal filter, centre = taps.size() / 2 a centred one.
     FftConvolver(std::vector<double> taps, int64_t centre);
     ~FftConvolver();
-    FftConvolver(const FftConvolver&) = delete;
+    // A copy has transforms of its own (Filter works in their buffers): one
+    // copy a thread.
+    FftConvolver(const FftConvolver& other) : FftConvolver(other.taps_, other.centre_) {}
     FftConvolver& operator=(const FftConvolver&) = delete;
 
     // Points the filter reaches before and after an output point.

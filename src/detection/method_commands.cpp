@@ -5,10 +5,15 @@
 #include <algorithm>
 #include <optional>
 
+#include "detection/ordered_work.h"
 #include "detection/texts.h"
 
 namespace vess {
 namespace {
+
+// Threads that compute the criterion of a whole file (a few: beyond them the
+// reading and the measuring on the calling thread set the pace).
+constexpr int kDetectionWorkers = 4;
 
 std::string NoiseKey(const Workspace& ws, const char* what) {
     const Recording& rec = *ws.recording;
@@ -117,10 +122,20 @@ WholeFileResult DetectWholeFileByMethod(Workspace& ws, Dialogs& dialogs,
     const int64_t screensPerStretch = std::max<int64_t>(1, (int64_t(1) << 20) / windowLen);
     const int32_t before = ws.events.Count();
     AnalyzeWindowResult added;
-    for (int64_t s = 0; s < screensTotal; s += screensPerStretch) {
-        const int64_t first = s * windowLen;
-        const int64_t count = std::min(screensPerStretch, screensTotal - s) * windowLen;
-        const std::vector<int64_t> points = FindDetections(run, rec, first, count);
+    // The criterion of each stretch is computed on workers, each with a
+    // filter of its own; the events are measured here in file order.
+    const int workers = UsableWorkers(kDetectionWorkers);
+    std::vector<MethodRun> copies(std::size_t(workers - 1), run);
+    const auto stretchFirst = [&](int64_t i) { return i * screensPerStretch * windowLen; };
+    const auto stretchCount = [&](int64_t i) {
+        return std::min(screensPerStretch, screensTotal - i * screensPerStretch) * windowLen;
+    };
+    const auto detect = [&](int worker, int64_t i) {
+        const MethodRun& mine = worker == 0 ? run : copies[std::size_t(worker - 1)];
+        return FindDetections(mine, rec, stretchFirst(i), stretchCount(i));
+    };
+    const auto measure = [&](int64_t i, const std::vector<int64_t>& points) {
+        const int64_t s = i * screensPerStretch, first = stretchFirst(i), count = stretchCount(i);
         // Each detection is measured on the screen that holds it.
         std::size_t k = 0;
         while (k < points.size() && points[k] < first + count) {
@@ -135,14 +150,15 @@ WholeFileResult DetectWholeFileByMethod(Workspace& ws, Dialogs& dialogs,
             k = j;
         }
         ws.analysedBlocks.Add(int32_t(s * bps), int32_t(count / kBlockPoints));
-        if (progress) {
-            NonStopAnalysis::Progress p;
-            p.screensDone = std::min(s + screensPerStretch, screensTotal) - 1;
-            p.screensTotal = screensTotal - 1;
-            p.eventsFound = ws.events.Count() - before;
-            if (!progress(p)) break;
-        }
-    }
+        if (!progress) return true;
+        NonStopAnalysis::Progress p;
+        p.screensDone = std::min(s + screensPerStretch, screensTotal) - 1;
+        p.screensTotal = screensTotal - 1;
+        p.eventsFound = ws.events.Count() - before;
+        return progress(p);
+    };
+    const int64_t stretches = (screensTotal + screensPerStretch - 1) / screensPerStretch;
+    ComputeInOrder(stretches, workers, 2 * int64_t(workers), detect, measure);
     ws.screenStartBlock = int32_t((screensTotal - 1) * bps);
     if (ws.events.Count() > before) {
         EventTable old = ws.events;

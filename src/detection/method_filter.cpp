@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "detection/ordered_work.h"
+
 namespace vess {
 namespace {
+
+// Threads that compute the noise stretches of a long recording.
+constexpr int kNoiseWorkers = 4;
 
 // The baseline's blocks (their means are what the running median takes).
 constexpr double kBaselineBlockMs = 2;
@@ -67,6 +72,12 @@ MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, in
         margin_ = Apron() + int64_t(taps.size());
     }
 }
+
+MethodFilter::MethodFilter(const MethodFilter& other)
+    : method_(other.method_), direction_(other.direction_), margin_(other.margin_),
+      blockPoints_(other.blockPoints_), blocksAside_(other.blocksAside_),
+      templatePoints_(other.templatePoints_), template_(other.template_),
+      convolver_(std::make_unique<FftConvolver>(*other.convolver_)) {}
 
 namespace {
 
@@ -294,11 +305,22 @@ std::vector<std::pair<int64_t, int64_t>> NoiseStretches(const Recording& rec) {
 }
 
 NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec) {
+    const std::vector<std::pair<int64_t, int64_t>> stretches = NoiseStretches(rec);
+    // The stretches are computed on workers, each with a filter of its own,
+    // and joined in order.
+    const int workers = UsableWorkers(kNoiseWorkers);
+    std::vector<MethodFilter> copies(std::size_t(workers - 1), filter);
     std::vector<double> values;
-    for (const auto& [first, count] : NoiseStretches(rec)) {
-        const std::vector<double> part = filter.Compute(rec, first, count);
-        values.insert(values.end(), part.begin(), part.end());
-    }
+    ComputeInOrder(
+        int64_t(stretches.size()), workers, 2 * int64_t(workers),
+        [&](int worker, int64_t i) {
+            const MethodFilter& mine = worker == 0 ? filter : copies[std::size_t(worker - 1)];
+            return mine.Compute(rec, stretches[std::size_t(i)].first, stretches[std::size_t(i)].second);
+        },
+        [&](int64_t, const std::vector<double>& part) {
+            values.insert(values.end(), part.begin(), part.end());
+            return true;
+        });
     return RobustNoise(std::move(values));
 }
 

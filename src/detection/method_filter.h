@@ -40,6 +40,11 @@ double SmoothingMsForKernel(const EventKernel& kernel);
 class MethodFilter {
 public:
     MethodFilter(const MethodParameters& params, double intervalUs, int direction);
+    // Compute works in the convolver's buffers: a thread computing beside
+    // another needs a copy of its own.
+    MethodFilter(const MethodFilter& other);
+    MethodFilter(MethodFilter&&) = default;
+    MethodFilter& operator=(const MethodFilter&) = delete;
 
     DetectionMethod Method() const { return method_; }
     int Direction() const { return direction_; }

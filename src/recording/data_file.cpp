@@ -69,13 +69,20 @@ std::size_t DataFile::ReadAt(uint64_t offset, std::span<uint8_t> out) const {
         const ssize_t got = ::pread(fd_, out.data() + done, out.size() - done, off_t(offset + done));
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) {
-            error_ = std::strerror(errno);
+            const int code = errno;
+            const std::lock_guard lock(errorMutex_);
+            error_ = std::strerror(code);
             break;
         }
         if (got == 0) break;  // end of file
         done += std::size_t(got);
     }
     return done;
+}
+
+std::string DataFile::Error() const {
+    const std::lock_guard lock(errorMutex_);
+    return error_;
 }
 
 }  // namespace vess

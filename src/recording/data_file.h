@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <span>
 #include <string>
 #include <vector>
@@ -36,7 +37,8 @@ public:
     // says why).
     std::size_t ReadAt(uint64_t offset, std::span<uint8_t> out) const;
     // The reason of the last failed read ("" when reads only ran short).
-    const std::string& Error() const { return error_; }
+    // Reads may run on several threads at once.
+    std::string Error() const;
 
 private:
     DataFile() = default;
@@ -44,6 +46,7 @@ private:
     uint64_t size_ = 0;
     std::vector<uint8_t> owned_;  // the bytes, when not read from a file
     mutable std::string error_;
+    mutable std::mutex errorMutex_;
 };
 
 // Opens path for reading when it is a regular file; returns the descriptor,

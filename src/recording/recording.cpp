@@ -336,7 +336,9 @@ void Recording::SetChannel(uint8_t channel) {
     DetachFiltered();
     if (frames_ > 0) {
         ReadRawFrames(0, std::span(&firstSample_, 1));
-        ReadRawFrames(frames_ - 1, std::span(&lastSample_, 1));
+        int16_t last = 0;
+        ReadRawFrames(frames_ - 1, std::span(&last, 1));
+        lastSample_ = last;
     }
 }
 

@@ -4,9 +4,11 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -142,6 +144,8 @@ public:
     // recorded sample, so edges never produce artificial steps.
     int16_t Sample(int64_t index) const;
     // Copies count samples starting at index into out (same edge rule).
+    // Safe from several threads at once (detection reads stretches on
+    // workers while the calling thread measures); Sample() is not.
     // Returns false when part of them could not be read from the file (it
     // was cut short or failed on disk since it was opened): those samples
     // are 0 and ReadFault() says what happened.
@@ -194,11 +198,11 @@ private:
     uint64_t dataOffset_ = 0;         // byte of the first sample
     int64_t frames_ = 0;              // interleaved frames available in the file
     int16_t firstSample_ = 0;                   // of the chosen channel, for the edges
-    mutable int16_t lastSample_ = 0;            // 0 once the file is found cut short
-    mutable std::vector<uint8_t> frameBytes_;   // interleaved bytes of the last read
+    mutable std::atomic<int16_t> lastSample_ = 0;  // 0 once the file is found cut short
     mutable std::vector<int16_t> chunk_;        // samples around the last Sample()
     mutable int64_t chunkStart_ = -1;
     mutable std::string readFault_;
+    mutable std::mutex faultMutex_;             // guards readFault_ against reading threads
     bool readFaultReported_ = false;
     std::unique_ptr<DataFile> filtered_;
     int16_t filteredFirst_ = 0, filteredLast_ = 0;

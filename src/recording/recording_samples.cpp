@@ -17,6 +17,13 @@ namespace {
 // Samples read ahead around a single Sample() request.
 constexpr int64_t kChunkPoints = 4096;
 
+// The interleaved bytes of a read, one buffer a thread, so that several
+// threads can read one recording at once.
+std::vector<uint8_t>& FrameBytes() {
+    thread_local std::vector<uint8_t> bytes;
+    return bytes;
+}
+
 }  // namespace
 
 bool Recording::ReadFrames(int64_t first, std::span<int16_t> out) const {
@@ -25,11 +32,12 @@ bool Recording::ReadFrames(int64_t first, std::span<int16_t> out) const {
 
 bool Recording::ReadRawFrames(int64_t first, std::span<int16_t> out) const {
     const std::size_t frameBytes = std::size_t(ChannelCount()) * 2;
-    frameBytes_.resize(out.size() * frameBytes);
+    std::vector<uint8_t>& bytes = FrameBytes();
+    bytes.resize(out.size() * frameBytes);
     const uint64_t at = dataOffset_ + uint64_t(first) * frameBytes;
-    const std::size_t got = file_->ReadAt(at, frameBytes_);
+    const std::size_t got = file_->ReadAt(at, bytes);
     const std::size_t whole = std::min(out.size(), got / frameBytes);
-    le::GetInt16s(frameBytes_, frameBytes, std::size_t(channel_) * 2, out.first(whole));
+    le::GetInt16s(bytes, frameBytes, std::size_t(channel_) * 2, out.first(whole));
     if (whole == out.size()) return true;
     std::fill(out.begin() + std::ptrdiff_t(whole), out.end(), int16_t(0));
     // A file cut short has lost its last sample too: past the end of the
@@ -39,17 +47,19 @@ bool Recording::ReadRawFrames(int64_t first, std::span<int16_t> out) const {
 }
 
 bool Recording::ReadFilteredFrames(int64_t first, std::span<int16_t> out) const {
-    frameBytes_.resize(out.size() * 2);
+    std::vector<uint8_t>& bytes = FrameBytes();
+    bytes.resize(out.size() * 2);
     const uint64_t at = uint64_t(first) * 2;
-    const std::size_t got = filtered_->ReadAt(at, frameBytes_);
+    const std::size_t got = filtered_->ReadAt(at, bytes);
     const std::size_t whole = std::min(out.size(), got / 2);
-    le::GetInt16s(frameBytes_, 2, 0, out.first(whole));
+    le::GetInt16s(bytes, 2, 0, out.first(whole));
     if (whole == out.size()) return true;
     std::fill(out.begin() + std::ptrdiff_t(whole), out.end(), int16_t(0));
     return NoteShortRead(*filtered_, at + got);
 }
 
 bool Recording::NoteShortRead(const DataFile& file, uint64_t endByte) const {
+    const std::lock_guard lock(faultMutex_);
     if (readFault_.empty()) {
         const std::string why = !file.Error().empty() ? file.Error()
                                                       : fmt::format("it now ends at byte {}", endByte);
@@ -81,7 +91,7 @@ int16_t Recording::Sample(int64_t index) const {
     if (frames_ <= 0) return 0;
     const bool filtered = ReadsFiltered();
     if (index <= 0) return filtered ? filteredFirst_ : firstSample_;
-    if (index >= frames_ - 1) return filtered ? filteredLast_ : lastSample_;
+    if (index >= frames_ - 1) return filtered ? filteredLast_ : lastSample_.load();
     if (chunkStart_ < 0 || index < chunkStart_ || index >= chunkStart_ + int64_t(chunk_.size())) {
         chunkStart_ = index / kChunkPoints * kChunkPoints;
         chunk_.resize(std::size_t(std::min(kChunkPoints, frames_ - chunkStart_)));
@@ -112,7 +122,7 @@ bool Recording::ReadSamplesFrom(bool filtered, int64_t index, std::span<int16_t>
     const int64_t inFirst = std::clamp<int64_t>(-index, 0, n);
     const int64_t inEnd = std::clamp<int64_t>(frames_ - index, inFirst, n);
     std::fill(out.begin(), out.begin() + inFirst, filtered ? filteredFirst_ : firstSample_);
-    std::fill(out.begin() + inEnd, out.end(), filtered ? filteredLast_ : lastSample_);
+    std::fill(out.begin() + inEnd, out.end(), filtered ? filteredLast_ : lastSample_.load());
     if (inEnd == inFirst) return true;
     const auto inside = out.subspan(std::size_t(inFirst), std::size_t(inEnd - inFirst));
     return filtered ? ReadFilteredFrames(index + inFirst, inside) : ReadRawFrames(index + inFirst, inside);
