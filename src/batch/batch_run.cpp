@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <limits>
 #include <mutex>
 #include <thread>
 
 #include "batch/texts.h"
 #include "detection/detection_start.h"
 #include "detection/event_summary.h"
+#include "detection/ordered_work.h"
 #include "detection/whole_file.h"
 #include "recording/detection_inputs.h"
 #include "recording/event_file.h"
@@ -118,8 +120,7 @@ CommandResult ApplySettingsSource(SettingsSource source, const std::filesystem::
 }
 
 int WorkerCount(int jobs, std::size_t count) {
-    const int cores = int(std::max(1u, std::thread::hardware_concurrency()));
-    const int wanted = jobs > 0 ? jobs : cores;
+    const int wanted = jobs > 0 ? jobs : UsableWorkers(std::numeric_limits<int>::max());
     return int(std::max<std::size_t>(1, std::min<std::size_t>(std::size_t(wanted), count)));
 }
 
