@@ -1,11 +1,15 @@
-// Random event records with every field set, and detection parameters with
-// every field an event file holds off its default, for format and sort tests.
+// Random event records with every field set, detection parameters with
+// every field an event file holds off its default, and event files of older
+// versions, for format and sort tests.
 #pragma once
 
 #include <random>
+#include <string_view>
+#include <vector>
 
-#include "recording/settings.h"
 #include "recording/event_record.h"
+#include "recording/le_bytes.h"
+#include "recording/settings.h"
 
 namespace vess {
 
@@ -34,6 +38,26 @@ inline EventRecord RandomRecord(std::mt19937& rng, int spread) {
     r.relativeTime = d(rng) * 70000;
     r.sampleIndex = d(rng);
     return r;
+}
+
+inline std::vector<EventRecord> RandomRecords(std::size_t n, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::vector<EventRecord> v;
+    for (std::size_t k = 0; k < n; ++k) v.push_back(RandomRecord(rng, 30000));
+    return v;
+}
+
+// An event file the way older versions wrote it, with 24-byte records.
+inline std::vector<uint8_t> OldEventFile(std::string_view creator, const std::vector<std::array<uint8_t, 24>>& recs,
+                                         int16_t peakDirection, int16_t numberPointsPeak) {
+    std::vector<uint8_t> b(2048, 0);
+    le::PutText(b, 294, 16, creator);
+    le::Put(b, 1958, peakDirection);
+    le::Put(b, 1960, numberPointsPeak);
+    le::Put(b, 1986, int32_t(recs.size()));
+    le::PutText(b, 2014, 34, "old.abf");
+    for (const auto& r : recs) b.insert(b.end(), r.begin(), r.end());
+    return b;
 }
 
 inline AnalysisParameters SomeParams() {
