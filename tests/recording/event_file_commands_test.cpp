@@ -123,7 +123,7 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
         const auto messages = f.dialogs.Messages();
         ASSERT_EQ(messages.size(), 1u);
         EXPECT_EQ(messages[0].caption, c.caption);
-        if (!c.text.empty()) EXPECT_EQ(messages[0].text, c.text);
+        EXPECT_EQ(c.text.empty() ? c.text : messages[0].text, c.text);
         EXPECT_EQ(f.ws.events, before);
         EXPECT_EQ(f.ws.params(), params);
         EXPECT_FALSE(f.ws.history.CanUndo());
