@@ -35,13 +35,7 @@ public:
 // position's name and unit come from its own ADC.
 std::filesystem::path WriteThreeChannels(const test::TempDir& dir, bool floating) {
     AbfWriteLayout layout = test::MakeAbfLayout(100.0);
-    layout.channels = {AbfChannelLayout{}, AbfChannelLayout{}, AbfChannelLayout{}};
-    layout.channels[0].name = "Im";
-    layout.channels[0].units = "pA";
-    layout.channels[1].name = "Vm";
-    layout.channels[1].units = "mV";
-    layout.channels[2].name = "";
-    layout.channels[2].units = "V";
+    layout.channels = {{.name = "Im", .units = "pA"}, {.name = "Vm", .units = "mV"}, {.name = "", .units = "V"}};
     std::vector<uint8_t> bytes = BuildAbfHeader(layout, 512);
     const std::span<uint8_t> head(bytes);
     const int16_t adcs[] = {3, 0, 5};
