@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -102,11 +101,7 @@ TEST(EventTableSort, MatchesStdSortOnEveryField) {
 TEST(EventTableSort, UnmeasuredValuesSortLastAndRecordsStayEqual) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EventTable t;
-    for (float w : {3.0f, nan, 1.0f, nan, 2.0f, nan, 0.5f}) {
-        EventRecord r;
-        r.halfWidth = w;
-        t.Append(r);
-    }
+    for (float w : {3.0f, nan, 1.0f, nan, 2.0f, nan, 0.5f}) t.Append(EventRecord{.halfWidth = w});
     const EventTable copy = t;
     EXPECT_EQ(copy, t);
     t.Sort(EventField::HalfWidth);

@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 
 #include "recording/event_exports.h"
 #include "recording/event_grid.h"
 #include "recording/event_grid_format.h"
-#include "recording/file_io.h"
-#include "recording/recording.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/workspace.h"
 #include "support/event_fixtures.h"
