@@ -63,6 +63,8 @@ TEST(EventFileCommands, SaveAppendsExtensionAndMarksSaved) {
     EXPECT_EQ(*ReadFileBytes(f.dir / "out.EVT"), bytes);
 }
 
+// Open Event offers to save the current events first; a cancelled or failed
+// save opens nothing.
 TEST(EventFileCommands, OpenAsksToSavePreviousThenLoadsAsOneUndoableChange) {
     Fixture f;
     f.AddEvents(3, 22);
@@ -72,6 +74,13 @@ TEST(EventFileCommands, OpenAsksToSavePreviousThenLoadsAsOneUndoableChange) {
     f.AddEvents(7, 23);
     const auto current = f.ws.events;
     f.ws.params().NumberPointsPeak = 9;
+    f.dialogs.AnswerYesNo(true).AnswerSaveFile(std::nullopt);
+    EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs));
+    f.dialogs.AnswerYesNo(true).AnswerSaveFile((f.dir / "gone" / "x.EVT").string());  // no such folder
+    EXPECT_FALSE(ShowFailure(f.dialogs, OpenEventFileCommand(f.ws, f.dialogs)));
+    EXPECT_NE(f.dialogs.Messages().back().text.find("No such file or directory"), std::string::npos);
+    EXPECT_TRUE(f.dialogs.AllAnswersUsed());  // no open dialog (an unexpected one throws)
+    EXPECT_EQ(f.ws.events, current);
     ASSERT_TRUE(f.Open("first.EVT"));
     EXPECT_EQ(f.dialogs.Transcript()[0].text,
               "There are 7 events analysed for cell.abf.  Do you want to save the event data?");
@@ -128,21 +137,6 @@ TEST(EventFileCommands, RefusalsChangeNothing) {
         EXPECT_EQ(f.ws.params(), params);
         EXPECT_FALSE(f.ws.history.CanUndo());
     }
-}
-
-// Open Event offers to save the current events first; a cancelled or failed save opens nothing.
-TEST(EventFileCommands, AFailedOrCancelledSaveStopsOpenEvent) {
-    Fixture f;
-    f.AddEvents(487, 27);
-    const auto before = f.ws.events;
-    f.dialogs.AnswerYesNo(true).AnswerSaveFile(std::nullopt);
-    EXPECT_FALSE(OpenEventFileCommand(f.ws, f.dialogs));
-    // A save that fails: its folder does not exist.
-    f.dialogs.AnswerYesNo(true).AnswerSaveFile((f.dir / "gone" / "x.EVT").string());
-    EXPECT_FALSE(ShowFailure(f.dialogs, OpenEventFileCommand(f.ws, f.dialogs)));
-    EXPECT_NE(f.dialogs.Messages().back().text.find("No such file or directory"), std::string::npos);
-    EXPECT_TRUE(f.dialogs.AllAnswersUsed());  // no open dialog (an unexpected one throws)
-    EXPECT_EQ(f.ws.events, before);
 }
 
 TEST(EventFileCommands, OlderVersionIsConvertedAndRewrittenOnYes) {

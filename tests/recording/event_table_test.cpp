@@ -147,7 +147,6 @@ TEST(EventHistory, UndoRedoRestoreTablesAndLabels) {
     t.Append(t[1]);
     EXPECT_TRUE(h.Modified());
     EXPECT_EQ(h.UndoLabel(), "Add event");
-
     ASSERT_TRUE(h.Undo(t));
     EXPECT_EQ(t, TableOf({2}));
     EXPECT_EQ(h.UndoLabel(), "Delete event");
@@ -157,7 +156,6 @@ TEST(EventHistory, UndoRedoRestoreTablesAndLabels) {
     EXPECT_FALSE(h.CanUndo());
     EXPECT_FALSE(h.Undo(t));
     EXPECT_FALSE(h.Modified());  // back at the initial, unmodified state
-
     ASSERT_TRUE(h.Redo(t));
     EXPECT_EQ(t, TableOf({2}));
     EXPECT_TRUE(h.Modified());
