@@ -30,13 +30,9 @@ protected:
                 samples[std::size_t(i)] = int16_t(std::nearbyint(-size * std::exp(-(i - peak) / 60.0)));
         auto rec = test::MakeRecording(dir / "cell.abf", samples, 50, 2.0f);
         EventTable table;
-        for (auto [peak, size] : events) {
-            EventRecord r;
-            r.time = float(peak * 0.05);
-            r.amplitude = -int32_t(size);
-            r.group = size > 400 ? 2 : 1;
-            table.Append(r);
-        }
+        for (auto [peak, size] : events)
+            table.Append(EventRecord{.time = float(peak * 0.05), .amplitude = -int32_t(size),
+                                     .group = uint8_t(size > 400 ? 2 : 1)});
         AnalysisParameters params;
         params.PeriodStartBaseline = 1000;
         ASSERT_EQ(WriteEventFile(dir / "cell.EVT", rec->HeaderBytes(), params, table, "cell.abf"), "");

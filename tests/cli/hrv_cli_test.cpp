@@ -14,11 +14,7 @@ using VessHrv = test::VessCliTest;
 // RR 800, 800, 1600; dRR 0, 800 (nNN 1 of 2 at threshold 50).
 TEST_F(VessHrv, EventAndTextSourcesGiveTheSameMeasures) {
     EventTable table;
-    for (float t : {0.0f, 800.0f, 1600.0f, 3200.0f}) {
-        EventRecord r;
-        r.time = t;
-        table.Append(r);
-    }
+    for (float t : {0.0f, 800.0f, 1600.0f, 3200.0f}) table.Append(EventRecord{.time = t});
     ASSERT_EQ(WriteEventFile(dir / "beats.EVT", BlankHeaderCopy(), AnalysisParameters{}, table, "heart.abf"), "");
     const std::string rr = Put("rr.txt", "RR (ms)\n800\n800\n1600\n"), bounds = " --upper 2000 --lower 0 --json";
     const auto fromEvents = Run("hrv " + P("beats.EVT") + bounds);

@@ -77,11 +77,7 @@ TEST_F(VessEvents, TableInUnitsWhenTheDataFileIsBesideAndDamagedFilesRefused) {
     // 2 counts a pA, 50 us a point.
     auto rec = test::MakeRecording(dir / "cell.abf", std::vector<int16_t>(2048, 0), 50, 2.0f);
     EventTable table;
-    EventRecord r;
-    r.time = 12.5f;
-    r.amplitude = -30;
-    r.riseTime = 10;
-    table.Append(r);
+    table.Append(EventRecord{.time = 12.5f, .amplitude = -30, .riseTime = 10});
     ASSERT_EQ(WriteEventFile(dir / "cell.EVT", rec->HeaderBytes(), AnalysisParameters{}, table, "cell.abf"), "");
     const auto csv = Run("events " + P("cell.EVT") + " --csv");
     ASSERT_EQ(csv.exitCode, 0) << csv.err;

@@ -79,14 +79,9 @@ TEST_F(VessStats, EventFileFieldsAndIntervals) {
     auto rec = test::MakeRecording(dir / "cell.abf", std::vector<int16_t>(2048, 0), 50, 2.0f);
     EventTable table;
     const float times[] = {30, 10, 25};
-    for (int i = 0; i < 3; ++i) {
-        EventRecord r;
-        r.time = times[i];
-        r.rise1090 = 0.25f * float(i + 1);
-        r.riseTime = int16_t(10 * (i + 1));
-        r.group = uint8_t(i == 1 ? 2 : 1);
-        table.Append(r);
-    }
+    for (int i = 0; i < 3; ++i)
+        table.Append(EventRecord{.time = times[i], .riseTime = int16_t(10 * (i + 1)), .group = uint8_t(i == 1 ? 2 : 1),
+                                 .rise1090 = 0.25f * float(i + 1)});
     ASSERT_EQ(WriteEventFile(dir / "cell.EVT", rec->HeaderBytes(), AnalysisParameters{}, table, "cell.abf"), "");
     const std::string array = "array " + P("cell.EVT");
     EXPECT_EQ(Run(array + ":rise10-90").out, "0.25\n0.5\n0.75\n");
