@@ -56,38 +56,35 @@ TEST_F(NotMeasuredCli, ArraysTakeTheGridsValuesOnAChannelWithAnOffset) {
     }
 }
 
+// Values no recording can mean exit with status 2 and name themselves; a
+// settings file with a screen of 2^23 blocks used to overflow the screen's
+// point count, and a tiny bin used to saturate into one bin holding all
+// three values.
 TEST_F(NotMeasuredCli, RefusalsInsteadOfWrongNumbers) {
-    // A tiny bin used to saturate into one bin holding all three values.
     const std::string three = Put("b.txt", "100\n200\n300\n");
     for (const char* bin : {"1e-17", "inf"}) EXPECT_EQ(Run("hist " + three + " --bin " + bin).exitCode, 1) << bin;
     EXPECT_EQ(Run("correlogram " + three + " --bin inf").exitCode, 1);
     test::MakeRecording(dir / "flat.abf", std::vector<int16_t>(20000, 0), 50, 1.0f);  // 1 s
-    ASSERT_EQ(Run("noise " + P("flat.abf") + " --from 0.2 --to 0.5").exitCode, 0);
-    for (const char* range : {"--from -10 --to -5", "--from 0.5 --to 0.2", "--from 0 --to 5", "--from 0.2 --to 0.2"}) {
-        SCOPED_TRACE(range);
-        ExpectRefused(Run("noise " + P("flat.abf") + " " + range), 2, "--from and --to must give a stretch from 0 to 1 s");
-    }
-    ExpectRefused(Run("eventfree " + P("flat.abf") + " --out " + P("free.abf") + " --margin 1e20"), 2,
-                  "the margin must be a number of ms from 0");
-    EXPECT_FALSE(std::filesystem::exists(dir / "free.abf"));
-}
-
-// Each refused value exits with status 2 and names itself; a settings file
-// with a screen of 2^23 blocks used to overflow the screen's point count.
-TEST_F(NotMeasuredCli, ParametersOutsideTheirRangesAreRefused) {
-    ASSERT_EQ(Run("synth " + P("s.abf") + " --seconds 0.5 --seed 4").exitCode, 0);
+    const std::string flat = P("flat.abf"), stretch = "--from and --to must give a stretch from 0 to 1 s";
+    ASSERT_EQ(Run("noise " + flat + " --from 0.2 --to 0.5").exitCode, 0);
     const std::pair<std::string, std::string> refused[] = {
-        {"--set NumberPointsPeak=32767", "--set: NumberPointsPeak is 32767, outside 1 to 255"},
-        {"--set PeriodFindDecayTime=2000000000", "PeriodFindDecayTime is 2000000000 us"},
-        {"--settings " + Put("big.SET", "[Display]\nDisplayTotalNumberBlockPerScreen=8388608\n"),
+        {"noise " + flat + " --from -10 --to -5", stretch},
+        {"noise " + flat + " --from 0.5 --to 0.2", stretch},
+        {"noise " + flat + " --from 0 --to 5", stretch},
+        {"noise " + flat + " --from 0.2 --to 0.2", stretch},
+        {"eventfree " + flat + " --out " + P("free.abf") + " --margin 1e20", "the margin must be a number of ms from 0"},
+        {"detect " + flat + " --set NumberPointsPeak=32767", "--set: NumberPointsPeak is 32767, outside 1 to 255"},
+        {"detect " + flat + " --set PeriodFindDecayTime=2000000000", "PeriodFindDecayTime is 2000000000 us"},
+        {"detect " + flat + " --settings " + Put("big.SET", "[Display]\nDisplayTotalNumberBlockPerScreen=8388608\n"),
          "DisplayTotalNumberBlockPerScreen=8388608: outside 1 to 4096"},
-        {"--settings " + P("none.SET"), "No such file or directory"},
+        {"detect " + flat + " --settings " + P("none.SET"), "No such file or directory"},
     };
-    for (const auto& [options, message] : refused) {
-        SCOPED_TRACE(options);
-        ExpectRefused(Run("detect " + P("s.abf") + " " + options), 2, message);
+    for (const auto& [args, message] : refused) {
+        SCOPED_TRACE(args);
+        ExpectRefused(Run(args), 2, message);
     }
-    EXPECT_NE(Run("detect " + P("s.abf") + " --blocks-per-screen 8388608").exitCode, 0);
+    EXPECT_FALSE(std::filesystem::exists(dir / "free.abf"));
+    EXPECT_NE(Run("detect " + flat + " --blocks-per-screen 8388608").exitCode, 0);
 }
 
 }  // namespace
