@@ -69,13 +69,13 @@ MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, in
         blockPoints_ = std::max<int64_t>(int64_t(std::lround(kBaselineBlockMs / dtMs)), 1);
         blocksAside_ = std::max<int64_t>(
             int64_t(std::lround(kBaselineWindowMs / 2 / (double(blockPoints_) * dtMs))), 1);
-        margin_ = Apron() + int64_t(taps.size());
+        margin_ = int64_t(taps.size());
     }
 }
 
 MethodFilter::MethodFilter(const MethodFilter& other)
     : method_(other.method_), direction_(other.direction_), margin_(other.margin_),
-      blockPoints_(other.blockPoints_), blocksAside_(other.blocksAside_),
+      blockPoints_(other.blockPoints_), blocksAside_(other.blocksAside_), leaveOutAbove_(other.leaveOutAbove_),
       templatePoints_(other.templatePoints_), template_(other.template_),
       convolver_(std::make_unique<FftConvolver>(*other.convolver_)) {}
 
@@ -211,6 +211,65 @@ int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) 
 
 }  // namespace
 
+namespace {
+
+// medians[k] = the median of means[k .. k + 2K], kept in a sorted window
+// that each step drops one mean from and takes one into.
+std::vector<double> RunningMedians(const std::vector<double>& means, int64_t K) {
+    std::vector<double> medians(means.size() - std::size_t(2 * K));
+    std::vector<double> window(means.begin(), means.begin() + std::ptrdiff_t(2 * K + 1));
+    std::sort(window.begin(), window.end());
+    for (std::size_t k = 0;; ++k) {
+        medians[k] = window[std::size_t(K)];
+        if (k + 1 == medians.size()) break;
+        ReplaceInSorted(window, means[k], means[k + std::size_t(2 * K + 1)]);
+    }
+    return medians;
+}
+
+// The same, of the means not left out (the lower middle of an even count);
+// where all 2K + 1 are left out, the median of them all.
+std::vector<double> MediansOfKept(const std::vector<double>& means, const std::vector<char>& leftOut,
+                                  int64_t K, const std::vector<double>& ofAll) {
+    std::vector<double> medians(means.size() - std::size_t(2 * K));
+    std::vector<double> kept;
+    for (std::size_t k = 0; k < medians.size(); ++k) {
+        kept.clear();
+        for (std::size_t j = k; j <= k + std::size_t(2 * K); ++j)
+            if (!leftOut[j]) kept.push_back(means[j]);
+        if (kept.empty()) {
+            medians[k] = ofAll[k];
+            continue;
+        }
+        const auto middle = kept.begin() + std::ptrdiff_t((kept.size() - 1) / 2);
+        std::nth_element(kept.begin(), middle, kept.end());
+        medians[k] = *middle;
+    }
+    return medians;
+}
+
+// put(a, criterion) for the points a = from .. to - 1 of filtered (whose
+// index 0 is point origin): the point less the level, which runs straight
+// between the centres of blocks firstBlock + k and firstBlock + k + 1 from
+// medians[k] to medians[k + 1].
+template <typename Put>
+void Levelled(const std::vector<double>& filtered, int64_t origin, int64_t B, int direction, int64_t firstBlock,
+              const std::vector<double>& medians, int64_t from, int64_t to, Put&& put) {
+    const double centre = double(B - 1) / 2;
+    int64_t a = from;
+    for (std::size_t k = 0; k + 1 < medians.size() && a < to; ++k) {
+        const double start = double((firstBlock + int64_t(k)) * B) + centre;
+        const int64_t end = std::min<int64_t>(int64_t(std::ceil(start + double(B))), to);
+        const double step = (medians[k + 1] - medians[k]) / double(B);
+        for (; a < end; ++a) {
+            const double level = medians[k] + step * (double(a) - start);
+            put(a, direction * (filtered[std::size_t(a - origin)] - level));
+        }
+    }
+}
+
+}  // namespace
+
 void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
                                      std::vector<double>& out) const {
     // filtered[j] is point first - Apron() + j.
@@ -219,32 +278,30 @@ void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_
     // every point of the stretch.
     const int64_t firstBlock = FloorDiv(first, B) - 1;
     const int64_t lastBlock = FloorDiv(first + count, B) + 1;
-    const int64_t meansFrom = firstBlock - K;
-    std::vector<double> means(std::size_t(lastBlock + K - meansFrom + 1));
+    const bool leaving = std::isfinite(leaveOutAbove_);
+    // Leaving out needs the criterion of blocks firstBlock - K .. lastBlock + K
+    // first, from the medians of all around them.
+    const int64_t reach = leaving ? K + 1 : 0;
+    const int64_t meansFrom = firstBlock - reach - K;
+    std::vector<double> means(std::size_t(lastBlock + reach + K - meansFrom + 1));
     BlockMeans(filtered.data() + (meansFrom * B - origin), B, means);
-    // The running median of 2 K + 1 block means, kept in a sorted window
-    // that each step drops one mean from and takes one into.
-    std::vector<double> medians(std::size_t(lastBlock - firstBlock + 1));
-    std::vector<double> window(means.begin(), means.begin() + std::ptrdiff_t(2 * K + 1));
-    std::sort(window.begin(), window.end());
-    for (std::size_t k = 0;; ++k) {
-        medians[k] = window[std::size_t(K)];
-        if (k + 1 == medians.size()) break;
-        ReplaceInSorted(window, means[k], means[k + std::size_t(2 * K + 1)]);
+    std::vector<double> medians = RunningMedians(means, K);  // blocks firstBlock - reach ..
+    const auto put = [&](int64_t a, double v) { out[std::size_t(a - first)] = v; };
+    if (!leaving) {
+        Levelled(filtered, origin, B, direction_, firstBlock, medians, first, first + count, put);
+        return;
     }
-    // Between the centres of blocks k and k + 1 the level runs straight from
-    // one median to the next.
-    const double centre = double(B - 1) / 2;
-    int64_t a = first;
-    for (std::size_t k = 0; k + 1 < medians.size() && a < first + count; ++k) {
-        const double from = double((firstBlock + int64_t(k)) * B) + centre;
-        const int64_t end = std::min<int64_t>(int64_t(std::ceil(from + double(B))), first + count);
-        const double step = (medians[k + 1] - medians[k]) / double(B);
-        for (; a < end; ++a) {
-            const double level = medians[k] + step * (double(a) - from);
-            out[std::size_t(a - first)] = direction_ * (filtered[std::size_t(a - origin)] - level);
-        }
-    }
+    // means[j] is block meansFrom + j; a block is left out when a point of it
+    // rises above the level.
+    std::vector<char> leftOut(means.size(), 0);
+    const int64_t flagFrom = firstBlock - K, flagTo = lastBlock + K + 1;
+    Levelled(filtered, origin, B, direction_, firstBlock - reach, medians, flagFrom * B, flagTo * B, [&](int64_t a, double v) {
+        if (v > leaveOutAbove_) leftOut[std::size_t(FloorDiv(a, B) - meansFrom)] = 1;
+    });
+    const std::vector<double> all(medians.begin() + std::ptrdiff_t(reach), medians.end() - std::ptrdiff_t(reach));
+    const std::vector<double> kept(means.begin() + std::ptrdiff_t(reach), means.end() - std::ptrdiff_t(reach));
+    const std::vector<char> keptOut(leftOut.begin() + std::ptrdiff_t(reach), leftOut.end() - std::ptrdiff_t(reach));
+    Levelled(filtered, origin, B, direction_, firstBlock, MediansOfKept(kept, keptOut, K, all), first, first + count, put);
 }
 
 NoiseLevel RobustNoise(std::vector<double> v) {
