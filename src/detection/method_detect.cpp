@@ -75,10 +75,11 @@ MethodRun PrepareMethodRun(const MethodParameters& params, const Recording& rec,
     else {
         // The noise of the criterion with every block counted sets the level
         // above which blocks are left out of its baseline; the noise is then
-        // measured again on the criterion so levelled, the one detected on.
+        // measured again on the criterion so levelled, the one detected on,
+        // away from the blocks left out.
         const NoiseLevel all = CriterionNoise(run.filter, rec);
         run.filter.LeaveOutAbove(all.centre + kLeaveOutSds * all.sd);
-        run.noise = CriterionNoise(run.filter, rec);
+        run.noise = CriterionNoise(run.filter, rec, NearEvents::NotANumber);
         run.traceNoiseSd = TraceNoiseSd(rec);
     }
     return run;

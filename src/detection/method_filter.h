@@ -39,6 +39,10 @@ inline constexpr double kBaselineWindowMs = 50;
 // smoothing found ten times the added events that 0.8 ms found).
 double SmoothingMsForKernel(const EventKernel& kernel);
 
+// What the criterion holds near the blocks left out of its baseline: its
+// value, or not a number (for measuring the noise away from events).
+enum class NearEvents { Criterion, NotANumber };
+
 class MethodFilter {
 public:
     MethodFilter(const MethodParameters& params, double intervalUs, int direction);
@@ -67,7 +71,10 @@ public:
     // working buffers are kept from call to call too, so the pages of
     // multi-megabyte vectors are not given back and faulted in again for
     // every stretch.
-    void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out) const;
+    // With NearEvents::NotANumber, the points of a left-out block and of the
+    // blocks on either side of it are not a number.
+    void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
+                 NearEvents near = NearEvents::Criterion) const;
     // The same on samples held in memory (signal[i] is point i); points
     // outside repeat the nearest sample, as a recording does.
     std::vector<double> Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -75,9 +82,10 @@ public:
 
 private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
-    void FromSamples(const std::vector<double>& x, int64_t first, int64_t count, std::vector<double>& out) const;
+    void FromSamples(const std::vector<double>& x, int64_t first, int64_t count, std::vector<double>& out,
+                     NearEvents near) const;
     void LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                           std::vector<double>& out) const;
+                           std::vector<double>& out, NearEvents near) const;
     // Points read beyond the deconvolution's own reach for the baseline.
     // Leaving blocks out needs the criterion over the median window around
     // every block of the stretch, and so twice the blocks.
@@ -114,7 +122,11 @@ NoiseLevel RobustNoise(std::vector<double> values);
 // of 3 s spread evenly.
 std::vector<std::pair<int64_t, int64_t>> NoiseStretches(const Recording& rec);
 
-// The noise of the criterion over the NoiseStretches of the channel.
-NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec);
+// The noise of the criterion over the NoiseStretches of the channel. Away
+// from events: only where no block near is left out of the baseline (over
+// all points when that leaves less than a quarter of them), so that the
+// events of an event-rich recording do not widen what is measured.
+NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec,
+                          NearEvents near = NearEvents::Criterion);
 
 }  // namespace vess
