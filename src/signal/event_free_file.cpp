@@ -18,6 +18,7 @@
 #include "recording/texts.h"
 #include "recording/workspace.h"
 #include "signal/event_free.h"
+#include "signal/event_free_hidden.h"
 #include "signal/tool_texts.h"
 #include "statistics/prompts.h"
 
@@ -120,9 +121,11 @@ CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::files
     if (!path) return CommandResult::Cancelled();
     const Recording& rec = *ws.recording;
     const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    if (CommandResult written = WriteResult(WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path)); !written)
-        return written;
-    dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kEventFreeSaved) + path->filename().string());
+    const Outcome<EventFreeWritten> written = WriteEventFreeCopy(ws, *margin, levelPoints, *path, true);
+    if (!written) return WriteResult(written.message());
+    std::string text = S(tool_texts::kEventFreeSaved) + path->filename().string();
+    if (const std::string hidden = HiddenEventsText(written->HiddenRemoved()); !hidden.empty()) text += "\n" + hidden;
+    dialogs.Message(S(tool_texts::kEventFreeMenu), text);
     return CommandResult::Ok();
 }
 
