@@ -228,19 +228,27 @@ std::vector<double> RunningMedians(const std::vector<double>& means, int64_t K) 
 // where all 2K + 1 are left out, the median of them all.
 std::vector<double> MediansOfKept(const std::vector<double>& means, const std::vector<char>& leftOut,
                                   int64_t K, const std::vector<double>& ofAll) {
+    // The kept means of the window, sorted; each step drops the mean that
+    // leaves (when kept) and takes in the one that comes (when kept).
     std::vector<double> medians(means.size() - std::size_t(2 * K));
-    std::vector<double> kept;
-    for (std::size_t k = 0; k < medians.size(); ++k) {
-        kept.clear();
-        for (std::size_t j = k; j <= k + std::size_t(2 * K); ++j)
-            if (!leftOut[j]) kept.push_back(means[j]);
-        if (kept.empty()) {
-            medians[k] = ofAll[k];
-            continue;
+    std::vector<double> window;
+    for (std::size_t j = 0; j < std::size_t(2 * K + 1); ++j)
+        if (!leftOut[j]) window.push_back(means[j]);
+    std::sort(window.begin(), window.end());
+    for (std::size_t k = 0;; ++k) {
+        medians[k] = window.empty() ? ofAll[k] : window[(window.size() - 1) / 2];
+        if (k + 1 == medians.size()) break;
+        if (!leftOut[k]) {
+            std::size_t below = 0;
+            for (const double w : window) below += w < means[k];
+            window.erase(window.begin() + std::ptrdiff_t(below));
         }
-        const auto middle = kept.begin() + std::ptrdiff_t((kept.size() - 1) / 2);
-        std::nth_element(kept.begin(), middle, kept.end());
-        medians[k] = *middle;
+        const std::size_t in = k + std::size_t(2 * K + 1);
+        if (!leftOut[in]) {
+            std::size_t notAbove = 0;
+            for (const double w : window) notAbove += !(means[in] < w);
+            window.insert(window.begin() + std::ptrdiff_t(notAbove), means[in]);
+        }
     }
     return medians;
 }
