@@ -16,6 +16,14 @@ namespace {
 constexpr double kIntervalUs = 50;
 const EventKernel kKernel{0.5, 6};
 
+MethodFilter Deconvolution() {
+    MethodParameters params;
+    params.method = DetectionMethod::Deconvolution;
+    params.riseTauMs = kKernel.riseTauMs;
+    params.decayTauMs = kKernel.decayTauMs;
+    return MethodFilter(params, kIntervalUs, -1);
+}
+
 // The highest criterion within 5 ms after onset.
 double PeakAfter(const std::vector<double>& criterion, int64_t onset) {
     return *std::max_element(criterion.begin() + onset, criterion.begin() + onset + 100);
@@ -33,11 +41,7 @@ TEST(BaselineLeaveOut, ASmallEventAmongDenseOnesIsMeasuredAsAlone) {
     std::vector<int16_t> dense(alone);
     for (std::size_t i = 0; i < dense.size(); ++i) dense[i] = int16_t(dense[i] + burst[i] + 2000);
 
-    MethodParameters params;
-    params.method = DetectionMethod::Deconvolution;
-    params.riseTauMs = kKernel.riseTauMs;
-    params.decayTauMs = kKernel.decayTauMs;
-    const MethodFilter all(params, kIntervalUs, -1);
+    const MethodFilter all = Deconvolution();
     MethodFilter leaving(all);
     const NoiseLevel noise = RobustNoise(all.Compute(alone, 0, kPoints));
     leaving.LeaveOutAbove(noise.centre + 3 * noise.sd);
@@ -72,11 +76,7 @@ TEST(BaselineLeaveOut, NoiseAwayFromEventsIsTheNoiseWithoutThem) {
     test::TempDir dir;
     const auto quietRec = test::MakeRecording(dir / "quiet.abf", quiet, kIntervalUs, 1);
     const auto busyRec = test::MakeRecording(dir / "busy.abf", busy, kIntervalUs, 1);
-    MethodParameters params;
-    params.method = DetectionMethod::Deconvolution;
-    params.riseTauMs = kKernel.riseTauMs;
-    params.decayTauMs = kKernel.decayTauMs;
-    MethodFilter filter(params, kIntervalUs, -1);
+    MethodFilter filter = Deconvolution();
     const NoiseLevel truth = CriterionNoise(filter, *quietRec);
     filter.LeaveOutAbove(truth.centre + 3 * truth.sd);
     const double everywhere = CriterionNoise(filter, *busyRec).sd;
