@@ -5,15 +5,11 @@
 
 #include <fmt/format.h>
 
-#include "detection/method_commands.h"
 #include "detection/method_filter.h"
-#include "detection/whole_file.h"
-#include "recording/detection_inputs.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
-#include "recording/scripted_dialogs.h"
 #include "recording/save_path.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
@@ -97,11 +93,7 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
 std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::filesystem::path& path,
                                             NoiseLevels noise) {
     Workspace ws;
-    ws.settings = source.settings;
-    if (!OpenRecordingOnChannel(path, 0, ws)) return std::nullopt;
-    if (noise == NoiseLevels::OfSource && source.recording) CarryNoiseLevels(source, ws);
-    ScriptedDialogs quiet;
-    if (DetectWholeFile(ws, quiet).improperParameters) return std::nullopt;
+    if (!DetectWithSettingsOf(source, path, 0, noise == NoiseLevels::OfSource, ws)) return std::nullopt;
     return ws.events.Count();
 }
 

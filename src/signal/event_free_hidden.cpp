@@ -26,20 +26,14 @@ std::vector<EventRecord> EventsNotIn(const std::vector<EventRecord>& found, cons
     return out;
 }
 
-namespace {
-
-// Opens path on channel with from's settings and noise levels (when it has
-// them measured) and detects over the whole of it; false when the file
-// cannot be opened or the parameters cannot be used.
-bool DetectWithSettingsOf(const Workspace& from, const std::filesystem::path& path, int channel, Workspace& ws) {
+bool DetectWithSettingsOf(const Workspace& from, const std::filesystem::path& path, int channel, bool carryNoise,
+                          Workspace& ws) {
     ws.settings = from.settings;
     if (!OpenRecordingOnChannel(path, channel, ws)) return false;
-    if (from.recording) CarryNoiseLevels(from, ws);
+    if (carryNoise && from.recording) CarryNoiseLevels(from, ws);
     ScriptedDialogs quiet;
     return !DetectWholeFile(ws, quiet).improperParameters;
 }
-
-}  // namespace
 
 Outcome<EventFreeWritten> WriteEventFreeCopy(const Workspace& ws, double marginMs, int64_t levelPoints,
                                              const std::filesystem::path& path, bool removeHidden) {
@@ -50,11 +44,11 @@ Outcome<EventFreeWritten> WriteEventFreeCopy(const Workspace& ws, double marginM
         return CommandResult::Failed(problem);
     if (!removeHidden) return written;
     Workspace source;
-    if (!DetectWithSettingsOf(ws, rec.Path(), rec.Channel(), source)) return written;
+    if (!DetectWithSettingsOf(ws, rec.Path(), rec.Channel(), true, source)) return written;
     const int64_t within = RoundEven(kSameEventMs * 1000.0 / rec.IntervalUs());
     for (int round = 0; round < kHiddenEventRounds; ++round) {
         Workspace copy;
-        if (!DetectWithSettingsOf(source, path, 0, copy))
+        if (!DetectWithSettingsOf(source, path, 0, true, copy))
             return CommandResult::Failed(fmt::format("{} could not be detected on again.", path.string()));
         // Found on the copy, neither on the recording nor removed already.
         const std::vector<EventRecord> hidden =

@@ -29,6 +29,12 @@ inline constexpr double kSameEventMs = 1.0;
 std::vector<EventRecord> EventsNotIn(const std::vector<EventRecord>& found, const std::vector<EventRecord>& known,
                                      int64_t withinPoints);
 
+// Opens path on channel in ws with from's settings (and, with carryNoise,
+// the noise levels measured for from's recording) and detects over the whole
+// of it; false when the file cannot be opened or the parameters cannot be used.
+bool DetectWithSettingsOf(const Workspace& from, const std::filesystem::path& path, int channel, bool carryNoise,
+                          Workspace& ws);
+
 struct EventFreeWritten {
     int32_t removed = 0;              // the table's events
     std::vector<EventRecord> hidden;  // more events found on the copy and removed too
