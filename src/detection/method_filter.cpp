@@ -300,13 +300,15 @@ void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_
     // rises above the level.
     std::vector<char> leftOut(means.size(), 0);
     const int64_t flagFrom = firstBlock - K, flagTo = lastBlock + K + 1;
-    Levelled(filtered, origin, B, direction_, firstBlock - reach, medians, flagFrom * B, flagTo * B, [&](int64_t a, double v) {
+    const auto flag = [&](int64_t a, double v) {
         if (v > leaveOutAbove_) leftOut[std::size_t(FloorDiv(a, B) - meansFrom)] = 1;
-    });
+    };
+    Levelled(filtered, origin, B, direction_, firstBlock - reach, medians, flagFrom * B, flagTo * B, flag);
     const std::vector<double> all(medians.begin() + std::ptrdiff_t(reach), medians.end() - std::ptrdiff_t(reach));
     const std::vector<double> kept(means.begin() + std::ptrdiff_t(reach), means.end() - std::ptrdiff_t(reach));
     const std::vector<char> keptOut(leftOut.begin() + std::ptrdiff_t(reach), leftOut.end() - std::ptrdiff_t(reach));
-    Levelled(filtered, origin, B, direction_, firstBlock, MediansOfKept(kept, keptOut, K, all), first, first + count, put);
+    const std::vector<double> keptMedians = MediansOfKept(kept, keptOut, K, all);
+    Levelled(filtered, origin, B, direction_, firstBlock, keptMedians, first, first + count, put);
     if (near == NearEvents::Criterion) return;
     for (int64_t a = first; a < first + count; ++a) {
         const std::size_t j = std::size_t(FloorDiv(a, B) - meansFrom);
