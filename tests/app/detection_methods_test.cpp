@@ -1,34 +1,21 @@
 // The detection method chosen on the main window reaches the keys, non-stop,
 // the suggestion, the learned kernel and the accuracy check's job; the
 // methods themselves are checked in tests/detection.
-#include <QApplication>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
 #include <QStatusBar>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTableWidget>
 
 #include "app/gui_fixture.h"
+#include "detection/detection_start.h"
 #include "detection/method_texts.h"
 #include "detection/ui/accuracy_window.h"
-#include "detection/whole_file.h"
+#include "recording/event_file.h"
 #include "recording/settings_file.h"
-#include "graphs/ui/graph_frame.h"
-#include "graphs/ui/plot_widget.h"
+#include "support/run_vess.h"
 
 namespace vess::test {
 namespace {
 
 class MethodGuiTest : public GuiTest {
 protected:
-    void Trigger(const char* name) {
-        QAction* a = window->findChild<QAction*>(name);
-        ASSERT_NE(a, nullptr) << name;
-        ASSERT_TRUE(a->isEnabled()) << name;
-        a->trigger();
-    }
     // Picks the method in the "Detection method" box with the keyboard.
     void ChooseDeconvolution() {
         auto* box = window->findChild<QComboBox*>("cbDetectionMethod");
@@ -46,16 +33,6 @@ protected:
         Trigger("menu_SuggestFromRecording");
         Trigger("menu_CheckAccuracy");
         return window->findChild<AccuracyWindow*>("frmAccuracy");
-    }
-    // The events a whole-file run of the sample gives with the window's settings.
-    EventTable WholeFileEvents() const {
-        Workspace whole;
-        whole.settings = ws.settings;
-        AbfError error = AbfError::None;
-        whole.recording = Recording::Open(abfPath, &error, nullptr);
-        ScriptedDialogs quiet;
-        DetectWholeFile(whole, quiet);
-        return whole.events;
     }
     bool LastMessageIs(const char* caption) const {
         const auto messages = dialogs.Messages();
@@ -218,6 +195,24 @@ TEST_F(MethodGuiTest, ThresholdsOutOfReachAreReportedBeforeDetecting) {
     EXPECT_LT(ws.events.Count(), before);
     Key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(ws.events.Count(), before);
+}
+
+// A new installation's window and `vess detect` with no settings file make
+// the same suggestion and find the same events in one recording.
+TEST_F(MethodGuiTest, NewInstallationWindowAndCommandLineFindTheSameEvents) {
+    ws.settings = NewInstallationSettings();
+    OpenSample();
+    Key(Qt::Key_F11);
+    ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 20000));
+    ASSERT_GT(ws.events.Count(), 10);
+
+    const auto evt = dir / "cli.EVT";
+    const VessRun run = RunVessCli("detect " + abfPath.string() + " --quiet --out " + evt.string(), dir / "err.txt");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const std::string said = run.err.substr(0, run.err.find('\n'));
+    EXPECT_TRUE(said.starts_with("Settings suggested from this recording")) << said;
+    EXPECT_TRUE(said.ends_with(DetectionSettingsText(ws))) << said << "\n" << DetectionSettingsText(ws);
+    EXPECT_EQ(ReadEventFile(evt).records, ws.events.Records());
 }
 
 }  // namespace

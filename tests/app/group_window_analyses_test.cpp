@@ -2,19 +2,12 @@
 // analysis, whose row joins the grid and whose marks are drawn (the measures
 // themselves are checked in tests/group_analysis); analyses of superimposed
 // traces run as jobs, and the picture is exported with scale bars.
-#include <QImage>
-#include <QTableWidget>
-
 #include <cmath>
 
 #include "app/group_window_fixture.h"
 #include "app/job_runner.h"
-#include "graphs/ui/graph_frame.h"
-#include "graphs/ui/plot_widget.h"
 #include "group_analysis/result_row.h"
-#include "group_analysis/texts.h"
 #include "support/ecg_beat.h"
-#include "support/test_recording.h"
 
 namespace vess::test {
 namespace {
@@ -89,11 +82,7 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     Display("Average", "100", true);
     w->Action("menu_APWave1")->trigger();
     ASSERT_EQ(ws.results.Count(), 1);
-    const double threshold = Cell(0, 0).toDouble(), halfWidth = Cell(0, 8).toDouble();
-    EXPECT_GT(threshold, -70);
-    EXPECT_LT(threshold, -20);
-    EXPECT_GT(halfWidth, 0.3);
-    EXPECT_LT(halfWidth, 20);
+    EXPECT_GT(Cell(0, 8).toDouble(), 0.3);  // a half-width in ms (the measures: tests/group_analysis)
     EXPECT_EQ(MarkNames(), (std::vector<std::string>{"Peak", "Threshold", "Half-width", "AHP"}));
 
     Display("Average", "400", true);
@@ -101,9 +90,8 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     const int spikes = ws.results.Count() - 2;
     EXPECT_GE(spikes, 3);
     EXPECT_EQ(Cell(ws.results.Count() - 1, 19), QString::number(spikes) + ".000");
-    ASSERT_NE(CurrentGraphFrame(), nullptr);
+    ASSERT_TRUE(CurrentGraphFrame() && CurrentGraphFrame()->CurrentPlot());
     const PlotWidget* plane = CurrentGraphFrame()->CurrentPlot();
-    ASSERT_NE(plane, nullptr);
     EXPECT_EQ(plane->Description().title, "Phase Plane");
     EXPECT_EQ(plane->Description().series.at(1).x.size(), std::size_t(spikes));
     CloseGraphFrame();  // a frame left open lies over the next test's window

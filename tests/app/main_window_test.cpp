@@ -1,18 +1,13 @@
-#include <QAction>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QPushButton>
-
+// The main window's review loop from the file list and the keys: analysis,
+// steps and jumps, edits and undo, non-stop, the beep, closing questions.
 #include <unistd.h>
 
 #include "app/qt_dialogs.h"
 #include "detection/navigation.h"
 #include "detection/ui/event_sound.h"
 #include "detection/ui/texts.h"
-#include "detection/whole_file.h"
 #include "gui_fixture.h"
 #include "recording/event_file.h"
-#include "recording/open_recording.h"
 #include "recording/texts.h"
 
 namespace vess::test {
@@ -42,21 +37,18 @@ TEST_F(GuiTest, FileListOpensTheRecordingAndKeysAnalyseAndStep) {
             << key;
     }
 
-    // A grid row chosen by the user becomes the selected event on the trace.
+    // A grid row chosen by the user becomes the selected event on the trace;
+    // so does an event right-clicked on its peak.
     window->Grid()->setCurrentIndex(window->Grid()->model()->index(0, 3));
     EXPECT_EQ(ws.selectedEvent, 1);
-    // Right click on an event's peak selects it.
+    ws.selectedEvent = 0;
     ClickEvent(1, Qt::RightButton, Qt::NoModifier);
     EXPECT_EQ(ws.selectedEvent, 1);
-}
 
-TEST_F(GuiTest, JumpsToTimeAndEventNumberThroughTheirPrompts) {
-    OpenSample();
-    AnalyseUntilEvents(2);
+    // T and Y jump to the time and the event number typed.
     dialogs.AnswerInput("3000").AnswerInput("2");
     Type('t');
-    const ScreenGeometry g = GeometryOf(ws);
-    EXPECT_EQ(ws.screenStartBlock, g.ScreenOfSample(TimeToSample(3000, ws.recording->IntervalUs())));
+    EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).ScreenOfSample(TimeToSample(3000, ws.recording->IntervalUs())));
     Type('y');
     EXPECT_EQ(ws.selectedEvent, 2);
     EXPECT_EQ(GridCurrentRow(), 1);
@@ -100,12 +92,8 @@ TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
 // events of the core's whole-file detection (the one the command line uses).
 TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
     OpenSample();
-    Workspace reference;
-    reference.settings = ws.settings;
-    ScriptedDialogs quiet;
-    ASSERT_TRUE(OpenDataFile(reference, abfPath, quiet));
-    DetectWholeFile(reference, quiet);
-    ASSERT_GT(reference.events.Count(), 10);
+    const EventTable reference = WholeFileEvents();
+    ASSERT_GT(reference.Count(), 10);
     for (bool afterF9 : {false, true}) {
         SCOPED_TRACE(afterF9);
         if (afterF9) {
@@ -120,7 +108,7 @@ TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
         ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 60000));
         EXPECT_EQ(GridRows(), ws.events.Count());
         EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).LastScreenStart());
-        EXPECT_EQ(ws.events, reference.events);
+        EXPECT_EQ(ws.events, reference);
     }
 }
 
@@ -131,10 +119,8 @@ TEST_F(GuiTest, StoredEventsBeepWhileTheSoundIsOnNonStopIncluded) {
     int beeps = 0;
     window->Sound().SetBeep([&] { ++beeps; });
     auto* sound = window->findChild<QCheckBox*>("ckSoundOn");
-    ASSERT_NE(sound, nullptr);
     ASSERT_FALSE(sound->isChecked());
-    for (int screens = 0; screens < 20 && ws.events.Empty(); ++screens) Key(Qt::Key_F10);
-    ASSERT_GT(ws.events.Count(), 0);
+    AnalyseUntilEvents(1);
     EXPECT_EQ(beeps, 0);
 
     sound->click();
@@ -207,9 +193,7 @@ TEST_F(GuiTest, LeftClickDetectsTheEventUnderThePointer) {
     const int64_t peak = *window->Trace()->PeakIndexOf(original);
     Type('k');
     ASSERT_EQ(ws.events.Count(), k - 1);
-    TraceView* t = window->Trace();
-    QTest::mouseClick(t, Qt::LeftButton, {}, QPoint(int(t->XOfIndex(double(peak) + 0.5)),
-                                                   t->PlotRect().center().y()));
+    ClickTrace(peak);
     ASSERT_EQ(ws.events.Count(), k);
     EXPECT_EQ(ws.events[k].time, original.time);
     EXPECT_EQ(ws.events[k].amplitude, original.amplitude);

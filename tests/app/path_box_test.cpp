@@ -2,7 +2,6 @@
 // while files and folders appear on disk (an acquisition writing into the
 // folder shown).
 #include <QFileSystemModel>
-#include <QLineEdit>
 #include <QScrollBar>
 #include <QTreeView>
 

@@ -1,8 +1,6 @@
 // Faults seen in review: what the window keeps from a previous file or
 // command that it should not, and what it does without a recording.
-#include <QAction>
 #include <QFileSystemModel>
-#include <QLabel>
 #include <QProgressBar>
 #include <QTreeView>
 
@@ -40,7 +38,6 @@ TEST_F(FixesTest, PointerReadoutNamesTheUnitOfTheFileOpen) {
     ASSERT_EQ(WriteAbf(dir / "volts.abf", abfLayout, std::vector<int16_t>(4096, 5)), "");
     OpenSample();
     auto* pointer = window->findChild<QLabel*>("lbPointer");
-    ASSERT_NE(pointer, nullptr);
     QTest::mouseMove(window->Trace(), window->Trace()->PlotRect().center());
     ASSERT_TRUE(pointer->text().endsWith("pA")) << pointer->text().toStdString();
     ClickFile("volts.abf");

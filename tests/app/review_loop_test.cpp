@@ -1,17 +1,9 @@
 // The review loop on the main window: the fitted screen and display keys,
 // parameter boxes and the parameter panel, the overview strip, event marks,
 // the grid, the trace's end, zooming the trace and the channel list.
-#include <QAction>
-#include <QApplication>
-#include <QComboBox>
 #include <QDialog>
 #include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QMenu>
-#include <QMenuBar>
-#include <QSpinBox>
 #include <QTimer>
 #include <QWheelEvent>
 
@@ -28,8 +20,6 @@
 #include "event_shapes.h"
 #include "gui_fixture.h"
 #include "recording/event_grid_format.h"
-#include "recording/open_recording.h"
-#include "recording/settings.h"
 
 namespace vess::test {
 namespace {
@@ -73,10 +63,7 @@ protected:
         ASSERT_TRUE(OpenFile(dir / "three.abf"));
         ws.params() = TestParams(1);
         window->RefreshAll();
-        for (int64_t peak : {176, 476, 776}) {
-            TraceView* t = window->Trace();
-            QTest::mouseClick(t, Qt::LeftButton, {}, QPoint(int(t->XOfIndex(double(peak) + 0.5)), t->PlotRect().center().y()));
-        }
+        for (int64_t peak : {176, 476, 776}) ClickTrace(peak);
         ASSERT_EQ(ws.events.Count(), 3);
     }
     QPointF PeakPoint(int32_t k) const {
@@ -157,15 +144,21 @@ TEST_F(ReviewTest, ParameterBoxesConfirmedWithEnterGiveTheKeysBack) {
     EXPECT_EQ(ws.screenStartBlock, 12);
 }
 
-TEST_F(ReviewTest, OverviewReadsTheFileOnceAndJumpsWhereClicked) {
-    OpenSample();
-    AnalyseUntilEvents(3);
+// The overview is read as a job that leaves every command enabled; a read
+// for a recording that was replaced is dropped. Moving never reads again.
+TEST_F(ReviewTest, OverviewIsReadOnceForTheRecordingShownAndJumpsWhereClicked) {
+    ASSERT_TRUE(OpenFile(WriteSynth("other.abf", 3, 2)));
+    EXPECT_FALSE(window->Busy());
+    OpenSample();  // replaces it before (or after) its read ends
+    window->OverviewReader().Wait();
+    EXPECT_FALSE(window->OverviewReader().Running());
     OverviewStrip* strip = window->Overview();
-    window->OverviewReader().Wait();  // read away from the window
-    EXPECT_EQ(strip->ExtremesReads(), 1);
+    ASSERT_TRUE(strip->HasExtremes());
+    EXPECT_EQ(strip->ExtremesReads(), 1);  // only the recording shown
+    AnalyseUntilEvents(3);
     Type('f');
     Type('a');
-    EXPECT_EQ(strip->ExtremesReads(), 1);  // moving never reads the file again
+    EXPECT_EQ(strip->ExtremesReads(), 1);
 
     // Ticks along the bottom for the events (none on the screen shown).
     const EventRecord& first = ws.events[1];
@@ -269,8 +262,8 @@ TEST_F(ReviewTest, NoTraceIsDrawnPastTheEndOfTheData) {
     EXPECT_EQ(tracePast, 0);
 }
 
-// Wheel and Shift+drag zoom (a view that never changes the screen), the
-// overview read away from the window, and the channel list.
+// Wheel and Shift+drag zoom (a view that never changes the screen), and
+// the channel list.
 using ZoomTest = GuiTest;
 
 void Wheel(TraceView* t, QPointF at, int delta, Qt::KeyboardModifiers mods = Qt::NoModifier) {
@@ -329,24 +322,6 @@ TEST_F(ZoomTest, WheelAndShiftDragZoomTheViewOnlyAndResetReturnsToTheScreen) {
     EXPECT_FALSE(t->Zoomed());
 }
 
-// The overview is read as a job that leaves every command enabled; a read
-// for a recording that was replaced is dropped.
-TEST_F(ZoomTest, OverviewIsReadAwayFromTheWindowForTheRecordingShown) {
-    SynthOptions options;
-    options.seconds = 3;
-    options.seed = 2;
-    const auto other = dir / "other.abf";
-    ASSERT_EQ(WriteSynthetic(other, Synthesise(options)), "");
-    ASSERT_TRUE(OpenFile(other));
-    EXPECT_FALSE(window->Busy());
-    OpenSample();  // replaces it before (or after) its read ends
-    window->OverviewReader().Wait();
-    OverviewStrip* strip = window->Overview();
-    ASSERT_TRUE(strip->HasExtremes());
-    EXPECT_EQ(strip->ExtremesReads(), 1);  // only the recording shown
-    EXPECT_FALSE(window->OverviewReader().Running());
-}
-
 // The Qt channel question is a list of the channels, the first selected.
 TEST_F(ZoomTest, ChannelQuestionIsAListWithNamesAndUnits) {
     QtDialogs qt(window.get());
@@ -375,13 +350,11 @@ TEST(ParameterPanelTest, PointsAtPeakBeyondTheListIsShownAsItIs) {
     ParameterPanel panel;
     Settings settings;
     auto* points = panel.PointsAtPeakBox();
-    settings.analysis.NumberPointsPeak = 5;
-    panel.Show(settings, "pA", 50);
-    EXPECT_EQ(points->currentText(), "5");
-    settings.analysis.NumberPointsPeak = 40;
-    panel.Show(settings, "pA", 50);
-    EXPECT_EQ(points->currentText(), "40");
-    panel.Show(settings, "pA", 50);  // shown again: no second "40"
+    for (int shown : {5, 40, 40}) {  // shown again: no second "40"
+        settings.analysis.NumberPointsPeak = shown;
+        panel.Show(settings, "pA", 50);
+        EXPECT_EQ(points->currentText(), QString::number(shown));
+    }
     EXPECT_EQ(points->findText("40"), points->count() - 1);
     EXPECT_EQ(points->count(), 22);
 }

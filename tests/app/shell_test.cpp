@@ -1,18 +1,12 @@
 // The main window's shell: opening recordings by menu, recent list and drop,
 // the Help menu, dialogs in front of the window that asks, and read-outs
 // cleared when what they described is gone.
-#include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFile>
-#include <QLabel>
 #include <QMenu>
 #include <QMimeData>
-#include <QMouseEvent>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QTextBrowser>
 #include <QTimer>
-#include <QUrl>
 
 #include <fstream>
 
@@ -27,14 +21,7 @@ namespace {
 class ShellTest : public GuiTest {
 protected:
     // A second recording beside the first.
-    std::filesystem::path WriteOther(const std::string& name) {
-        SynthOptions options;
-        options.seconds = 3;
-        options.seed = 5;
-        const auto path = dir / name;
-        EXPECT_EQ(WriteSynthetic(path, Synthesise(options)), "");
-        return path;
-    }
+    std::filesystem::path WriteOther(const std::string& name) { return WriteSynth(name, 3); }
     // Runs ask, which shows a modal box; the box is saved as a picture and
     // closed. Returns the box's parent widget.
     static const QWidget* AnswerBox(const QString& picture, const std::function<void()>& ask) {
@@ -85,9 +72,7 @@ TEST_F(ShellTest, CtrlOOpensARecordingAndTheRecentMenuReopensIt) {
 
     // Kept in the settings file, newest first.
     EXPECT_EQ(ReadRecentRecordings(ws.iniPath), (std::vector<std::string>{other.string(), abfPath.string()}));
-    QMenu* recent = RecentMenu();
-    ASSERT_NE(recent, nullptr);
-    QAction* second = recent->findChild<QAction*>("menu_Recent2");
+    QAction* second = RecentMenu()->findChild<QAction*>("menu_Recent2");
     ASSERT_NE(second, nullptr);
     EXPECT_TRUE(second->text().contains("syn.abf")) << second->text().toStdString();
     second->trigger();
