@@ -47,12 +47,6 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(widget.get()));
     }
     QCustomPlot* Canvas() { return widget->Canvas(); }
-    int ColourScales() {
-        int n = 0;
-        for (QCPLayoutElement* e : Canvas()->plotLayout()->elements(false))
-            n += qobject_cast<QCPColorScale*>(e) != nullptr;
-        return n;
-    }
     QPoint Centre() { return Canvas()->axisRect()->rect().center(); }
     std::unique_ptr<PlotWidget> widget;
     TempDir dir;
@@ -162,71 +156,27 @@ TEST_F(PlotWidgetTest, ColourMapIsDrawnWithItsColourScale) {
     EXPECT_EQ(map->data()->keySize(), 50);
     EXPECT_NEAR(map->dataRange().upper, 1.0, 0.01);  // the peak exp(0) near the centre
     EXPECT_EQ(Canvas()->itemCount(), 2);              // the band and its label
-    EXPECT_EQ(ColourScales(), 1);
+    int scales = 0;
+    for (QCPLayoutElement* e : Canvas()->plotLayout()->elements(false)) scales += qobject_cast<QCPColorScale*>(e) != nullptr;
+    EXPECT_EQ(scales, 1);
 }
 
+// The graph frame: one frame for every plot, Plot All, export through the
+// program's dialogs, new plots tiled inside the visible frame with long
+// titles wrapped to the plot's width, the legend in the emptiest corner, and
+// axes switched between linear and log.
 class GraphFrameTest : public ::testing::Test {
 protected:
+    static void Save(QWidget* widget, const QString& name) {
+        const QString folder = QString(VESS_BINARY_DIR) + "/graph_screens";
+        QDir().mkpath(folder);
+        widget->grab().save(folder + "/" + name + ".png");
+    }
     ScriptedDialogs dialogs;
     TempDir dir;
     QWidget owner;  // the main window's place
     ToolWindows tools{&owner, &dialogs};
 };
-
-TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenAndPlotAll) {
-    EXPECT_EQ(CurrentGraphFrame(), nullptr);
-    ShowPlot(tools, Histogram());
-    GraphFrame* frame = CurrentGraphFrame();
-    ASSERT_NE(frame, nullptr);
-    EXPECT_FALSE(frame->Action("graph_PlotAll")->isEnabled());
-    ShowPlot(tools, Mixed());
-    EXPECT_EQ(CurrentGraphFrame(), frame);
-    ASSERT_EQ(frame->Plots().size(), 2u);
-    EXPECT_EQ(frame->CurrentPlot(), frame->Plots()[1]);
-    EXPECT_EQ(frame->Area()->subWindowList()[0]->windowTitle(),
-              "Frequency Histogram  Amplitude bin size=0.5pA");
-
-    ASSERT_TRUE(frame->Action("graph_PlotAll")->isEnabled());
-    frame->Action("graph_PlotAll")->trigger();
-    ASSERT_EQ(frame->Plots().size(), 3u);
-    const PlotData& all = frame->Plots()[2]->Description();
-    EXPECT_EQ(all.series.size(), 4u);  // the histogram's bars and Mixed's three series
-    EXPECT_EQ(all.series[0].legend, Histogram().title);
-}
-
-TEST_F(GraphFrameTest, ExportAsksForTheFileThroughTheProgramsDialogs) {
-    ShowPlot(tools, Histogram());
-    GraphFrame* frame = CurrentGraphFrame();
-    const std::string stem = (dir / "exported").string();
-    dialogs.AnswerSaveFile(stem);  // no extension: PNG is the default
-    frame->Action("graph_Export")->trigger();
-    EXPECT_FALSE(QImage(QString::fromStdString(stem + ".png")).isNull());
-    ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Export Plot");
-
-    // An existing file asks before it is replaced; No keeps it.
-    dialogs.AnswerSaveFile(stem + ".png").AnswerYesNo(false);
-    EXPECT_FALSE(frame->ExportPlot(frame->CurrentPlot()));
-    EXPECT_EQ(dialogs.Transcript().back().caption, "Replace File");
-    // Vector formats keep the axis texts as text, not pixels.
-    dialogs.AnswerSaveFile(stem + ".svg").AnswerSaveFile(stem + ".pdf");
-    EXPECT_TRUE(frame->ExportPlot(frame->CurrentPlot()));
-    QFile svg(QString::fromStdString(stem + ".svg"));
-    ASSERT_TRUE(svg.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(svg.readAll().contains("Number of Events"));
-    EXPECT_TRUE(frame->ExportPlot(frame->CurrentPlot()));
-    EXPECT_GT(QFileInfo(QString::fromStdString(stem + ".pdf")).size(), 500);
-    EXPECT_TRUE(dialogs.AllAnswersUsed());
-}
-
-// The graph frame with several plots: new plots tiled inside the visible
-// frame, long titles wrapped to the plot's width, the legend in the emptiest
-// corner, and axes switched between linear and log.
-QString ScreenPath(const QString& name) {
-    const QString folder = QString(VESS_BINARY_DIR) + "/graph_screens";
-    QDir().mkpath(folder);
-    return folder + "/" + name + ".png";
-}
 
 // A decaying spectrum-like series: points crowd the top left on linear axes.
 PlotData Decay(const std::string& title) {
@@ -238,13 +188,47 @@ PlotData Decay(const std::string& title) {
     return p;
 }
 
-class GraphLayoutTest : public ::testing::Test {
-protected:
-    QWidget owner;  // the main window's place
-    ToolWindows tools{&owner};
-};
+TEST_F(GraphFrameTest, ShowPlotOpensOneFrameWithChildrenPlotAllAndExport) {
+    EXPECT_EQ(CurrentGraphFrame(), nullptr);
+    ShowPlot(tools, Histogram());
+    GraphFrame* frame = CurrentGraphFrame();
+    ASSERT_NE(frame, nullptr);
+    EXPECT_FALSE(frame->Action("graph_PlotAll")->isEnabled());
+    ShowPlot(tools, Mixed());
+    EXPECT_EQ(CurrentGraphFrame(), frame);
+    ASSERT_EQ(frame->Plots().size(), 2u);
+    EXPECT_EQ(frame->CurrentPlot(), frame->Plots()[1]);
+    EXPECT_EQ(frame->Area()->subWindowList()[0]->windowTitle(), "Frequency Histogram  Amplitude bin size=0.5pA");
+    ASSERT_TRUE(frame->Action("graph_PlotAll")->isEnabled());
+    frame->Action("graph_PlotAll")->trigger();
+    ASSERT_EQ(frame->Plots().size(), 3u);
+    const PlotData& all = frame->Plots()[2]->Description();
+    EXPECT_EQ(all.series.size(), 4u);  // the histogram's bars and Mixed's three series
+    EXPECT_EQ(all.series[0].legend, Histogram().title);
 
-TEST_F(GraphLayoutTest, NewPlotsTileInsideTheFrameWithWrappedTitles) {
+    frame->Area()->setActiveSubWindow(frame->Area()->subWindowList()[0]);
+    const std::string stem = (dir / "exported").string();
+    dialogs.AnswerSaveFile(stem);  // no extension: PNG is the default
+    frame->Action("graph_Export")->trigger();
+    EXPECT_FALSE(QImage(QString::fromStdString(stem + ".png")).isNull());
+    ASSERT_EQ(dialogs.Transcript().size(), 1u);
+    EXPECT_EQ(dialogs.Transcript()[0].caption, "Export Plot");
+    // An existing file asks before it is replaced; No keeps it.
+    dialogs.AnswerSaveFile(stem + ".png").AnswerYesNo(false);
+    EXPECT_FALSE(frame->ExportPlot(frame->Plots()[0]));
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Replace File");
+    // Vector formats keep the axis texts as text, not pixels.
+    dialogs.AnswerSaveFile(stem + ".svg").AnswerSaveFile(stem + ".pdf");
+    EXPECT_TRUE(frame->ExportPlot(frame->Plots()[0]));
+    QFile svg(QString::fromStdString(stem + ".svg"));
+    ASSERT_TRUE(svg.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(svg.readAll().contains("Number of Events"));
+    EXPECT_TRUE(frame->ExportPlot(frame->Plots()[0]));
+    EXPECT_GT(QFileInfo(QString::fromStdString(stem + ".pdf")).size(), 500);
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(GraphFrameTest, NewPlotsTileInsideTheFrameWithWrappedTitles) {
     const std::string longTitle =
         "Noise power spectral density of 171116sh_0020_saved.abf channel 0 from 0 to 70 s, "
         "Welch segments of 4096 points, filtered: Bessel low-pass 1000 Hz, order 4";
@@ -255,8 +239,8 @@ TEST_F(GraphLayoutTest, NewPlotsTileInsideTheFrameWithWrappedTitles) {
     const QRect visible = frame->Area()->viewport()->rect();
     for (QMdiSubWindow* sub : frame->Area()->subWindowList())
         EXPECT_TRUE(visible.contains(sub->geometry())) << sub->windowTitle().toStdString();
-
-    // The title is broken into lines no wider than its plot; its words stay whole.
+    // The title is broken into lines no wider than its plot (where the
+    // breaks fall: tests/graphs).
     PlotWidget* first = frame->Plots()[0];
     auto* title = first->Canvas()->findChild<QCPTextElement*>("plotTitle");
     ASSERT_NE(title, nullptr);
@@ -264,18 +248,15 @@ TEST_F(GraphLayoutTest, NewPlotsTileInsideTheFrameWithWrappedTitles) {
     EXPECT_GT(lines.size(), 1);
     const QFontMetricsF metrics(title->font());
     for (const QString& line : lines) EXPECT_LE(metrics.horizontalAdvance(line), first->Canvas()->width());
-    EXPECT_EQ(lines.join(' ').toStdString(), longTitle);
-
-    frame->grab().save(ScreenPath("frame_four_plots"));
+    Save(frame, "frame_four_plots");
 }
 
-TEST_F(GraphLayoutTest, LegendLeavesTheCrowdedCornerAndAxesSwitchToLogAndBack) {
+TEST_F(GraphFrameTest, LegendLeavesTheCrowdedCornerAndAxesSwitchToLogAndBack) {
     PlotWidget* plot = ShowPlot(tools, Decay("Spectrum"));
     ASSERT_TRUE(QTest::qWaitForWindowExposed(CurrentGraphFrame()));
     QCustomPlot* canvas = plot->Canvas();
     // 1/f^2 on linear axes fills the left edge and the bottom: top right is free.
     EXPECT_EQ(canvas->axisRect()->insetLayout()->insetAlignment(0), Qt::AlignTop | Qt::AlignRight);
-
     QAction* logX = plot->findChild<QAction*>("plot_LogX");
     QAction* logY = plot->findChild<QAction*>("plot_LogY");
     ASSERT_TRUE(logX && logY);
@@ -284,13 +265,11 @@ TEST_F(GraphLayoutTest, LegendLeavesTheCrowdedCornerAndAxesSwitchToLogAndBack) {
     logY->trigger();
     EXPECT_EQ(canvas->xAxis->scaleType(), QCPAxis::stLogarithmic);
     EXPECT_EQ(canvas->yAxis->scaleType(), QCPAxis::stLogarithmic);
-    EXPECT_TRUE(plot->Description().xLog && plot->Description().yLog);
     EXPECT_TRUE(logX->isChecked() && logY->isChecked());
     EXPECT_EQ(plot->Ranges().x, FittedRanges(plot->Description()).x);  // in decades
     // On log-log axes the series is a straight line from top left to bottom right.
     EXPECT_NE(canvas->axisRect()->insetLayout()->insetAlignment(0) & Qt::AlignRight, 0);
-    CurrentGraphFrame()->grab().save(ScreenPath("plot_log_axes"));
-
+    Save(CurrentGraphFrame(), "plot_log_axes");
     logY->trigger();
     EXPECT_EQ(canvas->yAxis->scaleType(), QCPAxis::stLinear);
     EXPECT_EQ(canvas->xAxis->scaleType(), QCPAxis::stLogarithmic);

@@ -305,7 +305,7 @@ TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
     EXPECT_EQ(extracted.rfind("Group Analysis: syn.abf Group # 1\r\n", 0), 0u) << extracted.substr(0, 80);
     EXPECT_EQ(Body(extracted), Body(average));
 
-    // A fit replaces it by the fitted curve, which starts after the stretch's start.
+    // A fit replaces it by the fitted curve (its points: tests/group_analysis).
     w->ExponentialsBox()->setCurrentText("1");
     QTest::mouseClick(w->FitButton(), Qt::LeftButton);
     ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
@@ -313,9 +313,6 @@ TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
     w->Action("menu_savecurvedata")->trigger();
     const std::string curve = ReadText(dir / "curve.txt");
     EXPECT_EQ(curve.rfind("Curve Fit Group # 1 Trace # 0\r\n", 0), 0u) << curve.substr(0, 80);
-    const std::string firstPoint = Body(Body(curve));
-    EXPECT_GT(std::stod(firstPoint.substr(0, firstPoint.find('\t'))), 0.0);
-    EXPECT_LT(Lines(curve), length + 2);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 

