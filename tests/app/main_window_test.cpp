@@ -55,17 +55,24 @@ TEST_F(GuiTest, FileListOpensTheRecordingAndKeysAnalyseAndStep) {
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
-TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
+TEST_F(GuiTest, DeleteRedetectRejectGroupAndUndoFromKeysAndMouse) {
     OpenSample();
     AnalyseUntilEvents(3);
     const EventTable before = ws.events;
     const int32_t n = ws.events.Count();
 
-    // Ctrl+click on an event's peak deletes it.
+    // Ctrl+click on an event's peak deletes it; a left click there detects
+    // it again, measured as analysis measured it.
     Type('z');
+    const int64_t peak = *window->Trace()->PeakIndexOf(before[1]);
     ClickEvent(1, Qt::LeftButton, Qt::ControlModifier);
     EXPECT_EQ(GridRows(), n - 1);
     EXPECT_EQ(ws.events[1], before[2]);
+    ClickTrace(peak);
+    ASSERT_EQ(GridRows(), n);
+    EXPECT_EQ(ws.selectedEvent, n);  // added at the end, selected
+    EXPECT_EQ(ws.events[n].time, before[1].time);
+    EXPECT_EQ(ws.events[n].amplitude, before[1].amplitude);
 
     // J rejects the selected event.
     Type('z');
@@ -78,12 +85,23 @@ TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
     for (int32_t k = 1; k <= ws.events.Count(); ++k) EXPECT_EQ(ws.events[k].group, 7);
     EXPECT_EQ(dialogs.Transcript().back().caption, "Mark all events as a group");
 
-    // Undo three times gives back the analysed table; redo moves forward.
+    // Undo four times gives back the analysed table; redo moves forward.
     EXPECT_TRUE(window->Action("menu_Undo")->isEnabled());
-    for (int i = 0; i < 3; ++i) Key(Qt::Key_Z, Qt::ControlModifier);
+    for (int i = 0; i < 4; ++i) Key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(ws.events, before);
     EXPECT_EQ(GridRows(), n);
     Key(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(ws.events.Count(), n - 1);
+
+    // Points at peak changed over events asks to save and reset; No keeps
+    // the events and puts the old value back in the box.
+    auto* combo = window->PointsAtPeakBox();
+    dialogs.AnswerYesNo(false);
+    combo->setCurrentIndex(2);
+    emit combo->activated(2);
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Save and Reset");
+    EXPECT_EQ(ws.params().NumberPointsPeak, 1);
+    EXPECT_EQ(combo->currentIndex(), 0);
     EXPECT_EQ(ws.events.Count(), n - 1);
 }
 
@@ -169,44 +187,11 @@ TEST_F(GuiTest, ClosingAsksAboutUnsavedEventsAndSettings) {
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
-TEST_F(GuiTest, ChangingPointsAtPeakWithEventsAsksToSaveAndReset) {
-    OpenSample();
-    AnalyseUntilEvents(1);
-    auto* combo = window->PointsAtPeakBox();
-    // No keeps the events and puts the old value back in the box.
-    dialogs.AnswerYesNo(false);
-    combo->setCurrentIndex(2);
-    emit combo->activated(2);
-    EXPECT_EQ(dialogs.Transcript().back().caption, "Save and Reset");
-    EXPECT_EQ(ws.params().NumberPointsPeak, 1);
-    EXPECT_EQ(combo->currentIndex(), 0);
-    EXPECT_GT(ws.events.Count(), 0);
-}
-
 TEST(QtFilter, ProgramFiltersBecomeQtFiltersInEitherCase) {
     for (auto [filter, qt] : {std::pair{"Event File (*.EVT)", "Event File (*.EVT *.evt)"},
                               {"Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT",
                                "Parameter File (*.PAR *.par);;Event File (*.EVT *.evt)"}})
         EXPECT_EQ(ToQtFilter(filter), qt) << filter;
-}
-
-// An event deleted with K comes back with a left click on its peak, measured
-// as analysis measured it.
-TEST_F(GuiTest, LeftClickDetectsTheEventUnderThePointer) {
-    OpenSample();
-    AnalyseUntilEvents(1);
-    Type('v');
-    const int32_t k = ws.selectedEvent;
-    const EventRecord original = ws.events[k];
-    const int64_t peak = *window->Trace()->PeakIndexOf(original);
-    Type('k');
-    ASSERT_EQ(ws.events.Count(), k - 1);
-    ClickTrace(peak);
-    ASSERT_EQ(ws.events.Count(), k);
-    EXPECT_EQ(ws.events[k].time, original.time);
-    EXPECT_EQ(ws.events[k].amplitude, original.amplitude);
-    EXPECT_EQ(ws.selectedEvent, k);
-    EXPECT_EQ(GridRows(), k);
 }
 
 // The recording is cut short on disk while events are under review: the
