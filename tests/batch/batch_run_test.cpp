@@ -135,7 +135,7 @@ TEST(BatchFiles, FoldersListsAndEventFileNames) {
     EXPECT_TRUE(together[0].refusal.empty());
     EXPECT_NE(together[2].refusal.find("x/a.abf"), std::string::npos) << together[2].refusal;
 
-    ASSERT_EQ(WriteFileAtomic(dir / "list.txt", std::string_view("# recordings\r\nx/a.abf\n\n  " +
+    ASSERT_EQ(WriteFileAtomic(dir / "list.txt", std::string_view("# recordings\r\nx/a.abf\r\n\n  " +
                                                                   (dir / "y/a.abf").string() + "\n")),
               "");
     std::string problem;
