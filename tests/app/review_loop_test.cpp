@@ -24,7 +24,6 @@
 namespace vess::test {
 namespace {
 
-// Distance between two colours, channel by channel.
 int ColourDistance(QRgb a, const QColor& b) {
     return std::abs(qRed(a) - b.red()) + std::abs(qGreen(a) - b.green()) + std::abs(qBlue(a) - b.blue());
 }
@@ -41,13 +40,11 @@ bool ColourNear(const QImage& image, QPointF at, const QColor& colour, int radiu
 
 class ReviewTest : public GuiTest {
 protected:
-    // Counts at the bottom and top of the plot.
     VisibleCounts Visible() const {
         const TraceView* t = window->Trace();
         const QRect r = t->PlotRect();
         return {t->CountsAtY(r.top() + r.height()), t->CountsAtY(r.top())};
     }
-    // The samples of the data on the screen shown.
     std::vector<int16_t> ScreenSamples() const {
         std::vector<int16_t> v(std::size_t(window->Trace()->DataLength()));
         ws.recording->ReadSamples(int64_t(ws.screenStartBlock) * kBlockPoints, v);

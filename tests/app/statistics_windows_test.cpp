@@ -22,7 +22,6 @@ protected:
         GuiTest::TearDown();
     }
     DataAnalysisWindow* Analysis() { return window->findChild<DataAnalysisWindow*>(); }
-    // The text of Grid1's row labelled label, value column column.
     QString GridCell(const QTableWidget& grid, const QString& label, int column = 1) {
         for (int r = 0; r < grid.rowCount(); ++r)
             if (grid.item(r, 0) && grid.item(r, 0)->text() == label)
