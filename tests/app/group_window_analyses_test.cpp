@@ -159,7 +159,10 @@ TEST_F(GroupJobsTest, SuperimposedAmperometryIsAJobWithOneRowPerEvent) {
     EXPECT_EQ(w->Picture()->Marks()[0].x.size(), std::size_t(n));
     Snapshot("group_ampero_superimposed", w);
 
-    // Stop ends a diffusion fit of every trace early, keeping the rows made.
+    // Stop ends a diffusion fit of every trace early, keeping the rows made
+    // (a search of a million simulations to 1e-15 cannot end before it).
+    w->findChild<QLineEdit*>("Text2")->setText("1000000");
+    w->findChild<QLineEdit*>("Text3")->setText("1e-15");
     w->Action("menu_RandomWalk")->trigger();
     ASSERT_TRUE(jobs.Running());
     jobs.Stop();
