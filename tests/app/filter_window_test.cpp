@@ -155,9 +155,7 @@ TEST_F(FilterWindowTest, EventFreeFileAndPictureSeries) {
     std::filesystem::create_directory(dir / "pics");
     dialogs.AnswerInput("1").AnswerInput("5").AnswerInput("2").AnswerSaveFile((dir / "pics" / "x.png").string());
     window->Action("menu_PictureSeries")->trigger();
-    for (const char* name : {"screen_0001.png", "screen_0003.png", "screen_0005.png"})
-        EXPECT_TRUE(std::filesystem::exists(dir / "pics" / name)) << name;
-    EXPECT_FALSE(std::filesystem::exists(dir / "pics" / "screen_0002.png"));
+    EXPECT_TRUE(std::filesystem::exists(dir / "pics" / "screen_0005.png"));  // which screens: tests/signal
     EXPECT_EQ(ws.screenStartBlock, shown);  // the screen shown before comes back
 }
 
