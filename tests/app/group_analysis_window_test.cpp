@@ -37,10 +37,6 @@ protected:
         if (!f.open(QIODevice::ReadOnly)) return -1;
         return int(QString::fromLatin1(f.readAll()).count(QRegularExpression("/Type\\s*/Page[^s]")));
     }
-    void Fit() {
-        QTest::mouseClick(w->FitButton(), Qt::LeftButton);
-        ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
-    }
 };
 
 // The average fitted, its row headed in the recording's units, saved as text
@@ -307,8 +303,7 @@ TEST_F(GroupDataTest, TraceAndCurveDataGoToTheClipboardOrAFile) {
 
     // A fit replaces it by the fitted curve (its points: tests/group_analysis).
     w->ExponentialsBox()->setCurrentText("1");
-    QTest::mouseClick(w->FitButton(), Qt::LeftButton);
-    ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
+    Fit();
     dialogs.AnswerInput("1").AnswerSaveFile((dir / "curve.txt").string());
     w->Action("menu_savecurvedata")->trigger();
     const std::string curve = ReadText(dir / "curve.txt");
