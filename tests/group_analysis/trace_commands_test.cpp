@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "group_analysis/ecg_delineation.h"
+#include "group_analysis/fit_review.h"
 #include "group_analysis/trace_analysis_run.h"
 #include "group_analysis/trace_commands.h"
 #include "recording/scripted_dialogs.h"
@@ -28,16 +29,10 @@ TEST(GroupWindowEntries, OnlyAWholeNumberInRangeReplacesTheValue) {
 // Four events of group 3; traces 1 and 2 are events 2 and 4.
 struct Grouped {
     Grouped() {
-        for (int i = 0; i < 4; ++i) {
-            EventRecord e;
-            e.group = 3;
-            ws.events.Append(e);
-        }
-        set.count = 2;
-        set.eventIndex = {0, 2, 4};
+        for (int i = 0; i < 4; ++i) ws.events.Append({.group = 3});
     }
     Workspace ws;
-    TraceSet set;
+    TraceSet set{.count = 2, .points = {}, .eventIndex = {0, 2, 4}};
     ScriptedDialogs d;
 };
 
@@ -79,7 +74,7 @@ TEST(TraceEdits, JumpNeedsOneShownTraceAndStaysInTheSet) {
     }
 }
 
-TEST(TraceEdits, AutoRejectAsksOnlyAfterSuperimposedFitsWithAReadableCriterion) {
+TEST(TraceEdits, AutoRejectAsksOnlyAfterSuperimposedFitsWithAReadableCriterionAndUndoes) {
     Grouped g;
     std::vector<TraceFit> fits(2);
     fits[0].trace = 1, fits[0].values.rSquared = 0.999;
@@ -91,8 +86,17 @@ TEST(TraceEdits, AutoRejectAsksOnlyAfterSuperimposedFitsWithAReadableCriterion) 
     EXPECT_TRUE(g.d.Transcript().empty());
     g.d.AnswerYesNo(true);
     EXPECT_EQ(AutoRejectAfterFits(g.ws, g.set, AnalysisType::Superimpose, fits, choice, g.d), 1);
+    EXPECT_EQ(g.d.Transcript().back().caption, "Auto-rejection");
+    EXPECT_EQ(g.d.Transcript().back().text.substr(0, 119),
+              "Found 1 events that qualify the automatic rejection criterion.  The following is the list of events: 4.  Would you like");
     EXPECT_EQ(g.ws.events[4].group, 0);
     EXPECT_EQ(g.ws.events[2].group, 3);
+    g.ws.history.Undo(g.ws.events);
+    EXPECT_EQ(g.ws.events[4].group, 3);
+    EXPECT_EQ(RegroupTwoExponentialCommand(g.ws, g.set, {1, 2}, 9, g.d), 2);
+    EXPECT_EQ(g.ws.events[2].group, 9);
+    EXPECT_EQ(g.d.Messages().back().text,
+              "Found 2 event(s) that fits better with sum of two exponential function.  These events are regrouped as Group #9.  You will need to display the group again in Display tab to refresh the group display.");
 }
 
 // Three traces of 300 points at 0.1 ms, each a triangle above a baseline of
@@ -100,12 +104,7 @@ TEST(TraceEdits, AutoRejectAsksOnlyAfterSuperimposedFitsWithAReadableCriterion) 
 // units tall. Area 40 x 5 / 2 = 100 units ms for the first, so charges of
 // 0.1, 0.2 and 0.3 pC for traces in pA.
 TraceSet Triangles() {
-    TraceSet set;
-    set.count = 3;
-    set.length = 300;
-    set.intervalUs = 100;
-    set.points.assign(4 * 300, 3);
-    set.eventIndex = {0, 1, 2, 3};
+    TraceSet set{.length = 300, .count = 3, .intervalUs = 100, .points = std::vector<int16_t>(1200, 3), .eventIndex = {0, 1, 2, 3}};
     for (int t = 1; t <= 3; ++t)
         for (int j = 100; j <= 150; ++j) {
             const double shape = j <= 110 ? (j - 100) / 10.0 : (150 - j) / 40.0;
@@ -114,12 +113,10 @@ TraceSet Triangles() {
     return set;
 }
 
-TEST(TraceAnalysisRun, AmperometryGivesOneRowPerTraceAndStopsWhenAsked) {
-    TraceAnalysisInput in{.analysis = TraceAnalysis::Amperometric, .set = Triangles(), .scale = {},
+TEST(TraceAnalysisRun, AmperometryGivesOneRowPerTraceAndAStopKeepsOnlyWhatWasDone) {
+    TraceAnalysisInput in{.analysis = TraceAnalysis::Amperometric, .set = Triangles(), .scale = {.intervalUs = 100, .units = ""},
                           .traces = {}, .from = 0, .to = 299, .group = 5, .settings = {}};
-    in.scale.intervalUs = 100;
     in.traces = TracesToFit(in.set, AnalysisType::Superimpose, 0);
-    EXPECT_TRUE(RunsAsJob(in.analysis, in.traces.size()));
     std::vector<double> shares;
     const TraceAnalysisRun run = RunTraceAnalyses(in, [&](double done, const std::string&) {
         shares.push_back(done);
@@ -148,27 +145,21 @@ TEST(TraceAnalysisRun, AmperometryGivesOneRowPerTraceAndStopsWhenAsked) {
     const TraceAnalysisRun stopped = RunTraceAnalyses(in, [&](double, const std::string&) { return ++calls < 2; });
     EXPECT_TRUE(stopped.stopped);
     EXPECT_EQ(stopped.outcomes.size(), 1u);
-}
-
-TEST(TraceAnalysisRun, AStoppedDiffusionFitGivesNoRow) {
-    TraceAnalysisInput in{.analysis = TraceAnalysis::Diffusion, .set = Triangles(), .scale = {},
-                          .traces = {1}, .from = 100, .to = 299, .group = 1, .settings = {}};
-    in.scale.intervalUs = 100;
-    EXPECT_TRUE(RunsAsJob(in.analysis, 1));
+    // A diffusion fit stopped part-way gives no row; the ECG is no job.
+    EXPECT_TRUE(RunsAsJob(in.analysis, in.traces.size()));
     EXPECT_FALSE(RunsAsJob(TraceAnalysis::Ecg, 1));
-    int calls = 0;
-    const TraceAnalysisRun run = RunTraceAnalyses(in, [&](double, const std::string&) { return ++calls < 5; });
-    EXPECT_TRUE(run.stopped);
-    EXPECT_TRUE(run.outcomes.empty());
+    in.analysis = TraceAnalysis::Diffusion, in.traces = {1}, in.from = 100;
+    EXPECT_TRUE(RunsAsJob(in.analysis, 1));
+    calls = 0;
+    const TraceAnalysisRun walk = RunTraceAnalyses(in, [&](double, const std::string&) { return ++calls < 5; });
+    EXPECT_TRUE(walk.stopped);
+    EXPECT_TRUE(walk.outcomes.empty());
 }
 
 TEST(TraceAnalysisRun, StoredNumbersOutsideTheirRangesKeepTheDefaults) {
     GroupAnalysisSettings stored;
-    stored.electrons = std::numeric_limits<double>::quiet_NaN();
-    stored.release = -1;
-    stored.deadRadius = 0;
-    stored.km = 0.5;
-    stored.walkEdge = "Reflecting";
+    stored.electrons = std::numeric_limits<double>::quiet_NaN(), stored.release = -1;
+    stored.deadRadius = 0, stored.km = 0.5, stored.walkEdge = "Reflecting";
     TraceAnalysisSettings s;
     ApplyStoredSettings(s, stored);
     EXPECT_EQ(s.ampero.electrons, 2);
