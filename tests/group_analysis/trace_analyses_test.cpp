@@ -62,7 +62,7 @@ TEST(SpikeShape, WhatCannotBeMeasuredIsNotMeasured) {
     }
 }
 
-TEST(SpikeShape, WidthAboveThresholdAndAhpReference) {
+TEST(SpikeShape, WidthAboveThresholdAhpReferenceAndDecayPercentText) {
     const SampledTrace t = Spikes({{90, 10}}, 30, 10);
     SpikeShapeSettings s;
     s.widthAboveThreshold = 200;   // above the peak
@@ -74,14 +74,9 @@ TEST(SpikeShape, WidthAboveThresholdAndAhpReference) {
     s.useThresholdBaseline = true;
     const SpikeShape fromThreshold = MeasureSpike(t, s);
     EXPECT_NEAR(fromThreshold.ahpPeak - atThreshold.ahpPeak, fromThreshold.threshold - atThreshold.baseline, 1e-9);
-}
-
-TEST(SpikeShape, DecayPercentText) {
-    SpikeShapeSettings s;
     for (const char* bad : {"37-90%", "90", "a-b%", "150-10%"}) EXPECT_FALSE(SetDecayPercent(s, bad)) << bad;
     ASSERT_TRUE(SetDecayPercent(s, "80-20%"));
-    EXPECT_DOUBLE_EQ(s.decayFrom, 0.8);
-    EXPECT_DOUBLE_EQ(s.decayTo, 0.2);
+    EXPECT_EQ(std::pair(s.decayFrom, s.decayTo), std::pair(0.8, 0.2));
 }
 
 TEST(SpikeTrain, YmAndYtDecideWhatIsASpike) {
@@ -94,9 +89,7 @@ TEST(SpikeTrain, YmAndYtDecideWhatIsASpike) {
     };
     for (const Case c : {Case{5, 2, 3}, Case{3, 2, 3}, Case{5, 80, 4}, Case{95, 2, 0}}) {
         SpikeTrainSettings s;
-        s.minHeight = c.ym;
-        s.hysteresis = c.yt;
-        s.shape.thresholdRate = 10;
+        s.minHeight = c.ym, s.hysteresis = c.yt, s.shape.thresholdRate = 10;
         const SpikeTrain train = MeasureSpikeTrain(t, s);
         EXPECT_EQ(train.spikes.size(), c.spikes) << "Ym " << c.ym << " Yt " << c.yt;
         // One row per spike and the summary, under the train's headings.
@@ -150,10 +143,8 @@ TEST(FieldPotential, SynapticCurrentsTakeTheSignOfTheResponse) {
 
 TEST(TraceAnalysisRows, NotMeasuredIsBlankAndLeftOutOfStatistics) {
     ResultsTable table;
-    SpikeShape a, b;
-    a.threshold = -50, a.halfWidth = 1.0;
-    b.threshold = -40;   // half-width not measured
-    for (const SpikeShape& s : {a, b}) table.Append(MeasureRow(ResultKind::SpikeShape, 1, 2, SpikeShapeValues(s)));
+    for (const SpikeShape& s : {SpikeShape{.threshold = -50, .halfWidth = 1.0}, SpikeShape{.threshold = -40}})
+        table.Append(MeasureRow(ResultKind::SpikeShape, 1, 2, SpikeShapeValues(s)));  // the second without half-width
     const auto text = ResultsText(table);
     EXPECT_EQ(text.substr(0, text.find('\t')), "Threshold");
     EXPECT_NE(text.find("-40.000\t\t"), std::string::npos);
@@ -165,11 +156,8 @@ TEST(TraceAnalysisRows, NotMeasuredIsBlankAndLeftOutOfStatistics) {
 }
 
 TEST(TraceAnalysis, StretchBetweenCursorsAndAreaAcrossALevel) {
-    TraceSet set;
-    set.length = 5, set.count = 1, set.intervalUs = 100;
-    set.points = {0, 0, 0, 0, 0, 10, 20, 30, 40, 50};
-    UnitScale scale;
-    scale.gain = 1, scale.range = 1, scale.resolution = 1;
+    const TraceSet set{.length = 5, .count = 1, .intervalUs = 100, .points = {0, 0, 0, 0, 0, 10, 20, 30, 40, 50}, .eventIndex = {}};
+    const UnitScale scale;
     const SampledTrace t = TraceStretch(set, 1, 3, 1, scale);
     EXPECT_DOUBLE_EQ(t.startMs, 0.1);
     EXPECT_EQ(t.y, (std::vector<double>{scale.Level(20), scale.Level(30), scale.Level(40)}));
@@ -195,9 +183,7 @@ SampledTrace Sample(const Beat& b, double dt, double lengthMs = 800, double nois
 TEST(EcgDelineation, BoundariesWithinOneSampleOfTheConstruction) {
     struct Case { const char* name; Beat beat; double dt; };
     Beat noQ, noS, inverted, shortPr;
-    noQ.qAmp = 0;
-    noS.sAmp = 0;
-    inverted.tAmp = -0.25;
+    noQ.qAmp = 0, noS.sAmp = 0, inverted.tAmp = -0.25;
     shortPr.pOn = 281, shortPr.pOff = 341;   // a PR segment of 20 ms: P close to Q
     for (const Case& c : {Case{"qRs 500 Hz", Beat{}, 2}, Case{"qRs 1 kHz", Beat{}, 1}, Case{"qRs 250 Hz", Beat{}, 4},
                           Case{"Rs", noQ, 2}, Case{"qR", noS, 2}, Case{"inverted T", inverted, 2},

@@ -8,22 +8,16 @@
 #include "recording/data_array.h"
 #include "recording/file_io.h"
 #include "recording/scripted_dialogs.h"
-#include "support/test_recording.h"
+#include "support/read_back.h"
 
 namespace vess::group {
 namespace {
 
 // Two traces of three points, 500 us apart; a level is counts / 2 + 0.5.
 struct SmallSet : ::testing::Test {
-    TraceSet set;
+    TraceSet set{.length = 3, .count = 2, .intervalUs = 500, .points = {10, 20, 30, 9, 18, 27, 11, 22, 33}, .eventIndex = {}};
     UnitScale scale{.gain = 2, .range = 1, .resolution = 1, .offset = 0.5, .intervalUs = 500, .units = "pA"};
     ScriptedDialogs dialogs;
-    void SetUp() override {
-        set.length = 3;
-        set.count = 2;
-        set.intervalUs = 500;
-        set.points = {10, 20, 30, 9, 18, 27, 11, 22, 33};
-    }
 };
 
 TEST_F(SmallSet, TraceDataIsTheChosenTraceDividedByTheFactor) {
@@ -78,10 +72,7 @@ TEST(TraceText, SavingAsksBeforeReplacing) {
     ScriptedDialogs dialogs;
     dialogs.AnswerSaveFile((dir / "trace").string());
     ASSERT_TRUE(SaveTextFileCommand("first", dialogs));
-    auto read = [&] {
-        const auto bytes = ReadFileBytes(dir / "trace.txt");
-        return bytes ? std::string(bytes->begin(), bytes->end()) : std::string("(missing)");
-    };
+    const auto read = [&] { return test::ReadText(dir / "trace.txt"); };
     EXPECT_EQ(read(), "first");
     dialogs.AnswerSaveFile((dir / "trace.txt").string()).AnswerYesNo(false);
     EXPECT_FALSE(SaveTextFileCommand("second", dialogs));
@@ -102,8 +93,7 @@ TEST(DataArrayHistogram, BinsTheArrayOrSaysWhyNot) {
               "The Data Array #2 is empty.  Please fill the array with data and try again.");
 
     // 1, 1, 2, 3.5 in bins of 1 from 1: 2, 1, 1.
-    const std::vector<float> values{1, 1, 2, 3.5f};
-    array.Assign(values);
+    array.Assign(std::vector<float>{1, 1, 2, 3.5f});
     dialogs.AnswerInput("1");
     const auto plot = DataArrayHistogramCommand(array, 1, dialogs);
     EXPECT_EQ(dialogs.Transcript().back().caption, "Bin Size");
@@ -116,8 +106,7 @@ TEST(DataArrayHistogram, BinsTheArrayOrSaysWhyNot) {
     EXPECT_EQ(plot->series[0].y, (std::vector<double>{2, 1, 1}));
 
     // 0 to 1e6 in bins of 1 is far past the bin limit.
-    const std::vector<float> wide{0, 1e6f, 5};
-    array.Assign(wide);
+    array.Assign(std::vector<float>{0, 1e6f, 5});
     dialogs.AnswerInput("1");
     EXPECT_FALSE(DataArrayHistogramCommand(array, 1, dialogs));
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
@@ -129,9 +118,7 @@ TEST(DataArrayHistogram, BinsTheArrayOrSaysWhyNot) {
 // Three rows of 11 points at 0.5 ms: the average 0..10, trace 1 at 20 and
 // trace 2 at 40 throughout (counts are units here).
 TraceSet Rows() {
-    TraceSet set;
-    set.count = 2, set.length = 11, set.intervalUs = 500;
-    set.eventIndex = {0, 1, 2};
+    TraceSet set{.length = 11, .count = 2, .intervalUs = 500, .points = {}, .eventIndex = {0, 1, 2}};
     for (int j = 0; j <= 10; ++j) set.points.push_back(int16_t(j));
     set.points.insert(set.points.end(), 11, 20);
     set.points.insert(set.points.end(), 11, 40);
@@ -157,8 +144,7 @@ TEST(TracePlot, ScaleBarsAreRoundAndAtMostAQuarter) {
 
 TEST(TracePlot, DrawsTheHighlightLastCursorsAndLabelledBars) {
     const TraceSet set = Rows();
-    UnitScale scale;
-    scale.units = "pA";
+    const UnitScale scale{.units = "pA"};
     const PlotData all = TracePlot(set, scale, {.all = true, .highlighted = 1, .cursors = {2, 10}}, "t");
     // Trace 2, then the highlighted trace 1 over it, then the two cursors.
     ASSERT_EQ(all.series.size(), 4u);
