@@ -3,6 +3,7 @@
 #include <cmath>
 #include <vector>
 
+#include "recording/rounding.h"
 #include "signal/filter_channel.h"
 #include "signal/filter_design.h"
 #include "signal/sos_runner.h"
@@ -32,12 +33,7 @@ const Reference kReferences[] = {
 };
 
 FilterChoice Chosen(FilterKind kind, FilterPass pass, double cutoffHz, int order) {
-    FilterChoice s;
-    s.kind = kind;
-    s.pass = pass;
-    s.cutoffHz = cutoffHz;
-    s.order = order;
-    return s;
+    return {.kind = kind, .pass = pass, .cutoffHz = cutoffHz, .order = order};
 }
 
 TEST(FilterDesign, ResponsesAgreeWithTheReferenceDesignForEveryKindAndPass) {
@@ -56,27 +52,32 @@ TEST(FilterDesign, ResponsesAgreeWithTheReferenceDesignForEveryKindAndPass) {
 // cut-offs put the poles within 3e-4 of z = 1 or near z = -1. Values from
 // scipy 1.10.1 as above.
 TEST(FilterDesign, OddOrdersAndExtremeCutoffsAgreeWithTheReferenceDesign) {
-    const FilterDesign odd = DesignFilter(Chosen(FilterKind::InverseChebyshev, FilterPass::High, 1000, 3), 20000);
-    EXPECT_EQ(odd.sections.size(), 2u);
-    EXPECT_NEAR(ResponseDb(odd.sections, 500, 20000), -60.00049883, 1e-6);
-    EXPECT_NEAR(ResponseDb(odd.sections, 2000, 20000), -30.94327312, 1e-6);
-    const FilterDesign ellip3 = DesignFilter(Chosen(FilterKind::Elliptic, FilterPass::Low, 1000, 3), 20000);
-    EXPECT_NEAR(ResponseDb(ellip3.sections, 2000, 20000), -20.74968853, 1e-6);
-    EXPECT_NEAR(ResponseDb(ellip3.sections, 5000, 20000), -73.82167452, 1e-6);
-
-    // iirfilter(8, 1, btype="highpass", fs=20000), at 0.5, 1 and 2 Hz.
-    const FilterDesign butter = DesignFilter(Chosen(FilterKind::Butterworth, FilterPass::High, 1, 8), 20000);
-    EXPECT_NEAR(ResponseDb(butter.sections, 0.5, 20000), -48.16486579, 1e-5);
-    EXPECT_NEAR(ResponseDb(butter.sections, 1, 20000), -3.010299921, 1e-5);
-    const FilterDesign ellip = DesignFilter(Chosen(FilterKind::Elliptic, FilterPass::High, 1, 8), 20000);
-    EXPECT_NEAR(ResponseDb(ellip.sections, 0.5, 20000), -60.63470017, 1e-4);
-    EXPECT_NEAR(ResponseDb(ellip.sections, 1, 20000), -0.4999999633, 1e-5);
-    // iirfilter(6, 20000, ..., btype="lowpass", fs=50000), at 10, 20, 22 kHz.
-    const FilterDesign cheb = DesignFilter(Chosen(FilterKind::InverseChebyshev, FilterPass::Low, 20000, 6), 50000);
-    EXPECT_NEAR(ResponseDb(cheb.sections, 22000, 50000), -61.80893326, 1e-5);
-    const FilterDesign ell = DesignFilter(Chosen(FilterKind::Elliptic, FilterPass::Low, 20000, 6), 50000);
-    EXPECT_NEAR(ResponseDb(ell.sections, 20000, 50000), -0.5, 1e-6);
-    EXPECT_NEAR(ResponseDb(ell.sections, 22000, 50000), -65.38835764, 1e-5);
+    const struct {
+        FilterKind kind;
+        FilterPass pass;
+        double cutoffHz;
+        int order;
+        double fs, hz, db, tolerance;
+    } cases[] = {
+        {FilterKind::InverseChebyshev, FilterPass::High, 1000, 3, 20000, 500, -60.00049883, 1e-6},
+        {FilterKind::InverseChebyshev, FilterPass::High, 1000, 3, 20000, 2000, -30.94327312, 1e-6},
+        {FilterKind::Elliptic, FilterPass::Low, 1000, 3, 20000, 2000, -20.74968853, 1e-6},
+        {FilterKind::Elliptic, FilterPass::Low, 1000, 3, 20000, 5000, -73.82167452, 1e-6},
+        // iirfilter(8, 1, btype="highpass", fs=20000), at 0.5 and 1 Hz.
+        {FilterKind::Butterworth, FilterPass::High, 1, 8, 20000, 0.5, -48.16486579, 1e-5},
+        {FilterKind::Butterworth, FilterPass::High, 1, 8, 20000, 1, -3.010299921, 1e-5},
+        {FilterKind::Elliptic, FilterPass::High, 1, 8, 20000, 0.5, -60.63470017, 1e-4},
+        {FilterKind::Elliptic, FilterPass::High, 1, 8, 20000, 1, -0.4999999633, 1e-5},
+        // iirfilter(6, 20000, ..., btype="lowpass", fs=50000), at 20 and 22 kHz.
+        {FilterKind::InverseChebyshev, FilterPass::Low, 20000, 6, 50000, 22000, -61.80893326, 1e-5},
+        {FilterKind::Elliptic, FilterPass::Low, 20000, 6, 50000, 20000, -0.5, 1e-6},
+        {FilterKind::Elliptic, FilterPass::Low, 20000, 6, 50000, 22000, -65.38835764, 1e-5},
+    };
+    for (const auto& c : cases) {
+        const FilterDesign d = DesignFilter(Chosen(c.kind, c.pass, c.cutoffHz, c.order), c.fs);
+        EXPECT_EQ(d.sections.size(), std::size_t((c.order + 1) / 2));
+        EXPECT_NEAR(ResponseDb(d.sections, c.hz, c.fs), c.db, c.tolerance) << KindName(c.kind) << " at " << c.hz;
+    }
 }
 
 // A 1 Hz high-pass of order 8 at 20 kHz: poles inside the unit circle, impulse and step settle.
@@ -126,8 +127,12 @@ TEST(SosRunner, SettledStartHasNoTransient) {
 }
 
 // The cascade equals each section run alone in turn, bit for bit, for 1 to 10 sections
-// (the fixed cascades up to eight and the longer fallback).
-TEST(SosRunner, CascadeEqualsSectionsRunOneAfterAnother) {
+// (the fixed cascades up to eight and the longer fallback). The zero-phase file filter
+// runs two streams of one design sharing a loop; the ways round it (a cascade longer than
+// the loops are made for, two different designs) give each stream, bit for bit, what it
+// gives alone (outputs, rounded counts and the state carried on), streams of unequal
+// length and counts beyond 16 bits included.
+TEST(SosRunner, CascadeEqualsSectionsRunOneAfterAnotherAndSideBySide) {
     std::vector<Biquad> all = DesignFilter(Chosen(FilterKind::Elliptic, FilterPass::Low, 700, 16), 20000).sections;
     const auto high = DesignFilter(Chosen(FilterKind::Butterworth, FilterPass::High, 3, 3), 20000).sections;
     all.insert(all.end(), high.begin(), high.end());
@@ -145,6 +150,24 @@ TEST(SosRunner, CascadeEqualsSectionsRunOneAfterAnother) {
             one.Process(alone);
         }
         EXPECT_EQ(cascade, alone) << n << " sections";
+    }
+
+    std::vector<double> a(2500), b(1900);
+    for (std::size_t i = 0; i < a.size(); ++i) a[i] = 3e4 * std::sin(0.37 * double(i)) + double(i % 53);
+    for (std::size_t i = 0; i < b.size(); ++i) b[i] = 4e4 * std::cos(0.011 * double(i)) - double(i % 7);
+    for (const auto& [aSections, bSections] : {std::pair{all, all}, std::pair{high, all}}) {
+        SosRunner aAlone(aSections), bAlone(bSections), aPaired(aSections), bPaired(bSections);
+        std::vector<double> aWant = a, bWant = b, aGot = a, bGot = b;
+        aAlone.Process(aWant);
+        bAlone.Process(bWant);
+        std::vector<int16_t> counts(b.size()), rounded;
+        ProcessSideBySide(aPaired, aGot, bPaired, bGot, counts);
+        for (double v : bWant) rounded.push_back(RoundClamp16(v));
+        EXPECT_EQ(aGot, aWant) << aSections.size();
+        EXPECT_EQ(bGot, bWant) << aSections.size();
+        EXPECT_EQ(counts, rounded) << aSections.size();
+        EXPECT_EQ(aPaired.CurrentState(), aAlone.CurrentState());
+        EXPECT_EQ(bPaired.CurrentState(), bAlone.CurrentState());
     }
 }
 
@@ -175,7 +198,7 @@ const BesselReference kBessel[] = {
 
 TEST(BesselFilter, ResponsesAgreeWithTheReferenceDesignAcrossOrdersAndPasses) {
     for (const BesselReference& r : kBessel) {
-        const FilterDesign d = DesignFilter(FilterChoice{.kind = FilterKind::Bessel, .pass = r.pass, .cutoffHz = r.cutoffHz, .order = r.order}, 20000);
+        const FilterDesign d = DesignFilter(Chosen(FilterKind::Bessel, r.pass, r.cutoffHz, r.order), 20000);
         ASSERT_TRUE(d.error.empty()) << d.error;
         EXPECT_EQ(d.sections.size(), std::size_t((r.order + 1) / 2));
         for (int i = 0; i < 3; ++i)
@@ -190,20 +213,20 @@ TEST(BesselFilter, ResponsesAgreeWithTheReferenceDesignAcrossOrdersAndPasses) {
 TEST(GaussianFilter, GainFollowsTheGaussianAndIsMinus3DbAtTheCutoff) {
     const double minus3 = -10 * std::log10(2.0);
     for (double fc : {20.0, 100.0, 1000.0}) {
-        const FilterDesign d = DesignFilter(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = fc, .order = 4}, 20000);
+        const FilterDesign d = DesignFilter(Chosen(FilterKind::Gaussian, FilterPass::Low, fc, 4), 20000);
         ASSERT_TRUE(d.error.empty()) << d.error;
         ASSERT_EQ(d.kernel.size() % 2, 1u);
         for (double ratio : {0.5, 1.0, 2.0})
             EXPECT_NEAR(DesignResponseDb(d, ratio * fc, 20000), minus3 * ratio * ratio, 2e-3) << fc << " " << ratio;
     }
-    const FilterDesign nearNyquist = DesignFilter(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 8000, .order = 4}, 20000);
+    const FilterDesign nearNyquist = DesignFilter(Chosen(FilterKind::Gaussian, FilterPass::Low, 8000, 4), 20000);
     EXPECT_NEAR(DesignResponseDb(nearNyquist, 8000, 20000), minus3, 1e-6);
     EXPECT_LT(DesignResponseDb(nearNyquist, 9999, 20000), minus3);
 
     // Low-pass only, and no kernel longer than the bound.
-    EXPECT_NE(FilterChoiceProblem(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::High, .cutoffHz = 100, .order = 4}, 20000), "");
-    EXPECT_NE(FilterChoiceProblem(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 5, .order = 4}, 20000), "");
-    EXPECT_EQ(FilterChoiceProblem(FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 7, .order = 0}, 20000), "");
+    EXPECT_NE(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::High, 100, 4), 20000), "");
+    EXPECT_NE(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::Low, 5, 4), 20000), "");
+    EXPECT_EQ(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::Low, 7, 0), 20000), "");
 }
 
 // Filtering a recording with the Gaussian: centred (a step keeps its place,
@@ -214,7 +237,7 @@ TEST(GaussianFilter, FilteredChannelIsCentredAndHeldAtTheEnds) {
     std::vector<int16_t> raw(140000, -1000);
     for (std::size_t i = 70000; i < raw.size(); ++i) raw[i] = 1000;
     auto rec = test::MakeRecording(dir / "step.abf", raw, 50);
-    FilteredChannel f = FilterChannel(*rec, FilterChoice{.kind = FilterKind::Gaussian, .pass = FilterPass::Low, .cutoffHz = 100, .order = 4});
+    FilteredChannel f = FilterChannel(*rec, Chosen(FilterKind::Gaussian, FilterPass::Low, 100, 4));
     ASSERT_TRUE(f.counts) << f.status.message();
     rec->AttachFiltered(std::move(f.counts));
     rec->ReadFiltered(true);

@@ -66,27 +66,46 @@ TEST(NoiseMeasures, SineOfKnownAmplitude) {
     EXPECT_FALSE(MeasureNoise(std::vector<double>{1.0}, 0.1));
 }
 
-// Measured in pieces (median from value counts) equals measured whole, odd or even, cut at the end.
-TEST(NoiseMeasures, MeasuredInPiecesEqualsMeasuredWhole) {
+// Noise measured in pieces (median from value counts) equals noise measured
+// whole, odd or even, cut at the end; the spectrum read a segment at a time (a
+// 2-hour file once needed 2.5 GB to hold its samples twice) equals the
+// spectrum of the stretch read whole: the whole file, an offset stretch that
+// is no multiple of the hop, and exactly one segment at the file's end.
+TEST(NoiseMeasures, RecordingNoiseAndSpectrumInPiecesEqualTheWholeStretch) {
     test::TempDir dir;
     std::mt19937 gen(7);
     std::normal_distribution<double> noise(0, 300);
     std::vector<int16_t> samples(20011);
     for (std::size_t i = 0; i < samples.size(); ++i)
-        samples[i] = int16_t(std::clamp(std::nearbyint(noise(gen) + 2000 * std::sin(i / 500.0)), -32768.0, 32767.0));
+        samples[i] = int16_t(std::clamp(std::nearbyint(noise(gen) + 2000 * std::sin(i / 7.0)), -32768.0, 32767.0));
     const auto rec = test::MakeRecording(dir / "n.abf", samples, 50, 3.0f);
-    for (const auto& [first, count] : {std::pair<int64_t, int64_t>{0, 20011}, {17, 10000}, {19000, 5000}}) {
-        const TraceStretch whole = ReadStretch(*rec, first, count);
+    const struct {
+        int64_t first, count;
+        int segment;
+    } cases[] = {{0, 20011, 1024}, {17, 10000, 256}, {19000, 5000, 256}, {20011 - 64, 64, 64}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        const TraceStretch whole = ReadStretch(*rec, c.first, c.count);
         const auto expected = MeasureNoise(whole.values, whole.intervalMs);
-        const auto pieces = MeasureRecordingNoise(*rec, first, count, 999);
+        const auto pieces = MeasureRecordingNoise(*rec, c.first, c.count, 999);
         ASSERT_TRUE(expected && pieces);
         EXPECT_EQ(pieces->points, expected->points);
         for (auto field : {&NoiseMeasures::mean, &NoiseMeasures::median, &NoiseMeasures::sd,
                            &NoiseMeasures::rmsAboutBaseline, &NoiseMeasures::peakToPeak, &NoiseMeasures::coastline,
                            &NoiseMeasures::coastlinePerMs})
-            EXPECT_EQ((*pieces).*field, (*expected).*field) << first;
+            EXPECT_EQ((*pieces).*field, (*expected).*field);
+        if (c.first + c.count > 20011) continue;  // the spectrum refuses a stretch cut at the end
+        const PowerSpectrum spectrum = WelchSpectrum(whole.values, 1e3 / whole.intervalMs, c.segment);
+        const PowerSpectrum streamed = RecordingSpectrum(*rec, c.first, c.count, c.segment);
+        ASSERT_GT(spectrum.segments, 0);
+        EXPECT_EQ(streamed.segments, spectrum.segments);
+        EXPECT_EQ(streamed.frequencyHz, spectrum.frequencyHz);
+        EXPECT_EQ(streamed.psd, spectrum.psd);
     }
+    // A stretch beyond the file or shorter than a segment gives nothing.
     EXPECT_FALSE(MeasureRecordingNoise(*rec, 20010, 5));
+    EXPECT_EQ(RecordingSpectrum(*rec, 20000, 64, 64).segments, 0);
+    EXPECT_EQ(RecordingSpectrum(*rec, 0, 63, 64).segments, 0);
 }
 
 TEST(WelchSpectrum, SinePeakAtItsFrequencyWithItsPower) {
