@@ -21,12 +21,8 @@
 namespace vess {
 namespace {
 
-EventRecord Event(int32_t peak, int16_t rise, int16_t decay) {
-    EventRecord r;
-    r.sampleIndex = peak;
-    r.riseTime = rise;
-    r.decayTime = decay;
-    return r;
+EventRecord Event(int32_t peak, int16_t rise, int16_t decay, int16_t direction = 0) {
+    return {.riseTime = rise, .decayTime = decay, .peakDirection = direction, .sampleIndex = peak};
 }
 
 TEST(EventFree, StretchesAreWidenedMergedAndCutToTheRecording) {
@@ -85,10 +81,7 @@ TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
 
 TEST(EventFree, SyntheticRecordingMadeEventFreeDetectsAlmostNothing) {
     test::TempDir dir;
-    SynthOptions synth;
-    synth.seconds = 10;
-    synth.seed = 5;
-    ASSERT_EQ(WriteSynthetic(dir / "s.abf", Synthesise(synth)), "");
+    ASSERT_EQ(WriteSynthetic(dir / "s.abf", Synthesise({.seconds = 10, .seed = 5})), "");
 
     Workspace ws;
     ws.recording = test::OpenFile(dir / "s.abf");
@@ -122,8 +115,7 @@ TEST(EventFree, SyntheticRecordingMadeEventFreeDetectsAlmostNothing) {
 TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     test::TempDir dir;
     Workspace ws;
-    const std::vector<int16_t> samples(2048, 0);
-    ws.recording = test::MakeRecording(dir / "r.abf", samples);
+    ws.recording = test::MakeRecording(dir / "r.abf", std::vector<int16_t>(2048, 0));
     ws.events.Append(Event(100, 5, 5));
     ScriptedDialogs dialogs;
     EXPECT_FALSE(ShowFailure(dialogs, EventFreeCommand(ws, dialogs, dir.Path())));
@@ -158,17 +150,15 @@ TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
     auto varlen = OpenShared("abf1/2009_01_19_0002_varlen_v18.abf");
     ASSERT_TRUE(varlen);
     EXPECT_EQ(varlen->SweepStarts(), (std::vector<int64_t>{0, 4158, 8388, 12601, 16830, 20943, 25132}));
-    const std::vector<float> times = SweepStartTimesMs(*varlen);
-    const std::vector<double> expected{5756.5, 12181.85, 19654.05, 29194.1, 36601.8, 43263.55, 49483.1};
-    ASSERT_EQ(times.size(), expected.size());
-    for (std::size_t k = 0; k < times.size(); ++k) EXPECT_FLOAT_EQ(times[k], float(expected[k])) << k;
+    std::vector<float> expected;
+    for (double ms : {5756.5, 12181.85, 19654.05, 29194.1, 36601.8, 43263.55, 49483.1}) expected.push_back(float(ms));
+    EXPECT_EQ(SweepStartTimesMs(*varlen), expected);
 }
 
 TEST(SynchArray, GapFreeRecordingIsRefused) {
     test::TempDir dir;
     Workspace ws;
-    const std::vector<int16_t> samples(1024, 0);
-    ws.recording = test::MakeRecording(dir / "g.abf", samples);
+    ws.recording = test::MakeRecording(dir / "g.abf", std::vector<int16_t>(1024, 0));
     ScriptedDialogs dialogs;
     EXPECT_FALSE(SynchArrayCommand(ws, dialogs));
     EXPECT_EQ(dialogs.Messages().back().text, tool_texts::kNotEpisodicText);
@@ -203,12 +193,8 @@ TEST(EventFreeTail, DecayIsFollowedIntoTheNoiseAndNoFurtherThanTheCap) {
     const SampleReader read = [&](int64_t first, std::span<int16_t> out) {
         for (std::size_t k = 0; k < out.size(); ++k) out[k] = trace[std::size_t(first) + k];
     };
-    EventRecord event;
-    event.sampleIndex = 1000;
-    event.riseTime = 10;
-    event.decayTime = 48;
+    EventRecord event = Event(1000, 10, 48, -1);
     event.amplitude = 1000;
-    event.peakDirection = -1;
     const DecayTail tail{read, 20, 20, int64_t(trace.size())};
     const int64_t end = DecayEndPoints(event, tail);
     EXPECT_GE(end, 790);  // 20-point windows from the decay point: the first below 20 counts

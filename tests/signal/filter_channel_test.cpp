@@ -15,13 +15,8 @@
 namespace vess {
 namespace {
 
-FilterChoice LowPass(double cutoffHz, bool zeroPhase) {
-    FilterChoice s;
-    s.kind = FilterKind::Butterworth;
-    s.cutoffHz = cutoffHz;
-    s.order = 4;
-    s.zeroPhase = zeroPhase;
-    return s;
+FilterChoice LowPass(double cutoffHz, bool zeroPhase, FilterKind kind = FilterKind::Butterworth) {
+    return {.kind = kind, .cutoffHz = cutoffHz, .order = 4, .zeroPhase = zeroPhase};
 }
 
 // Whole-trace filtering in memory, the definition the block-wise file version reproduces.
@@ -102,9 +97,7 @@ TEST(FilterChannel, OutOfRangeCountsAreClampedAndChannelChangeDropsTheCopy) {
     std::vector<int16_t> raw(4000);
     for (std::size_t i = 0; i < raw.size(); ++i) raw[i] = (i / 500) % 2 ? 32767 : -32768;
     auto rec = test::MakeRecording(dir / "s.abf", raw, 50);
-    FilterChoice choice = LowPass(2000, false);
-    choice.kind = FilterKind::Elliptic;
-    ASSERT_TRUE(ApplyFilter(*rec, choice).ok());
+    ASSERT_TRUE(ApplyFilter(*rec, LowPass(2000, false, FilterKind::Elliptic)).ok());
     rec->ReadFiltered(true);
     std::vector<int16_t> y(raw.size());
     rec->ReadSamples(0, y);
@@ -119,10 +112,8 @@ TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
     test::TempDir dir;
     Workspace ws;
     ws.recording = test::MakeRecording(dir / "n.abf", Noisy(3000), 50);
-    FilterChoice choice = LowPass(750, true);
-    choice.kind = FilterKind::InverseChebyshev;
-    choice.pass = FilterPass::High;
-    choice.attenuationDb = 45;
+    FilterChoice choice{.kind = FilterKind::InverseChebyshev, .pass = FilterPass::High, .cutoffHz = 750,
+                        .attenuationDb = 45, .zeroPhase = true};
     StoreFilterChoice(choice, ws.settings);
     EXPECT_EQ(FilterChoiceFromSettings(ws.settings), choice);
 
