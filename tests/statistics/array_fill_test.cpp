@@ -13,24 +13,11 @@
 namespace vess {
 namespace {
 
-using test::TempDir;
-
 std::vector<float> Values(const DataArray& a) { return {a.Values().begin(), a.Values().end()}; }
 
 using ArrayFillTest = test::FiveEventsTest;
 
-TEST(DataArray, ClearedArrayHoldsOneZeroAndCountsAsEmpty) {
-    DataArray a;
-    EXPECT_EQ(a.LowerBound(), 1);
-    EXPECT_EQ(a.UpperBound(), 1);
-    EXPECT_EQ(a[1], 0.0f);
-    EXPECT_TRUE(a.Empty());
-    const float two[] = {1, 2};
-    a.Assign(two);
-    EXPECT_FALSE(a.Empty());
-}
-
-TEST_F(ArrayFillTest, AppendingToAClearedArrayKeepsTheLeadingZero) {
+TEST_F(ArrayFillTest, AppendingToAClearedArrayKeepsTheLeadingZeroClearingGivesTheGroup) {
     dialogs.AnswerYesNo(false).AnswerInput("0");
     ASSERT_TRUE(PutEventDataCommand(ws, dialogs, 1, ArrayField::Amplitude));
     const auto v = Values(ws.array1);
@@ -41,17 +28,13 @@ TEST_F(ArrayFillTest, AppendingToAClearedArrayKeepsTheLeadingZero) {
     ASSERT_EQ(t.size(), 3u);
     EXPECT_EQ(t[0].caption, "Append data or clear Data before adding");
     EXPECT_EQ(t[2].text, "All of 5 event data are safely put into Array #1 for further statistical data analysis.");
-}
 
-TEST_F(ArrayFillTest, ClearingFirstGivesExactlyTheGroupInTableOrder) {
     dialogs.AnswerYesNo(true).AnswerInput("1");
     ASSERT_TRUE(PutEventDataCommand(ws, dialogs, 2, ArrayField::Amplitude));
-    // Group 1 is events 1, 3, 5 (amplitudes -2, -6, -10 counts).
-    const std::vector<float> expected = {ws.recording->Bit2pA2(-2), ws.recording->Bit2pA2(-6),
-                                         ws.recording->Bit2pA2(-10)};
-    EXPECT_EQ(Values(ws.array2), expected);
+    // Group 1 is events 1, 3, 5 (amplitudes -2, -6, -10 counts), in table order.
+    const Recording& r = *ws.recording;
+    EXPECT_EQ(Values(ws.array2), (std::vector<float>{r.Bit2pA2(-2), r.Bit2pA2(-6), r.Bit2pA2(-10)}));
     EXPECT_EQ(dialogs.Messages().back().caption, "Done Filling Array #2");
-    EXPECT_TRUE(ws.array1.Empty());
 }
 
 TEST_F(ArrayFillTest, ConversionsGiveTheGridsValues) {
@@ -99,19 +82,17 @@ TEST_F(ArrayFillTest, SilentWithoutEventsGroupMatchesOrSelection) {
     EXPECT_TRUE(ws.array1.Empty());
 }
 
-TEST_F(ArrayFillTest, InterEventIntervalsOfSortedTimes) {
+TEST_F(ArrayFillTest, InterEventIntervalsOfSortedTimesOrNoneWithTooFewEvents) {
     // All times 10, 20, 30, 45, 50 sorted: 10, 10, 15, 5.
     dialogs.AnswerYesNo(true).AnswerInput("0");
     ASSERT_TRUE(InterEventIntervalsCommand(ws, dialogs, 1));
     EXPECT_EQ(Values(ws.array1), (std::vector<float>{10, 10, 15, 5}));
     EXPECT_EQ(dialogs.Messages().back().text,
               "All of 4 inter-event intervals are safely put into Array #1 for further statistical data analysis.");
-}
 
-TEST_F(ArrayFillTest, TooFewEventsForIntervalsKeepsTheArray) {
     ws.events.Truncate(1);
-    const float kept[] = {7, 8};
-    ws.array2.Assign(kept);
+    ws.array2.Assign(std::vector<float>{7, 8});
+    dialogs.ClearTranscript();
     dialogs.AnswerYesNo(true).AnswerInput("0");
     EXPECT_FALSE(InterEventIntervalsCommand(ws, dialogs, 2));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
@@ -119,11 +100,9 @@ TEST_F(ArrayFillTest, TooFewEventsForIntervalsKeepsTheArray) {
     EXPECT_EQ(Values(ws.array2), (std::vector<float>{7, 8}));
 }
 
-TEST_F(ArrayFillTest, MathOperationUsesTheShorterOperandAndReplacesTheDestination) {
-    const float a[] = {1, 2, 3, 4};
-    const float b[] = {10, 20, 0};
-    ws.array1.Assign(a);
-    ws.array2.Assign(b);
+TEST_F(ArrayFillTest, MathOperationUsesTheShorterOperandAndDivisionByZeroSaysSo) {
+    ws.array1.Assign(std::vector<float>{1, 2, 3, 4});
+    ws.array2.Assign(std::vector<float>{10, 20, 0});
     MathRequest r{MathOperand::Array1, 0, MathOperation::Addition, MathOperand::Array2, 0, 2};
     ASSERT_TRUE(MathOperationCommand(ws, dialogs, r));
     EXPECT_EQ(Values(ws.array2), (std::vector<float>{11, 22, 3}));
@@ -133,15 +112,12 @@ TEST_F(ArrayFillTest, MathOperationUsesTheShorterOperandAndReplacesTheDestinatio
     EXPECT_EQ(ComputeMath(ws, r).values, (std::vector<float>{20, 60, 40, 100, 90}));
     r = {MathOperand::Constant, 9, MathOperation::SquareRoot, MathOperand::Array2, 0, 1};
     EXPECT_EQ(ComputeMath(ws, r).values, (std::vector<float>{3}));
-}
 
-TEST_F(ArrayFillTest, DivisionByZeroGivesInfinityAndSaysSo) {
-    const float a[] = {1, -1, 0};
-    const float zero[] = {0, 0, 0};
-    ws.array1.Assign(a);
-    ws.array2.Assign(zero);
-    const MathRequest r{MathOperand::Array1, 0, MathOperation::Divide, MathOperand::Array2, 0, 1};
-    ASSERT_TRUE(MathOperationCommand(ws, dialogs, r));
+    // Division by zero gives infinities (and 0 / 0 not a number) and says how many.
+    ws.array1.Assign(std::vector<float>{1, -1, 0});
+    ws.array2.Assign(std::vector<float>{0, 0, 0});
+    dialogs.ClearTranscript();
+    ASSERT_TRUE(MathOperationCommand(ws, dialogs, {MathOperand::Array1, 0, MathOperation::Divide, MathOperand::Array2, 0, 1}));
     EXPECT_EQ(ws.array1[1], std::numeric_limits<float>::infinity());
     EXPECT_EQ(ws.array1[2], -std::numeric_limits<float>::infinity());
     EXPECT_TRUE(std::isnan(ws.array1[3]));
@@ -149,23 +125,23 @@ TEST_F(ArrayFillTest, DivisionByZeroGivesInfinityAndSaysSo) {
     EXPECT_NE(dialogs.Messages()[1].text.find("3 of the results"), std::string::npos);
 }
 
-TEST(ParseTypedValue, ReadsWhatTheGridShowsAndRefusesText) {
+TEST(ArrayEntry, TypedValuesAreReadAsTheGridShowsThemAndGrowTheArrayWithZeros) {
     EXPECT_EQ(ParseTypedValue("1,234.500"), 1234.5);  // the grid's "#,##0.000" read back
     EXPECT_EQ(ParseTypedValue(" -0.25 "), -0.25);
     EXPECT_EQ(ParseTypedValue("2e3"), 2000.0);
     for (const char* text : {"", "abc", "1.5x", "nan"}) EXPECT_FALSE(ParseTypedValue(text)) << text;
-}
 
-TEST(SetArrayElement, OverwritesInsideAndGrowsWithZerosPastTheEnd) {
     DataArray a;  // cleared: upper bound 1, element 1 = 0
+    EXPECT_TRUE(a.Empty());
     SetArrayElement(a, 1, 5.0f);
     EXPECT_EQ(a.UpperBound(), 1);
     EXPECT_EQ(a[1], 5.0f);
     // Row 4 of a one-element array: elements 2 and 3 appear as 0.
     SetArrayElement(a, 4, 7.0f);
     SetArrayElement(a, 0, 9.0f);  // element 0 is not a value
-    EXPECT_EQ(std::vector<float>(a.Values().begin(), a.Values().end()), (std::vector<float>{5, 0, 0, 7}));
+    EXPECT_EQ(Values(a), (std::vector<float>{5, 0, 0, 7}));
     EXPECT_EQ(a[0], 0.0f);
+    EXPECT_FALSE(a.Empty());
 }
 
 }  // namespace

@@ -78,7 +78,7 @@ TEST(Histograms, KindsTitlesAndAxes) {
 
 using HistogramCommandTest = test::FiveEventsTest;
 
-TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
+TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBinAndSaysWhatIsMissing) {
     dialogs.AnswerInput("1").AnswerInput("10");
     const auto plot = HistogramCommand(ws, dialogs, 2);  // event times in s
     ASSERT_TRUE(plot);
@@ -86,15 +86,11 @@ TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
     EXPECT_EQ(dialogs.Transcript()[1].text, "Please enter the bin size for Time in sec.");
     // Group 1: 10, 20, 45 ms = 0.01, 0.02, 0.045 s: all in bin 0 of 10 s.
     EXPECT_EQ(plot->series[0].y, (std::vector<double>{3}));
-}
 
-TEST_F(HistogramCommandTest, MissingGroupAndTooManyBinsAreSaid) {
     dialogs.AnswerInput("9");
     EXPECT_FALSE(HistogramCommand(ws, dialogs, 1));
     EXPECT_EQ(dialogs.Messages().back().text, "There is no events with group number 9.  Try another group.");
-
-    std::vector<float> wide = {0, 60000};
-    ws.array1.Assign(wide);
+    ws.array1.Assign(std::vector<float>{0, 60000});
     dialogs.AnswerInput("ms").AnswerInput("1");
     EXPECT_FALSE(HistogramCommand(ws, dialogs, 14));
     EXPECT_EQ(dialogs.Transcript()[dialogs.Transcript().size() - 3].caption, "x-axis unit");
@@ -125,14 +121,13 @@ TEST(RunningAverage, MeansPerTimeBinSkippingEmptyBins) {
 
     Workspace ws;
     ScriptedDialogs dialogs;
-    std::vector<float> three = {1, 2, 3}, two = {1, 2};
-    ws.array1.Assign(three);
-    ws.array2.Assign(two);
+    ws.array1.Assign(std::vector<float>{1, 2, 3});
+    ws.array2.Assign(std::vector<float>{1, 2});
     EXPECT_FALSE(RunningAverageCommand(ws, dialogs));
     EXPECT_EQ(dialogs.Messages()[0].caption, "Try Again");
 }
 
-TEST(Coastline, LengthAndTimeCourse) {
+TEST(Coastline, LengthTimeCourseAndTheCommandOnTheDisplayedScreen) {
     const std::vector<double> trace = {0, 1, -1, -1, 2, 2};
     EXPECT_EQ(CoastlineLength(trace), 1 + 2 + 0 + 3 + 0);
     // 1 ms a sample, 2 ms bins: steps from samples 0,1 | 2,3 | 4.
@@ -140,9 +135,7 @@ TEST(Coastline, LengthAndTimeCourse) {
     EXPECT_EQ(h.plot.series[0].y, (std::vector<double>{3, 3, 0}));
     EXPECT_EQ(h.plot.series[0].x, (std::vector<double>{0, 0.002, 0.004}));
     EXPECT_EQ(h.plot.title, " Coastline Time Course   bin size=2 ms");
-}
 
-TEST(Coastline, CommandOnTheDisplayedScreen) {
     TempDir dir;
     std::vector<int16_t> samples(4096, 0);
     for (std::size_t i = 0; i < samples.size(); i += 2) samples[i] = 2;  // 1 unit up and down
@@ -151,8 +144,7 @@ TEST(Coastline, CommandOnTheDisplayedScreen) {
     ASSERT_TRUE(ws.recording);
     ScriptedDialogs dialogs;
     dialogs.AnswerInput("1000");
-    const auto plot = CoastlineCommand(ws, dialogs);
-    ASSERT_TRUE(plot);
+    ASSERT_TRUE(CoastlineCommand(ws, dialogs));
     // 4 blocks of 256 points on screen: 1023 steps of 1 unit.
     EXPECT_EQ(dialogs.Messages()[0].text, "The coastline length of the trace in this display window is 1023.000");
     EXPECT_EQ(dialogs.Transcript()[1].caption, "Time Bin");
@@ -207,7 +199,7 @@ TEST(Correlogram, MovingWindowCountsEqualThePairwiseDefinition) {
 
 TEST(Correlogram, CommandAsksItsQuestionsAndNormalises) {
     Workspace ws;
-    std::vector<float> x = {0, 1, 2, 4};
+    const std::vector<float> x = {0, 1, 2, 4};
     ws.array1.Assign(x);
     ScriptedDialogs dialogs;
     dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("3").AnswerYesNo(true);
