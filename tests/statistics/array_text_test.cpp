@@ -20,15 +20,12 @@ DataArray Of(std::vector<float> v) {
     return a;
 }
 
-TEST(ArrayText, ValuesInShortestPlainDecimal) {
+TEST(ArrayText, ValuesInShortestPlainDecimalAndPasteTakesTheFirstCellOfNumericLines) {
     EXPECT_EQ(FormatArrayValue(0.1f), "0.1");
     EXPECT_EQ(FormatArrayValue(12.0f), "12");
     EXPECT_EQ(FormatArrayValue(-3.5e-7f), "-0.00000035");
     EXPECT_EQ(FormatArrayValue(1234567.0f), "1234567");
     EXPECT_EQ(ArraysClipboardText(Of({1, 2.5f}), Of({3})), "Array #1\tArray #2\r\n1\t3\r\n2.5\t\r\n");
-}
-
-TEST(ArrayText, PasteTakesTheFirstCellOfNumericLines) {
     EXPECT_EQ(ParseClipboardNumbers("1.5\rabc\r2\t7\r"), (std::vector<float>{1.5f, 2.0f}));
     // Beyond the float range a number would become an infinity: skipped.
     EXPECT_EQ(ParseClipboardNumbers("1e39\r-1e39\r5\r"), (std::vector<float>{5.0f}));
@@ -47,7 +44,7 @@ TEST(ArrayText, PasteAsksThenReplacesOrAppends) {
     EXPECT_EQ(ws.array2.UpperBound(), 3);  // the cleared array's 0, then 1.5 and 2
     dialogs.AnswerYesNo(true);
     ASSERT_TRUE(PasteArrayCommand(ws, dialogs, 2, "8\r9"));
-    EXPECT_EQ(std::vector<float>(ws.array2.Values().begin(), ws.array2.Values().end()), (std::vector<float>{8, 9}));
+    EXPECT_EQ(ws.array2, Of({8, 9}));
 }
 
 TEST(ArrayText, FileOfTenAndThreeValues) {
@@ -63,12 +60,8 @@ TEST(ArrayText, FileOfTenAndThreeValues) {
 
     const auto back = ParseArraysAtf(text);
     ASSERT_TRUE(back);
-    EXPECT_EQ(back->array1.LowerBound(), 0);
-    EXPECT_EQ(back->array1.UpperBound(), 10);
-    EXPECT_EQ(back->array2.UpperBound(), 3);
-    EXPECT_EQ(back->array1[0], 0.0f);
-    EXPECT_EQ(back->array1[10], 10.5f);
-    EXPECT_EQ(back->array2[3], 1e6f);
+    EXPECT_EQ(std::tuple(back->array1.LowerBound(), back->array1.UpperBound(), back->array2.UpperBound()), std::tuple(0, 10, 3));
+    EXPECT_EQ(std::tuple(back->array1[0], back->array1[10], back->array2[3]), std::tuple(0.0f, 10.5f, 1e6f));
     // Written again, the imported arrays give the same bytes.
     EXPECT_EQ(ArraysAtfText("cell.abf", back->array1, back->array2), text);
 }
@@ -81,9 +74,7 @@ TEST(ArrayText, ImportRefusesOtherFilesAndFillsMissingRowsWithZero) {
         "ATF\t1.0\r\n3\t2\r\n\"Array Data : x\"\r\n\"MaxArray1 : 4\"\r\n\"MaxArray2 : 2\"\r\n\"a\"\t\"b\"\r\n5\t6\r\n");
     ASSERT_TRUE(short_);
     EXPECT_EQ(short_->array1.UpperBound(), 4);
-    EXPECT_EQ(short_->array1[1], 5.0f);
-    EXPECT_EQ(short_->array1[4], 0.0f);
-    EXPECT_EQ(short_->array2[1], 6.0f);
+    EXPECT_EQ(std::tuple(short_->array1[1], short_->array1[4], short_->array2[1]), std::tuple(5.0f, 0.0f, 6.0f));
     // A count the file cannot hold is cut to the file's size in bytes.
     const std::string huge =
         "ATF\t1.0\r\n3\t2\r\n\"Array Data : x\"\r\n\"MaxArray1 : 50000000\"\r\n\"MaxArray2 : 2\"\r\n\"a\"\t\"b\"\r\n5\t6\r\n";
@@ -96,10 +87,7 @@ TEST(ArrayText, AFileReadInPiecesGivesTheArraysOfItsText) {
     TempDir dir;
     std::vector<float> many(70000);
     for (std::size_t i = 0; i < many.size(); ++i) many[i] = float(i) * 0.5f;
-    DataArray a1, a2;
-    a1.Assign(many);
-    a2.Assign(std::vector<float>{1, 2, 3});
-    std::string text = ArraysAtfText("cell.abf", a1, a2);
+    std::string text = ArraysAtfText("cell.abf", Of(many), Of({1, 2, 3}));
     for (const bool crOnly : {false, true}) {
         if (crOnly) std::erase(text, '\n');
         ASSERT_EQ(WriteFileAtomic(dir / "a.txt", text), "");
@@ -127,7 +115,7 @@ TEST(ArrayText, AFileReadInPiecesGivesTheArraysOfItsText) {
     EXPECT_NE(why, "");
 }
 
-TEST(ArrayText, SaveAndImportCommands) {
+TEST(ArrayText, SaveAndImportCommandsAndAForeignFile) {
     TempDir dir;
     Workspace ws;
     ws.recording = test::OffsetRecording(dir);
@@ -154,19 +142,15 @@ TEST(ArrayText, SaveAndImportCommands) {
     EXPECT_FALSE(SaveArraysAsciiCommand(ws, dialogs));
     EXPECT_EQ(dialogs.Transcript().back().caption, "Replace File");
     EXPECT_EQ(ReadAll(dir / "arrays.txt"), first);
-}
 
-TEST(ArrayText, ImportOfAForeignFileSaysSoAndKeepsTheArrays) {
-    TempDir dir;
+    // A foreign file is said to be one and the arrays are kept.
     ASSERT_EQ(WriteFileAtomic(dir / "x.txt", std::string_view("hello\r\n")), "");
-    Workspace ws;
-    ws.array1 = Of({1, 2});
-    ScriptedDialogs dialogs;
+    dialogs.ClearTranscript();
     dialogs.AnswerOpenFile((dir / "x.txt").string());
     EXPECT_FALSE(ShowFailure(dialogs, ImportArraysAsciiCommand(ws, dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "Not a Valid Data Array");
-    EXPECT_EQ(ws.array1.UpperBound(), 2);
+    EXPECT_EQ(ws.array1.UpperBound(), 3);
 }
 
 }  // namespace
