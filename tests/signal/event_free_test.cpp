@@ -1,8 +1,12 @@
-// The event-free copy of a channel, the synch array of sweep starts and picture series.
+// The event-free copy of a channel: its stretches, their levels and the file; the synch
+// array of sweep starts and picture series.
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <vector>
 
 #include "detection/whole_file.h"
@@ -38,25 +42,26 @@ TEST(EventFree, StretchesAreWidenedMergedAndCutToTheRecording) {
     EXPECT_EQ(s, (std::vector<PointStretch>{{0, 9}, {43, 73}, {77, 90}, {95, 99}}));
 }
 
-// A flat trace at 100 with +-1 alternating noise (even points -1).
-int16_t Clean(int64_t i) { return int16_t(100 + (i % 2 ? 1 : -1)); }
-
-std::vector<int16_t> RunOver(int64_t points, std::span<const PointStretch> stretches,
-                         const std::vector<int16_t>& source, int64_t chunk) {
-    std::vector<int16_t> out;
-    EventFreeOptions options;
-    options.levelPoints = 10;
-    options.chunkPoints = chunk;
-    const SampleReader read = [&](int64_t first, std::span<int16_t> dst) {
-        for (std::size_t k = 0; k < dst.size(); ++k) dst[k] = source[std::size_t(first) + k];
+SampleReader ReaderOf(const std::vector<int16_t>& trace) {
+    return [&trace](int64_t first, std::span<int16_t> out) {
+        for (std::size_t k = 0; k < out.size(); ++k) out[k] = trace[std::size_t(first) + k];
     };
+}
+
+// The source with the stretches replaced.
+std::vector<int16_t> Eliminated(const std::vector<int16_t>& source, const std::vector<PointStretch>& stretches,
+                                const EventFreeOptions& options) {
+    std::vector<int16_t> out;
     const SampleSink sink = [&](std::span<const int16_t> s) {
         out.insert(out.end(), s.begin(), s.end());
         return true;
     };
-    EXPECT_TRUE(EliminateStretches(points, stretches, read, sink, options));
+    EXPECT_TRUE(EliminateStretches(int64_t(source.size()), stretches, ReaderOf(source), sink, options));
     return out;
 }
+
+// A flat trace at 100 with +-1 alternating noise (even points -1).
+int16_t Clean(int64_t i) { return int16_t(100 + (i % 2 ? 1 : -1)); }
 
 TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
     // Events on 0..9 and 400..449 of a level 100 with +-1 noise: the stretches come back at
@@ -67,8 +72,8 @@ TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
     for (int64_t i = 0; i < 10; ++i) source[std::size_t(i)] += 300;
     for (int64_t i = 400; i < 450; ++i) source[std::size_t(i)] -= 500;
     const std::vector<PointStretch> stretches{{0, 9}, {400, 449}};
-    const std::vector<int16_t> out = RunOver(1000, stretches, source, 1 << 16);
-    EXPECT_EQ(RunOver(1000, stretches, source, 7), out);
+    const std::vector<int16_t> out = Eliminated(source, stretches, {.levelPoints = 10});
+    EXPECT_EQ(Eliminated(source, stretches, {.levelPoints = 10, .chunkPoints = 7}), out);
     for (std::size_t i = 0; i < out.size(); ++i) {
         const bool replaced = i < 10 || (i >= 400 && i < 450);
         if (replaced) EXPECT_LE(std::abs(out[i] - 100), 2) << i;
@@ -121,6 +126,98 @@ TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     EXPECT_FALSE(ShowFailure(dialogs, EventFreeCommand(ws, dialogs, dir.Path())));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].text, texts::kTemplateMissingText);
+}
+
+// The level an event's stretch is measured against, stretches too close to
+// join apart, and swings kept out of the noise a donor lends.
+TEST(EventFreeLevel, SmallerEventJustBeforeIsTakenInAndTheDecayFollowedToTheLevelBeforeBoth) {
+    // Level 0; a small downward event (200, decay 200 points) from 940 that detection
+    // passed over, then a detected one (1000, rise 10 to its peak at 1010, decay 50)
+    // whose own baseline lies on the small one's decay.
+    std::vector<int16_t> trace(3000, 0);
+    for (int64_t i = 940; i < 3000; ++i) {
+        double v = -200 * std::exp(-double(i - 940) / 200);
+        if (i >= 1000) v -= 1000 * (i < 1010 ? double(i - 1000) / 10 : std::exp(-double(i - 1010) / 50));
+        trace[std::size_t(i)] = int16_t(std::lround(v));
+    }
+    EventRecord event = Event(1010, 10, 50, -1);
+    event.baseline = -150;
+    const DecayTail tail{ReaderOf(trace), 10, 20, 3000};
+    EXPECT_NEAR(LevelBefore(event, tail), 0, 1);
+    // Back to 940 in windows of 20 from the start at 1000.
+    EXPECT_EQ(OnsetPoints(event, tail), 70);
+    // The small event's tail is within 10 of 0 from 940 + 200 ln 20 = 1539 on: the
+    // first window from the decay point (1060, in steps of 20) whose mean is there.
+    EXPECT_EQ(DecayEndPoints(event, tail), 1540 - 1010);
+}
+
+TEST(EventFreeLevel, StretchesCloserThanTheGapAreOne) {
+    // Flat trace: each stretch is the rise and decay. Windows of 20, so stretches
+    // fewer than 4 x 20 points apart are merged when the tail is followed.
+    const std::vector<int16_t> trace(2000, 0);
+    EventTable events;
+    for (int32_t peak : {500, 610, 760}) events.Append(Event(peak, 10, 30, -1));  // 490-530, 600-640, 750-790
+    const std::vector<PointStretch> apart{{490, 530}, {600, 640}, {750, 790}};
+    const std::vector<PointStretch> joined{{490, 640}, {750, 790}};
+    EXPECT_EQ(EventStretches(events, 0, 2000), apart);
+    EXPECT_EQ(EventStretches(events, 0, 2000, DecayTail{ReaderOf(trace), 10, 20, 2000}), joined);
+}
+
+TEST(EventFreeLevel, ASlowSwingBeforeTheStretchIsNotCopiedIntoIt) {
+    // +-3 noise on 0 with a swing of 30 (three noise SDs, below the outlier clip of
+    // four) over 70 points that end 30 before the stretch: mirrored at the join it
+    // would come back 30 to 100 points into the stretch.
+    std::vector<int16_t> source(3000);
+    for (std::size_t i = 0; i < source.size(); ++i) source[i] = int16_t(i % 2 ? 3 : -3);
+    for (std::size_t i = 1400; i < 1470; ++i) source[i] = int16_t(source[i] + 30);
+    const std::vector<int16_t> out = Eliminated(source, {{1500, 1999}}, {.levelPoints = 20, .noiseCounts = 10});
+    for (std::size_t at = 1500; at + 20 <= 2000; at += 10) {
+        double sum = 0;
+        for (std::size_t i = at; i < at + 20; ++i) sum += out[i];
+        EXPECT_LT(std::abs(sum / 20), 10) << at;
+    }
+}
+
+// The event-free file replaces its target as every save does: a private or
+// read-only target keeps its mode and a link stays a link (the writer once
+// made every target 0644 and replaced a link by a plain file).
+namespace fs = std::filesystem;
+
+mode_t Mode(const fs::path& p) {
+    struct stat st {};
+    return ::lstat(p.c_str(), &st) == 0 ? (st.st_mode & 07777) : 0;
+}
+
+TEST(EventFreeTarget, ModeAndLinksOfTheReplacedFileAreKept) {
+    test::TempDir dir;
+    ASSERT_EQ(WriteSynthetic(dir / "s.abf", Synthesise({.seconds = 1})), "");
+    AbfError error{};
+    const auto rec = Recording::Open(dir / "s.abf", &error);
+    ASSERT_TRUE(rec);
+    const EventTable none;
+    const auto write = [&](const fs::path& target) { return WriteEventFreeAbf(*rec, none, 2.0, 40, target); };
+    // The target holds a recording of the source's length once written.
+    const auto written = [&](const fs::path& target) {
+        const auto out = Recording::Open(target, &error);
+        return out && out->PointsPerChannel() == rec->PointsPerChannel();
+    };
+
+    fs::create_directory(dir / "real");
+    for (const mode_t mode : {mode_t(0600), mode_t(0444)}) {
+        const fs::path target = dir / "real" / "free.abf";
+        fs::remove(target);
+        std::ofstream(target) << "old";
+        ASSERT_EQ(::chmod(target.c_str(), mode), 0);
+        EXPECT_EQ(write(target), "") << mode;
+        EXPECT_EQ(Mode(target), mode);
+        EXPECT_TRUE(written(target)) << mode;
+    }
+    fs::remove(dir / "real" / "free.abf");
+    std::ofstream(dir / "real" / "free.abf") << "old";
+    fs::create_symlink("real/free.abf", dir / "link.abf");
+    EXPECT_EQ(write(dir / "link.abf"), "");
+    EXPECT_TRUE(fs::is_symlink(dir / "link.abf"));
+    EXPECT_TRUE(written(dir / "real" / "free.abf"));
 }
 
 using test::OpenShared;
@@ -190,9 +287,7 @@ std::vector<int16_t> TwoExponentialEvent() {
 
 TEST(EventFreeTail, DecayIsFollowedIntoTheNoiseAndNoFurtherThanTheCap) {
     const std::vector<int16_t> trace = TwoExponentialEvent();
-    const SampleReader read = [&](int64_t first, std::span<int16_t> out) {
-        for (std::size_t k = 0; k < out.size(); ++k) out[k] = trace[std::size_t(first) + k];
-    };
+    const SampleReader read = ReaderOf(trace);
     EventRecord event = Event(1000, 10, 48, -1);
     event.amplitude = 1000;
     const DecayTail tail{read, 20, 20, int64_t(trace.size())};
