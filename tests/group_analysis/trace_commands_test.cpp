@@ -156,7 +156,7 @@ TEST(TraceAnalysisRun, AmperometryGivesOneRowPerTraceAndAStopKeepsOnlyWhatWasDon
     EXPECT_TRUE(walk.outcomes.empty());
 }
 
-TEST(TraceAnalysisRun, StoredNumbersOutsideTheirRangesKeepTheDefaults) {
+TEST(TraceAnalysisRun, StoredNumbersOutsideTheirRangesKeepTheDefaultsAndQtcTakesTheMeanInterval) {
     GroupAnalysisSettings stored;
     stored.electrons = std::numeric_limits<double>::quiet_NaN(), stored.release = -1;
     stored.deadRadius = 0, stored.km = 0.5, stored.walkEdge = "Reflecting";
@@ -167,9 +167,7 @@ TEST(TraceAnalysisRun, StoredNumbersOutsideTheirRangesKeepTheDefaults) {
     EXPECT_EQ(s.walk.deadRadius, 0);
     EXPECT_EQ(s.walk.km, 0.5);
     EXPECT_FALSE(s.walk.diffusingEdge);
-}
-
-TEST(TraceAnalysisRun, QtcTakesTheMeanIntervalOfBeatsInOrder) {
+    // QTc takes the mean interval of beats in order.
     EXPECT_EQ(MeanRrForQtc(std::vector<double>{800, 1000}), 900);
     EXPECT_TRUE(std::isnan(MeanRrForQtc(std::vector<double>{800, -5})));
     EXPECT_TRUE(std::isnan(MeanRrForQtc(std::vector<double>{})));

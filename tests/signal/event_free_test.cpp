@@ -237,12 +237,6 @@ TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
     EXPECT_EQ(dialogs.Messages().back().text,
               std::string("7") + std::string(tool_texts::kSynchDone) + "2");
 
-    // 05210017_vc_abf1: 6 sweeps of 60000 points at 50 us, on either channel.
-    auto abf1 = OpenShared("abf1/05210017_vc_abf1.abf");
-    ASSERT_TRUE(abf1);
-    abf1->SetChannel(1);
-    EXPECT_EQ(SweepStartTimesMs(*abf1), (std::vector<float>{0, 3000, 6000, 9000, 12000, 15000}));
-
     // varlen_v18: sweeps of their own lengths; synch array starts 230260, 487274, ... x 25 us.
     auto varlen = OpenShared("abf1/2009_01_19_0002_varlen_v18.abf");
     ASSERT_TRUE(varlen);
