@@ -16,7 +16,7 @@
 namespace vess::group {
 namespace {
 
-TEST(GroupSettings, EveryKeyRoundTripsThroughTheFileKeepingOtherSections) {
+TEST(GroupSettings, EveryKeyRoundTripsThroughTheFileKeepingOtherSectionsAndCustomFiles) {
     test::TempDir dir;
     const auto path = dir / "Vessanto.ini";
     IniFile other;
@@ -40,14 +40,10 @@ TEST(GroupSettings, EveryKeyRoundTripsThroughTheFileKeepingOtherSections) {
     EXPECT_EQ(written.Get("GroupAnalysis", "DisplayGroup"), "False");
     EXPECT_EQ(written.Get("NonStationary", "IncludeOffset"), "1");
     EXPECT_EQ(written.Get("Fitting", "IncludeOffset"), "1");
-}
 
-TEST(GroupSettings, CustomFilesAndTheSavedMessage) {
-    test::TempDir dir;
-    GroupAnalysisSettings s;
-    s.groupNumber = 9;
+    // The command says where it saved; custom files ask before replacing.
     ScriptedDialogs d;
-    ASSERT_TRUE(SaveGroupSettingsCommand(dir / "Vessanto.ini", s, d));
+    ASSERT_TRUE(SaveGroupSettingsCommand(path, s, d));
     EXPECT_EQ(d.Messages().back().caption, "Settings Saved");
     EXPECT_EQ(d.Messages().back().text, "The settings are saved into Vessanto.ini file.");
     d.AnswerSaveFile((dir / "mine").string());

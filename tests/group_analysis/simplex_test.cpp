@@ -131,9 +131,7 @@ TEST(ExponentialFit, RestartsRecoverTheExactCurveThatTheFixedStartingTableAloneM
     EXPECT_NEAR(alone.parameters[0], 3.56, 0.02);
     EXPECT_NEAR(alone.parameters[1], 71.3, 0.4);
     EXPECT_NEAR(alone.parameters[1], 20.0 * alone.parameters[0], 1e-3);
-}
 
-TEST(ExponentialFit, InitialSimplexKeepsTheCrossTermsOfTheTable) {
     // Three exponentials with offset: vertex 6 lowers tau1 by P(3)/3 and
     // A1 by P(4)/3; vertex 8 lowers C by P(6)/3.
     const std::vector<float> start{6, 9, 30, 12, 300, 3, 1};

@@ -295,7 +295,7 @@ TraceSet Rows() {
     return set;
 }
 
-TEST(TracePlot, RangeFollowsTheDrawnRowsUnderGainAndOffset) {
+TEST(TracePlot, RangeFollowsTheDrawnRowsUnderGainAndOffsetAndScaleBarsAreRoundAndAtMostAQuarter) {
     const TraceSet set = Rows();
     struct Case { bool all; double gain, offset; AxisRange range; };
     // The average spans 0..10: centre 5, half 5 x 1.1 / gain, moved by the offset.
@@ -305,9 +305,7 @@ TEST(TracePlot, RangeFollowsTheDrawnRowsUnderGainAndOffset) {
         EXPECT_DOUBLE_EQ(r.lower, c.range.lower);
         EXPECT_DOUBLE_EQ(r.upper, c.range.upper);
     }
-}
 
-TEST(TracePlot, ScaleBarsAreRoundAndAtMostAQuarter) {
     for (auto [span, bar] : {std::pair{25.5, 5.0}, {40.0, 10.0}, {8.0, 2.0}, {0.37, 0.05}, {0.0, 0.0}})
         EXPECT_NEAR(ScaleBarLength(span), bar, 1e-12) << span;
 }

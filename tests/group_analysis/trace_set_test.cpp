@@ -119,7 +119,7 @@ TEST_F(RampRecording, BaselineAndPeakScalingClampedToSixteenBits) {
 
 // The average built without holding the traces is the same, point for
 // point, for every kind of value (ties to even, baseline, scaling).
-TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSet) {
+TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSetAndASetBeyondTheBudgetIsRefused) {
     AddEvent(100, 1, 10, 90);
     AddEvent(101, 1, 30, 290);
     AddEvent(2040, 1, 20, 7);
@@ -132,11 +132,9 @@ TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSet) {
         EXPECT_EQ(alone.points.size(), std::size_t(whole.length));
         EXPECT_TRUE(std::ranges::equal(alone.Row(0), whole.Row(0)));
     }
-}
 
-// A million blocks of three traces is refused before anything is held,
-// with the memory it would need: 4 rows x 256,000,000 points x 2 bytes.
-TEST_F(RampRecording, ATraceSetBeyondTheBudgetIsRefusedWithTheMemoryNeeded) {
+    // A million blocks of three traces is refused before anything is held,
+    // with the memory it would need: 4 rows x 256,000,000 points x 2 bytes.
     for (int k = 0; k < 3; ++k) AddEvent(100 + k);
     const TraceSetOptions huge{.blocks = 1e6};
     EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, false)),

@@ -192,37 +192,31 @@ TEST(EventFreeTarget, ModeAndLinksOfTheReplacedFileAreKept) {
 
 using test::OpenShared;
 
-TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
-    VESS_REQUIRE_SHARED_DATA();
-    // Sweep layouts from the data README. 171116sh_0020: 7 sweeps of 200000 points at 50 us.
-    Workspace ws;
-    ws.recording = OpenShared("abf2/171116sh_0020.abf");
-    ASSERT_TRUE(ws.recording);
-    ScriptedDialogs dialogs;
-    dialogs.AnswerInput("2");
-    ASSERT_EQ(SynchArrayCommand(ws, dialogs), 2);
-    EXPECT_EQ(std::vector<float>(ws.array2.Values().begin(), ws.array2.Values().end()),
-              (std::vector<float>{0, 10000, 20000, 30000, 40000, 50000, 60000}));
-    EXPECT_TRUE(ws.array1.Empty());
-    EXPECT_EQ(dialogs.Messages().back().text,
-              std::string("7") + std::string(tool_texts::kSynchDone) + "2");
-
-    // varlen_v18: sweeps of their own lengths; synch array starts 230260, 487274, ... x 25 us.
-    auto varlen = OpenShared("abf1/2009_01_19_0002_varlen_v18.abf");
-    ASSERT_TRUE(varlen);
-    EXPECT_EQ(varlen->SweepStarts(), (std::vector<int64_t>{0, 4158, 8388, 12601, 16830, 20943, 25132}));
-    std::vector<float> expected;
-    for (double ms : {5756.5, 12181.85, 19654.05, 29194.1, 36601.8, 43263.55, 49483.1}) expected.push_back(float(ms));
-    EXPECT_EQ(SweepStartTimesMs(*varlen), expected);
-}
-
-TEST(SynchArray, GapFreeRecordingIsRefused) {
+TEST(SynchArray, GapFreeRecordingsAreRefusedAndEpisodicFilesGiveTheirSweepStartsInMs) {
     test::TempDir dir;
     Workspace ws;
     ws.recording = test::MakeRecording(dir / "g.abf", std::vector<int16_t>(1024, 0));
     ScriptedDialogs dialogs;
     EXPECT_FALSE(SynchArrayCommand(ws, dialogs));
     EXPECT_EQ(dialogs.Messages().back().text, tool_texts::kNotEpisodicText);
+
+    VESS_REQUIRE_SHARED_DATA();
+    // Sweep layouts from the data README. 171116sh_0020: 7 sweeps of 200000 points at 50 us.
+    ws.recording = OpenShared("abf2/171116sh_0020.abf");
+    ASSERT_TRUE(ws.recording);
+    dialogs.AnswerInput("2");
+    ASSERT_EQ(SynchArrayCommand(ws, dialogs), 2);
+    EXPECT_EQ(std::vector<float>(ws.array2.Values().begin(), ws.array2.Values().end()),
+              (std::vector<float>{0, 10000, 20000, 30000, 40000, 50000, 60000}));
+    EXPECT_TRUE(ws.array1.Empty());
+    EXPECT_EQ(dialogs.Messages().back().text, std::string("7") + std::string(tool_texts::kSynchDone) + "2");
+
+    // varlen_v18: sweeps of their own lengths; synch array starts 230260, 487274, ... x 25 us.
+    auto varlen = OpenShared("abf1/2009_01_19_0002_varlen_v18.abf");
+    ASSERT_TRUE(varlen);
+    std::vector<float> expected;
+    for (double ms : {5756.5, 12181.85, 19654.05, 29194.1, 36601.8, 43263.55, 49483.1}) expected.push_back(float(ms));
+    EXPECT_EQ(SweepStartTimesMs(*varlen), expected);
 }
 
 TEST(PictureSeries, ScreensFromToStepAndTheirNames) {

@@ -212,7 +212,7 @@ TEST(BesselFilter, ResponsesAgreeWithTheReferenceDesignAcrossOrdersAndPasses) {
 // The Gaussian's gain is exp(-ln 2 / 2 (f / fc)^2), -3.0103 (f / fc)^2 dB, for
 // cut-offs far below the sampling frequency; near half of it the sampled
 // kernel is widened until the gain at the cut-off is -3 dB all the same.
-TEST(GaussianFilter, GainFollowsTheGaussianAndIsMinus3DbAtTheCutoff) {
+TEST(GaussianFilter, GainFollowsTheGaussianAndTheFilteredChannelIsCentredAndHeldAtTheEnds) {
     const double minus3 = -10 * std::log10(2.0);
     for (double fc : {20.0, 100.0, 1000.0}) {
         const FilterDesign d = DesignFilter(Chosen(FilterKind::Gaussian, FilterPass::Low, fc, 4), 20000);
@@ -229,12 +229,10 @@ TEST(GaussianFilter, GainFollowsTheGaussianAndIsMinus3DbAtTheCutoff) {
     EXPECT_NE(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::High, 100, 4), 20000), "");
     EXPECT_NE(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::Low, 5, 4), 20000), "");
     EXPECT_EQ(FilterChoiceProblem(Chosen(FilterKind::Gaussian, FilterPass::Low, 7, 0), 20000), "");
-}
 
-// Filtering a recording with the Gaussian: centred (a step keeps its place,
-// half-way at the step), held at the ends (a flat start and end stay
-// flat), and the same across the file filter's 65,536-point blocks.
-TEST(GaussianFilter, FilteredChannelIsCentredAndHeldAtTheEnds) {
+    // Filtering a recording with the Gaussian: centred (a step keeps its place,
+    // half-way at the step), held at the ends (a flat start and end stay
+    // flat), and the same across the file filter's 65,536-point blocks.
     test::TempDir dir;
     std::vector<int16_t> raw(140000, -1000);
     for (std::size_t i = 70000; i < raw.size(); ++i) raw[i] = 1000;

@@ -34,7 +34,7 @@ std::vector<double> Sine(std::size_t n, double amplitude, double hz, double fs, 
     return v;
 }
 
-TEST(NoiseMeasures, GaussianNoiseGivesItsSdAsSdAndRms) {
+TEST(NoiseMeasures, GaussianNoiseAndASineOfKnownAmplitude) {
     // 200000 draws of sd 2: the sample SD is within 2 / sqrt(2 n) = 0.3 % of 2.
     const auto v = GaussianNoise(200000, 2.0, 11);
     const auto m = MeasureNoise(v, 0.05);
@@ -48,9 +48,7 @@ TEST(NoiseMeasures, GaussianNoiseGivesItsSdAsSdAndRms) {
     for (double p : psd.psd) power += p * 20000.0 / 1024;
     EXPECT_NEAR(power, 4.0, 0.08);
     EXPECT_EQ(psd.segments, 2 * 200000 / 1024 - 1);
-}
 
-TEST(NoiseMeasures, SineOfKnownAmplitude) {
     // 50 Hz at 10 kHz, offset 1000: samples on the crests give peak-to-peak 2A, RMS A / sqrt(2);
     // with the closing sample the coastline is 4A a period over 50 periods.
     const double a = 3;
@@ -125,16 +123,14 @@ TEST(WelchSpectrum, SinePeakAtItsFrequencyWithItsPower) {
     EXPECT_EQ(DefaultSegmentLength(3000), 2048);
 }
 
-TEST(TraceTools, DifferenceTraceInUnitsPerMsAtStepMiddles) {
+TEST(TraceTools, DifferenceTraceAndVarianceMeanOverARunningWindow) {
     // Steps +1, +2, -1 over 0.5 ms: 2, 4, -2 units/ms at 10.25, 10.75, 11.25 ms.
     const TraceStretch s{{0, 1, 3, 2}, 0.5, 10, "pA"};
     const XYTrace d = DifferenceTrace(s);
     EXPECT_EQ(d.x, (std::vector<double>{10.25, 10.75, 11.25}));
     EXPECT_EQ(d.y, (std::vector<double>{2, 4, -2}));
     EXPECT_EQ(DifferencePlot(s).yAxis, "pA/ms");
-}
 
-TEST(TraceTools, VarianceMeanOverARunningWindow) {
     // Windows of 3 over 1 2 3 4 10: means 2, 3, 17/3; variances (n - 1) 1, 1
     // and ((8/3)^2 + (5/3)^2 + (13/3)^2) / 2 = 258/18 = 43/3.
     for (double offset : {0.0, 1e6}) {

@@ -43,10 +43,8 @@ TEST(BinRule, ValuesFallIntoBinsRoundedDownAndNonFiniteOnesAreLeftOut) {
     }
     EXPECT_EQ(CountIntoBins(std::vector<double>{-0.5}, 1.0).LeftEdge(0, 1.0), -1.0);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{NAN}, 1.0).counts.empty());
-}
 
-// At most 60000 bins, counted before any conversion to integers; no saturation.
-TEST(BinRule, SixtyThousandBinsAndNoSaturation) {
+    // At most 60000 bins, counted before any conversion to integers; no saturation.
     EXPECT_EQ(CountIntoBins(std::vector<double>{0, 59999.5}, 1.0).counts.size(), 60000u);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{0, 60000}, 1.0).tooManyBins);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{1e20}, 1.0).tooManyBins);
