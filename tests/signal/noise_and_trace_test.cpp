@@ -52,12 +52,11 @@ TEST(NoiseMeasures, GaussianNoiseAndASineOfKnownAmplitude) {
     // 50 Hz at 10 kHz, offset 1000: samples on the crests give peak-to-peak 2A, RMS A / sqrt(2);
     // with the closing sample the coastline is 4A a period over 50 periods.
     const double a = 3;
-    const auto v = Sine(10000, a, 50, 10000, 1000);
-    const auto m = MeasureNoise(v, 0.1);
-    ASSERT_TRUE(m);
-    EXPECT_NEAR(m->peakToPeak, 2 * a, 1e-9);
-    EXPECT_NEAR(m->rmsAboutBaseline, a / std::sqrt(2.0), 1e-9);
-    EXPECT_NEAR(m->median, 1000, 1e-9);
+    const auto sine = MeasureNoise(Sine(10000, a, 50, 10000, 1000), 0.1);
+    ASSERT_TRUE(sine);
+    EXPECT_NEAR(sine->peakToPeak, 2 * a, 1e-9);
+    EXPECT_NEAR(sine->rmsAboutBaseline, a / std::sqrt(2.0), 1e-9);
+    EXPECT_NEAR(sine->median, 1000, 1e-9);
     const auto closed = MeasureNoise(Sine(10001, a, 50, 10000, 1000), 0.1);
     EXPECT_NEAR(closed->coastline, 50 * 4 * a, 1e-6);
     EXPECT_NEAR(closed->coastlinePerMs, 50 * 4 * a / 1000, 1e-9);
