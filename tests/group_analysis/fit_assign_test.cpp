@@ -200,9 +200,9 @@ TEST(AutoReject, ByRSquaredAndByConfidenceInterval) {
     // (z = 1.96) the interval is 14 +- 17.5, so 30 stays; at 50 %
     // (z = 0.674) it is 14 +- 6.03 and only 30 falls outside.
     // Trace 6 is a collapsed fit without tau1: outside any interval, and
-    // left out of its mean and SD.
+    // left out of its mean and SD. Trace 1's R-sqr is the minimum: it stays.
     std::vector<TraceFit> fits;
-    for (auto [tau1, rSquared] : {std::pair{10.0, 0.99}, {10.0, 0.80}, {10.0, 0.995}, {10.0, 0.97}, {30.0, 0.999},
+    for (auto [tau1, rSquared] : {std::pair{10.0, 0.98}, {10.0, 0.80}, {10.0, 0.995}, {10.0, 0.97}, {30.0, 0.999},
                                   {kNotMeasured, 0.999}}) {
         TraceFit& f = fits.emplace_back();
         f.trace = int32_t(fits.size()), f.values.tau1 = tau1, f.values.rSquared = rSquared;

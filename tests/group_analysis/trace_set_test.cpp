@@ -135,7 +135,6 @@ TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSetAndASetBeyondTheB
 
     // A million blocks of three traces is refused before anything is held,
     // with the memory it would need: 4 rows x 256,000,000 points x 2 bytes.
-    for (int k = 0; k < 3; ++k) AddEvent(100 + k);
     const TraceSetOptions huge{.blocks = 1e6};
     EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, false)),
               "The traces would need 2.0 GB of memory, more than the 1 GB allowed. Analyse fewer "
@@ -144,6 +143,8 @@ TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSetAndASetBeyondTheB
     // thousand blocks (3 MB) is not.
     EXPECT_NE(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, true)), "");
     EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, {.blocks = 1000}, false)), "");
+    EXPECT_EQ(TraceSetSizeProblem(kTraceSetBudgetBytes), "");  // the budget itself is allowed
+    EXPECT_NE(TraceSetSizeProblem(kTraceSetBudgetBytes + 1), "");
 }
 
 TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
