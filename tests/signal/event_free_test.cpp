@@ -143,6 +143,57 @@ TEST(EventFreeLevel, ASlowSwingBeforeTheStretchIsNotCopiedIntoIt) {
     }
 }
 
+// How the replacement meets the trace at its joins, what the donors lend, and
+// where an event's stretch begins.
+const EventFreeOptions kJoinOptions{.trendHalfPoints = 100};
+
+TEST(EventFreeJoins, ReplacementGoesOnFromTheTraceWithoutAStep) {
+    // A trace rising 2 counts a sample with an event on it: the replacement lies on the
+    // line. Levels taken as means of the samples beside a join would sit 40 counts off it.
+    std::vector<int16_t> line(2000), source(2000);
+    for (std::size_t i = 0; i < line.size(); ++i) line[i] = source[i] = int16_t(1000 + 2 * int(i));
+    for (std::size_t i = 900; i < 1100; ++i) source[i] = int16_t(source[i] - 500);
+    const std::vector<int16_t> out = Eliminated(source, {{880, 1119}}, kJoinOptions);
+    ASSERT_EQ(out.size(), line.size());
+    for (std::size_t i = 0; i < out.size(); ++i) ASSERT_LE(std::abs(out[i] - line[i]), 1) << i;
+
+    // With a slow swing on the line (period 400, 40 counts), the swing is lent mirrored at
+    // each join: the trace steps across neither join by more than it moves between samples.
+    std::vector<int16_t> swinging(source);
+    for (std::size_t i = 0; i < swinging.size(); ++i)
+        swinging[i] = int16_t(swinging[i] + std::lround(40 * std::sin(2 * 3.14159265 * double(i) / 400)));
+    const std::vector<int16_t> swung = Eliminated(swinging, {{880, 1119}}, kJoinOptions);
+    EXPECT_LE(std::abs(swung[880] - swung[879]), 4);
+    EXPECT_LE(std::abs(swung[1120] - swung[1119]), 4);
+}
+
+TEST(EventFreeJoins, AnArtefactInADonorIsNotCopied) {
+    // +-3 noise on 0 with a 10-point spike of 5000 a hundred points before the stretch and
+    // another after it: neither comes back inside the stretch.
+    std::vector<int16_t> source(3000);
+    for (std::size_t i = 0; i < source.size(); ++i) source[i] = int16_t(i % 2 ? 3 : -3);
+    for (std::size_t i = 1400; i < 1410; ++i) source[i] = 5000;
+    for (std::size_t i = 2100; i < 2110; ++i) source[i] = 5000;
+    const std::vector<int16_t> out = Eliminated(source, {{1500, 1999}}, {.trendHalfPoints = 100, .noiseCounts = 3});
+    for (std::size_t i = 1500; i < 2000; ++i) ASSERT_LE(std::abs(out[i]), 6) << i;
+}
+
+TEST(EventFreeJoins, OnsetReachesBackOverASwing) {
+    // A downward event (peak 1000, rise 20) on the fall of an upward artefact that begins
+    // at 900: the event's stretch begins with the artefact, where the trace is back at the
+    // level before it. On a level trace it begins at the event's own start.
+    std::vector<int16_t> artefact(2000, 0), level(2000, 0);
+    for (std::size_t i = 900; i < 2000; ++i) artefact[i] = int16_t(std::lround(3000 * std::exp(-(double(i) - 900) / 30)));
+    EventRecord event = Event(1000, 20, 30, -1);
+    event.baseline = 100;
+    EXPECT_EQ(OnsetPoints(event, DecayTail{ReaderOf(artefact), 10, 20, 2000}), 100);
+    EXPECT_EQ(OnsetPoints(event, DecayTail{ReaderOf(level), 10, 20, 2000}), 20);
+    // An upward event on the same fall: the artefact is no baseline for it either.
+    EventRecord up = event;
+    up.peakDirection = 1;
+    EXPECT_EQ(OnsetPoints(up, DecayTail{ReaderOf(artefact), 10, 20, 2000}), 100);
+}
+
 // The event-free file replaces its target as every save does: a private or
 // read-only target keeps its mode and a link stays a link (the writer once
 // made every target 0644 and replaced a link by a plain file).
@@ -172,6 +223,9 @@ TEST(EventFreeTarget, ModeAndLinksOfTheReplacedFileAreKept) {
         return true;
     };
 
+    // The margin in points: 2 ms at 50 us, and no more than the recording.
+    EXPECT_EQ(MarginPoints(*rec, 2.0), 40);
+    EXPECT_EQ(MarginPoints(*rec, 1e20), rec->PointsPerChannel());
     fs::create_directory(dir / "real");
     for (const mode_t mode : {mode_t(0600), mode_t(0444)}) {
         const fs::path target = dir / "real" / "free.abf";
@@ -262,6 +316,13 @@ TEST(EventFreeTail, DecayIsFollowedIntoTheNoiseAndNoFurtherThanTheCap) {
     EventRecord shortDecay = event;
     shortDecay.decayTime = 10;
     EXPECT_GE(DecayEndPoints(shortDecay, tail), 790);
+    // A tail that never comes back is followed up to the cap: the larger of 20 decay
+    // lengths and 50 windows past the decay point.
+    std::vector<int16_t> stepped(6000, 0);
+    std::fill(stepped.begin() + 990, stepped.end(), int16_t(-300));
+    const DecayTail never{ReaderOf(stepped), 20, 20, 6000};
+    EXPECT_EQ(DecayEndPoints(Event(1000, 10, 10, -1), never), 10 + 50 * 20);
+    EXPECT_EQ(DecayEndPoints(Event(1000, 10, 100, -1), never), 100 + 20 * 100);
     // Without a reader or a noise figure: the decay point.
     EXPECT_EQ(DecayEndPoints(event, DecayTail{}), 48);
     EXPECT_EQ(DecayEndPoints(event, DecayTail{read, 0, 20, int64_t(trace.size())}), 48);
