@@ -43,7 +43,7 @@ struct Grouped {
     ScriptedDialogs d;
 };
 
-TEST(TraceEdits, TheAverageStaysAndTheEventsChangeUndoably) {
+TEST(TraceEdits, TheAverageStaysTheEventsChangeUndoablyAndJumpsStayInTheSet) {
     Grouped g;
     EXPECT_FALSE(RemoveTraceCommand(g.ws, g.set, 0, g.d));
     EXPECT_EQ(g.d.Messages().back().text, "Cannot remove the averaged trace.");
@@ -67,10 +67,7 @@ TEST(TraceEdits, TheAverageStaysAndTheEventsChangeUndoably) {
     EXPECT_TRUE(RegroupTraceCommand(g.ws, g.set, 1, 3, g.d));
     EXPECT_EQ(g.ws.events[2].group, 7);
     EXPECT_EQ(g.d.Transcript().back().caption, "Group Number");
-}
 
-TEST(TraceEdits, JumpNeedsOneShownTraceAndStaysInTheSet) {
-    Grouped g;
     EXPECT_FALSE(JumpTargetCommand(g.set, AnalysisType::Superimpose, g.d));
     EXPECT_EQ(g.d.Messages().back().text,
               "This function will only work when trace is shown as individual or average.");
@@ -310,7 +307,7 @@ TEST(TracePlot, RangeFollowsTheDrawnRowsUnderGainAndOffsetAndScaleBarsAreRoundAn
         EXPECT_NEAR(ScaleBarLength(span), bar, 1e-12) << span;
 }
 
-TEST(TracePlot, DrawsTheHighlightLastCursorsAndLabelledBars) {
+TEST(TracePlot, DrawsTheHighlightLastCursorsAndLabelledBarsAndARightClickPicksATrace) {
     const TraceSet set = Rows();
     const UnitScale scale{.units = "pA"};
     const PlotData all = TracePlot(set, scale, {.all = true, .highlighted = 1, .cursors = {2, 10}}, "t");
@@ -328,10 +325,7 @@ TEST(TracePlot, DrawsTheHighlightLastCursorsAndLabelledBars) {
     EXPECT_EQ(bars.series[0].x.size(), 6u);   // every second point
     EXPECT_EQ(bars.series[bars.series.size() - 2].legend, "1 ms");
     EXPECT_EQ(bars.series.back().legend, "2 pA");
-}
 
-TEST(TracePlot, ARightClickPicksTheNearestOrTheShownTraceWhenNear) {
-    const TraceSet set = Rows();
     EXPECT_EQ(PickedTrace(set, {}, {.all = true}, 0, 10, 33, 1), 2);
     EXPECT_EQ(PickedTrace(set, {}, {.all = true}, 0, 10, 25, 1), 1);
     EXPECT_EQ(PickedTrace(set, {}, {.trace = 0}, 4, 6, 5.5, 1), 0);

@@ -188,7 +188,7 @@ TEST(ArrayText, PasteAsksThenReplacesOrAppends) {
     EXPECT_EQ(ws.array2, Of({8, 9}));
 }
 
-TEST(ArrayText, FileOfTenAndThreeValues) {
+TEST(ArrayText, FileOfTenAndThreeValuesAndImportRefusesOtherFilesAndFillsMissingRowsWithZero) {
     const DataArray a1 = Of({1, 2, 3, 4, 5, 6, 7, 8, 9, 10.5f});
     const DataArray a2 = Of({-1, 0.25f, 1e6f});
     const std::string text = ArraysAtfText("cell.abf", a1, a2);
@@ -205,9 +205,7 @@ TEST(ArrayText, FileOfTenAndThreeValues) {
     EXPECT_EQ(std::tuple(back->array1[0], back->array1[10], back->array2[3]), std::tuple(0.0f, 10.5f, 1e6f));
     // Written again, the imported arrays give the same bytes.
     EXPECT_EQ(ArraysAtfText("cell.abf", back->array1, back->array2), text);
-}
 
-TEST(ArrayText, ImportRefusesOtherFilesAndFillsMissingRowsWithZero) {
     EXPECT_FALSE(ParseArraysAtf("ATF\t1.0\r\n0\t2\r\n\"Time(ms)\"\t\"Amplitude(pA)\"\r\n"));
     EXPECT_FALSE(ParseArraysAtf("ATF\t1.0\r\n3\t2\r\nArray Data : x\r\n"));  // no opening quote
     EXPECT_FALSE(ParseArraysAtf(""));
