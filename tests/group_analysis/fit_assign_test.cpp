@@ -208,9 +208,9 @@ TEST(AutoReject, ByRSquaredAndByConfidenceInterval) {
         f.trace = int32_t(fits.size()), f.values.tau1 = tau1, f.values.rSquared = rSquared;
     }
     EXPECT_NEAR(NormalQuantile(95), 1.959964, 1e-5);
-    EXPECT_EQ(TracesToReject(fits, {.minRSquared = 0.98}), (std::vector<int32_t>{2, 4}));
-    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 95}), std::vector<int32_t>{6});
-    EXPECT_EQ(TracesToReject(fits, {.confidencePercent = 50}), (std::vector<int32_t>{5, 6}));
+    EXPECT_EQ(TracesToReject(fits, {.minRSquared = 0.98, .confidencePercent = {}}), (std::vector<int32_t>{2, 4}));
+    EXPECT_EQ(TracesToReject(fits, {.minRSquared = {}, .confidencePercent = 95}), std::vector<int32_t>{6});
+    EXPECT_EQ(TracesToReject(fits, {.minRSquared = {}, .confidencePercent = 50}), (std::vector<int32_t>{5, 6}));
 }
 
 TEST(CompareFits, TwoExponentialsWinOnlyOnADoubleDecay) {

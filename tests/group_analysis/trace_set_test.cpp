@@ -266,7 +266,9 @@ TEST(RealRecording, EpisodesAreTheSweepsOfEachFileEndingWhereTheyEnd) {
             BuildTraceSet(*rec, {}, {}, {.source = TraceSource::Episodes, .fullSweep = true});
         ASSERT_EQ(set.count, int32_t(c.sweeps.size()));
         ASSERT_EQ(set.length, *std::ranges::max_element(c.sweeps));
-        if (c.first[0] != 0) EXPECT_TRUE(std::ranges::equal(set.Row(1).first(3), c.first));
+        if (c.first[0] != 0) {
+            EXPECT_TRUE(std::ranges::equal(set.Row(1).first(3), c.first));
+        }
         int64_t start = 0;
         for (int32_t t = 1; t <= set.count; ++t) {
             const int64_t own = c.sweeps[std::size_t(t - 1)];
