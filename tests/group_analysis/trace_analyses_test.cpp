@@ -41,7 +41,7 @@ SampledTrace Spikes(std::vector<std::pair<double, double>> spikes, double ms, do
     return t;
 }
 
-TEST(SpikeShape, WhatCannotBeMeasuredIsNotMeasured) {
+TEST(SpikeShape, WhatCannotBeMeasuredIsNotMeasuredWidthAboveThresholdAhpReferenceAndDecayPercent) {
     struct Case {
         const char* what;
         SampledTrace trace;
@@ -64,9 +64,7 @@ TEST(SpikeShape, WhatCannotBeMeasuredIsNotMeasured) {
         EXPECT_EQ(Measured(s.ahpPeak), c.ahp) << c.what;
         EXPECT_EQ(Measured(s.ahpArea), c.ahp) << c.what;
     }
-}
 
-TEST(SpikeShape, WidthAboveThresholdAhpReferenceAndDecayPercentText) {
     const SampledTrace t = Spikes({{90, 10}}, 30, 10);
     SpikeShapeSettings s;
     s.widthAboveThreshold = 200;   // above the peak

@@ -61,7 +61,7 @@ std::vector<int16_t> Eliminated(const std::vector<int16_t>& source, const std::v
 // A flat trace at 100 with +-1 alternating noise (even points -1).
 int16_t Clean(int64_t i) { return int16_t(100 + (i % 2 ? 1 : -1)); }
 
-TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
+TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoiseAndTheCommandNeedsTheTemplateHeader) {
     // Events on 0..9 and 400..449 of a level 100 with +-1 noise: the stretches come back at
     // that level within the noise (the mirrored donors may meet out of phase), the rest is
     // the source exactly, and the chunk size changes nothing.
@@ -80,9 +80,7 @@ TEST(EventFree, ReplacedStretchContinuesTheBaselineAndItsNoise) {
     // A refusing sink stops the run.
     const SampleReader read = [&](int64_t, std::span<int16_t> dst) { std::fill(dst.begin(), dst.end(), 0); };
     EXPECT_FALSE(EliminateStretches(1000, stretches, read, [](auto) { return false; }));
-}
 
-TEST(EventFree, CommandStopsWithoutTheTemplateHeader) {
     test::TempDir dir;
     Workspace ws;
     ws.recording = test::MakeRecording(dir / "r.abf", std::vector<int16_t>(2048, 0));

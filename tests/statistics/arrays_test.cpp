@@ -161,7 +161,7 @@ DataArray Of(std::vector<float> v) {
     return a;
 }
 
-TEST(ArrayText, ValuesInShortestPlainDecimalAndPasteTakesTheFirstCellOfNumericLines) {
+TEST(ArrayText, ValuesInShortestPlainDecimalAndPasteTakesTheFirstCellOfNumericLinesAsked) {
     EXPECT_EQ(FormatArrayValue(0.1f), "0.1");
     EXPECT_EQ(FormatArrayValue(12.0f), "12");
     EXPECT_EQ(FormatArrayValue(-3.5e-7f), "-0.00000035");
@@ -171,9 +171,7 @@ TEST(ArrayText, ValuesInShortestPlainDecimalAndPasteTakesTheFirstCellOfNumericLi
     // Beyond the float range a number would become an infinity: skipped.
     EXPECT_EQ(ParseClipboardNumbers("1e39\r-1e39\r5\r"), (std::vector<float>{5.0f}));
     EXPECT_EQ(ParseClipboardNumbers("Array #1\tArray #2\r\n3\t\r\n\t4\r\n"), (std::vector<float>{3.0f}));
-}
 
-TEST(ArrayText, PasteAsksThenReplacesOrAppends) {
     Workspace ws;
     ScriptedDialogs dialogs;
     dialogs.AnswerYesNo(false);
