@@ -120,13 +120,26 @@ void MainWindow::AddRegistered(const Command& c) {
         toolBar_->addAction(a);
     }
     actions_[c.objectName] = a;
-    registered_.push_back({a, &c});
+    RegisteredAction registered{a, &c};
+    if (const auto* plain = c.enabledWhen.target<bool (*)(const CommandState&)>(); plain && *plain) {
+        const auto known = std::find(enablingTests_.begin(), enablingTests_.end(), *plain);
+        registered.test = int(known - enablingTests_.begin());
+        if (known == enablingTests_.end()) enablingTests_.push_back(*plain);
+    }
+    registered_.push_back(registered);
 }
 
 void MainWindow::RefreshActions() {
     const CommandState state{ws_, NonStopRunning(), jobs_->Running()};
-    for (const auto& [action, command] : registered_) {
-        action->setEnabled(!command->enabledWhen || command->enabledWhen(state));
+    testsPassed_.resize(enablingTests_.size());
+    for (std::size_t t = 0; t < enablingTests_.size(); ++t) testsPassed_[t] = enablingTests_[t](state);
+    for (auto& [action, command, test, enabled] : registered_) {
+        const bool on = test >= 0 ? bool(testsPassed_[std::size_t(test)])
+                                  : !command->enabledWhen || command->enabledWhen(state);
+        if (int(on) != enabled) {
+            action->setEnabled(on);
+            enabled = int(on);
+        }
         if (command->checkedWhen) {
             const QSignalBlocker block(action);
             action->setChecked(command->checkedWhen(state));
