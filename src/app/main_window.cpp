@@ -340,10 +340,12 @@ void MainWindow::ShowSelection() {
     const int row = ws_.selectedEvent - 1;
     if (row >= 0 && row < gridModel_->rowCount()) {
         const QModelIndex index = gridModel_->index(row, 0);
-        if (grid_->currentIndex().row() != row)
+        const bool moved = grid_->currentIndex().row() != row;
+        if (moved)
             grid_->selectionModel()->setCurrentIndex(
                 index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        grid_->scrollTo(index);
+        // A shown grid scrolls to its new current row by itself.
+        if (!moved || !grid_->hasAutoScroll() || !grid_->isVisible()) grid_->scrollTo(index);
     } else if (grid_->currentIndex().isValid()) {
         grid_->selectionModel()->clear();
     }

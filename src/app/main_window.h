@@ -199,12 +199,15 @@ private:
         QAction* action;
         const Command* command;
         // The command's enabling test as an index into enablingTests_ when
-        // it is a plain function (-1: a test of its own, or none).
-        int test = -1;
+        // it is a plain function; kOwnTest or kNoTest otherwise.
+        int test = kNoTest;
         // The enabling last set (-1: none yet): the action is touched only
         // when it changes.
         int enabled = -1;
+        // The command sets a check mark or a caption at every refresh.
+        bool checks = false, captions = false;
     };
+    static constexpr int kOwnTest = -1, kNoTest = -2;
     std::vector<RegisteredAction> registered_;
     // The plain enabling tests, each once: many commands share one (idle, a
     // recording open), and each is asked once a refresh.
