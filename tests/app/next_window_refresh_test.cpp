@@ -3,16 +3,13 @@
 // the status line and the enabling, set again only when they change, follow
 // undo and another file.
 #include <QAction>
-#include <QComboBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QSpinBox>
 
 #include "detection/detection_start.h"
 #include "detection/navigation.h"
 #include "gui_fixture.h"
-#include "signal/ui/filter_dialog.h"
+#include "signal/filter_commands.h"
 
 namespace vess::test {
 namespace {
@@ -40,15 +37,10 @@ protected:
 // from the recorded samples' frame.
 TEST_F(NextWindowRefreshTest, TraceShowsTheFilteredScreenWhileDetectionReadsTheRecordedOne) {
     OpenSample();
-    window->Action("menu_Filter")->trigger();
-    auto* form = window->findChild<FilterDialog*>("FilterDialog");
-    ASSERT_TRUE(form);
-    form->findChild<QComboBox*>("cbFilterKind")->setCurrentIndex(0);  // Butterworth
-    form->findChild<QLineEdit*>("edFilterCutoff")->setText("300");
-    form->findChild<QSpinBox*>("spFilterOrder")->setValue(2);
-    QTest::mouseClick(form->findChild<QPushButton*>("btnFilterApply"), Qt::LeftButton);
-    ASSERT_TRUE(WaitFor([&] { return ws.recording->HasFiltered(); }, 20000));
-    form->close();
+    FilterChoice lowPass;
+    lowPass.cutoffHz = 300;
+    ASSERT_TRUE(ApplyFilterCommand(ws, dialogs, lowPass, {}));
+    window->RedrawTrace(/*reread=*/true);
     ASSERT_TRUE(ws.showFiltered);
     ASSERT_FALSE(ws.settings.detectOnFiltered);
 
