@@ -28,7 +28,9 @@ AnalyzeWindowResult AnalyzeScreen(const Screen& screen, Workspace& ws, Dialogs& 
     return result;
 }
 
-AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) { return AnalyzeScreen(ShownScreen(ws), ws, dialogs); }
+AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
+    return AnalyzeScreen(ShownScreen(ws), ws, dialogs);
+}
 
 // Whether an event of the table has its peak on the screen shown.
 bool EventOnShownScreen(const Workspace& ws) {
