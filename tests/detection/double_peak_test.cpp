@@ -12,23 +12,15 @@
 namespace vess {
 namespace {
 
-using test::AddEvent;
 using test::DoubleExp;
 
 using Fixture = test::TraceWorkspace;
 
-// 1000 counts at 600 and 600 counts on its decay 4 ms later, in one search range.
-std::vector<int16_t> DoubleTrace() {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    AddEvent(trace, 680, DoubleExp{10, 100, 600});
-    return trace;
-}
-
 constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
 
+// 1000 counts at 600 and 600 counts on its decay 4 ms later, in one search range.
 TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
-    Fixture f(DoubleTrace());
+    Fixture f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {680, DoubleExp{10, 100, 600}}}));
     ScriptedDialogs dialogs;
     ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
     ASSERT_NEAR(f.ws.events[1].sampleIndex, 626, 1);
@@ -40,20 +32,16 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     EXPECT_EQ(r.firstIndex, 1);
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventRecord& second = f.ws.events[2];
-    EXPECT_GT(second.sampleIndex, kSecondPeak - 10);
-    EXPECT_LE(second.sampleIndex, kSecondPeak);
+    EXPECT_TRUE(second.sampleIndex > kSecondPeak - 10 && second.sampleIndex <= kSecondPeak) << second.sampleIndex;
     // On the first event's baseline, its start the trough between the peaks.
     EXPECT_EQ(second.baseline, first.baseline);
-    EXPECT_GT(second.amplitude, 600);
-    EXPECT_LT(second.amplitude, 1300);
+    EXPECT_TRUE(second.amplitude > 600 && second.amplitude < 1300) << second.amplitude;
     EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
     EXPECT_EQ(r.marks.size(), 4u);
     EXPECT_TRUE(dialogs.Messages().empty());
 
     const DoublePeakResult again = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    EXPECT_TRUE(again.alreadyStored);
-    EXPECT_EQ(again.eventIndex, 2);
-    EXPECT_EQ(f.ws.events.Count(), 2);
+    EXPECT_EQ(std::tuple(again.alreadyStored, again.eventIndex, f.ws.events.Count()), std::tuple(true, 2, 2));
 
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(f.ws.events.Count(), 1);
@@ -73,10 +61,7 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
 }
 
 TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    AddEvent(trace, 2600, DoubleExp{10, 100, 1000});
-    Fixture f(trace);
+    Fixture f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {2600, DoubleExp{10, 100, 1000}}}));
     ScriptedDialogs dialogs;
     f.ws.settings.blocksPerScreen = 4;  // 1024 points a screen
     AnalyzeCurrentScreen(f.ws, dialogs);
@@ -90,17 +75,15 @@ TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
     EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 3).eventIndex, 0);  // no such row
     const auto m = dialogs.Messages();
     ASSERT_EQ(m.size(), 3u);
-    EXPECT_EQ(m[0].caption, "Double Peak");
     EXPECT_EQ(m[0].text, "No second peak was found after this event.");
-    EXPECT_EQ(m[1].caption, "Event Not Shown");
-    EXPECT_EQ(m[2].caption, "No Event Selected");
+    EXPECT_EQ(std::tuple(m[0].caption, m[1].caption, m[2].caption),
+              std::tuple("Double Peak", "Event Not Shown", "No Event Selected"));
     EXPECT_EQ(f.ws.events, before);
 }
 
 // Bumps on the decay (about 75 counts) are second peaks only above the amplitude threshold.
 TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
+    std::vector<int16_t> trace = test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}});
     for (int i = 660; i <= 740; i += 40)
         for (int k = 0; k < 6; ++k) trace[std::size_t(i + k)] = Clamp16(trace[std::size_t(i + k)] + 80);
     Fixture f(trace);
@@ -118,10 +101,7 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
 // A smaller event 60 samples before a large one, which alone is stored: the
 // command stores the earlier one before it, its decay ending at the trough.
 TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 300});
-    AddEvent(trace, 660, DoubleExp{10, 100, 1000});
-    Fixture f(trace);
+    Fixture f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 300}}, {660, DoubleExp{10, 100, 1000}}}));
     ScriptedDialogs dialogs;
     const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
     const auto len = ConvertPeriods(f.ws.params(), 50);
@@ -140,13 +120,11 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
 }
 
 TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
-    std::vector<int16_t> trace(8192, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    AddEvent(trace, 680, DoubleExp{10, 100, 600});
-    AddEvent(trace, 2600, DoubleExp{10, 100, 800});
-    AddEvent(trace, 5100, DoubleExp{10, 100, 900});
-    AddEvent(trace, 5170, DoubleExp{10, 100, 700});
-    Fixture f(trace);
+    Fixture f(test::EventTrace(8192, {{600, DoubleExp{10, 100, 1000}},
+                                      {680, DoubleExp{10, 100, 600}},
+                                      {2600, DoubleExp{10, 100, 800}},
+                                      {5100, DoubleExp{10, 100, 900}},
+                                      {5170, DoubleExp{10, 100, 700}}}));
     ScriptedDialogs dialogs;
     for (const int64_t peak : {626, 2626, 5126}) {
         f.ws.screenStartBlock = int32_t(peak / 1024 * 4);
@@ -176,9 +154,7 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
 // A 4-count event (threshold 5) is found by a click only at a tenth of the
 // thresholds; recalculation keeps the group and measures with today's parameters.
 TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsItsGroup) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 4});
-    Fixture f(trace);
+    Fixture f(test::EventTrace(2048, {{600, DoubleExp{10, 100, 4}}}));
     ScriptedDialogs dialogs;
     EXPECT_EQ(DetectAtPoint(f.ws, dialogs, 630).eventIndex, 0);
     ASSERT_EQ(dialogs.Messages().size(), 1u);
@@ -186,8 +162,7 @@ TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsIts
 
     const PointCommandResult r = DetectAtPoint(f.ws, dialogs, 630, /*tenthThresholds=*/true);
     ASSERT_EQ(r.eventIndex, 1);
-    EXPECT_EQ(f.ws.events[1].amplitude, 4);
-    EXPECT_EQ(r.marks.size(), 4u);
+    EXPECT_EQ(std::tuple(f.ws.events[1].amplitude, r.marks.size()), std::tuple(4, 4u));
     EXPECT_TRUE(f.ws.history.CanUndo());
 
     f.ws.events[1].group = 7;

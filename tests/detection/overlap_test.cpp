@@ -14,35 +14,28 @@
 namespace vess {
 namespace {
 
-using test::AddEvent;
 using test::DoubleExp;
 
 constexpr int64_t kPeakDelay = 26;  // sampled peak of DoubleExp{10, 100}
 
-struct ScreenRun {
-    test::TraceFile file;
-    EventTable events;
-    explicit ScreenRun(const std::vector<int16_t>& trace, bool complexPeak, int16_t direction = 1)
-        : file(trace) {
-        AnalysisParameters p = test::TestParams(direction);
-        p.ComplexPeak = complexPeak;
-        const Screen screen(*file.rec, 0, 4);
-        ScriptedDialogs dialogs;
-        AnalyzeWindow(screen, p, events, dialogs);
-    }
-    std::vector<int64_t> Peaks() const {
-        std::vector<int64_t> out;
-        for (const EventRecord& r : events.Records()) out.push_back(r.relativeTime);
-        return out;
-    }
-};
+// The first screen's events, complex peaks on or off.
+EventTable FirstScreen(const std::vector<int16_t>& trace, bool complexPeak, int16_t direction = 1) {
+    const test::TraceFile file(trace);
+    AnalysisParameters p = test::TestParams(direction);
+    p.ComplexPeak = complexPeak;
+    return test::AnalyzeScreen(*file.rec, 0, p);
+}
+
+std::vector<int32_t> Peaks(const EventTable& events) {
+    std::vector<int32_t> out;
+    for (const EventRecord& r : events.Records()) out.push_back(r.relativeTime);
+    return out;
+}
 
 // Two events gapPoints apart, both inside the search range 520..719.
 std::vector<int16_t> Pair(int64_t gapPoints, double second, int direction = 1) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 560, DoubleExp{10, 100, 1000}, direction);
-    AddEvent(trace, 560 + gapPoints, DoubleExp{10, 100, second}, direction);
-    return trace;
+    return test::EventTrace(2048, {{560, DoubleExp{10, 100, 1000}}, {560 + gapPoints, DoubleExp{10, 100, second}}},
+                            direction);
 }
 
 // Complex peaks on: a pair 4 or 5 ms apart is two events, the second on its
@@ -52,22 +45,20 @@ std::vector<int16_t> Pair(int64_t gapPoints, double second, int direction = 1) {
 TEST(Overlap, ComplexPeakFindsBothEventsOfAPair) {
     for (const int direction : {1, -1}) {
         for (const int64_t gap : {80, 100}) {
-            const ScreenRun run(Pair(gap, 600, direction), /*complexPeak=*/true, int16_t(direction));
-            const auto peaks = run.Peaks();
-            ASSERT_EQ(peaks.size(), 2u) << "gap " << gap << " direction " << direction;
-            EXPECT_NEAR(peaks[0], 560 + kPeakDelay, 1) << gap;
-            EXPECT_GT(peaks[1], 560 + gap + kPeakDelay - 10) << gap;
-            EXPECT_LE(peaks[1], 560 + gap + kPeakDelay) << gap;
-            EXPECT_NE(run.events[2].baseline, 0) << gap;
+            SCOPED_TRACE(testing::Message() << "gap " << gap << " direction " << direction);
+            const EventTable events = FirstScreen(Pair(gap, 600, direction), /*complexPeak=*/true, int16_t(direction));
+            const auto peaks = Peaks(events);
+            ASSERT_EQ(peaks.size(), 2u);
+            EXPECT_NEAR(peaks[0], 560 + kPeakDelay, 1);
+            EXPECT_TRUE(peaks[1] > 560 + gap + kPeakDelay - 10 && peaks[1] <= 560 + gap + kPeakDelay) << peaks[1];
+            EXPECT_NE(events[2].baseline, 0);
+            const auto single = Peaks(FirstScreen(Pair(gap, 600, direction), /*complexPeak=*/false, int16_t(direction)));
+            ASSERT_EQ(single.size(), 1u);
+            EXPECT_NEAR(single[0], 560 + kPeakDelay, 1);
         }
-        const ScreenRun merged(Pair(60, 600, direction), /*complexPeak=*/true, int16_t(direction));
-        ASSERT_EQ(merged.Peaks().size(), 1u);
-        EXPECT_GT(merged.Peaks()[0], 560 + 60);
-    }
-    for (const int64_t gap : {80, 100}) {
-        const ScreenRun run(Pair(gap, 600), /*complexPeak=*/false);
-        ASSERT_EQ(run.Peaks().size(), 1u) << "gap " << gap;
-        EXPECT_NEAR(run.Peaks()[0], 560 + kPeakDelay, 1) << gap;
+        const auto merged = Peaks(FirstScreen(Pair(60, 600, direction), /*complexPeak=*/true, int16_t(direction)));
+        ASSERT_EQ(merged.size(), 1u);
+        EXPECT_GT(merged[0], 560 + 60);
     }
 }
 
@@ -77,11 +68,9 @@ TEST(Overlap, ComplexPeakFindsBothEventsOfAPair) {
 TEST(Overlap, ComplexPeakNeedsARealTroughBetweenPeaks) {
     for (const int direction : {1, -1}) {
         // 999.83 and 999.91 at 25 and 26 round to 1000: the peak is the earlier, 585.
-        std::vector<int16_t> trace(2048, 0);
-        AddEvent(trace, 560, DoubleExp{10, 100, 1000}, direction);
+        std::vector<int16_t> trace = test::EventTrace(2048, {{560, DoubleExp{10, 100, 1000}}}, direction);
         trace[586] = int16_t(trace[586] - 40 * direction);
-        const ScreenRun run(trace, /*complexPeak=*/true, int16_t(direction));
-        EXPECT_EQ(run.Peaks(), std::vector<int64_t>{585}) << direction;
+        EXPECT_EQ(Peaks(FirstScreen(trace, /*complexPeak=*/true, int16_t(direction))), std::vector<int32_t>{585});
     }
 }
 
@@ -89,10 +78,8 @@ TEST(Overlap, ComplexPeakNeedsARealTroughBetweenPeaks) {
 // BaseOffset 160) are not stored again from the next screen, whose
 // earlier-peak search reaches back over the first.
 TEST(Overlap, EventsOfTheLastRangeAreNotStoredAgainOnTheNextScreen) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 925, DoubleExp{10, 100, 600});  // 599.9 at 25 and 26: peak 950
-    AddEvent(trace, 1028, DoubleExp{10, 100, 1000});
-    test::TraceFile file(trace);
+    // 599.9 at 25 and 26: peak 950.
+    test::TraceFile file(test::EventTrace(4096, {{925, DoubleExp{10, 100, 600}}, {1028, DoubleExp{10, 100, 1000}}}));
     for (const bool complexPeak : {false, true}) {
         AnalysisParameters p = test::TestParams();
         p.PeriodStartBaseline = 8000;
@@ -111,8 +98,7 @@ TEST(Overlap, EventsOfTheLastRangeAreNotStoredAgainOnTheNextScreen) {
 
 // The earlier-peak search does not step onto the flank of a stored peak.
 TEST(DetectPrepeak, FlankOfAStoredPeakIsNoEarlierPeak) {
-    const std::vector<int16_t> trace = Pair(80, 600);
-    test::TraceFile file(trace);
+    test::TraceFile file(Pair(80, 600));
     const Screen screen(*file.rec, 0, 4);
     const AnalysisParameters p = test::TestParams();
     Detector det(screen, p, *ConvertPeriods(p, 50));
@@ -134,16 +120,9 @@ struct Crossings : ::testing::Test {
     }
     test::TraceFile file{Trace()};
     Screen screen{*file.rec, 0, 4};
-    EventShape Shape(int64_t start) const {
-        EventShape e;
-        e.peak = 15;
-        e.value = 100;
-        e.baseline = 0;
-        e.start = start;
-        e.amplitudeCounts = 100;
-        e.direction = 1;
-        e.decayLimit = 40;
-        return e;
+    static EventShape Shape(int64_t start) {
+        return {.peak = 15, .value = 100, .baseline = 0, .start = start, .amplitudeCounts = 100, .direction = 1,
+                .decayLimit = 40, .under = {}};
     }
 };
 
@@ -171,48 +150,42 @@ TEST_F(Crossings, RiseWithoutATenPercentSampleEndsAtTheStart) {
 using test::TestParams;
 using test::TraceFile;
 
-EventTable Analyze(const Recording& rec, int32_t startBlock, const AnalysisParameters& params) {
-    EventTable events;
-    ScriptedDialogs dialogs;
-    AnalyzeWindow(Screen(rec, startBlock, 4), params, events, dialogs);
-    return events;
-}
-
 // Decay tau 1200 samples, 1000 counts, onset 460: the decay search (400
 // samples) ends long before half. By hand from the sampled trace: peak t = 46,
 // 500 crossed rising at 6 + 32/54, falling at 891: half-width 44.2204 ms
 // (continuous curve 44.176 ms; a walk stopped at DecayLen + 1 gave 20.02).
 TEST(HalfWidth, SlowEventIsMeasuredBeyondTheDecaySearch) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 460, DoubleExp{10, 1200, 1000});
-    TraceFile file(trace);
-    const EventTable events = Analyze(*file.rec, 0, TestParams());
+    TraceFile file(test::EventTrace(4096, {{460, DoubleExp{10, 1200, 1000}}}));
+    const EventTable events = test::AnalyzeScreen(*file.rec, 0, TestParams());
     ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(events[1].relativeTime, 460 + 46);
-    EXPECT_EQ(events[1].decayTime, 401);  // the decay search itself ends at DecayLen + 1
+    // The decay search itself ends at DecayLen + 1.
+    EXPECT_EQ(std::tuple(events[1].relativeTime, events[1].decayTime), std::tuple(460 + 46, 401));
     EXPECT_NEAR(events[1].halfWidth, (891 - (6 + 32.0 / 54.0)) * 0.05, 1e-4);
 }
 
-// The half-width walk reaches to the end of the next screen: a plateau has
-// none (not a number, an empty cell); a fall 1500 samples on is 75 ms.
+// A ramp 0, 100, .. 1000 (400..410) to a plateau never decays: decay point
+// peak + DecayLen + 1, area by hand (5500 + 400 x 1000) x 0.05 = 20275 pA ms.
+// The half-width walk reaches to the end of the next screen: the plateau has
+// none (not a number, an empty cell); a fall to 0 at 1900 is crossed at
+// 1899.5, 1494.5 samples after the rise's 405: 74.725 ms.
 TEST(HalfWidth, NoFallWithinReachIsNotMeasured) {
-    std::vector<int16_t> trace(8192, 0);
-    for (std::size_t i = 400; i < trace.size(); ++i) trace[i] = 1000;
+    std::vector<int16_t> trace(8192, 1000);
+    for (int i = 0; i <= 410; ++i) trace[std::size_t(i)] = int16_t(std::max(0, 100 * (i - 400)));
     TraceFile file(trace);
     AnalysisParameters params = TestParams();
     params.AreaThreshold = 10000;  // keeps out plateau ranges with baselines on the step
-    const EventTable events = Analyze(*file.rec, 0, params);
+    const EventTable events = test::AnalyzeScreen(*file.rec, 0, params);
     ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(events[1].relativeTime, 400);
+    EXPECT_EQ(std::tuple(events[1].relativeTime, events[1].riseTime, events[1].decayTime, events[1].area),
+              std::tuple(410, 10, 401, 20275.0f));
     EXPECT_TRUE(std::isnan(events[1].halfWidth));
-    EXPECT_EQ(FormatCell(EventCellValue(*file.rec, events[1], 1, int(EventField::HalfWidth) + 1)),
-              "");
+    EXPECT_EQ(FormatCell(EventCellValue(*file.rec, events[1], 1, int(EventField::HalfWidth) + 1)), "");
 
-    for (std::size_t i = 1900; i < trace.size(); ++i) trace[i] = 0;
+    std::fill(trace.begin() + 1900, trace.end(), 0);
     TraceFile falls(trace);
-    const EventTable measured = Analyze(*falls.rec, 0, params);
+    const EventTable measured = test::AnalyzeScreen(*falls.rec, 0, params);
     ASSERT_EQ(measured.Count(), 1);
-    EXPECT_NEAR(measured[1].halfWidth, 75.0, 0.1);
+    EXPECT_NEAR(measured[1].halfWidth, 74.725, 1e-4);
 }
 
 // The recording (2048 samples) ends while an event is still high; the last
@@ -249,13 +222,12 @@ TEST(EndOfData, MeasurementsStopAtTheLastSample) {
         AnalysisParameters params = TestParams();
         params.AreaThreshold = 100;
         params.NumberPointsPeak = c.numberPointsPeak;
-        const EventTable events = Analyze(*file.rec, 4, params);
+        const EventTable events = test::AnalyzeScreen(*file.rec, 4, params);
         ASSERT_EQ(events.Count(), 1);
         const EventRecord& e = events[1];
-        EXPECT_EQ(e.relativeTime, c.peak);
         EXPECT_LT(e.sampleIndex, file.rec->PointsPerChannel() - 1);
-        EXPECT_EQ(e.riseTime, c.riseTime);
-        EXPECT_EQ(e.decayTime, c.decayTime);
+        EXPECT_EQ(std::tuple(e.relativeTime, int32_t(e.riseTime), int32_t(e.decayTime)),
+                  std::tuple(c.peak, c.riseTime, c.decayTime));
         EXPECT_FLOAT_EQ(e.area, c.area);
         EXPECT_TRUE(std::isnan(e.halfWidth));
     }
@@ -278,11 +250,9 @@ TEST(Area, RoundedSumConvertedAsALevel) {
     ASSERT_NE(rec, nullptr);
     ASSERT_FLOAT_EQ(rec->Bit2pA(755), 757.5f);
 
-    const EventTable events = Analyze(*rec, 0, TestParams());
+    const EventTable events = test::AnalyzeScreen(*rec, 0, TestParams());
     ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(events[1].relativeTime, 601);
-    EXPECT_EQ(events[1].decayTime, 3);
-    EXPECT_FLOAT_EQ(events[1].area, 37.875f);
+    EXPECT_EQ(std::tuple(events[1].relativeTime, events[1].decayTime, events[1].area), std::tuple(601, 3, 37.875f));
 }
 
 }  // namespace

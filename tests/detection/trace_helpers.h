@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "detection/analyze_window.h"
 #include "detection/event_kernel.h"
 #include "recording/parameter_file.h"
 #include "recording/recording.h"
@@ -40,6 +41,15 @@ inline void AddEvent(std::vector<int16_t>& trace, int64_t onset, const DoubleExp
     for (int64_t i = onset; i < int64_t(trace.size()); ++i)
         trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] +
                                         RoundEven(direction * shape(double(i - onset))));
+}
+
+// A flat trace of zeros with the events at their onsets.
+inline std::vector<int16_t> EventTrace(std::size_t points,
+                                       std::initializer_list<std::pair<int64_t, DoubleExp>> events,
+                                       int direction = 1) {
+    std::vector<int16_t> trace(points, 0);
+    for (const auto& [onset, shape] : events) AddEvent(trace, onset, shape, direction);
+    return trace;
 }
 
 // White Gaussian noise of SD noiseCounts around -2000 counts, downward events
@@ -90,6 +100,15 @@ struct TraceFile {
                        double intervalUs = 50)
         : rec(MakeRecording(dir / "trace.abf", samples, intervalUs, countsPerUnit)) {}
 };
+
+// The events one analysis of the screen at startBlock finds.
+inline EventTable AnalyzeScreen(const Recording& rec, int32_t startBlock, const AnalysisParameters& params,
+                                int32_t blocks = 4) {
+    EventTable events;
+    ScriptedDialogs dialogs;
+    AnalyzeWindow(Screen(rec, startBlock, blocks), params, events, dialogs);
+    return events;
+}
 
 // A workspace on its own recording of the given samples, with the test parameters.
 struct TraceWorkspace {
