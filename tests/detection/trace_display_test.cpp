@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "detection/axis_ticks.h"
 #include "detection/decimate.h"
@@ -30,20 +31,17 @@ TEST(FitFrame, FitsTheEventsNotTheArtefactWithTheBaselineTowardsTheQuietSide) {
     // Margin 0.08 x 200 = 16. Downward: the baseline a quarter below the top,
     // so span = max((0 + 16) / 0.25, (200 + 16) / 0.75) = 288, top = 0 + 72.
     const DisplayFrame down = FitFrame(v, -1);
-    EXPECT_DOUBLE_EQ(down.spanCounts, 288);
-    EXPECT_DOUBLE_EQ(down.centreCounts, 72 - 144);
+    EXPECT_EQ(std::pair(down.spanCounts, down.centreCounts), std::pair(288.0, 72.0 - 144));
     // Upward events: the baseline a quarter above the bottom, so the same
     // range needs span = max(16 / 0.75, 216 / 0.25) = 864, top = 0.75 x 864.
     const DisplayFrame up = FitFrame(v, 1);
-    EXPECT_DOUBLE_EQ(up.spanCounts, 864);
-    EXPECT_DOUBLE_EQ(up.centreCounts, 648 - 432);
+    EXPECT_EQ(std::pair(up.spanCounts, up.centreCounts), std::pair(864.0, 648.0 - 432));
 
     // A flat or empty screen still gets the smallest span, about its level.
     const std::vector<int16_t> flat(1024, 77);
     EXPECT_DOUBLE_EQ(FitFrame(flat, -1).spanCounts, kMinFrameSpanCounts);
     const VisibleCounts f = VisibleRange({}, FitFrame(flat, -1).centreCounts, kMinFrameSpanCounts);
-    EXPECT_LT(f.bottomCounts, 77);
-    EXPECT_GT(f.topCounts, 77);
+    EXPECT_TRUE(f.bottomCounts < 77 && f.topCounts > 77) << f.bottomCounts << " " << f.topCounts;
     EXPECT_DOUBLE_EQ(FitFrame({}, -1).spanCounts, kMinFrameSpanCounts);
 
     // Fit all samples: 5200 counts with 8 % margin each side, gain
@@ -177,26 +175,37 @@ TEST(Decimate, ColumnsHoldTrueExtremesAndTileTheInput) {
     EXPECT_TRUE(Decimate(std::span<const int16_t>{}, 100).plain);
 }
 
-// Short runs are ranked by selection, long ones by a histogram: on either
-// side of the switch, at the extreme levels and with a tail of a half, the
-// levels are those at the tail's ranks of the sorted run; the median is the lower one.
-TEST(DisplayLevels, RobustRangeIsTheLevelAtTheTailsRanksForShortAndLongRuns) {
-    uint32_t state = 5;  // fixed-seed LCG over all 65,536 levels
-    for (std::size_t n : {1, 2, 3, 1024, 16383, 16384, 40000}) {
-        std::vector<int16_t> v(n);
-        for (int16_t& x : v) x = int16_t((state = state * 1664525u + 1013904223u) >> 16);
-        v.front() = -32768;
-        v.back() = 32767;
+// A screen's levels are counted over the screen's own span when it is narrow
+// and selected in a copy when it is wide; long runs use the full histogram.
+// On both sides of each switch and at the extreme levels, the tails and the
+// median are the levels at those ranks of the sorted run (the median the lower one).
+TEST(ScreenLevels, TailsAndMedianAreTheLevelsAtTheirRanksForNarrowAndWideSpans) {
+    const struct {
+        std::size_t n;
+        int spread, base;  // levels drawn from [base - spread, base + spread]
+    } cases[] = {{1, 0, 7},        {2, 3, -32768 + 3},       {4096, 0, 100},   {4096, 40, -12},
+                 {4096, 8000, 0},  {4096, 9000, 0},          {4096, 32767, 0}, {16383, 30, 32767 - 30},
+                 {16384, 30, 500}, {16384, 30, -32768 + 30}, {40000, 200, -7}, {40000, 30, 32767 - 30}};
+    uint32_t state = 11;  // fixed-seed LCG
+    for (const auto& c : cases) {
+        std::vector<int16_t> v(c.n);
+        for (int16_t& x : v) {
+            state = state * 1664525u + 1013904223u;
+            const int offset = c.spread == 0 ? 0 : int(state >> 8) % (2 * c.spread + 1) - c.spread;
+            x = int16_t(std::clamp(c.base + offset, -32768, 32767));
+        }
         std::vector<int16_t> sorted = v;
         std::sort(sorted.begin(), sorted.end());
-        for (double fraction : {0.0, 0.005, 0.5}) {
-            const std::size_t tail = std::size_t(double(n) * fraction);
+        for (const double fraction : {0.0, 0.005, 0.5}) {
+            SCOPED_TRACE(testing::Message() << "n " << c.n << " spread " << c.spread << " tail " << fraction);
+            const std::size_t tail = std::size_t(double(c.n) * fraction);
+            const LevelSummary s = RobustRangeAndMedian(v, fraction);
             const LevelRange r = RobustRange(v, fraction);
-            EXPECT_EQ(r.low, sorted[tail]) << n << " " << fraction;
-            EXPECT_EQ(r.high, sorted[n - 1 - tail]) << n << " " << fraction;
+            EXPECT_EQ(std::tuple(s.range.low, s.range.high, s.median),
+                      std::tuple(sorted[tail], sorted[c.n - 1 - tail], sorted[(c.n - 1) / 2]));
+            EXPECT_EQ(std::tuple(r.low, r.high, MedianLevel(v)), std::tuple(s.range.low, s.range.high, s.median));
         }
     }
-    EXPECT_EQ(MedianLevel(std::vector<int16_t>{5, 1, 9, 7}), 5);
 }
 
 // An event-rich screen: its events' peaks are rarer than the 0.5 % that the
@@ -205,11 +214,8 @@ TEST(DisplayFrame, ThePeaksGivenAreInsideTheFrame) {
     // 4096 samples of flat noise with 12 sharp downward peaks of -900 counts.
     std::vector<int16_t> samples(4096);
     for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(int(i * 7919 % 21) - 10);
-    std::vector<int16_t> peaks;
-    for (std::size_t k = 0; k < 12; ++k) {
-        samples[200 + k * 300] = -900;
-        peaks.push_back(-900);
-    }
+    for (std::size_t k = 0; k < 12; ++k) samples[200 + k * 300] = -900;
+    const std::vector<int16_t> peaks(12, -900);
     const auto bottomOf = [](const DisplayFrame& f) { return f.centreCounts - f.spanCounts / 2; };
     const DisplayFrame plain = FitFrame(samples, -1);
     EXPECT_GT(bottomOf(plain), -900);  // what users saw: every peak off the bottom
