@@ -27,25 +27,18 @@ std::vector<int16_t> Noisy(int64_t points, const std::vector<int64_t>& onsets, d
     return test::KernelTrace(points, onsets, amplitude, noise, kKernel, drift);
 }
 
-std::vector<int64_t> Every(int64_t first, int64_t end, int64_t step) {
-    std::vector<int64_t> v;
-    for (int64_t o = first; o < end; o += step) v.push_back(o);
-    return v;
-}
+using test::Every;
 
 // Each onset matched once by a peak 0 to 5 ms after it.
 int Matched(const EventTable& events, const std::vector<int64_t>& onsets) {
     std::vector<bool> used(std::size_t(events.Count()) + 1, false);
     int matched = 0;
     for (int64_t o : onsets)
-        for (int32_t k = 1; k <= events.Count(); ++k) {
-            const int64_t d = int64_t(events[k].sampleIndex) - o;
-            if (!used[std::size_t(k)] && d >= 0 && d <= 100) {
-                used[std::size_t(k)] = true;
-                ++matched;
+        for (int32_t k = 1; k <= events.Count(); ++k)
+            if (const int64_t d = events[k].sampleIndex - o; !used[std::size_t(k)] && d >= 0 && d <= 100) {
+                used[std::size_t(k)] = true, ++matched;
                 break;
             }
-        }
     return matched;
 }
 
@@ -120,19 +113,14 @@ TEST_F(MethodsTest, ScreenByScreenEqualsWholeFile) {
 // Two points only where the criterion dips below 0.7 of the smaller peak, or
 // runs above the threshold lie the minimum separation apart.
 TEST(DetectionPoints, TwoPeaksOnlyWithAClearDip) {
-    struct Case {
-        std::vector<double> z;
-        double threshold;
-        int64_t separation;
-        std::vector<int64_t> expected;
-    };
-    const Case cases[] = {
+    // z, threshold, separation, the points.
+    const std::tuple<std::vector<double>, double, int64_t, std::vector<int64_t>> cases[] = {
         {{0, 0, 5, 10, 6, 5, 6, 8, 4, 0, 0}, 4, 100, {2, 5}},  // dip to 5 < 0.7 x 8
         {{0, 0, 5, 10, 8, 7, 8, 9, 4, 0, 0}, 4, 100, {2}},     // dip to 7, not < 6.3
         {{0, 6, 6.5, 4.4, 6, 6.2, 0}, 4.5, 2, {1, 4}},
-        {{0, 6, 6.5, 4.4, 6, 6.2, 0}, 4.5, 10, {1}},
-    };
-    for (const Case& c : cases) EXPECT_EQ(DetectionPoints(c.z, c.threshold, c.separation, 0.7), c.expected);
+        {{0, 6, 6.5, 4.4, 6, 6.2, 0}, 4.5, 10, {1}}};
+    for (const auto& [z, threshold, separation, points] : cases)
+        EXPECT_EQ(DetectionPoints(z, threshold, separation, 0.7), points) << threshold << " " << separation;
 }
 
 // The FFT blocks give the direct convolution, also across block joins.

@@ -52,6 +52,13 @@ inline std::vector<int16_t> EventTrace(std::size_t points,
     return trace;
 }
 
+// first, first + step, .. below end.
+inline std::vector<int64_t> Every(int64_t first, int64_t end, int64_t step) {
+    std::vector<int64_t> v;
+    for (int64_t o = first; o < end; o += step) v.push_back(o);
+    return v;
+}
+
 // White Gaussian noise of SD noiseCounts around -2000 counts, downward events
 // of amplitudeCounts with the kernel's shape at the onsets, and a linear drift
 // of driftCounts over the whole trace; 50 us samples.
