@@ -14,46 +14,39 @@ namespace {
 
 using test::DoubleExp;
 
-using Fixture = test::TraceWorkspace;
-
 constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
 
 // 1000 counts at 600 and 600 counts on its decay 4 ms later, in one search range.
 TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
-    Fixture f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {680, DoubleExp{10, 100, 600}}}));
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {680, DoubleExp{10, 100, 600}}}));
+    ScriptedDialogs& dialogs = f.dialogs;
     ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
     ASSERT_NEAR(f.ws.events[1].sampleIndex, 626, 1);
     const EventRecord first = f.ws.events[1];
     f.ws.history.Clear();
 
     const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    ASSERT_EQ(r.eventIndex, 2);
-    EXPECT_EQ(r.firstIndex, 1);
-    ASSERT_EQ(f.ws.events.Count(), 2);
+    ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex, f.ws.events.Count()), std::tuple(2, 1, 2));
     const EventRecord& second = f.ws.events[2];
     EXPECT_TRUE(second.sampleIndex > kSecondPeak - 10 && second.sampleIndex <= kSecondPeak) << second.sampleIndex;
     // On the first event's baseline, its start the trough between the peaks.
     EXPECT_EQ(second.baseline, first.baseline);
     EXPECT_TRUE(second.amplitude > 600 && second.amplitude < 1300) << second.amplitude;
     EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
-    EXPECT_EQ(r.marks.size(), 4u);
-    EXPECT_TRUE(dialogs.Messages().empty());
+    EXPECT_EQ(std::tuple(r.marks.size(), dialogs.Messages().size()), std::tuple(4u, 0u));
 
     const DoublePeakResult again = AnalyzeDoublePeak(f.ws, dialogs, 1);
     EXPECT_EQ(std::tuple(again.alreadyStored, again.eventIndex, f.ws.events.Count()), std::tuple(true, 2, 2));
 
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
-    EXPECT_EQ(f.ws.events.Count(), 1);
-    EXPECT_FALSE(f.ws.history.CanUndo());
+    EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(1, false));
 
     // At a clicked point both peaks are stored, as one undo step.
     f.ws.events.Clear();
     const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
     ASSERT_EQ(f.ws.events.Count(), 2);
-    EXPECT_EQ(std::pair(both.firstIndex, both.eventIndex), std::pair(1, 2));
+    EXPECT_EQ(std::tuple(both.firstIndex, both.eventIndex, both.marks.size()), std::tuple(1, 2, 8u));
     EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
-    EXPECT_EQ(both.marks.size(), 8u);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_TRUE(f.ws.events.Empty());
     EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
@@ -61,8 +54,8 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
 }
 
 TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
-    Fixture f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {2600, DoubleExp{10, 100, 1000}}}));
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {2600, DoubleExp{10, 100, 1000}}}));
+    ScriptedDialogs& dialogs = f.dialogs;
     f.ws.settings.blocksPerScreen = 4;  // 1024 points a screen
     AnalyzeCurrentScreen(f.ws, dialogs);
     AnalyzeNextWindow(f.ws, dialogs);
@@ -86,8 +79,8 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
     std::vector<int16_t> trace = test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}});
     for (int i = 660; i <= 740; i += 40)
         for (int k = 0; k < 6; ++k) trace[std::size_t(i + k)] = Clamp16(trace[std::size_t(i + k)] + 80);
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(trace);
+    ScriptedDialogs& dialogs = f.dialogs;
     AnalyzeCurrentScreen(f.ws, dialogs);
     ASSERT_EQ(f.ws.events.Count(), 1);
     f.ws.params().ThresholdAmplitude = 100;
@@ -101,8 +94,8 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
 // A smaller event 60 samples before a large one, which alone is stored: the
 // command stores the earlier one before it, its decay ending at the trough.
 TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
-    Fixture f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 300}}, {660, DoubleExp{10, 100, 1000}}}));
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 300}}, {660, DoubleExp{10, 100, 1000}}}));
+    ScriptedDialogs& dialogs = f.dialogs;
     const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
     const auto len = ConvertPeriods(f.ws.params(), 50);
     ASSERT_TRUE(len);
@@ -113,19 +106,18 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     f.ws.events.Append(det.MakeRecord(*first));
 
     const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    ASSERT_EQ(r.eventIndex, 1);
-    EXPECT_EQ(r.firstIndex, 2);
+    ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex), std::tuple(1, 2));
     EXPECT_NEAR(f.ws.events[1].sampleIndex, 600 + 26, 2);
     EXPECT_LE(f.ws.events[1].sampleIndex + f.ws.events[1].decayTime, 660 + 26);
 }
 
 TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
-    Fixture f(test::EventTrace(8192, {{600, DoubleExp{10, 100, 1000}},
+    test::TraceWorkspace f(test::EventTrace(8192, {{600, DoubleExp{10, 100, 1000}},
                                       {680, DoubleExp{10, 100, 600}},
                                       {2600, DoubleExp{10, 100, 800}},
                                       {5100, DoubleExp{10, 100, 900}},
                                       {5170, DoubleExp{10, 100, 700}}}));
-    ScriptedDialogs dialogs;
+    ScriptedDialogs& dialogs = f.dialogs;
     for (const int64_t peak : {626, 2626, 5126}) {
         f.ws.screenStartBlock = int32_t(peak / 1024 * 4);
         ASSERT_GT(DetectAtPoint(f.ws, dialogs, peak % 1024).eventIndex, 0) << peak;
@@ -135,27 +127,25 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     f.ws.history.Clear();
 
     const DoublePeakScanResult r = ScanDoublePeaks(f.ws, dialogs);
-    EXPECT_EQ(r.eventsScanned, 2);
-    EXPECT_EQ(r.peaksAdded, 2);
+    EXPECT_EQ(std::tuple(r.eventsScanned, r.peaksAdded), std::tuple(2, 2));
     ASSERT_EQ(f.ws.events.Count(), 5);
     for (int32_t i = 2; i <= 5; ++i)
         EXPECT_LT(f.ws.events[i - 1].sampleIndex, f.ws.events[i].sampleIndex) << i;
-    EXPECT_EQ(dialogs.Messages().back().caption, "Scan for Double Peaks");
-    EXPECT_EQ(dialogs.Messages().back().text, "2 events scanned; double peaks added: 2.");
+    EXPECT_EQ(std::tuple(dialogs.Messages().back().caption, dialogs.Messages().back().text),
+              std::tuple("Scan for Double Peaks", "2 events scanned; double peaks added: 2."));
 
     const EventTable after = f.ws.events;
     EXPECT_EQ(ScanDoublePeaks(f.ws, dialogs).peaksAdded, 0);
     EXPECT_EQ(f.ws.events, after);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
-    EXPECT_EQ(f.ws.events.Count(), 3);
-    EXPECT_FALSE(f.ws.history.CanUndo());
+    EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(3, false));
 }
 
 // A 4-count event (threshold 5) is found by a click only at a tenth of the
 // thresholds; recalculation keeps the group and measures with today's parameters.
 TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsItsGroup) {
-    Fixture f(test::EventTrace(2048, {{600, DoubleExp{10, 100, 4}}}));
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(test::EventTrace(2048, {{600, DoubleExp{10, 100, 4}}}));
+    ScriptedDialogs& dialogs = f.dialogs;
     EXPECT_EQ(DetectAtPoint(f.ws, dialogs, 630).eventIndex, 0);
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "No Event Found");
@@ -171,9 +161,8 @@ TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsIts
     f.ws.params().AreaThreshold = 0.1f;
     f.ws.params().DecayPercent = 0.5f;  // the decay point comes earlier
     ASSERT_EQ(RecalculateEvent(f.ws, dialogs, 1).eventIndex, 1);
-    EXPECT_EQ(f.ws.events[1].group, 7);
+    EXPECT_EQ(std::tuple(f.ws.events[1].group, f.ws.events.Count()), std::tuple(7, 1));
     EXPECT_LT(f.ws.events[1].decayTime, decayBefore);
-    EXPECT_EQ(f.ws.events.Count(), 1);
     EXPECT_EQ(RecalculateEvent(f.ws, dialogs, 2).eventIndex, 0);
     EXPECT_EQ(dialogs.Messages().back().caption, "No Event Selected");
 }

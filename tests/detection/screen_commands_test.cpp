@@ -23,6 +23,13 @@ namespace {
 using test::AddEvent;
 using test::DoubleExp;
 
+// 40 blocks with an event every step samples from 500, its sampled peak 21 samples on.
+std::vector<int16_t> EventsEvery(int step) {
+    std::vector<int16_t> trace(40 * 256, 0);
+    for (int onset = 500; onset + 400 < int(trace.size()); onset += step) AddEvent(trace, onset, DoubleExp{10, 60, 400});
+    return trace;
+}
+
 TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
     Workspace ws;
     ScriptedDialogs dialogs;
@@ -33,15 +40,12 @@ TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
     EXPECT_FALSE(ResetEvents(ws, dialogs));
     EXPECT_EQ(ws.events.Count(), 3);
     ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Confrim Reset");
-    EXPECT_EQ(dialogs.Transcript()[0].text,
-              "There are 3 events analysed.  Are you sure you want to erase the event data?");
-
+    EXPECT_EQ(std::tuple(dialogs.Transcript()[0].caption, dialogs.Transcript()[0].text),
+              std::tuple("Confrim Reset", "There are 3 events analysed.  Are you sure you want to erase the event data?"));
     EXPECT_TRUE(ResetEvents(ws, dialogs));
     EXPECT_EQ(ws.events.Count(), 0);
     ASSERT_TRUE(ws.history.Undo(ws.events));  // the erase can be undone
     EXPECT_EQ(ws.events.Count(), 3);
-
     EXPECT_TRUE(ResetEvents(ws, dialogs, /*noConfirmation=*/true));
     EXPECT_EQ(ws.events.Count(), 0);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
@@ -51,29 +55,23 @@ TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
 // step, finds every event at its sampled peak (onset + 21) and stops at the
 // last screen; on screen 8 a range re-centres onto a decay (8542), hence 11.
 TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
-    std::vector<int16_t> trace(40 * 256, 0);
-    for (int onset = 500; onset + 400 < int(trace.size()); onset += 1000)
-        AddEvent(trace, onset, DoubleExp{10, 60, 400});
-    test::TraceWorkspace t(trace);
+    test::TraceWorkspace t(EventsEvery(1000));
     Workspace& ws = t.ws;
-    ScriptedDialogs dialogs;
+    ScriptedDialogs& dialogs = t.dialogs;
 
     AnalyzeCurrentScreen(ws, dialogs);
     const int32_t afterFirst = ws.events.Count();
     NonStopAnalysis run(ws, dialogs);
     EXPECT_EQ(run.GetProgress().screensTotal, 9);  // 10 screens of 4 blocks
     run.RunToEnd();
-    EXPECT_EQ(ws.screenStartBlock, 36);
+    EXPECT_EQ(std::tuple(ws.screenStartBlock, ws.events.Count()), std::tuple(36, 11));
     for (int32_t k = 0; k < 10; ++k)
         EXPECT_EQ(std::ranges::count(ws.events.Records(), 521 + 1000 * k, &EventRecord::sampleIndex), 1) << k;
-    EXPECT_EQ(ws.events.Count(), 11);
     EXPECT_FALSE(AnalyzeNextWindow(ws, dialogs).moved);
-
     ASSERT_TRUE(ws.history.Undo(ws.events));
     EXPECT_EQ(ws.events.Count(), afterFirst);
     ASSERT_TRUE(ws.history.Undo(ws.events));
-    EXPECT_EQ(ws.events.Count(), 0);
-    EXPECT_FALSE(ws.history.CanUndo());
+    EXPECT_EQ(std::tuple(ws.events.Count(), ws.history.CanUndo()), std::tuple(0, false));
 
     // Stop ends a run; improper parameters stop it with one message.
     ws.screenStartBlock = 0;
@@ -84,8 +82,7 @@ TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     EXPECT_EQ(ws.screenStartBlock, 4);
     ws.params().PeriodToSearchMax = 10;  // 0.2 samples
     NonStopAnalysis bad(ws, dialogs);
-    EXPECT_FALSE(bad.Step());
-    EXPECT_FALSE(bad.Step());
+    EXPECT_EQ((std::array{bad.Step(), bad.Step()}), (std::array{false, false}));
     EXPECT_EQ(dialogs.Messages().size(), 1u);
 }
 
@@ -147,10 +144,7 @@ TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
 // One event on each screen of 4 blocks (peaks at 521 + 1024 k); where the
 // run starts decides whether the shown screen is analysed first.
 TEST(NonStopFromFreshRecording, AnalysesTheShownScreenOnlyWhenNothingRanThere) {
-    std::vector<int16_t> trace(40 * 256, 0);
-    for (int onset = 500; onset + 400 < int(trace.size()); onset += 1024)
-        AddEvent(trace, onset, DoubleExp{10, 60, 400});
-    test::TraceFile file(trace);
+    test::TraceFile file(EventsEvery(1024));
     // The run starts on screen 3 (block 12); screen 4 starts at block 16.
     enum Before { Nothing, AnalysedByF9, EventInTheTable, AnalysedAtAnotherScreenLength };
     const std::tuple<Before, int64_t, int32_t> cases[] = {{Nothing, 7, 3 * 1024 + 521},

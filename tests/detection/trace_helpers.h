@@ -121,6 +121,7 @@ inline EventTable AnalyzeScreen(const Recording& rec, int32_t startBlock, const 
 struct TraceWorkspace {
     TraceFile file;
     Workspace ws;
+    ScriptedDialogs dialogs;
     explicit TraceWorkspace(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f)
         : file(samples, countsPerUnit) {
         ws.recording = Recording::Open(file.rec->Path(), nullptr);

@@ -30,37 +30,23 @@ std::vector<int> Groups(const Workspace& ws) {
     return g;
 }
 
-TEST(Scans, MissingBeatsMarkTheBeatBeforeEachGap) {
+// A missing beat marks the beat before the gap; a short interval rejects the later beat.
+TEST(Scans, MissingBeatsAndShortIntervalsMarkTheirBeats) {
     Workspace ws = BeatsAt({0, 800, 1600, 3200});
     ScriptedDialogs d;
-    d.AnswerInput("1000");
-    ASSERT_TRUE(ScanMissingBeatsCommand(ws, d));
+    // An empty answer or 0 ends the scan without change, a cancel too.
+    for (const char* answer : {"", "0"}) EXPECT_FALSE(ScanMissingBeatsCommand(ws, d.AnswerInput(std::string(answer))));
+    EXPECT_FALSE(ScanRejectRRIntervalsCommand(ws, d.AnswerInput(std::nullopt)));
+    EXPECT_EQ(std::tuple(Groups(ws), d.Messages().size()), std::tuple(std::vector<int>{0, 0, 0, 0}, 0u));
+    ASSERT_TRUE(ScanMissingBeatsCommand(ws, d.AnswerInput("1000")));
     EXPECT_EQ(Groups(ws), (std::vector<int>{0, 0, 253, 0}));
     ASSERT_EQ(d.Messages().size(), 1u);
     EXPECT_EQ(d.Messages()[0].text,
               "There are 1 areas with potential missing beats.  The events are marked as group #253.");
     EXPECT_TRUE(ws.history.CanUndo());
-
-    // An empty answer or 0 ends the scan without change.
-    for (const char* answer : {"", "0"}) {
-        Workspace fresh = BeatsAt({0, 800, 1600, 3200});
-        d.AnswerInput(std::string(answer));
-        EXPECT_FALSE(ScanMissingBeatsCommand(fresh, d));
-        EXPECT_EQ(Groups(fresh), (std::vector<int>{0, 0, 0, 0}));
-    }
-    EXPECT_EQ(d.Messages().size(), 1u);
-}
-
-TEST(Scans, ShortIntervalsRejectTheLaterBeat) {
-    Workspace ws = BeatsAt({0, 800, 1600, 3200});
-    ScriptedDialogs d;
-    d.AnswerInput("900");
-    ASSERT_TRUE(ScanRejectRRIntervalsCommand(ws, d));
+    ASSERT_TRUE(ScanRejectRRIntervalsCommand(ws, d.AnswerInput("900")));
     EXPECT_EQ(Groups(ws), (std::vector<int>{0, 255, 255, 0}));
     EXPECT_EQ(d.Messages().back().text, "2 events are rejected and marked as group #255");
-    ScriptedDialogs cancel;
-    cancel.AnswerInput(std::nullopt);
-    EXPECT_FALSE(ScanRejectRRIntervalsCommand(ws, cancel));
 }
 
 TEST(Scans, EventsOutOfOrderAreSortedOnlyOnYes) {
