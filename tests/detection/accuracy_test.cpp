@@ -79,12 +79,10 @@ TEST(Accuracy, NoiseThresholdProtocolOnSyntheticRecordings) {
         ASSERT_EQ(WriteSynthetic(file, synth), "");
         std::vector<double> truth;
         for (const TrueEvent& e : synth.events) truth.push_back(e.peakMs);
-
         auto plain = Suggested(file);
         ScriptedDialogs dialogs;
         DetectWholeFile(*plain, dialogs);
         const DetectionScore before = ScoreDetections(PeaksMs(*plain), truth, -1.0, 1.0);
-
         auto ws = Suggested(file);
         const float suggestedArea = ws->params().AreaThreshold;
         const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws, dialogs);
@@ -94,7 +92,6 @@ TEST(Accuracy, NoiseThresholdProtocolOnSyntheticRecordings) {
         EXPECT_FLOAT_EQ(r.thresholdAmplitude, float(4 * r.rmsNoiseUnits));
         EXPECT_EQ(r.areaThreshold, suggestedArea);
         EXPECT_EQ(r.firstPassEvents, plain->events.Count());
-
         const DetectionScore s = ScoreDetections(PeaksMs(*ws), truth, -1.0, 1.0);
         EXPECT_GE(s.Recall(), minRecall);
         EXPECT_GE(s.Precision(), minPrecision);
@@ -114,7 +111,6 @@ TEST(Accuracy, ProtocolOnlySetsTheThresholds) {
     const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws, dialogs, {.noiseMultiple = 3, .scaleAreaThreshold = true});
     EXPECT_FLOAT_EQ(r.thresholdAmplitude, float(3 * r.rmsNoiseUnits));
     EXPECT_FLOAT_EQ(r.areaThreshold / r.thresholdAmplitude, area / threshold);
-
     auto again = Suggested(file);
     again->params().ThresholdAmplitude = r.thresholdAmplitude;
     again->params().AreaThreshold = r.areaThreshold;

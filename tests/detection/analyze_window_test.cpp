@@ -32,7 +32,6 @@ TEST(AnalyzeWindow, MeasuresAnAnalyticDoubleExponential) {
     EventTable events;
     ScriptedDialogs dialogs;
     const AnalyzeWindowResult result = AnalyzeWindow(screen, TestParams(), events, dialogs);
-
     ASSERT_EQ(events.Count(), 1);
     EXPECT_EQ(result.eventsAdded, 1);
     const EventRecord& e = events[1];
@@ -74,7 +73,6 @@ TEST(AnalyzeWindow, FirstScreenStartsLateLaterScreensReadThePreviousOne) {
 TEST(AnalyzeWindow, DuplicateGuardLooksAtTheLastRecordOnly) {
     TraceFile file(test::EventTrace(4096, {{1024 + 100, DoubleExp{10, 60, 500}}, {1024 + 650, DoubleExp{10, 60, 500}}}));
     ScriptedDialogs dialogs;
-
     const Screen two(*file.rec, 4, 4);
     EventTable events;
     AnalyzeWindow(two, TestParams(), events, dialogs);
@@ -83,7 +81,6 @@ TEST(AnalyzeWindow, DuplicateGuardLooksAtTheLastRecordOnly) {
     ASSERT_EQ(events.Count(), 4);
     EXPECT_EQ(events[3], events[1]);
     EXPECT_EQ(events[4], events[2]);
-
     // Blocks 6..7 hold the second event only.
     const Screen one(*file.rec, 6, 2);
     EventTable single;
@@ -115,13 +112,11 @@ TEST(AnalyzeWindow, ImproperParametersShowTheMessageAndAddNothing) {
     EXPECT_EQ(dialogs.Messages()[0].text,
               "The analysis parameters are not set properly.  Please run 'Suggest Analysis "
               "Paramters' command under File menu.");
-
     params = TestParams();
     params.PeriodBaselineAverage = 50;  // exactly one sample
     EXPECT_FALSE(AnalyzeWindow(screen, params, events, dialogs).improperParameters);
     EXPECT_GE(events.Count(), 1);
     EXPECT_EQ(dialogs.Messages().size(), 1u);
-
     AnalysisParameters p = TestParams();
     p.PeriodToSearchMax = 125;    // 2.5 samples
     p.PeriodStartBaseline = 175;  // 3.5
@@ -162,7 +157,6 @@ TEST(Detector, SmoothingAndEarliestExtreme) {
     EXPECT_EQ(std::tuple(detector(1, 1).GetAverageValue(700), detector(2, 1).GetAverageValue(700),
                          detector(3, 1).GetAverageValue(700), detector(2, 1).GetAverageValue(701)),
               std::tuple(20, 30, 20, 26));
-
     for (int16_t npp : {int16_t(1), int16_t(2), int16_t(3)}) {
         const PeakPoint up = detector(npp, 1).FindMax(760, 100);
         EXPECT_EQ(up.index, npp == 1 ? 800 : 801) << npp;  // smoothing needs a full window

@@ -24,7 +24,6 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     ASSERT_NEAR(f.ws.events[1].sampleIndex, 626, 1);
     const EventRecord first = f.ws.events[1];
     f.ws.history.Clear();
-
     const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
     ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex, f.ws.events.Count()), std::tuple(2, 1, 2));
     const EventRecord& second = f.ws.events[2];
@@ -34,13 +33,10 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     EXPECT_TRUE(second.amplitude > 600 && second.amplitude < 1300) << second.amplitude;
     EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
     EXPECT_EQ(std::tuple(r.marks.size(), dialogs.Messages().size()), std::tuple(4u, 0u));
-
     const DoublePeakResult again = AnalyzeDoublePeak(f.ws, dialogs, 1);
     EXPECT_EQ(std::tuple(again.alreadyStored, again.eventIndex, f.ws.events.Count()), std::tuple(true, 2, 2));
-
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(1, false));
-
     // At a clicked point both peaks are stored, as one undo step.
     f.ws.events.Clear();
     const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
@@ -62,7 +58,6 @@ TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
     AnalyzeNextWindow(f.ws, dialogs);
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventTable before = f.ws.events;
-
     EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 2).eventIndex, 0);  // on this screen, single
     EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);  // on the first screen
     EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 3).eventIndex, 0);  // no such row
@@ -104,7 +99,6 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     ASSERT_TRUE(first);
     ASSERT_NEAR(first->peak, 660 + 26, 3);
     f.ws.events.Append(det.MakeRecord(*first));
-
     const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
     ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex), std::tuple(1, 2));
     EXPECT_NEAR(f.ws.events[1].sampleIndex, 600 + 26, 2);
@@ -125,7 +119,6 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     ASSERT_EQ(f.ws.events.Count(), 3);
     f.ws.events[2].group = 255;  // rejected events are not scanned
     f.ws.history.Clear();
-
     const DoublePeakScanResult r = ScanDoublePeaks(f.ws, dialogs);
     EXPECT_EQ(std::tuple(r.eventsScanned, r.peaksAdded), std::tuple(2, 2));
     ASSERT_EQ(f.ws.events.Count(), 5);
@@ -133,7 +126,6 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
         EXPECT_LT(f.ws.events[i - 1].sampleIndex, f.ws.events[i].sampleIndex) << i;
     EXPECT_EQ(std::tuple(dialogs.Messages().back().caption, dialogs.Messages().back().text),
               std::tuple("Scan for Double Peaks", "2 events scanned; double peaks added: 2."));
-
     const EventTable after = f.ws.events;
     EXPECT_EQ(ScanDoublePeaks(f.ws, dialogs).peaksAdded, 0);
     EXPECT_EQ(f.ws.events, after);
@@ -149,12 +141,10 @@ TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsIts
     EXPECT_EQ(DetectAtPoint(f.ws, dialogs, 630).eventIndex, 0);
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "No Event Found");
-
     const PointCommandResult r = DetectAtPoint(f.ws, dialogs, 630, /*tenthThresholds=*/true);
     ASSERT_EQ(r.eventIndex, 1);
     EXPECT_EQ(std::tuple(f.ws.events[1].amplitude, r.marks.size()), std::tuple(4, 4u));
     EXPECT_TRUE(f.ws.history.CanUndo());
-
     f.ws.events[1].group = 7;
     const int16_t decayBefore = f.ws.events[1].decayTime;
     f.ws.params().ThresholdAmplitude = 0.4f;

@@ -168,7 +168,6 @@ TEST_F(Editing, DeleteRejectedEvents) {
     EXPECT_FALSE(DeleteRejectedEvents(ws).changed);
     EXPECT_EQ(ws.events, unsorted);
     EXPECT_FALSE(ws.history.CanUndo());
-
     Fill({Event(1, 255), Event(2, 1), Event(3, 255), Event(4, 0), Event(5, 255)});
     ws.selectedEvent = 4;  // the event at 4 ms
     EXPECT_EQ(DeleteRejectedEvents(ws).deleted, 3);
@@ -188,7 +187,6 @@ TEST_F(Editing, DeleteSelectedEvents) {
     std::vector<double> left = Times();
     std::sort(left.begin(), left.end());
     EXPECT_EQ(left, (std::vector<double>{3, 5}));  // one undo step: UndoAndRedoOfEveryCommand
-
     Fill({Event(1, 255)});
     ws.selectedEvent = 1;
     EXPECT_FALSE(DeleteSelectedEvents(ws, Rows{1}).changed);

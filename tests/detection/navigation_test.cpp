@@ -59,7 +59,6 @@ TEST_F(NavigationView, ScreensStopAtBothEnds) {
     // Off the tiling: whole screens, never past the data.
     ws.screenStartBlock = 6;
     Walk({{NextScreen, false}, {PrevScreen, true, -1, 2}, {PrevScreen, true, -1, 0}});
-
     ws.recording.reset();
     ws.screenStartBlock = 4;
     Walk({{FirstScreen, false, -1, 4}, {NextScreen, false, -1, 4}, {LastScreen, false, -1, 4}});
@@ -78,7 +77,6 @@ TEST_F(NavigationView, EventsInTimeOrderAndInSequence) {
     ws.screenStartBlock = 4;
     Walk({{FirstInSequence, true, 1, 8}, {PrevInSequence, false}, {NextInSequence, true, 2, 0},
           {LastInSequence, true, 4}, {NextInSequence, false}, {PrevInSequence, true, 3}});
-
     ws.events.Clear();
     ws.selectedEvent = 0;
     Walk({{FirstEvent, false}, {NextEvent, false}, {LastInSequence, false}, {NextInSequence, false},
@@ -140,7 +138,6 @@ TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
     }
     EXPECT_EQ(std::tuple(dialogs.Transcript()[0].caption, dialogs.Transcript()[0].text),
               std::tuple("Jump To", "Please specify the time to jump to in milli second."));
-
     dialogs.ClearTranscript();
     EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
     EXPECT_TRUE(dialogs.Transcript().at(0).kind == DialogEntry::Kind::Message);
@@ -212,13 +209,11 @@ TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
     EXPECT_EQ(std::tuple(StepDisplay({3, 0}, IncreaseGain).gain, StepDisplay({3, 0}, DecreaseGain).gain,
                          StepDisplay({1000, 0}, IncreaseGain).gain, StepDisplay({0.01, 0}, DecreaseGain).gain),
               std::tuple(3.2, 2.5, 1000.0, 0.01));
-
     // Offset: a tenth of the visible span, 65536 / 10 = 6553.6 -> 6554 counts at gain 1.
     EXPECT_EQ(StepDisplay({1, 0}, DisplayStep::IncreaseOffset).offsetCounts, 6554);
     EXPECT_EQ(StepDisplay({2, 100}, DisplayStep::DecreaseOffset).offsetCounts, 100 - 3277);
     const VisibleCounts v = VisibleRange({2, 1000}, 0);  // a larger offset moves the trace up
     EXPECT_EQ(std::tuple(v.bottomCounts, v.topCounts), std::tuple(-16384 - 1000, 16384 - 1000));
-
     Settings settings;
     StoreDisplayScale(settings, {0.16, -7});
     EXPECT_EQ(std::tuple(settings.displayGain, settings.displayOffsetCounts), std::tuple(0.16, -7));

@@ -2,6 +2,8 @@
 // complex event) and the edge cases of the crossing search.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "detection/analyze_window.h"
@@ -111,38 +113,27 @@ TEST(DetectPrepeak, FlankOfAStoredPeakIsNoEarlierPeak) {
 
 // A rise by hand: 5, 40, 80, 90, 90, 90 at 11..16, zeros elsewhere; peak
 // value 100 (as an over-scaled smoothed value can be), above every sample.
-struct Crossings : ::testing::Test {
-    static std::vector<int16_t> Trace() {
-        std::vector<int16_t> t(2048, 0);
-        const int16_t rise[] = {5, 40, 80, 90, 90, 90};
-        for (int k = 0; k < 6; ++k) t[std::size_t(11 + k)] = rise[k];
-        return t;
-    }
-    test::TraceFile file{Trace()};
-    Screen screen{*file.rec, 0, 4};
-    static EventShape Shape(int64_t start) {
-        return {.peak = 15, .value = 100, .baseline = 0, .start = start, .amplitudeCounts = 100, .direction = 1,
-                .decayLimit = 40, .under = {}};
-    }
-};
-
 // Equal neighbours at the crossing give the stopping index (rising and
 // falling); unequal ones interpolate (10 % between 11 and 12). With no
 // sample under 10 % the rise walk ends at the start (12), and the 10-90 %
 // rise runs from there to the 90 % crossing between 13 and 14; likewise 50 %.
-TEST_F(Crossings, EqualNeighboursGiveTheStoppingIndex) {
-    EXPECT_DOUBLE_EQ(RisingCrossing(screen, Shape(5), 0.95), 15.0);
-    EXPECT_EQ(FallingCrossing(screen, Shape(5), 0.95), 15.0);
-    EXPECT_DOUBLE_EQ(RisingCrossing(screen, Shape(5), 0.1), 11 + 5.0 / 35.0);
-}
-
-TEST_F(Crossings, RiseWithoutATenPercentSampleEndsAtTheStart) {
-    const EventShape e = Shape(12);
-    EXPECT_DOUBLE_EQ(RisingCrossing(screen, e, 0.1), 12.0);
-    const double x90 = RisingCrossing(screen, e, 0.9);
+TEST(Crossings, RiseWithoutATenPercentSampleEndsAtTheStart) {
+    std::vector<int16_t> t(2048, 0);
+    std::ranges::copy(std::array<int16_t, 6>{5, 40, 80, 90, 90, 90}, t.begin() + 11);
+    const test::TraceFile file(t);
+    const Screen screen(*file.rec, 0, 4);
+    const auto shape = [](int64_t start) {
+        return EventShape{.peak = 15, .value = 100, .baseline = 0, .start = start, .amplitudeCounts = 100,
+                          .direction = 1, .decayLimit = 40, .under = {}};
+    };
+    EXPECT_DOUBLE_EQ(RisingCrossing(screen, shape(5), 0.95), 15.0);
+    EXPECT_EQ(FallingCrossing(screen, shape(5), 0.95), 15.0);
+    EXPECT_DOUBLE_EQ(RisingCrossing(screen, shape(5), 0.1), 11 + 5.0 / 35.0);
+    EXPECT_DOUBLE_EQ(RisingCrossing(screen, shape(12), 0.1), 12.0);
+    const double x90 = RisingCrossing(screen, shape(12), 0.9);
     EXPECT_DOUBLE_EQ(x90, 13 + 10.0 / 10.0);
-    EXPECT_FLOAT_EQ(Detect1090Rise(screen, e), float((x90 - 12.0) * 50 / 1000.0));
-    EXPECT_EQ(Detect50RiseTime(screen, Shape(13)), 15 - 13);
+    EXPECT_FLOAT_EQ(Detect1090Rise(screen, shape(12)), float((x90 - 12.0) * 50 / 1000.0));
+    EXPECT_EQ(Detect50RiseTime(screen, shape(13)), 15 - 13);
 }
 
 // How far the measurements of an event reach: the half-width's decaying walk
@@ -180,7 +171,6 @@ TEST(HalfWidth, NoFallWithinReachIsNotMeasured) {
               std::tuple(410, 10, 401, 20275.0f));
     EXPECT_TRUE(std::isnan(events[1].halfWidth));
     EXPECT_EQ(FormatCell(EventCellValue(*file.rec, events[1], 1, int(EventField::HalfWidth) + 1)), "");
-
     std::fill(trace.begin() + 1900, trace.end(), 0);
     TraceFile falls(trace);
     const EventTable measured = test::AnalyzeScreen(*falls.rec, 0, params);
@@ -249,7 +239,6 @@ TEST(Area, RoundedSumConvertedAsALevel) {
     const auto rec = Recording::Open(dir / "offset.abf", &error);
     ASSERT_NE(rec, nullptr);
     ASSERT_FLOAT_EQ(rec->Bit2pA(755), 757.5f);
-
     const EventTable events = test::AnalyzeScreen(*rec, 0, TestParams());
     ASSERT_EQ(events.Count(), 1);
     EXPECT_EQ(std::tuple(events[1].relativeTime, events[1].decayTime, events[1].area), std::tuple(601, 3, 37.875f));

@@ -34,7 +34,6 @@ TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
     Workspace ws;
     ScriptedDialogs dialogs;
     EXPECT_TRUE(ResetEvents(ws, dialogs));  // empty: no question (an unexpected one throws)
-
     for (int i = 0; i < 3; ++i) ws.events.Append(EventRecord{});
     dialogs.AnswerOkCancel(false).AnswerOkCancel(true);
     EXPECT_FALSE(ResetEvents(ws, dialogs));
@@ -58,7 +57,6 @@ TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     test::TraceWorkspace t(EventsEvery(1000));
     Workspace& ws = t.ws;
     ScriptedDialogs& dialogs = t.dialogs;
-
     AnalyzeCurrentScreen(ws, dialogs);
     const int32_t afterFirst = ws.events.Count();
     NonStopAnalysis run(ws, dialogs);
@@ -72,7 +70,6 @@ TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     EXPECT_EQ(ws.events.Count(), afterFirst);
     ASSERT_TRUE(ws.history.Undo(ws.events));
     EXPECT_EQ(std::tuple(ws.events.Count(), ws.history.CanUndo()), std::tuple(0, false));
-
     // Stop ends a run; improper parameters stop it with one message.
     ws.screenStartBlock = 0;
     NonStopAnalysis stopped(ws, dialogs);
@@ -203,7 +200,6 @@ TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
     ASSERT_TRUE(withEvent.valid);
     EXPECT_EQ(withEvent.points, screen.WindowLen());
     EXPECT_GT(withEvent.rmsUnits, 20.0);  // the event dominates
-
     ScriptedDialogs dialogs;
     f.ws.params().DecayPercent = 0.01f;  // the decay point near the end of the tail
     AnalyzeCurrentScreen(f.ws, dialogs);
@@ -214,7 +210,6 @@ TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
     EXPECT_EQ(quiet.pointsExcluded, 1024 - (f.ws.events[1].sampleIndex - f.ws.events[1].riseTime));
     EXPECT_NEAR(quiet.rmsUnits, 5.0, 1.5);
     EXPECT_NEAR(quiet.baselineUnits, -250.0, 5.0);
-
     // A screen without events: exactly the square wave.
     f.ws.screenStartBlock = 12;
     f.ws.history.Clear();
@@ -222,7 +217,6 @@ TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
     EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos) << dialogs.Messages()[0].text;
-
     // Baseline and Threshold sets the threshold only on yes.
     dialogs.AnswerYesNo(false).AnswerYesNo(true);
     const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);

@@ -70,7 +70,6 @@ TEST(ClearEvents, NoiseCorrelationTimeAndTheRiseFloor) {
         for (std::size_t k = 0; k < 8; ++k) smooth[i] += (white[i - k] + 2000) / std::sqrt(8.0);
     EXPECT_NEAR(NoiseCorrelationMs(Rounded(white), kIntervalUs), 0.05, 1e-9);
     EXPECT_NEAR(NoiseCorrelationMs(Rounded(smooth), kIntervalUs), 3.94 * 0.05, 0.005);
-
     // Events that jump in one sample in noise smoothed over 1.5 ms: the
     // kernel's rise is held at the noise's correlation time.
     std::vector<double> slow(white.size(), -2000);

@@ -36,14 +36,12 @@ TEST(FitFrame, FitsTheEventsNotTheArtefactWithTheBaselineTowardsTheQuietSide) {
     // range needs span = max(16 / 0.75, 216 / 0.25) = 864, top = 0.75 x 864.
     const DisplayFrame up = FitFrame(v, 1);
     EXPECT_EQ(std::pair(up.spanCounts, up.centreCounts), std::pair(864.0, 648.0 - 432));
-
     // A flat or empty screen still gets the smallest span, about its level.
     const std::vector<int16_t> flat(1024, 77);
     EXPECT_DOUBLE_EQ(FitFrame(flat, -1).spanCounts, kMinFrameSpanCounts);
     const VisibleCounts f = VisibleRange({}, FitFrame(flat, -1).centreCounts, kMinFrameSpanCounts);
     EXPECT_TRUE(f.bottomCounts < 77 && f.topCounts > 77) << f.bottomCounts << " " << f.topCounts;
     EXPECT_DOUBLE_EQ(FitFrame({}, -1).spanCounts, kMinFrameSpanCounts);
-
     // Fit all samples: 5200 counts with 8 % margin each side, gain
     // 288 / (5200 x 1.16), the middle 2400 at the frame's centre -72.
     const DisplayScale all = FitAllSamples(v, down);
@@ -69,7 +67,6 @@ TEST(Overview, BlockExtremesOfTheRecordingMatchTheSamples) {
     ASSERT_EQ(blocks.min.size(), 2101u);
     EXPECT_EQ(blocks.min, expected.min);
     EXPECT_EQ(blocks.max, expected.max);
-
     for (int columns : {333, 2101, 5000}) {
         const auto cols = OverviewColumns(blocks, columns);
         ASSERT_EQ(cols.size(), std::size_t(std::min(columns, 2101)));
@@ -83,9 +80,8 @@ TEST(Overview, BlockExtremesOfTheRecordingMatchTheSamples) {
     }
     EXPECT_TRUE(OverviewColumns(blocks, 0).empty());
     EXPECT_TRUE(OverviewColumns({}, 100).empty());
-}
 
-TEST(Overview, RangeLeavesOutARareArtefact) {
+    // The range leaves out a rare artefact.
     std::vector<ColumnExtremes> cols(1000, ColumnExtremes{-100, 80});
     cols[500] = {-30000, 30000};
     cols[10] = {-250, 20};  // an event: within the range
@@ -105,7 +101,6 @@ TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
     EXPECT_EQ(ticks[4].label, "40");
     EXPECT_EQ(ticks[5].label, "");  // left out, its tick kept
     EXPECT_DOUBLE_EQ(ticks[5].position, 50 / 51.2 * 800);
-
     for (double width : {200.0, 333.0, 640.0, 1021.0}) {
         for (double t0 = 0; t0 < 3000; t0 += 51.2 * 7) {
             const double t1 = t0 + 51.2 * (1 + int(t0) % 5);
@@ -124,9 +119,7 @@ TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
             EXPECT_GE(labelled, 1) << width << " " << t0;
         }
     }
-}
-
-TEST(AxisTicks, LabelsCarryTheDecimalsOfTheirStep) {
+    // Labels carry the decimals of their step.
     EXPECT_EQ(TickLabel(1.5, 0.5), "1.5");
     EXPECT_EQ(TickLabel(100, 20), "100");
     EXPECT_EQ(TickLabel(-1e-12, 0.02), "0.00");

@@ -23,9 +23,7 @@ namespace vess::test {
 
 // K (exp(-t/decay) - exp(-t/rise)) scaled to peak at peakCounts; t in samples.
 struct DoubleExp {
-    double riseTau;
-    double decayTau;
-    double peakCounts;
+    double riseTau, decayTau, peakCounts;
     double PeakTime() const { return riseTau * decayTau / (decayTau - riseTau) * std::log(decayTau / riseTau); }
     double Scale() const {
         const double tp = PeakTime();
@@ -85,18 +83,9 @@ inline std::vector<int16_t> KernelTrace(int64_t points, const std::vector<int64_
 // Detection parameters in samples of 50 us: search 200, base offset 120,
 // baseline 40, decay 400; thresholds low enough for the test events.
 inline AnalysisParameters TestParams(int16_t direction = 1) {
-    AnalysisParameters p;
-    p.PeakDirection = direction;
-    p.ThresholdAmplitude = 5;
-    p.PeriodToSearchMax = 10000;
-    p.PeriodStartBaseline = 6000;
-    p.PeriodBaselineAverage = 2000;
-    p.PeriodFindDecayTime = 20000;
-    p.DecayPercent = 0.32f;
-    p.AreaThreshold = 1;
-    p.NumberPointsPeak = 1;
-    p.ComplexPeak = false;
-    return p;
+    return {.PeakDirection = direction, .ThresholdAmplitude = 5, .PeriodToSearchMax = 10000,
+            .PeriodStartBaseline = 6000, .PeriodFindDecayTime = 20000, .DecayPercent = 0.32f,
+            .PeriodBaselineAverage = 2000, .AreaThreshold = 1, .ComplexPeak = false, .NumberPointsPeak = 1};
 }
 
 // A recording of the given samples, kept with its folder.

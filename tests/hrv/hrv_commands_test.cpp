@@ -90,12 +90,10 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
     ASSERT_EQ(d.Messages().size(), 1u);
     EXPECT_NE(d.Messages()[0].text.find("SamplABF.dat does not exist"), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
-
     ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
     d.AnswerSaveFile((dir / "tacho").string());
     ASSERT_TRUE(SaveTachogramAbfCommand(ws, d, dir.Path()));
     EXPECT_EQ(d.Messages().back().text, "The Tachogram is saved as tacho.ABF");
-
     auto rec = test::OpenFile(dir / "tacho.ABF");
     ASSERT_TRUE(rec);
     EXPECT_EQ(std::tuple(rec->ChannelCount(), rec->PointsPerChannel(), rec->Units(), rec->IntervalUs()),
@@ -106,7 +104,6 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
     const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
     EXPECT_EQ(std::vector<uint8_t>(tpl->begin() + 4, tpl->begin() + 8),
               std::vector<uint8_t>(rec->HeaderBytes().begin() + 4, rec->HeaderBytes().begin() + 8));
-
     // Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
     const std::vector<double> rr{800, 5000, 40000};
     EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 3276.7}), 10);
@@ -143,7 +140,6 @@ TEST(Options, DefaultsSaveAndPresets) {
     ASSERT_TRUE(SaveHrvOptionsCommand(ini, o, HrvWindow::Geometric, d));
     EXPECT_EQ(LoadHrvOptions(ini).rrBinMs, 4);
     EXPECT_EQ(IniFile::Load(ini).Get("HRV", "IncludeZero"), "1");
-
     // Presets set the segment length for the recording's interval, and are recognised.
     const HrvOptions human = ApplyPreset(HrvOptions{}, Preset::Human, 1000);
     EXPECT_EQ(human.pointsPerSegment, 300000);  // 5 minutes of 1 ms samples
@@ -164,12 +160,10 @@ TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
     const PlotSeries& bins = rr->series.at(0);
     ASSERT_EQ(bins.x.size(), 9u);
     EXPECT_EQ(std::tuple(bins.x.front(), bins.y.front(), bins.y.back()), std::tuple(800, 2, 1));
-
     d.AnswerInput("2");
     const auto delta = DeltaRRHistogramCommand(ws, d);
     ASSERT_TRUE(delta);
     EXPECT_EQ(delta->title.rfind("Delta RR Interval Histogram ", 0), 0u);
-
     // 800 ms in bins of 0.01 ms: 80001 bins are refused.
     d.AnswerInput("0.01");
     EXPECT_FALSE(RRHistogramCommand(ws, d));
@@ -191,7 +185,6 @@ TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
     for (int a : {1, 2}) EXPECT_TRUE(std::is_sorted(lorenz.series[a].x.begin(), lorenz.series[a].x.end()));
     EXPECT_DOUBLE_EQ(lorenz.series[1].x.front(), lorenz.series[2].x.front());
     EXPECT_DOUBLE_EQ(lorenz.series[1].x.back(), lorenz.series[2].x.back());
-
     const auto tacho = TachogramPlotCommand(ws, d);
     ASSERT_TRUE(tacho);
     EXPECT_EQ(tacho->series[0].x, (std::vector<double>{1, 2, 3, 4, 5, 6}));

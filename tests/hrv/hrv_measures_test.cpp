@@ -30,7 +30,6 @@ TEST(TimeDomain, FourBeatsByHand) {
     HrvOptions atThreshold = WideOpen();
     atThreshold.thresholdMs = 800;
     EXPECT_EQ(AnalyseBeats(beats, 3200, 3200, atThreshold).timeDomain.nNN, 0);
-
     HrvOptions o = WideOpen();
     o.upperBoundMs = 1000;  // 1600 goes, and with it the dRR 800
     const TimeDomainResult bounded = AnalyseBeats(beats, 3200, 3200, o).timeDomain;
@@ -53,7 +52,6 @@ TEST(TimeDomain, NotMeasuredValuesAreBlankAndLeftOut) {
     for (double v : {one.SDRR, one.CVPercent, one.MdRR, one.rMSSD, one.pNN}) EXPECT_TRUE(std::isnan(v));
     EXPECT_EQ(FormatMeasure(3, one.CVPercent), "");
     EXPECT_EQ(FormatMeasure(1, one.MRR), "800.000");
-
     const std::vector<double> beats{0, 800, std::nan(""), 2400, 3200, 4000};
     const HrvAnalysis a = AnalyseBeats(beats, 4000, 4000, WideOpen());
     // 2400-3200-4000: one delta, of 0.
@@ -167,12 +165,10 @@ TEST(Geometric, BinsTriangleAndLorenzEllipse) {
     EXPECT_FALSE(BinValues(std::vector<double>{0, 60000}, 1));  // 60001 bins
     EXPECT_TRUE(BinValues(std::vector<double>{0, 59999}, 1));
     EXPECT_FALSE(BinValues(v, 0));
-
     // An exact triangle 0,1,2,3,4,3,2,1,0 (bins 0..8 of width 1): feet at the
     // centres of bins 0 and 8, TINN 8, index 16 / 4.
     const TriangleFit fit = FitTriangle({1, 0, {0, 1, 2, 3, 4, 3, 2, 1, 0}});
     EXPECT_EQ(std::tuple(fit.nMs, fit.mMs, fit.tinnMs, fit.triangularIndex), std::tuple(0.5, 8.5, 8.0, 4.0));
-
     // Feet found by the bin-by-bin least-squares search this fit replaced (commit fee4ce0).
     // A triangle 40,000 bins wide and 20,000 high is found exactly.
     Histogram wide{1, 0, std::vector<int32_t>(40001)};
@@ -189,7 +185,6 @@ TEST(Geometric, BinsTriangleAndLorenzEllipse) {
     }
     // Two falling feet with the same error (680, by exact fractions): the narrower wins.
     EXPECT_EQ(FitTriangle({1, 0, {3, 4, 7, 3, 2, 19, 22, 5, 0, 32, 16, 3, 23, 19, 7, 4, 10}}).mMs, 16.5);
-
     // Points on the identity line have no spread across it.
     const std::vector<std::pair<double, double>> line{{100, 100}, {110, 110}, {120, 120}};
     const LorenzMeasures m = AnalyseLorenz(line);
@@ -251,7 +246,6 @@ TEST(Spectrum, WelchAndLombScargleRecoverTwoSines) {
 TEST(Spectrum, MousePresetScalesTheBandsAndFailuresAreReported) {
     const SpectrumOptions mouse = MouseSpectrumPreset();
     const SpectrumOptions human = HumanSpectrumPreset();
-
     // A mouse series at 10 beats a second with sines at 1 Hz (LF) and 3 Hz (HF).
     std::vector<double> times{0}, rr;
     for (int k = 0; k < 3000; ++k) {
@@ -266,7 +260,6 @@ TEST(Spectrum, MousePresetScalesTheBandsAndFailuresAreReported) {
     EXPECT_NEAR(r.hf.peakHz, 3.0, 0.05);
     EXPECT_NEAR(r.lf.powerMs2, 8, 8 * 0.1);  // 4^2 / 2, the value taken at the starting beat
     EXPECT_NEAR(r.hf.powerMs2, 2, 2 * 0.1);
-
     const std::vector<double> few{1, 2, 3};
     EXPECT_NE(AnalyseSpectrum(few, few, human).error, "");
     // 3e11 resampled points, or as many Lomb-Scargle frequencies: refused before anything is held.
@@ -316,7 +309,6 @@ TEST(LombScargle, EveryFrequencyEqualsTheDefinition) {
     std::vector<double> t{10800}, y;
     for (int i = 0; i < 300; ++i) t.push_back(t.back() + interval(gen));
     for (double ti : t) y.push_back(40 * std::sin(0.2 * std::numbers::pi * ti) + 15 * std::cos(0.6 * std::numbers::pi * ti));
-
     const SpectrumResult s = LombScargleDensity(t, y, 0.4, 4);
     ASSERT_EQ(s.error, "");
     const double span = t.back() - t.front(), df = 1 / (4 * span);
