@@ -175,7 +175,7 @@ TEST_F(Editing, DeleteRejectedEvents) {
     EXPECT_EQ(ws.selectedEvent, 1);
     Fill({Event(1, 255), Event(2, 255)});
     ws.selectedEvent = 2;
-    EXPECT_EQ(std::tuple(DeleteRejectedEvents(ws).deleted, ws.selectedEvent), std::tuple(2, 0));
+    EXPECT_EQ((std::tuple{DeleteRejectedEvents(ws).deleted, ws.selectedEvent}), std::tuple(2, 0));  // braces: in order
 }
 
 // Deleting a selection takes earlier rejections along in one undo step; one

@@ -93,8 +93,7 @@ TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
     for (const auto& [screen, command, selected] : cases) {
         ws.selectedEvent = command == NextInSequence ? 9 : 0;
         ws.screenStartBlock = screen;
-        EXPECT_TRUE(Go(command));
-        EXPECT_EQ(ws.selectedEvent, selected) << screen;
+        EXPECT_EQ((std::tuple{Go(command), ws.selectedEvent}), std::tuple(true, selected)) << screen;
     }
 }
 
@@ -133,8 +132,7 @@ TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
         ws.screenStartBlock = 8;
         dialogs.AnswerInput(entry);
         const NavResult r = JumpToTime(ws, dialogs);
-        EXPECT_TRUE(r.moved) << entry;
-        EXPECT_EQ(r.screenStartBlock, screen) << entry;
+        EXPECT_EQ(std::tuple(r.moved, r.screenStartBlock), std::tuple(true, screen)) << entry;
     }
     EXPECT_EQ(std::tuple(dialogs.Transcript()[0].caption, dialogs.Transcript()[0].text),
               std::tuple("Jump To", "Please specify the time to jump to in milli second."));
@@ -169,16 +167,14 @@ TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
         dialogs.ClearTranscript();
         dialogs.AnswerInput(entry);
         const NavResult r = time ? JumpToTime(ws, dialogs) : JumpToEventNumber(ws, dialogs);
-        EXPECT_FALSE(r.moved);
-        EXPECT_EQ(std::pair(r.screenStartBlock, r.selectedEvent), std::pair(8, ws.selectedEvent));
+        EXPECT_EQ(std::tuple(r.moved, r.screenStartBlock, r.selectedEvent), std::tuple(false, 8, ws.selectedEvent));
         ASSERT_EQ(dialogs.Messages().size(), 1u);
         EXPECT_EQ(dialogs.Messages()[0].caption, time ? "Jump To" : "Jump To Event Number");
         if (!message.empty()) { EXPECT_EQ(dialogs.Messages()[0].text, message); }
     }
     dialogs.ClearTranscript();
     dialogs.AnswerInput(std::nullopt);
-    EXPECT_FALSE(JumpToTime(ws, dialogs).moved);
-    EXPECT_TRUE(dialogs.Messages().empty());
+    EXPECT_EQ((std::tuple{JumpToTime(ws, dialogs).moved, dialogs.Messages().size()}), std::tuple(false, 0u));  // braces: in order
 }
 
 TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
@@ -210,8 +206,9 @@ TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
                          StepDisplay({1000, 0}, IncreaseGain).gain, StepDisplay({0.01, 0}, DecreaseGain).gain),
               std::tuple(3.2, 2.5, 1000.0, 0.01));
     // Offset: a tenth of the visible span, 65536 / 10 = 6553.6 -> 6554 counts at gain 1.
-    EXPECT_EQ(StepDisplay({1, 0}, DisplayStep::IncreaseOffset).offsetCounts, 6554);
-    EXPECT_EQ(StepDisplay({2, 100}, DisplayStep::DecreaseOffset).offsetCounts, 100 - 3277);
+    EXPECT_EQ(std::tuple(StepDisplay({1, 0}, DisplayStep::IncreaseOffset).offsetCounts,
+                         StepDisplay({2, 100}, DisplayStep::DecreaseOffset).offsetCounts),
+              std::tuple(6554, 100 - 3277));
     const VisibleCounts v = VisibleRange({2, 1000}, 0);  // a larger offset moves the trace up
     EXPECT_EQ(std::tuple(v.bottomCounts, v.topCounts), std::tuple(-16384 - 1000, 16384 - 1000));
     Settings settings;

@@ -194,13 +194,12 @@ TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
     for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? -490 : -510);
     AddEvent(t, 600, DoubleExp{10, 100, 1000});
     test::TraceWorkspace f(t, 2.0f);
-    f.ws.params().ThresholdAmplitude = 100;
+    ScriptedDialogs& dialogs = f.dialogs;
     const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
     const NoiseMeasure withEvent = MeasureScreenNoise(screen, f.ws.events);
     ASSERT_TRUE(withEvent.valid);
     EXPECT_EQ(withEvent.points, screen.WindowLen());
     EXPECT_GT(withEvent.rmsUnits, 20.0);  // the event dominates
-    ScriptedDialogs dialogs;
     f.ws.params().DecayPercent = 0.01f;  // the decay point near the end of the tail
     AnalyzeCurrentScreen(f.ws, dialogs);
     ASSERT_EQ(f.ws.events.Count(), 1);
@@ -217,20 +216,17 @@ TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
     EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos) << dialogs.Messages()[0].text;
-    // Baseline and Threshold sets the threshold only on yes.
+    // Baseline and Threshold sets the threshold only on yes (the test threshold is 5).
     dialogs.AnswerYesNo(false).AnswerYesNo(true);
     const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
     EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
-    EXPECT_FALSE(no.applied);
-    EXPECT_EQ(f.ws.params().ThresholdAmplitude, 100.0f);
+    EXPECT_EQ(std::tuple(no.applied, f.ws.params().ThresholdAmplitude), std::tuple(false, 5.0f));
     const BaselineThresholdResult yes = BaselineThreshold(f.ws, dialogs);
-    EXPECT_TRUE(yes.applied);
-    EXPECT_EQ(f.ws.params().ThresholdAmplitude, yes.suggestedThreshold);
+    EXPECT_EQ(std::tuple(yes.applied, f.ws.params().ThresholdAmplitude), std::tuple(true, yes.suggestedThreshold));
     const auto& question = dialogs.Transcript().back();
     EXPECT_EQ(question.caption, "Baseline and Threshold");
     EXPECT_NE(question.text.find("Baseline: -250.000"), std::string::npos) << question.text;
-    EXPECT_EQ(f.ws.events.Count(), 1);
-    EXPECT_FALSE(f.ws.history.CanUndo());
+    EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(1, false));
 }
 
 // 1948 samples: the last screen holds 924, the square wave and then 300; by

@@ -45,8 +45,7 @@ TEST(FitFrame, FitsTheEventsNotTheArtefactWithTheBaselineTowardsTheQuietSide) {
     // Fit all samples: 5200 counts with 8 % margin each side, gain
     // 288 / (5200 x 1.16), the middle 2400 at the frame's centre -72.
     const DisplayScale all = FitAllSamples(v, down);
-    EXPECT_DOUBLE_EQ(all.gain, 288 / (5200 * 1.16));
-    EXPECT_EQ(all.offsetCounts, -72 - 2400);
+    EXPECT_EQ(std::tuple(all.gain, all.offsetCounts), std::tuple(288 / (5200 * 1.16), -72 - 2400));
     EXPECT_GT(StepDisplay(all, DisplayStep::IncreaseGain, down.spanCounts).gain, all.gain);
 }
 
@@ -65,8 +64,7 @@ TEST(Overview, BlockExtremesOfTheRecordingMatchTheSamples) {
     const BlockExtremes blocks = RecordingBlockExtremes(*rec);
     const BlockExtremes expected = SummariseBlocks(v, 256);
     ASSERT_EQ(blocks.min.size(), 2101u);
-    EXPECT_EQ(blocks.min, expected.min);
-    EXPECT_EQ(blocks.max, expected.max);
+    EXPECT_TRUE(blocks.min == expected.min && blocks.max == expected.max);
     for (int columns : {333, 2101, 5000}) {
         const auto cols = OverviewColumns(blocks, columns);
         ASSERT_EQ(cols.size(), std::size_t(std::min(columns, 2101)));
@@ -74,20 +72,18 @@ TEST(Overview, BlockExtremesOfTheRecordingMatchTheSamples) {
         for (int64_t k = 0; k < c; ++k) {
             const auto b = v.begin() + std::min<int64_t>(int64_t(v.size()), k * n / c * 256);
             const auto e = v.begin() + std::min<int64_t>(int64_t(v.size()), (k + 1) * n / c * 256);
-            ASSERT_EQ(cols[std::size_t(k)].min, *std::min_element(b, e)) << columns << " " << k;
-            ASSERT_EQ(cols[std::size_t(k)].max, *std::max_element(b, e)) << columns << " " << k;
+            ASSERT_EQ(std::tuple(cols[std::size_t(k)].min, cols[std::size_t(k)].max),
+                      std::tuple(*std::min_element(b, e), *std::max_element(b, e))) << columns << " " << k;
         }
     }
-    EXPECT_TRUE(OverviewColumns(blocks, 0).empty());
-    EXPECT_TRUE(OverviewColumns({}, 100).empty());
+    EXPECT_TRUE(OverviewColumns(blocks, 0).empty() && OverviewColumns({}, 100).empty());
 
     // The range leaves out a rare artefact.
     std::vector<ColumnExtremes> cols(1000, ColumnExtremes{-100, 80});
     cols[500] = {-30000, 30000};
     cols[10] = {-250, 20};  // an event: within the range
     const LevelRange r = OverviewRange(cols);
-    EXPECT_EQ(r.low, -100);  // 5 of 1000 columns may lie beyond each side
-    EXPECT_EQ(r.high, 80);
+    EXPECT_EQ(std::tuple(r.low, r.high), std::tuple(-100, 80));  // 5 of 1000 columns may lie beyond each side
     cols.assign(100, ColumnExtremes{-250, 80});
     EXPECT_EQ(OverviewRange(cols).low, -250);
 }
@@ -98,8 +94,7 @@ double SevenPxPerChar(const std::string& s) { return 7.0 * double(s.size()); }
 TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
     const auto ticks = AxisTicks(0, 51.2, 800, 90, 14, SevenPxPerChar);
     ASSERT_EQ(ticks.size(), 6u);
-    EXPECT_EQ(ticks[4].label, "40");
-    EXPECT_EQ(ticks[5].label, "");  // left out, its tick kept
+    EXPECT_EQ(std::tuple(ticks[4].label, ticks[5].label), std::tuple("40", ""));  // left out, its tick kept
     EXPECT_DOUBLE_EQ(ticks[5].position, 50 / 51.2 * 800);
     for (double width : {200.0, 333.0, 640.0, 1021.0}) {
         for (double t0 = 0; t0 < 3000; t0 += 51.2 * 7) {
@@ -107,8 +102,7 @@ TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
             double lastRight = -1e9;
             int labelled = 0;
             for (const AxisTick& t : AxisTicks(t0, t1, width, 90, 14, SevenPxPerChar)) {
-                ASSERT_GE(t.value, t0 - 1e-9);
-                ASSERT_LE(t.value, t1 + 1e-9);
+                ASSERT_TRUE(t.value >= t0 - 1e-9 && t.value <= t1 + 1e-9) << t.value;
                 if (t.label.empty()) continue;
                 ++labelled;
                 const double half = SevenPxPerChar(t.label) / 2;
@@ -120,12 +114,9 @@ TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
         }
     }
     // Labels carry the decimals of their step.
-    EXPECT_EQ(TickLabel(1.5, 0.5), "1.5");
-    EXPECT_EQ(TickLabel(100, 20), "100");
-    EXPECT_EQ(TickLabel(-1e-12, 0.02), "0.00");
-    EXPECT_EQ(TickLabel(3e-11, 1e-11), "3e-11");
-    EXPECT_EQ(NiceStep(51.2, 8), 10);
-    EXPECT_EQ(NiceStep(0, 8), 1);
+    EXPECT_EQ(std::tuple(TickLabel(1.5, 0.5), TickLabel(100, 20), TickLabel(-1e-12, 0.02), TickLabel(3e-11, 1e-11)),
+              std::tuple("1.5", "100", "0.00", "3e-11"));
+    EXPECT_EQ(std::tuple(NiceStep(51.2, 8), NiceStep(0, 8)), std::tuple(10, 1));
 }
 
 std::vector<int16_t> NoisyTrace(std::size_t n, unsigned seed) {
@@ -153,19 +144,17 @@ TEST(Decimate, ColumnsHoldTrueExtremesAndTileTheInput) {
             ASSERT_EQ(c.firstIndex, next);
             ASSERT_GE(c.count, 2);
             const auto b = v.begin() + c.firstIndex, e = b + c.count;
-            EXPECT_EQ(c.min, *std::min_element(b, e));
-            EXPECT_EQ(c.max, *std::max_element(b, e));
-            EXPECT_EQ(c.first, *b);
-            EXPECT_EQ(c.last, *(e - 1));
+            EXPECT_EQ(std::tuple(c.min, c.max, c.first, c.last),
+                      std::tuple(*std::min_element(b, e), *std::max_element(b, e), *b, *(e - 1)));
             next += c.count;
         }
         EXPECT_EQ(next, n);
     }
     const auto v = NoisyTrace(1024, 3);
-    EXPECT_TRUE(Decimate(v, 600).plain);   // 1.7 samples per column
-    EXPECT_FALSE(Decimate(v, 512).plain);  // exactly 2
-    EXPECT_TRUE(Decimate(v, 0).plain);
-    EXPECT_TRUE(Decimate(std::span<const int16_t>{}, 100).plain);
+    // 1.7 samples per column, exactly 2, no columns, no samples.
+    EXPECT_EQ(std::tuple(Decimate(v, 600).plain, Decimate(v, 512).plain, Decimate(v, 0).plain,
+                         Decimate(std::span<const int16_t>{}, 100).plain),
+              std::tuple(true, false, true, true));
 }
 
 // A screen's levels are counted over the screen's own span when it is narrow
@@ -234,8 +223,7 @@ TEST(TraceZoom, LimitsOfTimeAndRectangleZooms) {
     };
     for (const auto& t : times) {
         const TraceZoom z = ZoomTime(screen, t.at, t.factor, 1024);
-        EXPECT_DOUBLE_EQ(z.firstIndex, t.first) << t.at << " " << t.factor;
-        EXPECT_DOUBLE_EQ(z.lastIndex, t.last) << t.at << " " << t.factor;
+        EXPECT_EQ(std::tuple(z.firstIndex, z.lastIndex), std::tuple(t.first, t.last)) << t.at << " " << t.factor;
     }
     // Corners in any order, clipped to the screen; a click leaves the view.
     EXPECT_EQ(ZoomToRectangle(screen, 900, 10, -50, 50, 1024), (TraceZoom{0, 900, 10, 50}));
