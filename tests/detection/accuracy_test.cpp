@@ -51,12 +51,10 @@ TEST(Scoring, OnsetTimesAreOneBasedSamples) {
     std::string problem;
     const auto onsets = ReadTrueEvents(dir / "onsets.txt", 25.0, problem);
     ASSERT_TRUE(onsets) << problem;
-    EXPECT_TRUE(onsets->onsets);
-    EXPECT_EQ(onsets->timesMs, (std::vector<double>{12909 * 0.025, 14162 * 0.025}));
+    EXPECT_EQ(std::tuple(onsets->onsets, onsets->timesMs), std::tuple(true, std::vector<double>{12909 * 0.025, 14162 * 0.025}));
     const auto peaks = ReadTrueEvents(dir / "peaks.csv", 25.0, problem);
     ASSERT_TRUE(peaks) << problem;
-    EXPECT_FALSE(peaks->onsets);
-    EXPECT_EQ(peaks->timesMs, std::vector<double>{2.5});
+    EXPECT_EQ(std::tuple(peaks->onsets, peaks->timesMs), std::tuple(false, std::vector<double>{2.5}));
     {
         std::ofstream(dir / "bad.txt") << "0.1\nabc\n";
     }

@@ -79,8 +79,7 @@ TEST_F(Editing, GroupPromptsAndEntriesThatChangeNothing) {
             const DialogEntry& asked = dialogs.Transcript()[0];
             EXPECT_TRUE(asked.kind == DialogEntry::Kind::Input && asked.caption == caption) << asked.caption;
             EXPECT_EQ(asked.text, text);
-            EXPECT_EQ(ws.events, before);
-            EXPECT_FALSE(ws.history.CanUndo());
+            EXPECT_TRUE(ws.events == before && !ws.history.CanUndo());
         }
 }
 
@@ -102,13 +101,11 @@ TEST_F(Editing, GroupSelectedRowsOrTheCurrentEvent) {
     const EventTable before = ws.events;
     ws.history.Clear();
     dialogs.AnswerInput("5");
-    EXPECT_FALSE(GroupSelectedEvents(ws, dialogs, Rows{3}).changed);
-    EXPECT_FALSE(ws.history.CanUndo());
+    EXPECT_EQ((std::tuple{GroupSelectedEvents(ws, dialogs, Rows{3}).changed, ws.history.CanUndo()}), std::tuple(false, false));
     ws.selectedEvent = 0;
     dialogs.ClearTranscript();
     GroupSelectedEvents(ws, dialogs, {});
-    EXPECT_TRUE(dialogs.Transcript().empty());
-    EXPECT_EQ(ws.events, before);
+    EXPECT_TRUE(dialogs.Transcript().empty() && ws.events == before);
 }
 
 // Unmark one group or (0) all, rejected ones too; group all; reject and
@@ -151,12 +148,10 @@ TEST_F(Editing, DuplicatesAreEqualTimesInConsecutiveRows) {
     Fill({Event(3), Event(1), Event(2)});
     EXPECT_EQ(RemoveDuplicateEvents(ws, dialogs).deleted, 0);
     EXPECT_EQ(dialogs.Messages().at(0).text, "Found 0 duplicate events and they are safely removed.");
-    EXPECT_FALSE(ws.history.CanUndo());
-    EXPECT_EQ(Times(), (std::vector<double>{3, 1, 2}));
+    EXPECT_EQ(std::tuple(ws.history.CanUndo(), Times()), std::tuple(false, std::vector<double>{3, 1, 2}));
     Fill({Event(1), Event(1, 4), Event(1, 5), Event(2), Event(1), Event(3), Event(3)});
     EXPECT_EQ(RemoveDuplicateEvents(ws, dialogs).deleted, 3);
-    EXPECT_EQ(Times(), (std::vector<double>{1, 2, 1, 3}));
-    EXPECT_EQ(Groups(), (std::vector<double>{0, 0, 0, 0}));
+    EXPECT_EQ(std::tuple(Times(), Groups()), std::tuple(std::vector<double>{1, 2, 1, 3}, std::vector<double>(4, 0)));
     EXPECT_EQ(dialogs.Messages().at(1).text, "Found 3 duplicate events and they are safely removed.");
 }
 
@@ -166,13 +161,11 @@ TEST_F(Editing, DeleteRejectedEvents) {
     Fill({Event(1, 3), Event(2, 1), Event(3, 2)});
     const EventTable unsorted = ws.events;
     EXPECT_FALSE(DeleteRejectedEvents(ws).changed);
-    EXPECT_EQ(ws.events, unsorted);
-    EXPECT_FALSE(ws.history.CanUndo());
+    EXPECT_TRUE(ws.events == unsorted && !ws.history.CanUndo());
     Fill({Event(1, 255), Event(2, 1), Event(3, 255), Event(4, 0), Event(5, 255)});
     ws.selectedEvent = 4;  // the event at 4 ms
     EXPECT_EQ(DeleteRejectedEvents(ws).deleted, 3);
-    EXPECT_EQ(Times(), (std::vector<double>{4, 2}));
-    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_EQ(std::tuple(Times(), ws.selectedEvent), std::tuple(std::vector<double>{4, 2}, 1));
     Fill({Event(1, 255), Event(2, 255)});
     ws.selectedEvent = 2;
     EXPECT_EQ((std::tuple{DeleteRejectedEvents(ws).deleted, ws.selectedEvent}), std::tuple(2, 0));  // braces: in order
@@ -192,8 +185,7 @@ TEST_F(Editing, DeleteSelectedEvents) {
     EXPECT_FALSE(DeleteSelectedEvents(ws, Rows{1}).changed);
     Fill({Event(1), Event(2)});
     ws.recording.reset();
-    EXPECT_FALSE(DeleteSelectedEvents(ws, Rows{1}).changed);
-    EXPECT_EQ(ws.events.Count(), 2);
+    EXPECT_EQ((std::tuple{DeleteSelectedEvents(ws, Rows{1}).changed, ws.events.Count()}), std::tuple(false, 2));
 }
 
 TEST_F(Editing, DeleteEventMakesTheNextRowCurrent) {
@@ -235,8 +227,7 @@ TEST_F(Editing, UndoAndRedoOfEveryCommand) {
         ASSERT_NE(after, before);
         EXPECT_EQ(ws.history.UndoLabel(), label);
         ASSERT_TRUE(ws.history.Undo(ws.events));
-        EXPECT_EQ(ws.events, before);
-        EXPECT_FALSE(ws.history.CanUndo());
+        EXPECT_TRUE(ws.events == before && !ws.history.CanUndo());
         ASSERT_TRUE(ws.history.Redo(ws.events));
         EXPECT_EQ(ws.events, after);
     }

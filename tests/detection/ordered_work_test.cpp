@@ -105,8 +105,7 @@ TEST(OrderedWork, ThreadsReadOneRecordingAndComputeOnCopies) {
         });
     }
     threads.clear();
-    EXPECT_EQ(wrongSamples, 0);
-    EXPECT_EQ(wrongCriteria, 0);
+    EXPECT_EQ(std::tuple(wrongSamples.load(), wrongCriteria.load()), std::tuple(0, 0));
 }
 
 }  // namespace
