@@ -54,8 +54,7 @@ TEST(Scans, EventsOutOfOrderAreSortedOnlyOnYes) {
     ScriptedDialogs d;
     d.AnswerYesNo(false);
     EXPECT_FALSE(ScanMissingBeatsCommand(ws, d));
-    EXPECT_EQ(d.Transcript()[0].caption, "Sort Events");
-    EXPECT_EQ(ws.events[1].time, 800);
+    EXPECT_EQ(std::tuple(d.Transcript()[0].caption, ws.events[1].time), std::tuple("Sort Events", 800));
     d.AnswerYesNo(true).AnswerInput("1000");
     ASSERT_TRUE(ScanMissingBeatsCommand(ws, d));
     EXPECT_EQ(std::tuple(ws.events[1].time, ws.events[4].time, ws.events[3].group), std::tuple(0, 3200, 253));
@@ -77,8 +76,8 @@ TEST(Tachogram, AsciiFileLayout) {
     // Saving again over it asks to replace; No leaves it.
     ScriptedDialogs again;
     again.AnswerSaveFile((dir / "tacho.txt").string()).AnswerYesNo(false);
-    EXPECT_FALSE(SaveTachogramAsciiCommand(ws, again));
-    EXPECT_EQ(again.Transcript().back().caption, "Replace File");
+    EXPECT_EQ((std::tuple{bool(SaveTachogramAsciiCommand(ws, again)), again.Transcript().back().caption}),
+              std::tuple(false, "Replace File"));
 }
 
 // Without the template nothing is asked or written; with it the file reads back in ms.
@@ -106,8 +105,8 @@ TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
               std::vector<uint8_t>(rec->HeaderBytes().begin() + 4, rec->HeaderBytes().begin() + 8));
     // Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
     const std::vector<double> rr{800, 5000, 40000};
-    EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 3276.7}), 10);
-    EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 5000}), 1);
+    EXPECT_EQ(std::tuple(TachogramCountsPerMs(std::vector<double>{800, 3276.7}),
+                         TachogramCountsPerMs(std::vector<double>{800, 5000})), std::tuple(10, 1));
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, "long");
     ASSERT_EQ(WriteFileAtomic(dir / "long.abf", abf.bytes), "");
     rec = test::OpenFile(dir / "long.abf");
@@ -138,15 +137,13 @@ TEST(Options, DefaultsSaveAndPresets) {
     EXPECT_EQ(std::tuple(back.upperBoundMs, back.pointsPerSegment, back.includeZeroSegments, back.rrBinMs),
               std::tuple(250.0, 12345, true, 1.0));
     ASSERT_TRUE(SaveHrvOptionsCommand(ini, o, HrvWindow::Geometric, d));
-    EXPECT_EQ(LoadHrvOptions(ini).rrBinMs, 4);
-    EXPECT_EQ(IniFile::Load(ini).Get("HRV", "IncludeZero"), "1");
+    EXPECT_EQ(std::tuple(LoadHrvOptions(ini).rrBinMs, IniFile::Load(ini).Get("HRV", "IncludeZero")), std::tuple(4, "1"));
     // Presets set the segment length for the recording's interval, and are recognised.
     const HrvOptions human = ApplyPreset(HrvOptions{}, Preset::Human, 1000);
     EXPECT_EQ(human.pointsPerSegment, 300000);  // 5 minutes of 1 ms samples
-    EXPECT_EQ(PresetInForce(human, 1000), Preset::Human);
-    EXPECT_EQ(PresetInForce(ApplyPreset(o, Preset::Mouse, 50), 50), Preset::Mouse);
-    EXPECT_EQ(PresetInForce(HrvOptions{}, 50), Preset::Stored);
-    EXPECT_EQ(PresetInForce(o, 50), Preset::Custom);
+    EXPECT_TRUE(PresetInForce(human, 1000) == Preset::Human &&
+                PresetInForce(ApplyPreset(o, Preset::Mouse, 50), 50) == Preset::Mouse &&
+                PresetInForce(HrvOptions{}, 50) == Preset::Stored && PresetInForce(o, 50) == Preset::Custom);
 }
 
 TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
@@ -166,11 +163,9 @@ TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
     EXPECT_EQ(delta->title.rfind("Delta RR Interval Histogram ", 0), 0u);
     // 800 ms in bins of 0.01 ms: 80001 bins are refused.
     d.AnswerInput("0.01");
-    EXPECT_FALSE(RRHistogramCommand(ws, d));
-    EXPECT_EQ(d.Messages().back().caption, "Too many bins");
+    EXPECT_EQ((std::tuple{bool(RRHistogramCommand(ws, d)), d.Messages().back().caption}), std::tuple(false, "Too many bins"));
     d.AnswerInput("");
-    EXPECT_FALSE(RRHistogramCommand(ws, d));
-    EXPECT_TRUE(d.AllAnswersUsed());
+    EXPECT_TRUE(!RRHistogramCommand(ws, d) && d.AllAnswersUsed());
 }
 
 TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
@@ -179,16 +174,15 @@ TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
     const auto plot = LorenzPlotCommand(ws, d);
     ASSERT_TRUE(plot);
     const PlotData& lorenz = *plot;
-    ASSERT_EQ(lorenz.series.size(), 4u);  // points, two arcs of the ellipse, identity line
-    EXPECT_EQ(lorenz.series[0].x.size(), 5u);
+    // Points, two arcs of the ellipse, identity line.
+    ASSERT_EQ(std::tuple(lorenz.series.size(), lorenz.series[0].x.size()), std::tuple(4u, 5u));
     // Each arc is drawn in x order, and together they meet at the extremes.
     for (int a : {1, 2}) EXPECT_TRUE(std::is_sorted(lorenz.series[a].x.begin(), lorenz.series[a].x.end()));
-    EXPECT_DOUBLE_EQ(lorenz.series[1].x.front(), lorenz.series[2].x.front());
-    EXPECT_DOUBLE_EQ(lorenz.series[1].x.back(), lorenz.series[2].x.back());
+    EXPECT_EQ(std::tuple(lorenz.series[1].x.front(), lorenz.series[1].x.back()),
+              std::tuple(lorenz.series[2].x.front(), lorenz.series[2].x.back()));
     const auto tacho = TachogramPlotCommand(ws, d);
     ASSERT_TRUE(tacho);
-    EXPECT_EQ(tacho->series[0].x, (std::vector<double>{1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(tacho->series[0].y[1], 850);
+    EXPECT_EQ(std::tuple(tacho->series[0].x, tacho->series[0].y[1]), std::tuple(std::vector<double>{1, 2, 3, 4, 5, 6}, 850));
 }
 
 }  // namespace
