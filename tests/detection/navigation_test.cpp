@@ -35,10 +35,9 @@ struct NavigationView : ::testing::Test {
     void Walk(std::initializer_list<Step> steps) {
         int n = 0;
         for (const Step& s : steps) {
-            SCOPED_TRACE("step " + std::to_string(++n));
-            EXPECT_EQ(Go(s.command), s.moved);
-            if (s.selected >= 0) { EXPECT_EQ(ws.selectedEvent, s.selected); }
-            if (s.screen >= 0) { EXPECT_EQ(ws.screenStartBlock, s.screen); }
+            EXPECT_EQ(Go(s.command), s.moved) << "step " << ++n;
+            EXPECT_TRUE(s.selected < 0 || ws.selectedEvent == s.selected) << "step " << n << ": " << ws.selectedEvent;
+            EXPECT_TRUE(s.screen < 0 || ws.screenStartBlock == s.screen) << "step " << n << ": " << ws.screenStartBlock;
         }
     }
     void Fill(const std::vector<EventRecord>& records) {

@@ -179,46 +179,35 @@ TEST(HalfWidth, NoFallWithinReachIsNotMeasured) {
 }
 
 // The recording (2048 samples) ends while an event is still high; the last
-// screen is blocks 4-7.
-struct CutShort {
-    const char* what;
-    std::vector<int16_t> trace;
-    int16_t numberPointsPeak;
-    int32_t peak, riseTime, decayTime;
-    float area;
-};
-
-std::vector<CutShort> CutShortCases() {
+// screen is blocks 4-7. Neither peak, decay nor area reads past the last
+// sample; no half-width.
+TEST(EndOfData, MeasurementsStopAtTheLastSample) {
     // Ramp 0..1000 at 800..810, then 1000: the decay walk on three-point means
     // stops at 1022, the last mean of recorded samples (decay 212); area by
     // hand (5500 + 212 x 1000) x 0.05 = 10875 pA ms.
     std::vector<int16_t> plateau(2048, 0);
     for (int k = 0; k <= 10; ++k) plateau[std::size_t(1024 + 800 + k)] = int16_t(100 * k);
-    for (std::size_t i = 1024 + 811; i < plateau.size(); ++i) plateau[i] = 1000;
+    std::fill(plateau.begin() + 1024 + 811, plateau.end(), 1000);
     // A rise 100..1000 at 1014..1023 averaged over three: the peak needs its
     // window and one more sample on record, so it is 1022 (mean 900); no
     // decay, area the rise (900 + .. + 100) x 0.05 = 225 pA ms.
     std::vector<int16_t> lastRise(2048, 0);
     for (int k = 1; k <= 10; ++k) lastRise[std::size_t(1024 + 1013 + k)] = int16_t(100 * k);
-    return {{"plateau to the end", plateau, 1, 810, 10, 212, 10875.0f},
-            {"rise in the last samples", lastRise, 3, 1022, 9, 0, 225.0f}};
-}
-
-// Neither peak, decay nor area reads past the last sample; no half-width.
-TEST(EndOfData, MeasurementsStopAtTheLastSample) {
-    for (const CutShort& c : CutShortCases()) {
-        SCOPED_TRACE(c.what);
-        TraceFile file(c.trace);
+    // Trace, NumberPointsPeak, peak, rise and decay points, area.
+    const std::tuple<std::vector<int16_t>, int16_t, int32_t, int32_t, int32_t, float> cases[] = {
+        {plateau, 1, 810, 10, 212, 10875.0f}, {lastRise, 3, 1022, 9, 0, 225.0f}};
+    for (const auto& [trace, numberPointsPeak, peak, rise, decay, area] : cases) {
+        SCOPED_TRACE(peak);
+        TraceFile file(trace);
         AnalysisParameters params = TestParams();
         params.AreaThreshold = 100;
-        params.NumberPointsPeak = c.numberPointsPeak;
+        params.NumberPointsPeak = numberPointsPeak;
         const EventTable events = test::AnalyzeScreen(*file.rec, 4, params);
         ASSERT_EQ(events.Count(), 1);
         const EventRecord& e = events[1];
         EXPECT_LT(e.sampleIndex, file.rec->PointsPerChannel() - 1);
-        EXPECT_EQ(std::tuple(e.relativeTime, int32_t(e.riseTime), int32_t(e.decayTime)),
-                  std::tuple(c.peak, c.riseTime, c.decayTime));
-        EXPECT_FLOAT_EQ(e.area, c.area);
+        EXPECT_EQ(std::tuple(e.relativeTime, int32_t(e.riseTime), int32_t(e.decayTime)), std::tuple(peak, rise, decay));
+        EXPECT_FLOAT_EQ(e.area, area);
         EXPECT_TRUE(std::isnan(e.halfWidth));
     }
 }

@@ -112,15 +112,12 @@ void OpenFresh(Workspace& ws, const std::filesystem::path& path) {
 // installation.
 TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
     test::TempDir dir;
-    SynthOptions options;
-    options.seconds = 10;
-    options.seed = 5;
     const std::filesystem::path synthetic = dir / "synthetic.abf";
-    ASSERT_EQ(WriteSynthetic(synthetic, Synthesise(options)), "");
+    ASSERT_EQ(WriteSynthetic(synthetic, Synthesise({.seconds = 10, .seed = 5})), "");
     std::vector<std::filesystem::path> files{synthetic};
     if (!test::SharedData().empty())
         files.push_back(test::SharedData() / "abf1" / "171116sh_0020_saved.abf");
-    for (const Settings& settings : {Settings{}, NewInstallationSettings()}) {
+    for (const Settings& settings : {Settings{}, NewInstallationSettings()})
         for (const auto& path : files) {
             Workspace stepped, whole;
             stepped.settings = whole.settings = settings;
@@ -132,10 +129,8 @@ TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
             EXPECT_EQ(run.GetProgress().screensDone, run.GetProgress().screensTotal);
             DetectWholeFile(whole, dialogs);
             EXPECT_GT(stepped.events.Count(), 10) << path;
-            EXPECT_EQ(stepped.events.Records(), whole.events.Records())
-                << path << " method " << int(settings.method.method);
+            EXPECT_EQ(stepped.events.Records(), whole.events.Records()) << path << " method " << int(settings.method.method);
         }
-    }
 }
 
 // One event on each screen of 4 blocks (peaks at 521 + 1024 k); where the

@@ -118,16 +118,11 @@ struct TraceWorkspace {
     }
 };
 
-inline std::unique_ptr<Recording> OpenOrThrow(const std::filesystem::path& path) {
-    auto rec = Recording::Open(path, nullptr);
-    if (!rec) throw std::runtime_error("cannot open " + path.string());
-    return rec;
-}
-
 // A workspace on the file with Suggest Analysis Parameters entry 1.
 inline std::unique_ptr<Workspace> Suggested(const std::filesystem::path& path) {
     auto ws = std::make_unique<Workspace>();
-    ws->recording = OpenOrThrow(path);
+    ws->recording = Recording::Open(path, nullptr);
+    if (!ws->recording) throw std::runtime_error("cannot open " + path.string());
     ScriptedDialogs dialogs;
     SuggestParameters(*ws, dialogs, 1, [] { return true; });
     return ws;
