@@ -157,7 +157,7 @@ TEST_F(Editing, DuplicatesAreEqualTimesInConsecutiveRows) {
 
 // Deleting rejected events sorts by group and follows the selection; with
 // none rejected the table stays unsorted and no undo step is made.
-TEST_F(Editing, DeleteRejectedEvents) {
+TEST_F(Editing, DeleteRejectedSelectedAndCurrentEvents) {
     Fill({Event(1, 3), Event(2, 1), Event(3, 2)});
     const EventTable unsorted = ws.events;
     EXPECT_FALSE(DeleteRejectedEvents(ws).changed);
@@ -169,11 +169,16 @@ TEST_F(Editing, DeleteRejectedEvents) {
     Fill({Event(1, 255), Event(2, 255)});
     ws.selectedEvent = 2;
     EXPECT_EQ((std::tuple{DeleteRejectedEvents(ws).deleted, ws.selectedEvent}), std::tuple(2, 0));  // braces: in order
-}
-
-// Deleting a selection takes earlier rejections along in one undo step; one
-// event or no recording: nothing.
-TEST_F(Editing, DeleteSelectedEvents) {
+    // Deleting one event makes the next row current.
+    Fill({Event(1), Event(2), Event(3)});
+    ws.selectedEvent = 2;
+    EXPECT_EQ(DeleteEvent(ws).deleted, 1);
+    EXPECT_EQ(Times(), (std::vector<double>{1, 3}));
+    // The next row, then from the last row the new last row, then none.
+    std::vector<int32_t> selected{ws.selectedEvent};
+    for (int i = 0; i < 5 && DeleteEvent(ws).changed; ++i) selected.push_back(ws.selectedEvent);
+    EXPECT_EQ(selected, (std::vector<int32_t>{2, 1, 0}));
+    // Deleting a selection takes earlier rejections along in one undo step; one event or no recording: nothing.
     Fill({Event(1), Event(2, 255), Event(3, 4), Event(4), Event(5)});
     const EditResult r = DeleteSelectedEvents(ws, Rows{4, 1});
     EXPECT_EQ(std::tuple(r.regrouped, r.deleted), std::tuple(2, 3));
@@ -186,17 +191,6 @@ TEST_F(Editing, DeleteSelectedEvents) {
     Fill({Event(1), Event(2)});
     ws.recording.reset();
     EXPECT_EQ((std::tuple{DeleteSelectedEvents(ws, Rows{1}).changed, ws.events.Count()}), std::tuple(false, 2));
-}
-
-TEST_F(Editing, DeleteEventMakesTheNextRowCurrent) {
-    Fill({Event(1), Event(2), Event(3)});
-    ws.selectedEvent = 2;
-    EXPECT_EQ(DeleteEvent(ws).deleted, 1);
-    EXPECT_EQ(Times(), (std::vector<double>{1, 3}));
-    // The next row, then from the last row the new last row, then none.
-    std::vector<int32_t> selected{ws.selectedEvent};
-    for (int i = 0; i < 5 && DeleteEvent(ws).changed; ++i) selected.push_back(ws.selectedEvent);
-    EXPECT_EQ(selected, (std::vector<int32_t>{2, 1, 0}));
 }
 
 // Undo brings back the exact table before each command, redo the one after.

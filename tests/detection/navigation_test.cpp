@@ -80,6 +80,11 @@ TEST_F(NavigationView, EventsInTimeOrderAndInSequence) {
     ws.selectedEvent = 0;
     Walk({{FirstEvent, false}, {NextEvent, false}, {LastInSequence, false}, {NextInSequence, false},
           {FirstGrouped, false}});
+    // Next event in the next window skips screens without events (screens 2..3 and 4..5).
+    ws.settings.blocksPerScreen = 2;
+    Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
+    ws.selectedEvent = 2;
+    Walk({{NextEventInNextWindow, true, 1, 6}, {NextEventInNextWindow, false, -1, 6}});
 }
 
 // Without a selection (or one past the table) the walk starts from the
@@ -112,15 +117,6 @@ TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
     ws.settings.navigationGroup = 300;
     EXPECT_EQ(GroupNavigationFilter(ws.settings), 0);
 }
-
-TEST_F(NavigationView, NextEventInNextWindowSkipsEmptyScreens) {
-    ws.settings.blocksPerScreen = 2;
-    Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
-    ws.selectedEvent = 2;
-    // Screens 2..3 and 4..5 hold no event.
-    Walk({{NavCommand::NextEventInNextWindow, true, 1, 6}, {NavCommand::NextEventInNextWindow, false, -1, 6}});
-}
-
 // Jump to a time: the screen holding it (12.79 ms is sample 255.8, rounded
 // to 256, block 1; 12.77 ms rounds to 255); to an event number: its row and screen.
 TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {

@@ -47,6 +47,21 @@ TEST(FitFrame, FitsTheEventsNotTheArtefactWithTheBaselineTowardsTheQuietSide) {
     const DisplayScale all = FitAllSamples(v, down);
     EXPECT_EQ(std::tuple(all.gain, all.offsetCounts), std::tuple(288 / (5200 * 1.16), -72 - 2400));
     EXPECT_GT(StepDisplay(all, DisplayStep::IncreaseGain, down.spanCounts).gain, all.gain);
+    // An event-rich screen, 4096 samples of flat noise with 12 sharp downward peaks of -900
+    // counts: the peaks are rarer than the 0.5 % that the fitted frame leaves out, so without
+    // them the frame cuts every peak off.
+    std::vector<int16_t> samples(4096);
+    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(int(i * 7919 % 21) - 10);
+    for (std::size_t k = 0; k < 12; ++k) samples[200 + k * 300] = -900;
+    const std::vector<int16_t> peaks(12, -900);
+    const auto bottomOf = [](const DisplayFrame& f) { return f.centreCounts - f.spanCounts / 2; };
+    const DisplayFrame plain = FitFrame(samples, -1);
+    EXPECT_GT(bottomOf(plain), -900);  // what users saw: every peak off the bottom
+    const DisplayFrame withPeaks = FitFrame(samples, -1, peaks);
+    EXPECT_LE(bottomOf(withPeaks), -900);
+    // The baseline keeps its place a quarter below the top.
+    const double top = withPeaks.centreCounts + withPeaks.spanCounts / 2;
+    EXPECT_NEAR((top - 0) / withPeaks.spanCounts, kBaselineFromEdge, 0.02);
 }
 
 // Longer than one reading chunk (1024 blocks), a partial last block, spikes
@@ -189,25 +204,6 @@ TEST(ScreenLevels, TailsAndMedianAreTheLevelsAtTheirRanksForNarrowAndWideSpans) 
         }
     }
 }
-
-// An event-rich screen: its events' peaks are rarer than the 0.5 % that the
-// fitted frame leaves out, so without them the frame cuts every peak off.
-TEST(DisplayFrame, ThePeaksGivenAreInsideTheFrame) {
-    // 4096 samples of flat noise with 12 sharp downward peaks of -900 counts.
-    std::vector<int16_t> samples(4096);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(int(i * 7919 % 21) - 10);
-    for (std::size_t k = 0; k < 12; ++k) samples[200 + k * 300] = -900;
-    const std::vector<int16_t> peaks(12, -900);
-    const auto bottomOf = [](const DisplayFrame& f) { return f.centreCounts - f.spanCounts / 2; };
-    const DisplayFrame plain = FitFrame(samples, -1);
-    EXPECT_GT(bottomOf(plain), -900);  // what users saw: every peak off the bottom
-    const DisplayFrame withPeaks = FitFrame(samples, -1, peaks);
-    EXPECT_LE(bottomOf(withPeaks), -900);
-    // The baseline keeps its place a quarter below the top.
-    const double top = withPeaks.centreCounts + withPeaks.spanCounts / 2;
-    EXPECT_NEAR((top - 0) / withPeaks.spanCounts, kBaselineFromEdge, 0.02);
-}
-
 // The zoom stays inside the screen and never narrower than a few samples.
 TEST(TraceZoom, LimitsOfTimeAndRectangleZooms) {
     const TraceZoom screen{0, 1024, -100, 100};

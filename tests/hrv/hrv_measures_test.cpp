@@ -241,7 +241,6 @@ TEST(Spectrum, WelchAndLombScargleRecoverTwoSines) {
 
 TEST(Spectrum, MousePresetScalesTheBandsAndFailuresAreReported) {
     const SpectrumOptions mouse = MouseSpectrumPreset();
-    const SpectrumOptions human = HumanSpectrumPreset();
     // A mouse series at 10 beats a second with sines at 1 Hz (LF) and 3 Hz (HF).
     std::vector<double> times{0}, rr;
     for (int k = 0; k < 3000; ++k) {
@@ -252,12 +251,12 @@ TEST(Spectrum, MousePresetScalesTheBandsAndFailuresAreReported) {
     times.erase(times.begin());
     const SpectrumResult r = AnalyseSpectrum(times, rr, mouse);
     ASSERT_EQ(r.error, "");
-    EXPECT_NEAR(r.lf.peakHz, 1.0, 0.05);
-    EXPECT_NEAR(r.hf.peakHz, 3.0, 0.05);
-    EXPECT_NEAR(r.lf.powerMs2, 8, 8 * 0.1);  // 4^2 / 2, the value taken at the starting beat
-    EXPECT_NEAR(r.hf.powerMs2, 2, 2 * 0.1);
+    // Peaks within 0.05 Hz; powers 4^2 / 2 and 2^2 / 2, the value taken at the starting beat, within 10 %.
+    for (const auto& [value, truth, tolerance] : {std::tuple(r.lf.peakHz, 1.0, 0.05), {r.hf.peakHz, 3.0, 0.05},
+                                                  {r.lf.powerMs2, 8.0, 0.8}, {r.hf.powerMs2, 2.0, 0.2}})
+        EXPECT_NEAR(value, truth, tolerance);
     const std::vector<double> few{1, 2, 3};
-    EXPECT_NE(AnalyseSpectrum(few, few, human).error, "");
+    EXPECT_NE(AnalyseSpectrum(few, few, HumanSpectrumPreset()).error, "");
     // 3e11 resampled points, or as many Lomb-Scargle frequencies: refused before anything is held.
     SpectrumOptions fast = mouse;
     fast.resampleHz = 1e9;
