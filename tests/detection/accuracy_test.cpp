@@ -23,7 +23,7 @@ std::vector<double> PeaksMs(const Workspace& ws) {
 }
 
 // Greedy one-to-one matching in time order.
-TEST(Scoring, GreedyOneToOneMatching) {
+TEST(Scoring, GreedyOneToOneMatchingAndOneBasedOnsets) {
     const std::vector<double> truth{10, 20, 30, 40};
     const std::vector<double> found{9.9, 10.1, 21, 33, 40.2};
     // Matched 10 (by 9.9) and 40; false 10.1 (a duplicate), 21 and 33 (too far).
@@ -31,16 +31,13 @@ TEST(Scoring, GreedyOneToOneMatching) {
     EXPECT_EQ(std::tuple(s.truePositives, s.falsePositives, s.falseNegatives, s.Recall(), s.Precision()),
               std::tuple(2, 3, 2, 0.5, 0.4));
     // After onsets within 3 (closed): 10.1, 21, 33 and 40.2; 9.9 comes before.
-    const DetectionScore onsets = ScoreDetections(found, truth, 0.0, 3.0);
-    EXPECT_EQ(std::tuple(onsets.truePositives, onsets.falsePositives), std::tuple(4, 1));
+    const DetectionScore after = ScoreDetections(found, truth, 0.0, 3.0);
+    EXPECT_EQ(std::tuple(after.truePositives, after.falsePositives), std::tuple(4, 1));
     // 10.1 a second detection beside the matched 10; 21 and 33 displaced beside the missed 20 and 30.
     const FalsePositiveClasses c = ClassifyFalsePositives(found, truth, -0.5, 0.5, 5.0);
     EXPECT_EQ(std::tuple(c.secondDetections, c.displaced, c.noise), std::tuple(1, 2, 0));
-}
-
-// Onsets are 1-based samples t x rate: 0.32275 s at 25 us is sample 12910
-// from 1, 322.725 ms. Peak times of the synthesiser's CSV stand as they are.
-TEST(Scoring, OnsetTimesAreOneBasedSamples) {
+    // Onsets are 1-based samples t x rate: 0.32275 s at 25 us is sample 12910 from 1, 322.725 ms.
+    // Peak times of the synthesiser's CSV stand as they are.
     EXPECT_DOUBLE_EQ(OnsetTimeMs(0.32275, 25.0), 12909 * 0.025);
     EXPECT_DOUBLE_EQ(OnsetTimeMs(0.0000499, 50.0), 0.0);  // sample 1 of 50 us
     test::TempDir dir;
@@ -61,7 +58,6 @@ TEST(Scoring, OnsetTimesAreOneBasedSamples) {
     EXPECT_FALSE(ReadTrueEvents(dir / "bad.txt", 25.0, problem));
     EXPECT_NE(problem.find("'abc'"), std::string::npos);
 }
-
 // 20 pA median events in coloured noise at signal-to-noise 5 and 10, 20 s,
 // matched within 1 ms of the true peaks. The bounds are what the protocol
 // (threshold 4 x measured RMS noise) achieved when written, less a margin:

@@ -44,6 +44,15 @@ TEST(AnalyzeWindow, MeasuresAnAnalyticDoubleExponential) {
     std::vector<int64_t> marks;
     for (const auto& m : result.marks) marks.push_back(m.index);
     EXPECT_TRUE(marks == (std::vector<int64_t>{626, 526, 600, 751}) && dialogs.Transcript().empty());
+    // Downward events (direction 0 read as -1): positive amplitude and rise, negative slope.
+    TraceFile downward(test::EventTrace(2048, {{600, DoubleExp{10, 100, 2000}}}, -1));
+    for (int16_t direction : {int16_t(-1), int16_t(0)}) {
+        const EventTable events = test::AnalyzeScreen(*downward.rec, 0, TestParams(direction));
+        ASSERT_EQ(events.Count(), 1) << "direction " << direction;
+        EXPECT_EQ(std::pair(events[1].peakDirection, events[1].amplitude), std::pair(int16_t(-1), 2000));
+        EXPECT_GT(events[1].rise1090, 0.0f);
+        EXPECT_NEAR(events[1].slope1090, -2000 * 0.8 / events[1].rise1090, 0.01);
+    }
 }
 
 // The first screen's search starts at BaseOffset + SearchLen (320): an event
@@ -119,19 +128,6 @@ TEST(AnalyzeWindow, ImproperParametersShowTheMessageAndAddNothing) {
     ASSERT_TRUE(len.has_value());
     EXPECT_EQ(std::tuple(len->searchLen, len->baseOffset, len->decayLen), std::tuple(2, 4, 1));
 }
-
-// Downward events (direction 0 read as -1): positive amplitude and rise, negative slope.
-TEST(AnalyzeWindow, DownwardEventHasNegativeSlope) {
-    TraceFile file(test::EventTrace(2048, {{600, DoubleExp{10, 100, 2000}}}, -1));
-    for (int16_t direction : {int16_t(-1), int16_t(0)}) {
-        const EventTable events = test::AnalyzeScreen(*file.rec, 0, TestParams(direction));
-        ASSERT_EQ(events.Count(), 1) << "direction " << direction;
-        EXPECT_EQ(std::pair(events[1].peakDirection, events[1].amplitude), std::pair(int16_t(-1), 2000));
-        EXPECT_GT(events[1].rise1090, 0.0f);
-        EXPECT_NEAR(events[1].slope1090, -2000 * 0.8 / events[1].rise1090, 0.01);
-    }
-}
-
 // The smoothed value divides by NumberPointsPeak, not by the points summed;
 // FindMax keeps the earliest of equal values in either direction.
 TEST(Detector, SmoothingAndEarliestExtreme) {

@@ -58,6 +58,17 @@ TEST_F(NavigationView, ScreensStopAtBothEnds) {
     // Off the tiling: whole screens, never past the data.
     ws.screenStartBlock = 6;
     Walk({{NextScreen, false}, {PrevScreen, true, -1, 2}, {PrevScreen, true, -1, 0}});
+    // Next time interval moves at least one screen.
+    ws.settings.blocksPerScreen = 1;
+    ws.settings.jumpIntervalMs = 20;  // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2
+    Walk({{NextTimeInterval, true, -1, 1}, {NextTimeInterval, true, -1, 2}});
+    ws.settings.jumpIntervalMs = 5;  // shorter than a screen
+    Walk({{NextTimeInterval, true, -1, 3}});
+    ws.screenStartBlock = 9;
+    Walk({{NextTimeInterval, false}});  // past the data
+    ws.settings.jumpIntervalMs = 0;
+    ws.screenStartBlock = 0;
+    Walk({{NextTimeInterval, false}});
     ws.recording.reset();
     ws.screenStartBlock = 4;
     Walk({{FirstScreen, false, -1, 4}, {NextScreen, false, -1, 4}, {LastScreen, false, -1, 4}});
@@ -85,13 +96,9 @@ TEST_F(NavigationView, EventsInTimeOrderAndInSequence) {
     Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
     ws.selectedEvent = 2;
     Walk({{NextEventInNextWindow, true, 1, 6}, {NextEventInNextWindow, false, -1, 6}});
-}
-
-// Without a selection (or one past the table) the walk starts from the
-// screen shown; 70 ms without a sampleIndex is sample 1400.
-TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
+    // Without a selection (or one past the table) the walk starts from the screen shown; 70 ms
+    // without a sampleIndex is sample 1400.
     Fill({Event(5, 100), Event(70, 0), Event(120, 2400)});
-    using enum NavCommand;
     const std::tuple<int32_t, NavCommand, int32_t> cases[] = {
         {4, NextEvent, 2}, {4, PrevEvent, 2}, {8, PrevEvent, 3}, {0, NextInSequence, 1}};
     for (const auto& [screen, command, selected] : cases) {
@@ -100,7 +107,6 @@ TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
         EXPECT_EQ((std::tuple{Go(command), ws.selectedEvent}), std::tuple(true, selected)) << screen;
     }
 }
-
 TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
     Fill({Event(10, 200, 2), Event(20, 400, 0), Event(30, 600, 1), Event(40, 800, 255),
           Event(50, 1000, 2)});
@@ -171,20 +177,6 @@ TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
     dialogs.AnswerInput(std::nullopt);
     EXPECT_EQ((std::tuple{JumpToTime(ws, dialogs).moved, dialogs.Messages().size()}), std::tuple(false, 0u));  // braces: in order
 }
-
-TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
-    ws.settings.blocksPerScreen = 1;
-    ws.settings.jumpIntervalMs = 20;  // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2
-    Walk({{NavCommand::NextTimeInterval, true, -1, 1}, {NavCommand::NextTimeInterval, true, -1, 2}});
-    ws.settings.jumpIntervalMs = 5;  // shorter than a screen
-    Walk({{NavCommand::NextTimeInterval, true, -1, 3}});
-    ws.screenStartBlock = 9;
-    Walk({{NavCommand::NextTimeInterval, false}});  // past the data
-    ws.settings.jumpIntervalMs = 0;
-    ws.screenStartBlock = 0;
-    Walk({{NavCommand::NextTimeInterval, false}});
-}
-
 TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
     DisplayScale s;
     const std::vector<double> up = {1.25, 1.6, 2, 2.5, 3.2, 4, 5, 6.4, 8, 10, 12.5};

@@ -62,12 +62,8 @@ TEST(Overlap, ComplexPeakFindsBothEventsOfAPair) {
         ASSERT_EQ(merged.size(), 1u);
         EXPECT_GT(merged[0], 560 + 60);
     }
-}
-
-// A further peak needs a real trough after the stored one: a 40-count notch
-// just after a single event's peak (a rise of 13 on three-point means, over
-// the threshold of 5) is none.
-TEST(Overlap, ComplexPeakNeedsARealTroughBetweenPeaks) {
+    // A further peak needs a real trough after the stored one: a 40-count notch just after a single
+    // event's peak (a rise of 13 on three-point means, over the threshold of 5) is none.
     for (const int direction : {1, -1}) {
         // 999.83 and 999.91 at 25 and 26 round to 1000: the peak is the earlier, 585.
         std::vector<int16_t> trace = test::EventTrace(2048, {{560, DoubleExp{10, 100, 1000}}}, direction);
@@ -75,7 +71,6 @@ TEST(Overlap, ComplexPeakNeedsARealTroughBetweenPeaks) {
         EXPECT_EQ(Peaks(FirstScreen(trace, /*complexPeak=*/true, int16_t(direction))), std::vector<int32_t>{585});
     }
 }
-
 // Events stored from the last range of a screen (peaks 950 and about 1052,
 // BaseOffset 160) are not stored again from the next screen, whose
 // earlier-peak search reaches back over the first.

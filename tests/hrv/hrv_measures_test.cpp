@@ -43,21 +43,16 @@ TEST(TimeDomain, FourBeatsByHand) {
     const HrvAnalysis rodent = AnalyseBeats(beats, 3200, 3200, HrvOptions{});
     EXPECT_EQ(std::tuple(rodent.rr.outsideBounds, rodent.timeDomain.nRR, rodent.timeDomain.nDRR), std::tuple(3u, 0, 0));
     EXPECT_TRUE(std::isnan(rodent.timeDomain.MRR));
-}
-
-// Undefined measures are blank, never 0; a beat not measured costs its two intervals only.
-TEST(TimeDomain, NotMeasuredValuesAreBlankAndLeftOut) {
+    // Undefined measures are blank, never 0; a beat not measured costs its two intervals only.
     const TimeDomainResult one = AnalyseBeats(std::vector<double>{0, 800}, 800, 800, WideOpen()).timeDomain;
     EXPECT_EQ(one.nRR, 1);
     for (double v : {one.SDRR, one.CVPercent, one.MdRR, one.rMSSD, one.pNN}) EXPECT_TRUE(std::isnan(v));
     EXPECT_EQ(std::tuple(FormatMeasure(3, one.CVPercent), FormatMeasure(1, one.MRR)), std::tuple("", "800.000"));
-    const std::vector<double> beats{0, 800, std::nan(""), 2400, 3200, 4000};
-    const HrvAnalysis a = AnalyseBeats(beats, 4000, 4000, WideOpen());
+    const HrvAnalysis a = AnalyseBeats(std::vector<double>{0, 800, std::nan(""), 2400, 3200, 4000}, 4000, 4000, WideOpen());
     // 2400-3200-4000: one delta, of 0.
     EXPECT_EQ(std::tuple(a.rr.notMeasured, a.timeDomain.nRR, a.timeDomain.MRR, a.timeDomain.rMSSD),
               std::tuple(2u, 3, 800.0, 0.0));
 }
-
 // Segments of 1000 ms over 4500 ms: intervals end at 800 (segment 1), 1600 (2),
 // 3200 (4), 4400 and 4450 (5, RR 1200 and 50); segment 3 holds none.
 TEST(TimeDomain, SegmentsWithEmptyAndLastOptions) {
