@@ -97,18 +97,14 @@ TEST(EventSound, OneSoundPer150MsAtMost) {
     EXPECT_EQ(sounds, 7);  // 1000, 1150, .. 1900
 }
 
-// Non-stop analysis started on a screen that nothing has analysed: the run
-// covers that screen too, so a run over a freshly opened recording finds
-// what the whole-file detection of the command line finds; on a screen that
-// was analysed, or that holds events, it starts with the next screen.
-
 void OpenFresh(Workspace& ws, const std::filesystem::path& path) {
     ScriptedDialogs dialogs;
     ASSERT_TRUE(OpenDataFile(ws, path, dialogs)) << path;
 }
 
-// Non-stop from block 0 of a freshly opened file equals the whole-file run,
-// for the threshold detection and for the deconvolution of a new
+// Non-stop analysis started on a screen that nothing has analysed covers that
+// screen too: from block 0 of a freshly opened file it equals the whole-file
+// run, for the threshold detection and for the deconvolution of a new
 // installation.
 TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
     test::TempDir dir;

@@ -34,16 +34,13 @@ struct DoubleExp {
     }
 };
 
-inline void AddEvent(std::vector<int16_t>& trace, int64_t onset, const DoubleExp& shape,
-                     int direction = 1) {
+inline void AddEvent(std::vector<int16_t>& trace, int64_t onset, const DoubleExp& shape, int direction = 1) {
     for (int64_t i = onset; i < int64_t(trace.size()); ++i)
-        trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] +
-                                        RoundEven(direction * shape(double(i - onset))));
+        trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] + RoundEven(direction * shape(double(i - onset))));
 }
 
 // A flat trace of zeros with the events at their onsets.
-inline std::vector<int16_t> EventTrace(std::size_t points,
-                                       std::initializer_list<std::pair<int64_t, DoubleExp>> events,
+inline std::vector<int16_t> EventTrace(std::size_t points, std::initializer_list<std::pair<int64_t, DoubleExp>> events,
                                        int direction = 1) {
     std::vector<int16_t> trace(points, 0);
     for (const auto& [onset, shape] : events) AddEvent(trace, onset, shape, direction);
@@ -92,8 +89,7 @@ inline AnalysisParameters TestParams(int16_t direction = 1) {
 struct TraceFile {
     TempDir dir;
     std::unique_ptr<Recording> rec;
-    explicit TraceFile(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f,
-                       double intervalUs = 50)
+    explicit TraceFile(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f, double intervalUs = 50)
         : rec(MakeRecording(dir / "trace.abf", samples, intervalUs, countsPerUnit)) {}
 };
 
