@@ -48,7 +48,8 @@ TEST(Scoring, GreedyOneToOneMatchingAndOneBasedOnsets) {
     std::string problem;
     const auto onsets = ReadTrueEvents(dir / "onsets.txt", 25.0, problem);
     ASSERT_TRUE(onsets) << problem;
-    EXPECT_EQ(std::tuple(onsets->onsets, onsets->timesMs), std::tuple(true, std::vector<double>{12909 * 0.025, 14162 * 0.025}));
+    EXPECT_EQ(std::tuple(onsets->onsets, onsets->timesMs),
+              std::tuple(true, std::vector<double>{12909 * 0.025, 14162 * 0.025}));
     const auto peaks = ReadTrueEvents(dir / "peaks.csv", 25.0, problem);
     ASSERT_TRUE(peaks) << problem;
     EXPECT_EQ(std::tuple(peaks->onsets, peaks->timesMs), std::tuple(false, std::vector<double>{2.5}));

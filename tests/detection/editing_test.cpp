@@ -101,7 +101,8 @@ TEST_F(Editing, GroupSelectedRowsOrTheCurrentEvent) {
     const EventTable before = ws.events;
     ws.history.Clear();
     dialogs.AnswerInput("5");
-    EXPECT_EQ((std::tuple{GroupSelectedEvents(ws, dialogs, Rows{3}).changed, ws.history.CanUndo()}), std::tuple(false, false));
+    EXPECT_EQ((std::tuple{GroupSelectedEvents(ws, dialogs, Rows{3}).changed, ws.history.CanUndo()}),
+              std::tuple(false, false));
     ws.selectedEvent = 0;
     dialogs.ClearTranscript();
     GroupSelectedEvents(ws, dialogs, {});

@@ -77,7 +77,8 @@ TEST_F(MethodsTest, EachEventIsFoundOnce) {
             SCOPED_TRACE(testing::Message() << c.onsets.size() << " events, " << MethodName(m));
             Workspace ws = Open(Noisy(c.points, c.onsets, 150, c.noise, c.drift), m);
             DetectWholeFile(ws, dialogs);
-            EXPECT_EQ(std::tuple(Matched(ws.events, c.onsets), ws.events.Count()), std::tuple(c.onsets.size(), c.onsets.size()));
+            EXPECT_EQ(std::tuple(Matched(ws.events, c.onsets), ws.events.Count()),
+                      std::tuple(c.onsets.size(), c.onsets.size()));
             for (const EventRecord& e : ws.events.Records()) {
                 EXPECT_TRUE(!c.alone || std::abs(e.amplitude - 150) <= 40) << e.amplitude;  // noise SD 10
                 EXPECT_EQ(e.peakDirection, -1);
@@ -149,7 +150,8 @@ TEST(EventKernel, FitAndRobustNoiseRecoverTheirTruth) {
     const KernelFit fit = FitKernel(avg, kIntervalUs);
     ASSERT_TRUE(fit.ok);
     // Within a tenth, the amplitude within 5 %.
-    for (const auto& [value, truth] : {std::pair(fit.kernel.riseTauMs, 0.4), {fit.kernel.decayTauMs, 5.0}, {fit.onsetShiftMs, 1.0}})
+    for (const auto& [value, truth] :
+         {std::pair(fit.kernel.riseTauMs, 0.4), {fit.kernel.decayTauMs, 5.0}, {fit.onsetShiftMs, 1.0}})
         EXPECT_NEAR(value, truth, 0.1 * truth);
     EXPECT_NEAR(fit.amplitude, 30, 1.5);
     std::mt19937_64 rng(4);
@@ -303,7 +305,8 @@ TEST_F(MethodsTest, SuggestedTemplateThresholdFollowsTheCriterionsSpread) {
     };
     const double onWhite = suggestAndDetect(Noisy(200000, onsets, 150, 10));
     const double onColoured = suggestAndDetect(coloured);
-    EXPECT_TRUE(onWhite == MethodParameters{}.templateThreshold && onColoured > 1.5 * onWhite) << onWhite << " " << onColoured;
+    EXPECT_TRUE(onWhite == MethodParameters{}.templateThreshold && onColoured > 1.5 * onWhite)
+        << onWhite << " " << onColoured;
 }
 
 // Slow events (rise 2 ms, decay 8 ms) of 2 noise SDs: the suggestion smooths

@@ -175,7 +175,8 @@ TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
     }
     dialogs.ClearTranscript();
     dialogs.AnswerInput(std::nullopt);
-    EXPECT_EQ((std::tuple{JumpToTime(ws, dialogs).moved, dialogs.Messages().size()}), std::tuple(false, 0u));  // braces: in order
+    // Braces: called in order.
+    EXPECT_EQ((std::tuple{JumpToTime(ws, dialogs).moved, dialogs.Messages().size()}), std::tuple(false, 0u));
 }
 TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
     DisplayScale s;

@@ -169,11 +169,9 @@ TEST(AnalysedBlocks, MergesTouchingRangesAndFindsOverlaps) {
     EXPECT_EQ(a.RangeCount(), 1u);
     a.Add(30, 2);
     EXPECT_EQ(a.RangeCount(), 2u);
-    const struct {
-        int32_t first, count;
-        bool any;
-    } probes[] = {{0, 4, false}, {0, 5, true}, {15, 1, true}, {16, 14, false},
-                  {29, 2, true}, {31, 1, true}, {32, 8, false}, {10, 0, false}};
+    const struct { int32_t first, count; bool any; } probes[] = {
+        {0, 4, false}, {0, 5, true}, {15, 1, true}, {16, 14, false}, {29, 2, true}, {31, 1, true}, {32, 8, false},
+        {10, 0, false}};
     for (const auto& p : probes) EXPECT_EQ(a.AnyIn(p.first, p.count), p.any) << p.first << "+" << p.count;
 }
 

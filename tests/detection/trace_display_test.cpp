@@ -207,10 +207,7 @@ TEST(ScreenLevels, TailsAndMedianAreTheLevelsAtTheirRanksForNarrowAndWideSpans) 
 // The zoom stays inside the screen and never narrower than a few samples.
 TEST(TraceZoom, LimitsOfTimeAndRectangleZooms) {
     const TraceZoom screen{0, 1024, -100, 100};
-    const struct {
-        double at, factor;
-        double first, last;
-    } times[] = {
+    const struct { double at, factor, first, last; } times[] = {
         {512, 0.5, 256, 768},   // centred
         {0, 0.5, 0, 512},       // the left edge stays
         {1024, 0.5, 512, 1024}, // the right edge stays

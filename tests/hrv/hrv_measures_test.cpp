@@ -154,8 +154,8 @@ TEST(Geometric, BinsTriangleAndLorenzEllipse) {
     ASSERT_TRUE(h);
     EXPECT_EQ(std::tuple(h->lowestBin, h->counts), std::tuple(-1, std::vector<int32_t>{1, 2, 1}));
     // 60001 bins are too many, 60000 not; bins of no width neither.
-    EXPECT_EQ(std::tuple(bool(BinValues(std::vector<double>{0, 60000}, 1)), bool(BinValues(std::vector<double>{0, 59999}, 1)),
-                         bool(BinValues(v, 0))),
+    EXPECT_EQ(std::tuple(bool(BinValues(std::vector<double>{0, 60000}, 1)),
+                         bool(BinValues(std::vector<double>{0, 59999}, 1)), bool(BinValues(v, 0))),
               std::tuple(false, true, false));
     // An exact triangle 0,1,2,3,4,3,2,1,0 (bins 0..8 of width 1): feet at the
     // centres of bins 0 and 8, TINN 8, index 16 / 4.
