@@ -3,6 +3,7 @@
 // is stored twice and what is refused.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <tuple>
 
 #include "detection/analyze_window.h"
@@ -13,7 +14,6 @@
 namespace vess {
 namespace {
 
-using test::AddEvent;
 using test::DoubleExp;
 using test::TestParams;
 using test::TraceFile;
@@ -27,34 +27,32 @@ using test::TraceFile;
 // below 0.32 x 9999 first at t = 151 (decay 125); area by samples 488.00
 // pA ms (integral 487.27); slope 99.99 x 0.8 / 0.6737 = 118.74 pA/ms.
 TEST(AnalyzeWindow, MeasuresAnAnalyticDoubleExponential) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 10000});
-    TraceFile file(trace, 100.0f);
+    TraceFile file(test::EventTrace(2048, {{600, DoubleExp{10, 100, 10000}}}), 100.0f);
     const Screen screen(*file.rec, 0, 4);
     EventTable events;
     ScriptedDialogs dialogs;
     const AnalyzeWindowResult result = AnalyzeWindow(screen, TestParams(), events, dialogs);
-
-    ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(result.eventsAdded, 1);
+    ASSERT_EQ(std::tuple(events.Count(), result.eventsAdded), std::tuple(1, 1));
     const EventRecord& e = events[1];
-    EXPECT_EQ(e.sampleIndex, 626);
     EXPECT_FLOAT_EQ(e.time, 626 * 0.05f);
-    EXPECT_EQ(e.amplitude, 9999);
-    EXPECT_EQ(e.baseline, 0);
-    EXPECT_EQ(e.riseTime, 26);
-    EXPECT_EQ(e.decayTime, 125);
-    EXPECT_NEAR(e.rise1090, 0.6737, 0.0001);
-    EXPECT_EQ(e.rise50, 21);
-    EXPECT_NEAR(e.halfWidth, 5.018, 0.005);
-    EXPECT_NEAR(e.area, 488.0, 0.5);
-    EXPECT_NEAR(e.slope1090, 118.74, 0.01);
-    EXPECT_EQ(e.baseOffset, 120);
+    EXPECT_EQ(std::tuple(e.sampleIndex, e.amplitude, e.baseline, e.riseTime, e.decayTime, e.rise50, e.baseOffset),
+              std::tuple(626, 9999, 0, 26, 125, 21, 120));
+    const std::tuple<double, double, double> measured[] = {
+        {e.rise1090, 0.6737, 0.0001}, {e.halfWidth, 5.018, 0.005}, {e.area, 488.0, 0.5}, {e.slope1090, 118.74, 0.01}};
+    for (const auto& [value, byHand, tolerance] : measured) EXPECT_NEAR(value, byHand, tolerance);
     // Marks: peak, middle of the baseline window (506 + 20), start, decay.
     std::vector<int64_t> marks;
     for (const auto& m : result.marks) marks.push_back(m.index);
-    EXPECT_EQ(marks, (std::vector<int64_t>{626, 526, 600, 751}));
-    EXPECT_TRUE(dialogs.Transcript().empty());
+    EXPECT_TRUE(marks == (std::vector<int64_t>{626, 526, 600, 751}) && dialogs.Transcript().empty());
+    // Downward events (direction 0 read as -1): positive amplitude and rise, negative slope.
+    TraceFile downward(test::EventTrace(2048, {{600, DoubleExp{10, 100, 2000}}}, -1));
+    for (int16_t direction : {int16_t(-1), int16_t(0)}) {
+        const EventTable events = test::AnalyzeScreen(*downward.rec, 0, TestParams(direction));
+        ASSERT_EQ(events.Count(), 1) << "direction " << direction;
+        EXPECT_EQ(std::pair(events[1].peakDirection, events[1].amplitude), std::pair(int16_t(-1), 2000));
+        EXPECT_GT(events[1].rise1090, 0.0f);
+        EXPECT_NEAR(events[1].slope1090, -2000 * 0.8 / events[1].rise1090, 0.01);
+    }
 }
 
 // The first screen's search starts at BaseOffset + SearchLen (320): an event
@@ -62,106 +60,66 @@ TEST(AnalyzeWindow, MeasuresAnAnalyticDoubleExponential) {
 // screen. There that event is at index 75, its baseline read from the end of
 // the previous screen (level 100; zeros before index 0 would give 0).
 TEST(AnalyzeWindow, FirstScreenStartsLateLaterScreensReadThePreviousOne) {
-    std::vector<int16_t> trace(4096, 100);
     // Sampled peak t = 25 (999.83 and 999.91 at 25 and 26 round to 1000; the earliest wins).
-    AddEvent(trace, 50, DoubleExp{10, 100, 1000});
-    AddEvent(trace, 1024 + 50, DoubleExp{10, 100, 1000});
+    std::vector<int16_t> trace = test::EventTrace(4096, {{50, DoubleExp{10, 100, 1000}}, {1074, DoubleExp{10, 100, 1000}}});
+    for (int16_t& v : trace) v = int16_t(v + 100);
     TraceFile file(trace);
-    ScriptedDialogs dialogs;
-
-    EventTable first;
-    AnalyzeWindow(Screen(*file.rec, 0, 4), TestParams(), first, dialogs);
+    const EventTable first = test::AnalyzeScreen(*file.rec, 0, TestParams());
     ASSERT_EQ(first.Count(), 1);
     EXPECT_EQ(first[1].relativeTime, 1024 + 75);
-
-    EventTable second;
-    AnalyzeWindow(Screen(*file.rec, 4, 4), TestParams(), second, dialogs);
+    const EventTable second = test::AnalyzeScreen(*file.rec, 4, TestParams());
     ASSERT_EQ(second.Count(), 1);
-    EXPECT_EQ(second[1].relativeTime, 75);
-    EXPECT_EQ(second[1].sampleIndex, 1024 + 75);
-    EXPECT_EQ(second[1].baseline, 100);
-    EXPECT_EQ(second[1].amplitude, 1000);
-    EXPECT_EQ(second[1].time, first[1].time);
+    const EventRecord& e = second[1];
+    EXPECT_EQ(std::tuple(e.relativeTime, e.sampleIndex, e.baseline, e.amplitude), std::tuple(75, 1024 + 75, 100, 1000));
+    EXPECT_EQ(e.time, first[1].time);
 }
 
 // The duplicate guard compares a new event with the last record only: a
 // second pass over a screen of one event adds nothing, over two repeats both.
 TEST(AnalyzeWindow, DuplicateGuardLooksAtTheLastRecordOnly) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 1024 + 100, DoubleExp{10, 60, 500});
-    AddEvent(trace, 1024 + 650, DoubleExp{10, 60, 500});
-    TraceFile file(trace);
+    TraceFile file(test::EventTrace(4096, {{1024 + 100, DoubleExp{10, 60, 500}}, {1024 + 650, DoubleExp{10, 60, 500}}}));
     ScriptedDialogs dialogs;
-
     const Screen two(*file.rec, 4, 4);
     EventTable events;
     AnalyzeWindow(two, TestParams(), events, dialogs);
     ASSERT_EQ(events.Count(), 2);
     EXPECT_EQ(AnalyzeWindow(two, TestParams(), events, dialogs).eventsAdded, 2);
     ASSERT_EQ(events.Count(), 4);
-    EXPECT_EQ(events[3], events[1]);
-    EXPECT_EQ(events[4], events[2]);
-
+    EXPECT_TRUE(events[3] == events[1] && events[4] == events[2]);
     // Blocks 6..7 hold the second event only.
     const Screen one(*file.rec, 6, 2);
     EventTable single;
     AnalyzeWindow(one, TestParams(), single, dialogs);
     ASSERT_EQ(single.Count(), 1);
-    EXPECT_EQ(AnalyzeWindow(one, TestParams(), single, dialogs).eventsAdded, 0);
-    EXPECT_EQ(single.Count(), 1);
-}
-
-// A ramp 0, 100, .. 1000 (400..410) to a plateau never decays: decay point
-// peak + DecayLen + 1, area by hand (5500 + 400 x 1000) x 0.05 = 20275 pA ms.
-// The area threshold keeps the later plateau ranges out.
-TEST(AnalyzeWindow, DecayNeverReachedCoversTheWholeDecayWindow) {
-    std::vector<int16_t> trace(2048, 1000);
-    for (int i = 0; i < 400; ++i) trace[std::size_t(i)] = 0;
-    for (int k = 0; k <= 10; ++k) trace[std::size_t(400 + k)] = int16_t(100 * k);
-    TraceFile file(trace);
-    AnalysisParameters params = TestParams();
-    params.AreaThreshold = 10000;
-    EventTable events;
-    ScriptedDialogs dialogs;
-    AnalyzeWindow(Screen(*file.rec, 0, 4), params, events, dialogs);
-    ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(events[1].relativeTime, 410);
-    EXPECT_EQ(events[1].riseTime, 10);
-    EXPECT_EQ(events[1].decayTime, 401);
-    EXPECT_FLOAT_EQ(events[1].area, 20275.0f);
+    EXPECT_EQ((std::tuple{AnalyzeWindow(one, TestParams(), single, dialogs).eventsAdded, single.Count()}), std::tuple(0, 1));
 }
 
 // Any period below one sample before rounding (0.6) is refused with the
 // message; exactly one sample is accepted. Periods round half to even.
 TEST(AnalyzeWindow, ImproperParametersShowTheMessageAndAddNothing) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    TraceFile file(trace);
+    TraceFile file(test::EventTrace(2048, {{600, DoubleExp{10, 100, 1000}}}));
     const Screen screen(*file.rec, 0, 4);
     EventTable events;
     ScriptedDialogs dialogs;
-    AnalysisParameters params = TestParams();
+    AnalysisParameters params;
     for (int32_t AnalysisParameters::*period :
          {&AnalysisParameters::PeriodToSearchMax, &AnalysisParameters::PeriodStartBaseline,
           &AnalysisParameters::PeriodBaselineAverage, &AnalysisParameters::PeriodFindDecayTime}) {
         params = TestParams();
         params.*period = 30;  // 0.6 samples at 50 us
         dialogs.ClearTranscript();
-        EXPECT_TRUE(AnalyzeWindow(screen, params, events, dialogs).improperParameters);
-        EXPECT_EQ(events.Count(), 0);
+        EXPECT_EQ((std::tuple{AnalyzeWindow(screen, params, events, dialogs).improperParameters, events.Count()}),
+                  std::tuple(true, 0));
         ASSERT_EQ(dialogs.Messages().size(), 1u);
     }
     EXPECT_EQ(dialogs.Messages()[0].caption, "Improper Analysis Parameters");
     EXPECT_EQ(dialogs.Messages()[0].text,
               "The analysis parameters are not set properly.  Please run 'Suggest Analysis "
               "Paramters' command under File menu.");
-
     params = TestParams();
     params.PeriodBaselineAverage = 50;  // exactly one sample
     EXPECT_FALSE(AnalyzeWindow(screen, params, events, dialogs).improperParameters);
-    EXPECT_GE(events.Count(), 1);
-    EXPECT_EQ(dialogs.Messages().size(), 1u);
-
+    EXPECT_TRUE(events.Count() >= 1 && dialogs.Messages().size() == 1u);
     AnalysisParameters p = TestParams();
     p.PeriodToSearchMax = 125;    // 2.5 samples
     p.PeriodStartBaseline = 175;  // 3.5
@@ -170,33 +128,13 @@ TEST(AnalyzeWindow, ImproperParametersShowTheMessageAndAddNothing) {
     ASSERT_TRUE(len.has_value());
     EXPECT_EQ(std::tuple(len->searchLen, len->baseOffset, len->decayLen), std::tuple(2, 4, 1));
 }
-
-// Downward events (direction 0 read as -1): positive amplitude and rise, negative slope.
-TEST(AnalyzeWindow, DownwardEventHasNegativeSlope) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 2000}, -1);
-    TraceFile file(trace);
-    for (int16_t direction : {int16_t(-1), int16_t(0)}) {
-        EventTable events;
-        ScriptedDialogs dialogs;
-        AnalyzeWindow(Screen(*file.rec, 0, 4), TestParams(direction), events, dialogs);
-        ASSERT_EQ(events.Count(), 1) << "direction " << direction;
-        EXPECT_EQ(events[1].peakDirection, -1);
-        EXPECT_EQ(events[1].amplitude, 2000);
-        EXPECT_GT(events[1].rise1090, 0.0f);
-        EXPECT_NEAR(events[1].slope1090, -2000 * 0.8 / events[1].rise1090, 0.01);
-    }
-}
-
 // The smoothed value divides by NumberPointsPeak, not by the points summed;
 // FindMax keeps the earliest of equal values in either direction.
 TEST(Detector, SmoothingAndEarliestExtreme) {
     std::vector<int16_t> trace(2048, 0);
-    trace[699] = 10;
-    trace[700] = 20;
-    trace[701] = 31;
-    for (int i = 800; i < 806; ++i) trace[std::size_t(i)] = 50;
-    for (int i = 900; i < 906; ++i) trace[std::size_t(i)] = -50;
+    std::tie(trace[699], trace[700], trace[701]) = std::tuple(10, 20, 31);
+    std::fill_n(trace.begin() + 800, 6, 50);
+    std::fill_n(trace.begin() + 900, 6, -50);
     TraceFile file(trace);
     const Screen screen(*file.rec, 0, 4);
     AnalysisParameters p = TestParams();
@@ -205,11 +143,10 @@ TEST(Detector, SmoothingAndEarliestExtreme) {
         p.PeakDirection = dir;
         return Detector(screen, p, *ConvertPeriods(p, 50));
     };
-    EXPECT_EQ(detector(1, 1).GetAverageValue(700), 20);
-    EXPECT_EQ(detector(2, 1).GetAverageValue(700), 30);  // 61 / 2 = 30.5 -> 30 (even)
-    EXPECT_EQ(detector(3, 1).GetAverageValue(700), 20);  // 61 / 3
-    EXPECT_EQ(detector(2, 1).GetAverageValue(701), 26);  // 51 / 2 = 25.5 -> 26 (even)
-
+    // 61 / 2 = 30.5 -> 30 and 51 / 2 = 25.5 -> 26 (to even); 61 / 3.
+    EXPECT_EQ(std::tuple(detector(1, 1).GetAverageValue(700), detector(2, 1).GetAverageValue(700),
+                         detector(3, 1).GetAverageValue(700), detector(2, 1).GetAverageValue(701)),
+              std::tuple(20, 30, 20, 26));
     for (int16_t npp : {int16_t(1), int16_t(2), int16_t(3)}) {
         const PeakPoint up = detector(npp, 1).FindMax(760, 100);
         EXPECT_EQ(up.index, npp == 1 ? 800 : 801) << npp;  // smoothing needs a full window

@@ -12,105 +12,73 @@
 namespace vess {
 namespace {
 
-using test::AddEvent;
 using test::DoubleExp;
-
-using Fixture = test::TraceWorkspace;
-
-// 1000 counts at 600 and 600 counts on its decay 4 ms later, in one search range.
-std::vector<int16_t> DoubleTrace() {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    AddEvent(trace, 680, DoubleExp{10, 100, 600});
-    return trace;
-}
 
 constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
 
+// 1000 counts at 600 and 600 counts on its decay 4 ms later, in one search range.
 TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
-    Fixture f(DoubleTrace());
-    ScriptedDialogs dialogs;
-    ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
+    test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {680, DoubleExp{10, 100, 600}}}));
+    ASSERT_EQ(DetectAtPoint(f.ws, f.dialogs, 626).eventIndex, 1);
     ASSERT_NEAR(f.ws.events[1].sampleIndex, 626, 1);
     const EventRecord first = f.ws.events[1];
     f.ws.history.Clear();
-
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    ASSERT_EQ(r.eventIndex, 2);
-    EXPECT_EQ(r.firstIndex, 1);
-    ASSERT_EQ(f.ws.events.Count(), 2);
+    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
+    ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex, f.ws.events.Count()), std::tuple(2, 1, 2));
     const EventRecord& second = f.ws.events[2];
-    EXPECT_GT(second.sampleIndex, kSecondPeak - 10);
-    EXPECT_LE(second.sampleIndex, kSecondPeak);
+    EXPECT_TRUE(second.sampleIndex > kSecondPeak - 10 && second.sampleIndex <= kSecondPeak) << second.sampleIndex;
     // On the first event's baseline, its start the trough between the peaks.
     EXPECT_EQ(second.baseline, first.baseline);
-    EXPECT_GT(second.amplitude, 600);
-    EXPECT_LT(second.amplitude, 1300);
+    EXPECT_TRUE(second.amplitude > 600 && second.amplitude < 1300) << second.amplitude;
     EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
-    EXPECT_EQ(r.marks.size(), 4u);
-    EXPECT_TRUE(dialogs.Messages().empty());
-
-    const DoublePeakResult again = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    EXPECT_TRUE(again.alreadyStored);
-    EXPECT_EQ(again.eventIndex, 2);
-    EXPECT_EQ(f.ws.events.Count(), 2);
-
+    EXPECT_EQ(std::tuple(r.marks.size(), f.dialogs.Messages().size()), std::tuple(4u, 0u));
+    const DoublePeakResult again = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
+    EXPECT_EQ(std::tuple(again.alreadyStored, again.eventIndex, f.ws.events.Count()), std::tuple(true, 2, 2));
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
-    EXPECT_EQ(f.ws.events.Count(), 1);
-    EXPECT_FALSE(f.ws.history.CanUndo());
-
+    EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(1, false));
     // At a clicked point both peaks are stored, as one undo step.
     f.ws.events.Clear();
-    const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
+    const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, f.dialogs, 630);
     ASSERT_EQ(f.ws.events.Count(), 2);
-    EXPECT_EQ(std::pair(both.firstIndex, both.eventIndex), std::pair(1, 2));
+    EXPECT_EQ(std::tuple(both.firstIndex, both.eventIndex, both.marks.size()), std::tuple(1, 2, 8u));
     EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
-    EXPECT_EQ(both.marks.size(), 8u);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_TRUE(f.ws.events.Empty());
-    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
-    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Found");
+    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, f.dialogs, 3000).eventIndex, 0);
+    EXPECT_EQ(f.dialogs.Messages().back().caption, "No Event Found");
 }
 
 TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    AddEvent(trace, 2600, DoubleExp{10, 100, 1000});
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {2600, DoubleExp{10, 100, 1000}}}));
     f.ws.settings.blocksPerScreen = 4;  // 1024 points a screen
-    AnalyzeCurrentScreen(f.ws, dialogs);
-    AnalyzeNextWindow(f.ws, dialogs);
-    AnalyzeNextWindow(f.ws, dialogs);
+    AnalyzeCurrentScreen(f.ws, f.dialogs);
+    AnalyzeNextWindow(f.ws, f.dialogs);
+    AnalyzeNextWindow(f.ws, f.dialogs);
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventTable before = f.ws.events;
-
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 2).eventIndex, 0);  // on this screen, single
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);  // on the first screen
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 3).eventIndex, 0);  // no such row
-    const auto m = dialogs.Messages();
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 2).eventIndex, 0);  // on this screen, single
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 1).eventIndex, 0);  // on the first screen
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 3).eventIndex, 0);  // no such row
+    const auto m = f.dialogs.Messages();
     ASSERT_EQ(m.size(), 3u);
-    EXPECT_EQ(m[0].caption, "Double Peak");
     EXPECT_EQ(m[0].text, "No second peak was found after this event.");
-    EXPECT_EQ(m[1].caption, "Event Not Shown");
-    EXPECT_EQ(m[2].caption, "No Event Selected");
+    EXPECT_EQ(std::tuple(m[0].caption, m[1].caption, m[2].caption),
+              std::tuple("Double Peak", "Event Not Shown", "No Event Selected"));
     EXPECT_EQ(f.ws.events, before);
 }
 
 // Bumps on the decay (about 75 counts) are second peaks only above the amplitude threshold.
 TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
+    std::vector<int16_t> trace = test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}});
     for (int i = 660; i <= 740; i += 40)
         for (int k = 0; k < 6; ++k) trace[std::size_t(i + k)] = Clamp16(trace[std::size_t(i + k)] + 80);
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
-    AnalyzeCurrentScreen(f.ws, dialogs);
+    test::TraceWorkspace f(trace);
+    AnalyzeCurrentScreen(f.ws, f.dialogs);
     ASSERT_EQ(f.ws.events.Count(), 1);
     f.ws.params().ThresholdAmplitude = 100;
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);
+    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 1).eventIndex, 0);
     f.ws.params().ThresholdAmplitude = 5;
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
+    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
     ASSERT_EQ(r.eventIndex, 2);
     EXPECT_GE(f.ws.events[2].sampleIndex, 660);
 }
@@ -118,11 +86,7 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
 // A smaller event 60 samples before a large one, which alone is stored: the
 // command stores the earlier one before it, its decay ending at the trough.
 TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 300});
-    AddEvent(trace, 660, DoubleExp{10, 100, 1000});
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 300}}, {660, DoubleExp{10, 100, 1000}}}));
     const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
     const auto len = ConvertPeriods(f.ws.params(), 50);
     ASSERT_TRUE(len);
@@ -131,76 +95,60 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     ASSERT_TRUE(first);
     ASSERT_NEAR(first->peak, 660 + 26, 3);
     f.ws.events.Append(det.MakeRecord(*first));
-
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    ASSERT_EQ(r.eventIndex, 1);
-    EXPECT_EQ(r.firstIndex, 2);
+    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
+    ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex), std::tuple(1, 2));
     EXPECT_NEAR(f.ws.events[1].sampleIndex, 600 + 26, 2);
     EXPECT_LE(f.ws.events[1].sampleIndex + f.ws.events[1].decayTime, 660 + 26);
 }
 
 TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
-    std::vector<int16_t> trace(8192, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 1000});
-    AddEvent(trace, 680, DoubleExp{10, 100, 600});
-    AddEvent(trace, 2600, DoubleExp{10, 100, 800});
-    AddEvent(trace, 5100, DoubleExp{10, 100, 900});
-    AddEvent(trace, 5170, DoubleExp{10, 100, 700});
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
+    test::TraceWorkspace f(test::EventTrace(8192, {{600, DoubleExp{10, 100, 1000}},
+                                      {680, DoubleExp{10, 100, 600}},
+                                      {2600, DoubleExp{10, 100, 800}},
+                                      {5100, DoubleExp{10, 100, 900}},
+                                      {5170, DoubleExp{10, 100, 700}}}));
     for (const int64_t peak : {626, 2626, 5126}) {
         f.ws.screenStartBlock = int32_t(peak / 1024 * 4);
-        ASSERT_GT(DetectAtPoint(f.ws, dialogs, peak % 1024).eventIndex, 0) << peak;
+        ASSERT_GT(DetectAtPoint(f.ws, f.dialogs, peak % 1024).eventIndex, 0) << peak;
     }
     ASSERT_EQ(f.ws.events.Count(), 3);
     f.ws.events[2].group = 255;  // rejected events are not scanned
     f.ws.history.Clear();
-
-    const DoublePeakScanResult r = ScanDoublePeaks(f.ws, dialogs);
-    EXPECT_EQ(r.eventsScanned, 2);
-    EXPECT_EQ(r.peaksAdded, 2);
+    const DoublePeakScanResult r = ScanDoublePeaks(f.ws, f.dialogs);
+    EXPECT_EQ(std::tuple(r.eventsScanned, r.peaksAdded), std::tuple(2, 2));
     ASSERT_EQ(f.ws.events.Count(), 5);
     for (int32_t i = 2; i <= 5; ++i)
         EXPECT_LT(f.ws.events[i - 1].sampleIndex, f.ws.events[i].sampleIndex) << i;
-    EXPECT_EQ(dialogs.Messages().back().caption, "Scan for Double Peaks");
-    EXPECT_EQ(dialogs.Messages().back().text, "2 events scanned; double peaks added: 2.");
-
+    EXPECT_EQ(std::tuple(f.dialogs.Messages().back().caption, f.dialogs.Messages().back().text),
+              std::tuple("Scan for Double Peaks", "2 events scanned; double peaks added: 2."));
     const EventTable after = f.ws.events;
-    EXPECT_EQ(ScanDoublePeaks(f.ws, dialogs).peaksAdded, 0);
+    EXPECT_EQ(ScanDoublePeaks(f.ws, f.dialogs).peaksAdded, 0);
     EXPECT_EQ(f.ws.events, after);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
-    EXPECT_EQ(f.ws.events.Count(), 3);
-    EXPECT_FALSE(f.ws.history.CanUndo());
+    EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(3, false));
 }
 
 // A 4-count event (threshold 5) is found by a click only at a tenth of the
 // thresholds; recalculation keeps the group and measures with today's parameters.
 TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsItsGroup) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 600, DoubleExp{10, 100, 4});
-    Fixture f(trace);
-    ScriptedDialogs dialogs;
-    EXPECT_EQ(DetectAtPoint(f.ws, dialogs, 630).eventIndex, 0);
-    ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].caption, "No Event Found");
-
-    const PointCommandResult r = DetectAtPoint(f.ws, dialogs, 630, /*tenthThresholds=*/true);
+    test::TraceWorkspace f(test::EventTrace(2048, {{600, DoubleExp{10, 100, 4}}}));
+    EXPECT_EQ(DetectAtPoint(f.ws, f.dialogs, 630).eventIndex, 0);
+    ASSERT_EQ(f.dialogs.Messages().size(), 1u);
+    EXPECT_EQ(f.dialogs.Messages()[0].caption, "No Event Found");
+    const PointCommandResult r = DetectAtPoint(f.ws, f.dialogs, 630, /*tenthThresholds=*/true);
     ASSERT_EQ(r.eventIndex, 1);
-    EXPECT_EQ(f.ws.events[1].amplitude, 4);
-    EXPECT_EQ(r.marks.size(), 4u);
+    EXPECT_EQ(std::tuple(f.ws.events[1].amplitude, r.marks.size()), std::tuple(4, 4u));
     EXPECT_TRUE(f.ws.history.CanUndo());
-
     f.ws.events[1].group = 7;
     const int16_t decayBefore = f.ws.events[1].decayTime;
     f.ws.params().ThresholdAmplitude = 0.4f;
     f.ws.params().AreaThreshold = 0.1f;
     f.ws.params().DecayPercent = 0.5f;  // the decay point comes earlier
-    ASSERT_EQ(RecalculateEvent(f.ws, dialogs, 1).eventIndex, 1);
-    EXPECT_EQ(f.ws.events[1].group, 7);
+    ASSERT_EQ(RecalculateEvent(f.ws, f.dialogs, 1).eventIndex, 1);
+    EXPECT_EQ(std::tuple(f.ws.events[1].group, f.ws.events.Count()), std::tuple(7, 1));
     EXPECT_LT(f.ws.events[1].decayTime, decayBefore);
-    EXPECT_EQ(f.ws.events.Count(), 1);
-    EXPECT_EQ(RecalculateEvent(f.ws, dialogs, 2).eventIndex, 0);
-    EXPECT_EQ(dialogs.Messages().back().caption, "No Event Selected");
+    EXPECT_EQ(RecalculateEvent(f.ws, f.dialogs, 2).eventIndex, 0);
+    EXPECT_EQ(f.dialogs.Messages().back().caption, "No Event Selected");
 }
 
 }  // namespace

@@ -14,18 +14,14 @@ namespace {
 
 using Rows = std::vector<int32_t>;
 
+// The amplitude tells records of equal times apart.
 EventRecord Event(float timeMs, uint8_t group = 0, int32_t sampleIndex = 0) {
-    EventRecord r;
-    r.time = timeMs;
-    r.group = group;
-    r.sampleIndex = sampleIndex;
-    r.amplitude = static_cast<int32_t>(timeMs * 10);  // tells records apart
-    return r;
+    return {.time = timeMs, .amplitude = int32_t(timeMs * 10), .group = group, .sampleIndex = sampleIndex};
 }
 
 // A recording of 10 blocks at 50 us (12.8 ms a block), 4 blocks a screen.
 struct Editing : ::testing::Test {
-    void SetUp() override {
+    Editing() {
         ws.recording = test::MakeRecording(dir / "r.abf", std::vector<int16_t>(10 * 256, 0), 50);
         ws.settings.blocksPerScreen = 4;
     }
@@ -33,16 +29,14 @@ struct Editing : ::testing::Test {
         ws.events.Clear();
         for (const auto& r : records) ws.events.Append(r);
     }
-    std::vector<int> Groups() const {
-        std::vector<int> g;
-        for (const auto& r : ws.events.Records()) g.push_back(r.group);
-        return g;
+    // A field of every row, in table order.
+    std::vector<double> Column(auto EventRecord::*field) const {
+        std::vector<double> v;
+        for (const auto& r : ws.events.Records()) v.push_back(double(r.*field));
+        return v;
     }
-    std::vector<float> Times() const {
-        std::vector<float> t;
-        for (const auto& r : ws.events.Records()) t.push_back(r.time);
-        return t;
-    }
+    std::vector<double> Groups() const { return Column(&EventRecord::group); }
+    std::vector<double> Times() const { return Column(&EventRecord::time); }
     test::TempDir dir;
     Workspace ws;
     ScriptedDialogs dialogs;
@@ -82,11 +76,10 @@ TEST_F(Editing, GroupPromptsAndEntriesThatChangeNothing) {
             dialogs.AnswerInput(entry);
             EXPECT_FALSE(run().changed);
             ASSERT_EQ(dialogs.Transcript().size(), 1u);
-            EXPECT_EQ(dialogs.Transcript()[0].kind, DialogEntry::Kind::Input);
-            EXPECT_EQ(dialogs.Transcript()[0].caption, caption);
-            EXPECT_EQ(dialogs.Transcript()[0].text, text);
-            EXPECT_EQ(ws.events, before);
-            EXPECT_FALSE(ws.history.CanUndo());
+            const DialogEntry& asked = dialogs.Transcript()[0];
+            EXPECT_TRUE(asked.kind == DialogEntry::Kind::Input && asked.caption == caption) << asked.caption;
+            EXPECT_EQ(asked.text, text);
+            EXPECT_TRUE(ws.events == before && !ws.history.CanUndo());
         }
 }
 
@@ -97,25 +90,23 @@ TEST_F(Editing, GroupSelectedRowsOrTheCurrentEvent) {
     Fill({Event(1), Event(2), Event(3), Event(4)});
     ws.selectedEvent = 4;
     dialogs.AnswerInput("5");
-    EditResult r = GroupSelectedEvents(ws, dialogs, Rows{3, 1, 3, 0, 9});
-    EXPECT_EQ(Groups(), (std::vector<int>{5, 0, 5, 0}));
-    EXPECT_EQ(r.regrouped, 2);
-    EXPECT_EQ(r.group, 5);
+    const EditResult r = GroupSelectedEvents(ws, dialogs, Rows{3, 1, 3, 0, 9});
+    EXPECT_EQ(Groups(), (std::vector<double>{5, 0, 5, 0}));
+    EXPECT_EQ(std::tuple(r.regrouped, r.group), std::tuple(2, 5));
     dialogs.AnswerInput("255");
     GroupSelectedEvents(ws, dialogs, {});
     dialogs.AnswerInput("0");
     GroupSelectedEvents(ws, dialogs, Rows{1});
-    EXPECT_EQ(Groups(), (std::vector<int>{0, 0, 5, 255}));
+    EXPECT_EQ(Groups(), (std::vector<double>{0, 0, 5, 255}));
     const EventTable before = ws.events;
     ws.history.Clear();
     dialogs.AnswerInput("5");
-    EXPECT_FALSE(GroupSelectedEvents(ws, dialogs, Rows{3}).changed);
-    EXPECT_FALSE(ws.history.CanUndo());
+    EXPECT_EQ((std::tuple{GroupSelectedEvents(ws, dialogs, Rows{3}).changed, ws.history.CanUndo()}),
+              std::tuple(false, false));
     ws.selectedEvent = 0;
     dialogs.ClearTranscript();
     GroupSelectedEvents(ws, dialogs, {});
-    EXPECT_TRUE(dialogs.Transcript().empty());
-    EXPECT_EQ(ws.events, before);
+    EXPECT_TRUE(dialogs.Transcript().empty() && ws.events == before);
 }
 
 // Unmark one group or (0) all, rejected ones too; group all; reject and
@@ -124,19 +115,19 @@ TEST_F(Editing, AllEventsUnmarkAndReject) {
     Fill({Event(1, 2), Event(2, 3), Event(3, 2), Event(4, 255)});
     dialogs.AnswerInput("2");
     UnmarkGroup(ws, dialogs);
-    EXPECT_EQ(Groups(), (std::vector<int>{0, 3, 0, 255}));
+    EXPECT_EQ(Groups(), (std::vector<double>{0, 3, 0, 255}));
     dialogs.AnswerInput("0");
     UnmarkGroup(ws, dialogs);
-    EXPECT_EQ(Groups(), (std::vector<int>{0, 0, 0, 0}));
+    EXPECT_EQ(Groups(), (std::vector<double>{0, 0, 0, 0}));
     dialogs.AnswerInput("9");
     EXPECT_EQ(GroupAllEvents(ws, dialogs).regrouped, 4);
     ws.selectedEvent = 2;
     RejectEvent(ws);
     ws.selectedEvent = 3;
     UnmarkEvent(ws);
-    EXPECT_EQ(Groups(), (std::vector<int>{9, 255, 0, 9}));
+    EXPECT_EQ(Groups(), (std::vector<double>{9, 255, 0, 9}));
     EXPECT_EQ(RejectSelectedEvents(ws, Rows{1, 4}).regrouped, 2);
-    EXPECT_EQ(Groups(), (std::vector<int>{255, 255, 0, 255}));
+    EXPECT_EQ(Groups(), (std::vector<double>{255, 255, 0, 255}));
     ws.recording.reset();
     EXPECT_FALSE(RejectSelectedEvents(ws, Rows{3}).changed);
 }
@@ -149,7 +140,7 @@ TEST_F(Editing, WindowEventsBySampleIndexOrTime) {
           Event(80, 0, 0) /* sample 1600 */, Event(102.4f, 0, 0) /* sample 2048 */});
     dialogs.AnswerInput("7");
     EXPECT_EQ(GroupWindowEvents(ws, dialogs).regrouped, 3);
-    EXPECT_EQ(Groups(), (std::vector<int>{0, 7, 7, 0, 7, 0}));
+    EXPECT_EQ(Groups(), (std::vector<double>{0, 7, 7, 0, 7, 0}));
 }
 
 // Only a time equal to the row just before is a duplicate; the message is
@@ -158,68 +149,49 @@ TEST_F(Editing, DuplicatesAreEqualTimesInConsecutiveRows) {
     Fill({Event(3), Event(1), Event(2)});
     EXPECT_EQ(RemoveDuplicateEvents(ws, dialogs).deleted, 0);
     EXPECT_EQ(dialogs.Messages().at(0).text, "Found 0 duplicate events and they are safely removed.");
-    EXPECT_FALSE(ws.history.CanUndo());
-    EXPECT_EQ(Times(), (std::vector<float>{3, 1, 2}));
+    EXPECT_EQ(std::tuple(ws.history.CanUndo(), Times()), std::tuple(false, std::vector<double>{3, 1, 2}));
     Fill({Event(1), Event(1, 4), Event(1, 5), Event(2), Event(1), Event(3), Event(3)});
     EXPECT_EQ(RemoveDuplicateEvents(ws, dialogs).deleted, 3);
-    EXPECT_EQ(Times(), (std::vector<float>{1, 2, 1, 3}));
-    EXPECT_EQ(Groups(), (std::vector<int>{0, 0, 0, 0}));
+    EXPECT_EQ(std::tuple(Times(), Groups()), std::tuple(std::vector<double>{1, 2, 1, 3}, std::vector<double>(4, 0)));
     EXPECT_EQ(dialogs.Messages().at(1).text, "Found 3 duplicate events and they are safely removed.");
 }
 
 // Deleting rejected events sorts by group and follows the selection; with
 // none rejected the table stays unsorted and no undo step is made.
-TEST_F(Editing, DeleteRejectedEvents) {
+TEST_F(Editing, DeleteRejectedSelectedAndCurrentEvents) {
     Fill({Event(1, 3), Event(2, 1), Event(3, 2)});
     const EventTable unsorted = ws.events;
     EXPECT_FALSE(DeleteRejectedEvents(ws).changed);
-    EXPECT_EQ(ws.events, unsorted);
-    EXPECT_FALSE(ws.history.CanUndo());
-
+    EXPECT_TRUE(ws.events == unsorted && !ws.history.CanUndo());
     Fill({Event(1, 255), Event(2, 1), Event(3, 255), Event(4, 0), Event(5, 255)});
     ws.selectedEvent = 4;  // the event at 4 ms
     EXPECT_EQ(DeleteRejectedEvents(ws).deleted, 3);
-    EXPECT_EQ(Times(), (std::vector<float>{4, 2}));
-    EXPECT_EQ(ws.selectedEvent, 1);
+    EXPECT_EQ(std::tuple(Times(), ws.selectedEvent), std::tuple(std::vector<double>{4, 2}, 1));
     Fill({Event(1, 255), Event(2, 255)});
     ws.selectedEvent = 2;
-    EXPECT_EQ(DeleteRejectedEvents(ws).deleted, 2);
-    EXPECT_EQ(ws.selectedEvent, 0);
-}
-
-// Deleting a selection takes earlier rejections along in one undo step; one
-// event or no recording: nothing.
-TEST_F(Editing, DeleteSelectedEvents) {
+    EXPECT_EQ((std::tuple{DeleteRejectedEvents(ws).deleted, ws.selectedEvent}), std::tuple(2, 0));  // braces: in order
+    // Deleting one event makes the next row current.
+    Fill({Event(1), Event(2), Event(3)});
+    ws.selectedEvent = 2;
+    EXPECT_EQ(DeleteEvent(ws).deleted, 1);
+    EXPECT_EQ(Times(), (std::vector<double>{1, 3}));
+    // The next row, then from the last row the new last row, then none.
+    std::vector<int32_t> selected{ws.selectedEvent};
+    for (int i = 0; i < 5 && DeleteEvent(ws).changed; ++i) selected.push_back(ws.selectedEvent);
+    EXPECT_EQ(selected, (std::vector<int32_t>{2, 1, 0}));
+    // Deleting a selection takes earlier rejections along in one undo step; one event or no recording: nothing.
     Fill({Event(1), Event(2, 255), Event(3, 4), Event(4), Event(5)});
     const EditResult r = DeleteSelectedEvents(ws, Rows{4, 1});
-    EXPECT_EQ(r.regrouped, 2);
-    EXPECT_EQ(r.deleted, 3);
-    std::vector<float> left = Times();
+    EXPECT_EQ(std::tuple(r.regrouped, r.deleted), std::tuple(2, 3));
+    std::vector<double> left = Times();
     std::sort(left.begin(), left.end());
-    EXPECT_EQ(left, (std::vector<float>{3, 5}));
-    ws.history.Undo(ws.events);
-    EXPECT_FALSE(ws.history.CanUndo()) << "one undo step for reject + delete";
-
+    EXPECT_EQ(left, (std::vector<double>{3, 5}));  // one undo step: UndoAndRedoOfEveryCommand
     Fill({Event(1, 255)});
     ws.selectedEvent = 1;
     EXPECT_FALSE(DeleteSelectedEvents(ws, Rows{1}).changed);
     Fill({Event(1), Event(2)});
     ws.recording.reset();
-    EXPECT_FALSE(DeleteSelectedEvents(ws, Rows{1}).changed);
-    EXPECT_EQ(ws.events.Count(), 2);
-}
-
-TEST_F(Editing, DeleteEventMakesTheNextRowCurrent) {
-    Fill({Event(1), Event(2), Event(3)});
-    ws.selectedEvent = 2;
-    EXPECT_EQ(DeleteEvent(ws).deleted, 1);
-    EXPECT_EQ(Times(), (std::vector<float>{1, 3}));
-    EXPECT_EQ(ws.selectedEvent, 2);
-    DeleteEvent(ws);  // the last row: the new last row
-    EXPECT_EQ(ws.selectedEvent, 1);
-    DeleteEvent(ws);
-    EXPECT_EQ(ws.selectedEvent, 0);
-    EXPECT_FALSE(DeleteEvent(ws).changed);
+    EXPECT_EQ((std::tuple{DeleteSelectedEvents(ws, Rows{1}).changed, ws.events.Count()}), std::tuple(false, 2));
 }
 
 // Undo brings back the exact table before each command, redo the one after.
@@ -250,8 +222,7 @@ TEST_F(Editing, UndoAndRedoOfEveryCommand) {
         ASSERT_NE(after, before);
         EXPECT_EQ(ws.history.UndoLabel(), label);
         ASSERT_TRUE(ws.history.Undo(ws.events));
-        EXPECT_EQ(ws.events, before);
-        EXPECT_FALSE(ws.history.CanUndo());
+        EXPECT_TRUE(ws.events == before && !ws.history.CanUndo());
         ASSERT_TRUE(ws.history.Redo(ws.events));
         EXPECT_EQ(ws.events, after);
     }

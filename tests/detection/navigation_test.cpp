@@ -12,18 +12,13 @@ namespace vess {
 namespace {
 
 EventRecord Event(float timeMs, int32_t sampleIndex, uint8_t group = 0) {
-    EventRecord r;
-    r.time = timeMs;
-    r.sampleIndex = sampleIndex;
-    r.group = group;
-    return r;
+    return {.time = timeMs, .group = group, .sampleIndex = sampleIndex};
 }
 
 // 10 blocks at 50 us: a block is 12.8 ms, the data end at 128 ms.
 struct NavigationView : ::testing::Test {
-    void SetUp() override {
-        const std::vector<int16_t> samples(10 * 256, 0);
-        ws.recording = test::MakeRecording(dir / "r.abf", samples, 50);
+    NavigationView() {
+        ws.recording = test::MakeRecording(dir / "r.abf", std::vector<int16_t>(10 * 256, 0), 50);
         ws.settings.blocksPerScreen = 4;
     }
     bool Go(NavCommand c) {
@@ -40,10 +35,9 @@ struct NavigationView : ::testing::Test {
     void Walk(std::initializer_list<Step> steps) {
         int n = 0;
         for (const Step& s : steps) {
-            SCOPED_TRACE("step " + std::to_string(++n));
-            EXPECT_EQ(Go(s.command), s.moved);
-            if (s.selected >= 0) { EXPECT_EQ(ws.selectedEvent, s.selected); }
-            if (s.screen >= 0) { EXPECT_EQ(ws.screenStartBlock, s.screen); }
+            EXPECT_EQ(Go(s.command), s.moved) << "step " << ++n;
+            EXPECT_TRUE(s.selected < 0 || ws.selectedEvent == s.selected) << "step " << n << ": " << ws.selectedEvent;
+            EXPECT_TRUE(s.screen < 0 || ws.screenStartBlock == s.screen) << "step " << n << ": " << ws.screenStartBlock;
         }
     }
     void Fill(const std::vector<EventRecord>& records) {
@@ -64,7 +58,17 @@ TEST_F(NavigationView, ScreensStopAtBothEnds) {
     // Off the tiling: whole screens, never past the data.
     ws.screenStartBlock = 6;
     Walk({{NextScreen, false}, {PrevScreen, true, -1, 2}, {PrevScreen, true, -1, 0}});
-
+    // Next time interval moves at least one screen.
+    ws.settings.blocksPerScreen = 1;
+    ws.settings.jumpIntervalMs = 20;  // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2
+    Walk({{NextTimeInterval, true, -1, 1}, {NextTimeInterval, true, -1, 2}});
+    ws.settings.jumpIntervalMs = 5;  // shorter than a screen
+    Walk({{NextTimeInterval, true, -1, 3}});
+    ws.screenStartBlock = 9;
+    Walk({{NextTimeInterval, false}});  // past the data
+    ws.settings.jumpIntervalMs = 0;
+    ws.screenStartBlock = 0;
+    Walk({{NextTimeInterval, false}});
     ws.recording.reset();
     ws.screenStartBlock = 4;
     Walk({{FirstScreen, false, -1, 4}, {NextScreen, false, -1, 4}, {LastScreen, false, -1, 4}});
@@ -83,28 +87,26 @@ TEST_F(NavigationView, EventsInTimeOrderAndInSequence) {
     ws.screenStartBlock = 4;
     Walk({{FirstInSequence, true, 1, 8}, {PrevInSequence, false}, {NextInSequence, true, 2, 0},
           {LastInSequence, true, 4}, {NextInSequence, false}, {PrevInSequence, true, 3}});
-
     ws.events.Clear();
     ws.selectedEvent = 0;
     Walk({{FirstEvent, false}, {NextEvent, false}, {LastInSequence, false}, {NextInSequence, false},
           {FirstGrouped, false}});
-}
-
-// Without a selection (or one past the table) the walk starts from the
-// screen shown; 70 ms without a sampleIndex is sample 1400.
-TEST_F(NavigationView, WithoutSelectionStartFromTheScreenShown) {
+    // Next event in the next window skips screens without events (screens 2..3 and 4..5).
+    ws.settings.blocksPerScreen = 2;
+    Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
+    ws.selectedEvent = 2;
+    Walk({{NextEventInNextWindow, true, 1, 6}, {NextEventInNextWindow, false, -1, 6}});
+    // Without a selection (or one past the table) the walk starts from the screen shown; 70 ms
+    // without a sampleIndex is sample 1400.
     Fill({Event(5, 100), Event(70, 0), Event(120, 2400)});
-    using enum NavCommand;
     const std::tuple<int32_t, NavCommand, int32_t> cases[] = {
         {4, NextEvent, 2}, {4, PrevEvent, 2}, {8, PrevEvent, 3}, {0, NextInSequence, 1}};
     for (const auto& [screen, command, selected] : cases) {
         ws.selectedEvent = command == NextInSequence ? 9 : 0;
         ws.screenStartBlock = screen;
-        EXPECT_TRUE(Go(command));
-        EXPECT_EQ(ws.selectedEvent, selected) << screen;
+        EXPECT_EQ((std::tuple{Go(command), ws.selectedEvent}), std::tuple(true, selected)) << screen;
     }
 }
-
 TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
     Fill({Event(10, 200, 2), Event(20, 400, 0), Event(30, 600, 1), Event(40, 800, 255),
           Event(50, 1000, 2)});
@@ -118,23 +120,9 @@ TEST_F(NavigationView, GroupedEventsAllGroupsOrOne) {
     Walk({{NextGrouped, true, 5}});
     ws.settings.navigationGroup = 7;
     Walk({{FirstGrouped, false}});
-
-    const auto items = GroupNavigationItems();
-    ASSERT_EQ(items.size(), 256u);
-    EXPECT_EQ(items[0], "All groups");
-    EXPECT_EQ(items[255], "255");
     ws.settings.navigationGroup = 300;
     EXPECT_EQ(GroupNavigationFilter(ws.settings), 0);
 }
-
-TEST_F(NavigationView, NextEventInNextWindowSkipsEmptyScreens) {
-    ws.settings.blocksPerScreen = 2;
-    Fill({Event(100, 2000), Event(5, 100), Event(20, 400)});
-    ws.selectedEvent = 2;
-    // Screens 2..3 and 4..5 hold no event.
-    Walk({{NavCommand::NextEventInNextWindow, true, 1, 6}, {NavCommand::NextEventInNextWindow, false, -1, 6}});
-}
-
 // Jump to a time: the screen holding it (12.79 ms is sample 255.8, rounded
 // to 256, block 1; 12.77 ms rounds to 255); to an event number: its row and screen.
 TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
@@ -145,22 +133,20 @@ TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
         ws.screenStartBlock = 8;
         dialogs.AnswerInput(entry);
         const NavResult r = JumpToTime(ws, dialogs);
-        EXPECT_TRUE(r.moved) << entry;
-        EXPECT_EQ(r.screenStartBlock, screen) << entry;
+        EXPECT_EQ(std::tuple(r.moved, r.screenStartBlock), std::tuple(true, screen)) << entry;
     }
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To");
-    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the time to jump to in milli second.");
-
+    EXPECT_EQ(std::tuple(dialogs.Transcript()[0].caption, dialogs.Transcript()[0].text),
+              std::tuple("Jump To", "Please specify the time to jump to in milli second."));
     dialogs.ClearTranscript();
     EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
-    EXPECT_EQ(dialogs.Transcript().at(0).kind, DialogEntry::Kind::Message);
+    EXPECT_TRUE(dialogs.Transcript().at(0).kind == DialogEntry::Kind::Message);
     EXPECT_EQ(dialogs.Transcript()[0].text, "There are no events to jump to.");
     Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
     dialogs.ClearTranscript();
     dialogs.AnswerInput("2");
     const NavResult r = JumpToEventNumber(ws, dialogs);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To Event Number");
-    EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the event number to jump to.");
+    EXPECT_EQ(std::tuple(dialogs.Transcript()[0].caption, dialogs.Transcript()[0].text),
+              std::tuple("Jump To Event Number", "Please specify the event number to jump to."));
     EXPECT_EQ(std::pair(r.selectedEvent, r.screenStartBlock), std::pair(2, 4));  // sample 2000: block 7
 }
 
@@ -182,31 +168,16 @@ TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
         dialogs.ClearTranscript();
         dialogs.AnswerInput(entry);
         const NavResult r = time ? JumpToTime(ws, dialogs) : JumpToEventNumber(ws, dialogs);
-        EXPECT_FALSE(r.moved);
-        EXPECT_EQ(std::pair(r.screenStartBlock, r.selectedEvent), std::pair(8, ws.selectedEvent));
+        EXPECT_EQ(std::tuple(r.moved, r.screenStartBlock, r.selectedEvent), std::tuple(false, 8, ws.selectedEvent));
         ASSERT_EQ(dialogs.Messages().size(), 1u);
         EXPECT_EQ(dialogs.Messages()[0].caption, time ? "Jump To" : "Jump To Event Number");
         if (!message.empty()) { EXPECT_EQ(dialogs.Messages()[0].text, message); }
     }
     dialogs.ClearTranscript();
     dialogs.AnswerInput(std::nullopt);
-    EXPECT_FALSE(JumpToTime(ws, dialogs).moved);
-    EXPECT_TRUE(dialogs.Messages().empty());
+    // Braces: called in order.
+    EXPECT_EQ((std::tuple{JumpToTime(ws, dialogs).moved, dialogs.Messages().size()}), std::tuple(false, 0u));
 }
-
-TEST_F(NavigationView, NextTimeIntervalMovesAtLeastOneScreen) {
-    ws.settings.blocksPerScreen = 1;
-    ws.settings.jumpIntervalMs = 20;  // 20 ms: block 1; 12.8 + 20 = 32.8 ms: block 2
-    Walk({{NavCommand::NextTimeInterval, true, -1, 1}, {NavCommand::NextTimeInterval, true, -1, 2}});
-    ws.settings.jumpIntervalMs = 5;  // shorter than a screen
-    Walk({{NavCommand::NextTimeInterval, true, -1, 3}});
-    ws.screenStartBlock = 9;
-    Walk({{NavCommand::NextTimeInterval, false}});  // past the data
-    ws.settings.jumpIntervalMs = 0;
-    ws.screenStartBlock = 0;
-    Walk({{NavCommand::NextTimeInterval, false}});
-}
-
 TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
     DisplayScale s;
     const std::vector<double> up = {1.25, 1.6, 2, 2.5, 3.2, 4, 5, 6.4, 8, 10, 12.5};
@@ -217,22 +188,20 @@ TEST(NavigationDisplayScale, GainLadderOffsetAndSettings) {
     for (int i = 0; i < 12; ++i) s = StepDisplay(s, DisplayStep::DecreaseGain);
     EXPECT_EQ(s.gain, 0.8);  // exactly back past 1
     // A gain between rungs moves to the next rung either way.
-    EXPECT_EQ(StepDisplay({3, 0}, DisplayStep::IncreaseGain).gain, 3.2);
-    EXPECT_EQ(StepDisplay({3, 0}, DisplayStep::DecreaseGain).gain, 2.5);
-    EXPECT_EQ(StepDisplay({1000, 0}, DisplayStep::IncreaseGain).gain, 1000);
-    EXPECT_EQ(StepDisplay({0.01, 0}, DisplayStep::DecreaseGain).gain, 0.01);
-
+    // Beyond the ladder the gain stays.
+    using enum DisplayStep;
+    EXPECT_EQ(std::tuple(StepDisplay({3, 0}, IncreaseGain).gain, StepDisplay({3, 0}, DecreaseGain).gain,
+                         StepDisplay({1000, 0}, IncreaseGain).gain, StepDisplay({0.01, 0}, DecreaseGain).gain),
+              std::tuple(3.2, 2.5, 1000.0, 0.01));
     // Offset: a tenth of the visible span, 65536 / 10 = 6553.6 -> 6554 counts at gain 1.
-    EXPECT_EQ(StepDisplay({1, 0}, DisplayStep::IncreaseOffset).offsetCounts, 6554);
-    EXPECT_EQ(StepDisplay({2, 100}, DisplayStep::DecreaseOffset).offsetCounts, 100 - 3277);
-    const VisibleCounts v = VisibleRange({2, 1000}, 0);
-    EXPECT_EQ(v.bottomCounts, -16384 - 1000);  // a larger offset moves the trace up
-    EXPECT_EQ(v.topCounts, 16384 - 1000);
-
+    EXPECT_EQ(std::tuple(StepDisplay({1, 0}, DisplayStep::IncreaseOffset).offsetCounts,
+                         StepDisplay({2, 100}, DisplayStep::DecreaseOffset).offsetCounts),
+              std::tuple(6554, 100 - 3277));
+    const VisibleCounts v = VisibleRange({2, 1000}, 0);  // a larger offset moves the trace up
+    EXPECT_EQ(std::tuple(v.bottomCounts, v.topCounts), std::tuple(-16384 - 1000, 16384 - 1000));
     Settings settings;
     StoreDisplayScale(settings, {0.16, -7});
-    EXPECT_EQ(settings.displayGain, 0.16);
-    EXPECT_EQ(settings.displayOffsetCounts, -7);
+    EXPECT_EQ(std::tuple(settings.displayGain, settings.displayOffsetCounts), std::tuple(0.16, -7));
     settings.displayGain = -2;  // not positive
     EXPECT_EQ(DisplayScaleFromSettings(settings).gain, 1.0);
 }

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <numeric>
 #include <stdexcept>
 #include <thread>
 
@@ -48,21 +49,18 @@ PiecesRun RunPieces(int64_t count, int workers, int64_t ahead, int64_t stopAt, i
 }
 
 TEST(OrderedWork, TakesInOrderBoundedAndStops) {
-    struct Case {
-        int workers;
-        int64_t ahead, stopAt;
-    };
-    for (const Case c : {Case{1, 2, -1}, Case{3, 4, -1}, Case{4, 4, -1}, Case{3, 4, 5}, Case{2, 2, 0}}) {
-        SCOPED_TRACE(testing::Message() << c.workers << " workers, stop at " << c.stopAt);
+    // Workers, pieces waiting at most, the piece whose taking stops the run (-1: none).
+    for (const auto& [workers, ahead, stopAt] : {std::tuple(1, 2, -1), {3, 4, -1}, {4, 4, -1}, {3, 4, 5}, {2, 2, 0}}) {
+        SCOPED_TRACE(testing::Message() << workers << " workers, stop at " << stopAt);
         const int64_t count = 40;
-        const PiecesRun run = RunPieces(count, c.workers, c.ahead, c.stopAt, -1);
-        const int64_t expected = c.stopAt < 0 ? count : c.stopAt + 1;
-        ASSERT_EQ(int64_t(run.taken.size()), expected);
-        for (int64_t i = 0; i < expected; ++i) EXPECT_EQ(run.taken[std::size_t(i)], i);
+        const PiecesRun run = RunPieces(count, workers, ahead, stopAt, -1);
+        std::vector<int64_t> expected(std::size_t(stopAt < 0 ? count : stopAt + 1));
+        std::iota(expected.begin(), expected.end(), 0);
+        EXPECT_EQ(run.taken, expected);
         // The count taken here lags the one the workers see by at most one.
-        EXPECT_LE(run.mostAhead, c.ahead + 1);
+        EXPECT_LE(run.mostAhead, ahead + 1);
         // After a stop no piece is begun beyond those already waiting.
-        EXPECT_LE(run.computed, expected + c.ahead);
+        EXPECT_LE(run.computed, int64_t(expected.size()) + ahead);
     }
 }
 
@@ -84,12 +82,10 @@ TEST(OrderedWork, ThreadsReadOneRecordingAndComputeOnCopies) {
     for (int64_t i = 0; i < points; ++i) samples[std::size_t(i)] = SampleAt(i);
     const auto rec = test::MakeRecording(dir / "index.abf", samples);
     ASSERT_TRUE(rec);
-
     MethodParameters params;
     params.method = DetectionMethod::Deconvolution;
     const MethodFilter original(params, rec->IntervalUs(), -1);
     const std::vector<double> expected = original.Compute(*rec, 1000, 50000);
-
     std::atomic<int> wrongSamples = 0, wrongCriteria = 0;
     std::vector<std::jthread> threads;
     for (int t = 0; t < 4; ++t) {
@@ -107,8 +103,7 @@ TEST(OrderedWork, ThreadsReadOneRecordingAndComputeOnCopies) {
         });
     }
     threads.clear();
-    EXPECT_EQ(wrongSamples, 0);
-    EXPECT_EQ(wrongCriteria, 0);
+    EXPECT_EQ(std::tuple(wrongSamples.load(), wrongCriteria.load()), std::tuple(0, 0));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 // complex event) and the edge cases of the crossing search.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "detection/analyze_window.h"
@@ -14,35 +16,28 @@
 namespace vess {
 namespace {
 
-using test::AddEvent;
 using test::DoubleExp;
 
 constexpr int64_t kPeakDelay = 26;  // sampled peak of DoubleExp{10, 100}
 
-struct ScreenRun {
-    test::TraceFile file;
-    EventTable events;
-    explicit ScreenRun(const std::vector<int16_t>& trace, bool complexPeak, int16_t direction = 1)
-        : file(trace) {
-        AnalysisParameters p = test::TestParams(direction);
-        p.ComplexPeak = complexPeak;
-        const Screen screen(*file.rec, 0, 4);
-        ScriptedDialogs dialogs;
-        AnalyzeWindow(screen, p, events, dialogs);
-    }
-    std::vector<int64_t> Peaks() const {
-        std::vector<int64_t> out;
-        for (const EventRecord& r : events.Records()) out.push_back(r.relativeTime);
-        return out;
-    }
-};
+// The first screen's events, complex peaks on or off.
+EventTable FirstScreen(const std::vector<int16_t>& trace, bool complexPeak, int16_t direction = 1) {
+    const test::TraceFile file(trace);
+    AnalysisParameters p = test::TestParams(direction);
+    p.ComplexPeak = complexPeak;
+    return test::AnalyzeScreen(*file.rec, 0, p);
+}
+
+std::vector<int32_t> Peaks(const EventTable& events) {
+    std::vector<int32_t> out;
+    for (const EventRecord& r : events.Records()) out.push_back(r.relativeTime);
+    return out;
+}
 
 // Two events gapPoints apart, both inside the search range 520..719.
 std::vector<int16_t> Pair(int64_t gapPoints, double second, int direction = 1) {
-    std::vector<int16_t> trace(2048, 0);
-    AddEvent(trace, 560, DoubleExp{10, 100, 1000}, direction);
-    AddEvent(trace, 560 + gapPoints, DoubleExp{10, 100, second}, direction);
-    return trace;
+    return test::EventTrace(2048, {{560, DoubleExp{10, 100, 1000}}, {560 + gapPoints, DoubleExp{10, 100, second}}},
+                            direction);
 }
 
 // Complex peaks on: a pair 4 or 5 ms apart is two events, the second on its
@@ -52,47 +47,36 @@ std::vector<int16_t> Pair(int64_t gapPoints, double second, int direction = 1) {
 TEST(Overlap, ComplexPeakFindsBothEventsOfAPair) {
     for (const int direction : {1, -1}) {
         for (const int64_t gap : {80, 100}) {
-            const ScreenRun run(Pair(gap, 600, direction), /*complexPeak=*/true, int16_t(direction));
-            const auto peaks = run.Peaks();
-            ASSERT_EQ(peaks.size(), 2u) << "gap " << gap << " direction " << direction;
-            EXPECT_NEAR(peaks[0], 560 + kPeakDelay, 1) << gap;
-            EXPECT_GT(peaks[1], 560 + gap + kPeakDelay - 10) << gap;
-            EXPECT_LE(peaks[1], 560 + gap + kPeakDelay) << gap;
-            EXPECT_NE(run.events[2].baseline, 0) << gap;
+            SCOPED_TRACE(testing::Message() << "gap " << gap << " direction " << direction);
+            const EventTable events = FirstScreen(Pair(gap, 600, direction), /*complexPeak=*/true, int16_t(direction));
+            const auto peaks = Peaks(events);
+            ASSERT_EQ(peaks.size(), 2u);
+            EXPECT_NEAR(peaks[0], 560 + kPeakDelay, 1);
+            EXPECT_TRUE(peaks[1] > 560 + gap + kPeakDelay - 10 && peaks[1] <= 560 + gap + kPeakDelay) << peaks[1];
+            EXPECT_NE(events[2].baseline, 0);
+            const auto single = Peaks(FirstScreen(Pair(gap, 600, direction), /*complexPeak=*/false, int16_t(direction)));
+            ASSERT_EQ(single.size(), 1u);
+            EXPECT_NEAR(single[0], 560 + kPeakDelay, 1);
         }
-        const ScreenRun merged(Pair(60, 600, direction), /*complexPeak=*/true, int16_t(direction));
-        ASSERT_EQ(merged.Peaks().size(), 1u);
-        EXPECT_GT(merged.Peaks()[0], 560 + 60);
+        const auto merged = Peaks(FirstScreen(Pair(60, 600, direction), /*complexPeak=*/true, int16_t(direction)));
+        ASSERT_EQ(merged.size(), 1u);
+        EXPECT_GT(merged[0], 560 + 60);
     }
-    for (const int64_t gap : {80, 100}) {
-        const ScreenRun run(Pair(gap, 600), /*complexPeak=*/false);
-        ASSERT_EQ(run.Peaks().size(), 1u) << "gap " << gap;
-        EXPECT_NEAR(run.Peaks()[0], 560 + kPeakDelay, 1) << gap;
-    }
-}
-
-// A further peak needs a real trough after the stored one: a 40-count notch
-// just after a single event's peak (a rise of 13 on three-point means, over
-// the threshold of 5) is none.
-TEST(Overlap, ComplexPeakNeedsARealTroughBetweenPeaks) {
+    // A further peak needs a real trough after the stored one: a 40-count notch just after a single
+    // event's peak (a rise of 13 on three-point means, over the threshold of 5) is none.
     for (const int direction : {1, -1}) {
         // 999.83 and 999.91 at 25 and 26 round to 1000: the peak is the earlier, 585.
-        std::vector<int16_t> trace(2048, 0);
-        AddEvent(trace, 560, DoubleExp{10, 100, 1000}, direction);
+        std::vector<int16_t> trace = test::EventTrace(2048, {{560, DoubleExp{10, 100, 1000}}}, direction);
         trace[586] = int16_t(trace[586] - 40 * direction);
-        const ScreenRun run(trace, /*complexPeak=*/true, int16_t(direction));
-        EXPECT_EQ(run.Peaks(), std::vector<int64_t>{585}) << direction;
+        EXPECT_EQ(Peaks(FirstScreen(trace, /*complexPeak=*/true, int16_t(direction))), std::vector<int32_t>{585});
     }
 }
-
 // Events stored from the last range of a screen (peaks 950 and about 1052,
 // BaseOffset 160) are not stored again from the next screen, whose
 // earlier-peak search reaches back over the first.
 TEST(Overlap, EventsOfTheLastRangeAreNotStoredAgainOnTheNextScreen) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 925, DoubleExp{10, 100, 600});  // 599.9 at 25 and 26: peak 950
-    AddEvent(trace, 1028, DoubleExp{10, 100, 1000});
-    test::TraceFile file(trace);
+    // 599.9 at 25 and 26: peak 950.
+    test::TraceFile file(test::EventTrace(4096, {{925, DoubleExp{10, 100, 600}}, {1028, DoubleExp{10, 100, 1000}}}));
     for (const bool complexPeak : {false, true}) {
         AnalysisParameters p = test::TestParams();
         p.PeriodStartBaseline = 8000;
@@ -111,8 +95,7 @@ TEST(Overlap, EventsOfTheLastRangeAreNotStoredAgainOnTheNextScreen) {
 
 // The earlier-peak search does not step onto the flank of a stored peak.
 TEST(DetectPrepeak, FlankOfAStoredPeakIsNoEarlierPeak) {
-    const std::vector<int16_t> trace = Pair(80, 600);
-    test::TraceFile file(trace);
+    test::TraceFile file(Pair(80, 600));
     const Screen screen(*file.rec, 0, 4);
     const AnalysisParameters p = test::TestParams();
     Detector det(screen, p, *ConvertPeriods(p, 50));
@@ -125,45 +108,27 @@ TEST(DetectPrepeak, FlankOfAStoredPeakIsNoEarlierPeak) {
 
 // A rise by hand: 5, 40, 80, 90, 90, 90 at 11..16, zeros elsewhere; peak
 // value 100 (as an over-scaled smoothed value can be), above every sample.
-struct Crossings : ::testing::Test {
-    static std::vector<int16_t> Trace() {
-        std::vector<int16_t> t(2048, 0);
-        const int16_t rise[] = {5, 40, 80, 90, 90, 90};
-        for (int k = 0; k < 6; ++k) t[std::size_t(11 + k)] = rise[k];
-        return t;
-    }
-    test::TraceFile file{Trace()};
-    Screen screen{*file.rec, 0, 4};
-    EventShape Shape(int64_t start) const {
-        EventShape e;
-        e.peak = 15;
-        e.value = 100;
-        e.baseline = 0;
-        e.start = start;
-        e.amplitudeCounts = 100;
-        e.direction = 1;
-        e.decayLimit = 40;
-        return e;
-    }
-};
-
 // Equal neighbours at the crossing give the stopping index (rising and
 // falling); unequal ones interpolate (10 % between 11 and 12). With no
 // sample under 10 % the rise walk ends at the start (12), and the 10-90 %
 // rise runs from there to the 90 % crossing between 13 and 14; likewise 50 %.
-TEST_F(Crossings, EqualNeighboursGiveTheStoppingIndex) {
-    EXPECT_DOUBLE_EQ(RisingCrossing(screen, Shape(5), 0.95), 15.0);
-    EXPECT_EQ(FallingCrossing(screen, Shape(5), 0.95), 15.0);
-    EXPECT_DOUBLE_EQ(RisingCrossing(screen, Shape(5), 0.1), 11 + 5.0 / 35.0);
-}
-
-TEST_F(Crossings, RiseWithoutATenPercentSampleEndsAtTheStart) {
-    const EventShape e = Shape(12);
-    EXPECT_DOUBLE_EQ(RisingCrossing(screen, e, 0.1), 12.0);
-    const double x90 = RisingCrossing(screen, e, 0.9);
+TEST(Crossings, RiseWithoutATenPercentSampleEndsAtTheStart) {
+    std::vector<int16_t> t(2048, 0);
+    std::ranges::copy(std::array<int16_t, 6>{5, 40, 80, 90, 90, 90}, t.begin() + 11);
+    const test::TraceFile file(t);
+    const Screen screen(*file.rec, 0, 4);
+    const auto shape = [](int64_t start) {
+        return EventShape{.peak = 15, .value = 100, .baseline = 0, .start = start, .amplitudeCounts = 100,
+                          .direction = 1, .decayLimit = 40, .under = {}};
+    };
+    EXPECT_DOUBLE_EQ(RisingCrossing(screen, shape(5), 0.95), 15.0);
+    EXPECT_EQ(FallingCrossing(screen, shape(5), 0.95), 15.0);
+    EXPECT_DOUBLE_EQ(RisingCrossing(screen, shape(5), 0.1), 11 + 5.0 / 35.0);
+    EXPECT_DOUBLE_EQ(RisingCrossing(screen, shape(12), 0.1), 12.0);
+    const double x90 = RisingCrossing(screen, shape(12), 0.9);
     EXPECT_DOUBLE_EQ(x90, 13 + 10.0 / 10.0);
-    EXPECT_FLOAT_EQ(Detect1090Rise(screen, e), float((x90 - 12.0) * 50 / 1000.0));
-    EXPECT_EQ(Detect50RiseTime(screen, Shape(13)), 15 - 13);
+    EXPECT_FLOAT_EQ(Detect1090Rise(screen, shape(12)), float((x90 - 12.0) * 50 / 1000.0));
+    EXPECT_EQ(Detect50RiseTime(screen, shape(13)), 15 - 13);
 }
 
 // How far the measurements of an event reach: the half-width's decaying walk
@@ -171,92 +136,73 @@ TEST_F(Crossings, RiseWithoutATenPercentSampleEndsAtTheStart) {
 using test::TestParams;
 using test::TraceFile;
 
-EventTable Analyze(const Recording& rec, int32_t startBlock, const AnalysisParameters& params) {
-    EventTable events;
-    ScriptedDialogs dialogs;
-    AnalyzeWindow(Screen(rec, startBlock, 4), params, events, dialogs);
-    return events;
-}
-
 // Decay tau 1200 samples, 1000 counts, onset 460: the decay search (400
 // samples) ends long before half. By hand from the sampled trace: peak t = 46,
 // 500 crossed rising at 6 + 32/54, falling at 891: half-width 44.2204 ms
 // (continuous curve 44.176 ms; a walk stopped at DecayLen + 1 gave 20.02).
 TEST(HalfWidth, SlowEventIsMeasuredBeyondTheDecaySearch) {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 460, DoubleExp{10, 1200, 1000});
-    TraceFile file(trace);
-    const EventTable events = Analyze(*file.rec, 0, TestParams());
+    TraceFile file(test::EventTrace(4096, {{460, DoubleExp{10, 1200, 1000}}}));
+    const EventTable events = test::AnalyzeScreen(*file.rec, 0, TestParams());
     ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(events[1].relativeTime, 460 + 46);
-    EXPECT_EQ(events[1].decayTime, 401);  // the decay search itself ends at DecayLen + 1
+    // The decay search itself ends at DecayLen + 1.
+    EXPECT_EQ(std::tuple(events[1].relativeTime, events[1].decayTime), std::tuple(460 + 46, 401));
     EXPECT_NEAR(events[1].halfWidth, (891 - (6 + 32.0 / 54.0)) * 0.05, 1e-4);
 }
 
-// The half-width walk reaches to the end of the next screen: a plateau has
-// none (not a number, an empty cell); a fall 1500 samples on is 75 ms.
+// A ramp 0, 100, .. 1000 (400..410) to a plateau never decays: decay point
+// peak + DecayLen + 1, area by hand (5500 + 400 x 1000) x 0.05 = 20275 pA ms.
+// The half-width walk reaches to the end of the next screen: the plateau has
+// none (not a number, an empty cell); a fall to 0 at 1900 is crossed at
+// 1899.5, 1494.5 samples after the rise's 405: 74.725 ms.
 TEST(HalfWidth, NoFallWithinReachIsNotMeasured) {
-    std::vector<int16_t> trace(8192, 0);
-    for (std::size_t i = 400; i < trace.size(); ++i) trace[i] = 1000;
+    std::vector<int16_t> trace(8192, 1000);
+    for (int i = 0; i <= 410; ++i) trace[std::size_t(i)] = int16_t(std::max(0, 100 * (i - 400)));
     TraceFile file(trace);
     AnalysisParameters params = TestParams();
     params.AreaThreshold = 10000;  // keeps out plateau ranges with baselines on the step
-    const EventTable events = Analyze(*file.rec, 0, params);
+    const EventTable events = test::AnalyzeScreen(*file.rec, 0, params);
     ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(events[1].relativeTime, 400);
+    EXPECT_EQ(std::tuple(events[1].relativeTime, events[1].riseTime, events[1].decayTime, events[1].area),
+              std::tuple(410, 10, 401, 20275.0f));
     EXPECT_TRUE(std::isnan(events[1].halfWidth));
-    EXPECT_EQ(FormatCell(EventCellValue(*file.rec, events[1], 1, int(EventField::HalfWidth) + 1)),
-              "");
-
-    for (std::size_t i = 1900; i < trace.size(); ++i) trace[i] = 0;
+    EXPECT_EQ(FormatCell(EventCellValue(*file.rec, events[1], 1, int(EventField::HalfWidth) + 1)), "");
+    std::fill(trace.begin() + 1900, trace.end(), 0);
     TraceFile falls(trace);
-    const EventTable measured = Analyze(*falls.rec, 0, params);
+    const EventTable measured = test::AnalyzeScreen(*falls.rec, 0, params);
     ASSERT_EQ(measured.Count(), 1);
-    EXPECT_NEAR(measured[1].halfWidth, 75.0, 0.1);
+    EXPECT_NEAR(measured[1].halfWidth, 74.725, 1e-4);
 }
 
 // The recording (2048 samples) ends while an event is still high; the last
-// screen is blocks 4-7.
-struct CutShort {
-    const char* what;
-    std::vector<int16_t> trace;
-    int16_t numberPointsPeak;
-    int32_t peak, riseTime, decayTime;
-    float area;
-};
-
-std::vector<CutShort> CutShortCases() {
+// screen is blocks 4-7. Neither peak, decay nor area reads past the last
+// sample; no half-width.
+TEST(EndOfData, MeasurementsStopAtTheLastSample) {
     // Ramp 0..1000 at 800..810, then 1000: the decay walk on three-point means
     // stops at 1022, the last mean of recorded samples (decay 212); area by
     // hand (5500 + 212 x 1000) x 0.05 = 10875 pA ms.
     std::vector<int16_t> plateau(2048, 0);
     for (int k = 0; k <= 10; ++k) plateau[std::size_t(1024 + 800 + k)] = int16_t(100 * k);
-    for (std::size_t i = 1024 + 811; i < plateau.size(); ++i) plateau[i] = 1000;
+    std::fill(plateau.begin() + 1024 + 811, plateau.end(), 1000);
     // A rise 100..1000 at 1014..1023 averaged over three: the peak needs its
     // window and one more sample on record, so it is 1022 (mean 900); no
     // decay, area the rise (900 + .. + 100) x 0.05 = 225 pA ms.
     std::vector<int16_t> lastRise(2048, 0);
     for (int k = 1; k <= 10; ++k) lastRise[std::size_t(1024 + 1013 + k)] = int16_t(100 * k);
-    return {{"plateau to the end", plateau, 1, 810, 10, 212, 10875.0f},
-            {"rise in the last samples", lastRise, 3, 1022, 9, 0, 225.0f}};
-}
-
-// Neither peak, decay nor area reads past the last sample; no half-width.
-TEST(EndOfData, MeasurementsStopAtTheLastSample) {
-    for (const CutShort& c : CutShortCases()) {
-        SCOPED_TRACE(c.what);
-        TraceFile file(c.trace);
+    // Trace, NumberPointsPeak, peak, rise and decay points, area.
+    const std::tuple<std::vector<int16_t>, int16_t, int32_t, int32_t, int32_t, float> cases[] = {
+        {plateau, 1, 810, 10, 212, 10875.0f}, {lastRise, 3, 1022, 9, 0, 225.0f}};
+    for (const auto& [trace, numberPointsPeak, peak, rise, decay, area] : cases) {
+        SCOPED_TRACE(peak);
+        TraceFile file(trace);
         AnalysisParameters params = TestParams();
         params.AreaThreshold = 100;
-        params.NumberPointsPeak = c.numberPointsPeak;
-        const EventTable events = Analyze(*file.rec, 4, params);
+        params.NumberPointsPeak = numberPointsPeak;
+        const EventTable events = test::AnalyzeScreen(*file.rec, 4, params);
         ASSERT_EQ(events.Count(), 1);
         const EventRecord& e = events[1];
-        EXPECT_EQ(e.relativeTime, c.peak);
         EXPECT_LT(e.sampleIndex, file.rec->PointsPerChannel() - 1);
-        EXPECT_EQ(e.riseTime, c.riseTime);
-        EXPECT_EQ(e.decayTime, c.decayTime);
-        EXPECT_FLOAT_EQ(e.area, c.area);
+        EXPECT_EQ(std::tuple(e.relativeTime, int32_t(e.riseTime), int32_t(e.decayTime)), std::tuple(peak, rise, decay));
+        EXPECT_FLOAT_EQ(e.area, area);
         EXPECT_TRUE(std::isnan(e.halfWidth));
     }
 }
@@ -277,12 +223,9 @@ TEST(Area, RoundedSumConvertedAsALevel) {
     const auto rec = Recording::Open(dir / "offset.abf", &error);
     ASSERT_NE(rec, nullptr);
     ASSERT_FLOAT_EQ(rec->Bit2pA(755), 757.5f);
-
-    const EventTable events = Analyze(*rec, 0, TestParams());
+    const EventTable events = test::AnalyzeScreen(*rec, 0, TestParams());
     ASSERT_EQ(events.Count(), 1);
-    EXPECT_EQ(events[1].relativeTime, 601);
-    EXPECT_EQ(events[1].decayTime, 3);
-    EXPECT_FLOAT_EQ(events[1].area, 37.875f);
+    EXPECT_EQ(std::tuple(events[1].relativeTime, events[1].decayTime, events[1].area), std::tuple(601, 3, 37.875f));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // starts, and the noise commands.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "detection/event_sound.h"
@@ -22,25 +23,28 @@ namespace {
 using test::AddEvent;
 using test::DoubleExp;
 
+// 40 blocks with an event every step samples from 500, its sampled peak 21 samples on.
+std::vector<int16_t> EventsEvery(int step) {
+    std::vector<int16_t> trace(40 * 256, 0);
+    for (int onset = 500; onset + 400 < int(trace.size()); onset += step) AddEvent(trace, onset, DoubleExp{10, 60, 400});
+    return trace;
+}
+
 TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
     Workspace ws;
     ScriptedDialogs dialogs;
     EXPECT_TRUE(ResetEvents(ws, dialogs));  // empty: no question (an unexpected one throws)
-
     for (int i = 0; i < 3; ++i) ws.events.Append(EventRecord{});
     dialogs.AnswerOkCancel(false).AnswerOkCancel(true);
     EXPECT_FALSE(ResetEvents(ws, dialogs));
     EXPECT_EQ(ws.events.Count(), 3);
     ASSERT_EQ(dialogs.Transcript().size(), 1u);
-    EXPECT_EQ(dialogs.Transcript()[0].caption, "Confrim Reset");
-    EXPECT_EQ(dialogs.Transcript()[0].text,
-              "There are 3 events analysed.  Are you sure you want to erase the event data?");
-
+    EXPECT_EQ(std::tuple(dialogs.Transcript()[0].caption, dialogs.Transcript()[0].text),
+              std::tuple("Confrim Reset", "There are 3 events analysed.  Are you sure you want to erase the event data?"));
     EXPECT_TRUE(ResetEvents(ws, dialogs));
     EXPECT_EQ(ws.events.Count(), 0);
     ASSERT_TRUE(ws.history.Undo(ws.events));  // the erase can be undone
     EXPECT_EQ(ws.events.Count(), 3);
-
     EXPECT_TRUE(ResetEvents(ws, dialogs, /*noConfirmation=*/true));
     EXPECT_EQ(ws.events.Count(), 0);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
@@ -50,32 +54,22 @@ TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
 // step, finds every event at its sampled peak (onset + 21) and stops at the
 // last screen; on screen 8 a range re-centres onto a decay (8542), hence 11.
 TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
-    std::vector<int16_t> trace(40 * 256, 0);
-    for (int onset = 500; onset + 400 < int(trace.size()); onset += 1000)
-        AddEvent(trace, onset, DoubleExp{10, 60, 400});
-    test::TraceWorkspace t(trace);
+    test::TraceWorkspace t(EventsEvery(1000));
     Workspace& ws = t.ws;
-    ScriptedDialogs dialogs;
-
+    ScriptedDialogs& dialogs = t.dialogs;
     AnalyzeCurrentScreen(ws, dialogs);
     const int32_t afterFirst = ws.events.Count();
     NonStopAnalysis run(ws, dialogs);
     EXPECT_EQ(run.GetProgress().screensTotal, 9);  // 10 screens of 4 blocks
     run.RunToEnd();
-    EXPECT_EQ(ws.screenStartBlock, 36);
-    std::vector<int32_t> peaks;
-    for (const auto& e : ws.events.Records()) peaks.push_back(e.sampleIndex);
+    EXPECT_EQ(std::tuple(ws.screenStartBlock, ws.events.Count()), std::tuple(36, 11));
     for (int32_t k = 0; k < 10; ++k)
-        EXPECT_NE(std::find(peaks.begin(), peaks.end(), 521 + 1000 * k), peaks.end()) << k;
-    EXPECT_EQ(ws.events.Count(), 11);
+        EXPECT_EQ(std::ranges::count(ws.events.Records(), 521 + 1000 * k, &EventRecord::sampleIndex), 1) << k;
     EXPECT_FALSE(AnalyzeNextWindow(ws, dialogs).moved);
-
     ASSERT_TRUE(ws.history.Undo(ws.events));
     EXPECT_EQ(ws.events.Count(), afterFirst);
     ASSERT_TRUE(ws.history.Undo(ws.events));
-    EXPECT_EQ(ws.events.Count(), 0);
-    EXPECT_FALSE(ws.history.CanUndo());
-
+    EXPECT_EQ(std::tuple(ws.events.Count(), ws.history.CanUndo()), std::tuple(0, false));
     // Stop ends a run; improper parameters stop it with one message.
     ws.screenStartBlock = 0;
     NonStopAnalysis stopped(ws, dialogs);
@@ -85,8 +79,7 @@ TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     EXPECT_EQ(ws.screenStartBlock, 4);
     ws.params().PeriodToSearchMax = 10;  // 0.2 samples
     NonStopAnalysis bad(ws, dialogs);
-    EXPECT_FALSE(bad.Step());
-    EXPECT_FALSE(bad.Step());
+    EXPECT_EQ((std::array{bad.Step(), bad.Step()}), (std::array{false, false}));
     EXPECT_EQ(dialogs.Messages().size(), 1u);
 }
 
@@ -95,39 +88,32 @@ TEST(EventSound, OneSoundPer150MsAtMost) {
     using namespace std::chrono_literals;
     EventSoundPacer pacer;
     const EventSoundPacer::Clock::time_point t0{};
-    EXPECT_FALSE(pacer.ShouldSound(0, t0));
-    EXPECT_TRUE(pacer.ShouldSound(3, t0));
-    EXPECT_FALSE(pacer.ShouldSound(1, t0 + 149ms));
-    EXPECT_TRUE(pacer.ShouldSound(1, t0 + 150ms));
+    // Braces: called in order.
+    EXPECT_EQ((std::array{pacer.ShouldSound(0, t0), pacer.ShouldSound(3, t0), pacer.ShouldSound(1, t0 + 149ms),
+                          pacer.ShouldSound(1, t0 + 150ms)}),
+              (std::array{false, true, false, true}));
     int sounds = 0;
     for (auto t = 1000ms; t < 2000ms; t += 5ms) sounds += pacer.ShouldSound(2, t0 + t) ? 1 : 0;
     EXPECT_EQ(sounds, 7);  // 1000, 1150, .. 1900
 }
-
-// Non-stop analysis started on a screen that nothing has analysed: the run
-// covers that screen too, so a run over a freshly opened recording finds
-// what the whole-file detection of the command line finds; on a screen that
-// was analysed, or that holds events, it starts with the next screen.
 
 void OpenFresh(Workspace& ws, const std::filesystem::path& path) {
     ScriptedDialogs dialogs;
     ASSERT_TRUE(OpenDataFile(ws, path, dialogs)) << path;
 }
 
-// Non-stop from block 0 of a freshly opened file equals the whole-file run,
-// for the threshold detection and for the deconvolution of a new
+// Non-stop analysis started on a screen that nothing has analysed covers that
+// screen too: from block 0 of a freshly opened file it equals the whole-file
+// run, for the threshold detection and for the deconvolution of a new
 // installation.
 TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
     test::TempDir dir;
-    SynthOptions options;
-    options.seconds = 10;
-    options.seed = 5;
     const std::filesystem::path synthetic = dir / "synthetic.abf";
-    ASSERT_EQ(WriteSynthetic(synthetic, Synthesise(options)), "");
+    ASSERT_EQ(WriteSynthetic(synthetic, Synthesise({.seconds = 10, .seed = 5})), "");
     std::vector<std::filesystem::path> files{synthetic};
     if (!test::SharedData().empty())
         files.push_back(test::SharedData() / "abf1" / "171116sh_0020_saved.abf");
-    for (const Settings& settings : {Settings{}, NewInstallationSettings()}) {
+    for (const Settings& settings : {Settings{}, NewInstallationSettings()})
         for (const auto& path : files) {
             Workspace stepped, whole;
             stepped.settings = whole.settings = settings;
@@ -139,61 +125,39 @@ TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
             EXPECT_EQ(run.GetProgress().screensDone, run.GetProgress().screensTotal);
             DetectWholeFile(whole, dialogs);
             EXPECT_GT(stepped.events.Count(), 10) << path;
-            EXPECT_EQ(stepped.events.Records(), whole.events.Records())
-                << path << " method " << int(settings.method.method);
+            EXPECT_EQ(stepped.events.Records(), whole.events.Records()) << path << " method " << int(settings.method.method);
         }
-    }
 }
 
 // One event on each screen of 4 blocks (peaks at 521 + 1024 k); where the
 // run starts decides whether the shown screen is analysed first.
 TEST(NonStopFromFreshRecording, AnalysesTheShownScreenOnlyWhenNothingRanThere) {
-    std::vector<int16_t> trace(40 * 256, 0);
-    for (int onset = 500; onset + 400 < int(trace.size()); onset += 1024)
-        AddEvent(trace, onset, DoubleExp{10, 60, 400});
-    test::TraceFile file(trace);
-    struct Case {
-        const char* what;
-        void (*prepare)(Workspace&, Dialogs&);
-        int64_t screensTotal;
-        int32_t firstPeak;  // of the events the run found
-    };
-    const Case cases[] = {
-        {"fresh, on screen 3", [](Workspace& ws, Dialogs&) { ws.screenStartBlock = 12; }, 7, 3 * 1024 + 521},
-        {"screen 3 analysed by F9",
-         [](Workspace& ws, Dialogs& d) {
-             ws.screenStartBlock = 12;
-             AnalyzeCurrentScreen(ws, d);
-             ws.events.Clear();  // the run's own events only
-         },
-         6, 4 * 1024 + 521},
-        {"an event of the table on screen 3",
-         [](Workspace& ws, Dialogs&) {
-             ws.screenStartBlock = 12;
-             EventRecord r;
-             r.sampleIndex = 12 * 256 + 100;
-             ws.events.Append(r);
-         },
-         6, 4 * 1024 + 521},
-        {"analysis ran over screen 3 at another screen length",
-         [](Workspace& ws, Dialogs&) {
-             ws.analysedBlocks.Add(8, 5);  // blocks 8..12
-             ws.screenStartBlock = 12;
-         },
-         6, 4 * 1024 + 521},
-    };
-    for (const Case& c : cases) {
+    test::TraceFile file(EventsEvery(1024));
+    // The run starts on screen 3 (block 12); screen 4 starts at block 16.
+    enum Before { Nothing, AnalysedByF9, EventInTheTable, AnalysedAtAnotherScreenLength };
+    const std::tuple<Before, int64_t, int32_t> cases[] = {{Nothing, 7, 3 * 1024 + 521},
+                                                          {AnalysedByF9, 6, 4 * 1024 + 521},
+                                                          {EventInTheTable, 6, 4 * 1024 + 521},
+                                                          {AnalysedAtAnotherScreenLength, 6, 4 * 1024 + 521}};
+    for (const auto& [before, screensTotal, firstPeak] : cases) {
+        SCOPED_TRACE(int(before));
         Workspace ws;
         OpenFresh(ws, file.rec->Path());
         ws.params() = test::TestParams();
+        ws.screenStartBlock = 12;
         ScriptedDialogs dialogs;
-        c.prepare(ws, dialogs);
-        const int32_t before = ws.events.Count();
+        if (before == AnalysedByF9) {
+            AnalyzeCurrentScreen(ws, dialogs);
+            ws.events.Clear();  // the run's own events only
+        }
+        if (before == EventInTheTable) ws.events.Append({.sampleIndex = 12 * 256 + 100});
+        if (before == AnalysedAtAnotherScreenLength) ws.analysedBlocks.Add(8, 5);  // blocks 8..12
+        const int32_t count = ws.events.Count();
         NonStopAnalysis run(ws, dialogs);
-        EXPECT_EQ(run.GetProgress().screensTotal, c.screensTotal) << c.what;
+        EXPECT_EQ(run.GetProgress().screensTotal, screensTotal);
         run.RunToEnd();
-        ASSERT_GT(ws.events.Count(), before) << c.what;
-        EXPECT_EQ(ws.events[before + 1].sampleIndex, c.firstPeak) << c.what;
+        ASSERT_GT(ws.events.Count(), count);
+        EXPECT_EQ(ws.events[count + 1].sampleIndex, firstPeak);
     }
 }
 
@@ -205,36 +169,26 @@ TEST(AnalysedBlocks, MergesTouchingRangesAndFindsOverlaps) {
     EXPECT_EQ(a.RangeCount(), 1u);
     a.Add(30, 2);
     EXPECT_EQ(a.RangeCount(), 2u);
-    const struct {
-        int32_t first, count;
-        bool any;
-    } probes[] = {{0, 4, false}, {0, 5, true}, {15, 1, true}, {16, 14, false},
-                  {29, 2, true}, {31, 1, true}, {32, 8, false}, {10, 0, false}};
+    const struct { int32_t first, count; bool any; } probes[] = {
+        {0, 4, false}, {0, 5, true}, {15, 1, true}, {16, 14, false}, {29, 2, true}, {31, 1, true}, {32, 8, false},
+        {10, 0, false}};
     for (const auto& p : probes) EXPECT_EQ(a.AnyIn(p.first, p.count), p.any) << p.first << "+" << p.count;
 }
 
-// RMS noise and the baseline and threshold command.
 // -500 counts with a square wave of +-10 (RMS 10), an event on the first
-// screen, two counts a unit: levels and RMS in halves.
-struct NoiseFixture : test::TraceWorkspace {
-    static std::vector<int16_t> Trace() {
-        std::vector<int16_t> t(4096);
-        for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? -490 : -510);
-        AddEvent(t, 600, DoubleExp{10, 100, 1000});
-        return t;
-    }
-    NoiseFixture() : TraceWorkspace(Trace(), 2.0f) { ws.params().ThresholdAmplitude = 100; }
-};
-
-TEST(ScreenNoise, StoredEventsAreLeftOut) {
-    NoiseFixture f;
+// screen, two counts a unit: levels and RMS in halves. The event's stretch is
+// left out; the commands show the RMS and set the threshold in the units.
+TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
+    std::vector<int16_t> t(4096);
+    for (std::size_t i = 0; i < t.size(); ++i) t[i] = int16_t(i % 2 == 0 ? -490 : -510);
+    AddEvent(t, 600, DoubleExp{10, 100, 1000});
+    test::TraceWorkspace f(t, 2.0f);
+    ScriptedDialogs& dialogs = f.dialogs;
     const Screen screen(*f.ws.recording, 0, f.ws.BlocksPerScreen());
     const NoiseMeasure withEvent = MeasureScreenNoise(screen, f.ws.events);
     ASSERT_TRUE(withEvent.valid);
     EXPECT_EQ(withEvent.points, screen.WindowLen());
     EXPECT_GT(withEvent.rmsUnits, 20.0);  // the event dominates
-
-    ScriptedDialogs dialogs;
     f.ws.params().DecayPercent = 0.01f;  // the decay point near the end of the tail
     AnalyzeCurrentScreen(f.ws, dialogs);
     ASSERT_EQ(f.ws.events.Count(), 1);
@@ -244,12 +198,24 @@ TEST(ScreenNoise, StoredEventsAreLeftOut) {
     EXPECT_EQ(quiet.pointsExcluded, 1024 - (f.ws.events[1].sampleIndex - f.ws.events[1].riseTime));
     EXPECT_NEAR(quiet.rmsUnits, 5.0, 1.5);
     EXPECT_NEAR(quiet.baselineUnits, -250.0, 5.0);
-
     // A screen without events: exactly the square wave.
-    const Screen last(*f.ws.recording, 12, f.ws.BlocksPerScreen());
-    const NoiseMeasure flat = MeasureScreenNoise(last, f.ws.events);
-    EXPECT_DOUBLE_EQ(flat.rmsUnits, 5.0);
-    EXPECT_DOUBLE_EQ(flat.baselineUnits, -250.0);
+    f.ws.screenStartBlock = 12;
+    f.ws.history.Clear();
+    EXPECT_DOUBLE_EQ(ShowRmsNoise(f.ws, dialogs).rmsUnits, 5.0);
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
+    EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos) << dialogs.Messages()[0].text;
+    // Baseline and Threshold sets the threshold only on yes (the test threshold is 5).
+    dialogs.AnswerYesNo(false).AnswerYesNo(true);
+    const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
+    EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
+    EXPECT_EQ(std::tuple(no.applied, f.ws.params().ThresholdAmplitude), std::tuple(false, 5.0f));
+    const BaselineThresholdResult yes = BaselineThreshold(f.ws, dialogs);
+    EXPECT_EQ(std::tuple(yes.applied, f.ws.params().ThresholdAmplitude), std::tuple(true, yes.suggestedThreshold));
+    const auto& question = dialogs.Transcript().back();
+    EXPECT_EQ(question.caption, "Baseline and Threshold");
+    EXPECT_NE(question.text.find("Baseline: -250.000"), std::string::npos) << question.text;
+    EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(1, false));
 }
 
 // 1948 samples: the last screen holds 924, the square wave and then 300; by
@@ -266,34 +232,6 @@ TEST(ScreenNoise, OnlyRecordedSamplesAreMeasured) {
     EXPECT_EQ(m.points, 924);
     const double mean = 310.0 / 924.0;
     EXPECT_NEAR(m.rmsUnits, std::sqrt((923 * 100.0 + 90000.0) / 924.0 - mean * mean), 1e-9);
-}
-
-TEST(NoiseCommands, ShowTheRmsAndSetTheThresholdInTheChannelsUnits) {
-    NoiseFixture f;
-    f.ws.screenStartBlock = 12;
-    ScriptedDialogs dialogs;
-    const NoiseMeasure m = ShowRmsNoise(f.ws, dialogs);
-    EXPECT_DOUBLE_EQ(m.rmsUnits, 5.0);
-    ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
-    EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos)
-        << dialogs.Messages()[0].text;
-    EXPECT_TRUE(f.ws.events.Empty());
-
-    // Baseline and Threshold sets the threshold only on yes.
-    dialogs.AnswerYesNo(false).AnswerYesNo(true);
-    const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
-    EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
-    EXPECT_FALSE(no.applied);
-    EXPECT_EQ(f.ws.params().ThresholdAmplitude, 100.0f);
-
-    const BaselineThresholdResult yes = BaselineThreshold(f.ws, dialogs);
-    EXPECT_TRUE(yes.applied);
-    EXPECT_EQ(f.ws.params().ThresholdAmplitude, yes.suggestedThreshold);
-    const auto& question = dialogs.Transcript().back();
-    EXPECT_EQ(question.caption, "Baseline and Threshold");
-    EXPECT_NE(question.text.find("Baseline: -250.000"), std::string::npos) << question.text;
-    EXPECT_FALSE(f.ws.history.CanUndo());
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 // suggestion and one set of events whatever kernel was set before.
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <random>
 
 #include "detection/clear_events.h"
@@ -44,8 +45,8 @@ Workspace Open(const test::TempDir& dir, const std::vector<int16_t>& samples) {
 }
 
 TEST(ClearAboveNoise, KeepsTheAmplitudesTheUpsideDownTraceRarelyReaches) {
-    std::vector<double> descending;  // 100, 99, ... 81
-    for (int a = 100; a > 80; --a) descending.push_back(a);
+    std::vector<double> descending(20);  // 100, 99, ... 81
+    std::iota(descending.rbegin(), descending.rend(), 81);
     const struct {
         std::vector<double> sorted, noise;
         std::size_t kept;
@@ -55,7 +56,7 @@ TEST(ClearAboveNoise, KeepsTheAmplitudesTheUpsideDownTraceRarelyReaches) {
         {descending, {1000}, 20},                // one artefact of the other direction
         {descending, {85, 84, 83, 82, 81}, 16},  // down to 85: 1 in 16, within a tenth
     };
-    for (const auto& c : cases) EXPECT_EQ(ClearAboveNoise(c.sorted, c.noise, 0.1), c.kept);
+    for (const auto& c : cases) EXPECT_EQ(ClearAboveNoise(c.sorted, c.noise, 0.1), c.kept) << c.noise.size();
 }
 
 // White noise: one sampling interval. A moving mean over 8 points correlates
@@ -69,7 +70,6 @@ TEST(ClearEvents, NoiseCorrelationTimeAndTheRiseFloor) {
         for (std::size_t k = 0; k < 8; ++k) smooth[i] += (white[i - k] + 2000) / std::sqrt(8.0);
     EXPECT_NEAR(NoiseCorrelationMs(Rounded(white), kIntervalUs), 0.05, 1e-9);
     EXPECT_NEAR(NoiseCorrelationMs(Rounded(smooth), kIntervalUs), 3.94 * 0.05, 0.005);
-
     // Events that jump in one sample in noise smoothed over 1.5 ms: the
     // kernel's rise is held at the noise's correlation time.
     std::vector<double> slow(white.size(), -2000);
@@ -83,8 +83,7 @@ TEST(ClearEvents, NoiseCorrelationTimeAndTheRiseFloor) {
     ASSERT_TRUE(suggested) << suggested.message();
     const RecordingSuggestion& s = suggested.value();
     EXPECT_GE(s.eventsUsed, 10);
-    EXPECT_GT(s.minRiseMs, 0.25);
-    EXPECT_GE(s.riseTauMs, s.minRiseMs);
+    EXPECT_TRUE(s.minRiseMs > 0.25 && s.riseTauMs >= s.minRiseMs) << s.minRiseMs << " " << s.riseTauMs;
     EXPECT_NEAR(s.decayTauMs, 5, 1);
 }
 
@@ -110,31 +109,22 @@ TEST(ClearEvents, TestPulsesAndStepsMakeNoKernelAndNothingSetBeforeCounts) {
     test::TempDir dir;
     Workspace ws = Open(dir, Rounded(x));
     ScriptedDialogs quiet;
-    std::optional<RecordingSuggestion> first;
-    EventTable firstEvents;
-    for (const EventKernel before : {EventKernel{3, 30}, EventKernel{0.1, 1}, EventKernel{0.5, 6}}) {
-        ws.settings.method.riseTauMs = before.riseTauMs;
-        ws.settings.method.decayTauMs = before.decayTauMs;
-        const Outcome<RecordingSuggestion> suggested = SuggestFromRecording(ws);
-        ASSERT_TRUE(suggested) << suggested.message();
-        const RecordingSuggestion& s = suggested.value();
+    // What the suggestion and the detection after it give, the kernel set before being rise, decay.
+    const auto suggestAndDetect = [&](double rise, double decay) {
+        ws.settings.method.riseTauMs = rise;
+        ws.settings.method.decayTauMs = decay;
+        const RecordingSuggestion s = SuggestFromRecording(ws).value();
         ApplySuggestion(ws, s);
         ws.events = EventTable{};
         DetectWholeFile(ws, quiet);
-        if (!first) {
-            first = s;
-            firstEvents = ws.events;
-            EXPECT_NEAR(s.riseTauMs, 0.5, 0.15);
-            EXPECT_NEAR(s.decayTauMs, 5, 0.75);
-            EXPECT_GE(ws.events.Count(), 150);
-            continue;
-        }
-        EXPECT_EQ(s.riseTauMs, first->riseTauMs);
-        EXPECT_EQ(s.decayTauMs, first->decayTauMs);
-        EXPECT_EQ(s.thresholdAmplitude, first->thresholdAmplitude);
-        EXPECT_EQ(s.templateThreshold, first->templateThreshold);
-        EXPECT_EQ(ws.events, firstEvents);
-    }
+        return std::tuple(s.riseTauMs, s.decayTauMs, s.thresholdAmplitude, s.templateThreshold, ws.events);
+    };
+    const auto first = suggestAndDetect(3, 30);
+    EXPECT_NEAR(std::get<0>(first), 0.5, 0.15);
+    EXPECT_NEAR(std::get<1>(first), 5, 0.75);
+    EXPECT_GE(std::get<4>(first).Count(), 150);
+    EXPECT_TRUE(suggestAndDetect(0.1, 1) == first);
+    EXPECT_TRUE(suggestAndDetect(0.5, 6) == first);
 }
 
 // Smooth transients (Gaussian bumps, SD 0.5 ms, 6 to 10 noise SDs) as often
@@ -154,9 +144,8 @@ TEST(ClearEvents, TransientsBothWaysKeepTheDefaultKernel) {
     const Outcome<RecordingSuggestion> suggested = SuggestFromRecording(ws);
     ASSERT_TRUE(suggested) << suggested.message();
     const RecordingSuggestion& s = suggested.value();
-    EXPECT_EQ(s.eventsUsed, 0);
-    EXPECT_EQ(s.riseTauMs, MethodParameters{}.riseTauMs);
-    EXPECT_EQ(s.decayTauMs, MethodParameters{}.decayTauMs);
+    EXPECT_EQ(std::tuple(s.eventsUsed, s.riseTauMs, s.decayTauMs),
+              std::tuple(0, MethodParameters{}.riseTauMs, MethodParameters{}.decayTauMs));
     EXPECT_EQ(KernelSourceText(s), "too few clear events: default kernel");
 }
 

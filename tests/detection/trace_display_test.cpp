@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "detection/axis_ticks.h"
 #include "detection/decimate.h"
@@ -30,28 +31,37 @@ TEST(FitFrame, FitsTheEventsNotTheArtefactWithTheBaselineTowardsTheQuietSide) {
     // Margin 0.08 x 200 = 16. Downward: the baseline a quarter below the top,
     // so span = max((0 + 16) / 0.25, (200 + 16) / 0.75) = 288, top = 0 + 72.
     const DisplayFrame down = FitFrame(v, -1);
-    EXPECT_DOUBLE_EQ(down.spanCounts, 288);
-    EXPECT_DOUBLE_EQ(down.centreCounts, 72 - 144);
+    EXPECT_EQ(std::pair(down.spanCounts, down.centreCounts), std::pair(288.0, 72.0 - 144));
     // Upward events: the baseline a quarter above the bottom, so the same
     // range needs span = max(16 / 0.75, 216 / 0.25) = 864, top = 0.75 x 864.
     const DisplayFrame up = FitFrame(v, 1);
-    EXPECT_DOUBLE_EQ(up.spanCounts, 864);
-    EXPECT_DOUBLE_EQ(up.centreCounts, 648 - 432);
-
+    EXPECT_EQ(std::pair(up.spanCounts, up.centreCounts), std::pair(864.0, 648.0 - 432));
     // A flat or empty screen still gets the smallest span, about its level.
     const std::vector<int16_t> flat(1024, 77);
     EXPECT_DOUBLE_EQ(FitFrame(flat, -1).spanCounts, kMinFrameSpanCounts);
     const VisibleCounts f = VisibleRange({}, FitFrame(flat, -1).centreCounts, kMinFrameSpanCounts);
-    EXPECT_LT(f.bottomCounts, 77);
-    EXPECT_GT(f.topCounts, 77);
+    EXPECT_TRUE(f.bottomCounts < 77 && f.topCounts > 77) << f.bottomCounts << " " << f.topCounts;
     EXPECT_DOUBLE_EQ(FitFrame({}, -1).spanCounts, kMinFrameSpanCounts);
-
     // Fit all samples: 5200 counts with 8 % margin each side, gain
     // 288 / (5200 x 1.16), the middle 2400 at the frame's centre -72.
     const DisplayScale all = FitAllSamples(v, down);
-    EXPECT_DOUBLE_EQ(all.gain, 288 / (5200 * 1.16));
-    EXPECT_EQ(all.offsetCounts, -72 - 2400);
+    EXPECT_EQ(std::tuple(all.gain, all.offsetCounts), std::tuple(288 / (5200 * 1.16), -72 - 2400));
     EXPECT_GT(StepDisplay(all, DisplayStep::IncreaseGain, down.spanCounts).gain, all.gain);
+    // An event-rich screen, 4096 samples of flat noise with 12 sharp downward peaks of -900
+    // counts: the peaks are rarer than the 0.5 % that the fitted frame leaves out, so without
+    // them the frame cuts every peak off.
+    std::vector<int16_t> samples(4096);
+    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(int(i * 7919 % 21) - 10);
+    for (std::size_t k = 0; k < 12; ++k) samples[200 + k * 300] = -900;
+    const std::vector<int16_t> peaks(12, -900);
+    const auto bottomOf = [](const DisplayFrame& f) { return f.centreCounts - f.spanCounts / 2; };
+    const DisplayFrame plain = FitFrame(samples, -1);
+    EXPECT_GT(bottomOf(plain), -900);  // what users saw: every peak off the bottom
+    const DisplayFrame withPeaks = FitFrame(samples, -1, peaks);
+    EXPECT_LE(bottomOf(withPeaks), -900);
+    // The baseline keeps its place a quarter below the top.
+    const double top = withPeaks.centreCounts + withPeaks.spanCounts / 2;
+    EXPECT_NEAR((top - 0) / withPeaks.spanCounts, kBaselineFromEdge, 0.02);
 }
 
 // Longer than one reading chunk (1024 blocks), a partial last block, spikes
@@ -69,9 +79,7 @@ TEST(Overview, BlockExtremesOfTheRecordingMatchTheSamples) {
     const BlockExtremes blocks = RecordingBlockExtremes(*rec);
     const BlockExtremes expected = SummariseBlocks(v, 256);
     ASSERT_EQ(blocks.min.size(), 2101u);
-    EXPECT_EQ(blocks.min, expected.min);
-    EXPECT_EQ(blocks.max, expected.max);
-
+    EXPECT_TRUE(blocks.min == expected.min && blocks.max == expected.max);
     for (int columns : {333, 2101, 5000}) {
         const auto cols = OverviewColumns(blocks, columns);
         ASSERT_EQ(cols.size(), std::size_t(std::min(columns, 2101)));
@@ -79,21 +87,18 @@ TEST(Overview, BlockExtremesOfTheRecordingMatchTheSamples) {
         for (int64_t k = 0; k < c; ++k) {
             const auto b = v.begin() + std::min<int64_t>(int64_t(v.size()), k * n / c * 256);
             const auto e = v.begin() + std::min<int64_t>(int64_t(v.size()), (k + 1) * n / c * 256);
-            ASSERT_EQ(cols[std::size_t(k)].min, *std::min_element(b, e)) << columns << " " << k;
-            ASSERT_EQ(cols[std::size_t(k)].max, *std::max_element(b, e)) << columns << " " << k;
+            ASSERT_EQ(std::tuple(cols[std::size_t(k)].min, cols[std::size_t(k)].max),
+                      std::tuple(*std::min_element(b, e), *std::max_element(b, e))) << columns << " " << k;
         }
     }
-    EXPECT_TRUE(OverviewColumns(blocks, 0).empty());
-    EXPECT_TRUE(OverviewColumns({}, 100).empty());
-}
+    EXPECT_TRUE(OverviewColumns(blocks, 0).empty() && OverviewColumns({}, 100).empty());
 
-TEST(Overview, RangeLeavesOutARareArtefact) {
+    // The range leaves out a rare artefact.
     std::vector<ColumnExtremes> cols(1000, ColumnExtremes{-100, 80});
     cols[500] = {-30000, 30000};
     cols[10] = {-250, 20};  // an event: within the range
     const LevelRange r = OverviewRange(cols);
-    EXPECT_EQ(r.low, -100);  // 5 of 1000 columns may lie beyond each side
-    EXPECT_EQ(r.high, 80);
+    EXPECT_EQ(std::tuple(r.low, r.high), std::tuple(-100, 80));  // 5 of 1000 columns may lie beyond each side
     cols.assign(100, ColumnExtremes{-250, 80});
     EXPECT_EQ(OverviewRange(cols).low, -250);
 }
@@ -104,18 +109,15 @@ double SevenPxPerChar(const std::string& s) { return 7.0 * double(s.size()); }
 TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
     const auto ticks = AxisTicks(0, 51.2, 800, 90, 14, SevenPxPerChar);
     ASSERT_EQ(ticks.size(), 6u);
-    EXPECT_EQ(ticks[4].label, "40");
-    EXPECT_EQ(ticks[5].label, "");  // left out, its tick kept
+    EXPECT_EQ(std::tuple(ticks[4].label, ticks[5].label), std::tuple("40", ""));  // left out, its tick kept
     EXPECT_DOUBLE_EQ(ticks[5].position, 50 / 51.2 * 800);
-
     for (double width : {200.0, 333.0, 640.0, 1021.0}) {
         for (double t0 = 0; t0 < 3000; t0 += 51.2 * 7) {
             const double t1 = t0 + 51.2 * (1 + int(t0) % 5);
             double lastRight = -1e9;
             int labelled = 0;
             for (const AxisTick& t : AxisTicks(t0, t1, width, 90, 14, SevenPxPerChar)) {
-                ASSERT_GE(t.value, t0 - 1e-9);
-                ASSERT_LE(t.value, t1 + 1e-9);
+                ASSERT_TRUE(t.value >= t0 - 1e-9 && t.value <= t1 + 1e-9) << t.value;
                 if (t.label.empty()) continue;
                 ++labelled;
                 const double half = SevenPxPerChar(t.label) / 2;
@@ -126,15 +128,10 @@ TEST(AxisTicks, NoLabelOverlapsTheUnitOrItsNeighbour) {
             EXPECT_GE(labelled, 1) << width << " " << t0;
         }
     }
-}
-
-TEST(AxisTicks, LabelsCarryTheDecimalsOfTheirStep) {
-    EXPECT_EQ(TickLabel(1.5, 0.5), "1.5");
-    EXPECT_EQ(TickLabel(100, 20), "100");
-    EXPECT_EQ(TickLabel(-1e-12, 0.02), "0.00");
-    EXPECT_EQ(TickLabel(3e-11, 1e-11), "3e-11");
-    EXPECT_EQ(NiceStep(51.2, 8), 10);
-    EXPECT_EQ(NiceStep(0, 8), 1);
+    // Labels carry the decimals of their step.
+    EXPECT_EQ(std::tuple(TickLabel(1.5, 0.5), TickLabel(100, 20), TickLabel(-1e-12, 0.02), TickLabel(3e-11, 1e-11)),
+              std::tuple("1.5", "100", "0.00", "3e-11"));
+    EXPECT_EQ(std::tuple(NiceStep(51.2, 8), NiceStep(0, 8)), std::tuple(10, 1));
 }
 
 std::vector<int16_t> NoisyTrace(std::size_t n, unsigned seed) {
@@ -162,71 +159,55 @@ TEST(Decimate, ColumnsHoldTrueExtremesAndTileTheInput) {
             ASSERT_EQ(c.firstIndex, next);
             ASSERT_GE(c.count, 2);
             const auto b = v.begin() + c.firstIndex, e = b + c.count;
-            EXPECT_EQ(c.min, *std::min_element(b, e));
-            EXPECT_EQ(c.max, *std::max_element(b, e));
-            EXPECT_EQ(c.first, *b);
-            EXPECT_EQ(c.last, *(e - 1));
+            EXPECT_EQ(std::tuple(c.min, c.max, c.first, c.last),
+                      std::tuple(*std::min_element(b, e), *std::max_element(b, e), *b, *(e - 1)));
             next += c.count;
         }
         EXPECT_EQ(next, n);
     }
     const auto v = NoisyTrace(1024, 3);
-    EXPECT_TRUE(Decimate(v, 600).plain);   // 1.7 samples per column
-    EXPECT_FALSE(Decimate(v, 512).plain);  // exactly 2
-    EXPECT_TRUE(Decimate(v, 0).plain);
-    EXPECT_TRUE(Decimate(std::span<const int16_t>{}, 100).plain);
+    // 1.7 samples per column, exactly 2, no columns, no samples.
+    EXPECT_EQ(std::tuple(Decimate(v, 600).plain, Decimate(v, 512).plain, Decimate(v, 0).plain,
+                         Decimate(std::span<const int16_t>{}, 100).plain),
+              std::tuple(true, false, true, true));
 }
 
-// Short runs are ranked by selection, long ones by a histogram: on either
-// side of the switch, at the extreme levels and with a tail of a half, the
-// levels are those at the tail's ranks of the sorted run; the median is the lower one.
-TEST(DisplayLevels, RobustRangeIsTheLevelAtTheTailsRanksForShortAndLongRuns) {
-    uint32_t state = 5;  // fixed-seed LCG over all 65,536 levels
-    for (std::size_t n : {1, 2, 3, 1024, 16383, 16384, 40000}) {
-        std::vector<int16_t> v(n);
-        for (int16_t& x : v) x = int16_t((state = state * 1664525u + 1013904223u) >> 16);
-        v.front() = -32768;
-        v.back() = 32767;
+// A screen's levels are counted over the screen's own span when it is narrow
+// and selected in a copy when it is wide; long runs use the full histogram.
+// On both sides of each switch and at the extreme levels, the tails and the
+// median are the levels at those ranks of the sorted run (the median the lower one).
+TEST(ScreenLevels, TailsAndMedianAreTheLevelsAtTheirRanksForNarrowAndWideSpans) {
+    const struct {
+        std::size_t n;
+        int spread, base;  // levels drawn from [base - spread, base + spread]
+    } cases[] = {{1, 0, 7},        {2, 3, -32768 + 3},       {4096, 0, 100},   {4096, 40, -12},
+                 {4096, 8000, 0},  {4096, 9000, 0},          {4096, 32767, 0}, {16383, 30, 32767 - 30},
+                 {16384, 30, 500}, {16384, 30, -32768 + 30}, {40000, 200, -7}, {40000, 30, 32767 - 30}};
+    uint32_t state = 11;  // fixed-seed LCG
+    for (const auto& c : cases) {
+        std::vector<int16_t> v(c.n);
+        for (int16_t& x : v) {
+            state = state * 1664525u + 1013904223u;
+            const int offset = c.spread == 0 ? 0 : int(state >> 8) % (2 * c.spread + 1) - c.spread;
+            x = int16_t(std::clamp(c.base + offset, -32768, 32767));
+        }
         std::vector<int16_t> sorted = v;
         std::sort(sorted.begin(), sorted.end());
-        for (double fraction : {0.0, 0.005, 0.5}) {
-            const std::size_t tail = std::size_t(double(n) * fraction);
+        for (const double fraction : {0.0, 0.005, 0.5}) {
+            SCOPED_TRACE(testing::Message() << "n " << c.n << " spread " << c.spread << " tail " << fraction);
+            const std::size_t tail = std::size_t(double(c.n) * fraction);
+            const LevelSummary s = RobustRangeAndMedian(v, fraction);
             const LevelRange r = RobustRange(v, fraction);
-            EXPECT_EQ(r.low, sorted[tail]) << n << " " << fraction;
-            EXPECT_EQ(r.high, sorted[n - 1 - tail]) << n << " " << fraction;
+            EXPECT_EQ(std::tuple(s.range.low, s.range.high, s.median),
+                      std::tuple(sorted[tail], sorted[c.n - 1 - tail], sorted[(c.n - 1) / 2]));
+            EXPECT_EQ(std::tuple(r.low, r.high, MedianLevel(v)), std::tuple(s.range.low, s.range.high, s.median));
         }
     }
-    EXPECT_EQ(MedianLevel(std::vector<int16_t>{5, 1, 9, 7}), 5);
 }
-
-// An event-rich screen: its events' peaks are rarer than the 0.5 % that the
-// fitted frame leaves out, so without them the frame cuts every peak off.
-TEST(DisplayFrame, ThePeaksGivenAreInsideTheFrame) {
-    // 4096 samples of flat noise with 12 sharp downward peaks of -900 counts.
-    std::vector<int16_t> samples(4096);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = int16_t(int(i * 7919 % 21) - 10);
-    std::vector<int16_t> peaks;
-    for (std::size_t k = 0; k < 12; ++k) {
-        samples[200 + k * 300] = -900;
-        peaks.push_back(-900);
-    }
-    const auto bottomOf = [](const DisplayFrame& f) { return f.centreCounts - f.spanCounts / 2; };
-    const DisplayFrame plain = FitFrame(samples, -1);
-    EXPECT_GT(bottomOf(plain), -900);  // what users saw: every peak off the bottom
-    const DisplayFrame withPeaks = FitFrame(samples, -1, peaks);
-    EXPECT_LE(bottomOf(withPeaks), -900);
-    // The baseline keeps its place a quarter below the top.
-    const double top = withPeaks.centreCounts + withPeaks.spanCounts / 2;
-    EXPECT_NEAR((top - 0) / withPeaks.spanCounts, kBaselineFromEdge, 0.02);
-}
-
 // The zoom stays inside the screen and never narrower than a few samples.
 TEST(TraceZoom, LimitsOfTimeAndRectangleZooms) {
     const TraceZoom screen{0, 1024, -100, 100};
-    const struct {
-        double at, factor;
-        double first, last;
-    } times[] = {
+    const struct { double at, factor, first, last; } times[] = {
         {512, 0.5, 256, 768},   // centred
         {0, 0.5, 0, 512},       // the left edge stays
         {1024, 0.5, 512, 1024}, // the right edge stays
@@ -235,8 +216,7 @@ TEST(TraceZoom, LimitsOfTimeAndRectangleZooms) {
     };
     for (const auto& t : times) {
         const TraceZoom z = ZoomTime(screen, t.at, t.factor, 1024);
-        EXPECT_DOUBLE_EQ(z.firstIndex, t.first) << t.at << " " << t.factor;
-        EXPECT_DOUBLE_EQ(z.lastIndex, t.last) << t.at << " " << t.factor;
+        EXPECT_EQ(std::tuple(z.firstIndex, z.lastIndex), std::tuple(t.first, t.last)) << t.at << " " << t.factor;
     }
     // Corners in any order, clipped to the screen; a click leaves the view.
     EXPECT_EQ(ZoomToRectangle(screen, 900, 10, -50, 50, 1024), (TraceZoom{0, 900, 10, 50}));

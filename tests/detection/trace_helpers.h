@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "detection/analyze_window.h"
 #include "detection/event_kernel.h"
 #include "recording/parameter_file.h"
 #include "recording/recording.h"
@@ -22,9 +23,7 @@ namespace vess::test {
 
 // K (exp(-t/decay) - exp(-t/rise)) scaled to peak at peakCounts; t in samples.
 struct DoubleExp {
-    double riseTau;
-    double decayTau;
-    double peakCounts;
+    double riseTau, decayTau, peakCounts;
     double PeakTime() const { return riseTau * decayTau / (decayTau - riseTau) * std::log(decayTau / riseTau); }
     double Scale() const {
         const double tp = PeakTime();
@@ -35,11 +34,24 @@ struct DoubleExp {
     }
 };
 
-inline void AddEvent(std::vector<int16_t>& trace, int64_t onset, const DoubleExp& shape,
-                     int direction = 1) {
+inline void AddEvent(std::vector<int16_t>& trace, int64_t onset, const DoubleExp& shape, int direction = 1) {
     for (int64_t i = onset; i < int64_t(trace.size()); ++i)
-        trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] +
-                                        RoundEven(direction * shape(double(i - onset))));
+        trace[std::size_t(i)] = Clamp16(trace[std::size_t(i)] + RoundEven(direction * shape(double(i - onset))));
+}
+
+// A flat trace of zeros with the events at their onsets.
+inline std::vector<int16_t> EventTrace(std::size_t points, std::initializer_list<std::pair<int64_t, DoubleExp>> events,
+                                       int direction = 1) {
+    std::vector<int16_t> trace(points, 0);
+    for (const auto& [onset, shape] : events) AddEvent(trace, onset, shape, direction);
+    return trace;
+}
+
+// first, first + step, .. below end.
+inline std::vector<int64_t> Every(int64_t first, int64_t end, int64_t step) {
+    std::vector<int64_t> v;
+    for (int64_t o = first; o < end; o += step) v.push_back(o);
+    return v;
 }
 
 // White Gaussian noise of SD noiseCounts around -2000 counts, downward events
@@ -68,33 +80,33 @@ inline std::vector<int16_t> KernelTrace(int64_t points, const std::vector<int64_
 // Detection parameters in samples of 50 us: search 200, base offset 120,
 // baseline 40, decay 400; thresholds low enough for the test events.
 inline AnalysisParameters TestParams(int16_t direction = 1) {
-    AnalysisParameters p;
-    p.PeakDirection = direction;
-    p.ThresholdAmplitude = 5;
-    p.PeriodToSearchMax = 10000;
-    p.PeriodStartBaseline = 6000;
-    p.PeriodBaselineAverage = 2000;
-    p.PeriodFindDecayTime = 20000;
-    p.DecayPercent = 0.32f;
-    p.AreaThreshold = 1;
-    p.NumberPointsPeak = 1;
-    p.ComplexPeak = false;
-    return p;
+    return {.PeakDirection = direction, .ThresholdAmplitude = 5, .PeriodToSearchMax = 10000,
+            .PeriodStartBaseline = 6000, .PeriodFindDecayTime = 20000, .DecayPercent = 0.32f,
+            .PeriodBaselineAverage = 2000, .AreaThreshold = 1, .ComplexPeak = false, .NumberPointsPeak = 1};
 }
 
 // A recording of the given samples, kept with its folder.
 struct TraceFile {
     TempDir dir;
     std::unique_ptr<Recording> rec;
-    explicit TraceFile(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f,
-                       double intervalUs = 50)
+    explicit TraceFile(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f, double intervalUs = 50)
         : rec(MakeRecording(dir / "trace.abf", samples, intervalUs, countsPerUnit)) {}
 };
+
+// The events one analysis of the screen at startBlock finds.
+inline EventTable AnalyzeScreen(const Recording& rec, int32_t startBlock, const AnalysisParameters& params,
+                                int32_t blocks = 4) {
+    EventTable events;
+    ScriptedDialogs dialogs;
+    AnalyzeWindow(Screen(rec, startBlock, blocks), params, events, dialogs);
+    return events;
+}
 
 // A workspace on its own recording of the given samples, with the test parameters.
 struct TraceWorkspace {
     TraceFile file;
     Workspace ws;
+    ScriptedDialogs dialogs;
     explicit TraceWorkspace(const std::vector<int16_t>& samples, float countsPerUnit = 1.0f)
         : file(samples, countsPerUnit) {
         ws.recording = Recording::Open(file.rec->Path(), nullptr);
@@ -102,16 +114,11 @@ struct TraceWorkspace {
     }
 };
 
-inline std::unique_ptr<Recording> OpenOrThrow(const std::filesystem::path& path) {
-    auto rec = Recording::Open(path, nullptr);
-    if (!rec) throw std::runtime_error("cannot open " + path.string());
-    return rec;
-}
-
 // A workspace on the file with Suggest Analysis Parameters entry 1.
 inline std::unique_ptr<Workspace> Suggested(const std::filesystem::path& path) {
     auto ws = std::make_unique<Workspace>();
-    ws->recording = OpenOrThrow(path);
+    ws->recording = Recording::Open(path, nullptr);
+    if (!ws->recording) throw std::runtime_error("cannot open " + path.string());
     ScriptedDialogs dialogs;
     SuggestParameters(*ws, dialogs, 1, [] { return true; });
     return ws;

@@ -30,54 +30,34 @@ std::vector<int> Groups(const Workspace& ws) {
     return g;
 }
 
-TEST(Scans, MissingBeatsMarkTheBeatBeforeEachGap) {
+// A missing beat marks the beat before the gap; a short interval rejects the later beat.
+TEST(Scans, MissingBeatsAndShortIntervalsMarkTheirBeats) {
     Workspace ws = BeatsAt({0, 800, 1600, 3200});
     ScriptedDialogs d;
-    d.AnswerInput("1000");
-    ASSERT_TRUE(ScanMissingBeatsCommand(ws, d));
+    // An empty answer or 0 ends the scan without change, a cancel too.
+    for (const char* answer : {"", "0"}) EXPECT_FALSE(ScanMissingBeatsCommand(ws, d.AnswerInput(std::string(answer))));
+    EXPECT_FALSE(ScanRejectRRIntervalsCommand(ws, d.AnswerInput(std::nullopt)));
+    EXPECT_EQ(std::tuple(Groups(ws), d.Messages().size()), std::tuple(std::vector<int>{0, 0, 0, 0}, 0u));
+    ASSERT_TRUE(ScanMissingBeatsCommand(ws, d.AnswerInput("1000")));
     EXPECT_EQ(Groups(ws), (std::vector<int>{0, 0, 253, 0}));
     ASSERT_EQ(d.Messages().size(), 1u);
     EXPECT_EQ(d.Messages()[0].text,
               "There are 1 areas with potential missing beats.  The events are marked as group #253.");
     EXPECT_TRUE(ws.history.CanUndo());
-
-    // An empty answer or 0 ends the scan without change.
-    for (const char* answer : {"", "0"}) {
-        Workspace fresh = BeatsAt({0, 800, 1600, 3200});
-        ScriptedDialogs quiet;
-        quiet.AnswerInput(std::string(answer));
-        EXPECT_FALSE(ScanMissingBeatsCommand(fresh, quiet));
-        EXPECT_EQ(Groups(fresh), (std::vector<int>{0, 0, 0, 0}));
-        EXPECT_TRUE(quiet.Messages().empty());
-    }
-}
-
-TEST(Scans, ShortIntervalsRejectTheLaterBeat) {
-    Workspace ws = BeatsAt({0, 800, 1600, 3200});
-    ScriptedDialogs d;
-    d.AnswerInput("900");
-    ASSERT_TRUE(ScanRejectRRIntervalsCommand(ws, d));
+    ASSERT_TRUE(ScanRejectRRIntervalsCommand(ws, d.AnswerInput("900")));
     EXPECT_EQ(Groups(ws), (std::vector<int>{0, 255, 255, 0}));
     EXPECT_EQ(d.Messages().back().text, "2 events are rejected and marked as group #255");
-    ScriptedDialogs cancel;
-    cancel.AnswerInput(std::nullopt);
-    EXPECT_FALSE(ScanRejectRRIntervalsCommand(ws, cancel));
 }
 
 TEST(Scans, EventsOutOfOrderAreSortedOnlyOnYes) {
     Workspace ws = BeatsAt({800, 0, 3200, 1600});
-    ScriptedDialogs no;
-    no.AnswerYesNo(false);
-    EXPECT_FALSE(ScanMissingBeatsCommand(ws, no));
-    EXPECT_EQ(no.Transcript()[0].caption, "Sort Events");
-    EXPECT_EQ(ws.events[1].time, 800);
-
-    ScriptedDialogs yes;
-    yes.AnswerYesNo(true).AnswerInput("1000");
-    ASSERT_TRUE(ScanMissingBeatsCommand(ws, yes));
-    EXPECT_EQ(ws.events[1].time, 0);
-    EXPECT_EQ(ws.events[4].time, 3200);
-    EXPECT_EQ(ws.events[3].group, 253);
+    ScriptedDialogs d;
+    d.AnswerYesNo(false);
+    EXPECT_FALSE(ScanMissingBeatsCommand(ws, d));
+    EXPECT_EQ(std::tuple(d.Transcript()[0].caption, ws.events[1].time), std::tuple("Sort Events", 800));
+    d.AnswerYesNo(true).AnswerInput("1000");
+    ASSERT_TRUE(ScanMissingBeatsCommand(ws, d));
+    EXPECT_EQ(std::tuple(ws.events[1].time, ws.events[4].time, ws.events[3].group), std::tuple(0, 3200, 253));
 }
 
 TEST(Tachogram, AsciiFileLayout) {
@@ -96,36 +76,37 @@ TEST(Tachogram, AsciiFileLayout) {
     // Saving again over it asks to replace; No leaves it.
     ScriptedDialogs again;
     again.AnswerSaveFile((dir / "tacho.txt").string()).AnswerYesNo(false);
-    EXPECT_FALSE(SaveTachogramAsciiCommand(ws, again));
-    EXPECT_EQ(again.Transcript().back().caption, "Replace File");
+    EXPECT_EQ((std::tuple{bool(SaveTachogramAsciiCommand(ws, again)), again.Transcript().back().caption}),
+              std::tuple(false, "Replace File"));
 }
 
+// Without the template nothing is asked or written; with it the file reads back in ms.
 TEST(Tachogram, AbfOnTheTemplateReadsBackInMsOnAScaleFittingTheLongest) {
     test::TempDir dir;
-    ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
     Workspace ws = BeatsAt({0, 812.5f, 1625, 3225, 3300});
-    ScriptedDialogs d;
+    ScriptedDialogs d;  // no save answer queued: a file dialog would throw
+    EXPECT_FALSE(ShowFailure(d, SaveTachogramAbfCommand(ws, d, dir.Path())));
+    ASSERT_EQ(d.Messages().size(), 1u);
+    EXPECT_NE(d.Messages()[0].text.find("SamplABF.dat does not exist"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
+    ASSERT_EQ(EnsureTemplateHeader(dir.Path()).error, "");
     d.AnswerSaveFile((dir / "tacho").string());
     ASSERT_TRUE(SaveTachogramAbfCommand(ws, d, dir.Path()));
     EXPECT_EQ(d.Messages().back().text, "The Tachogram is saved as tacho.ABF");
-
     auto rec = test::OpenFile(dir / "tacho.ABF");
     ASSERT_TRUE(rec);
-    EXPECT_EQ(rec->ChannelCount(), 1);
-    EXPECT_EQ(rec->PointsPerChannel(), 4);
-    EXPECT_EQ(rec->Units(), "ms");
-    EXPECT_DOUBLE_EQ(rec->IntervalUs(), 1e6);
+    EXPECT_EQ(std::tuple(rec->ChannelCount(), rec->PointsPerChannel(), rec->Units(), rec->IntervalUs()),
+              std::tuple(1, 4, "ms", 1e6));
     const std::vector<double> expected{812.5, 812.5, 1600, 75};
     for (int i = 0; i < 4; ++i) EXPECT_NEAR(rec->Bit2pA(rec->Sample(i)), expected[std::size_t(i)], 1e-3);
     // The template's own fields outside the changed ones are kept.
     const auto tpl = ReadFileBytes(dir / "SamplABF.dat");
     EXPECT_EQ(std::vector<uint8_t>(tpl->begin() + 4, tpl->begin() + 8),
               std::vector<uint8_t>(rec->HeaderBytes().begin() + 4, rec->HeaderBytes().begin() + 8));
-
     // Intervals longer than 3276.7 ms are written on a coarser scale, not clipped.
     const std::vector<double> rr{800, 5000, 40000};
-    EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 3276.7}), 10);
-    EXPECT_EQ(TachogramCountsPerMs(std::vector<double>{800, 5000}), 1);
+    EXPECT_EQ(std::tuple(TachogramCountsPerMs(std::vector<double>{800, 3276.7}),
+                         TachogramCountsPerMs(std::vector<double>{800, 5000})), std::tuple(10, 1));
     const TachogramAbf abf = BuildTachogramAbf(*tpl, rr, "long");
     ASSERT_EQ(WriteFileAtomic(dir / "long.abf", abf.bytes), "");
     rec = test::OpenFile(dir / "long.abf");
@@ -144,43 +125,25 @@ TEST(Beats, RejectedLeftOutExactTimesFromTheSampleIndex) {
     EXPECT_DOUBLE_EQ(beats[1], 7200001.05);
 }
 
-TEST(Tachogram, MissingTemplateStopsBeforeAnything) {
-    test::TempDir dir;
-    Workspace ws = BeatsAt({0, 800, 1600});
-    ScriptedDialogs d;  // no save answer queued: a file dialog would throw
-    EXPECT_FALSE(ShowFailure(d, SaveTachogramAbfCommand(ws, d, dir.Path())));
-    ASSERT_EQ(d.Messages().size(), 1u);
-    EXPECT_NE(d.Messages()[0].text.find("SamplABF.dat does not exist"), std::string::npos);
-    EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
-}
-
 TEST(Options, DefaultsSaveAndPresets) {
     test::TempDir dir;
     const auto ini = dir / "Vessanto.ini";
     EXPECT_EQ(LoadHrvOptions(ini), HrvOptions{});  // no file: every default
-    HrvOptions o;
-    o.upperBoundMs = 250;
-    o.pointsPerSegment = 12345;
-    o.includeZeroSegments = true;
-    o.rrBinMs = 4;  // not a key of the time-domain window
+    // The bin size is not a key of the time-domain window.
+    const HrvOptions o{.upperBoundMs = 250, .pointsPerSegment = 12345, .includeZeroSegments = true, .rrBinMs = 4};
     ScriptedDialogs d;
     ASSERT_TRUE(SaveHrvOptionsCommand(ini, o, HrvWindow::TimeDomain, d));
-    HrvOptions back = LoadHrvOptions(ini);
-    EXPECT_EQ(back.upperBoundMs, 250);
-    EXPECT_EQ(back.pointsPerSegment, 12345);
-    EXPECT_TRUE(back.includeZeroSegments);
-    EXPECT_EQ(back.rrBinMs, 1);
+    const HrvOptions back = LoadHrvOptions(ini);
+    EXPECT_EQ(std::tuple(back.upperBoundMs, back.pointsPerSegment, back.includeZeroSegments, back.rrBinMs),
+              std::tuple(250.0, 12345, true, 1.0));
     ASSERT_TRUE(SaveHrvOptionsCommand(ini, o, HrvWindow::Geometric, d));
-    EXPECT_EQ(LoadHrvOptions(ini).rrBinMs, 4);
-    EXPECT_EQ(IniFile::Load(ini).Get("HRV", "IncludeZero"), "1");
-
+    EXPECT_EQ(std::tuple(LoadHrvOptions(ini).rrBinMs, IniFile::Load(ini).Get("HRV", "IncludeZero")), std::tuple(4, "1"));
     // Presets set the segment length for the recording's interval, and are recognised.
     const HrvOptions human = ApplyPreset(HrvOptions{}, Preset::Human, 1000);
     EXPECT_EQ(human.pointsPerSegment, 300000);  // 5 minutes of 1 ms samples
-    EXPECT_EQ(PresetInForce(human, 1000), Preset::Human);
-    EXPECT_EQ(PresetInForce(ApplyPreset(o, Preset::Mouse, 50), 50), Preset::Mouse);
-    EXPECT_EQ(PresetInForce(HrvOptions{}, 50), Preset::Stored);
-    EXPECT_EQ(PresetInForce(o, 50), Preset::Custom);
+    EXPECT_TRUE(PresetInForce(human, 1000) == Preset::Human &&
+                PresetInForce(ApplyPreset(o, Preset::Mouse, 50), 50) == Preset::Mouse &&
+                PresetInForce(HrvOptions{}, 50) == Preset::Stored && PresetInForce(o, 50) == Preset::Custom);
 }
 
 TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
@@ -191,23 +154,19 @@ TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
     ASSERT_TRUE(rr);
     EXPECT_EQ(rr->title, "RR Interval Histogram  Frequency Histogram   bin size=100 msec");
     // 800, 800 in bin 8 and 1600 in bin 16: bins 8..16.
-    ASSERT_EQ(rr->series.at(0).x.size(), 9u);
-    EXPECT_EQ(rr->series[0].x.front(), 800);
-    EXPECT_EQ(rr->series[0].y.front(), 2);
-    EXPECT_EQ(rr->series[0].y.back(), 1);
-
+    const PlotSeries& bins = rr->series.at(0);
+    ASSERT_EQ(bins.x.size(), 9u);
+    EXPECT_EQ(std::tuple(bins.x.front(), bins.y.front(), bins.y.back()), std::tuple(800, 2, 1));
     d.AnswerInput("2");
     const auto delta = DeltaRRHistogramCommand(ws, d);
     ASSERT_TRUE(delta);
     EXPECT_EQ(delta->title.rfind("Delta RR Interval Histogram ", 0), 0u);
-
     // 800 ms in bins of 0.01 ms: 80001 bins are refused.
     d.AnswerInput("0.01");
-    EXPECT_FALSE(RRHistogramCommand(ws, d));
-    EXPECT_EQ(d.Messages().back().caption, "Too many bins");
+    EXPECT_EQ((std::tuple{bool(RRHistogramCommand(ws, d)), d.Messages().back().caption}),
+              std::tuple(false, "Too many bins"));
     d.AnswerInput("");
-    EXPECT_FALSE(RRHistogramCommand(ws, d));
-    EXPECT_TRUE(d.AllAnswersUsed());
+    EXPECT_TRUE(!RRHistogramCommand(ws, d) && d.AllAnswersUsed());
 }
 
 TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
@@ -216,18 +175,15 @@ TEST(HrvPlots, LorenzEllipseArcsAndTachogram) {
     const auto plot = LorenzPlotCommand(ws, d);
     ASSERT_TRUE(plot);
     const PlotData& lorenz = *plot;
-    ASSERT_EQ(lorenz.series.size(), 4u);  // points, two arcs of the ellipse, identity line
-    EXPECT_EQ(lorenz.series[0].x.size(), 5u);
+    // Points, two arcs of the ellipse, identity line.
+    ASSERT_EQ(std::tuple(lorenz.series.size(), lorenz.series[0].x.size()), std::tuple(4u, 5u));
     // Each arc is drawn in x order, and together they meet at the extremes.
     for (int a : {1, 2}) EXPECT_TRUE(std::is_sorted(lorenz.series[a].x.begin(), lorenz.series[a].x.end()));
-    EXPECT_DOUBLE_EQ(lorenz.series[1].x.front(), lorenz.series[2].x.front());
-    EXPECT_DOUBLE_EQ(lorenz.series[1].x.back(), lorenz.series[2].x.back());
-
-    const auto tachogram = TachogramPlotCommand(ws, d);
-    ASSERT_TRUE(tachogram);
-    const PlotData& tacho = *tachogram;
-    EXPECT_EQ(tacho.series[0].x, (std::vector<double>{1, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(tacho.series[0].y[1], 850);
+    EXPECT_EQ(std::tuple(lorenz.series[1].x.front(), lorenz.series[1].x.back()),
+              std::tuple(lorenz.series[2].x.front(), lorenz.series[2].x.back()));
+    const auto tacho = TachogramPlotCommand(ws, d);
+    ASSERT_TRUE(tacho);
+    EXPECT_EQ(std::tuple(tacho->series[0].x, tacho->series[0].y[1]), std::tuple(std::vector<double>{1, 2, 3, 4, 5, 6}, 850));
 }
 
 }  // namespace
