@@ -16,8 +16,7 @@ void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
     ws.history.CheckpointAppended(countBefore, label);
 }
 
-AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
-    const Screen screen = ShownScreen(ws);
+AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs, const Screen& screen) {
     // Samples that could not be read are zeros, not data: nothing is
     // detected on them (the caller tells the user about the fault).
     if (!screen.Complete()) return {};
@@ -58,7 +57,7 @@ int64_t ScreensAfter(const Workspace& ws) {
 AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws, Dialogs& dialogs) {
     if (!ws.recording) return {};
     const int32_t before = ws.events.Count();
-    AnalyzeWindowResult result = AnalyzeShown(ws, dialogs);
+    AnalyzeWindowResult result = AnalyzeShown(ws, dialogs, ShownScreen(ws));
     CheckpointAppended(ws, before, kUndoAnalyzeWindow);
     return result;
 }
@@ -78,7 +77,7 @@ NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs) {
     if (!AdvanceScreen(ws)) return result;
     result.moved = true;
     const int32_t before = ws.events.Count();
-    result.analysis = AnalyzeShown(ws, dialogs);
+    result.analysis = AnalyzeShown(ws, dialogs, ShownScreen(ws));
     CheckpointAppended(ws, before, kUndoAnalyzeNext);
     return result;
 }
@@ -102,7 +101,8 @@ bool NonStopAnalysis::Step() {
         return false;
     }
     const int32_t before = ws_.events.Count();
-    last_ = AnalyzeShown(ws_, dialogs_);
+    last_ = AnalyzeShown(ws_, dialogs_,
+                         readAhead_ ? readAhead_->At(ws_.screenStartBlock) : ShownScreen(ws_));
     ++progress_.screensDone;
     if (!ws_.recording->ReadFault().empty()) {
         running_ = false;
@@ -119,6 +119,10 @@ bool NonStopAnalysis::Step() {
     }
     if (progress_.screensDone >= progress_.screensTotal) running_ = false;
     return running_;
+}
+
+void NonStopAnalysis::ReadAhead() {
+    if (ws_.recording) readAhead_.emplace(*ws_.recording, ws_.BlocksPerScreen());
 }
 
 void NonStopAnalysis::RunToEnd() {
