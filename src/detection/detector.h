@@ -136,7 +136,9 @@ private:
         int64_t index;
         int16_t value;
     };
-    Trough LeastExtreme(int64_t first, int64_t last) const;  // raw samples, inclusive
+    // The first least and most extreme raw samples of first .. last (inclusive).
+    Trough LeastExtreme(int64_t first, int64_t last) const;
+    Trough MostExtreme(int64_t first, int64_t last) const;
     // DetectPrepeak searching no further back than lowest.
     int64_t EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const;
     int32_t PeakMargin() const { return std::max<int32_t>(len_.halfPeak, 1); }
