@@ -63,7 +63,8 @@ Detector::Detector(const Screen& screen, const AnalysisParameters& params,
       dir_(NormalizedDirection(params.PeakDirection)),
       // A stored 0 (or less) would divide by zero; it is read as 1.
       pointsPeak_(std::max<int32_t>(params.NumberPointsPeak, 1)),
-      span_(RecordedSpan(screen)) {}
+      span_(RecordedSpan(screen)),
+      thresholdCounts_(screen.Rec().LeastCountsReaching(params.ThresholdAmplitude)) {}
 
 int16_t Detector::GetAverageValue(int64_t i) const {
     const int32_t h = len_.halfPeak;
@@ -151,8 +152,9 @@ Detector::Trough Detector::MostExtreme(int64_t first, int64_t last) const {
 
 bool Detector::PassesAmplitudeTests(int16_t value, int16_t baseline) const {
     const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
-    return AmplitudeUnits(amplitude) >= params_.ThresholdAmplitude &&
-           dir_ * int32_t(value) > dir_ * int32_t(baseline);
+    const bool reaches = thresholdCounts_ ? amplitude >= *thresholdCounts_
+                                          : AmplitudeUnits(amplitude) >= params_.ThresholdAmplitude;
+    return reaches && dir_ * int32_t(value) > dir_ * int32_t(baseline);
 }
 
 bool Detector::ReachesThreshold(double counts) const {
@@ -315,8 +317,8 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
         if (baseStart < span_.first) return std::nullopt;  // no recorded baseline
         e.baseline = FindBaseline(baseStart, len_.baseLen);
         e.amplitudeCounts = std::abs(int32_t(value) - int32_t(e.baseline));
-        e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
         if (!PassesAmplitudeTests(value, e.baseline)) return std::nullopt;
+        e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
 
         // A candidate whose earlier peak is the event stored from the end of
         // the previous screen is that screen's last search range examined a

@@ -149,6 +149,9 @@ private:
     int16_t dir_;
     int32_t pointsPeak_;
     DataSpan span_;
+    // ThresholdAmplitude as the least amplitude in counts that reaches it,
+    // when the channel's scaling allows the test in counts.
+    std::optional<int32_t> thresholdCounts_;
     int64_t floor_ = std::numeric_limits<int64_t>::min() / 2;
     std::optional<int64_t> carriedFloor_;
 };

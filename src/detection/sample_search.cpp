@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace vess {
 namespace {
 
@@ -14,12 +18,6 @@ typedef int32_t Lanes32 __attribute__((vector_size(4 * sizeof(int32_t))));
 Lanes16 Load(const int16_t* p) {
     Lanes16 v;
     std::memcpy(&v, p, sizeof v);
-    return v;
-}
-
-Lanes16 Splat(int16_t x) {
-    Lanes16 v;
-    for (int32_t k = 0; k < kLanes; ++k) v[k] = x;
     return v;
 }
 
@@ -44,16 +42,16 @@ int16_t ExtremeValue(const int16_t* p, int32_t n) {
 
 // The first offset holding x, which p[0..n) holds.
 int32_t FirstOffsetOf(const int16_t* p, int32_t n, int16_t x) {
-    const Lanes16 wanted = Splat(x);
     int32_t i = 0;
+#if defined(__SSE2__)
+    const __m128i wanted = _mm_set1_epi16(x);
     for (; i + kLanes <= n; i += kLanes) {
-        const Lanes16 equal = Load(p + i) == wanted;
-        uint64_t words[sizeof equal / sizeof(uint64_t)];
-        std::memcpy(words, &equal, sizeof equal);
-        uint64_t any = 0;
-        for (uint64_t w : words) any |= w;
-        if (any != 0) break;
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+        // Two mask bits per equal 16-bit lane.
+        const unsigned mask = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(v, wanted)));
+        if (mask != 0) return i + __builtin_ctz(mask) / 2;
     }
+#endif
     while (p[i] != x) ++i;
     return i;
 }
