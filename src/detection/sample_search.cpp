@@ -12,8 +12,6 @@ namespace {
 
 constexpr int32_t kLanes = 8;
 typedef int16_t Lanes16 __attribute__((vector_size(kLanes * sizeof(int16_t))));
-typedef int16_t Lanes16x4 __attribute__((vector_size(4 * sizeof(int16_t))));
-typedef int32_t Lanes32 __attribute__((vector_size(4 * sizeof(int32_t))));
 
 Lanes16 Load(const int16_t* p) {
     Lanes16 v;
@@ -22,22 +20,27 @@ Lanes16 Load(const int16_t* p) {
 }
 
 template <bool kGreatest>
+Lanes16 Beyond(Lanes16 a, Lanes16 b) {
+    return kGreatest ? (a > b ? a : b) : (a < b ? a : b);
+}
+
+template <bool kGreatest>
 int16_t ExtremeValue(const int16_t* p, int32_t n) {
-    auto beyond = [](int16_t a, int16_t b) { return kGreatest ? a > b : a < b; };
-    int16_t best = p[0];
-    int32_t i = 0;
-    if (n >= kLanes) {
-        Lanes16 acc = Load(p);
-        for (i = kLanes; i + kLanes <= n; i += kLanes) {
-            const Lanes16 v = Load(p + i);
-            acc = kGreatest ? (v > acc ? v : acc) : (v < acc ? v : acc);
-        }
-        for (int32_t k = 0; k < kLanes; ++k)
-            if (beyond(acc[k], best)) best = acc[k];
+    if (n < kLanes) {
+        int16_t best = p[0];
+        for (int32_t i = 1; i < n; ++i)
+            if (kGreatest ? p[i] > best : p[i] < best) best = p[i];
+        return best;
     }
-    for (; i < n; ++i)
-        if (beyond(p[i], best)) best = p[i];
-    return best;
+    Lanes16 acc = Load(p);
+    for (int32_t i = kLanes; i + kLanes <= n; i += kLanes) acc = Beyond<kGreatest>(acc, Load(p + i));
+    // The last lanes, overlapping lanes already seen, which changes no extreme.
+    acc = Beyond<kGreatest>(acc, Load(p + n - kLanes));
+    // Across the lanes: halves, quarters, then neighbours.
+    acc = Beyond<kGreatest>(acc, __builtin_shuffle(acc, Lanes16{4, 5, 6, 7, 0, 1, 2, 3}));
+    acc = Beyond<kGreatest>(acc, __builtin_shuffle(acc, Lanes16{2, 3, 0, 1, 6, 7, 4, 5}));
+    acc = Beyond<kGreatest>(acc, __builtin_shuffle(acc, Lanes16{1, 0, 3, 2, 5, 4, 7, 6}));
+    return acc[0];
 }
 
 // The first offset holding x, which p[0..n) holds.
@@ -66,18 +69,22 @@ FirstExtreme FirstExtremeOf(const int16_t* p, int32_t n, bool greatest) {
 int64_t SumOf(const int16_t* p, int64_t n) {
     int64_t sum = 0;
     int64_t i = 0;
-    // A stretch adds 2^13 samples of at most 2^15 into each 32-bit lane.
-    constexpr int64_t kStretch = int64_t(1) << 15;
-    while (n - i >= 4) {
-        Lanes32 acc = {};
-        const int64_t end = i + std::min<int64_t>((n - i) / 4 * 4, kStretch);
-        for (; i < end; i += 4) {
-            Lanes16x4 v;
-            std::memcpy(&v, p + i, sizeof v);
-            acc += __builtin_convertvector(v, Lanes32);
-        }
-        for (int32_t k = 0; k < 4; ++k) sum += acc[k];
+#if defined(__SSE2__)
+    // Pairs of samples added into 32-bit lanes; a stretch adds at most 2^14
+    // pairs of at most 2^16 in size into a lane.
+    constexpr int64_t kStretch = int64_t(1) << 17;
+    const __m128i ones = _mm_set1_epi16(1);
+    while (n - i >= 8) {
+        __m128i acc = _mm_setzero_si128();
+        const int64_t end = i + std::min<int64_t>((n - i) / 8 * 8, kStretch);
+        for (; i < end; i += 8)
+            acc = _mm_add_epi32(acc, _mm_madd_epi16(
+                                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i)), ones));
+        int32_t lanes[4];
+        std::memcpy(lanes, &acc, sizeof lanes);
+        for (int32_t lane : lanes) sum += lane;
     }
+#endif
     for (; i < n; ++i) sum += p[i];
     return sum;
 }
