@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "detection/count_threshold.h"
 #include "detection/measurements.h"
 #include "detection/sample_search.h"
 #include "detection/texts.h"
@@ -64,7 +65,7 @@ Detector::Detector(const Screen& screen, const AnalysisParameters& params,
       // A stored 0 (or less) would divide by zero; it is read as 1.
       pointsPeak_(std::max<int32_t>(params.NumberPointsPeak, 1)),
       span_(RecordedSpan(screen)),
-      thresholdCounts_(screen.Rec().LeastCountsReaching(params.ThresholdAmplitude)) {}
+      thresholdCounts_(LeastCountsReaching(screen.Rec(), params.ThresholdAmplitude)) {}
 
 int16_t Detector::GetAverageValue(int64_t i) const {
     const int32_t h = len_.halfPeak;

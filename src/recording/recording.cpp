@@ -354,29 +354,6 @@ float Recording::Bit2pA2(int32_t counts) const {
                  double(header_.adcResolution));
 }
 
-std::optional<int32_t> Recording::LeastCountsReaching(float units) const {
-    // Each step of Bit2pA2 (a division and a multiplication by positive
-    // numbers, each rounded, then a rounding to float) keeps the order of
-    // its input, so "Bit2pA2(c) >= units" turns true once and stays true.
-    if (!(gain_ > 0 && header_.adcRange > 0 && header_.adcResolution > 0)) return std::nullopt;
-    int32_t low = 0, high = 65536;  // the answer lies in [low, high]
-    // The exact quotient narrows the search to a step or two around it.
-    const double guess = std::ceil(double(units) * double(gain_) * double(header_.adcResolution) /
-                                   double(header_.adcRange));
-    if (guess >= 1 && guess <= 65535) {
-        const int32_t g = int32_t(guess);
-        if (Bit2pA2(g - 1) >= units) high = g - 1;
-        else if (Bit2pA2(g + 1) < units) low = g + 2;
-        else low = g, high = g + 1;
-    }
-    while (low < high) {
-        const int32_t mid = low + (high - low) / 2;
-        if (Bit2pA2(mid) >= units) high = mid;
-        else low = mid + 1;
-    }
-    return low;
-}
-
 float Recording::Bit2pA(int32_t counts) const {
     return float(double(counts) / double(gain_) * double(header_.adcRange) /
                      double(header_.adcResolution) +

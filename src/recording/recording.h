@@ -136,10 +136,6 @@ public:
     // Conversions of the chosen channel.
     float Bit2pA2(int32_t counts) const;   // difference, no offset
     float Bit2pA(int32_t counts) const;    // absolute level, with offset
-    // The least difference of counts, 0 .. 65535, whose Bit2pA2 is at least
-    // units (65536 when none is): an amplitude test in counts. nullopt when
-    // Bit2pA2 does not grow with the counts (a scaling of negative sign).
-    std::optional<int32_t> LeastCountsReaching(float units) const;
     int16_t pA2Bit(float units) const;     // absolute level to counts
     float Bit2msec(int32_t points) const;
 

@@ -1,12 +1,17 @@
-// The vector searches of detection against plain loops over the same
-// samples: lengths around the vector width (where the tail is read with
-// overlapping lanes), ties, extremes at either end and at the 16-bit limits,
-// and sums long enough to need more than one stretch of 32-bit lanes.
+// The fast paths of threshold detection against the plain ones. The vector
+// searches against plain loops over the same samples: lengths around the
+// vector width (where the tail is read with overlapping lanes), ties,
+// extremes at either end and at the 16-bit limits, and sums long enough to
+// need more than one stretch of 32-bit lanes.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
+#include "detection/count_threshold.h"
 #include "detection/detector.h"
 #include "detection/sample_search.h"
 #include "trace_helpers.h"
@@ -96,6 +101,25 @@ TEST(SampleSearch, WalksFromMemoryMatchTheGeneralPath) {
         if (fast.decay - peak > 20) ++events;
     }
     EXPECT_GT(events, 100);  // long decay walks were compared, not only noise
+}
+
+// LeastCountsReaching against a count-by-count search, for scalings that
+// make the boundary fall between counts, on a count and beyond the range.
+TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
+    test::TempDir dir;
+    const std::vector<int16_t> samples(512, 0);
+    int k = 0;
+    for (float countsPerUnit : {1.0f, 3.7f, 0.25f, 1000.0f}) {
+        const auto rec = test::MakeRecording(dir / ("r" + std::to_string(k++) + ".abf"), samples,
+                                             50, countsPerUnit);
+        for (float units : {-1.0f, 0.0f, 5.0f, 5.0001f, 17.3f, 65535.0f / countsPerUnit, 1e9f,
+                            std::numeric_limits<float>::quiet_NaN()}) {
+            int32_t expected = 0;
+            while (expected <= 65535 && !(rec->Bit2pA2(expected) >= units)) ++expected;
+            EXPECT_EQ(LeastCountsReaching(*rec, units), expected)
+                << countsPerUnit << " counts per unit, threshold " << units;
+        }
+    }
 }
 
 }  // namespace
