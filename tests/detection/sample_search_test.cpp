@@ -1,8 +1,7 @@
-// The fast paths of threshold detection against the plain ones. The vector
-// searches against plain loops over the same samples: lengths around the
-// vector width (where the tail is read with overlapping lanes), ties,
-// extremes at either end and at the 16-bit limits, and sums long enough to
-// need more than one stretch of 32-bit lanes.
+// The fast paths of threshold detection against the plain ones: vector
+// searches against plain loops over lengths around the vector width (where
+// the tail is read with overlapping lanes), walks from memory against the
+// general walks, the threshold in counts against converting every count.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -19,52 +18,34 @@
 namespace vess {
 namespace {
 
-FirstExtreme PlainFirstExtreme(const std::vector<int16_t>& v, int32_t n, bool greatest) {
-    FirstExtreme best{0, v[0]};
-    for (int32_t i = 1; i < n; ++i)
-        if (greatest ? v[i] > best.value : v[i] < best.value) best = {i, v[i]};
-    return best;
-}
-
-TEST(SampleSearch, FirstExtremeMatchesAPlainLoop) {
+// Runs of few distinct values (ties everywhere), of random values, and with
+// the only extreme in the last or the first sample.
+TEST(SampleSearch, VectorSearchesMatchPlainLoops) {
     std::mt19937 rng(11);
-    std::vector<std::vector<int16_t>> runs;
-    for (int32_t n : {1, 2, 7, 8, 9, 15, 16, 17, 40, 199, 200, 201}) {
-        // Few distinct values, so that ties are common.
-        std::vector<int16_t> v(static_cast<std::size_t>(n));
-        for (auto& x : v) x = int16_t(int(rng() % 5) - 2);
-        runs.push_back(v);
-        // The extremes only in the last sample, then only in the first.
-        std::vector<int16_t> last(std::size_t(n), 0), first(std::size_t(n), 0);
+    for (int32_t n : {1, 2, 7, 8, 9, 15, 16, 17, 40, 200, 201, (1 << 17) + 13, 3 << 17}) {
+        std::vector<int16_t> ties(static_cast<std::size_t>(n)), random(ties), last(ties), first(ties);
+        for (auto& x : ties) x = int16_t(int(rng() % 5) - 2);
+        for (auto& x : random) x = int16_t(rng());
         last.back() = 32767;
         first.front() = -32768;
-        runs.push_back(last);
-        runs.push_back(first);
-        std::vector<int16_t> full(static_cast<std::size_t>(n));
-        for (auto& x : full) x = int16_t(rng());
-        runs.push_back(full);
-    }
-    for (const auto& v : runs) {
-        for (bool greatest : {true, false}) {
-            const FirstExtreme got = FirstExtremeOf(v.data(), int32_t(v.size()), greatest);
-            const FirstExtreme want = PlainFirstExtreme(v, int32_t(v.size()), greatest);
-            EXPECT_EQ(got.offset, want.offset) << v.size() << " samples, greatest " << greatest;
-            EXPECT_EQ(got.value, want.value) << v.size() << " samples, greatest " << greatest;
+        for (const auto* v : {&ties, &random, &last, &first}) {
+            int64_t sum = 0;
+            for (int16_t x : *v) sum += x;
+            EXPECT_EQ(SumOf(v->data(), n), sum) << n;
+            for (bool greatest : {true, false}) {
+                FirstExtreme want{0, (*v)[0]};
+                for (int32_t i = 1; i < n; ++i)
+                    if (greatest ? (*v)[i] > want.value : (*v)[i] < want.value) want = {i, (*v)[i]};
+                const FirstExtreme got = FirstExtremeOf(v->data(), n, greatest);
+                EXPECT_EQ(got.offset, want.offset) << n << " samples, greatest " << greatest;
+                EXPECT_EQ(got.value, want.value) << n << " samples, greatest " << greatest;
+            }
         }
     }
-}
-
-TEST(SampleSearch, SumMatchesAPlainLoop) {
-    std::mt19937 rng(12);
-    for (int64_t n : {0L, 1L, 7L, 8L, 9L, 40L, (1L << 17) + 13, 3L << 17}) {
-        for (int16_t fill : {int16_t(-32768), int16_t(32767), int16_t(0)}) {
-            std::vector<int16_t> v(std::size_t(n), fill);
-            if (fill == 0)
-                for (auto& x : v) x = int16_t(rng());
-            int64_t want = 0;
-            for (int16_t x : v) want += x;
-            EXPECT_EQ(SumOf(v.data(), n), want) << n << " samples of " << fill;
-        }
+    // Sums of the 16-bit limits over more than one stretch of 32-bit lanes.
+    for (int16_t fill : {int16_t(-32768), int16_t(32767)}) {
+        const std::vector<int16_t> v(3 << 17, fill);
+        EXPECT_EQ(SumOf(v.data(), int64_t(v.size())), int64_t(fill) * int64_t(v.size()));
     }
 }
 
