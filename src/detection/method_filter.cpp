@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "detection/ordered_work.h"
 
@@ -92,6 +93,45 @@ ComputeScratch& Scratch() {
     return scratch;
 }
 
+// The template's least-squares fit on a window from its sums: scale over
+// the standard error of the fit, in the event direction. Pairs of points go
+// through vector instructions doing the operations of one point in the same
+// order, so every value is the one a point computed alone gets.
+struct TemplateCriterion {
+    double sT, sTT, denom, n, nLess1, direction;
+
+    template <class V>
+    V Of(V sY, V sYY, V sTY) const {
+        const V scale = (sTY - sT * sY / n) / denom;
+        const V offset = (sY - scale * sT) / n;
+        const V sse = sYY + scale * scale * sTT + n * offset * offset -
+                      2 * (scale * sTY + offset * sY - scale * offset * sT);
+        return direction * scale / Se(sse);
+    }
+    double Se(double sse) const { return std::sqrt(std::max(sse, 1e-12) / nLess1); }
+    template <class V>
+    V Se(V sse) const {
+        const V least = V{} + 1e-12;
+        V v = (sse < least ? least : sse) / nLess1;  // std::max(sse, 1e-12), lane by lane
+        for (std::size_t k = 0; k < sizeof(V) / sizeof(double); ++k) v[k] = std::sqrt(double(v[k]));
+        return v;
+    }
+
+    void Tile(const double* sY, const double* sYY, const double* sTY, int64_t m, double* out) const {
+        typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
+        int64_t j = 0;
+        for (; j + 2 <= m; j += 2) {
+            Pair y, yy, ty;
+            std::memcpy(&y, sY + j, sizeof y);
+            std::memcpy(&yy, sYY + j, sizeof yy);
+            std::memcpy(&ty, sTY + j, sizeof ty);
+            const Pair c = Of(y, yy, ty);
+            std::memcpy(out + j, &c, sizeof c);
+        }
+        for (; j < m; ++j) out[j] = Of(sY[j], sYY[j], sTY[j]);
+    }
+};
+
 }  // namespace
 
 std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count) const {
@@ -145,19 +185,25 @@ void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int6
             sY += x[std::size_t(k)];
             sYY += x[std::size_t(k)] * x[std::size_t(k)];
         }
-        for (int64_t i = 0; i < count; ++i) {
-            if (i > 0) {
-                const double gone = x[std::size_t(i - 1)], come = x[std::size_t(i + n - 1)];
-                sY += come - gone;
-                sYY += come * come - gone * gone;
+        // The window sums run from point to point; each point's criterion
+        // needs only its own sums, so a tile of sums is taken first and the
+        // criteria then two points at a time.
+        TemplateCriterion criterion{sT, sTT, denom, double(n), double(n - 1), double(direction_)};
+        constexpr int64_t kTile = 512;
+        double tileY[kTile], tileYY[kTile];
+        for (int64_t from = 0; from < count; from += kTile) {
+            const int64_t m = std::min(kTile, count - from);
+            for (int64_t j = 0; j < m; ++j) {
+                const int64_t i = from + j;
+                if (i > 0) {
+                    const double gone = x[std::size_t(i - 1)], come = x[std::size_t(i + n - 1)];
+                    sY += come - gone;
+                    sYY += come * come - gone * gone;
+                }
+                tileY[j] = sY;
+                tileYY[j] = sYY;
             }
-            const double sTY = filtered[std::size_t(i)];
-            const double scale = (sTY - sT * sY / double(n)) / denom;
-            const double offset = (sY - scale * sT) / double(n);
-            const double sse = sYY + scale * scale * sTT + double(n) * offset * offset -
-                               2 * (scale * sTY + offset * sY - scale * offset * sT);
-            const double se = std::sqrt(std::max(sse, 1e-12) / double(n - 1));
-            out[std::size_t(i)] = direction_ * scale / se;
+            criterion.Tile(tileY, tileYY, filtered.data() + from, m, out.data() + from);
         }
         return;
     }
