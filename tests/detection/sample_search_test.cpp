@@ -1,7 +1,8 @@
 // The fast paths of threshold detection against the plain ones: vector
 // searches against plain loops over lengths around the vector width (where
 // the tail is read with overlapping lanes), walks from memory against the
-// general walks, the threshold in counts against converting every count.
+// general walks, the threshold in counts against converting every count,
+// the template criterion's paired points against lone ones.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,6 +13,7 @@
 
 #include "detection/count_threshold.h"
 #include "detection/detector.h"
+#include "detection/template_criterion.h"
 #include "detection/sample_search.h"
 #include "trace_helpers.h"
 
@@ -99,6 +101,27 @@ TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
             while (expected <= 65535 && !(rec->Bit2pA2(expected) >= units)) ++expected;
             EXPECT_EQ(LeastCountsReaching(*rec, units), expected)
                 << countsPerUnit << " counts per unit, threshold " << units;
+        }
+    }
+}
+
+// The template criterion of a tile, two points per vector instruction and
+// the odd point alone, equals the criterion of each point computed alone.
+TEST(TemplateCriterion, TileEqualsPointByPoint) {
+    std::mt19937 rng(14);
+    const TemplateCriterion c{-31.5, 260.25, 180.0, 40, 39, -1};
+    std::vector<double> sY(513), sYY(513), sTY(513), out(513);
+    for (std::size_t i = 0; i < sY.size(); ++i) {
+        sY[i] = double(int(rng() % 4000) - 2000);
+        sYY[i] = sY[i] * sY[i] / 40 + double(rng() % 5000);
+        sTY[i] = double(int(rng() % 2000) - 1000) / 7;
+    }
+    sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
+    for (int64_t m : {1, 2, 3, 512, 513}) {
+        c.Tile(sY.data(), sYY.data(), sTY.data(), m, out.data());
+        for (int64_t i = 0; i < m; ++i) {
+            const std::size_t k = std::size_t(i);
+            ASSERT_EQ(out[k], c.Of(sY[k], sYY[k], sTY[k])) << m << " points, point " << i;
         }
     }
 }
