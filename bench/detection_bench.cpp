@@ -10,7 +10,9 @@
 
 #include "detection/method_filter.h"
 #include "detection/overview.h"
+#include "detection/screen_commands.h"
 #include "detection/whole_file.h"
+#include "recording/screen_read_ahead.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
 
@@ -104,9 +106,46 @@ void BM_OverviewOfWholeFile(benchmark::State& state) {
         double(rec->PointsPerChannel()) * double(state.iterations()), benchmark::Counter::kIsRate);
 }
 
+// Every screen of the file in turn, read on its own (its previous, own and
+// next screen: argument 0) or handed out by the whole-file read-ahead (1).
+void BM_ScreensOfWholeFile(benchmark::State& state) {
+    auto rec = OpenLong();
+    const bool ahead = state.range(0) != 0;
+    int64_t sum = 0;
+    for (auto _ : state) {
+        vess::ScreenReadAhead readAhead(*rec, 4);
+        for (int32_t block = 0; block < rec->BlockCount(); block += 4) {
+            const vess::Screen screen = ahead ? readAhead.At(block) : vess::Screen(*rec, block, 4);
+            sum += screen.GetSampleValue(0);
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.counters["samples_per_s"] = benchmark::Counter(
+        double(rec->PointsPerChannel()) * double(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+// The threshold detection's non-stop run over the whole file, its screens
+// read on their own (argument 0) or ahead (1): the same events either way.
+void BM_ThresholdNonStop(benchmark::State& state) {
+    int32_t events = 0;
+    for (auto _ : state) {
+        vess::Workspace ws;
+        ws.recording = OpenLong();
+        vess::ScriptedDialogs dialogs;
+        vess::NonStopAnalysis run(ws, dialogs);
+        if (state.range(0) != 0) run.ReadAhead();
+        run.RunToEnd();
+        events = ws.events.Count();
+        benchmark::DoNotOptimize(events);
+    }
+    state.counters["events"] = double(events);
+}
+
 BENCHMARK(BM_ReadWholeFile)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_OverviewOfWholeFile)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_DeconvolveWholeFile)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_DetectWholeFile)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_ScreensOfWholeFile)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_ThresholdNonStop)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace

@@ -50,6 +50,7 @@ int RunDetect(const DetectionOptions& options, const std::string& outPath, const
     const auto started = std::chrono::steady_clock::now();
     auto lastReport = started;
     const ProgressCallback progress = [&](const NonStopAnalysis::Progress& p) {
+        if (quiet) return true;
         const auto now = std::chrono::steady_clock::now();
         if (!quiet && now - lastReport > std::chrono::seconds(1)) {
             lastReport = now;

@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "detection/count_threshold.h"
 #include "detection/measurements.h"
+#include "detection/sample_search.h"
 #include "detection/texts.h"
 #include "recording/rounding.h"
 
@@ -62,7 +64,8 @@ Detector::Detector(const Screen& screen, const AnalysisParameters& params,
       dir_(NormalizedDirection(params.PeakDirection)),
       // A stored 0 (or less) would divide by zero; it is read as 1.
       pointsPeak_(std::max<int32_t>(params.NumberPointsPeak, 1)),
-      span_(RecordedSpan(screen)) {}
+      span_(RecordedSpan(screen)),
+      thresholdCounts_(LeastCountsReaching(screen.Rec(), params.ThresholdAmplitude)) {}
 
 int16_t Detector::GetAverageValue(int64_t i) const {
     const int32_t h = len_.halfPeak;
@@ -79,7 +82,7 @@ int16_t Detector::FindBaseline(int64_t start, int32_t n) const {
     if (n < 1) return screen_.GetSampleValue(start);
     int64_t sum = 0;
     if (const int16_t* p = screen_.Samples(start, n)) {
-        for (int32_t k = 0; k < n; ++k) sum += p[k];
+        sum = SumOf(p, n);
     } else {
         for (int64_t j = start; j < start + n; ++j) sum += screen_.GetSampleValue(j);
     }
@@ -97,11 +100,9 @@ PeakPoint Detector::FindMax(int64_t start, int32_t n) const {
     const int32_t h = len_.halfPeak;
     const int16_t* p = screen_.Samples(start - h, int64_t(n) + 2 * h);
     if (p != nullptr && pointsPeak_ == 1 && h == 0) {
-        // Hot path: the smoothed value is the sample itself. A reduction that
-        // vectorises, then the first index holding the extreme.
-        const int16_t* end = p + n;
-        const int16_t best = dir_ > 0 ? *std::max_element(p, end) : *std::min_element(p, end);
-        return {start + (std::find(p, end, best) - p), best};
+        // Hot path: the smoothed value is the sample itself.
+        const FirstExtreme best = FirstExtremeOf(p, n, dir_ > 0);
+        return {start + best.offset, best.value};
     }
     if (p != nullptr) {
         // Running sum over the 2h+1 points; the same integer sums as
@@ -125,6 +126,10 @@ PeakPoint Detector::FindMax(int64_t start, int32_t n) const {
 }
 
 Detector::Trough Detector::LeastExtreme(int64_t first, int64_t last) const {
+    if (const int16_t* p = screen_.Samples(first, last - first + 1); p != nullptr && last >= first) {
+        const FirstExtreme least = FirstExtremeOf(p, int32_t(last - first + 1), dir_ < 0);
+        return {first + least.offset, least.value};
+    }
     Trough t{first, screen_.GetSampleValue(first)};
     for (int64_t i = first + 1; i <= last; ++i) {
         const int16_t v = screen_.GetSampleValue(i);
@@ -133,10 +138,24 @@ Detector::Trough Detector::LeastExtreme(int64_t first, int64_t last) const {
     return t;
 }
 
+Detector::Trough Detector::MostExtreme(int64_t first, int64_t last) const {
+    if (const int16_t* p = screen_.Samples(first, last - first + 1)) {
+        const FirstExtreme most = FirstExtremeOf(p, int32_t(last - first + 1), dir_ > 0);
+        return {first + most.offset, most.value};
+    }
+    Trough t{first, screen_.GetSampleValue(first)};
+    for (int64_t i = first + 1; i <= last; ++i) {
+        const int16_t v = screen_.GetSampleValue(i);
+        if (dir_ * v > dir_ * t.value) t = {i, v};
+    }
+    return t;
+}
+
 bool Detector::PassesAmplitudeTests(int16_t value, int16_t baseline) const {
     const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
-    return AmplitudeUnits(amplitude) >= params_.ThresholdAmplitude &&
-           dir_ * int32_t(value) > dir_ * int32_t(baseline);
+    const bool reaches = thresholdCounts_ ? amplitude >= *thresholdCounts_
+                                          : AmplitudeUnits(amplitude) >= params_.ThresholdAmplitude;
+    return reaches && dir_ * int32_t(value) > dir_ * int32_t(baseline);
 }
 
 bool Detector::ReachesThreshold(double counts) const {
@@ -188,11 +207,7 @@ int64_t Detector::EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const
     const int64_t first = std::max(farthest.index + 1, lowest);
     const int64_t last = nearest.index - 1;
     if (first > last) return peak;
-    Trough earlier{first, screen_.GetSampleValue(first)};
-    for (int64_t i = first + 1; i <= last; ++i) {
-        const int16_t v = screen_.GetSampleValue(i);
-        if (dir_ * v > dir_ * earlier.value) earlier = {i, v};
-    }
+    const Trough earlier = MostExtreme(first, last);
     // The most extreme sample at the very start of the range is no peak: the
     // trace only falls from there (typically the flank of a stored event just
     // before the floor, which would otherwise be found again a sample later).
@@ -228,26 +243,9 @@ int64_t Detector::EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const
 
 void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLimit) const {
     const int64_t peak = e.peak;
-    // Event start: back from the peak to the first point within 1 % of the
-    // amplitude; the stopping sample is part of the area.
     const double startLevel = 0.01 * e.amplitudeCounts;
-    double area = 0;
     const int64_t startLast = std::max({peak - len_.baseOffset, startLimit, span_.first});
     e.start = startLast > peak - len_.baseOffset ? startLast : peak - len_.baseOffset - 1;
-    for (int64_t i = peak; i >= startLast; --i) {
-        const double excess = SampleLess(screen_, e.under, i) - e.baseline;
-        area += excess;
-        if (dir_ * excess <= startLevel) {
-            e.start = i;
-            break;
-        }
-    }
-    // Decay point: forwards on three-point means (each term divided on its
-    // own) to the first one within DecayPercent of the amplitude.
-    auto mean3 = [&](int64_t i) {
-        return SampleLess(screen_, e.under, i - 1) / 3.0 + SampleLess(screen_, e.under, i) / 3.0 +
-               SampleLess(screen_, e.under, i + 1) / 3.0;
-    };
     const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
     int64_t decayLast = std::min<int64_t>(peak + len_.decayLen, decayLimit);
     e.decay = decayLast < peak + len_.decayLen ? decayLast : peak + len_.decayLen + 1;
@@ -258,15 +256,51 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
         decayLast = std::min(decayLast, lastMean);
         e.decay = std::max(lastMean, peak);
     }
-    for (int64_t i = peak + 1; i <= decayLast; ++i) {
-        const double m = mean3(i);
-        area += m - e.baseline;
-        if (dir_ * (m - e.baseline) <= decayLevel) {
-            e.decay = i;
-            break;
+    auto walk = [&](auto sampleAt) {
+        // Event start: back from the peak to the first point within 1 % of
+        // the amplitude; the stopping sample is part of the area.
+        double area = 0;
+        for (int64_t i = peak; i >= startLast; --i) {
+            const double excess = sampleAt(i) - e.baseline;
+            area += excess;
+            if (dir_ * excess <= startLevel) {
+                e.start = i;
+                break;
+            }
         }
-    }
-    e.decayLevel = RoundClamp16(mean3(std::min(e.decay, lastMean)));
+        // Decay point: forwards on three-point means (each term divided on
+        // its own) to the first one within DecayPercent of the amplitude.
+        // Each sample is divided once; the means add the thirds as mean3 does.
+        auto mean3 = [&](int64_t i) {
+            return sampleAt(i - 1) / 3.0 + sampleAt(i) / 3.0 + sampleAt(i + 1) / 3.0;
+        };
+        double before = 0, at = 0;
+        if (peak + 1 <= decayLast) {
+            before = sampleAt(peak) / 3.0;
+            at = sampleAt(peak + 1) / 3.0;
+        }
+        for (int64_t i = peak + 1; i <= decayLast; ++i) {
+            const double after = sampleAt(i + 1) / 3.0;
+            const double m = before + at + after;
+            before = at;
+            at = after;
+            area += m - e.baseline;
+            if (dir_ * (m - e.baseline) <= decayLevel) {
+                e.decay = i;
+                break;
+            }
+        }
+        e.decayLevel = RoundClamp16(mean3(std::min(e.decay, lastMean)));
+        return area;
+    };
+    // Without a decay to take off, the samples are read straight from the
+    // screen's memory when every one the walks may visit is there.
+    const int64_t first = std::min(startLast, std::min(e.decay, lastMean) - 1);
+    const int64_t last = std::max(decayLast, e.decay) + 1;
+    const int16_t* p = e.under.amplitude == 0 ? screen_.Samples(first, last - first + 1) : nullptr;
+    const double area = p != nullptr
+                            ? walk([p, first](int64_t i) { return double(p[i - first]); })
+                            : walk([&](int64_t i) { return SampleLess(screen_, e.under, i); });
     // The area as a whole count, converted as the channel converts a level.
     const float areaUnits = screen_.Rec().Bit2pA(RoundClamp32(area));
     e.areaUnitsMs = static_cast<float>(std::abs(double(areaUnits)) *
@@ -284,8 +318,8 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
         if (baseStart < span_.first) return std::nullopt;  // no recorded baseline
         e.baseline = FindBaseline(baseStart, len_.baseLen);
         e.amplitudeCounts = std::abs(int32_t(value) - int32_t(e.baseline));
-        e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
         if (!PassesAmplitudeTests(value, e.baseline)) return std::nullopt;
+        e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
 
         // A candidate whose earlier peak is the event stored from the end of
         // the previous screen is that screen's last search range examined a

@@ -136,7 +136,9 @@ private:
         int64_t index;
         int16_t value;
     };
-    Trough LeastExtreme(int64_t first, int64_t last) const;  // raw samples, inclusive
+    // The first least and most extreme raw samples of first .. last (inclusive).
+    Trough LeastExtreme(int64_t first, int64_t last) const;
+    Trough MostExtreme(int64_t first, int64_t last) const;
     // DetectPrepeak searching no further back than lowest.
     int64_t EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const;
     int32_t PeakMargin() const { return std::max<int32_t>(len_.halfPeak, 1); }
@@ -147,6 +149,9 @@ private:
     int16_t dir_;
     int32_t pointsPeak_;
     DataSpan span_;
+    // ThresholdAmplitude as the least amplitude in counts that reaches it,
+    // when the channel's scaling allows the test in counts.
+    std::optional<int32_t> thresholdCounts_;
     int64_t floor_ = std::numeric_limits<int64_t>::min() / 2;
     std::optional<int64_t> carriedFloor_;
 };

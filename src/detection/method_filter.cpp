@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
+#include "detection/template_criterion.h"
 
 namespace vess {
 namespace {
@@ -88,6 +90,7 @@ ComputeScratch& Scratch() {
     return scratch;
 }
 
+
 }  // namespace
 
 std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count) const {
@@ -142,19 +145,25 @@ void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int6
             sY += x[std::size_t(k)];
             sYY += x[std::size_t(k)] * x[std::size_t(k)];
         }
-        for (int64_t i = 0; i < count; ++i) {
-            if (i > 0) {
-                const double gone = x[std::size_t(i - 1)], come = x[std::size_t(i + n - 1)];
-                sY += come - gone;
-                sYY += come * come - gone * gone;
+        // The window sums run from point to point; each point's criterion
+        // needs only its own sums, so a tile of sums is taken first and the
+        // criteria then two points at a time.
+        TemplateCriterion criterion{sT, sTT, denom, double(n), double(n - 1), double(direction_)};
+        constexpr int64_t kTile = 512;
+        double tileY[kTile], tileYY[kTile];
+        for (int64_t from = 0; from < count; from += kTile) {
+            const int64_t m = std::min(kTile, count - from);
+            for (int64_t j = 0; j < m; ++j) {
+                const int64_t i = from + j;
+                if (i > 0) {
+                    const double gone = x[std::size_t(i - 1)], come = x[std::size_t(i + n - 1)];
+                    sY += come - gone;
+                    sYY += come * come - gone * gone;
+                }
+                tileY[j] = sY;
+                tileYY[j] = sYY;
             }
-            const double sTY = filtered[std::size_t(i)];
-            const double scale = (sTY - sT * sY / double(n)) / denom;
-            const double offset = (sY - scale * sT) / double(n);
-            const double sse = sYY + scale * scale * sTT + double(n) * offset * offset -
-                               2 * (scale * sTY + offset * sY - scale * offset * sT);
-            const double se = std::sqrt(std::max(sse, 1e-12) / double(n - 1));
-            out[std::size_t(i)] = direction_ * scale / se;
+            criterion.Tile(tileY, tileYY, filtered.data() + from, m, out.data() + from);
         }
         return;
     }

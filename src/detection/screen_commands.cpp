@@ -16,7 +16,7 @@ void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
     ws.history.CheckpointAppended(countBefore, label);
 }
 
-AnalyzeWindowResult AnalyzeScreen(const Screen& screen, Workspace& ws, Dialogs& dialogs) {
+AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs, const Screen& screen) {
     // Samples that could not be read are zeros, not data: nothing is
     // detected on them (the caller tells the user about the fault).
     if (!screen.Complete()) return {};
@@ -26,10 +26,6 @@ AnalyzeWindowResult AnalyzeScreen(const Screen& screen, Workspace& ws, Dialogs& 
             : AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
     if (!result.improperParameters) ws.analysedBlocks.Add(ws.screenStartBlock, ws.BlocksPerScreen());
     return result;
-}
-
-AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
-    return AnalyzeScreen(ShownScreen(ws), ws, dialogs);
 }
 
 // Whether an event of the table has its peak on the screen shown.
@@ -61,7 +57,7 @@ int64_t ScreensAfter(const Workspace& ws) {
 AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws, Dialogs& dialogs) {
     if (!ws.recording) return {};
     const int32_t before = ws.events.Count();
-    AnalyzeWindowResult result = AnalyzeShown(ws, dialogs);
+    AnalyzeWindowResult result = AnalyzeShown(ws, dialogs, ShownScreen(ws));
     CheckpointAppended(ws, before, kUndoAnalyzeWindow);
     return result;
 }
@@ -82,7 +78,7 @@ NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs) {
     result.moved = true;
     const int32_t before = ws.events.Count();
     result.screen = ShownScreen(ws);
-    result.analysis = AnalyzeScreen(result.screen, ws, dialogs);
+    result.analysis = AnalyzeShown(ws, dialogs, result.screen);
     CheckpointAppended(ws, before, kUndoAnalyzeNext);
     return result;
 }
@@ -106,7 +102,8 @@ bool NonStopAnalysis::Step() {
         return false;
     }
     const int32_t before = ws_.events.Count();
-    last_ = AnalyzeShown(ws_, dialogs_);
+    last_ = AnalyzeShown(ws_, dialogs_,
+                         readAhead_ ? readAhead_->At(ws_.screenStartBlock) : ShownScreen(ws_));
     ++progress_.screensDone;
     if (!ws_.recording->ReadFault().empty()) {
         running_ = false;
@@ -123,6 +120,10 @@ bool NonStopAnalysis::Step() {
     }
     if (progress_.screensDone >= progress_.screensTotal) running_ = false;
     return running_;
+}
+
+void NonStopAnalysis::ReadAhead() {
+    if (ws_.recording) readAhead_.emplace(*ws_.recording, ws_.BlocksPerScreen());
 }
 
 void NonStopAnalysis::RunToEnd() {

@@ -5,11 +5,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "detection/analyze_window.h"
 #include "recording/dialogs.h"
 #include "recording/screen.h"
+#include "recording/screen_read_ahead.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -56,6 +58,10 @@ public:
     bool Running() const { return running_; }
     // Runs Step until it returns false.
     void RunToEnd();
+    // Reads the screens ahead, many at a time, instead of each on its own.
+    // Only for a run during which nothing else changes the recording (its
+    // channel, filter or screen size): the whole-file detection.
+    void ReadAhead();
 
     struct Progress {
         int64_t screensDone = 0;
@@ -74,6 +80,7 @@ private:
     bool analyseShownFirst_ = false;
     Progress progress_;
     AnalyzeWindowResult last_;
+    std::optional<ScreenReadAhead> readAhead_;
 };
 
 // Command5: erases every event. A table with events asks first (OK/Cancel,

@@ -17,6 +17,7 @@ WholeFileResult DetectWholeFile(Workspace& ws, Dialogs& dialogs, const ProgressC
     result.screens = 1;
     result.eventsAdded = first.eventsAdded;
     NonStopAnalysis run(ws, dialogs);
+    run.ReadAhead();
     while (run.Step()) {
         if (progress && !progress(run.GetProgress())) run.Stop();
     }

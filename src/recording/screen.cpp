@@ -12,6 +12,32 @@ Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPer
       buffer_(std::size_t(3) * std::size_t(windowLen_)),
       filtered_(recording.ReadsFiltered()) {
     complete_ = recording.ReadSamples(AbsoluteIndex(-windowLen_), buffer_);
+    data_ = buffer_.data();
+    held_ = int64_t(buffer_.size());
+}
+
+Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen,
+               const int16_t* threeScreens)
+    : recording_(&recording),
+      startBlock_(startBlock),
+      blocksPerScreen_(blocksPerScreen < 1 ? 1 : blocksPerScreen),
+      windowLen_(blocksPerScreen_ * kBlockPoints),
+      data_(threeScreens),
+      held_(3 * int64_t(windowLen_)) {}
+
+Screen::Screen(const Screen& other)
+    : recording_(other.recording_),
+      startBlock_(other.startBlock_),
+      blocksPerScreen_(other.blocksPerScreen_),
+      windowLen_(other.windowLen_),
+      buffer_(other.buffer_),
+      data_(other.buffer_.empty() ? other.data_ : buffer_.data()),
+      held_(other.held_),
+      complete_(other.complete_) {}
+
+Screen& Screen::operator=(const Screen& other) {
+    if (this != &other) *this = Screen(other);
+    return *this;
 }
 
 float Screen::CalculateTime(int64_t i) const {

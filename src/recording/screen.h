@@ -15,6 +15,16 @@ class Screen {
 public:
     Screen() = default;
     Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen);
+    // A screen over samples read elsewhere: threeScreens holds the previous,
+    // this and the next screen (3 x WindowLen samples, read with the
+    // recording's edge rule) and must outlive the screen and its copies.
+    Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen,
+           const int16_t* threeScreens);
+    // A copy of an owning screen owns its own copy of the samples.
+    Screen(const Screen& other);
+    Screen& operator=(const Screen& other);
+    Screen(Screen&&) noexcept = default;  // the moved buffer keeps its address
+    Screen& operator=(Screen&&) noexcept = default;
 
     bool Valid() const { return recording_ != nullptr; }
     // False when part of the three screens could not be read from the file
@@ -31,15 +41,15 @@ public:
 
     int16_t GetSampleValue(int64_t i) const {
         const int64_t k = i + windowLen_;
-        if (k >= 0 && k < int64_t(buffer_.size())) return buffer_[std::size_t(k)];
+        if (k >= 0 && k < held_) return data_[k];
         return recording_->Sample(AbsoluteIndex(i));
     }
     // The buffered samples of window indices i .. i+n-1, or nullptr when that
     // range reaches beyond the three screens held in memory.
     const int16_t* Samples(int64_t i, int64_t n) const {
         const int64_t k = i + windowLen_;
-        if (k < 0 || n < 0 || k + n > int64_t(buffer_.size())) return nullptr;
-        return buffer_.data() + k;
+        if (k < 0 || n < 0 || k + n > held_) return nullptr;
+        return data_ + k;
     }
     // Time in ms of window index i from the start of the data, as a float.
     float CalculateTime(int64_t i) const;
@@ -49,7 +59,9 @@ private:
     int32_t startBlock_ = 0;
     int32_t blocksPerScreen_ = 4;
     int32_t windowLen_ = 1024;
-    std::vector<int16_t> buffer_;  // previous, current and next screen
+    std::vector<int16_t> buffer_;  // previous, current and next screen, when owned
+    const int16_t* data_ = nullptr;  // the three screens: buffer_ or samples read elsewhere
+    int64_t held_ = 0;               // samples at data_
     bool complete_ = true;
     bool filtered_ = false;
 };

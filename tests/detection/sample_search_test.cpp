@@ -1,0 +1,130 @@
+// The fast paths of threshold detection against the plain ones: vector
+// searches against plain loops over lengths around the vector width (where
+// the tail is read with overlapping lanes), walks from memory against the
+// general walks, the threshold in counts against converting every count,
+// the template criterion's paired points against lone ones.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "detection/count_threshold.h"
+#include "detection/detector.h"
+#include "detection/template_criterion.h"
+#include "detection/sample_search.h"
+#include "trace_helpers.h"
+
+namespace vess {
+namespace {
+
+// Runs of few distinct values (ties everywhere), of random values, and with
+// the only extreme in the last or the first sample.
+TEST(SampleSearch, VectorSearchesMatchPlainLoops) {
+    std::mt19937 rng(11);
+    for (int32_t n : {1, 2, 7, 8, 9, 15, 16, 17, 40, 200, 201, (1 << 17) + 13, 3 << 17}) {
+        std::vector<int16_t> ties(static_cast<std::size_t>(n)), random(ties), last(ties), first(ties);
+        for (auto& x : ties) x = int16_t(int(rng() % 5) - 2);
+        for (auto& x : random) x = int16_t(rng());
+        last.back() = 32767;
+        first.front() = -32768;
+        for (const auto* v : {&ties, &random, &last, &first}) {
+            int64_t sum = 0;
+            for (int16_t x : *v) sum += x;
+            EXPECT_EQ(SumOf(v->data(), n), sum) << n;
+            for (bool greatest : {true, false}) {
+                FirstExtreme want{0, (*v)[0]};
+                for (int32_t i = 1; i < n; ++i)
+                    if (greatest ? (*v)[i] > want.value : (*v)[i] < want.value) want = {i, (*v)[i]};
+                const FirstExtreme got = FirstExtremeOf(v->data(), n, greatest);
+                EXPECT_EQ(got.offset, want.offset) << n << " samples, greatest " << greatest;
+                EXPECT_EQ(got.value, want.value) << n << " samples, greatest " << greatest;
+            }
+        }
+    }
+    // Sums of the 16-bit limits over more than one stretch of 32-bit lanes.
+    for (int16_t fill : {int16_t(-32768), int16_t(32767)}) {
+        const std::vector<int16_t> v(3 << 17, fill);
+        EXPECT_EQ(SumOf(v.data(), int64_t(v.size())), int64_t(fill) * int64_t(v.size()));
+    }
+}
+
+// The start and decay walks read the screen's memory directly when no decay
+// is taken off; a decay of 1e-300 (which leaves every non-zero sample as it
+// is) sends them through the general path. Both must give the same extent and
+// area for a peak at every index of the screen's reach, events and noise
+// alike, up to the edges where the walks leave the screens in memory.
+TEST(SampleSearch, WalksFromMemoryMatchTheGeneralPath) {
+    std::mt19937 rng(13);
+    std::normal_distribution<double> noise(0, 6);
+    std::vector<int16_t> trace(3 * 1024);
+    for (auto& x : trace) x = int16_t(std::lround(-2000 + noise(rng)));
+    for (int64_t onset : {100, 700, 1010, 1500, 2040, 2900})
+        test::AddEvent(trace, onset, {10, 80, 120}, -1);
+    test::TraceFile file(trace);
+    const Screen screen(*file.rec, 4, 4);  // the middle screen; the others around it
+    const AnalysisParameters p = test::TestParams(-1);
+    const Detector det(screen, p, *ConvertPeriods(p, 50));
+    int64_t events = 0;
+    for (int64_t peak = -1024; peak < 2048; ++peak) {
+        MeasuredEvent fast, general;
+        fast.peak = general.peak = peak;
+        fast.baseline = general.baseline = det.FindBaseline(peak - 120, 40);
+        fast.amplitudeCounts = general.amplitudeCounts =
+            std::abs(screen.GetSampleValue(peak) - fast.baseline);
+        general.under = {1e-300, -100000, 1e9};
+        det.WalkExtent(fast);
+        det.WalkExtent(general);
+        ASSERT_EQ(fast.start, general.start) << peak;
+        ASSERT_EQ(fast.decay, general.decay) << peak;
+        ASSERT_EQ(fast.decayLevel, general.decayLevel) << peak;
+        ASSERT_EQ(fast.areaUnitsMs, general.areaUnitsMs) << peak;
+        if (fast.decay - peak > 20) ++events;
+    }
+    EXPECT_GT(events, 100);  // long decay walks were compared, not only noise
+}
+
+// LeastCountsReaching against a count-by-count search, for scalings that
+// make the boundary fall between counts, on a count and beyond the range.
+TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
+    test::TempDir dir;
+    const std::vector<int16_t> samples(512, 0);
+    int k = 0;
+    for (float countsPerUnit : {1.0f, 3.7f, 0.25f, 1000.0f}) {
+        const auto rec = test::MakeRecording(dir / ("r" + std::to_string(k++) + ".abf"), samples,
+                                             50, countsPerUnit);
+        for (float units : {-1.0f, 0.0f, 5.0f, 5.0001f, 17.3f, 65535.0f / countsPerUnit, 1e9f,
+                            std::numeric_limits<float>::quiet_NaN()}) {
+            int32_t expected = 0;
+            while (expected <= 65535 && !(rec->Bit2pA2(expected) >= units)) ++expected;
+            EXPECT_EQ(LeastCountsReaching(*rec, units), expected)
+                << countsPerUnit << " counts per unit, threshold " << units;
+        }
+    }
+}
+
+// The template criterion of a tile, two points per vector instruction and
+// the odd point alone, equals the criterion of each point computed alone.
+TEST(TemplateCriterion, TileEqualsPointByPoint) {
+    std::mt19937 rng(14);
+    const TemplateCriterion c{-31.5, 260.25, 180.0, 40, 39, -1};
+    std::vector<double> sY(513), sYY(513), sTY(513), out(513);
+    for (std::size_t i = 0; i < sY.size(); ++i) {
+        sY[i] = double(int(rng() % 4000) - 2000);
+        sYY[i] = sY[i] * sY[i] / 40 + double(rng() % 5000);
+        sTY[i] = double(int(rng() % 2000) - 1000) / 7;
+    }
+    sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
+    for (int64_t m : {1, 2, 3, 512, 513}) {
+        c.Tile(sY.data(), sYY.data(), sTY.data(), m, out.data());
+        for (int64_t i = 0; i < m; ++i) {
+            const std::size_t k = std::size_t(i);
+            ASSERT_EQ(out[k], c.Of(sY[k], sYY[k], sTY[k])) << m << " points, point " << i;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vess
