@@ -15,6 +15,8 @@
 #include "recording/texts.h"
 #include "recording/workspace.h"
 #include "signal/event_free.h"
+#include "signal/filter_channel.h"
+#include "signal/filter_commands.h"
 #include "signal/tool_texts.h"
 #include "statistics/prompts.h"
 
@@ -128,6 +130,7 @@ Outcome<EventFreeRequest> PrepareEventFree(const Workspace& ws, Dialogs& dialogs
                             ws.settings,
                             ws.events,
                             ws.measuredOnce,
+                            rec.ReadsFiltered(),
                             *margin,
                             RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs()),
                             *path};
@@ -140,6 +143,13 @@ Outcome<EventFreeWritten> WriteEventFree(const EventFreeRequest& request, const 
     ws.settings = request.settings;
     ws.events = request.events;
     ws.measuredOnce = request.measuredOnce;
+    if (request.readsFiltered) {
+        const CommandResult filtered = ApplyFilter(*ws.recording, FilterChoiceFromSettings(ws.settings), [&](double done) {
+            return !progress || progress(done, "filtering the recording");
+        });
+        if (!filtered) return filtered;
+        SetDetectOnFiltered(ws, true);
+    }
     return WriteEventFreeCopy(ws, request.marginMs, request.levelPoints, request.target, true, progress);
 }
 

@@ -72,6 +72,9 @@ struct EventFreeRequest {
     Settings settings;
     EventTable events;
     std::map<std::string, double> measuredOnce;  // the noise levels detection measured
+    // Detection read the filtered trace: the work filters its copy with the
+    // settings' filter, and the file holds the trace the events were found on.
+    bool readsFiltered = false;
     double marginMs = kDefaultEventFreeMarginMs;
     int64_t levelPoints = 1;
     std::filesystem::path target;

@@ -18,6 +18,8 @@
 #include "recording/settings_file.h"
 #include "recording/synth.h"
 #include "signal/event_free_file.h"
+#include "signal/filter_channel.h"
+#include "signal/filter_commands.h"
 #include "support/test_recording.h"
 
 namespace vess {
@@ -58,7 +60,7 @@ protected:
         ScriptedDialogs quiet;
         DetectWholeFile(ws, quiet);
         ASSERT_GT(ws.events.Count(), 20);
-        request = {ws.recording->Path(), 0, ws.settings, ws.events, ws.measuredOnce, 2.0, 40, dir / "free.abf"};
+        request = {ws.recording->Path(), 0, ws.settings, ws.events, ws.measuredOnce, false, 2.0, 40, dir / "free.abf"};
     }
 
     test::TempDir dir;
@@ -82,13 +84,21 @@ TEST_F(EventFreeStop, TheWorkReportsEachStepAndWritesWhatTheWindowsWorkspaceWoul
         EXPECT_NE(std::find(notes.begin(), notes.end(), step), notes.end()) << step;
 
     // The copy of the recording the work opens makes the file the
-    // workspace's own recording makes.
-    const Outcome<EventFreeWritten> direct =
-        WriteEventFreeCopy(ws, request.marginMs, request.levelPoints, dir / "direct.abf", true);
-    ASSERT_TRUE(direct) << direct.message();
-    EXPECT_EQ(written->removed, direct->removed);
-    EXPECT_EQ(written->HiddenRemoved(), direct->HiddenRemoved());
-    EXPECT_EQ(Samples(dir / "free.abf"), Samples(dir / "direct.abf"));
+    // workspace's own recording makes, from the trace detection reads.
+    for (const bool filtered : {false, true}) {
+        SCOPED_TRACE(filtered ? "filtered" : "recorded");
+        if (filtered) {
+            ASSERT_TRUE(ApplyFilter(*ws.recording, FilterChoiceFromSettings(ws.settings)));
+            SetDetectOnFiltered(ws, true);
+            request.readsFiltered = true;
+        }
+        const Outcome<EventFreeWritten> job = WriteEventFree(request, {});
+        const Outcome<EventFreeWritten> direct =
+            WriteEventFreeCopy(ws, request.marginMs, request.levelPoints, dir / "direct.abf", true);
+        ASSERT_TRUE(job && direct) << job.message() << direct.message();
+        EXPECT_EQ(job->HiddenRemoved(), direct->HiddenRemoved());
+        EXPECT_EQ(Samples(dir / "free.abf"), Samples(dir / "direct.abf"));
+    }
 }
 
 TEST_F(EventFreeStop, StoppedAtAnyStepTheTargetIsAsItWas) {
