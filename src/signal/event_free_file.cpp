@@ -144,9 +144,10 @@ Outcome<EventFreeWritten> WriteEventFree(const EventFreeRequest& request, const 
     ws.events = request.events;
     ws.measuredOnce = request.measuredOnce;
     if (request.readsFiltered) {
-        const CommandResult filtered = ApplyFilter(*ws.recording, FilterChoiceFromSettings(ws.settings), [&](double done) {
+        const FilterProgress filtering = [&](double done) {
             return !progress || progress(done, "filtering the recording");
-        });
+        };
+        const CommandResult filtered = ApplyFilter(*ws.recording, FilterChoiceFromSettings(ws.settings), filtering);
         if (!filtered) return filtered;
         SetDetectOnFiltered(ws, true);
     }

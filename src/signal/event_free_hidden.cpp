@@ -46,7 +46,8 @@ class Steps {
 public:
     Steps(const JobProgress& progress, int count) : progress_(progress), count_(count) {}
     bool Report(double within, const std::string& note) {
-        if (progress_ && !stopped_) stopped_ = !progress_((double(done_) + std::clamp(within, 0.0, 1.0)) / count_, note);
+        const double done = (double(done_) + std::clamp(within, 0.0, 1.0)) / count_;
+        if (progress_ && !stopped_) stopped_ = !progress_(done, note);
         return !stopped_;
     }
     void Next() { done_ = std::min(done_ + 1, count_); }
