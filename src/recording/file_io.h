@@ -40,6 +40,9 @@ public:
     std::string Finish();
     // "" while all is well, otherwise "Cannot write <file>: <why>."
     std::string Error() const;
+    // Where the bytes written so far can be read until Finish renames them
+    // over the target (empty when no temporary file could be made).
+    std::filesystem::path PendingPath() const { return tmp_; }
 
 private:
     std::filesystem::path target_;

@@ -7,6 +7,7 @@
 
 #include "detection/method_filter.h"
 #include "recording/file_io.h"
+#include "recording/detection_inputs.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
@@ -14,7 +15,8 @@
 #include "recording/texts.h"
 #include "recording/workspace.h"
 #include "signal/event_free.h"
-#include "signal/event_free_hidden.h"
+#include "signal/filter_channel.h"
+#include "signal/filter_commands.h"
 #include "signal/tool_texts.h"
 #include "statistics/prompts.h"
 
@@ -64,30 +66,40 @@ double ChannelNoiseCounts(const Recording& rec) {
     return RobustNoise(std::move(residuals)).sd;
 }
 
-std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
-                              int64_t levelPoints, const std::filesystem::path& path) {
+CommandResult WriteEventFreeInto(AtomicFile& file, const Recording& rec, const EventTable& events, double marginMs,
+                                 int64_t levelPoints, const WriteProgress& progress) {
     const int64_t points = rec.PointsPerChannel();
-    if (points > int64_t(INT32_MAX)) return "Too many samples for an ABF 1.x file.";
-    AtomicFile file(path);
-    if (!file.Error().empty()) return file.Error();
-    if (!file.Write(BuildAbfHeader(EventFreeWriteLayout(rec), points))) return file.Error();
+    if (points > int64_t(INT32_MAX)) return CommandResult::Failed("Too many samples for an ABF 1.x file.");
+    if (!file.Error().empty()) return CommandResult::Failed(file.Error());
+    if (!file.Write(BuildAbfHeader(EventFreeWriteLayout(rec), points))) return CommandResult::Failed(file.Error());
     const SampleReader read = [&rec](int64_t first, std::span<int16_t> out) { rec.ReadSamples(first, out); };
     const double noise = ChannelNoiseCounts(rec);
     const DecayTail tail{read, noise, std::max<int64_t>(levelPoints, 1), points};
     const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points, tail);
     std::vector<uint8_t> bytes;
+    int64_t written = 0;
+    bool stopped = false;
     const SampleSink sink = [&](std::span<const int16_t> samples) {
         bytes.resize(samples.size() * 2);
         for (std::size_t i = 0; i < samples.size(); ++i) le::Put<int16_t>(bytes, 2 * i, samples[i]);
-        return file.Write(bytes);
+        written += int64_t(samples.size());
+        stopped = progress && !progress(double(written) / double(points));
+        return !stopped && file.Write(bytes);
     };
     EventFreeOptions options;
     options.noiseCounts = noise;
     options.levelPoints = tail.windowPoints;
     options.trendHalfPoints = 10 * tail.windowPoints;
-    if (!EliminateStretches(points, stretches, read, sink, options)) return file.Error();
-    if (!rec.ReadFault().empty()) return rec.ReadFault();
-    return file.Finish();
+    if (!EliminateStretches(points, stretches, read, sink, options))
+        return stopped ? CommandResult::Cancelled() : CommandResult::Failed(file.Error());
+    return CommandResult::FromError(rec.ReadFault());
+}
+
+std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
+                              int64_t levelPoints, const std::filesystem::path& path) {
+    AtomicFile file(path);
+    const CommandResult written = WriteEventFreeInto(file, rec, events, marginMs, levelPoints, {});
+    return written ? file.Finish() : written.message();
 }
 
 std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::filesystem::path& path,
@@ -97,7 +109,8 @@ std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::
     return ws.events.Count();
 }
 
-CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
+Outcome<EventFreeRequest> PrepareEventFree(const Workspace& ws, Dialogs& dialogs,
+                                           const std::filesystem::path& templateFolder) {
     if (!ws.recording) return CommandResult::Cancelled();
     const auto templatePath = templateFolder / S(texts::kTemplateHeaderFileName);
     if (!ReadFileBytes(templatePath)) return CommandResult::Failed(S(texts::kErrorCaption), S(texts::kTemplateMissingText));
@@ -112,13 +125,49 @@ CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::files
         ExistingFile::AskReplace);
     if (!path) return CommandResult::Cancelled();
     const Recording& rec = *ws.recording;
-    const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    const Outcome<EventFreeWritten> written = WriteEventFreeCopy(ws, *margin, levelPoints, *path, true);
+    return EventFreeRequest{rec.Path(),
+                            rec.Channel(),
+                            ws.settings,
+                            ws.events,
+                            ws.measuredOnce,
+                            rec.ReadsFiltered(),
+                            *margin,
+                            RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs()),
+                            *path};
+}
+
+Outcome<EventFreeWritten> WriteEventFree(const EventFreeRequest& request, const JobProgress& progress) {
+    Workspace ws;
+    if (CommandResult opened = OpenRecordingOnChannel(request.recording, request.channel, ws); !opened) return opened;
+    // As the window held them, whatever opening suggests for a new recording.
+    ws.settings = request.settings;
+    ws.events = request.events;
+    ws.measuredOnce = request.measuredOnce;
+    if (request.readsFiltered) {
+        const FilterProgress filtering = [&](double done) {
+            return !progress || progress(done, "filtering the recording");
+        };
+        const CommandResult filtered = ApplyFilter(*ws.recording, FilterChoiceFromSettings(ws.settings), filtering);
+        if (!filtered) return filtered;
+        SetDetectOnFiltered(ws, true);
+    }
+    return WriteEventFreeCopy(ws, request.marginMs, request.levelPoints, request.target, true, progress);
+}
+
+CommandResult EventFreeClosing(Dialogs& dialogs, const std::filesystem::path& target,
+                               const Outcome<EventFreeWritten>& written) {
+    if (written.cancelled()) return written.status();
     if (!written) return WriteResult(written.message());
-    std::string text = S(tool_texts::kEventFreeSaved) + path->filename().string();
+    std::string text = S(tool_texts::kEventFreeSaved) + target.filename().string();
     if (const std::string hidden = HiddenEventsText(written->HiddenRemoved()); !hidden.empty()) text += "\n" + hidden;
     dialogs.Message(S(tool_texts::kEventFreeMenu), text);
     return CommandResult::Ok();
+}
+
+CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder) {
+    const Outcome<EventFreeRequest> request = PrepareEventFree(ws, dialogs, templateFolder);
+    if (!request) return request.status();
+    return EventFreeClosing(dialogs, request->target, WriteEventFree(request.value(), {}));
 }
 
 }  // namespace vess

@@ -5,6 +5,8 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -12,10 +14,13 @@
 #include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
+#include "recording/job.h"
 #include "recording/settings.h"
+#include "signal/event_free_hidden.h"
 
 namespace vess {
 
+class AtomicFile;
 class Recording;
 struct Workspace;
 
@@ -41,6 +46,12 @@ double ChannelNoiseCounts(const Recording& rec);
 // string on success, else what went wrong (nothing is left at path).
 std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
                               int64_t levelPoints, const std::filesystem::path& path);
+// The same into file, left unfinished for the caller to finish or drop.
+// progress gets the share written and stops the write by answering false
+// (then the result is cancelled).
+using WriteProgress = std::function<bool(double done)>;
+CommandResult WriteEventFreeInto(AtomicFile& file, const Recording& rec, const EventTable& events, double marginMs,
+                                 int64_t levelPoints, const WriteProgress& progress);
 
 // Detection over the event-free file at path with the settings that found
 // source's events (a suggestion made for the source is kept, not made again
@@ -53,9 +64,37 @@ enum class NoiseLevels { OfSource, Measured };
 std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::filesystem::path& path,
                                             NoiseLevels noise);
 
-// The main-window command: the template header templateFolder/"SamplABF.dat"
-// must exist ("Error" otherwise, nothing written); then the margin prompt,
-// the save dialog and the closing message. Ok when a file was written.
+// What writing the event-free file works from, copied out of the workspace:
+// the recording is opened again by the work, which may run on another thread.
+struct EventFreeRequest {
+    std::filesystem::path recording;
+    uint8_t channel = 0;
+    Settings settings;
+    EventTable events;
+    std::map<std::string, double> measuredOnce;  // the noise levels detection measured
+    // Detection read the filtered trace: the work filters its copy with the
+    // settings' filter, and the file holds the trace the events were found on.
+    bool readsFiltered = false;
+    double marginMs = kDefaultEventFreeMarginMs;
+    int64_t levelPoints = 1;
+    std::filesystem::path target;
+};
+
+// The main-window command's questions: the template header
+// templateFolder/"SamplABF.dat" must exist ("Error" otherwise), the table
+// must hold events, then the margin prompt and the save dialog.
+Outcome<EventFreeRequest> PrepareEventFree(const Workspace& ws, Dialogs& dialogs,
+                                           const std::filesystem::path& templateFolder);
+// The work: the copy written with the hidden events removed (see
+// WriteEventFreeCopy), reporting through progress, which stops it by
+// answering false; then nothing is left at the target (an existing file
+// stays as it was).
+Outcome<EventFreeWritten> WriteEventFree(const EventFreeRequest& request, const JobProgress& progress);
+// The closing message of a written file; a failure is returned for the
+// caller to show, a stopped run shows nothing.
+CommandResult EventFreeClosing(Dialogs& dialogs, const std::filesystem::path& target,
+                               const Outcome<EventFreeWritten>& written);
+// The three in turn on the calling thread. Ok when a file was written.
 CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::filesystem::path& templateFolder);
 
 }  // namespace vess

@@ -12,8 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "detection/whole_file.h"
 #include "recording/command_result.h"
 #include "recording/event_table.h"
+#include "recording/job.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -32,8 +34,9 @@ std::vector<EventRecord> EventsNotIn(const std::vector<EventRecord>& found, cons
 // Opens path on channel in ws with from's settings (and, with carryNoise,
 // the noise levels measured for from's recording) and detects over the whole
 // of it; false when the file cannot be opened or the parameters cannot be used.
+// progress is the detection's own (answering false ends it early).
 bool DetectWithSettingsOf(const Workspace& from, const std::filesystem::path& path, int channel, bool carryNoise,
-                          Workspace& ws);
+                          Workspace& ws, const ProgressCallback& progress = {});
 
 struct EventFreeWritten {
     int32_t removed = 0;              // the table's events
@@ -45,9 +48,14 @@ struct EventFreeWritten {
 // (see WriteEventFreeAbf). With removeHidden, detection with ws's settings and
 // noise levels then runs on the copy and on the recording; the events found on
 // the copy but not on the recording are added to those removed and the copy
-// is written again, for at most kHiddenEventRounds rounds.
+// is written again, for at most kHiddenEventRounds rounds. Every round writes
+// beside path and detects there; only the last copy is renamed over path.
+// progress hears of each step ("writing the copy", "detecting on the copy")
+// and stops the work by answering false: then the result is cancelled and
+// path is left as it was (absent, or the file it held).
 Outcome<EventFreeWritten> WriteEventFreeCopy(const Workspace& ws, double marginMs, int64_t levelPoints,
-                                             const std::filesystem::path& path, bool removeHidden);
+                                             const std::filesystem::path& path, bool removeHidden,
+                                             const JobProgress& progress = {});
 
 // What the closing message and the command line say about the hidden events
 // (empty when there were none).

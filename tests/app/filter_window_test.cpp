@@ -146,6 +146,7 @@ TEST_F(FilterWindowTest, EventFreeFileAndPictureSeries) {
     dialogs.ClearTranscript();
     dialogs.AnswerInput("2").AnswerSaveFile((dir / "free.abf").string());
     window->Action("menu_EventFree")->trigger();
+    ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }, 20000));
     ASSERT_FALSE(dialogs.Messages().empty());
     EXPECT_EQ(dialogs.Messages().back().text, std::string(tool_texts::kEventFreeSaved) + "free.abf");
     AbfError error{};

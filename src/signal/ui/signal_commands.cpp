@@ -104,10 +104,21 @@ void NoiseSpectrum(CommandHost& host) {
                       host.Tools().Owner());
 }
 
+// Asks here, writes as a job over its own copy of the recording, closes here.
 void EventFree(CommandHost& host) {
     const auto folder = host.Ws().iniPath.parent_path();
     EnsureTemplateHeader(folder);  // our own template, made when missing
-    ShowFailure(host.Asker(), EventFreeCommand(host.Ws(), host.Asker(), folder));
+    Outcome<EventFreeRequest> request = PrepareEventFree(host.Ws(), host.Asker(), folder);
+    if (!request) return void(ShowFailure(host.Asker(), request.status()));
+    const std::filesystem::path target = request->target;
+    host.Jobs().Start(MakeJob(std::string(tool_texts::kEventFreeMenu),
+                              [r = std::move(request.value())](const JobProgress& progress) {
+                                  return WriteEventFree(r, progress);
+                              },
+                              [&host, target](const Outcome<EventFreeWritten>& written) {
+                                  ShowFailure(host.Asker(), EventFreeClosing(host.Asker(), target, written));
+                              }),
+                      host.Tools().Owner());
 }
 
 void SynchArray(CommandHost& host) {
@@ -173,6 +184,7 @@ void AddToolCommands(CommandRegistry& r, double& order) {
                .caption = Q(caption),
                .order = order++,
                .separatorBefore = separatorBefore,
+               .enabledWhen = WhenRecordingOpenAndIdle,
                .run =
                    [run](CommandHost& host) {
                        if (host.Busy() || !host.Ws().recording) return;
