@@ -46,7 +46,7 @@ CommandResult SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, Ti
     const auto path = ChooseSavePath(
         dialogs, {caption, std::string(vess::texts::kTextFileFilter), std::string(vess::texts::kTextFileExtension), {}},
         ExistingFile::Refuse);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return WriteResult(WriteFileAtomic(*path, GridAsText(grids, which)));
 }
 

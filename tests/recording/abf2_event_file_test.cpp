@@ -73,7 +73,7 @@ TEST(FileList, MissingDataFileOpensNothing) {
               "");
     Workspace ws;
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(OpenFromFileList(ws, dir / "lost.EVT", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenFromFileList(ws, dir / "lost.EVT", dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_NE(dialogs.Messages()[0].text.find("gone.abf does not exist"), std::string::npos);
     EXPECT_FALSE(ws.recording);
@@ -95,7 +95,7 @@ TEST(FileList, ADamagedEventFileChangesNothing) {
     for (int k = 0; k < 4; ++k) ws.events.Append(RandomRecord(rng, 1000));
     const EventTable events = ws.events;
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(OpenFromFileList(ws, dir / "cell.EVT", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenFromFileList(ws, dir / "cell.EVT", dialogs)));
     ASSERT_EQ(dialogs.Transcript().size(), 1u);  // no question about saving
     EXPECT_EQ(dialogs.Transcript()[0].caption, texts::kDamagedFileCaption);
     EXPECT_EQ(dialogs.Transcript()[0].text.rfind("cell.EVT: ", 0), 0u);

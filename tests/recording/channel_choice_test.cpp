@@ -87,7 +87,7 @@ TEST(FloatingPointRefusal, NamesTheChannelsOnEveryWayIn) {
 
     Workspace ws;
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(OpenDataFile(ws, path, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, path, dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, texts::kNotIntegerCaption);
     EXPECT_EQ(dialogs.Messages()[0].text, expected);
@@ -98,7 +98,7 @@ TEST(FloatingPointRefusal, RealAbf2FileNamesItsChannels) {
     VESS_REQUIRE_SHARED_DATA();
     Workspace ws;
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(OpenDataFile(ws, test::SharedData() / "abf2/SWHLab_gain_float32.abf", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, test::SharedData() / "abf2/SWHLab_gain_float32.abf", dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     const std::string text = dialogs.Messages()[0].text;
     EXPECT_EQ(text.rfind(std::string(texts::kNotIntegerText), 0), 0u);

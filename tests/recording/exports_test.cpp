@@ -107,7 +107,7 @@ TEST(EventExports, AsciiTableRefusesAnExistingFile) {
     EXPECT_EQ(second, "0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\r");
 
     dialogs.AnswerSaveFile((dir / "table.ASC").string());
-    EXPECT_FALSE(SaveToAsciiFileCommand(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, SaveToAsciiFileCommand(ws, dialogs)));
     EXPECT_EQ(dialogs.Messages().back().caption, "File Exist");
     EXPECT_EQ(ReadText(dir / "table.ASC"), text);
 }

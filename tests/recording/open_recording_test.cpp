@@ -138,7 +138,7 @@ TEST_F(OpenDataFileTest, EachMalformedFileIsRefusedWithItsMessageAndChangesNothi
 TEST_F(OpenDataFileTest, AMissingFileIsReportedByName) {
     OpenPrevious();
     dialogs.AnswerYesNo(false);
-    EXPECT_FALSE(OpenDataFile(ws, dir / "gone.abf", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, dir / "gone.abf", dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, texts::kCannotOpenCaption);
     EXPECT_NE(dialogs.Messages()[0].text.find("gone.abf"), std::string::npos);
@@ -164,7 +164,7 @@ TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
     int saves = 0;
     // Yes, but the save does not happen: the opening stops.
     dialogs.AnswerYesNo(true);
-    EXPECT_FALSE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return false; }));
+    EXPECT_FALSE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return CommandResult::Cancelled(); }));
     EXPECT_EQ(saves, 1);
     ExpectPreviousKept();
     EXPECT_EQ(dialogs.Transcript().back().text,
@@ -172,7 +172,7 @@ TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
     // Yes and saved: the new file replaces the old, events and history emptied.
     ws.history.Checkpoint(ws.events, "edit");
     dialogs.AnswerYesNo(true);
-    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return true; }));
+    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return CommandResult::Ok(); }));
     EXPECT_EQ(saves, 2);
     EXPECT_EQ(ws.recording->FileName(), "next.abf");
     EXPECT_TRUE(ws.events.Empty());
@@ -184,7 +184,7 @@ TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
     EXPECT_EQ(ws.Folder(), dir.Path());
     EXPECT_EQ(std::filesystem::current_path(), startedIn);
     // No events: no question.
-    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return true; }));
+    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return CommandResult::Ok(); }));
     EXPECT_EQ(saves, 2);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }

@@ -48,7 +48,7 @@ inline void ExpectEachRefused(Workspace& ws, ScriptedDialogs& dialogs, const Tem
         c.apply(bytes);
         dialogs.ClearTranscript();
         dialogs.AnswerYesNo(false);
-        EXPECT_FALSE(OpenDataFile(ws, Save(dir, "bad.abf", bytes), dialogs));
+        EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, Save(dir, "bad.abf", bytes), dialogs)));
         const auto messages = dialogs.Messages();
         ASSERT_EQ(messages.size(), 1u);
         EXPECT_EQ(messages[0].caption, c.caption);
