@@ -203,7 +203,7 @@ TEST(HrvPlots, HistogramsAskTheBinAndKeepTheLimit) {
 
     // 800 ms in bins of 0.01 ms: 80001 bins are refused.
     d.AnswerInput("0.01");
-    EXPECT_FALSE(RRHistogramCommand(ws, d));
+    EXPECT_FALSE(ShowFailure(d, RRHistogramCommand(ws, d).status()));
     EXPECT_EQ(d.Messages().back().caption, "Too many bins");
     d.AnswerInput("");
     EXPECT_FALSE(RRHistogramCommand(ws, d));

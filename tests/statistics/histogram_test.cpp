@@ -90,13 +90,13 @@ TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
 
 TEST_F(HistogramCommandTest, MissingGroupAndTooManyBinsAreSaid) {
     dialogs.AnswerInput("9");
-    EXPECT_FALSE(HistogramCommand(ws, dialogs, 1));
+    EXPECT_FALSE(ShowFailure(dialogs, HistogramCommand(ws, dialogs, 1).status()));
     EXPECT_EQ(dialogs.Messages().back().text, "There is no events with group number 9.  Try another group.");
 
     std::vector<float> wide = {0, 60000};
     ws.array1.Assign(wide);
     dialogs.AnswerInput("ms").AnswerInput("1");
-    EXPECT_FALSE(HistogramCommand(ws, dialogs, 14));
+    EXPECT_FALSE(ShowFailure(dialogs, HistogramCommand(ws, dialogs, 14).status()));
     EXPECT_EQ(dialogs.Transcript()[dialogs.Transcript().size() - 3].caption, "x-axis unit");
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
 }
@@ -128,7 +128,7 @@ TEST(RunningAverage, MeansPerTimeBinSkippingEmptyBins) {
     std::vector<float> three = {1, 2, 3}, two = {1, 2};
     ws.array1.Assign(three);
     ws.array2.Assign(two);
-    EXPECT_FALSE(RunningAverageCommand(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, RunningAverageCommand(ws, dialogs).status()));
     EXPECT_EQ(dialogs.Messages()[0].caption, "Try Again");
 }
 
@@ -223,7 +223,7 @@ TEST(Correlogram, CommandAsksItsQuestionsAndNormalises) {
     dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("60001");
     EXPECT_FALSE(CrossCorrelogramCommand(ws, dialogs, 1));  // Array #2 empty: nothing asked
     ws.array2.Assign(x);
-    EXPECT_FALSE(CrossCorrelogramCommand(ws, dialogs, 1));
+    EXPECT_FALSE(ShowFailure(dialogs, CrossCorrelogramCommand(ws, dialogs, 1).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
     EXPECT_TRUE(dialogs.Transcript()[dialogs.Transcript().size() - 2].text.find("upper and lower range") !=
                 std::string::npos);

@@ -43,8 +43,7 @@ TEST(NotMeasured, TestsLeaveOutNonFiniteValuesAndCountThem) {
         {StatTest::FTest, overflowed, "F Stat", 1, "2 values that were not measured were left out"},
     };
     for (const Case& c : cases) {
-        ScriptedDialogs dialogs;
-        const auto o = RunTest(c.test, c.a, c.a, dialogs);
+        const auto o = RunTest(c.test, c.a, c.a);
         ASSERT_TRUE(o) << StatTestMenuCaption(c.test);
         EXPECT_EQ(Value(*o, c.statistic), c.expected) << StatTestMenuCaption(c.test);
         EXPECT_NEAR(Value(*o, "P value: two-tail"), 1.0, 1e-12) << StatTestMenuCaption(c.test);
@@ -54,13 +53,13 @@ TEST(NotMeasured, TestsLeaveOutNonFiniteValuesAndCountThem) {
     // The regression drops the pair whose x was not measured: y = 2x on the rest.
     ScriptedDialogs dialogs;
     const std::vector<double> x{1, kNaN, 3, 4}, y{2, 100, 6, 8};
-    const auto reg = RunTest(StatTest::LinearRegression, x, y, dialogs);
+    const auto reg = RunTest(StatTest::LinearRegression, x, y);
     ASSERT_TRUE(reg);
     EXPECT_EQ(Value(*reg, "n"), 3);
     EXPECT_DOUBLE_EQ(reg->table.Find("The Equation is")->values.at(1), 2.0);
     // Nothing measured at all is refused with its reason.
     const std::vector<double> none{kNaN, kNaN, kNaN};
-    EXPECT_FALSE(RunTest(StatTest::TTestEqualVar, none, halfWidths, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, RunTest(StatTest::TTestEqualVar, none, halfWidths).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Not measured");
 }
 
