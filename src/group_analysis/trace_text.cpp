@@ -71,21 +71,19 @@ std::optional<std::string> TraceDataText(const TraceSet& set, const UnitScale& s
     return CurveText(TraceCurve(set, scale, t, GroupAnalysisHeader(fileName, group, t)), scale.units, *factor);
 }
 
-std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve, const std::string& units,
-                                         Dialogs& dialogs) {
-    if (!curve || curve->values.empty()) {
-        dialogs.Message(Str(texts::kCurveDataCaption), Str(texts::kNoResultCurve));
-        return std::nullopt;
-    }
+Outcome<std::string> CurveDataText(const std::optional<ResultCurve>& curve, const std::string& units,
+                                   Dialogs& dialogs) {
+    if (!curve || curve->values.empty())
+        return CommandResult::Failed(Str(texts::kCurveDataCaption), Str(texts::kNoResultCurve));
     const auto factor = AskNormalization(dialogs);
-    if (!factor) return std::nullopt;
+    if (!factor) return CommandResult::Cancelled();
     return CurveText(*curve, units, *factor);
 }
 
 CommandResult SaveTextFileCommand(const std::string& text, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, {"", Str(vess::texts::kTextFileFilter), Str(vess::texts::kTextFileExtension), ""}, ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return CommandResult::FromError(Str(texts::kWindowCaption), WriteFileAtomic(*path, text));
 }
 

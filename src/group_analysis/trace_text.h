@@ -49,9 +49,9 @@ std::optional<double> AskNormalization(Dialogs& dialogs);
 std::optional<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale,
                                          const std::string& fileName, int group, Dialogs& dialogs);
 // menu_extractcurvedata / menu_savecurvedata: asks the factor and gives the
-// result curve's text; without a curve it says so and gives nothing.
-std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve,
-                                         const std::string& units, Dialogs& dialogs);
+// result curve's text; fails without a curve.
+Outcome<std::string> CurveDataText(const std::optional<ResultCurve>& curve, const std::string& units,
+                                   Dialogs& dialogs);
 
 // Asks for a "Text File (*.txt)" name, asks before replacing an existing
 // file, and writes the text.

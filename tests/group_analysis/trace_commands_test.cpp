@@ -43,12 +43,12 @@ struct Grouped {
 
 TEST(TraceEdits, TheAverageStaysAndTheEventsChangeUndoably) {
     Grouped g;
-    EXPECT_FALSE(RemoveTraceCommand(g.ws, g.set, 0, g.d));
+    EXPECT_FALSE(ShowFailure(g.d, RemoveTraceCommand(g.ws, g.set, 0)));
     EXPECT_EQ(g.d.Messages().back().text, "Cannot remove the averaged trace.");
-    EXPECT_FALSE(RegroupTraceCommand(g.ws, g.set, 0, 3, g.d));
+    EXPECT_FALSE(ShowFailure(g.d, RegroupTraceCommand(g.ws, g.set, 0, 3, g.d)));
     EXPECT_EQ(g.d.Messages().back().text, "Cannot regroup the averaged trace.");
 
-    EXPECT_TRUE(RemoveTraceCommand(g.ws, g.set, 2, g.d));
+    EXPECT_TRUE(RemoveTraceCommand(g.ws, g.set, 2));
     EXPECT_EQ(g.ws.events[4].group, 0);
     EXPECT_EQ(g.ws.events[2].group, 3);
     g.ws.history.Undo(g.ws.events);
@@ -69,13 +69,14 @@ TEST(TraceEdits, TheAverageStaysAndTheEventsChangeUndoably) {
 
 TEST(TraceEdits, JumpNeedsOneShownTraceAndStaysInTheSet) {
     Grouped g;
-    EXPECT_FALSE(JumpTargetCommand(g.set, AnalysisType::Superimpose, g.d));
+    EXPECT_FALSE(ShowFailure(g.d, JumpTargetCommand(g.set, AnalysisType::Superimpose, g.d).status()));
     EXPECT_EQ(g.d.Messages().back().text,
               "This function will only work when trace is shown as individual or average.");
     struct Case { const char* answer; std::optional<int32_t> trace; };
     for (const Case& c : {Case{"1", 1}, Case{"99", 2}, Case{"-3", 0}, Case{"one", std::nullopt}}) {
         g.d.AnswerInput(c.answer);
-        EXPECT_EQ(JumpTargetCommand(g.set, AnalysisType::Individual, g.d), c.trace) << c.answer;
+        const auto target = JumpTargetCommand(g.set, AnalysisType::Individual, g.d);
+        EXPECT_EQ(target ? std::optional(*target) : std::nullopt, c.trace) << c.answer;
     }
 }
 

@@ -55,7 +55,7 @@ TEST_F(SmallSet, TraceDataIsTheChosenTraceDividedByTheFactor) {
 
 TEST_F(SmallSet, CurveDataIsTheExtractedTraceOrTheFittedCurve) {
     // Without a curve: a message and no question.
-    EXPECT_FALSE(CurveDataText(std::nullopt, "pA", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, CurveDataText(std::nullopt, "pA", dialogs).status()));
     ASSERT_EQ(dialogs.Transcript().size(), 1u);
     EXPECT_EQ(dialogs.Messages().back().caption, "Curve Data");
 
@@ -96,7 +96,7 @@ TEST(TraceText, SavingAsksBeforeReplacing) {
 TEST(DataArrayHistogram, BinsTheArrayOrSaysWhyNot) {
     ScriptedDialogs dialogs;
     DataArray array;
-    EXPECT_FALSE(DataArrayHistogramCommand(array, 2, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, DataArrayHistogramCommand(array, 2, dialogs).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Empty Data Array #2");
     EXPECT_EQ(dialogs.Messages().back().text,
               "The Data Array #2 is empty.  Please fill the array with data and try again.");
@@ -119,7 +119,7 @@ TEST(DataArrayHistogram, BinsTheArrayOrSaysWhyNot) {
     const std::vector<float> wide{0, 1e6f, 5};
     array.Assign(wide);
     dialogs.AnswerInput("1");
-    EXPECT_FALSE(DataArrayHistogramCommand(array, 1, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, DataArrayHistogramCommand(array, 1, dialogs).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
