@@ -30,14 +30,14 @@ constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
 TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     Fixture f(DoubleTrace());
     ScriptedDialogs dialogs;
-    ASSERT_EQ(DetectAtPoint(f.ws, dialogs, 626).eventIndex, 1);
+    ASSERT_EQ(DetectAtPoint(f.ws, 626)->eventIndex, 1);
     ASSERT_NEAR(f.ws.events[1].sampleIndex, 626, 1);
     const EventRecord first = f.ws.events[1];
     f.ws.history.Clear();
 
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    ASSERT_EQ(r.eventIndex, 2);
-    EXPECT_EQ(r.firstIndex, 1);
+    const auto r = AnalyzeDoublePeak(f.ws, 1);
+    ASSERT_EQ(r->eventIndex, 2);
+    EXPECT_EQ(r->firstIndex, 1);
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventRecord& second = f.ws.events[2];
     EXPECT_GT(second.sampleIndex, kSecondPeak - 10);
@@ -47,12 +47,12 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     EXPECT_GT(second.amplitude, 600);
     EXPECT_LT(second.amplitude, 1300);
     EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
-    EXPECT_EQ(r.marks.size(), 4u);
+    EXPECT_EQ(r->marks.size(), 4u);
     EXPECT_TRUE(dialogs.Messages().empty());
 
-    const DoublePeakResult again = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    EXPECT_TRUE(again.alreadyStored);
-    EXPECT_EQ(again.eventIndex, 2);
+    const auto again = AnalyzeDoublePeak(f.ws, 1);
+    EXPECT_TRUE(again->alreadyStored);
+    EXPECT_EQ(again->eventIndex, 2);
     EXPECT_EQ(f.ws.events.Count(), 2);
 
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
@@ -61,14 +61,14 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
 
     // At a clicked point both peaks are stored, as one undo step.
     f.ws.events.Clear();
-    const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, dialogs, 630);
+    const auto both = DetectDoublePeakAtPoint(f.ws, 630);
     ASSERT_EQ(f.ws.events.Count(), 2);
-    EXPECT_EQ(std::pair(both.firstIndex, both.eventIndex), std::pair(1, 2));
+    EXPECT_EQ(std::pair(both->firstIndex, both->eventIndex), std::pair(1, 2));
     EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
-    EXPECT_EQ(both.marks.size(), 8u);
+    EXPECT_EQ(both->marks.size(), 8u);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_TRUE(f.ws.events.Empty());
-    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, dialogs, 3000).eventIndex, 0);
+    EXPECT_FALSE(ShowFailure(dialogs, DetectDoublePeakAtPoint(f.ws, 3000).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "No Event Found");
 }
 
@@ -85,9 +85,9 @@ TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventTable before = f.ws.events;
 
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 2).eventIndex, 0);  // on this screen, single
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);  // on the first screen
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 3).eventIndex, 0);  // no such row
+    EXPECT_FALSE(ShowFailure(dialogs, AnalyzeDoublePeak(f.ws, 2).status()));  // on this screen, single
+    EXPECT_FALSE(ShowFailure(dialogs, AnalyzeDoublePeak(f.ws, 1).status()));  // on the first screen
+    EXPECT_FALSE(ShowFailure(dialogs, AnalyzeDoublePeak(f.ws, 3).status()));  // no such row
     const auto m = dialogs.Messages();
     ASSERT_EQ(m.size(), 3u);
     EXPECT_EQ(m[0].caption, "Double Peak");
@@ -108,10 +108,10 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
     AnalyzeCurrentScreen(f.ws, dialogs);
     ASSERT_EQ(f.ws.events.Count(), 1);
     f.ws.params().ThresholdAmplitude = 100;
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, dialogs, 1).eventIndex, 0);
+    EXPECT_FALSE(ShowFailure(dialogs, AnalyzeDoublePeak(f.ws, 1).status()));
     f.ws.params().ThresholdAmplitude = 5;
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    ASSERT_EQ(r.eventIndex, 2);
+    const auto r = AnalyzeDoublePeak(f.ws, 1);
+    ASSERT_EQ(r->eventIndex, 2);
     EXPECT_GE(f.ws.events[2].sampleIndex, 660);
 }
 
@@ -132,9 +132,9 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     ASSERT_NEAR(first->peak, 660 + 26, 3);
     f.ws.events.Append(det.MakeRecord(*first));
 
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, dialogs, 1);
-    ASSERT_EQ(r.eventIndex, 1);
-    EXPECT_EQ(r.firstIndex, 2);
+    const auto r = AnalyzeDoublePeak(f.ws, 1);
+    ASSERT_EQ(r->eventIndex, 1);
+    EXPECT_EQ(r->firstIndex, 2);
     EXPECT_NEAR(f.ws.events[1].sampleIndex, 600 + 26, 2);
     EXPECT_LE(f.ws.events[1].sampleIndex + f.ws.events[1].decayTime, 660 + 26);
 }
@@ -150,15 +150,15 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     ScriptedDialogs dialogs;
     for (const int64_t peak : {626, 2626, 5126}) {
         f.ws.screenStartBlock = int32_t(peak / 1024 * 4);
-        ASSERT_GT(DetectAtPoint(f.ws, dialogs, peak % 1024).eventIndex, 0) << peak;
+        ASSERT_GT(DetectAtPoint(f.ws, peak % 1024)->eventIndex, 0) << peak;
     }
     ASSERT_EQ(f.ws.events.Count(), 3);
     f.ws.events[2].group = 255;  // rejected events are not scanned
     f.ws.history.Clear();
 
-    const DoublePeakScanResult r = ScanDoublePeaks(f.ws, dialogs);
-    EXPECT_EQ(r.eventsScanned, 2);
-    EXPECT_EQ(r.peaksAdded, 2);
+    const auto r = ScanDoublePeaks(f.ws, dialogs);
+    EXPECT_EQ(r->eventsScanned, 2);
+    EXPECT_EQ(r->peaksAdded, 2);
     ASSERT_EQ(f.ws.events.Count(), 5);
     for (int32_t i = 2; i <= 5; ++i)
         EXPECT_LT(f.ws.events[i - 1].sampleIndex, f.ws.events[i].sampleIndex) << i;
@@ -166,7 +166,7 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     EXPECT_EQ(dialogs.Messages().back().text, "2 events scanned; double peaks added: 2.");
 
     const EventTable after = f.ws.events;
-    EXPECT_EQ(ScanDoublePeaks(f.ws, dialogs).peaksAdded, 0);
+    EXPECT_EQ(ScanDoublePeaks(f.ws, dialogs)->peaksAdded, 0);
     EXPECT_EQ(f.ws.events, after);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(f.ws.events.Count(), 3);
@@ -180,14 +180,14 @@ TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsIts
     AddEvent(trace, 600, DoubleExp{10, 100, 4});
     Fixture f(trace);
     ScriptedDialogs dialogs;
-    EXPECT_EQ(DetectAtPoint(f.ws, dialogs, 630).eventIndex, 0);
+    EXPECT_FALSE(ShowFailure(dialogs, DetectAtPoint(f.ws, 630).status()));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "No Event Found");
 
-    const PointCommandResult r = DetectAtPoint(f.ws, dialogs, 630, /*tenthThresholds=*/true);
-    ASSERT_EQ(r.eventIndex, 1);
+    const auto r = DetectAtPoint(f.ws, 630, /*tenthThresholds=*/true);
+    ASSERT_EQ(r->eventIndex, 1);
     EXPECT_EQ(f.ws.events[1].amplitude, 4);
-    EXPECT_EQ(r.marks.size(), 4u);
+    EXPECT_EQ(r->marks.size(), 4u);
     EXPECT_TRUE(f.ws.history.CanUndo());
 
     f.ws.events[1].group = 7;
@@ -195,11 +195,11 @@ TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsIts
     f.ws.params().ThresholdAmplitude = 0.4f;
     f.ws.params().AreaThreshold = 0.1f;
     f.ws.params().DecayPercent = 0.5f;  // the decay point comes earlier
-    ASSERT_EQ(RecalculateEvent(f.ws, dialogs, 1).eventIndex, 1);
+    ASSERT_EQ(RecalculateEvent(f.ws, 1)->eventIndex, 1);
     EXPECT_EQ(f.ws.events[1].group, 7);
     EXPECT_LT(f.ws.events[1].decayTime, decayBefore);
     EXPECT_EQ(f.ws.events.Count(), 1);
-    EXPECT_EQ(RecalculateEvent(f.ws, dialogs, 2).eventIndex, 0);
+    EXPECT_FALSE(ShowFailure(dialogs, RecalculateEvent(f.ws, 2).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "No Event Selected");
 }
 

@@ -144,24 +144,24 @@ TEST_F(NavigationView, JumpsShowTheScreenHoldingTheTimeOrEvent) {
         ws.settings.blocksPerScreen = blocks;
         ws.screenStartBlock = 8;
         dialogs.AnswerInput(entry);
-        const NavResult r = JumpToTime(ws, dialogs);
-        EXPECT_TRUE(r.moved) << entry;
-        EXPECT_EQ(r.screenStartBlock, screen) << entry;
+        const auto r = JumpToTime(ws, dialogs);
+        EXPECT_TRUE(r->moved) << entry;
+        EXPECT_EQ(r->screenStartBlock, screen) << entry;
     }
     EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To");
     EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the time to jump to in milli second.");
 
     dialogs.ClearTranscript();
-    EXPECT_FALSE(JumpToEventNumber(ws, dialogs).moved);  // empty table: told, not asked
+    EXPECT_FALSE(ShowFailure(dialogs, JumpToEventNumber(ws, dialogs).status()));  // empty table: told, not asked
     EXPECT_EQ(dialogs.Transcript().at(0).kind, DialogEntry::Kind::Message);
     EXPECT_EQ(dialogs.Transcript()[0].text, "There are no events to jump to.");
     Fill({Event(10, 200), Event(100, 2000), Event(50, 1000)});
     dialogs.ClearTranscript();
     dialogs.AnswerInput("2");
-    const NavResult r = JumpToEventNumber(ws, dialogs);
+    const auto r = JumpToEventNumber(ws, dialogs);
     EXPECT_EQ(dialogs.Transcript()[0].caption, "Jump To Event Number");
     EXPECT_EQ(dialogs.Transcript()[0].text, "Please specify the event number to jump to.");
-    EXPECT_EQ(std::pair(r.selectedEvent, r.screenStartBlock), std::pair(2, 4));  // sample 2000: block 7
+    EXPECT_EQ(std::pair(r->selectedEvent, r->screenStartBlock), std::pair(2, 4));  // sample 2000: block 7
 }
 
 // Entries outside the data or not numbers move nothing and say why; a
@@ -181,16 +181,15 @@ TEST_F(NavigationView, JumpsRefuseEntriesOutsideTheData) {
         SCOPED_TRACE(entry);
         dialogs.ClearTranscript();
         dialogs.AnswerInput(entry);
-        const NavResult r = time ? JumpToTime(ws, dialogs) : JumpToEventNumber(ws, dialogs);
-        EXPECT_FALSE(r.moved);
-        EXPECT_EQ(std::pair(r.screenStartBlock, r.selectedEvent), std::pair(8, ws.selectedEvent));
+        const auto r = time ? JumpToTime(ws, dialogs) : JumpToEventNumber(ws, dialogs);
+        EXPECT_FALSE(ShowFailure(dialogs, r.status()));
         ASSERT_EQ(dialogs.Messages().size(), 1u);
         EXPECT_EQ(dialogs.Messages()[0].caption, time ? "Jump To" : "Jump To Event Number");
         if (!message.empty()) { EXPECT_EQ(dialogs.Messages()[0].text, message); }
     }
     dialogs.ClearTranscript();
     dialogs.AnswerInput(std::nullopt);
-    EXPECT_FALSE(JumpToTime(ws, dialogs).moved);
+    EXPECT_TRUE(JumpToTime(ws, dialogs).cancelled());
     EXPECT_TRUE(dialogs.Messages().empty());
 }
 

@@ -272,8 +272,8 @@ TEST(NoiseCommands, ShowTheRmsAndSetTheThresholdInTheChannelsUnits) {
     NoiseFixture f;
     f.ws.screenStartBlock = 12;
     ScriptedDialogs dialogs;
-    const NoiseMeasure m = ShowRmsNoise(f.ws, dialogs);
-    EXPECT_DOUBLE_EQ(m.rmsUnits, 5.0);
+    const auto m = ShowRmsNoise(f.ws, dialogs);
+    EXPECT_DOUBLE_EQ(m->rmsUnits, 5.0);
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
     EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos)
@@ -282,14 +282,14 @@ TEST(NoiseCommands, ShowTheRmsAndSetTheThresholdInTheChannelsUnits) {
 
     // Baseline and Threshold sets the threshold only on yes.
     dialogs.AnswerYesNo(false).AnswerYesNo(true);
-    const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
-    EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
-    EXPECT_FALSE(no.applied);
+    const auto no = BaselineThreshold(f.ws, dialogs);
+    EXPECT_FLOAT_EQ(no->suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
+    EXPECT_FALSE(no->applied);
     EXPECT_EQ(f.ws.params().ThresholdAmplitude, 100.0f);
 
-    const BaselineThresholdResult yes = BaselineThreshold(f.ws, dialogs);
-    EXPECT_TRUE(yes.applied);
-    EXPECT_EQ(f.ws.params().ThresholdAmplitude, yes.suggestedThreshold);
+    const auto yes = BaselineThreshold(f.ws, dialogs);
+    EXPECT_TRUE(yes->applied);
+    EXPECT_EQ(f.ws.params().ThresholdAmplitude, yes->suggestedThreshold);
     const auto& question = dialogs.Transcript().back();
     EXPECT_EQ(question.caption, "Baseline and Threshold");
     EXPECT_NE(question.text.find("Baseline: -250.000"), std::string::npos) << question.text;
