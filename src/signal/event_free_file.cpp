@@ -117,7 +117,7 @@ CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::files
     const auto path = ChooseSavePath(
         dialogs, {S(texts::kSaveAsAbf), S(texts::kAbfFileFilter), S(texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     const Recording& rec = *ws.recording;
     const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
     if (CommandResult written = WriteResult(WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path)); !written)

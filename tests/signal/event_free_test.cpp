@@ -141,7 +141,7 @@ TEST(SynchArray, SweepStartsOfEpisodicFilesInMs) {
     ASSERT_TRUE(ws.recording);
     ScriptedDialogs dialogs;
     dialogs.AnswerInput("2");
-    ASSERT_EQ(SynchArrayCommand(ws, dialogs), 2);
+    ASSERT_EQ(SynchArrayCommand(ws, dialogs).value(), 2);
     EXPECT_EQ(std::vector<float>(ws.array2.Values().begin(), ws.array2.Values().end()),
               (std::vector<float>{0, 10000, 20000, 30000, 40000, 50000, 60000}));
     EXPECT_TRUE(ws.array1.Empty());
@@ -170,7 +170,7 @@ TEST(SynchArray, GapFreeRecordingIsRefused) {
     const std::vector<int16_t> samples(1024, 0);
     ws.recording = test::MakeRecording(dir / "g.abf", samples);
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(SynchArrayCommand(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, SynchArrayCommand(ws, dialogs).status()));
     EXPECT_EQ(dialogs.Messages().back().text, tool_texts::kNotEpisodicText);
 }
 
