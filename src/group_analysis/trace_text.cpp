@@ -60,14 +60,14 @@ std::optional<double> AskNormalization(Dialogs& dialogs) {
     return AskNumber(dialogs, Str(texts::kNormalizeCaption), Str(texts::kNormalizePrompt), "1");
 }
 
-std::optional<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale,
-                                         const std::string& fileName, int group, Dialogs& dialogs) {
-    if (set.Empty()) return std::nullopt;
+Outcome<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale, const std::string& fileName,
+                                   int group, Dialogs& dialogs) {
+    if (set.Empty()) return CommandResult::Cancelled();
     const auto which = AskNumber(dialogs, Str(texts::kCopyTraceCaption), texts::CopyTracePrompt(set.count), "0");
-    if (!which) return std::nullopt;
+    if (!which) return CommandResult::Cancelled();
     const auto t = int32_t(std::clamp(std::trunc(*which), 0.0, double(set.count)));
     const auto factor = AskNormalization(dialogs);
-    if (!factor) return std::nullopt;
+    if (!factor) return CommandResult::Cancelled();
     return CurveText(TraceCurve(set, scale, t, GroupAnalysisHeader(fileName, group, t)), scale.units, *factor);
 }
 

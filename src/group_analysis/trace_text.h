@@ -45,9 +45,9 @@ std::string CurveText(const ResultCurve& curve, const std::string& units, double
 std::optional<double> AskNormalization(Dialogs& dialogs);
 
 // menu_copydata / menu_saveascii: asks which trace (0 = the average) and
-// the factor, and gives that trace's text; nothing for an empty set.
-std::optional<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale,
-                                         const std::string& fileName, int group, Dialogs& dialogs);
+// the factor, and gives that trace's text; cancelled for an empty set.
+Outcome<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale, const std::string& fileName,
+                                   int group, Dialogs& dialogs);
 // menu_extractcurvedata / menu_savecurvedata: asks the factor and gives the
 // result curve's text; fails without a curve.
 Outcome<std::string> CurveDataText(const std::optional<ResultCurve>& curve, const std::string& units,

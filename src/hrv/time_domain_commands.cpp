@@ -10,8 +10,9 @@
 
 namespace vess::hrv {
 
-std::optional<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options) {
-    if (ws.events.Empty() || !EnsureTimeOrder(ws, dialogs)) return std::nullopt;
+Outcome<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options) {
+    if (ws.events.Empty()) return CommandResult::Cancelled();
+    if (CommandResult sorted = EnsureTimeOrder(ws, dialogs); !sorted) return sorted;
     const RecordingSpan span = SpanOf(ws);
     return TimeDomainRequest{WorkspaceBeatTimesMs(ws), span.lengthMs, options.SegmentMs(span.intervalUs), options,
                              ws.recording ? ws.recording->FileName() : std::string()};
