@@ -15,6 +15,7 @@
 #include "detection/method_commands.h"
 #include "detection/whole_file.h"
 #include "signal/event_free_file.h"
+#include "signal/event_free_hidden.h"
 #include "signal/noise_measures.h"
 #include "signal/synch_array.h"
 #include "signal/welch_spectrum.h"
@@ -106,7 +107,27 @@ struct EventFreeCli {
     std::string out;
     double marginMs = kDefaultEventFreeMarginMs;
     bool redetect = false;
+    bool tableOnly = false;
+    bool json = false;
 };
+
+// Detection on the written file with the same settings, once with the
+// source's noise levels and once with the copy's own (the threshold method
+// measures no noise: one count).
+nlohmann::json Redetected(const Workspace& ws, const std::string& out) {
+    nlohmann::json counts = nlohmann::json::object();
+    for (const auto& [noise, key] : {std::pair{NoiseLevels::OfSource, "source_noise_levels"},
+                                     std::pair{NoiseLevels::Measured, "own_noise_levels"}}) {
+        const std::optional<int32_t> again = RedetectedEventCount(ws, out, noise);
+        if (!again) {
+            std::cerr << "vess eventfree: " << out << " could not be detected on again\n";
+            throw CLI::RuntimeError(4);
+        }
+        counts[key] = *again;
+        if (!UsesFilteringMethod(ws)) break;
+    }
+    return counts;
+}
 
 void RunEventFree(const EventFreeCli& o) {
     Workspace ws = OpenOrFail(o.detection, "eventfree");
@@ -118,24 +139,29 @@ void RunEventFree(const EventFreeCli& o) {
         throw CLI::RuntimeError(2);
     }
     const int64_t levelPoints = int64_t(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    if (const std::string problem = WriteEventFreeAbf(rec, ws.events, o.marginMs, levelPoints, o.out);
-        !problem.empty()) {
-        std::cerr << "vess eventfree: " << problem << "\n";
+    const Outcome<EventFreeWritten> written = WriteEventFreeCopy(ws, o.marginMs, levelPoints, o.out, !o.tableOnly);
+    if (!written) {
+        std::cerr << "vess eventfree: " << written.message() << "\n";
         throw CLI::RuntimeError(4);
     }
-    std::cout << fmt::format("{}: {} events removed into {}\n", rec.FileName(), ws.events.Count(), o.out);
-    if (!o.redetect) return;
-    for (const auto& [noise, how] : {std::pair{NoiseLevels::OfSource, "and noise levels"},
-                                     std::pair{NoiseLevels::Measured, "and the copy's own noise levels"}}) {
-        const std::optional<int32_t> again = RedetectedEventCount(ws, o.out, noise);
-        if (!again) {
-            std::cerr << "vess eventfree: " << o.out << " could not be detected on again\n";
-            throw CLI::RuntimeError(4);
-        }
-        const double percent = ws.events.Empty() ? 0.0 : 100.0 * *again / ws.events.Count();
-        std::cout << fmt::format("detection with the same settings {}: {} events ({:.1f} % of {})\n", how,
-                                 *again, percent, ws.events.Count());
-        if (!UsesFilteringMethod(ws)) break;  // the threshold method measures no noise
+    const nlohmann::json again = o.redetect ? Redetected(ws, o.out) : nlohmann::json();
+    if (o.json) {
+        nlohmann::json j = {{"file", rec.FileName()}, {"out", o.out}, {"removed", written->removed},
+                            {"hidden_removed", written->HiddenRemoved()}};
+        if (o.redetect) j["redetected"] = again;
+        std::cout << j.dump(2) << "\n";
+        return;
+    }
+    std::cout << fmt::format("{}: {} events removed into {}\n", rec.FileName(), written->removed, o.out);
+    if (const std::string hidden = HiddenEventsText(written->HiddenRemoved()); !hidden.empty())
+        std::cout << hidden << "\n";
+    const double table = std::max(ws.events.Count(), 1);
+    for (const auto& [key, how] : {std::pair{"source_noise_levels", "and noise levels"},
+                                   std::pair{"own_noise_levels", "and the copy's own noise levels"}}) {
+        if (!again.contains(key)) continue;
+        const int32_t n = again[key];
+        std::cout << fmt::format("detection with the same settings {}: {} events ({:.1f} % of {})\n", how, n,
+                                 100.0 * n / table, ws.events.Count());
     }
 }
 
@@ -146,6 +172,10 @@ void AddEventFree(CLI::App& app) {
     cmd->add_option("--out", o->out, "event-free ABF file to write")->required();
     cmd->add_option("--margin", o->marginMs, "ms added on each side of every event")->capture_default_str();
     cmd->add_flag("--redetect", o->redetect, "detect again on the written file with the same settings and count");
+    cmd->add_flag("--table-only", o->tableOnly,
+                  "remove only the detected events, not also the small events the same detection finds on the "
+                  "copy beside removed ones");
+    cmd->add_flag("--json", o->json, "JSON output");
     cmd->callback([o] { RunEventFree(*o); });
 }
 

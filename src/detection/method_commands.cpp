@@ -60,24 +60,27 @@ MethodRun MethodRunFor(Workspace& ws) {
     const MethodParameters& m = ws.settings.method;
     if (m.method == DetectionMethod::Template) return PrepareMethodRun(m, rec, dir);
     const std::string centreKey = NoiseKey(ws, "centre"), sdKey = NoiseKey(ws, "sd");
-    const std::string traceKey = NoiseKey(ws, "trace sd");
+    const std::string traceKey = NoiseKey(ws, "trace sd"), leaveKey = NoiseKey(ws, "left out above");
     auto c = ws.measuredOnce.find(centreKey), s = ws.measuredOnce.find(sdKey);
-    auto t = ws.measuredOnce.find(traceKey);
-    if (c != ws.measuredOnce.end() && s != ws.measuredOnce.end() && t != ws.measuredOnce.end()) {
+    auto t = ws.measuredOnce.find(traceKey), l = ws.measuredOnce.find(leaveKey);
+    const auto end = ws.measuredOnce.end();
+    if (c != end && s != end && t != end && l != end) {
         MethodRun run(m, rec.IntervalUs(), dir, {c->second, s->second});
         run.traceNoiseSd = t->second;
+        run.filter.LeaveOutAbove(l->second);
         return run;
     }
     MethodRun run = PrepareMethodRun(m, rec, dir);
     ws.measuredOnce[centreKey] = run.noise.centre;
     ws.measuredOnce[sdKey] = run.noise.sd;
     ws.measuredOnce[traceKey] = run.traceNoiseSd;
+    ws.measuredOnce[leaveKey] = run.filter.LeftOutAbove();
     return run;
 }
 
 bool CarryNoiseLevels(const Workspace& from, Workspace& to) {
     bool carried = false;
-    for (const char* what : {"centre", "sd", "trace sd"}) {
+    for (const char* what : {"centre", "sd", "trace sd", "left out above"}) {
         const auto found = from.measuredOnce.find(NoiseKey(from, what));
         if (found == from.measuredOnce.end()) continue;
         to.measuredOnce[NoiseKey(to, what)] = found->second;

@@ -3,13 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "detection/ordered_work.h"
 
 namespace vess {
 namespace {
-
-// Threads that compute the noise stretches of a long recording.
-constexpr int kNoiseWorkers = 4;
 
 // The baseline's blocks (their means are what the running median takes).
 constexpr double kBaselineBlockMs = 2;
@@ -69,13 +65,13 @@ MethodFilter::MethodFilter(const MethodParameters& params, double intervalUs, in
         blockPoints_ = std::max<int64_t>(int64_t(std::lround(kBaselineBlockMs / dtMs)), 1);
         blocksAside_ = std::max<int64_t>(
             int64_t(std::lround(kBaselineWindowMs / 2 / (double(blockPoints_) * dtMs))), 1);
-        margin_ = Apron() + int64_t(taps.size());
+        margin_ = int64_t(taps.size());
     }
 }
 
 MethodFilter::MethodFilter(const MethodFilter& other)
     : method_(other.method_), direction_(other.direction_), margin_(other.margin_),
-      blockPoints_(other.blockPoints_), blocksAside_(other.blocksAside_),
+      blockPoints_(other.blockPoints_), blocksAside_(other.blocksAside_), leaveOutAbove_(other.leaveOutAbove_),
       templatePoints_(other.templatePoints_), template_(other.template_),
       convolver_(std::make_unique<FftConvolver>(*other.convolver_)) {}
 
@@ -100,14 +96,15 @@ std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, i
     return out;
 }
 
-void MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out) const {
+void MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
+                           NearEvents near) const {
     const int64_t before = convolver_->ReachBefore() + Apron();
     const int64_t after = convolver_->ReachAfter() + Apron();
     ComputeScratch& scratch = Scratch();
     scratch.raw.resize(std::size_t(count + before + after));
     rec.ReadSamples(first - before, scratch.raw);
     scratch.x.assign(scratch.raw.begin(), scratch.raw.end());
-    FromSamples(scratch.x, first, count, out);
+    FromSamples(scratch.x, first, count, out, near);
 }
 
 std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -121,12 +118,12 @@ std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, in
         x[i] = signal.empty() ? 0.0 : signal[std::size_t(at)];
     }
     std::vector<double> out;
-    FromSamples(x, first, count, out);
+    FromSamples(x, first, count, out, NearEvents::Criterion);
     return out;
 }
 
 void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int64_t count,
-                               std::vector<double>& out) const {
+                               std::vector<double>& out, NearEvents near) const {
     std::vector<double>& filtered = Scratch().filtered;
     convolver_->Filter(x, filtered);
     // Every value is written below: no zeroing first.
@@ -161,7 +158,7 @@ void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int6
         }
         return;
     }
-    LessRunningMedian(filtered, first, count, out);
+    LessRunningMedian(filtered, first, count, out, near);
 }
 
 namespace {
@@ -211,20 +208,12 @@ int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) 
 
 }  // namespace
 
-void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                                     std::vector<double>& out) const {
-    // filtered[j] is point first - Apron() + j.
-    const int64_t B = blockPoints_, K = blocksAside_, origin = first - Apron();
-    // Medians at the centres of blocks firstBlock .. lastBlock, which bracket
-    // every point of the stretch.
-    const int64_t firstBlock = FloorDiv(first, B) - 1;
-    const int64_t lastBlock = FloorDiv(first + count, B) + 1;
-    const int64_t meansFrom = firstBlock - K;
-    std::vector<double> means(std::size_t(lastBlock + K - meansFrom + 1));
-    BlockMeans(filtered.data() + (meansFrom * B - origin), B, means);
-    // The running median of 2 K + 1 block means, kept in a sorted window
-    // that each step drops one mean from and takes one into.
-    std::vector<double> medians(std::size_t(lastBlock - firstBlock + 1));
+namespace {
+
+// medians[k] = the median of means[k .. k + 2K], kept in a sorted window
+// that each step drops one mean from and takes one into.
+std::vector<double> RunningMedians(const std::vector<double>& means, int64_t K) {
+    std::vector<double> medians(means.size() - std::size_t(2 * K));
     std::vector<double> window(means.begin(), means.begin() + std::ptrdiff_t(2 * K + 1));
     std::sort(window.begin(), window.end());
     for (std::size_t k = 0;; ++k) {
@@ -232,96 +221,99 @@ void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_
         if (k + 1 == medians.size()) break;
         ReplaceInSorted(window, means[k], means[k + std::size_t(2 * K + 1)]);
     }
-    // Between the centres of blocks k and k + 1 the level runs straight from
-    // one median to the next.
+    return medians;
+}
+
+// The same, of the means not left out (the lower middle of an even count);
+// where all 2K + 1 are left out, the median of them all.
+std::vector<double> MediansOfKept(const std::vector<double>& means, const std::vector<char>& leftOut,
+                                  int64_t K, const std::vector<double>& ofAll) {
+    // The kept means of the window, sorted; each step drops the mean that
+    // leaves (when kept) and takes in the one that comes (when kept).
+    std::vector<double> medians(means.size() - std::size_t(2 * K));
+    std::vector<double> window;
+    for (std::size_t j = 0; j < std::size_t(2 * K + 1); ++j)
+        if (!leftOut[j]) window.push_back(means[j]);
+    std::sort(window.begin(), window.end());
+    for (std::size_t k = 0;; ++k) {
+        medians[k] = window.empty() ? ofAll[k] : window[(window.size() - 1) / 2];
+        if (k + 1 == medians.size()) break;
+        if (!leftOut[k]) {
+            std::size_t below = 0;
+            for (const double w : window) below += w < means[k];
+            window.erase(window.begin() + std::ptrdiff_t(below));
+        }
+        const std::size_t in = k + std::size_t(2 * K + 1);
+        if (!leftOut[in]) {
+            std::size_t notAbove = 0;
+            for (const double w : window) notAbove += !(means[in] < w);
+            window.insert(window.begin() + std::ptrdiff_t(notAbove), means[in]);
+        }
+    }
+    return medians;
+}
+
+// put(a, criterion) for the points a = from .. to - 1 of filtered (whose
+// index 0 is point origin): the point less the level, which runs straight
+// between the centres of blocks firstBlock + k and firstBlock + k + 1 from
+// medians[k] to medians[k + 1].
+template <typename Put>
+void Levelled(const std::vector<double>& filtered, int64_t origin, int64_t B, int direction, int64_t firstBlock,
+              const std::vector<double>& medians, int64_t from, int64_t to, Put&& put) {
     const double centre = double(B - 1) / 2;
-    int64_t a = first;
-    for (std::size_t k = 0; k + 1 < medians.size() && a < first + count; ++k) {
-        const double from = double((firstBlock + int64_t(k)) * B) + centre;
-        const int64_t end = std::min<int64_t>(int64_t(std::ceil(from + double(B))), first + count);
+    int64_t a = from;
+    for (std::size_t k = 0; k + 1 < medians.size() && a < to; ++k) {
+        const double start = double((firstBlock + int64_t(k)) * B) + centre;
+        const int64_t end = std::min<int64_t>(int64_t(std::ceil(start + double(B))), to);
         const double step = (medians[k + 1] - medians[k]) / double(B);
         for (; a < end; ++a) {
-            const double level = medians[k] + step * (double(a) - from);
-            out[std::size_t(a - first)] = direction_ * (filtered[std::size_t(a - origin)] - level);
+            const double level = medians[k] + step * (double(a) - start);
+            put(a, direction * (filtered[std::size_t(a - origin)] - level));
         }
     }
 }
 
-NoiseLevel RobustNoise(std::vector<double> v) {
-    NoiseLevel level;
-    v.erase(std::remove_if(v.begin(), v.end(), [](double d) { return !std::isfinite(d); }), v.end());
-    if (v.size() < 16) return level;
-    auto median = [](std::vector<double>& a) {
-        std::nth_element(a.begin(), a.begin() + long(a.size() / 2), a.end());
-        return a[a.size() / 2];
+}  // namespace
+
+void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
+                                     std::vector<double>& out, NearEvents near) const {
+    // filtered[j] is point first - Apron() + j.
+    const int64_t B = blockPoints_, K = blocksAside_, origin = first - Apron();
+    // Medians at the centres of blocks firstBlock .. lastBlock, which bracket
+    // every point of the stretch.
+    const int64_t firstBlock = FloorDiv(first, B) - 1;
+    const int64_t lastBlock = FloorDiv(first + count, B) + 1;
+    const bool leaving = std::isfinite(leaveOutAbove_);
+    // Leaving out needs the criterion of blocks firstBlock - K .. lastBlock + K
+    // first, from the medians of all around them.
+    const int64_t reach = leaving ? K + 1 : 0;
+    const int64_t meansFrom = firstBlock - reach - K;
+    std::vector<double> means(std::size_t(lastBlock + reach + K - meansFrom + 1));
+    BlockMeans(filtered.data() + (meansFrom * B - origin), B, means);
+    std::vector<double> medians = RunningMedians(means, K);  // blocks firstBlock - reach ..
+    const auto put = [&](int64_t a, double v) { out[std::size_t(a - first)] = v; };
+    if (!leaving) {
+        Levelled(filtered, origin, B, direction_, firstBlock, medians, first, first + count, put);
+        return;
+    }
+    // means[j] is block meansFrom + j; a block is left out when a point of it
+    // rises above the level.
+    std::vector<char> leftOut(means.size(), 0);
+    const int64_t flagFrom = firstBlock - K, flagTo = lastBlock + K + 1;
+    const auto flag = [&](int64_t a, double v) {
+        if (v > leaveOutAbove_) leftOut[std::size_t(FloorDiv(a, B) - meansFrom)] = 1;
     };
-    const double med = median(v);
-    std::vector<double> dev(v.size());
-    for (std::size_t i = 0; i < v.size(); ++i) dev[i] = std::abs(v[i] - med);
-    const double mad = 1.4826 * median(dev);
-    if (!(mad > 0)) return {med, 1e-12};
-    constexpr int kBins = 101;
-    const double lo = med - 3 * mad, width = 6 * mad / kBins;
-    std::vector<double> counts(kBins, 0.0);
-    for (double d : v) {
-        const double b = (d - lo) / width;
-        if (b >= 0 && b < kBins) counts[std::size_t(b)] += 1;
+    Levelled(filtered, origin, B, direction_, firstBlock - reach, medians, flagFrom * B, flagTo * B, flag);
+    const std::vector<double> all(medians.begin() + std::ptrdiff_t(reach), medians.end() - std::ptrdiff_t(reach));
+    const std::vector<double> kept(means.begin() + std::ptrdiff_t(reach), means.end() - std::ptrdiff_t(reach));
+    const std::vector<char> keptOut(leftOut.begin() + std::ptrdiff_t(reach), leftOut.end() - std::ptrdiff_t(reach));
+    const std::vector<double> keptMedians = MediansOfKept(kept, keptOut, K, all);
+    Levelled(filtered, origin, B, direction_, firstBlock, keptMedians, first, first + count, put);
+    if (near == NearEvents::Criterion) return;
+    for (int64_t a = first; a < first + count; ++a) {
+        const std::size_t j = std::size_t(FloorDiv(a, B) - meansFrom);
+        if (leftOut[j - 1] || leftOut[j] || leftOut[j + 1]) out[std::size_t(a - first)] = NAN;
     }
-    const double fullest = *std::max_element(counts.begin(), counts.end());
-    // Weighted least squares of ln(count) = a + b x + c x^2 (x in MADs).
-    double s[5] = {0, 0, 0, 0, 0}, r[3] = {0, 0, 0};
-    for (int i = 0; i < kBins; ++i) {
-        if (counts[std::size_t(i)] < fullest / 5) continue;
-        const double x = (lo + (i + 0.5) * width - med) / mad;
-        const double y = std::log(counts[std::size_t(i)]);
-        const double w = counts[std::size_t(i)];
-        double p = w;
-        for (int k = 0; k < 5; ++k, p *= x) s[k] += p;
-        r[0] += w * y;
-        r[1] += w * y * x;
-        r[2] += w * y * x * x;
-    }
-    // Solve the 3x3 normal equations by Cramer's rule.
-    auto det3 = [](double a, double b, double c, double d, double e, double f, double g, double h,
-                   double i) { return a * (e * i - f * h) - b * (d * i - f * g) + c * (d * h - e * g); };
-    const double d = det3(s[0], s[1], s[2], s[1], s[2], s[3], s[2], s[3], s[4]);
-    if (!(std::abs(d) > 0)) return {med, mad};
-    const double b = det3(s[0], r[0], s[2], s[1], r[1], s[3], s[2], r[2], s[4]) / d;
-    const double c = det3(s[0], s[1], r[0], s[1], s[2], r[1], s[2], s[3], r[2]) / d;
-    if (!(c < 0)) return {med, mad};
-    level.sd = mad * std::sqrt(-1 / (2 * c));
-    level.centre = med + mad * (-b / (2 * c));
-    return level;
-}
-
-std::vector<std::pair<int64_t, int64_t>> NoiseStretches(const Recording& rec) {
-    const int64_t points = rec.PointsPerChannel();
-    if (points <= int64_t(120e6 / rec.IntervalUs())) return {{0, points}};
-    const int64_t stretch = int64_t(3e6 / rec.IntervalUs());
-    constexpr int kStretches = 40;
-    std::vector<std::pair<int64_t, int64_t>> stretches;
-    for (int s = 0; s < kStretches; ++s) stretches.emplace_back((points - stretch) * s / (kStretches - 1), stretch);
-    return stretches;
-}
-
-NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec) {
-    const std::vector<std::pair<int64_t, int64_t>> stretches = NoiseStretches(rec);
-    // The stretches are computed on workers, each with a filter of its own,
-    // and joined in order.
-    const int workers = UsableWorkers(kNoiseWorkers);
-    std::vector<MethodFilter> copies(std::size_t(workers - 1), filter);
-    std::vector<double> values;
-    ComputeInOrder(
-        int64_t(stretches.size()), workers, 2 * int64_t(workers),
-        [&](int worker, int64_t i) {
-            const MethodFilter& mine = worker == 0 ? filter : copies[std::size_t(worker - 1)];
-            return mine.Compute(rec, stretches[std::size_t(i)].first, stretches[std::size_t(i)].second);
-        },
-        [&](int64_t, const std::vector<double>& part) {
-            values.insert(values.end(), part.begin(), part.end());
-            return true;
-        });
-    return RobustNoise(std::move(values));
 }
 
 }  // namespace vess

@@ -7,13 +7,15 @@
 //    over 50 ms (of 2 ms block means, interpolated), which takes out the
 //    baseline and slow drift; a median, so that a large event does not shift
 //    the level its neighbours are measured from (with a mean, a small event
-//    10 ms after a large one went unseen);
+//    10 ms after a large one went unseen), and one that can leave out the
+//    blocks events occupy, so that dense events do not either;
 //  - template (Clements & Bekkers 1997): the template scaled and offset to fit
 //    the trace from each point by least squares; the criterion is the scale
 //    over its standard error.
 // Both are signed so that events give positive values.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -37,6 +39,10 @@ inline constexpr double kBaselineWindowMs = 50;
 // smoothing found ten times the added events that 0.8 ms found).
 double SmoothingMsForKernel(const EventKernel& kernel);
 
+// What the criterion holds near the blocks left out of its baseline: its
+// value, or not a number (for measuring the noise away from events).
+enum class NearEvents { Criterion, NotANumber };
+
 class MethodFilter {
 public:
     MethodFilter(const MethodParameters& params, double intervalUs, int direction);
@@ -49,7 +55,13 @@ public:
     DetectionMethod Method() const { return method_; }
     int Direction() const { return direction_; }
     // Points read before and after a stretch to compute it.
-    int64_t Margin() const { return margin_; }
+    int64_t Margin() const { return margin_ + Apron(); }
+    // Deconvolution: blocks where the criterion (before its noise is taken
+    // off) rises above level are left out of the running median, so that
+    // dense events do not raise the baseline their neighbours are measured
+    // from. Infinite (the default): every block counts.
+    void LeaveOutAbove(double level) { leaveOutAbove_ = level; }
+    double LeftOutAbove() const { return leaveOutAbove_; }
     // Length of the template (template method) in points.
     int64_t TemplatePoints() const { return templatePoints_; }
     // The criterion at points first .. first+count-1 of the channel.
@@ -59,7 +71,10 @@ public:
     // working buffers are kept from call to call too, so the pages of
     // multi-megabyte vectors are not given back and faulted in again for
     // every stretch.
-    void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out) const;
+    // With NearEvents::NotANumber, the points of a left-out block and of the
+    // blocks on either side of it are not a number.
+    void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
+                 NearEvents near = NearEvents::Criterion) const;
     // The same on samples held in memory (signal[i] is point i); points
     // outside repeat the nearest sample, as a recording does.
     std::vector<double> Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -67,11 +82,17 @@ public:
 
 private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
-    void FromSamples(const std::vector<double>& x, int64_t first, int64_t count, std::vector<double>& out) const;
+    void FromSamples(const std::vector<double>& x, int64_t first, int64_t count, std::vector<double>& out,
+                     NearEvents near) const;
     void LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                           std::vector<double>& out) const;
+                           std::vector<double>& out, NearEvents near) const;
     // Points read beyond the deconvolution's own reach for the baseline.
-    int64_t Apron() const { return blockPoints_ > 0 ? (blocksAside_ + 3) * blockPoints_ : 0; }
+    // Leaving blocks out needs the criterion over the median window around
+    // every block of the stretch, and so twice the blocks.
+    int64_t Apron() const {
+        if (blockPoints_ <= 0) return 0;
+        return (std::isfinite(leaveOutAbove_) ? 2 * blocksAside_ + 4 : blocksAside_ + 3) * blockPoints_;
+    }
     DetectionMethod method_;
     int direction_;
     int64_t margin_ = 0;
@@ -80,6 +101,7 @@ private:
     // side of each block, interpolated between block centres.
     int64_t blockPoints_ = 0;
     int64_t blocksAside_ = 0;
+    double leaveOutAbove_ = INFINITY;
     int64_t templatePoints_ = 0;
     std::vector<double> template_;
     std::unique_ptr<FftConvolver> convolver_;
@@ -100,7 +122,11 @@ NoiseLevel RobustNoise(std::vector<double> values);
 // of 3 s spread evenly.
 std::vector<std::pair<int64_t, int64_t>> NoiseStretches(const Recording& rec);
 
-// The noise of the criterion over the NoiseStretches of the channel.
-NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec);
+// The noise of the criterion over the NoiseStretches of the channel. Away
+// from events: only where no block near is left out of the baseline (over
+// all points when that leaves less than a quarter of them), so that the
+// events of an event-rich recording do not widen what is measured.
+NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec,
+                          NearEvents near = NearEvents::Criterion);
 
 }  // namespace vess

@@ -5,19 +5,16 @@
 
 #include <fmt/format.h>
 
-#include "detection/method_commands.h"
 #include "detection/method_filter.h"
-#include "detection/whole_file.h"
-#include "recording/detection_inputs.h"
 #include "recording/file_io.h"
 #include "recording/le_bytes.h"
 #include "recording/recording.h"
 #include "recording/rounding.h"
-#include "recording/scripted_dialogs.h"
 #include "recording/save_path.h"
 #include "recording/texts.h"
 #include "recording/workspace.h"
 #include "signal/event_free.h"
+#include "signal/event_free_hidden.h"
 #include "signal/tool_texts.h"
 #include "statistics/prompts.h"
 
@@ -96,11 +93,7 @@ std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, do
 std::optional<int32_t> RedetectedEventCount(const Workspace& source, const std::filesystem::path& path,
                                             NoiseLevels noise) {
     Workspace ws;
-    ws.settings = source.settings;
-    if (!OpenRecordingOnChannel(path, 0, ws)) return std::nullopt;
-    if (noise == NoiseLevels::OfSource && source.recording) CarryNoiseLevels(source, ws);
-    ScriptedDialogs quiet;
-    if (DetectWholeFile(ws, quiet).improperParameters) return std::nullopt;
+    if (!DetectWithSettingsOf(source, path, 0, noise == NoiseLevels::OfSource, ws)) return std::nullopt;
     return ws.events.Count();
 }
 
@@ -120,9 +113,11 @@ CommandResult EventFreeCommand(Workspace& ws, Dialogs& dialogs, const std::files
     if (!path) return path.status();
     const Recording& rec = *ws.recording;
     const int64_t levelPoints = RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    if (CommandResult written = WriteResult(WriteEventFreeAbf(rec, ws.events, *margin, levelPoints, *path)); !written)
-        return written;
-    dialogs.Message(S(tool_texts::kEventFreeMenu), S(tool_texts::kEventFreeSaved) + path->filename().string());
+    const Outcome<EventFreeWritten> written = WriteEventFreeCopy(ws, *margin, levelPoints, *path, true);
+    if (!written) return WriteResult(written.message());
+    std::string text = S(tool_texts::kEventFreeSaved) + path->filename().string();
+    if (const std::string hidden = HiddenEventsText(written->HiddenRemoved()); !hidden.empty()) text += "\n" + hidden;
+    dialogs.Message(S(tool_texts::kEventFreeMenu), text);
     return CommandResult::Ok();
 }
 

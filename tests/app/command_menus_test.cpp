@@ -5,8 +5,6 @@
 #include <QMenuBar>
 
 #include "app/gui_fixture.h"
-#include "graphs/ui/graph_frame.h"
-#include "graphs/ui/plot_widget.h"
 #include "group_analysis/ui/group_commands.h"
 #include "group_analysis/ui/group_window.h"
 

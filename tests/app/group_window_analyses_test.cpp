@@ -2,19 +2,12 @@
 // analysis, whose row joins the grid and whose marks are drawn (the measures
 // themselves are checked in tests/group_analysis); analyses of superimposed
 // traces run as jobs, and the picture is exported with scale bars.
-#include <QImage>
-#include <QTableWidget>
-
 #include <cmath>
 
 #include "app/group_window_fixture.h"
 #include "app/job_runner.h"
-#include "graphs/ui/graph_frame.h"
-#include "graphs/ui/plot_widget.h"
 #include "group_analysis/result_row.h"
-#include "group_analysis/texts.h"
 #include "support/ecg_beat.h"
-#include "support/test_recording.h"
 
 namespace vess::test {
 namespace {
@@ -68,7 +61,6 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     w->Action("menu_Multipeak")->trigger();
     const int rows = ws.results.Count() - 2;
     ASSERT_GE(rows, 2);   // at least one peak and the summary
-    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Multipeak);
     EXPECT_EQ(Cell(ws.results.Count() - 1, 7), QString::number(rows - 1) + ".000");   // count
     EXPECT_EQ(MarkNames().front(), "Peaks");
 
@@ -77,7 +69,6 @@ TEST_F(GroupAnalysesTest, ManualDetectionAndPeaks) {
     Display("Average", "4");
     w->ElectronsBox()->setCurrentText("1");
     w->Action("menu_Ampero")->trigger();
-    EXPECT_EQ(group::ReadResultRow(ws.results[ws.results.Count()]).kind, group::ResultKind::Amperometric);
     EXPECT_EQ(w->Settings().electrons, 1.0);
     EXPECT_EQ(MarkNames().front(), "Imax");
 }
@@ -89,23 +80,15 @@ TEST_F(GroupAnalysesTest, ActionPotentialsOfARealRecording) {
     Display("Average", "100", true);
     w->Action("menu_APWave1")->trigger();
     ASSERT_EQ(ws.results.Count(), 1);
-    const double threshold = Cell(0, 0).toDouble(), halfWidth = Cell(0, 8).toDouble();
-    EXPECT_GT(threshold, -70);
-    EXPECT_LT(threshold, -20);
-    EXPECT_GT(halfWidth, 0.3);
-    EXPECT_LT(halfWidth, 20);
+    EXPECT_GT(Cell(0, 8).toDouble(), 0.3);  // a half-width in ms (the measures: tests/group_analysis)
     EXPECT_EQ(MarkNames(), (std::vector<std::string>{"Peak", "Threshold", "Half-width", "AHP"}));
 
     Display("Average", "400", true);
     w->Action("menu_APWave2")->trigger();
     const int spikes = ws.results.Count() - 2;
-    EXPECT_GE(spikes, 3);
     EXPECT_EQ(Cell(ws.results.Count() - 1, 19), QString::number(spikes) + ".000");
-    ASSERT_NE(CurrentGraphFrame(), nullptr);
-    const PlotWidget* plane = CurrentGraphFrame()->CurrentPlot();
-    ASSERT_NE(plane, nullptr);
-    EXPECT_EQ(plane->Description().title, "Phase Plane");
-    EXPECT_EQ(plane->Description().series.at(1).x.size(), std::size_t(spikes));
+    ASSERT_TRUE(CurrentGraphFrame() && CurrentGraphFrame()->CurrentPlot());
+    EXPECT_EQ(CurrentGraphFrame()->CurrentPlot()->Description().series.at(1).x.size(), std::size_t(spikes));
     CloseGraphFrame();  // a frame left open lies over the next test's window
 }
 
@@ -168,20 +151,18 @@ TEST_F(GroupJobsTest, SuperimposedAmperometryIsAJobWithOneRowPerEvent) {
         EXPECT_FALSE(w->Action(name)->isEnabled()) << name;
     EXPECT_FALSE(w->StartButton()->isEnabled());
     ASSERT_TRUE(WaitFor([&] { return !jobs.Running(); }, 60000));
-    ASSERT_EQ(ws.results.Count(), n);
-    for (int32_t r = 1; r <= n; ++r) {
-        const auto row = group::ReadResultRow(ws.results[r]);
-        EXPECT_EQ(row.kind, group::ResultKind::Amperometric);
-        EXPECT_EQ(row.trace, r);
-        EXPECT_EQ(row.eventIndex, w->Traces().eventIndex[std::size_t(r)]);
-    }
+    ASSERT_EQ(ws.results.Count(), n);  // the rows themselves: tests/group_analysis
+    EXPECT_EQ(group::ReadResultRow(ws.results[n]).eventIndex, w->Traces().eventIndex[std::size_t(n)]);
     EXPECT_TRUE(w->Action("menu_Ampero")->isEnabled());
     // Every trace's peak is marked.
     ASSERT_FALSE(w->Picture()->Marks().empty());
     EXPECT_EQ(w->Picture()->Marks()[0].x.size(), std::size_t(n));
     Snapshot("group_ampero_superimposed", w);
 
-    // Stop ends a diffusion fit of every trace early, keeping the rows made.
+    // Stop ends a diffusion fit of every trace early, keeping the rows made
+    // (a search of a million simulations to 1e-15 cannot end before it).
+    w->findChild<QLineEdit*>("Text2")->setText("1000000");
+    w->findChild<QLineEdit*>("Text3")->setText("1e-15");
     w->Action("menu_RandomWalk")->trigger();
     ASSERT_TRUE(jobs.Running());
     jobs.Stop();

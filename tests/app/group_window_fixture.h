@@ -54,6 +54,12 @@ protected:
         return w;
     }
 
+    // Start Fitting, waited for to its end.
+    void Fit() {
+        QTest::mouseClick(w->FitButton(), Qt::LeftButton);
+        ASSERT_TRUE(WaitFor([&] { return !w->Fitting(); }, 60000));
+    }
+
     group::GroupAnalysisWindow* w = nullptr;
 };
 

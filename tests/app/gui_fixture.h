@@ -2,11 +2,19 @@
 // with key presses and mouse clicks; dialogs answered from a script.
 #pragma once
 
+#include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListView>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -16,6 +24,11 @@
 
 #include "app/main_window.h"
 #include "detection/ui/trace_view.h"
+#include "graphs/ui/graph_frame.h"
+#include "graphs/ui/plot_widget.h"
+#include "detection/whole_file.h"
+#include "recording/file_io.h"
+#include "recording/open_recording.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
 #include "recording/ui/file_browser.h"
@@ -86,13 +99,46 @@ protected:
         QDir().mkpath(folder);
         (widget ? widget : window.get())->grab().save(folder + "/" + name + ".png");
     }
-    // Mouse click on the trace at an event's peak.
-    void ClickEvent(int32_t k, Qt::MouseButton button, Qt::KeyboardModifiers mods) {
+    // Mouse click on the trace at a sample of the screen, or at an event's peak.
+    void ClickTrace(int64_t index, Qt::MouseButton button = Qt::LeftButton,
+                    Qt::KeyboardModifiers mods = Qt::NoModifier) {
         TraceView* t = window->Trace();
-        const auto peak = t->PeakIndexOf(ws.events[k]);
+        QTest::mouseClick(t, button, mods, QPoint(int(t->XOfIndex(double(index) + 0.5)), t->PlotRect().center().y()));
+    }
+    void ClickEvent(int32_t k, Qt::MouseButton button, Qt::KeyboardModifiers mods) {
+        const auto peak = window->Trace()->PeakIndexOf(ws.events[k]);
         ASSERT_TRUE(peak.has_value());
-        const QPoint p(int(t->XOfIndex(double(*peak) + 0.5)), t->PlotRect().center().y());
-        QTest::mouseClick(t, button, mods, p);
+        ClickTrace(*peak, button, mods);
+    }
+    // Triggers a main window action that must exist and be enabled.
+    void Trigger(const char* name) {
+        QAction* a = window->Action(name);
+        ASSERT_NE(a, nullptr) << name;
+        ASSERT_TRUE(a->isEnabled()) << name;
+        a->trigger();
+    }
+    // A synthetic recording of `seconds` in the test folder.
+    std::filesystem::path WriteSynth(const std::string& name, double seconds, uint64_t seed = 5) {
+        SynthOptions o;
+        o.seconds = seconds;
+        o.seed = seed;
+        const auto path = dir / name;
+        EXPECT_EQ(WriteSynthetic(path, Synthesise(o)), "");
+        return path;
+    }
+    // The events the core's whole-file detection (the command line's) finds
+    // in the sample with the window's settings.
+    EventTable WholeFileEvents() const {
+        Workspace whole;
+        whole.settings = ws.settings;
+        ScriptedDialogs quiet;
+        EXPECT_TRUE(OpenDataFile(whole, abfPath, quiet));
+        DetectWholeFile(whole, quiet);
+        return whole.events;
+    }
+    static std::string ReadText(const std::filesystem::path& path) {
+        const auto bytes = ReadFileBytes(path);
+        return bytes ? std::string(bytes->begin(), bytes->end()) : std::string("(missing)");
     }
     // Analyses screen after screen until some events are found.
     void AnalyseUntilEvents(int atLeast) {

@@ -1,30 +1,17 @@
 // The heart-rate windows: each one's button reaches its command as a job and
 // the result shows; presets and the measures themselves are checked in
 // tests/hrv.
-#include <QAction>
-#include <QApplication>
 #include <QClipboard>
-#include <QComboBox>
 #include <QHeaderView>
-#include <QLabel>
-#include <QPushButton>
-#include <QTableWidget>
-#include <QTest>
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 
+#include "app/gui_fixture.h"
 #include "app/job_runner.h"
-#include "app/main_window.h"
-#include "graphs/ui/plot_widget.h"
 #include "hrv/ui/geometric_window.h"
 #include "hrv/ui/spectrum_window.h"
 #include "hrv/ui/time_domain_window.h"
 #include "recording/ini_file.h"
-#include "recording/scripted_dialogs.h"
-#include "recording/workspace.h"
-#include "support/test_recording.h"
 
 namespace vess::test {
 namespace {
@@ -126,15 +113,6 @@ TEST_F(HrvWindowTest, SpectrumPresetBandsAndExport) {
     dialogs.AnswerSaveFile((dir / "spectrum").string());
     EXPECT_TRUE(w.SaveResults());
     EXPECT_TRUE(std::filesystem::exists(dir / "spectrum.txt"));
-}
-
-TEST_F(HrvWindowTest, MainWindowHeartRateMenuOpensTheWindows) {
-    MainWindow main(ws, dialogs);
-    main.Action("menu_HRV")->trigger();
-    main.Action("menu_HRV")->trigger();  // raised, not opened twice
-    ASSERT_EQ(main.findChildren<hrv::TimeDomainWindow*>().size(), 1);
-    EXPECT_TRUE(main.Tools().Find<hrv::TimeDomainWindow>()->isVisible());
-    main.Tools().Find<hrv::TimeDomainWindow>()->close();
 }
 
 }  // namespace

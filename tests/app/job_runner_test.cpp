@@ -1,13 +1,7 @@
 // The job runner on its own: a job's result is applied where the windows
 // live, a failure is reported instead, a stopped job says so through its
 // callback, and a job whose window has gone applies nothing.
-#include <QProgressBar>
-#include <QPushButton>
-
-#include <gtest/gtest.h>
-
 #include <limits>
-#include <memory>
 #include <stdexcept>
 #include <thread>
 

@@ -1,18 +1,13 @@
-#include <QAction>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QPushButton>
-
+// The main window's review loop from the file list and the keys: analysis,
+// steps and jumps, edits and undo, non-stop, the beep, closing questions.
 #include <unistd.h>
 
 #include "app/qt_dialogs.h"
 #include "detection/navigation.h"
 #include "detection/ui/event_sound.h"
 #include "detection/ui/texts.h"
-#include "detection/whole_file.h"
 #include "gui_fixture.h"
 #include "recording/event_file.h"
-#include "recording/open_recording.h"
 #include "recording/texts.h"
 
 namespace vess::test {
@@ -42,38 +37,42 @@ TEST_F(GuiTest, FileListOpensTheRecordingAndKeysAnalyseAndStep) {
             << key;
     }
 
-    // A grid row chosen by the user becomes the selected event on the trace.
+    // A grid row chosen by the user becomes the selected event on the trace;
+    // so does an event right-clicked on its peak.
     window->Grid()->setCurrentIndex(window->Grid()->model()->index(0, 3));
     EXPECT_EQ(ws.selectedEvent, 1);
-    // Right click on an event's peak selects it.
+    ws.selectedEvent = 0;
     ClickEvent(1, Qt::RightButton, Qt::NoModifier);
     EXPECT_EQ(ws.selectedEvent, 1);
-}
 
-TEST_F(GuiTest, JumpsToTimeAndEventNumberThroughTheirPrompts) {
-    OpenSample();
-    AnalyseUntilEvents(2);
+    // T and Y jump to the time and the event number typed.
     dialogs.AnswerInput("3000").AnswerInput("2");
     Type('t');
-    const ScreenGeometry g = GeometryOf(ws);
-    EXPECT_EQ(ws.screenStartBlock, g.ScreenOfSample(TimeToSample(3000, ws.recording->IntervalUs())));
+    EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).ScreenOfSample(TimeToSample(3000, ws.recording->IntervalUs())));
     Type('y');
     EXPECT_EQ(ws.selectedEvent, 2);
     EXPECT_EQ(GridCurrentRow(), 1);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
-TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
+TEST_F(GuiTest, DeleteRedetectRejectGroupAndUndoFromKeysAndMouse) {
     OpenSample();
     AnalyseUntilEvents(3);
     const EventTable before = ws.events;
     const int32_t n = ws.events.Count();
 
-    // Ctrl+click on an event's peak deletes it.
+    // Ctrl+click on an event's peak deletes it; a left click there detects
+    // it again, measured as analysis measured it.
     Type('z');
+    const int64_t peak = *window->Trace()->PeakIndexOf(before[1]);
     ClickEvent(1, Qt::LeftButton, Qt::ControlModifier);
     EXPECT_EQ(GridRows(), n - 1);
     EXPECT_EQ(ws.events[1], before[2]);
+    ClickTrace(peak);
+    ASSERT_EQ(GridRows(), n);
+    EXPECT_EQ(ws.selectedEvent, n);  // added at the end, selected
+    EXPECT_EQ(ws.events[n].time, before[1].time);
+    EXPECT_EQ(ws.events[n].amplitude, before[1].amplitude);
 
     // J rejects the selected event.
     Type('z');
@@ -86,12 +85,23 @@ TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
     for (int32_t k = 1; k <= ws.events.Count(); ++k) EXPECT_EQ(ws.events[k].group, 7);
     EXPECT_EQ(dialogs.Transcript().back().caption, "Mark all events as a group");
 
-    // Undo three times gives back the analysed table; redo moves forward.
+    // Undo four times gives back the analysed table; redo moves forward.
     EXPECT_TRUE(window->Action("menu_Undo")->isEnabled());
-    for (int i = 0; i < 3; ++i) Key(Qt::Key_Z, Qt::ControlModifier);
+    for (int i = 0; i < 4; ++i) Key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(ws.events, before);
     EXPECT_EQ(GridRows(), n);
     Key(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(ws.events.Count(), n - 1);
+
+    // Points at peak changed over events asks to save and reset; No keeps
+    // the events and puts the old value back in the box.
+    auto* combo = window->PointsAtPeakBox();
+    dialogs.AnswerYesNo(false);
+    combo->setCurrentIndex(2);
+    emit combo->activated(2);
+    EXPECT_EQ(dialogs.Transcript().back().caption, "Save and Reset");
+    EXPECT_EQ(ws.params().NumberPointsPeak, 1);
+    EXPECT_EQ(combo->currentIndex(), 0);
     EXPECT_EQ(ws.events.Count(), n - 1);
 }
 
@@ -100,12 +110,8 @@ TEST_F(GuiTest, DeleteRejectGroupAndUndoFromKeysAndMouse) {
 // events of the core's whole-file detection (the one the command line uses).
 TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
     OpenSample();
-    Workspace reference;
-    reference.settings = ws.settings;
-    ScriptedDialogs quiet;
-    ASSERT_TRUE(OpenDataFile(reference, abfPath, quiet));
-    DetectWholeFile(reference, quiet);
-    ASSERT_GT(reference.events.Count(), 10);
+    const EventTable reference = WholeFileEvents();
+    ASSERT_GT(reference.Count(), 10);
     for (bool afterF9 : {false, true}) {
         SCOPED_TRACE(afterF9);
         if (afterF9) {
@@ -120,7 +126,7 @@ TEST_F(GuiTest, NonStopFindsTheEventsOfWholeFileDetection) {
         ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning(); }, 60000));
         EXPECT_EQ(GridRows(), ws.events.Count());
         EXPECT_EQ(ws.screenStartBlock, GeometryOf(ws).LastScreenStart());
-        EXPECT_EQ(ws.events, reference.events);
+        EXPECT_EQ(ws.events, reference);
     }
 }
 
@@ -131,10 +137,8 @@ TEST_F(GuiTest, StoredEventsBeepWhileTheSoundIsOnNonStopIncluded) {
     int beeps = 0;
     window->Sound().SetBeep([&] { ++beeps; });
     auto* sound = window->findChild<QCheckBox*>("ckSoundOn");
-    ASSERT_NE(sound, nullptr);
     ASSERT_FALSE(sound->isChecked());
-    for (int screens = 0; screens < 20 && ws.events.Empty(); ++screens) Key(Qt::Key_F10);
-    ASSERT_GT(ws.events.Count(), 0);
+    AnalyseUntilEvents(1);
     EXPECT_EQ(beeps, 0);
 
     sound->click();
@@ -156,9 +160,12 @@ TEST_F(GuiTest, F12StopsNonStopBetweenScreens) {
     EXPECT_TRUE(window->Action("menu_Analyze")->isEnabled());
 }
 
+// Events saved at the exit question are saved even when the settings
+// question then cancels the exit: the title loses its "*".
 TEST_F(GuiTest, ClosingAsksAboutUnsavedEventsAndSettings) {
     OpenSample();
     AnalyseUntilEvents(1);
+    ASSERT_TRUE(window->windowTitle().contains('*'));
     // Cancel at the events question keeps the window open.
     dialogs.AnswerYesNoCancel(Answer::Cancel);
     EXPECT_FALSE(window->close());
@@ -168,25 +175,16 @@ TEST_F(GuiTest, ClosingAsksAboutUnsavedEventsAndSettings) {
     dialogs.AnswerYesNoCancel(Answer::No).AnswerYesNoCancel(Answer::Cancel);
     EXPECT_FALSE(window->close());
     EXPECT_EQ(dialogs.Transcript().back().caption, "Save Settings");
-    // No, then Yes: the settings file is written and the window closes.
-    dialogs.AnswerYesNoCancel(Answer::No).AnswerYesNoCancel(Answer::Yes);
+    const std::string evt = (dir / "saved.EVT").string();
+    dialogs.AnswerYesNoCancel(Answer::Yes).AnswerSaveFile(evt).AnswerYesNoCancel(Answer::Cancel);
+    EXPECT_FALSE(window->close());
+    EXPECT_TRUE(std::filesystem::exists(evt));
+    EXPECT_FALSE(window->windowTitle().contains('*')) << window->windowTitle().toStdString();
+    // Yes to the settings: the settings file is written and the window closes.
+    dialogs.AnswerYesNoCancel(Answer::Yes);
     EXPECT_TRUE(window->close());
     EXPECT_TRUE(std::filesystem::exists(ws.iniPath));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
-}
-
-TEST_F(GuiTest, ChangingPointsAtPeakWithEventsAsksToSaveAndReset) {
-    OpenSample();
-    AnalyseUntilEvents(1);
-    auto* combo = window->PointsAtPeakBox();
-    // No keeps the events and puts the old value back in the box.
-    dialogs.AnswerYesNo(false);
-    combo->setCurrentIndex(2);
-    emit combo->activated(2);
-    EXPECT_EQ(dialogs.Transcript().back().caption, "Save and Reset");
-    EXPECT_EQ(ws.params().NumberPointsPeak, 1);
-    EXPECT_EQ(combo->currentIndex(), 0);
-    EXPECT_GT(ws.events.Count(), 0);
 }
 
 TEST(QtFilter, ProgramFiltersBecomeQtFiltersInEitherCase) {
@@ -194,27 +192,6 @@ TEST(QtFilter, ProgramFiltersBecomeQtFiltersInEitherCase) {
                               {"Parameter File (*.PAR)|*.PAR|Event File (*.EVT)|*.EVT",
                                "Parameter File (*.PAR *.par);;Event File (*.EVT *.evt)"}})
         EXPECT_EQ(ToQtFilter(filter), qt) << filter;
-}
-
-// An event deleted with K comes back with a left click on its peak, measured
-// as analysis measured it.
-TEST_F(GuiTest, LeftClickDetectsTheEventUnderThePointer) {
-    OpenSample();
-    AnalyseUntilEvents(1);
-    Type('v');
-    const int32_t k = ws.selectedEvent;
-    const EventRecord original = ws.events[k];
-    const int64_t peak = *window->Trace()->PeakIndexOf(original);
-    Type('k');
-    ASSERT_EQ(ws.events.Count(), k - 1);
-    TraceView* t = window->Trace();
-    QTest::mouseClick(t, Qt::LeftButton, {}, QPoint(int(t->XOfIndex(double(peak) + 0.5)),
-                                                   t->PlotRect().center().y()));
-    ASSERT_EQ(ws.events.Count(), k);
-    EXPECT_EQ(ws.events[k].time, original.time);
-    EXPECT_EQ(ws.events[k].amplitude, original.amplitude);
-    EXPECT_EQ(ws.selectedEvent, k);
-    EXPECT_EQ(GridRows(), k);
 }
 
 // The recording is cut short on disk while events are under review: the

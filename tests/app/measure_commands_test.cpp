@@ -1,17 +1,8 @@
-// The measurement commands of the main window, tool-tips on and off, and the
-// grid's column widths.
-#include <QAction>
-#include <QHeaderView>
+// The measurement commands of the main window, and tool-tips on and off.
 #include <QHelpEvent>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QToolTip>
 
-#include <cmath>
 #include <cstring>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 #include "detection/texts.h"
 #include "detection/trace_helpers.h"
@@ -22,34 +13,21 @@
 namespace vess::test {
 namespace {
 
-// A flat trace with an event of 1000 counts whose onset is at sample 600 and
-// a second one of 600 counts on its decay 80 samples later; a lone event of
-// the same shape on the third screen (onset 2600). 50 us, one count a unit.
-std::vector<int16_t> DoublePeakTrace() {
-    std::vector<int16_t> trace(4096, 0);
-    AddEvent(trace, 600, 1000);
-    AddEvent(trace, 680, 600);
-    AddEvent(trace, 2600, 1000);
-    return trace;
-}
-
 class MeasureGuiTest : public GuiTest {
 protected:
-    // Opens the hand-built trace with parameters in samples of 50 us.
+    // A flat trace with an event of 1000 counts whose onset is at sample 600
+    // and a second one of 600 counts on its decay 80 samples later; a lone
+    // event of the same shape on the third screen (onset 2600). 50 us, one
+    // count a unit, parameters in samples.
     void OpenDoublePeakTrace() {
-        const std::vector<int16_t> trace = DoublePeakTrace();
+        std::vector<int16_t> trace(4096, 0);
+        for (auto [onset, peak] : {std::pair{600, 1000}, {680, 600}, {2600, 1000}}) AddEvent(trace, onset, peak);
         MakeRecording(dir / "dbl.abf", trace, 50, 1.0f);
-        window->OpenPath(QString::fromStdString((dir / "dbl.abf").string()));
-        ASSERT_NE(ws.recording, nullptr);
+        ASSERT_TRUE(OpenFile(dir / "dbl.abf"));
         ws.params() = TestParams(1);
         window->RefreshAll();
-        window->Trace()->setFocus();
     }
-    void ClickAt(int64_t index, Qt::KeyboardModifiers mods) {
-        TraceView* t = window->Trace();
-        QTest::mouseClick(t, Qt::LeftButton, mods,
-                          QPoint(int(t->XOfIndex(double(index) + 0.5)), t->PlotRect().center().y()));
-    }
+    void ClickAt(int64_t index, Qt::KeyboardModifiers mods) { ClickTrace(index, Qt::LeftButton, mods); }
     // The number after label in the last message, e.g. "RMS noise: 2.1 pA".
     static double NumberAfter(const std::string& text, const char* label) {
         const std::size_t at = text.find(label);
@@ -117,7 +95,6 @@ TEST_F(MeasureGuiTest, NoiseMenusReportTheScreenAndSetTheThresholdBox) {
     EXPECT_LT(rmsPa, 3.5);
 
     auto* box = window->findChild<QLineEdit*>("txtThresholdAmplitude");
-    ASSERT_NE(box, nullptr);
     const float before = ws.params().ThresholdAmplitude;
     dialogs.AnswerYesNo(false).AnswerYesNo(true);
     window->Action("menu_BaselineThreshold")->trigger();
@@ -144,7 +121,6 @@ TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
     EXPECT_EQ(hover(), ui_text::kTipAnalyze);
 
     QAction* toggle = window->Action("menu_DisplayTooltips");
-    ASSERT_NE(toggle, nullptr);
     for (bool on : {false, true}) {
         toggle->trigger();
         EXPECT_EQ(ws.settings.showToolTips, on);
@@ -158,20 +134,6 @@ TEST_F(MeasureGuiTest, ToolTipsFollowTheDisplayTooltipsSetting) {
     EXPECT_FALSE(toggle->isChecked());
     EXPECT_EQ(hover(), QString());
     QToolTip::hideText();
-}
-
-TEST_F(MeasureGuiTest, GridKeepsColumnWidthsTheUserSetUntilAnotherOpen) {
-    OpenSample();
-    QHeaderView* header = window->Grid()->horizontalHeader();
-    const int fitted = header->sectionSize(3);
-    header->resizeSection(3, fitted + 57);
-    AnalyseUntilEvents(2);
-    Type('k');  // a deletion resets the rows of the grid
-    EXPECT_EQ(header->sectionSize(3), fitted + 57);
-    dialogs.AnswerYesNo(false);  // do not save the events first
-    ClickFile("syn.abf");
-    EXPECT_TRUE(dialogs.AllAnswersUsed());
-    EXPECT_EQ(header->sectionSize(3), fitted);
 }
 
 }  // namespace

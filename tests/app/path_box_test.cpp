@@ -1,8 +1,8 @@
-// The path box above the folder tree, and a tree that keeps the user's place
+// The path box above the folder tree, a tree that keeps the user's place
 // while files and folders appear on disk (an acquisition writing into the
-// folder shown).
+// folder shown) and shows the folder of a file the program starts with, and
+// a file list that keeps the open file highlighted.
 #include <QFileSystemModel>
-#include <QLineEdit>
 #include <QScrollBar>
 #include <QTreeView>
 
@@ -78,6 +78,49 @@ TEST_F(PathBoxTest, TreeKeepsSelectionAndScrollWhenTheFolderChangesOnDisk) {
     EXPECT_EQ(tree->currentIndex(), static_cast<QFileSystemModel*>(model)->index(b));
     EXPECT_EQ(bar->value(), scrolled);
     EXPECT_EQ(files->Folder(), b);
+}
+
+// A click on a file that is not opened (here not an ABF file) leaves the
+// open recording highlighted in the file list.
+TEST_F(PathBoxTest, AnAbandonedSwitchKeepsTheOpenFileHighlighted) {
+    std::ofstream(dir / "broken.abf") << "not a recording";
+    OpenSample();
+    ClickFile("broken.abf");
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    ASSERT_EQ(ws.recording->FileName(), "syn.abf");
+    EXPECT_EQ(window->Files()->FileList()->currentIndex(), window->Files()->IndexOfFile("syn.abf"));
+    EXPECT_TRUE(window->Files()->FileList()->selectionModel()->isSelected(
+        window->Files()->IndexOfFile("syn.abf")));
+}
+
+// Started with a file as the program is from the command line: the file's
+// folder is the start folder, selected and scrolled into view.
+TEST_F(PathBoxTest, StartingWithAFileShowsItsFolderInTheTree) {
+    for (int i = 0; i < 80; ++i) std::filesystem::create_directories(dir / ("s" + std::to_string(100 + i)));
+    const std::filesystem::path deep = dir / "z" / "y" / "x";
+    std::filesystem::create_directories(deep);
+    std::filesystem::copy_file(abfPath, deep / "start.abf");
+    window->hide();
+    window.reset();
+    ws.settings.dataFolder = deep.string();
+    window = std::make_unique<MainWindow>(ws, dialogs);
+    window->show();
+    window->OpenPath(QString::fromStdString((deep / "start.abf").string()));
+    ASSERT_NE(ws.recording, nullptr);
+
+    QTreeView* tree = window->Files()->FolderTree();
+    auto* model = qobject_cast<QFileSystemModel*>(tree->model());
+    ASSERT_NE(model, nullptr);
+    const auto shown = [&] {
+        const QModelIndex start = model->index(QString::fromStdString(deep.string()));
+        return start.isValid() && tree->currentIndex() == start && tree->selectionModel()->isSelected(start) &&
+               tree->viewport()->rect().contains(tree->visualRect(start));
+    };
+    EXPECT_TRUE(WaitFor(shown)) << "current: " << model->filePath(tree->currentIndex()).toStdString();
+    // And it stays in view once the 80 sibling folders above it have loaded.
+    const QModelIndex top = model->index(QString::fromStdString(dir.Path().string()));
+    ASSERT_TRUE(WaitFor([&] { return model->rowCount(top) >= 81; }));
+    EXPECT_TRUE(shown()) << "row at " << tree->visualRect(tree->currentIndex()).y();
 }
 
 TEST(TypedPath, QuotesUrlsHomeAndRelativePathsResolve) {

@@ -44,13 +44,11 @@ TEST(BatchRun, BadRecordingsGetTheirRowAndTheOthersAreAnalysed) {
     ASSERT_EQ(WriteFileAtomic(dir / "text.abf", std::string_view("not a recording\n")), "");
     const std::vector<fs::path> files =
         ExpandRecordings({good1, dir / "cut.abf", dir / "text.abf", dir / "missing.abf", good2});
-    BatchSetup setup;
-    setup.jobs = 2;
     std::atomic<bool> stop{false};
     std::set<std::size_t> done;
     BatchCallbacks callbacks;
     callbacks.fileDone = [&](std::size_t i, const BatchRow&, std::size_t) { done.insert(i); };
-    const std::vector<BatchRow> rows = RunBatch(PlanBatch(files, {}), setup, callbacks, stop);
+    const std::vector<BatchRow> rows = RunBatch(PlanBatch(files, {}), {.settings = {}, .jobs = 2}, callbacks, stop);
     ASSERT_EQ(rows.size(), 5u);
     EXPECT_EQ(done.size(), 5u);
     for (const BatchRow& r : rows) {
@@ -72,10 +70,8 @@ TEST(BatchRun, BadRecordingsGetTheirRowAndTheOthersAreAnalysed) {
 
 TEST(BatchRun, AChannelTheFileLacksIsThatFilesError) {
     test::TempDir dir;
-    BatchSetup setup;
-    setup.channel = 1;
     const std::atomic<bool> stop{false};
-    const BatchRow row = AnalyseRecording(PlanBatch({Synth(dir, "one.abf", 3, 1)}, {})[0], setup, {}, stop);
+    const BatchRow row = AnalyseRecording(PlanBatch({Synth(dir, "one.abf", 3, 1)}, {})[0], {.settings = {}, .channel = 1}, {}, stop);
     EXPECT_FALSE(row.analysed);
     EXPECT_NE(row.errors.find("has 1 channel(s); channel 1 does not exist"), std::string::npos) << row.errors;
     EXPECT_FALSE(std::isfinite(row.durationS));
@@ -84,8 +80,7 @@ TEST(BatchRun, AChannelTheFileLacksIsThatFilesError) {
 TEST(BatchRun, StopEndsTheRunAndLeavesNoPartialEventFile) {
     test::TempDir dir;
     const std::vector<fs::path> files = {Synth(dir, "a.abf", 4, 20), Synth(dir, "b.abf", 5, 1)};
-    BatchSetup setup;
-    setup.jobs = 1;
+    BatchSetup setup{.settings = {}, .jobs = 1};
     setup.settings.blocksPerScreen = 1;  // many screens, many chances to stop
     std::atomic<bool> stop{false};
     BatchCallbacks callbacks;
@@ -105,16 +100,13 @@ TEST(BatchRun, AnExistingEventFileIsKeptUnlessOverwriteIsAsked) {
     test::TempDir dir;
     const std::vector<BatchItem> items = PlanBatch({Synth(dir, "a.abf", 6, 1)}, {});
     ASSERT_EQ(WriteFileAtomic(dir / "a.EVT", std::string_view("reviewed")), "");
-    BatchSetup setup;
     const std::atomic<bool> stop{false};
-    const BatchRow kept = AnalyseRecording(items[0], setup, {}, stop);
+    const BatchRow kept = AnalyseRecording(items[0], {}, {}, stop);
     EXPECT_TRUE(kept.kept);
     EXPECT_FALSE(kept.analysed);
     EXPECT_EQ(kept.errors, batch_texts::kKeptEventFile);
-    const std::vector<uint8_t> reviewed = {'r', 'e', 'v', 'i', 'e', 'w', 'e', 'd'};
-    EXPECT_EQ(Bytes(dir / "a.EVT"), reviewed);
-    setup.overwrite = true;
-    const BatchRow replaced = AnalyseRecording(items[0], setup, {}, stop);
+    EXPECT_EQ(Bytes(dir / "a.EVT"), (std::vector<uint8_t>{'r', 'e', 'v', 'i', 'e', 'w', 'e', 'd'}));
+    const BatchRow replaced = AnalyseRecording(items[0], {.settings = {}, .overwrite = true}, {}, stop);
     EXPECT_TRUE(replaced.analysed);
     EXPECT_FALSE(replaced.kept);
     EXPECT_EQ(ReadEventFile(dir / "a.EVT").records.size(), std::size_t(replaced.events));
@@ -143,7 +135,7 @@ TEST(BatchFiles, FoldersListsAndEventFileNames) {
     EXPECT_TRUE(together[0].refusal.empty());
     EXPECT_NE(together[2].refusal.find("x/a.abf"), std::string::npos) << together[2].refusal;
 
-    ASSERT_EQ(WriteFileAtomic(dir / "list.txt", std::string_view("# recordings\r\nx/a.abf\n\n  " +
+    ASSERT_EQ(WriteFileAtomic(dir / "list.txt", std::string_view("# recordings\r\nx/a.abf\r\n\n  " +
                                                                   (dir / "y/a.abf").string() + "\n")),
               "");
     std::string problem;
@@ -179,19 +171,9 @@ TEST(BatchFiles, ShardsTakeEveryRecordingOnce) {
 }
 
 TEST(BatchSummary, CsvQuotesNamesAndLeavesUnmeasuredEmpty) {
-    BatchRow ok;
-    ok.file = "a,b.abf";
-    ok.durationS = 2;
-    ok.events = 3;
-    ok.frequencyHz = 1.5;
-    ok.medianAmplitude = -12.25;
-    ok.units = "pA";
-    ok.medianRise1090Ms = 0.5;
-    ok.medianDecayMs = 4;
-    BatchRow bad;
-    bad.file = "c.abf";
-    bad.channel = 2;
-    bad.errors = "c.abf: the file does not begin with \"ABF \"";
+    const BatchRow ok{.file = "a,b.abf", .durationS = 2, .events = 3, .frequencyHz = 1.5, .medianAmplitude = -12.25,
+                      .units = "pA", .medianRise1090Ms = 0.5, .medianDecayMs = 4, .eventFile = {}, .errors = {}};
+    const BatchRow bad{.file = "c.abf", .channel = 2, .units = {}, .eventFile = {}, .errors = "c.abf: the file does not begin with \"ABF \""};
     EXPECT_EQ(SummaryCsv({ok, bad}),
               "File,Channel,Duration (s),Events,Frequency (Hz),Median Amplitude,Units,"
               "Rise 10-90 (ms),Half-width (ms),Decay (ms),Errors\n"
@@ -210,14 +192,9 @@ TEST(BatchSummary, MediansSkipUnmeasured) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const int32_t amplitudes[] = {10, 30, 20, 40};
     const float halfWidths[] = {1, nan, 3, 2};
-    for (int i = 0; i < 4; ++i) {
-        EventRecord e;
-        e.time = float(i);
-        e.amplitude = amplitudes[i];
-        e.halfWidth = halfWidths[i];
-        e.decayTime = int16_t(20 * (i + 1));  // 1, 2, 3, 4 ms at 50 us
-        table.Append(e);
-    }
+    for (int i = 0; i < 4; ++i)  // decay 1, 2, 3, 4 ms at 50 us
+        table.Append({.time = float(i), .amplitude = amplitudes[i], .decayTime = int16_t(20 * (i + 1)),
+                      .halfWidth = halfWidths[i]});
     const EventSummary s = SummariseEvents(*rec, table);
     EXPECT_FLOAT_EQ(s.medianAmplitude, 25);
     EXPECT_FLOAT_EQ(s.medianHalfWidthMs, 2);

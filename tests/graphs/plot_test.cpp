@@ -10,21 +10,13 @@ namespace vess {
 namespace {
 
 PlotSeries Make(SeriesKind kind, std::vector<double> x, std::vector<double> y, std::string name = {}) {
-    PlotSeries s;
-    s.kind = kind;
-    s.x = std::move(x);
-    s.y = std::move(y);
-    s.legend = std::move(name);
-    return s;
+    return {.kind = kind, .x = std::move(x), .y = std::move(y), .legend = std::move(name)};
 }
 
 TEST(FittedRanges, BarsSpanTheirBinsAndStandOnZero) {
     // Left-aligned bins of width 0.5 at 1.0 and 2.0 cover x 1.0..2.5;
     // y covers 0..4. A 5 % margin: x 0.925..2.575, y -0.2..4.2.
-    PlotData p;
-    PlotSeries bars = Make(SeriesKind::Bars, {1.0, 2.0}, {3, 4});
-    bars.barWidth = 0.5;
-    p.series.push_back(bars);
+    PlotData p{"", "", "", {{.kind = SeriesKind::Bars, .x = {1.0, 2.0}, .y = {3, 4}, .legend = "", .barWidth = 0.5}}};
     PlotRanges r = FittedRanges(p);
     EXPECT_DOUBLE_EQ(r.x.lower, 0.925);
     EXPECT_DOUBLE_EQ(r.x.upper, 2.575);
@@ -42,8 +34,7 @@ TEST(FittedRanges, BarsSpanTheirBinsAndStandOnZero) {
 TEST(FittedRanges, LogarithmicAxesFitTheirPositiveValues) {
     // A spectrum from 0 Hz: 0 Hz and the zero power are left off; x 10..1000
     // and y 1e-6..1e-2 widen by 5 % of their 2 and 4 decades.
-    PlotData p;
-    p.series.push_back(Make(SeriesKind::Lines, {0, 10, 100, 1000}, {5, 1e-2, 0, 1e-6}));
+    PlotData p{"", "", "", {Make(SeriesKind::Lines, {0, 10, 100, 1000}, {5, 1e-2, 0, 1e-6})}};
     p.xLog = p.yLog = true;
     const PlotRanges r = FittedRanges(p);
     EXPECT_DOUBLE_EQ(r.x.lower, 10 / std::pow(100.0, 0.05));
@@ -58,23 +49,19 @@ TEST(FittedRanges, DegenerateEmptyFixedAndNonFiniteData) {
     EXPECT_EQ(FittedRanges(empty).y, (AxisRange{0, 1}));
 
     // One point: +-1 around small values, +-10 % around large ones.
-    PlotData one;
-    one.series.push_back(Make(SeriesKind::Scatter, {3}, {500}));
+    const PlotData one{"", "", "", {Make(SeriesKind::Scatter, {3}, {500})}};
     EXPECT_EQ(FittedRanges(one).x, (AxisRange{2, 4}));
     EXPECT_EQ(FittedRanges(one).y, (AxisRange{450, 550}));
 
     // NaN and infinity are skipped; a fixed range overrides the fit.
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    PlotData lines;
-    lines.series.push_back(Make(SeriesKind::Lines, {0, nan, 10}, {0, 5, std::numeric_limits<double>::infinity()}));
+    PlotData lines{"", "", "", {Make(SeriesKind::Lines, {0, nan, 10}, {0, 5, std::numeric_limits<double>::infinity()})}};
     EXPECT_EQ(FittedRanges(lines).x, (AxisRange{-1, 1}));  // only (0, 0) survives
     lines.xRange = AxisRange{-3, 3};
     EXPECT_EQ(FittedRanges(lines).x, (AxisRange{-3, 3}));
 
     // Colour maps and bands count.
-    PlotData map;
-    map.colourMap = ColourMap{2, 2, -1, 1, 10, 20, {1, 2, 3, 4}, {}};
-    map.bands.push_back({3, 5, "HF", {}});
+    const PlotData map{"", "", "", {}, ColourMap{2, 2, -1, 1, 10, 20, {1, 2, 3, 4}, {}}, {{3, 5, "HF", {}}}};
     EXPECT_DOUBLE_EQ(FittedRanges(map).x.lower, -1 - 0.3);
     EXPECT_DOUBLE_EQ(FittedRanges(map).x.upper, 5 + 0.3);
     EXPECT_DOUBLE_EQ(FittedRanges(map).y.lower, 10 - 0.5);
@@ -90,17 +77,10 @@ TEST(SortByX, KeepsPairsAndColourValuesTogether) {
 }
 
 TEST(CombinePlots, NamesSeriesByTheirPlotsAndJoinsDifferentAxisTexts) {
-    PlotData a, b;
-    a.title = "First";
-    a.xAxis = "Time (sec)";
-    a.yAxis = "Number of Events";
-    a.series.push_back(Make(SeriesKind::Bars, {0}, {1}));
+    PlotData a{"First", "Time (sec)", "Number of Events", {Make(SeriesKind::Bars, {0}, {1})}};
     a.series[0].colour = Colour{1, 2, 3};
-    b.title = "Second";
-    b.xAxis = "Time (sec)";
-    b.yAxis = "Cumulative Fraction";
-    b.series.push_back(Make(SeriesKind::Steps, {0}, {1}, "kept"));
-    b.bands.push_back({1, 2, "", {}});
+    const PlotData b{"Second", "Time (sec)", "Cumulative Fraction", {Make(SeriesKind::Steps, {0}, {1}, "kept")},
+                     {}, {{1, 2, "", {}}}};
     const PlotData all = CombinePlots({a, b}, "All");
     EXPECT_EQ(all.title, "All");
     EXPECT_EQ(all.xAxis, "Time (sec)");
@@ -129,32 +109,22 @@ TEST(ColourClasses, SplitsTheZRangeIntoEqualStepsWithEndsClamped) {
     EXPECT_EQ(ZRange(z), (AxisRange{-5, 99}));
 }
 
-TEST(PlotToTabSeparated, ColumnsPerSeriesWithBlanksForShorterOnes) {
-    PlotData p;
-    p.xAxis = "Amplitude (pA)";
-    p.yAxis = "Cumulative Fraction";
-    p.series.push_back(Make(SeriesKind::Steps, {1.5, 2, 3}, {0.25, 0.5, 1}, "Array #1"));
-    p.series.push_back(Make(SeriesKind::Steps, {0.1}, {1}));
-    EXPECT_EQ(PlotToTabSeparated(p),
-              "Amplitude (pA)\tArray #1\tAmplitude (pA)\tCumulative Fraction\r\n"
-              "1.5\t0.25\t0.1\t1\r\n"
-              "2\t0.5\t\t\r\n"
-              "3\t1\t\t\r\n");
-}
-
-TEST(PlotToTabSeparated, ColourValuesAndMapsGiveTriples) {
-    PlotData p;
-    PlotSeries s = Make(SeriesKind::Scatter, {1}, {2});
-    s.z = {3};
-    s.zAxis = "Group";
-    p.series.push_back(s);
-    EXPECT_EQ(PlotToTabSeparated(p), "X\tY\tGroup\r\n1\t2\t3\r\n");
-
-    // A 2 x 2 map from x 0..1, y 10..20: cells at the range ends, row by row.
-    PlotData m;
-    m.colourMap = ColourMap{2, 2, 0, 1, 10, 20, {1, 2, 3, 4}, "Count"};
-    EXPECT_EQ(PlotToTabSeparated(m),
-              "X\tY\tCount\r\n0\t10\t1\r\n1\t10\t2\r\n0\t20\t3\r\n1\t20\t4\r\n");
+// Columns per series with blanks for shorter ones; colour values and maps
+// give triples (a 2 x 2 map from x 0..1, y 10..20: cells at the range ends,
+// row by row).
+TEST(PlotToTabSeparated, SeriesColumnsAndColourTriples) {
+    const PlotData steps{"", "Amplitude (pA)", "Cumulative Fraction",
+                         {Make(SeriesKind::Steps, {1.5, 2, 3}, {0.25, 0.5, 1}, "Array #1"),
+                          Make(SeriesKind::Steps, {0.1}, {1})}};
+    const PlotData points{"", "", "", {{.kind = SeriesKind::Scatter, .x = {1}, .y = {2}, .legend = "", .z = {3}, .zAxis = "Group"}}};
+    const PlotData map{"", "", "", {}, ColourMap{2, 2, 0, 1, 10, 20, {1, 2, 3, 4}, "Count"}};
+    const std::pair<PlotData, const char*> cases[] = {
+        {steps, "Amplitude (pA)\tArray #1\tAmplitude (pA)\tCumulative Fraction\r\n"
+                "1.5\t0.25\t0.1\t1\r\n2\t0.5\t\t\r\n3\t1\t\t\r\n"},
+        {points, "X\tY\tGroup\r\n1\t2\t3\r\n"},
+        {map, "X\tY\tCount\r\n0\t10\t1\r\n1\t10\t2\r\n0\t20\t3\r\n1\t20\t4\r\n"},
+    };
+    for (const auto& [plot, text] : cases) EXPECT_EQ(PlotToTabSeparated(plot), text);
 }
 
 }  // namespace

@@ -1,12 +1,13 @@
 // The results table: row layout, pruning, the results file byte for byte,
-// its commands' questions, the text copy, handing a column to an array, and
-// the numbers in reports and grids.
+// its commands' questions, the text copy, handing a column to an array, the
+// numbers in reports and grids, and the units in the grid's headings.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <fstream>
 
 #include "group_analysis/decay_fit.h"
+#include "group_analysis/result_units.h"
 #include "group_analysis/results_commands.h"
 #include "recording/data_array.h"
 #include "recording/file_io.h"
@@ -19,23 +20,10 @@ namespace vess::group {
 namespace {
 
 ResultValues Values(double tau1, int trace = 0) {
-    ResultValues v;
-    v.kind = ResultKind::DecayFit;
-    v.trace = trace;
-    v.eventIndex = trace * 3;
-    v.group = 2;
-    v.tracesAveraged = 12;
-    v.exponentials = 2;
-    v.iterations = 345;
-    v.restarts = 4;
-    v.amplitude = -52.25;
-    v.tau1 = tau1;
-    v.a1 = -40.5;
-    v.tau2 = 25.125;
-    v.rSquared = 0.9975;
-    v.standardErrors = {0.25, 1.5, 0.125, kNotMeasured, kNotMeasured, kNotMeasured, 0.5};
-    v.fitStatus = 1;
-    return v;
+    return {.kind = ResultKind::DecayFit, .trace = trace, .eventIndex = trace * 3, .group = 2, .tracesAveraged = 12,
+            .exponentials = 2, .iterations = 345, .restarts = 4, .amplitude = -52.25, .tau1 = tau1, .a1 = -40.5,
+            .tau2 = 25.125, .rSquared = 0.9975,
+            .standardErrors = {0.25, 1.5, 0.125, kNotMeasured, kNotMeasured, kNotMeasured, 0.5}, .fitStatus = 1};
 }
 
 ResultsTable Table(int rows) {
@@ -58,10 +46,7 @@ TEST(ResultBytes, EveryFieldRoundTripsAndLiesAtItsOffset) {
     EXPECT_EQ(le::Get<int32_t>(bytes, result_offsets::kFitStatus), 1);
     for (std::size_t at = result_offsets::kFree; at < kResultRowBytes; ++at) EXPECT_EQ(row[at], 0);
     // Fluctuation rows keep their measures where decay fits keep the errors.
-    ResultValues f;
-    f.kind = ResultKind::Fluctuation;
-    f.baselineVariance = 0.5;
-    const ResultBytes fluctuation = WriteResultRow(f);
+    const ResultBytes fluctuation = WriteResultRow({.kind = ResultKind::Fluctuation, .baselineVariance = 0.5});
     EXPECT_EQ(le::Get<double>(std::span<const uint8_t>(fluctuation), result_offsets::kBaselineVariance), 0.5);
     EXPECT_EQ(ReadResultRow(fluctuation).baselineVariance, 0.5);
     // A decay-fit row of a fit that was not assessed (status 0, as rows of
@@ -120,7 +105,7 @@ TEST(ResultsFile, HeaderAndRowsByteForByte) {
     EXPECT_FALSE(ParseResultsFile(std::span<const uint8_t>(bytes).first(3)));
 }
 
-TEST(ResultsFile, SaveAsksToReplaceAndLoadAsksToClear) {
+TEST(ResultsFile, SaveAsksToReplaceLoadAsksToClearAndTheTextFileRefusesAnExistingName) {
     test::TempDir dir;
     const std::string path = (dir / "fits").string();
     ResultsTable t = Table(3);
@@ -149,6 +134,14 @@ TEST(ResultsFile, SaveAsksToReplaceAndLoadAsksToClear) {
     EXPECT_FALSE(LoadResultsCommand(loaded, d));
     EXPECT_EQ(loaded, t);
     EXPECT_TRUE(d.AllAnswersUsed());
+
+    // The text file refuses a name that exists.
+    d.AnswerSaveFile((dir / "out").string());
+    ASSERT_TRUE(SaveResultsAsciiCommand(Table(2), d));
+    EXPECT_TRUE(std::filesystem::exists(dir / "out.Fit"));
+    d.AnswerSaveFile((dir / "out.Fit").string());
+    EXPECT_FALSE(ShowFailure(d, SaveResultsAsciiCommand(Table(2), d)));
+    EXPECT_EQ(d.Messages().back().caption, "File Exist");
 }
 
 TEST(ResultsText, HeadingsAndThreeDecimals) {
@@ -160,17 +153,6 @@ TEST(ResultsText, HeadingsAndThreeDecimals) {
     EXPECT_NE(text.find("\t0.250\t1.500\t0.125\t\t\t\t0.500"), std::string::npos);
     EXPECT_NE(text.find("\r\n-52.250\t0.000\t"), std::string::npos);
     EXPECT_NE(text.find("\t1.000\t-40.500\t25.125\t"), std::string::npos);
-}
-
-TEST(ResultsText, AsciiFileRefusesAnExistingName) {
-    test::TempDir dir;
-    ScriptedDialogs d;
-    d.AnswerSaveFile((dir / "out").string());
-    ASSERT_TRUE(SaveResultsAsciiCommand(Table(2), d));
-    EXPECT_TRUE(std::filesystem::exists(dir / "out.Fit"));
-    d.AnswerSaveFile((dir / "out.Fit").string());
-    EXPECT_FALSE(ShowFailure(d, SaveResultsAsciiCommand(Table(2), d)));
-    EXPECT_EQ(d.Messages().back().caption, "File Exist");
 }
 
 TEST(ResultsToArray, AsksBeforeClearingAndSaysArrayOneForBoth) {
@@ -216,6 +198,31 @@ TEST(ReportNumbers, NoNonzeroValueReadsAsZero) {
         EXPECT_EQ(FormatNumber(c.value, 4, true), c.statistics) << c.value;
         EXPECT_EQ(FormatThousands(c.value), c.thousands) << c.value;
     }
+}
+
+// Units in the headings of the results grid.
+TEST(ResultUnits, HeadingsCarryTheRecordingsUnitOrOneBuiltOnIt) {
+    struct Case {
+        ResultKind kind;
+        std::string_view title, signalUnit, heading;
+    };
+    const Case cases[] = {
+        {ResultKind::DecayFit, "Amplitude", "pA", "Amplitude (pA)"},
+        {ResultKind::DecayFit, "Area", "mV", "Area (mV·ms)"},
+        {ResultKind::DecayFit, "Stdev", "pA", "Stdev (pA)"},
+        {ResultKind::Diffusion, "Stdev", "pA", "Stdev (µM)"},  // the model's concentration
+        {ResultKind::SpikeShape, "Max Rise", "mV", "Max Rise (mV/ms)"},
+        {ResultKind::Fluctuation, "Base Var", "pA", "Base Var (pA²)"},
+        {ResultKind::Amperometric, "Charge", "pA", "Charge (pC)"},
+        {ResultKind::Amperometric, "Foot Charge", "nA", "Foot Charge (nC)"},
+        {ResultKind::Amperometric, "Charge", "mV", "Charge (mV·s)"},
+        {ResultKind::SpikeTrain, "Adaptation", "mV", "Adaptation"},
+        // No recording open: the recording's unit and those built on it are left out.
+        {ResultKind::DecayFit, "Amplitude", "", "Amplitude"},
+        {ResultKind::DecayFit, "Area", "", "Area"},
+        {ResultKind::DecayFit, "Tau1", "", "Tau1 (ms)"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(ColumnHeading(c.kind, c.title, c.signalUnit), c.heading) << c.title;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <fstream>
+#include <numeric>
 
 #include "group_analysis/decay_fit.h"
 #include "group_analysis/trace_set.h"
@@ -35,12 +36,7 @@ struct RampRecording : ::testing::Test {
     }
     // An event whose alignment point is point index (time = index x 0.05 ms).
     void AddEvent(double index, uint8_t group = 1, int32_t amplitude = 10, int16_t baseline = 0) {
-        EventRecord e;
-        e.time = float(index * 0.05);
-        e.group = group;
-        e.amplitude = amplitude;
-        e.baseline = baseline;
-        events.Append(e);
+        events.Append({.time = float(index * 0.05), .amplitude = amplitude, .baseline = baseline, .group = group});
     }
     TraceSet Build(TraceSetOptions o = {}) {
         if (o.blocks == 1) o.blocks = 0.0625;
@@ -52,14 +48,10 @@ TEST_F(RampRecording, OneEventAveragesToItselfFromPreBeforeItsPeak) {
     AddEvent(100);
     AddEvent(300, 2);  // another group, not taken
     const TraceSet set = Build();
-    ASSERT_EQ(set.count, 1);
-    ASSERT_EQ(set.length, 16);
-    EXPECT_EQ(set.prePoints, 4);
-    EXPECT_EQ(set.eventIndex[1], 1);
-    for (int j = 0; j < 16; ++j) {
-        EXPECT_EQ(set.Row(1)[std::size_t(j)], 96 + j);
-        EXPECT_EQ(set.Row(0)[std::size_t(j)], 96 + j);
-    }
+    EXPECT_EQ((std::array{set.count, set.length, set.prePoints, set.eventIndex[1]}), (std::array{1, 16, 4, 1}));
+    std::vector<int16_t> ramp(16);
+    std::iota(ramp.begin(), ramp.end(), int16_t(96));
+    for (int32_t row : {0, 1}) EXPECT_TRUE(std::ranges::equal(set.Row(row), ramp)) << row;
 }
 
 // One point of one row per rule, on the ramp where a point's value is its index.
@@ -102,7 +94,7 @@ TEST_F(RampRecording, AlignmentRoundingAndEdgesPickTheRightPoint) {
     EXPECT_TRUE(Build().Empty());  // no event in group 1
 }
 
-TEST_F(RampRecording, BaselineAndPeakScaling) {
+TEST_F(RampRecording, BaselineAndPeakScalingClampedToSixteenBits) {
     // Amplitudes 10 and 30 give a mean amplitude of 20; baselines 90 and 290.
     AddEvent(100, 1, 10, 90);
     AddEvent(300, 1, 30, 290);
@@ -116,24 +108,18 @@ TEST_F(RampRecording, BaselineAndPeakScaling) {
     EXPECT_EQ(scaled.Row(2)[1], 5);    // 7 x 2/3 = 4.67 -> 5
     EXPECT_EQ(scaled.Row(2)[0], 4);    // 6 x 2/3 = 4
     EXPECT_EQ(scaled.Row(0)[0], 8);    // (12 + 4) / 2
-}
-
-TEST_F(RampRecording, ValuesBeyondSixteenBitsAreClamped) {
-    AddEvent(100, 1, 10, -32768);
-    AddEvent(300, 1, 10, 32767);
-    events[1].baseline = -32768;
-    const TraceSet set = Build({.baselineAdjust = true});
-    EXPECT_EQ(set.Row(1)[0], 32767);          // 96 + 32768 clamps
-    EXPECT_EQ(set.Row(2)[0], 296 - 32767);
-    // Mean amplitude 10, event amplitude 1: x10 overflows and clamps.
-    events[2].amplitude = 1;
-    events[1].amplitude = 19;
+    // Beyond sixteen bits: 96 + 32768 clamps; x10 of an amplitude of 1 overflows.
+    events[1].baseline = -32768, events[2].baseline = 32767;
+    const TraceSet clamped = Build({.baselineAdjust = true});
+    EXPECT_EQ(clamped.Row(1)[0], 32767);
+    EXPECT_EQ(clamped.Row(2)[0], 296 - 32767);
+    events[1].amplitude = 19, events[2].amplitude = 1;
     EXPECT_EQ(Build({.type = AnalysisType::ScaledIndividual}).Row(2)[0], -32768);
 }
 
 // The average built without holding the traces is the same, point for
 // point, for every kind of value (ties to even, baseline, scaling).
-TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSet) {
+TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSetAndASetBeyondTheBudgetIsRefused) {
     AddEvent(100, 1, 10, 90);
     AddEvent(101, 1, 30, 290);
     AddEvent(2040, 1, 20, 7);
@@ -146,12 +132,9 @@ TEST_F(RampRecording, TheAverageAloneEqualsRowZeroOfTheWholeSet) {
         EXPECT_EQ(alone.points.size(), std::size_t(whole.length));
         EXPECT_TRUE(std::ranges::equal(alone.Row(0), whole.Row(0)));
     }
-}
 
-// A million blocks of three traces is refused before anything is held,
-// with the memory it would need: 4 rows x 256,000,000 points x 2 bytes.
-TEST_F(RampRecording, ATraceSetBeyondTheBudgetIsRefusedWithTheMemoryNeeded) {
-    for (int k = 0; k < 3; ++k) AddEvent(100 + k);
+    // A million blocks of three traces is refused before anything is held,
+    // with the memory it would need: 4 rows x 256,000,000 points x 2 bytes.
     const TraceSetOptions huge{.blocks = 1e6};
     EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, false)),
               "The traces would need 2.0 GB of memory, more than the 1 GB allowed. Analyse fewer "
@@ -160,6 +143,8 @@ TEST_F(RampRecording, ATraceSetBeyondTheBudgetIsRefusedWithTheMemoryNeeded) {
     // thousand blocks (3 MB) is not.
     EXPECT_NE(TraceSetSizeProblem(TraceSetBytes(*rec, events, huge, true)), "");
     EXPECT_EQ(TraceSetSizeProblem(TraceSetBytes(*rec, events, {.blocks = 1000}, false)), "");
+    EXPECT_EQ(TraceSetSizeProblem(kTraceSetBudgetBytes), "");  // the budget itself is allowed
+    EXPECT_NE(TraceSetSizeProblem(kTraceSetBudgetBytes + 1), "");
 }
 
 TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
@@ -168,25 +153,17 @@ TEST(TwoChannelRecording, HalfPointStartsReadMidSample) {
     AbfWriteLayout abfLayout = test::MakeAbfLayout(50);
     abfLayout.channels.push_back(abfLayout.channels[0]);
     std::vector<int16_t> frames;
-    for (int i = 0; i < 512; ++i) {
-        frames.push_back(int16_t(1000 + i));
-        frames.push_back(int16_t(2000 + i));
-    }
+    for (int i = 0; i < 512; ++i) frames.insert(frames.end(), {int16_t(1000 + i), int16_t(2000 + i)});
     ASSERT_EQ(WriteAbf(dir / "two.abf", abfLayout, frames), "");
     auto rec = test::OpenFile(dir / "two.abf");
     ASSERT_TRUE(rec);
     AnalysisParameters params;
     params.PeriodStartBaseline = 200;  // 4 points
+    // First point 96: byte 384, channel 0 is 1096; first point 96.5: byte
+    // 386, mid-frame; first point 96 of channel 1.
     EventTable events;
-    EventRecord e;
-    e.group = 1;
-    e.time = float(100 * 0.05);  // first point 96: byte 384, channel 0 is 1096
-    events.Append(e);
-    e.time = float(100.5 * 0.05);  // first point 96.5: byte 386, mid-frame
-    events.Append(e);
-    e.channel = 1;
-    e.time = float(100 * 0.05);
-    events.Append(e);
+    for (auto [index, channel] : {std::pair{100.0, 0}, {100.5, 0}, {100.0, 1}})
+        events.Append({.time = float(index * 0.05), .group = 1, .channel = uint8_t(channel)});
     const TraceSet set = BuildGroupTraceSet(*rec, events, params, {.blocks = 0.0625});
     EXPECT_EQ(set.Row(1)[0], 1096);
     EXPECT_EQ(set.Row(1)[1], 1097);
@@ -211,10 +188,7 @@ TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSumAndItsBaselin
     EventTable events;  // group 1 at the peaks, 0.025 ms a point
     for (double t = 0; times >> t;) {
         peaks.push_back(std::llround(t * 40000) - 1 + 80);
-        EventRecord e;
-        e.group = 1;
-        e.time = float(double(peaks.back()) * 0.025);
-        events.Append(e);
+        events.Append({.time = float(double(peaks.back()) * 0.025), .group = 1});
     }
     ASSERT_EQ(events.Count(), 40);
     AnalysisParameters params;  // PeriodStartBaseline 6000 us: 240 points
@@ -240,47 +214,24 @@ TEST(RealRecording, AverageOfSimulatedEventsMatchesAnIndependentSumAndItsBaselin
     EXPECT_GT(std::abs(mean(240) - mean(160)), 2 * tolerance);  // the whole stretch would be off
 }
 
-// An episodic recording of 6 sweeps of 60000 points on each of 2 channels.
-// The first three counts of channel 0 (-4466, -4424, -4445) are those listed
-// with the shared data; every other value is checked against the recording's
-// own sample reader.
+// An episodic recording of 6 sweeps of 60000 points on each of 2 channels: a
+// whole sweep per trace, from the second channel, less the mean of its first
+// five points, every value against the recording's own sample reader.
 TEST(RealRecording, EpisodesAreTheSweepsOfTheShownChannel) {
     VESS_REQUIRE_SHARED_DATA();
     auto rec = test::OpenShared("abf1/05210017_vc_abf1.abf");
     ASSERT_TRUE(rec);
     constexpr int64_t kSweep = 60000;
-    const TraceSetOptions episodes{.source = TraceSource::Episodes, .blocks = 1};
-    const TraceSet set = BuildTraceSet(*rec, {}, {}, episodes);
-    ASSERT_EQ(set.count, 6);
-    ASSERT_EQ(set.length, 256);
-    EXPECT_EQ(set.Row(1)[0], -4466);
-    EXPECT_EQ(set.Row(1)[1], -4424);
-    EXPECT_EQ(set.Row(1)[2], -4445);
-    for (int j = 0; j < set.length; ++j) {
-        int64_t sum = 0;
-        for (int t = 1; t <= 6; ++t) {
-            const int16_t v = rec->Sample((t - 1) * kSweep + j);
-            ASSERT_EQ(set.Row(t)[std::size_t(j)], v) << t << " " << j;
-            sum += v;
-        }
-        ASSERT_EQ(set.Row(0)[std::size_t(j)], int16_t(std::nearbyint(double(sum) / 6))) << j;
-    }
-
-    // A whole sweep per trace, from the second channel, less the mean of its
-    // first five points.
     rec->SetChannel(1);
-    TraceSetOptions full = episodes;
-    full.fullSweep = true;
-    full.baselineAdjust = true;
-    const TraceSet sweeps = BuildTraceSet(*rec, {}, {}, full);
+    const TraceSet sweeps =
+        BuildTraceSet(*rec, {}, {}, {.source = TraceSource::Episodes, .baselineAdjust = true, .fullSweep = true});
     ASSERT_EQ(sweeps.count, 6);
     ASSERT_EQ(sweeps.length, kSweep);
     for (int t = 1; t <= 6; ++t) {
         double base = 0;
         for (int j = 0; j < 5; ++j) base += rec->Sample((t - 1) * kSweep + j) / 5.0;
         for (int64_t j : {int64_t(0), int64_t(12345), kSweep - 1})
-            ASSERT_EQ(sweeps.Row(t)[std::size_t(j)],
-                      int16_t(std::nearbyint(rec->Sample((t - 1) * kSweep + j) - base)))
+            ASSERT_EQ(sweeps.Row(t)[std::size_t(j)], int16_t(std::nearbyint(rec->Sample((t - 1) * kSweep + j) - base)))
                 << t << " " << j;
     }
 }
@@ -315,8 +266,9 @@ TEST(RealRecording, EpisodesAreTheSweepsOfEachFileEndingWhereTheyEnd) {
             BuildTraceSet(*rec, {}, {}, {.source = TraceSource::Episodes, .fullSweep = true});
         ASSERT_EQ(set.count, int32_t(c.sweeps.size()));
         ASSERT_EQ(set.length, *std::ranges::max_element(c.sweeps));
-        if (c.first[0] != 0)
-            for (int j = 0; j < 3; ++j) EXPECT_EQ(set.Row(1)[std::size_t(j)], c.first[std::size_t(j)]);
+        if (c.first[0] != 0) {
+            EXPECT_TRUE(std::ranges::equal(set.Row(1).first(3), c.first));
+        }
         int64_t start = 0;
         for (int32_t t = 1; t <= set.count; ++t) {
             const int64_t own = c.sweeps[std::size_t(t - 1)];

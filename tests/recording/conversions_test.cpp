@@ -59,10 +59,7 @@ protected:
     std::vector<uint8_t> bytes;
     void SetUp() override {
         AbfWriteLayout abfLayout = test::MakeAbfLayout(50.0);
-        AbfChannelLayout c;
-        c.programmableGain = 1.0f;
-        c.instrumentScaleFactor = 0.5f;
-        c.signalGain = 2.0f;
+        const AbfChannelLayout c{.programmableGain = 1.0f, .instrumentScaleFactor = 0.5f, .signalGain = 2.0f};
         abfLayout.channels = {c, c};
         bytes = BuildAbfHeader(abfLayout, 4);
         bytes.resize(bytes.size() + 16, 0);
@@ -109,9 +106,7 @@ TEST_F(AdditionalGain, FollowsTheVersionAndTheAutosampleFields) {
         Set<float>(abf::kTelegraphAdditGain + 4, c.telegraph1);
         if (c.dataBlock) Set<int32_t>(abf::kDataSectionPtr, c.dataBlock);
         EXPECT_FLOAT_EQ(GainOf(0), c.gain0);
-        if (!c.dataBlock) {
-            EXPECT_FLOAT_EQ(GainOf(1), c.gain1);
-        }
+        if (!c.dataBlock) { EXPECT_FLOAT_EQ(GainOf(1), c.gain1); }
     }
 }
 
@@ -119,12 +114,8 @@ TEST_F(AdditionalGain, FollowsTheVersionAndTheAutosampleFields) {
 TEST(AbfWriter, ThreeChannelsRoundTripThroughTheReader) {
     test::TempDir dir;
     AbfWriteLayout abfLayout = test::MakeAbfLayout(30.0, 2.0f);  // 10 us a sample in the stream
-    AbfChannelLayout mv;
-    mv.name = "Vm";
-    mv.units = "mV";
-    mv.instrumentScaleFactor = 0.01f;
-    mv.signalOffset = 1.5f;
-    mv.instrumentOffset = -0.5f;
+    const AbfChannelLayout mv{.name = "Vm", .units = "mV", .instrumentScaleFactor = 0.01f, .instrumentOffset = -0.5f,
+                              .signalOffset = 1.5f};
     abfLayout.channels.push_back(mv);
     abfLayout.channels.push_back(mv);
     abfLayout.comment = "round trip";

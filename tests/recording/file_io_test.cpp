@@ -1,5 +1,9 @@
 // Saving through a temporary file: replaced whole, permissions and links kept,
 // never half-written in place, failures naming the real file and the reason.
+// Reading a recording whose file changes on disk while open: no crash, the
+// fault reported once with the events kept, no detection on unread samples;
+// named pipes refused at once.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,7 +12,14 @@
 
 #include <fstream>
 
+#include "detection/screen_commands.h"
+#include "recording/abf_layout.h"
+#include "recording/event_file.h"
 #include "recording/file_io.h"
+#include "recording/open_recording.h"
+#include "recording/scripted_dialogs.h"
+#include "recording/screen.h"
+#include "recording/texts.h"
 #include "support/read_back.h"
 
 namespace vess {
@@ -108,6 +119,122 @@ TEST(WriteFileAtomic, AFolderThatForbidsNewFilesRefusesAndKeepsTheOldFile) {
     ::chmod(locked.c_str(), 0755);
     EXPECT_EQ(status, 0) << "1: the writable file was not refused; 2: wrong refusal";
     EXPECT_EQ(Text(locked / "cell.EVT"), "old");
+}
+
+std::vector<int16_t> Ramp(int n) {
+    std::vector<int16_t> v(std::size_t(n), 0);
+    for (int i = 0; i < n; ++i) v[std::size_t(i)] = int16_t(i % 3000 - 1500);
+    return v;
+}
+
+// Where sample 'point' lies in a one-channel file.
+uint64_t ByteOfPoint(const Recording& rec, int64_t point) {
+    return uint64_t(rec.Header().dataSectionPtr) * abf::kBlockBytes + uint64_t(point) * 2;
+}
+
+TEST(ReadFault, ATruncatedFileGivesZerosAndAFaultNotACrash) {
+    TempDir dir;
+    const auto samples = Ramp(40 * 256);
+    auto rec = test::MakeRecording(dir / "cut.abf", samples);
+    std::vector<int16_t> out(512);
+    ASSERT_TRUE(rec->ReadSamples(1000, out));
+    EXPECT_EQ(out[0], samples[1000]);
+    EXPECT_EQ(rec->ReadFault(), "");
+
+    // Cut in the middle of block 20 while open (a memory map would raise SIGBUS).
+    ASSERT_EQ(::truncate((dir / "cut.abf").c_str(), off_t(ByteOfPoint(*rec, 20 * 256 + 10))), 0);
+
+    EXPECT_FALSE(rec->ReadSamples(20 * 256, out));
+    for (int k = 0; k < 10; ++k) EXPECT_EQ(out[std::size_t(k)], samples[20 * 256 + std::size_t(k)]);
+    for (std::size_t k = 10; k < out.size(); ++k) ASSERT_EQ(out[k], 0) << k;
+    EXPECT_NE(rec->ReadFault().find("cut.abf"), std::string::npos) << rec->ReadFault();
+    // Single samples past the cut read as 0 as well; before it, as recorded.
+    EXPECT_EQ(rec->Sample(30 * 256), 0);
+    EXPECT_EQ(rec->Sample(rec->PointsPerChannel() + 5), 0);  // no step after the end
+    EXPECT_EQ(rec->Sample(5 * 256 + 7), samples[5 * 256 + 7]);
+    const Screen screen(*rec, 28, 4);
+    EXPECT_FALSE(screen.Complete());
+    const Screen early(*rec, 4, 4);
+    EXPECT_TRUE(early.Complete());
+}
+
+TEST(ReadFault, AFileReplacedByRenameKeepsServingTheOpenedData) {
+    TempDir dir;
+    const auto samples = Ramp(8 * 256);
+    auto rec = test::MakeRecording(dir / "swap.abf", samples);
+    // Saving another program's way: a new file renamed over the old name.
+    ASSERT_EQ(WriteFileAtomic(dir / "swap.abf", std::string_view("replaced")), "");
+    std::vector<int16_t> out(8 * 256);
+    EXPECT_TRUE(rec->ReadSamples(0, out));
+    EXPECT_EQ(out, samples);
+    EXPECT_EQ(rec->ReadFault(), "");
+}
+
+class ReadFaultReport : public ::testing::Test {
+protected:
+    TempDir dir;
+    Workspace ws;
+    ScriptedDialogs dialogs;
+
+    void OpenAndCut(int events) {
+        ws.recording = test::MakeRecording(dir / "cell.abf", Ramp(40 * 256));
+        for (int k = 0; k < events; ++k) ws.events.Append(EventRecord{});
+        ws.history.Checkpoint(ws.events, "test");
+        ASSERT_EQ(::truncate((dir / "cell.abf").c_str(), off_t(ByteOfPoint(*ws.recording, 256))), 0);
+    }
+};
+
+TEST_F(ReadFaultReport, EventsAreKeptAndOfferedForSavingOnce) {
+    OpenAndCut(487);
+    ws.screenStartBlock = 8;
+    const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws, dialogs);
+    EXPECT_EQ(r.eventsAdded, 0);  // zeros are not data
+    EXPECT_EQ(ws.events.Count(), 487);
+
+    dialogs.AnswerYesNo(true).AnswerSaveFile((dir / "kept.EVT").string());
+    const auto save = [&] { return ShowFailure(dialogs, SaveEventFileCommand(ws, dialogs)); };
+    EXPECT_TRUE(ReportReadFault(ws, dialogs, save));
+    ASSERT_FALSE(dialogs.Transcript().empty());
+    EXPECT_EQ(dialogs.Transcript()[0].text,
+              texts::ReadFaultKeepEventsText(ws.recording->ReadFault(), 487));
+    const EventFileContents saved = ReadEventFile(dir / "kept.EVT");
+    ASSERT_TRUE(saved.Ok());
+    EXPECT_EQ(saved.eventCount, 487);
+    EXPECT_EQ(ws.events.Count(), 487);
+
+    // Told once: the next screens that fail to read say nothing more.
+    ws.screenStartBlock = 16;
+    AnalyzeCurrentScreen(ws, dialogs);
+    EXPECT_FALSE(ReportReadFault(ws, dialogs, save));
+    EXPECT_TRUE(dialogs.AllAnswersUsed());
+}
+
+TEST_F(ReadFaultReport, NonStopAnalysisStopsAtTheFault) {
+    OpenAndCut(0);
+    NonStopAnalysis run(ws, dialogs);
+    run.RunToEnd();
+    // The first screen's read past block 1 fails: the run ends there, not after nine screens.
+    EXPECT_EQ(run.GetProgress().screensDone, 1);
+    EXPECT_EQ(ws.events.Count(), 0);
+    EXPECT_TRUE(ReportReadFault(ws, dialogs, {}));
+    ASSERT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(dialogs.Messages()[0].text, ws.recording->ReadFault());
+}
+
+TEST(RegularFilesOnly, ANamedPipeIsRefusedWithoutBlocking) {
+    TempDir dir;
+    const auto fifo = dir / "pipe.abf";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    AbfError error = AbfError::None;
+    std::string detail;
+    EXPECT_EQ(Recording::Open(fifo, &error, &detail), nullptr);
+    EXPECT_EQ(error, AbfError::CannotOpen);
+    EXPECT_EQ(detail, "not a regular file");
+    std::string why;
+    EXPECT_FALSE(ReadFileBytes(fifo, &why));
+    EXPECT_EQ(why, "not a regular file");
+    EXPECT_FALSE(ReadFileBytes(dir.Path(), &why));
+    EXPECT_EQ(why, "is a folder");
 }
 
 }  // namespace

@@ -26,33 +26,15 @@ void Put(const std::filesystem::path& p, const std::string& text) {
 }
 
 Settings Changed() {
-    Settings s;
-    s.dataFolder = "/home/someone/recordings/2024";  // longer than 10 characters
-    s.soundOn = true;
-    s.showToolTips = false;
-    s.lockBaseline = true;
-    s.windowFraction = 0.5;
-    s.drawTrace = false;
-    s.displayGain = 2.5;
-    s.displayOffsetCounts = -1200;
-    s.blocksPerScreen = 8;
-    s.navigationGroup = 3;
-    s.jumpIntervalMs = 250;
-    s.filterKind = 2;
-    s.filterCutoffHz = 500;
-    s.analysis.PeakDirection = 1;
-    s.analysis.ThresholdAmplitude = 7.25f;
-    s.analysis.PeriodToSearchMax = 15000;
-    s.analysis.PeriodStartBaseline = 7000;
-    s.analysis.PeriodFindDecayTime = 25000;
-    s.analysis.DecayPercent = 0.37f;
-    s.analysis.PeriodBaselineAverage = 500;
-    s.analysis.AreaThreshold = 20;
-    s.analysis.ComplexPeak = true;
-    s.analysis.NumberPointsPeak = 5;
-    s.method.method = DetectionMethod::Deconvolution;  // a name longer than ten characters
-    s.method.suggestFromRecording = true;
-    return s;
+    return {.dataFolder = "/home/someone/recordings/2024",  // longer than 10 characters
+            .soundOn = true, .showToolTips = false, .lockBaseline = true, .windowFraction = 0.5, .drawTrace = false,
+            .displayGain = 2.5, .displayOffsetCounts = -1200, .blocksPerScreen = 8, .navigationGroup = 3,
+            .jumpIntervalMs = 250, .filterKind = 2, .filterCutoffHz = 500,
+            .analysis = {.PeakDirection = 1, .ThresholdAmplitude = 7.25f, .PeriodToSearchMax = 15000,
+                         .PeriodStartBaseline = 7000, .PeriodFindDecayTime = 25000, .DecayPercent = 0.37f,
+                         .PeriodBaselineAverage = 500, .AreaThreshold = 20, .ComplexPeak = true, .NumberPointsPeak = 5},
+            .method = {.method = DetectionMethod::Deconvolution,  // a name longer than ten characters
+                       .suggestFromRecording = true}};
 }
 
 // No file: deconvolution suggested from each recording; an older file (no
@@ -60,11 +42,9 @@ Settings Changed() {
 TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
     TempDir dir;
     const Settings s = LoadIniSettings(dir / "Vessanto.ini");
-    Settings expected;
-    expected.method.method = DetectionMethod::Deconvolution;
-    expected.method.suggestFromRecording = true;
-    expected.filterKind = 5;  // a 4-pole Bessel low-pass at 1 kHz; files keep the table's 4
-    EXPECT_EQ(s, expected);
+    // A 4-pole Bessel low-pass at 1 kHz; files keep the table's 4.
+    EXPECT_EQ(s, (Settings{.filterKind = 5, .analysis = {}, .method = {.method = DetectionMethod::Deconvolution,
+                                                       .suggestFromRecording = true}}));
     for (const auto& [text, method, suggest] :
          {std::tuple{"[Analysis]\r\nPeakDirection%=-1\r\n", DetectionMethod::Threshold, false},
           {"[Analysis]\r\nDetectionMethod=deconvolution\r\n", DetectionMethod::Deconvolution, false},
@@ -82,9 +62,7 @@ TEST(Settings, NoFileIsANewInstallationAndOldFilesKeepTheThresholdMethod) {
 TEST(Settings, SavingKeepsOtherSectionsAndKeys) {
     TempDir dir;
     const auto path = dir / "Vessanto.ini";
-    ASSERT_EQ(WriteFileAtomic(path, std::string("; kept\r\n[HRV]\r\nRRBinSize=2\r\n\r\n"
-                                                "[analysis]\r\nextra=1\r\npeakdirection%=1\r\n")),
-              "");
+    Put(path, "; kept\r\n[HRV]\r\nRRBinSize=2\r\n\r\n[analysis]\r\nextra=1\r\npeakdirection%=1\r\n");
     ASSERT_EQ(SaveIniSettings(path, Settings{}), "");
     const IniFile ini = IniFile::Load(path);
     EXPECT_EQ(ini.Get("HRV", "RRBinSize"), "2");
@@ -100,16 +78,11 @@ TEST(Settings, ValuesAreCutAtTenCharactersAndBadNumbersGiveDefaults) {
         "[Display]\nFractionWindow=0.123456789012\nJumpInterval=abc\nFilterType=99999999999\n"
         "[Analysis]\nThresholdAmplitude!=12.5xyz\nNumberPointsPeak=0\nPeriodToSearchMax&=  42 \n"
         "ComplexPeak=\"true\"\nDecayPercent!=0.5\n[Program]\nDataDir=/a/very/long/folder/name\n");
-    const Settings s = SettingsFromIni(ini);
-    EXPECT_EQ(s.windowFraction, 0.12345678);
-    EXPECT_EQ(s.jumpIntervalMs, 1000);
-    EXPECT_EQ(s.filterKind, 4);
-    EXPECT_EQ(s.analysis.ThresholdAmplitude, 5.0f);
-    EXPECT_EQ(s.analysis.NumberPointsPeak, 1);
-    EXPECT_EQ(s.analysis.PeriodToSearchMax, 42);
-    EXPECT_TRUE(s.analysis.ComplexPeak);
-    EXPECT_EQ(s.analysis.DecayPercent, 0.5f);
-    EXPECT_EQ(s.dataFolder, "/a/very/long/folder/name");  // a folder is read whole
+    // The folder is read whole; the rest are the defaults.
+    const Settings expected{.dataFolder = "/a/very/long/folder/name", .windowFraction = 0.12345678,
+                            .analysis = {.PeriodToSearchMax = 42, .DecayPercent = 0.5f, .ComplexPeak = true},
+                            .method = {}};
+    EXPECT_EQ(SettingsFromIni(ini), expected);
 }
 
 TEST(IniFile, SetAddsKeysAtTheEndOfTheirSectionAndNewSectionsAtTheEnd) {
@@ -166,27 +139,16 @@ TEST(Settings, CommandsSayWhatTheyDid) {
 
 // Every value is written to survive the 10-character read (1.3456789e-05 once came back as "1.3456789e").
 TEST(Settings, ExtremeValuesOfEveryKeySurviveTheTenCharacterRead) {
-    Settings s;
-    s.windowFraction = 0.123456789012;
-    s.displayGain = 12345.6789012;
-    s.filterCutoffHz = 1000.00000001;
-    s.displayOffsetCounts = kMinDisplayOffset;
-    s.blocksPerScreen = kMaxBlocksPerScreen;
-    s.navigationGroup = 255;
-    s.jumpIntervalMs = std::numeric_limits<int32_t>::max();
-    s.filterKind = kMaxFilterType;
-    s.filterOrder = kMaxFilterOrder;
-    AnalysisParameters& a = s.analysis;
-    a.PeakDirection = std::numeric_limits<int16_t>::min();
-    a.ThresholdAmplitude = 1.3456789e-05f;
-    a.AreaThreshold = -987654.3f;
-    a.DecayPercent = 0.123456789f;
-    a.PeriodToSearchMax = kMaxPeriodUs;
-    a.PeriodStartBaseline = 0;
-    a.PeriodFindDecayTime = 999999;
-    a.PeriodBaselineAverage = 1;
-    a.NumberPointsPeak = kMaxNumberPointsPeak;
-
+    const Settings s{.windowFraction = 0.123456789012, .displayGain = 12345.6789012,
+                     .displayOffsetCounts = kMinDisplayOffset, .blocksPerScreen = kMaxBlocksPerScreen,
+                     .navigationGroup = 255, .jumpIntervalMs = std::numeric_limits<int32_t>::max(),
+                     .filterKind = kMaxFilterType, .filterCutoffHz = 1000.00000001, .filterOrder = kMaxFilterOrder,
+                     .analysis = {.PeakDirection = std::numeric_limits<int16_t>::min(),
+                                  .ThresholdAmplitude = 1.3456789e-05f, .PeriodToSearchMax = kMaxPeriodUs,
+                                  .PeriodStartBaseline = 0, .PeriodFindDecayTime = 999999,
+                                  .DecayPercent = 0.123456789f, .PeriodBaselineAverage = 1,
+                                  .AreaThreshold = -987654.3f, .NumberPointsPeak = kMaxNumberPointsPeak},
+                     .method = {}};
     IniFile ini;
     SettingsToIni(s, ini);
     std::vector<std::string> problems;
@@ -273,8 +235,7 @@ TEST(Settings, DefaultIniPathFallsBackToTheUserConfigFolder) {
     ::setenv("XDG_CONFIG_HOME", dir.Path().c_str(), 1);
     // A folder that cannot be written (here: one that does not exist).
     EXPECT_EQ(DefaultIniPath(dir / "no-such-folder"), dir.Path() / "Vessantorium" / "Vessanto.ini");
-    if (old) ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
-    else ::unsetenv("XDG_CONFIG_HOME");
+    old ? ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1) : ::unsetenv("XDG_CONFIG_HOME");
 }
 
 // The recent-recordings list: its order and bound, and its section of the

@@ -15,14 +15,8 @@
 namespace vess {
 namespace {
 
-SynthOptions Short() {
-    SynthOptions o;
-    o.seconds = 20;
-    return o;
-}
-
 TEST(Synth, EventsFollowTheRequestedStatistics) {
-    const SynthOptions o = Short();
+    const SynthOptions o{.seconds = 20};
     const auto rec = Synthesise(o);
     ASSERT_EQ(rec.samples.size(), 400000u);
     // 5 events a second for 20 s: 100 expected, Poisson spread about 10.
@@ -45,10 +39,7 @@ TEST(Synth, EventsFollowTheRequestedStatistics) {
 }
 
 TEST(Synth, NoiseHasTheRequestedSize) {
-    SynthOptions o = Short();
-    o.eventsPerSecond = 0;
-    o.humAmplitudePa = 0;
-    const auto quiet = Synthesise(o);
+    const auto quiet = Synthesise({.seconds = 20, .eventsPerSecond = 0, .humAmplitudePa = 0});
     EXPECT_TRUE(quiet.events.empty());
     double sum = 0, sumSq = 0;
     for (int16_t c : quiet.samples) {
@@ -63,8 +54,7 @@ TEST(Synth, NoiseHasTheRequestedSize) {
 // Reproducible from its seed; written as an openable file with the true events beside it.
 TEST(Synth, WritesAnOpenableFileAndTheTrueEventsBesideIt) {
     test::TempDir dir;
-    SynthOptions o = Short();
-    o.seconds = 2;
+    SynthOptions o{.seconds = 2};
     const auto rec = Synthesise(o);
     EXPECT_EQ(Synthesise(o).samples, rec.samples);
     o.seed = 8;

@@ -34,7 +34,7 @@ std::vector<double> Sine(std::size_t n, double amplitude, double hz, double fs, 
     return v;
 }
 
-TEST(NoiseMeasures, GaussianNoiseGivesItsSdAsSdAndRms) {
+TEST(NoiseMeasures, GaussianNoiseAndASineOfKnownAmplitude) {
     // 200000 draws of sd 2: the sample SD is within 2 / sqrt(2 n) = 0.3 % of 2.
     const auto v = GaussianNoise(200000, 2.0, 11);
     const auto m = MeasureNoise(v, 0.05);
@@ -48,45 +48,61 @@ TEST(NoiseMeasures, GaussianNoiseGivesItsSdAsSdAndRms) {
     for (double p : psd.psd) power += p * 20000.0 / 1024;
     EXPECT_NEAR(power, 4.0, 0.08);
     EXPECT_EQ(psd.segments, 2 * 200000 / 1024 - 1);
-}
 
-TEST(NoiseMeasures, SineOfKnownAmplitude) {
     // 50 Hz at 10 kHz, offset 1000: samples on the crests give peak-to-peak 2A, RMS A / sqrt(2);
     // with the closing sample the coastline is 4A a period over 50 periods.
     const double a = 3;
-    const auto v = Sine(10000, a, 50, 10000, 1000);
-    const auto m = MeasureNoise(v, 0.1);
-    ASSERT_TRUE(m);
-    EXPECT_NEAR(m->peakToPeak, 2 * a, 1e-9);
-    EXPECT_NEAR(m->rmsAboutBaseline, a / std::sqrt(2.0), 1e-9);
-    EXPECT_NEAR(m->median, 1000, 1e-9);
+    const auto sine = MeasureNoise(Sine(10000, a, 50, 10000, 1000), 0.1);
+    ASSERT_TRUE(sine);
+    EXPECT_NEAR(sine->peakToPeak, 2 * a, 1e-9);
+    EXPECT_NEAR(sine->rmsAboutBaseline, a / std::sqrt(2.0), 1e-9);
+    EXPECT_NEAR(sine->median, 1000, 1e-9);
     const auto closed = MeasureNoise(Sine(10001, a, 50, 10000, 1000), 0.1);
     EXPECT_NEAR(closed->coastline, 50 * 4 * a, 1e-6);
     EXPECT_NEAR(closed->coastlinePerMs, 50 * 4 * a / 1000, 1e-9);
     EXPECT_FALSE(MeasureNoise(std::vector<double>{1.0}, 0.1));
 }
 
-// Measured in pieces (median from value counts) equals measured whole, odd or even, cut at the end.
-TEST(NoiseMeasures, MeasuredInPiecesEqualsMeasuredWhole) {
+// Noise measured in pieces (median from value counts) equals noise measured
+// whole, odd or even, cut at the end; the spectrum read a segment at a time (a
+// 2-hour file once needed 2.5 GB to hold its samples twice) equals the
+// spectrum of the stretch read whole: the whole file, an offset stretch that
+// is no multiple of the hop, and exactly one segment at the file's end.
+TEST(NoiseMeasures, RecordingNoiseAndSpectrumInPiecesEqualTheWholeStretch) {
     test::TempDir dir;
     std::mt19937 gen(7);
     std::normal_distribution<double> noise(0, 300);
     std::vector<int16_t> samples(20011);
     for (std::size_t i = 0; i < samples.size(); ++i)
-        samples[i] = int16_t(std::clamp(std::nearbyint(noise(gen) + 2000 * std::sin(i / 500.0)), -32768.0, 32767.0));
+        samples[i] = int16_t(std::clamp(std::nearbyint(noise(gen) + 2000 * std::sin(i / 7.0)), -32768.0, 32767.0));
     const auto rec = test::MakeRecording(dir / "n.abf", samples, 50, 3.0f);
-    for (const auto& [first, count] : {std::pair<int64_t, int64_t>{0, 20011}, {17, 10000}, {19000, 5000}}) {
-        const TraceStretch whole = ReadStretch(*rec, first, count);
+    const struct {
+        int64_t first, count;
+        int segment;
+    } cases[] = {{0, 20011, 1024}, {17, 10000, 256}, {19000, 5000, 256}, {20011 - 64, 64, 64}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first);
+        const TraceStretch whole = ReadStretch(*rec, c.first, c.count);
         const auto expected = MeasureNoise(whole.values, whole.intervalMs);
-        const auto pieces = MeasureRecordingNoise(*rec, first, count, 999);
+        const auto pieces = MeasureRecordingNoise(*rec, c.first, c.count, 999);
         ASSERT_TRUE(expected && pieces);
         EXPECT_EQ(pieces->points, expected->points);
         for (auto field : {&NoiseMeasures::mean, &NoiseMeasures::median, &NoiseMeasures::sd,
                            &NoiseMeasures::rmsAboutBaseline, &NoiseMeasures::peakToPeak, &NoiseMeasures::coastline,
                            &NoiseMeasures::coastlinePerMs})
-            EXPECT_EQ((*pieces).*field, (*expected).*field) << first;
+            EXPECT_EQ((*pieces).*field, (*expected).*field);
+        if (c.first + c.count > 20011) continue;  // the spectrum refuses a stretch cut at the end
+        const PowerSpectrum spectrum = WelchSpectrum(whole.values, 1e3 / whole.intervalMs, c.segment);
+        const PowerSpectrum streamed = RecordingSpectrum(*rec, c.first, c.count, c.segment);
+        ASSERT_GT(spectrum.segments, 0);
+        EXPECT_EQ(streamed.segments, spectrum.segments);
+        EXPECT_EQ(streamed.frequencyHz, spectrum.frequencyHz);
+        EXPECT_EQ(streamed.psd, spectrum.psd);
     }
+    // A stretch beyond the file or shorter than a segment gives nothing.
     EXPECT_FALSE(MeasureRecordingNoise(*rec, 20010, 5));
+    EXPECT_EQ(RecordingSpectrum(*rec, 20000, 64, 64).segments, 0);
+    EXPECT_EQ(RecordingSpectrum(*rec, 0, 63, 64).segments, 0);
 }
 
 TEST(WelchSpectrum, SinePeakAtItsFrequencyWithItsPower) {
@@ -106,16 +122,14 @@ TEST(WelchSpectrum, SinePeakAtItsFrequencyWithItsPower) {
     EXPECT_EQ(DefaultSegmentLength(3000), 2048);
 }
 
-TEST(TraceTools, DifferenceTraceInUnitsPerMsAtStepMiddles) {
+TEST(TraceTools, DifferenceTraceAndVarianceMeanOverARunningWindow) {
     // Steps +1, +2, -1 over 0.5 ms: 2, 4, -2 units/ms at 10.25, 10.75, 11.25 ms.
     const TraceStretch s{{0, 1, 3, 2}, 0.5, 10, "pA"};
     const XYTrace d = DifferenceTrace(s);
     EXPECT_EQ(d.x, (std::vector<double>{10.25, 10.75, 11.25}));
     EXPECT_EQ(d.y, (std::vector<double>{2, 4, -2}));
     EXPECT_EQ(DifferencePlot(s).yAxis, "pA/ms");
-}
 
-TEST(TraceTools, VarianceMeanOverARunningWindow) {
     // Windows of 3 over 1 2 3 4 10: means 2, 3, 17/3; variances (n - 1) 1, 1
     // and ((8/3)^2 + (5/3)^2 + (13/3)^2) / 2 = 258/18 = 43/3.
     for (double offset : {0.0, 1e6}) {

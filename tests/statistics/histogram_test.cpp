@@ -2,13 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <string>
 #include <numeric>
 #include <random>
 
+#include "recording/event_time.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/workspace.h"
+#include "statistics/array_fill.h"
 #include "statistics/binning.h"
 #include "statistics/correlogram.h"
+#include "statistics/data_analysis.h"
 #include "statistics/histogram.h"
 #include "stats_fixture.h"
 
@@ -38,10 +43,8 @@ TEST(BinRule, ValuesFallIntoBinsRoundedDownAndNonFiniteOnesAreLeftOut) {
     }
     EXPECT_EQ(CountIntoBins(std::vector<double>{-0.5}, 1.0).LeftEdge(0, 1.0), -1.0);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{NAN}, 1.0).counts.empty());
-}
 
-// At most 60000 bins, counted before any conversion to integers; no saturation.
-TEST(BinRule, SixtyThousandBinsAndNoSaturation) {
+    // At most 60000 bins, counted before any conversion to integers; no saturation.
     EXPECT_EQ(CountIntoBins(std::vector<double>{0, 59999.5}, 1.0).counts.size(), 60000u);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{0, 60000}, 1.0).tooManyBins);
     EXPECT_TRUE(CountIntoBins(std::vector<double>{1e20}, 1.0).tooManyBins);
@@ -78,7 +81,7 @@ TEST(Histograms, KindsTitlesAndAxes) {
 
 using HistogramCommandTest = test::FiveEventsTest;
 
-TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
+TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBinAndSaysWhatIsMissing) {
     dialogs.AnswerInput("1").AnswerInput("10");
     const auto plot = HistogramCommand(ws, dialogs, 2);  // event times in s
     ASSERT_TRUE(plot);
@@ -86,15 +89,11 @@ TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBin) {
     EXPECT_EQ(dialogs.Transcript()[1].text, "Please enter the bin size for Time in sec.");
     // Group 1: 10, 20, 45 ms = 0.01, 0.02, 0.045 s: all in bin 0 of 10 s.
     EXPECT_EQ(plot->series[0].y, (std::vector<double>{3}));
-}
 
-TEST_F(HistogramCommandTest, MissingGroupAndTooManyBinsAreSaid) {
     dialogs.AnswerInput("9");
     EXPECT_FALSE(ShowFailure(dialogs, HistogramCommand(ws, dialogs, 1).status()));
     EXPECT_EQ(dialogs.Messages().back().text, "There is no events with group number 9.  Try another group.");
-
-    std::vector<float> wide = {0, 60000};
-    ws.array1.Assign(wide);
+    ws.array1.Assign(std::vector<float>{0, 60000});
     dialogs.AnswerInput("ms").AnswerInput("1");
     EXPECT_FALSE(ShowFailure(dialogs, HistogramCommand(ws, dialogs, 14).status()));
     EXPECT_EQ(dialogs.Transcript()[dialogs.Transcript().size() - 3].caption, "x-axis unit");
@@ -125,14 +124,13 @@ TEST(RunningAverage, MeansPerTimeBinSkippingEmptyBins) {
 
     Workspace ws;
     ScriptedDialogs dialogs;
-    std::vector<float> three = {1, 2, 3}, two = {1, 2};
-    ws.array1.Assign(three);
-    ws.array2.Assign(two);
+    ws.array1.Assign(std::vector<float>{1, 2, 3});
+    ws.array2.Assign(std::vector<float>{1, 2});
     EXPECT_FALSE(ShowFailure(dialogs, RunningAverageCommand(ws, dialogs).status()));
     EXPECT_EQ(dialogs.Messages()[0].caption, "Try Again");
 }
 
-TEST(Coastline, LengthAndTimeCourse) {
+TEST(Coastline, LengthTimeCourseAndTheCommandOnTheDisplayedScreen) {
     const std::vector<double> trace = {0, 1, -1, -1, 2, 2};
     EXPECT_EQ(CoastlineLength(trace), 1 + 2 + 0 + 3 + 0);
     // 1 ms a sample, 2 ms bins: steps from samples 0,1 | 2,3 | 4.
@@ -140,9 +138,7 @@ TEST(Coastline, LengthAndTimeCourse) {
     EXPECT_EQ(h.plot.series[0].y, (std::vector<double>{3, 3, 0}));
     EXPECT_EQ(h.plot.series[0].x, (std::vector<double>{0, 0.002, 0.004}));
     EXPECT_EQ(h.plot.title, " Coastline Time Course   bin size=2 ms");
-}
 
-TEST(Coastline, CommandOnTheDisplayedScreen) {
     TempDir dir;
     std::vector<int16_t> samples(4096, 0);
     for (std::size_t i = 0; i < samples.size(); i += 2) samples[i] = 2;  // 1 unit up and down
@@ -151,8 +147,7 @@ TEST(Coastline, CommandOnTheDisplayedScreen) {
     ASSERT_TRUE(ws.recording);
     ScriptedDialogs dialogs;
     dialogs.AnswerInput("1000");
-    const auto plot = CoastlineCommand(ws, dialogs);
-    ASSERT_TRUE(plot);
+    ASSERT_TRUE(CoastlineCommand(ws, dialogs));
     // 4 blocks of 256 points on screen: 1023 steps of 1 unit.
     EXPECT_EQ(dialogs.Messages()[0].text, "The coastline length of the trace in this display window is 1023.000");
     EXPECT_EQ(dialogs.Transcript()[1].caption, "Time Bin");
@@ -207,7 +202,7 @@ TEST(Correlogram, MovingWindowCountsEqualThePairwiseDefinition) {
 
 TEST(Correlogram, CommandAsksItsQuestionsAndNormalises) {
     Workspace ws;
-    std::vector<float> x = {0, 1, 2, 4};
+    const std::vector<float> x = {0, 1, 2, 4};
     ws.array1.Assign(x);
     ScriptedDialogs dialogs;
     dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("3").AnswerYesNo(true);
@@ -227,6 +222,125 @@ TEST(Correlogram, CommandAsksItsQuestionsAndNormalises) {
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
     EXPECT_TRUE(dialogs.Transcript()[dialogs.Transcript().size() - 2].text.find("upper and lower range") !=
                 std::string::npos);
+}
+
+// Values that were not measured (NaN) or overflowed (infinities) in every
+// statistic, rejected events in the sources, and event times taken from the
+// sample index.
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+double Value(const TestOutcome& o, const std::string& label) { return o.table.Find(label)->values.at(0); }
+
+// Identical samples must give no difference however many values were not
+// measured: t 0 with p 1 (F 1), never -Infinity with p 0. A float array read
+// from text turns 1e39 into +infinity.
+TEST(NotMeasured, TestsLeaveOutNonFiniteValuesAndCountThem) {
+    const std::vector<double> halfWidths{1.5, 2.0, kNaN, 2.5, 3.0};
+    const std::vector<double> overflowed{1.5, 2.0, kInf, 2.5, 3.0};
+    struct Case {
+        StatTest test;
+        const std::vector<double>& a;
+        const char* statistic;
+        double expected;
+        const char* note;
+    } cases[] = {
+        {StatTest::TTestEqualVar, halfWidths, "t Stat", 0, "2 values that were not measured were left out"},
+        {StatTest::TTestUnequalVar, overflowed, "t Stat", 0, "2 values that were not measured were left out"},
+        {StatTest::TTestPaired, halfWidths, "t Stat", 0, "1 value that was not measured was left out"},
+        {StatTest::FTest, overflowed, "F Stat", 1, "2 values that were not measured were left out"},
+    };
+    for (const Case& c : cases) {
+        const auto o = RunTest(c.test, c.a, c.a);
+        ASSERT_TRUE(o) << StatTestMenuCaption(c.test);
+        EXPECT_EQ(Value(*o, c.statistic), c.expected) << StatTestMenuCaption(c.test);
+        EXPECT_NEAR(Value(*o, "P value: two-tail"), 1.0, 1e-12) << StatTestMenuCaption(c.test);
+        EXPECT_EQ(o->table.note, c.note) << StatTestMenuCaption(c.test);
+        EXPECT_FALSE(o->Significant());
+    }
+    // The regression drops the pair whose x was not measured: y = 2x on the rest.
+    ScriptedDialogs dialogs;
+    const std::vector<double> x{1, kNaN, 3, 4}, y{2, 100, 6, 8};
+    const auto reg = RunTest(StatTest::LinearRegression, x, y);
+    ASSERT_TRUE(reg);
+    EXPECT_EQ(Value(*reg, "n"), 3);
+    EXPECT_DOUBLE_EQ(reg->table.Find("The Equation is")->values.at(1), 2.0);
+    // Nothing measured at all is refused with its reason.
+    const std::vector<double> none{kNaN, kNaN, kNaN};
+    EXPECT_FALSE(ShowFailure(dialogs, RunTest(StatTest::TTestEqualVar, none, halfWidths).status()));
+    EXPECT_EQ(dialogs.Messages().back().caption, "Not measured");
+}
+
+TEST(NotMeasured, ColumnStatisticsAndHistogramsSayWhatTheyLeftOut) {
+    const std::vector<double> a{1, 2, kNaN, 3}, b{4, 5, 6};
+    const std::span<const double> series[] = {a, b};
+    const std::string titles[] = {"Array #1", "Array #2"};
+    const ResultTable t = DescriptiveTable(series, titles);
+    EXPECT_EQ(t.Find("Average")->values, (std::vector<double>{2, 5}));
+    EXPECT_EQ(t.note, "Array #1: 1 value that was not measured was left out");
+
+    const HistogramPlot h = MakeHistogram(HistogramKind::CumulativeBins, a, 1, "Half-width", "msec");
+    EXPECT_EQ(h.plot.series.at(0).y.back(), 1.0);  // the fractions of the three measured values
+    EXPECT_EQ(h.plot.note, "1 value that was not measured was left out");
+    // A running average of a value that was not measured is no average at all.
+    const std::vector<double> times{0.1, 0.2, 0.3}, values{1, kNaN, 3};
+    const HistogramPlot running = MakeRunningAverage(times, values, 1);
+    EXPECT_EQ(running.plot.series.at(0).y, std::vector<double>{2});
+    // Float arrays step by 2 above 2^24: a histogram of such values says so.
+    const std::vector<double> late{16777218.0, 16777220.0};
+    EXPECT_NE(MakeHistogram(HistogramKind::Frequency, late, 1, "Time", "").plot.note.find("lost precision"),
+              std::string::npos);
+}
+
+// "All events" (group 0) leaves out rejected events; 255 picks them.
+using Sources = test::FiveEventsTest;
+TEST_F(Sources, RejectedEventsStayOutOfAllEvents) {
+    ws.events[2].group = uint8_t(kGroupRejected);  // the event at 30 ms, amplitude -4
+    ws.events[2].amplitude = -1540;                // a rejected test pulse
+    dialogs.AnswerYesNo(true).AnswerInput("0");
+    ASSERT_TRUE(PutEventDataCommand(ws, dialogs, 1, ArrayField::Amplitude));
+    EXPECT_EQ(ws.array1.UpperBound(), 4);
+    // Sorted times 10, 20, 45, 50 without the rejected 30.
+    EXPECT_EQ(InterEventIntervals(ws.events, 0), (std::vector<float>{10, 25, 5}));
+    EXPECT_EQ(EventSourceValues(ws, HistogramSource::Amplitude, 0).size(), 4u);
+    EXPECT_EQ(EventSourceValues(ws, HistogramSource::Amplitude, 255),
+              std::vector<double>{double(ws.recording->Bit2pA2(-1540))});
+}
+
+// Late events of a long recording: the 32-bit time in ms no longer holds one
+// sample of 50 us after two hours, the sample index does.
+TEST(ExactEventTimes, IntervalsComeFromTheSampleIndex) {
+    EventTable events;
+    const int32_t twoHours = 144'000'000;  // samples of 50 us
+    for (int32_t k : {0, 1, 3}) {
+        EventRecord r;
+        r.sampleIndex = twoHours + k;
+        r.time = float(double(r.sampleIndex) * 0.05);
+        events.Append(r);
+    }
+    ASSERT_EQ(events[1].time, events[2].time);  // the float cannot tell them apart
+    EXPECT_EQ(InterEventIntervals(events, 0, 50), (std::vector<float>{0.05f, 0.1f}));
+
+    struct Case {
+        float timeMs;
+        int32_t sampleIndex;
+        double expected;
+    } cases[] = {
+        {7200000.0f, twoHours + 1, 7200000.05},  // agrees within the float: the exact time
+        {100.0f, 0, 100.0},                      // never set: the stored time
+        {100.0f, 9999, 100.0},                   // the time was edited since: the stored time
+        {float(kNaN), 2000, kNaN},               // not measured stays not measured
+    };
+    for (const Case& c : cases) {
+        EventRecord r;
+        r.time = c.timeMs;
+        r.sampleIndex = c.sampleIndex;
+        const double t = ExactEventTimeMs(r, 50);
+        if (std::isnan(c.expected))
+            EXPECT_TRUE(std::isnan(t));
+        else
+            EXPECT_DOUBLE_EQ(t, c.expected) << c.sampleIndex;
+    }
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ void ExpectRelative(double actual, double expected, double tolerance = 1e-6) {
 const std::vector<double> kDrug1 = {0.7, -1.6, -0.2, -1.2, -0.1, 3.4, 3.7, 0.8, 0.0, 2.0};
 const std::vector<double> kDrug2 = {1.9, 0.8, 1.1, 0.1, -0.1, 4.4, 5.5, 1.6, 4.6, 3.4};
 
-TEST(TTests, SleepDataAgainstScipy) {
+TEST(TTests, SleepDataAgainstScipyAndTheFTest) {
     // scipy.stats.ttest_rel 1.10.1: t = -4.062127683382037, p = 0.00283289019738427.
     const TTestResult paired = PairedTTest(kDrug1, kDrug2);
     ExpectRelative(paired.t, -4.062127683382037, 1e-12);
@@ -49,9 +49,7 @@ TEST(TTests, SleepDataAgainstScipy) {
     const std::vector<double> x = {1, 2, 3}, shifted = {2, 3, 4};
     EXPECT_EQ(PairedTTest(x, x).pTwoTail, 1.0);
     EXPECT_EQ(PairedTTest(shifted, x).pTwoTail, 0.0);
-}
 
-TEST(FTest, SleepDataAgainstScipy) {
     // F = 3.2005556 / 4.009; scipy.stats.f.sf(F, 9, 9) = 0.6286400341369772.
     const FTestResult f = FTest(MeanAndVariance(kDrug1), MeanAndVariance(kDrug2));
     ExpectRelative(f.f, 0.7983426179983923, 1e-12);
@@ -68,8 +66,7 @@ TEST(KolmogorovSmirnov, AgainstScipy) {
     // scipy.stats.ks_2samp 1.10.1: D = 0.23 with sign +1 (F1 above F2); exact p 0.5286364448145011.
     EXPECT_NEAR(r.maxAbsDifference, 0.23, 1e-12);
     EXPECT_NEAR(r.maxPlusDifference, 0.23, 1e-12);
-    EXPECT_LE(r.maxMinusDifference, 0.0);
-    EXPECT_GT(r.maxMinusDifference, -0.23);
+    EXPECT_TRUE(r.maxMinusDifference <= 0 && r.maxMinusDifference > -0.23) << r.maxMinusDifference;
     // Z = 0.23 sqrt(25 * 20 / 45); scipy.special.kolmogorov(Z) = 0.5991955719698889.
     ExpectRelative(r.z, 0.7666666666666667, 1e-12);
     ExpectRelative(r.p, 0.5991955719698889);
@@ -80,8 +77,7 @@ TEST(KolmogorovSmirnov, AgainstScipy) {
     std::vector<double> withNan = b;
     withNan.push_back(NAN);
     const KsResult n = KolmogorovSmirnov(a, withNan);
-    EXPECT_EQ(n.n2, 20);
-    EXPECT_EQ(n.maxAbsDifference, r.maxAbsDifference);
+    EXPECT_EQ(std::pair(n.n2, n.maxAbsDifference), std::pair(int64_t(20), r.maxAbsDifference));
 
     const PlotData plot = KsPlot(a, b);
     EXPECT_EQ(plot.title, "Cumulative Histograms of Array#1 and Array#2");
@@ -130,8 +126,7 @@ TEST(Descriptive, DefinitionsAgainstScipy) {
     ExpectRelative(d.skewness, 0.38580550759199644, 1e-10);
     ExpectRelative(d.kurtosis, -1.421167166188611, 1e-10);
     EXPECT_DOUBLE_EQ(d.median, (1.6 + 1.9) / 2);  // sorted: ... 1.1, 1.6 | 1.9, 3.4 ...
-    EXPECT_EQ(d.minimum, -0.1);
-    EXPECT_EQ(d.maximum, 5.5);
+    EXPECT_EQ(std::pair(d.minimum, d.maximum), std::pair(-0.1, 5.5));
     EXPECT_EQ(Describe(std::vector<double>{3, 1, 2}).median, 2.0);
     EXPECT_TRUE(std::isnan(Describe(std::vector<double>{1, 2, 3}).kurtosis));
     // A NaN is left out and counted, not carried into the average and the maximum.
@@ -139,24 +134,19 @@ TEST(Descriptive, DefinitionsAgainstScipy) {
     withNan[17] = NAN;
     withNan[3] = -5;
     const Descriptive n = Describe(withNan);
-    EXPECT_EQ(n.minimum, -5);
-    EXPECT_EQ(n.maximum, 1);
-    EXPECT_EQ(n.n, 199);
-    EXPECT_EQ(n.leftOut, 1);
+    EXPECT_EQ(std::tuple(n.minimum, n.maximum, n.n, n.leftOut), std::tuple(-5.0, 1.0, int64_t(199), int64_t(1)));
     EXPECT_DOUBLE_EQ(n.average, (198 - 5) / 199.0);
 }
 
-TEST(DataAnalysis, ChecksBeforeTheTests) {
+TEST(DataAnalysis, ChecksBeforeTheTestsGridRowsAndFormats) {
     Workspace ws;
     ScriptedDialogs dialogs;
     // A cleared array (upper bound 1) is empty.
     EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, {StatTest::TTestEqualVar}).status()));
-    ASSERT_EQ(dialogs.Messages().size(), 1u);
-    EXPECT_EQ(dialogs.Messages()[0].caption, "Empty Data Array");
+    EXPECT_EQ(dialogs.Messages().at(0).caption, "Empty Data Array");
 
-    std::vector<float> five = {1, 2, 3, 4, 5}, six = {1, 2, 3, 4, 5, 7};
-    ws.array1.Assign(five);
-    ws.array2.Assign(six);
+    ws.array1.Assign(std::vector<float>{1, 2, 3, 4, 5});
+    ws.array2.Assign(std::vector<float>{1, 2, 3, 4, 5, 7});
     dialogs.ClearTranscript();
     EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, {StatTest::TTestPaired}).status()));
     EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, {StatTest::LinearRegression}).status()));
@@ -171,28 +161,23 @@ TEST(DataAnalysis, ChecksBeforeTheTests) {
     r.sample1 = {false, 1, 3.0, 1.5, 12};
     dialogs.ClearTranscript();
     EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, r).status()));
-    EXPECT_EQ(dialogs.Messages()[0].caption, "Empty Data Array #2");
-}
+    EXPECT_EQ(dialogs.Messages().at(0).caption, "Empty Data Array #2");
 
-TEST(DataAnalysis, GridRowsAndFormats) {
-    Workspace ws;
-    std::vector<float> a = {1, 2, 3}, b = {1, 2, 3};
-    ws.array1.Assign(a);
-    ws.array2.Assign(b);
+    ws.array1.Assign(std::vector<float>{1, 2, 3});
+    ws.array2.Assign(std::vector<float>{1, 2, 3});
     const auto o = RunTestCommand(ws, {StatTest::TTestEqualVar});
     ASSERT_TRUE(o);
     EXPECT_EQ(o->table.Find("Mean")->cells, (std::vector<std::string>{"2.000", "2.000"}));
     EXPECT_EQ(o->table.Find("P value: two-tail")->cells[0], "1.00000000");
     EXPECT_EQ(o->table.Find("t Stat")->values[0], 0.0);
     EXPECT_FALSE(o->Significant());
-
     // A summary sample ("Mean" option) stands in for an array.
-    TestRequest r{StatTest::TTestUnequalVar};
+    r = {StatTest::TTestUnequalVar};
     r.sample2 = {false, 2, 1234.5, 2.0, 3};
-    const auto s = RunTestCommand(ws, r);
-    ASSERT_TRUE(s);
-    EXPECT_EQ(s->table.Find("Mean")->cells[1], "1,234.500");
-    EXPECT_EQ(s->table.Find("Variance")->values[1], 4.0);
+    const auto summary = RunTestCommand(ws, r);
+    ASSERT_TRUE(summary);
+    EXPECT_EQ(summary->table.Find("Mean")->cells[1], "1,234.500");
+    EXPECT_EQ(summary->table.Find("Variance")->values[1], 4.0);
 }
 
 TEST(DataAnalysis, RegressionRowsAndColumnStatistics) {
@@ -205,22 +190,11 @@ TEST(DataAnalysis, RegressionRowsAndColumnStatistics) {
     ASSERT_TRUE(o->plot);
 
     DataArray a1, a2;
-    std::vector<float> v = {1, 2, 3, 4};
-    a1.Assign(v);
+    a1.Assign(std::vector<float>{1, 2, 3, 4});
     const ResultTable t = ColumnStatistics(a1, a2);
     EXPECT_EQ(t.Find("Average")->cells, (std::vector<std::string>{"2.500", ""}));  // array 2 is empty
     EXPECT_EQ(t.Find("Median")->cells[0], "2.500");
     EXPECT_EQ(t.Find("Variance")->cells[0], "1.667");  // 5/3
-}
-
-TEST(NumberFormats, GridPatterns) {
-    EXPECT_EQ(FormatNumber(1234567.891, 3, true), "1,234,567.891");
-    EXPECT_EQ(FormatNumber(-1234.5, 3, true), "-1,234.500");
-    EXPECT_EQ(FormatNumber(999.9996, 3, true), "1,000.000");
-    EXPECT_EQ(FormatNumber(0.000123456789, 8, false), "0.00012346");
-    EXPECT_EQ(FormatNumber(-0.0, 3, false), "0.000");  // no "-0.000"
-    EXPECT_EQ(FormatNumber(12345, 0, true), "12,345");
-    EXPECT_EQ(FormatNumber(NAN, 3, true), "NaN");
 }
 
 // Golden values: scipy 1.10.1 (special.gammaln, special.betainc, stats.f.sf,
@@ -257,19 +231,27 @@ TEST(SpecialFunctions, AgainstScipy) {
     EXPECT_FALSE(KsExactP(2000, 2000, 0.1));
 }
 
-// No p-value reads as a row of zeros: eight decimals while they hold at least
-// one significant digit beyond the fourth decimal, significant digits below.
-TEST(PValueText, EightDecimalsDownTo1e4ThenSignificantDigits) {
+// The grid's number patterns, and p-values: no p-value reads as a row of
+// zeros, eight decimals while they hold at least one significant digit beyond
+// the fourth decimal, significant digits below.
+TEST(NumberFormats, GridPatternsAndPValues) {
+    EXPECT_EQ(FormatNumber(1234567.891, 3, true), "1,234,567.891");
+    EXPECT_EQ(FormatNumber(-1234.5, 3, true), "-1,234.500");
+    EXPECT_EQ(FormatNumber(999.9996, 3, true), "1,000.000");
+    EXPECT_EQ(FormatNumber(0.000123456789, 8, false), "0.00012346");
+    EXPECT_EQ(FormatNumber(-0.0, 3, false), "0.000");  // no "-0.000"
+    EXPECT_EQ(FormatNumber(12345, 0, true), "12,345");
+    EXPECT_EQ(FormatNumber(NAN, 3, true), "NaN");
     const struct {
         double p;
         const char* text;
     } cases[] = {
         {1.0, "1.00000000"},
-        {0.00283289019738427, "0.00283289"},  // the paired t-test of two_sample_tests_test.cpp
+        {0.00283289019738427, "0.00283289"},  // the paired t-test above
         {1e-4, "0.00010000"},
         {9.94e-5, "9.9e-05"},
         {3.2e-12, "3.2e-12"},
-        {4.654040849775137e-90, "4.7e-90"},  // the regression of two_sample_tests_test.cpp
+        {4.654040849775137e-90, "4.7e-90"},  // the regression above
         {0.0, "< 1e-323"},
         {std::nan(""), "NaN"},
     };

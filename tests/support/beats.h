@@ -9,11 +9,7 @@ namespace vess::test {
 
 inline Workspace BeatsAt(const std::vector<float>& times) {
     Workspace ws;
-    for (float t : times) {
-        EventRecord r;
-        r.time = t;
-        ws.events.Append(r);
-    }
+    for (float t : times) ws.events.Append({.time = t});
     return ws;
 }
 

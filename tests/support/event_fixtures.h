@@ -23,22 +23,9 @@ inline std::unique_ptr<Recording> OffsetRecording(const TempDir& dir, std::vecto
 }
 
 inline EventRecord MakeEvent(float timeMs, int32_t amplitude, uint8_t group = 0) {
-    EventRecord r;
-    r.time = timeMs;
-    r.amplitude = amplitude;
-    r.noise = 4;
-    r.riseTime = 4;
-    r.decayTime = 20;
-    r.baseline = 100;
-    r.area = -7.25f;
-    r.group = group;
-    r.rise1090 = 0.15f;
-    r.halfWidth = 1.5f;
-    r.rise50 = 2;
-    r.peakDirection = -1;
-    r.slope1090 = -33.5f;
-    r.relativeTime = 1000;
-    return r;
+    return {.time = timeMs, .amplitude = amplitude, .noise = 4, .riseTime = 4, .decayTime = 20, .baseline = 100,
+            .area = -7.25f, .group = group, .rise1090 = 0.15f, .halfWidth = 1.5f, .rise50 = 2, .peakDirection = -1,
+            .slope1090 = -33.5f, .relativeTime = 1000};
 }
 
 }  // namespace vess::test

@@ -27,13 +27,13 @@ private:
     std::filesystem::path path_;
 };
 
-// Writes a one-channel ABF file of these samples and opens it. With the
-// default abfLayout one count is 1/32768*10/0.001 ... see MakeAbfLayout below.
+// Writes a one-channel ABF file of these samples (scaled as MakeAbfLayout's)
+// and opens it.
 std::unique_ptr<Recording> MakeRecording(const std::filesystem::path& file,
                                          std::span<const int16_t> samples, double intervalUs = 50,
                                          float countsPerUnit = 1.0f);
 
-// A abfLayout whose channel 0 converts exactly countsPerUnit counts to one unit
+// A layout whose channel 0 converts exactly countsPerUnit counts to one unit
 // (pA), so tests can reason in counts.
 AbfWriteLayout MakeAbfLayout(double intervalUs, float countsPerUnit = 1.0f);
 
