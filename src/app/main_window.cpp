@@ -240,6 +240,14 @@ void MainWindow::RefreshAll() {
     RefreshActions();
 }
 
+// Whether a screen is the one the workspace shows, read from the samples the
+// user chose to see (the filtered copy or the recording).
+bool MainWindow::IsScreenToShow(const Screen& screen) const {
+    return screen.Valid() && &screen.Rec() == ws_.recording.get() && screen.StartBlock() == ws_.screenStartBlock &&
+           screen.BlocksPerScreen() == ws_.BlocksPerScreen() &&
+           screen.Filtered() == (ws_.showFiltered && ws_.recording->HasFiltered());
+}
+
 void MainWindow::RebuildScreen() {
     if (!ws_.recording) {
         if (screen_) {
@@ -248,15 +256,23 @@ void MainWindow::RebuildScreen() {
         }
         return;
     }
-    if (screen_ && &screen_->Rec() == ws_.recording.get() && screen_->StartBlock() == ws_.screenStartBlock &&
-        screen_->BlocksPerScreen() == ws_.BlocksPerScreen())
-        return;
-    const bool newRecording = !screen_ || &screen_->Rec() != ws_.recording.get();
+    if (screen_ && IsScreenToShow(*screen_)) return;
     // The screen shows what the user chose to see; every other read goes
     // on from what detection reads.
     ws_.recording->ReadFiltered(ws_.showFiltered);
-    screen_ = std::make_unique<Screen>(*ws_.recording, ws_.screenStartBlock, ws_.BlocksPerScreen());
+    auto screen = std::make_unique<Screen>(*ws_.recording, ws_.screenStartBlock, ws_.BlocksPerScreen());
     ws_.recording->ReadFiltered(ws_.settings.detectOnFiltered);
+    ShowScreenRead(std::move(screen));
+}
+
+void MainWindow::OfferScreen(Screen&& screen) {
+    if (!ws_.recording || !IsScreenToShow(screen) || (screen_ && IsScreenToShow(*screen_))) return;
+    ShowScreenRead(std::make_unique<Screen>(std::move(screen)));
+}
+
+void MainWindow::ShowScreenRead(std::unique_ptr<Screen> screen) {
+    const bool newRecording = !screen_ || &screen_->Rec() != &screen->Rec();
+    screen_ = std::move(screen);
     if (newRecording) trace_->ResetScale();
     trace_->SetScreen(screen_.get());
     // After the redraw that is under way, not inside it.
@@ -324,41 +340,18 @@ void MainWindow::ShowSelection() {
     const int row = ws_.selectedEvent - 1;
     if (row >= 0 && row < gridModel_->rowCount()) {
         const QModelIndex index = gridModel_->index(row, 0);
-        if (grid_->currentIndex().row() != row)
+        const bool moved = grid_->currentIndex().row() != row;
+        if (moved)
             grid_->selectionModel()->setCurrentIndex(
                 index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        grid_->scrollTo(index);
+        // A shown grid scrolls to its new current row by itself.
+        if (!moved || !grid_->hasAutoScroll() || !grid_->isVisible()) grid_->scrollTo(index);
     } else if (grid_->currentIndex().isValid()) {
         grid_->selectionModel()->clear();
     }
     trace_->SetSelectedEvent(ws_.selectedEvent);
     overview_->SetEvents(&ws_.events, ws_.selectedEvent);
     syncingSelection_ = false;
-}
-
-void MainWindow::RefreshStatus() {
-    RefreshFilterIndicator();
-    const Recording* rec = ws_.recording.get();
-    if (!rec) {
-        statusFile_->setText(tr("No recording open"));
-        statusChannel_->clear();
-        statusScreen_->clear();
-        statusPointer_->clear();
-        setWindowTitle("Vessantorium");
-    } else {
-        statusFile_->setText(QString::fromStdString(rec->FileName()));
-        statusChannel_->setText(tr("Channel %1 (%2)")
-                                    .arg(rec->Channel())
-                                    .arg(QString::fromStdString(rec->Units())));
-        const ScreenGeometry g = GeometryOf(ws_);
-        statusScreen_->setText(tr("Screen %1 of %2")
-                                   .arg(ws_.screenStartBlock / g.blocksPerScreen + 1)
-                                   .arg(g.LastScreenStart() / g.blocksPerScreen + 1));
-        setWindowTitle(QString("%1%2 - Vessantorium")
-                           .arg(QString::fromStdString(rec->FileName()))
-                           .arg(ws_.history.Modified() ? "*" : ""));
-    }
-    statusEvents_->setText(QString::fromStdString(EventsStatusText(ws_)));
 }
 
 void MainWindow::AfterEdit(bool changed) {

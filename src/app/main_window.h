@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -69,6 +70,7 @@ public:
     void StopNonStop() override;
     bool ReadyToDetect(bool wholeRecording) override;
     void EventsStored(int count) override;
+    void OfferScreen(Screen&& screen) override;
     void Redraw(bool eventsChanged) override;
     void RedrawTrace(bool reread) override;
     void RedrawAll(bool eventsChanged) override;
@@ -111,12 +113,14 @@ private:
 
     // Redrawing.
     void RebuildScreen();
+    bool IsScreenToShow(const Screen& screen) const;
+    void ShowScreenRead(std::unique_ptr<Screen> screen);
     // Tells the user once that the recording's file could not be read,
     // offering to save the events.
     void ReportReadFaultOnce();
     void RefreshTrace();
     void RefreshGrid();
-    void RefreshStatus();
+    void RefreshStatus();  // main_window_status.cpp
     void RefreshFilterIndicator();  // main_window_filter.cpp
     // Enabling, check marks and captions of every command.
     void RefreshActions();
@@ -194,8 +198,32 @@ private:
     struct RegisteredAction {
         QAction* action;
         const Command* command;
+        // The command's enabling test as an index into enablingTests_ when
+        // it is a plain function; kOwnTest or kNoTest otherwise.
+        int test = kNoTest;
+        // The enabling last set (-1: none yet): the action is touched only
+        // when it changes.
+        int enabled = -1;
+        // The command sets a check mark or a caption at every refresh.
+        bool checks = false, captions = false;
     };
+    static constexpr int kOwnTest = -1, kNoTest = -2;
     std::vector<RegisteredAction> registered_;
+    // The plain enabling tests, each once: many commands share one (idle, a
+    // recording open), and each is asked once a refresh.
+    std::vector<bool (*)(const CommandState&)> enablingTests_;
+    std::vector<char> testsPassed_;
+    // What the status bar and the title show, from the workspace; each label
+    // is set again only when its part changed.
+    struct StatusShown {
+        bool open = false;
+        std::string fileName, units, events;
+        int channel = 0;
+        int64_t screen = 0, screens = 0;
+        bool modified = false;
+    };
+    StatusShown StatusNow() const;
+    std::optional<StatusShown> statusShown_;
 };
 
 }  // namespace vess

@@ -120,18 +120,35 @@ void MainWindow::AddRegistered(const Command& c) {
         toolBar_->addAction(a);
     }
     actions_[c.objectName] = a;
-    registered_.push_back({a, &c});
+    RegisteredAction registered{a, &c};
+    registered.checks = bool(c.checkedWhen);
+    registered.captions = bool(c.captionWhen);
+    if (const auto* plain = c.enabledWhen.target<bool (*)(const CommandState&)>(); plain && *plain) {
+        const auto known = std::find(enablingTests_.begin(), enablingTests_.end(), *plain);
+        registered.test = int(known - enablingTests_.begin());
+        if (known == enablingTests_.end()) enablingTests_.push_back(*plain);
+    } else if (c.enabledWhen) {
+        registered.test = kOwnTest;
+    }
+    registered_.push_back(registered);
 }
 
 void MainWindow::RefreshActions() {
     const CommandState state{ws_, NonStopRunning(), jobs_->Running()};
-    for (const auto& [action, command] : registered_) {
-        action->setEnabled(!command->enabledWhen || command->enabledWhen(state));
-        if (command->checkedWhen) {
-            const QSignalBlocker block(action);
-            action->setChecked(command->checkedWhen(state));
+    testsPassed_.resize(enablingTests_.size());
+    for (std::size_t t = 0; t < enablingTests_.size(); ++t) testsPassed_[t] = enablingTests_[t](state);
+    for (RegisteredAction& r : registered_) {
+        const bool on = r.test >= 0 ? bool(testsPassed_[std::size_t(r.test)])
+                                    : r.test == kNoTest || r.command->enabledWhen(state);
+        if (int(on) != r.enabled) {
+            r.action->setEnabled(on);
+            r.enabled = int(on);
         }
-        if (command->captionWhen) action->setText(command->captionWhen(state));
+        if (r.checks) {
+            const QSignalBlocker block(r.action);
+            r.action->setChecked(r.command->checkedWhen(state));
+        }
+        if (r.captions) r.action->setText(r.command->captionWhen(state));
     }
 }
 

@@ -1,7 +1,6 @@
 // vess info FILE.abf [--channel N]: the file-information report and the
 // values derived for one channel.
 #include <algorithm>
-#include <cstring>
 #include <iostream>
 #include <limits>
 #include <span>
@@ -14,6 +13,7 @@
 #include "recording/number_text.h"
 #include "recording/open_recording.h"
 #include "recording/recording.h"
+#include "recording/sample_range.h"
 
 namespace vess::cli {
 
@@ -54,33 +54,6 @@ std::string DerivedValues(const Recording& rec) {
         out += fmt::format("  Tag {}: time {}, type {}, {}\n", i + 1, tag.time, tag.type, comment);
     }
     return out;
-}
-
-// low and high widened to take in every value: sixteen running minima and
-// maxima side by side in two vector registers, folded at the end.
-void FoldRange(std::span<const int16_t> values, int16_t& low, int16_t& high) {
-    constexpr std::size_t kLanes = 16;
-    typedef int16_t Lanes __attribute__((vector_size(kLanes * sizeof(int16_t))));
-    Lanes lo, hi;
-    for (std::size_t k = 0; k < kLanes; ++k) {
-        lo[k] = low;
-        hi[k] = high;
-    }
-    std::size_t i = 0;
-    for (; i + kLanes <= values.size(); i += kLanes) {
-        Lanes v;
-        std::memcpy(&v, values.data() + i, sizeof v);
-        lo = v < lo ? v : lo;
-        hi = v > hi ? v : hi;
-    }
-    for (std::size_t k = 0; k < kLanes; ++k) {
-        low = std::min<int16_t>(low, lo[k]);
-        high = std::max<int16_t>(high, hi[k]);
-    }
-    for (; i < values.size(); ++i) {
-        low = std::min(low, values[i]);
-        high = std::max(high, values[i]);
-    }
 }
 
 // Every sample of the channel read once, a million at a time: its range.

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "recording/sample_range.h"
+
 namespace vess {
 
 DecimatedTrace Decimate(std::span<const int16_t> samples, int columnCount) {
@@ -71,10 +73,7 @@ template <std::size_t N>
 std::array<int16_t, N> LevelsAtRanksOfShortRun(std::span<const int16_t> samples,
                                                const std::array<std::size_t, N>& ranks) {
     int16_t lo = samples.front(), hi = samples.front();
-    for (const int16_t s : samples) {
-        lo = std::min(lo, s);
-        hi = std::max(hi, s);
-    }
+    FoldRange(samples, lo, hi);
     const auto span = std::size_t(int(hi) - int(lo)) + 1;
     std::array<int16_t, N> levels{};
     if (span <= 4 * samples.size() + 256) {

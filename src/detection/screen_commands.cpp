@@ -16,8 +16,7 @@ void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
     ws.history.CheckpointAppended(countBefore, label);
 }
 
-AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
-    const Screen screen = ShownScreen(ws);
+AnalyzeWindowResult AnalyzeScreen(const Screen& screen, Workspace& ws, Dialogs& dialogs) {
     // Samples that could not be read are zeros, not data: nothing is
     // detected on them (the caller tells the user about the fault).
     if (!screen.Complete()) return {};
@@ -27,6 +26,10 @@ AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
             : AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
     if (!result.improperParameters) ws.analysedBlocks.Add(ws.screenStartBlock, ws.BlocksPerScreen());
     return result;
+}
+
+AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs) {
+    return AnalyzeScreen(ShownScreen(ws), ws, dialogs);
 }
 
 // Whether an event of the table has its peak on the screen shown.
@@ -78,7 +81,8 @@ NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs) {
     if (!AdvanceScreen(ws)) return result;
     result.moved = true;
     const int32_t before = ws.events.Count();
-    result.analysis = AnalyzeShown(ws, dialogs);
+    result.screen = ShownScreen(ws);
+    result.analysis = AnalyzeScreen(result.screen, ws, dialogs);
     CheckpointAppended(ws, before, kUndoAnalyzeNext);
     return result;
 }

@@ -10,6 +10,7 @@
 #include "detection/analyze_window.h"
 #include "recording/command_result.h"
 #include "recording/dialogs.h"
+#include "recording/screen.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -30,6 +31,9 @@ bool AdvanceScreen(Workspace& ws);
 struct NextWindowResult {
     bool moved = false;  // false: already on the last screen, nothing done
     AnalyzeWindowResult analysis;
+    // The screen detection read (when moved): a caller that shows it need
+    // not read it again.
+    Screen screen;
 };
 // Command2: the next screen, then AnalyzeWindow on it.
 NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs);

@@ -9,7 +9,8 @@ Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPer
       startBlock_(startBlock),
       blocksPerScreen_(blocksPerScreen < 1 ? 1 : blocksPerScreen),
       windowLen_(blocksPerScreen_ * kBlockPoints),
-      buffer_(std::size_t(3) * std::size_t(windowLen_)) {
+      buffer_(std::size_t(3) * std::size_t(windowLen_)),
+      filtered_(recording.ReadsFiltered()) {
     complete_ = recording.ReadSamples(AbsoluteIndex(-windowLen_), buffer_);
 }
 

@@ -20,6 +20,8 @@ public:
     // False when part of the three screens could not be read from the file
     // (see Recording::ReadFault); the missing samples are 0.
     bool Complete() const { return complete_; }
+    // Whether the samples came from the recording's filtered copy.
+    bool Filtered() const { return filtered_; }
     const Recording& Rec() const { return *recording_; }
     int32_t StartBlock() const { return startBlock_; }
     int32_t BlocksPerScreen() const { return blocksPerScreen_; }
@@ -49,6 +51,7 @@ private:
     int32_t windowLen_ = 1024;
     std::vector<int16_t> buffer_;  // previous, current and next screen
     bool complete_ = true;
+    bool filtered_ = false;
 };
 
 struct Workspace;

@@ -14,10 +14,6 @@ int64_t BinIndex(double x, double binSize) {
     return int64_t(k);
 }
 
-bool TooManyBins(int64_t lowestBin, int64_t highestBin) {
-    return highestBin - lowestBin + 1 > kMaxBins;
-}
-
 bool ValidBinSize(double binSize) { return std::isfinite(binSize) && binSize > 0; }
 
 bool TooManyBinsFor(double lowest, double highest, double binSize) {

@@ -12,8 +12,6 @@ inline constexpr int64_t kMaxBins = 60000;
 
 // Int(x / binSize) rounded toward minus infinity; binSize > 0.
 int64_t BinIndex(double x, double binSize);
-// True when lowest..highest is more bins than allowed.
-bool TooManyBins(int64_t lowestBin, int64_t highestBin);
 // A bin size the rule can use: finite and above 0.
 bool ValidBinSize(double binSize);
 // True when the values lowest..highest span more bins than allowed (or bin

@@ -167,7 +167,11 @@ void AddAnalysisCommands(CommandRegistry& r) {
         });
     add("menu_AnalyzeNext", "Analyze Next Window", {QKeySequence(Qt::Key_F10), QKeySequence("N")},
         kTipAnalyzeNext, WhenRecordingOpenAndIdle, [](CommandHost& h) {
-            DetectScreen(h, [](Workspace& ws, Dialogs& d) { return AnalyzeNextWindow(ws, d).analysis.eventsAdded; });
+            DetectScreen(h, [&h](Workspace& ws, Dialogs& d) {
+                NextWindowResult r = AnalyzeNextWindow(ws, d);
+                if (r.moved) h.OfferScreen(std::move(r.screen));
+                return r.analysis.eventsAdded;
+            });
         });
     add("menu_NonStop", "Non-stop Analysis", {QKeySequence(Qt::Key_F11)}, kTipNonStop, WhenRecordingOpenAndIdle,
         NonStop);

@@ -20,6 +20,7 @@ namespace vess {
 
 class Dialogs;
 class JobRunner;
+class Screen;
 class ToolWindows;
 class TraceView;
 struct Workspace;
@@ -61,6 +62,10 @@ public:
     virtual bool ReadyToDetect(bool wholeRecording) = 0;
     // Events stored by a detection command (the sound, when it is on).
     virtual void EventsStored(int count) = 0;
+    // The screen a command has just read (detection of the next window): the
+    // trace shows it instead of reading it again when it is the screen to
+    // show and from the samples shown (recorded or filtered).
+    virtual void OfferScreen(Screen&& screen) = 0;
     // Redraws grid, trace and status after a command; eventsChanged when the
     // event table may have changed.
     virtual void Redraw(bool eventsChanged) = 0;

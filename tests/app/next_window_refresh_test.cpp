@@ -1,0 +1,92 @@
+// What Next window leaves on the main window when it skips work: the trace
+// shows the screen detection read only when that is the screen to show, and
+// the status line and the enabling, set again only when they change, follow
+// undo and another file.
+#include <QAction>
+#include <QLabel>
+#include <QPushButton>
+
+#include "detection/detection_start.h"
+#include "detection/navigation.h"
+#include "gui_fixture.h"
+#include "signal/filter_commands.h"
+
+namespace vess::test {
+namespace {
+
+class NextWindowRefreshTest : public GuiTest {
+protected:
+    QString Label(const char* name) const { return window->findChild<QLabel*>(name)->text(); }
+    // The status line and title as the workspace says they should read.
+    void ExpectStatusOfWorkspace() const {
+        const ScreenGeometry g = GeometryOf(ws);
+        EXPECT_EQ(Label("lbScreen"), QString("Screen %1 of %2")
+                                         .arg(ws.screenStartBlock / g.blocksPerScreen + 1)
+                                         .arg(g.LastScreenStart() / g.blocksPerScreen + 1));
+        EXPECT_EQ(Label("lbEvents").toStdString(), EventsStatusText(ws));
+        EXPECT_EQ(Label("lbFile").toStdString(), ws.recording->FileName());
+        EXPECT_EQ(window->windowTitle().toStdString(),
+                  ws.recording->FileName() + (ws.history.Modified() ? "*" : "") + " - Vessantorium");
+    }
+    bool Enabled(const char* action) const { return window->Action(action)->isEnabled(); }
+};
+
+// With the filtered trace shown and detection reading the recorded samples,
+// the screen detection read is not the one to show: the frame after Next
+// window is the one a fresh read of the shown samples gives, and differs
+// from the recorded samples' frame.
+TEST_F(NextWindowRefreshTest, TraceShowsTheFilteredScreenWhileDetectionReadsTheRecordedOne) {
+    OpenSample();
+    FilterChoice lowPass;
+    lowPass.cutoffHz = 300;
+    ASSERT_TRUE(ApplyFilterCommand(ws, lowPass, {}));
+    window->RedrawTrace(/*reread=*/true);
+    ASSERT_TRUE(ws.showFiltered);
+    ASSERT_FALSE(ws.settings.detectOnFiltered);
+
+    window->findChild<QPushButton*>("Command2")->click();
+    ASSERT_EQ(ws.screenStartBlock, ws.BlocksPerScreen());
+    const DisplayFrame shown = window->Trace()->Frame();
+    window->RedrawTrace(/*reread=*/true);
+    EXPECT_EQ(window->Trace()->Frame().centreCounts, shown.centreCounts);
+    EXPECT_EQ(window->Trace()->Frame().spanCounts, shown.spanCounts);
+
+    ws.showFiltered = false;
+    window->RedrawTrace(/*reread=*/true);
+    EXPECT_NE(window->Trace()->Frame().spanCounts, shown.spanCounts);
+}
+
+TEST_F(NextWindowRefreshTest, StatusAndEnablingFollowUndoAndAnotherFile) {
+    OpenSample();
+    AnalyseUntilEvents(2);
+    ExpectStatusOfWorkspace();
+    ASSERT_TRUE(ws.history.Modified());
+    EXPECT_TRUE(Enabled("menu_Undo"));
+    EXPECT_TRUE(Enabled("menu_Reset"));
+
+    // Undo every step back to the empty table: the count, the title's star
+    // and the enabling of what needs events or an undo step all go back.
+    for (int i = 0; i < 400 && Enabled("menu_Undo"); ++i) window->Action("menu_Undo")->trigger();
+    ASSERT_EQ(ws.events.Count(), 0);
+    ExpectStatusOfWorkspace();
+    EXPECT_FALSE(Enabled("menu_Undo"));
+    EXPECT_TRUE(Enabled("menu_Redo"));
+    EXPECT_FALSE(Enabled("menu_Reset"));
+
+    // Another, shorter file seen from the first screen: the same screen
+    // number but another count of screens, another name.
+    window->Action("menu_FirstScreen")->trigger();
+    ASSERT_EQ(ws.screenStartBlock, 0);
+    SynthOptions options;
+    options.seconds = 2;
+    options.seed = 3;
+    ASSERT_EQ(WriteSynthetic(dir / "short.abf", Synthesise(options)), "");
+    ASSERT_TRUE(OpenFile(dir / "short.abf"));
+    ExpectStatusOfWorkspace();
+    EXPECT_FALSE(Enabled("menu_Redo"));
+    Key(Qt::Key_F10);
+    ExpectStatusOfWorkspace();
+}
+
+}  // namespace
+}  // namespace vess::test
