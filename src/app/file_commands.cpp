@@ -61,7 +61,7 @@ void ShowDataFileInformation(CommandHost& host) {
 void Suggest(CommandHost& host, int entry) {
     Workspace& ws = host.Ws();
     if (host.Busy()) return;
-    SuggestParameters(ws, host.Asker(), entry, [&] { return ResetEvents(ws, host.Asker()); });
+    SuggestParameters(ws, host.Asker(), entry, [&] { return ResetEvents(ws, host.Asker()).ok(); });
     host.RedrawAll(true);
 }
 

@@ -81,7 +81,7 @@ void MainWindow::OnTraceClicked(int64_t index, Qt::MouseButton button,
     }
     if (mods == Qt::AltModifier) {
         const int32_t before = ws_.events.Count();
-        ShowDoublePeak(*this, DetectDoublePeakAtPoint(ws_, dialogs_, index), before);
+        ShowDoublePeak(*this, DetectDoublePeakAtPoint(ws_, index), before);
         return;
     }
     const bool lowThresholds = mods == (Qt::ControlModifier | Qt::AltModifier);
@@ -91,10 +91,11 @@ void MainWindow::OnTraceClicked(int64_t index, Qt::MouseButton button,
 
 void MainWindow::DetectAtClick(int64_t index, bool lowThresholds) {
     const int32_t before = ws_.events.Count();
-    const PointCommandResult r = DetectAtPoint(ws_, dialogs_, index, lowThresholds);
-    if (r.eventIndex > 0) ws_.selectedEvent = r.eventIndex;
+    const auto r = DetectAtPoint(ws_, index, lowThresholds);
+    const int32_t stored = ShowFailure(dialogs_, r.status()) ? r->eventIndex : 0;
+    if (stored > 0) ws_.selectedEvent = stored;
     sound_->Stored(ws_.events.Count() - before, ws_.settings.soundOn);
-    AfterEdit(ws_.events.Count() != before || r.eventIndex > 0);
+    AfterEdit(ws_.events.Count() != before || stored > 0);
 }
 
 }  // namespace vess

@@ -30,7 +30,7 @@ void MainWindow::OpenPath(const QString& path) {
 void MainWindow::OnFileChosen(const QString& path) {
     if (Busy()) return;
     const Recording* before = ws_.recording.get();
-    if (OpenFromFileList(ws_, path.toStdString(), dialogs_)) {
+    if (ShowFailure(dialogs_, OpenFromFileList(ws_, path.toStdString(), dialogs_))) {
         fitColumns_ = true;
         if (!ws_.events.Empty()) ws_.selectedEvent = 1;
         RememberRecording(ws_.iniPath, path.toStdString());

@@ -102,9 +102,10 @@ void RunStats(const StatsOptions& o) {
             std::cerr << "vess stats: " << o.test << " needs two series\n";
             throw CLI::RuntimeError(1);
         }
-        outcome = RunTest(TestNames().at(o.test), LoadOrFail("stats", o.a), LoadOrFail("stats", o.b),
-                                     dialogs, o.alpha);
-        if (!outcome) throw CLI::RuntimeError(1);
+        auto run = RunTest(TestNames().at(o.test), LoadOrFail("stats", o.a), LoadOrFail("stats", o.b), o.alpha);
+        // The refusal as the windows word it, "caption: text" on stderr.
+        if (!ShowFailure(dialogs, run.status())) throw CLI::RuntimeError(1);
+        outcome = std::move(*run);
         table = outcome->table;
     }
     if (o.json) {

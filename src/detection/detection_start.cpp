@@ -74,14 +74,14 @@ std::string EventsStatusText(const Workspace& ws) {
     return text;
 }
 
-bool ReplaceEventsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
-    if (ws.events.Empty()) return true;
+CommandResult ReplaceEventsBeforeDetecting(Workspace& ws, Dialogs& dialogs) {
+    if (ws.events.Empty()) return CommandResult::Ok();
     const Answer a = dialogs.AskYesNoCancel(
         method_texts::kReplaceCaption,
         fmt::format(fmt::runtime(method_texts::kReplaceQuestion), ws.events.Count()));
-    if (a == Answer::Cancel) return false;
-    if (a == Answer::Yes) ResetEvents(ws, dialogs, /*noConfirmation=*/true);
-    return true;
+    if (a == Answer::Cancel) return CommandResult::Cancelled();
+    if (a == Answer::Yes) return ResetEvents(ws, dialogs, /*noConfirmation=*/true);
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

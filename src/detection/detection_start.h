@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/workspace.h"
 
@@ -32,7 +33,7 @@ std::string EventsStatusText(const Workspace& ws);
 
 // Before a detection over the whole recording: with events in the table,
 // asks whether to replace them. Yes erases them (one undo step), No keeps
-// them and the new events are added; false on Cancel.
-bool ReplaceEventsBeforeDetecting(Workspace& ws, Dialogs& dialogs);
+// them and the new events are added; cancelled on Cancel.
+CommandResult ReplaceEventsBeforeDetecting(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess

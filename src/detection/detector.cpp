@@ -41,6 +41,12 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
     return len;
 }
 
+Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws) {
+    if (auto len = ConvertPeriods(ws.params(), ws.recording->IntervalUs())) return *len;
+    return CommandResult::Failed(std::string(detection_texts::kImproperParametersCaption),
+                                 std::string(detection_texts::kImproperParametersText));
+}
+
 std::optional<DetectionLengths> ConvertPeriodsOrWarn(const Workspace& ws, Dialogs& dialogs) {
     return ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
 }

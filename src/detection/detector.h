@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "detection/measurements.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_record.h"
 #include "recording/screen.h"
@@ -30,7 +31,11 @@ struct DetectionLengths {
 // Each period divided by the interval; nullopt when any quotient is below 1
 // (tested before rounding), otherwise each rounded half to even.
 std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params, double intervalUs);
-// The same, showing the "Improper Analysis Parameters" message when it fails.
+// The same as a command's step: failed with the "Improper Analysis
+// Parameters" message.
+Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws);
+// The same, showing the "Improper Analysis Parameters" message when it fails
+// (for the detection runs, whose results carry the refusal as a flag).
 std::optional<DetectionLengths> ConvertPeriodsOrWarn(const AnalysisParameters& params,
                                                      double intervalUs, Dialogs& dialogs);
 // The same for the workspace's parameters and open recording.

@@ -85,8 +85,12 @@ void Insert(EventTable& events, int32_t row, const EventRecord& r) {
     events.Assign(std::move(records));
 }
 
-void NoSecondPeak(Dialogs& dialogs) {
-    dialogs.Message(detection_texts::kNoDoublePeakCaption, detection_texts::kNoDoublePeakText);
+CommandResult Refused(std::string_view caption, std::string_view text) {
+    return CommandResult::Failed(std::string(caption), std::string(text));
+}
+
+CommandResult NoSecondPeak() {
+    return Refused(detection_texts::kNoDoublePeakCaption, detection_texts::kNoDoublePeakText);
 }
 
 // Stores the second peak of the event at row firstRow next to it (after it,
@@ -130,32 +134,20 @@ std::optional<MeasuredEvent> StoredEvent(const Detector& det, const EventRecord&
     return e;
 }
 
-DoublePeakResult AnalyzeDoublePeak(Workspace& ws, Dialogs& dialogs, int32_t eventIndex) {
+Outcome<DoublePeakResult> AnalyzeDoublePeak(Workspace& ws, int32_t eventIndex) {
     DoublePeakResult result;
-    if (!ws.recording) return result;
-    if (!ws.events.HasRow(eventIndex)) {
-        dialogs.Message(detection_texts::kNoEventSelectedCaption,
-                        detection_texts::kNoEventSelectedText);
-        return result;
-    }
-    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
-    if (!len) {
-        result.improperParameters = true;
-        return result;
-    }
+    if (!ws.recording) return CommandResult::Cancelled();
+    if (!ws.events.HasRow(eventIndex))
+        return Refused(detection_texts::kNoEventSelectedCaption, detection_texts::kNoEventSelectedText);
+    const auto len = CheckedPeriods(ws);
+    if (!len) return len.status();
     const Screen screen = ShownScreen(ws);
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> first = StoredEvent(det, ws.events[eventIndex]);
-    if (!first) {
-        dialogs.Message(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
-        return result;
-    }
+    if (!first) return Refused(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
     result.firstIndex = eventIndex;
     const std::optional<MeasuredEvent> second = FindSecondPeak(det, *first);
-    if (!second) {
-        NoSecondPeak(dialogs);
-        return result;
-    }
+    if (!second) return NoSecondPeak();
     const EventTable before = ws.events;
     result.eventIndex = StoreSecond(ws.events, det, *second, result.firstIndex, result.alreadyStored);
     if (!result.alreadyStored) {
@@ -165,27 +157,18 @@ DoublePeakResult AnalyzeDoublePeak(Workspace& ws, Dialogs& dialogs, int32_t even
     return result;
 }
 
-DoublePeakResult DetectDoublePeakAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex) {
+Outcome<DoublePeakResult> DetectDoublePeakAtPoint(Workspace& ws, int64_t windowIndex) {
     DoublePeakResult result;
-    if (!ws.recording) return result;
-    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
-    if (!len) {
-        result.improperParameters = true;
-        return result;
-    }
+    if (!ws.recording) return CommandResult::Cancelled();
+    const auto len = CheckedPeriods(ws);
+    if (!len) return len.status();
     const Screen screen = ShownScreen(ws);
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> first =
         det.Measure(det.FindMax(windowIndex - len->searchLen / 2, len->searchLen));
-    if (!first) {
-        dialogs.Message(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
-        return result;
-    }
+    if (!first) return Refused(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
     const std::optional<MeasuredEvent> second = FindSecondPeak(det, *first);
-    if (!second) {
-        NoSecondPeak(dialogs);
-        return result;
-    }
+    if (!second) return NoSecondPeak();
     const EventTable before = ws.events;
     const int64_t firstSample = screen.AbsoluteIndex(first->peak);
     result.firstIndex = RowNear(ws.events, firstSample, firstSample, 0);
@@ -200,14 +183,11 @@ DoublePeakResult DetectDoublePeakAtPoint(Workspace& ws, Dialogs& dialogs, int64_
     return result;
 }
 
-DoublePeakScanResult ScanDoublePeaks(Workspace& ws, Dialogs& dialogs) {
+Outcome<DoublePeakScanResult> ScanDoublePeaks(Workspace& ws, Dialogs& dialogs) {
     DoublePeakScanResult result;
-    if (!ws.recording) return result;
-    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
-    if (!len) {
-        result.improperParameters = true;
-        return result;
-    }
+    if (!ws.recording) return CommandResult::Cancelled();
+    const auto len = CheckedPeriods(ws);
+    if (!len) return len.status();
     const int32_t bps = ws.BlocksPerScreen();
     // Screens are built once each; events come in any order.
     std::map<int32_t, Screen> screens;

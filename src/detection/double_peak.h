@@ -34,7 +34,6 @@ std::optional<MeasuredEvent> FindSecondPeak(const Detector& det, const MeasuredE
 std::optional<MeasuredEvent> StoredEvent(const Detector& det, const EventRecord& r);
 
 struct DoublePeakResult {
-    bool improperParameters = false;
     int32_t firstIndex = 0;    // 1-based row of the event analysed (after any insertion)
     int32_t eventIndex = 0;    // 1-based row of the second peak; 0 when none was stored
     bool alreadyStored = false;  // the second peak was found but is already in the table
@@ -42,18 +41,18 @@ struct DoublePeakResult {
 };
 
 // menu_DoublePeak (L): the selected event (1-based), on the current screen.
-// No second peak: the "Double Peak" message, table unchanged. One undo step
-// when a peak was stored.
-DoublePeakResult AnalyzeDoublePeak(Workspace& ws, Dialogs& dialogs, int32_t eventIndex);
+// No second peak fails with the "Double Peak" message, table unchanged; so do
+// no selected event, one off the screen and improper parameters. One undo
+// step when a peak was stored.
+Outcome<DoublePeakResult> AnalyzeDoublePeak(Workspace& ws, int32_t eventIndex);
 
 // Alt+left click: the event at the clicked window index (found as a left click
 // finds it); when it has a second peak, both are stored (the first one only if
 // the table does not already hold it), as one undo step. Nothing at the point
-// gives the "No Event Found" message, no second peak the "Double Peak" one.
-DoublePeakResult DetectDoublePeakAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex);
+// fails with the "No Event Found" message, no second peak the "Double Peak" one.
+Outcome<DoublePeakResult> DetectDoublePeakAtPoint(Workspace& ws, int64_t windowIndex);
 
 struct DoublePeakScanResult {
-    bool improperParameters = false;
     int32_t eventsScanned = 0;  // rejected events (group 255) are not scanned
     int32_t peaksAdded = 0;
 };
@@ -61,6 +60,7 @@ struct DoublePeakScanResult {
 // menu_ScanDoublePeak: every event of the table, each on its own screen. The
 // second peaks found are inserted after their events as one undo step; a
 // summary message says how many events were scanned and how many peaks added.
-DoublePeakScanResult ScanDoublePeaks(Workspace& ws, Dialogs& dialogs);
+// Fails only for improper parameters.
+Outcome<DoublePeakScanResult> ScanDoublePeaks(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess

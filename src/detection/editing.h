@@ -26,6 +26,9 @@
 
 namespace vess {
 
+// What an edit changed, for the redraw. No edit here can fail: a cancelled
+// or unreadable answer simply changes nothing, so this stays a report of
+// changes rather than a command result.
 struct EditResult {
     bool changed = false;       // the table changed (an undo step was recorded)
     int32_t regrouped = 0;      // events whose group number changed

@@ -173,15 +173,10 @@ WholeFileResult DetectWholeFileByMethod(Workspace& ws, Dialogs& dialogs,
     return result;
 }
 
-PointCommandResult DetectAtPointByMethod(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
-                                         bool tenthThresholds) {
-    PointCommandResult result;
-    if (!ws.recording) return result;
-    const auto lengths = ConvertPeriodsOrWarn(ws, dialogs);
-    if (!lengths) {
-        result.improperParameters = true;
-        return result;
-    }
+Outcome<PointCommandResult> DetectAtPointByMethod(Workspace& ws, int64_t windowIndex, bool tenthThresholds) {
+    if (!ws.recording) return CommandResult::Cancelled();
+    const auto lengths = CheckedPeriods(ws);
+    if (!lengths) return lengths.status();
     MethodRun run = MethodRunFor(ws);
     if (tenthThresholds) run.threshold /= 10;
     const Screen screen = ShownScreen(ws);
@@ -203,7 +198,7 @@ PointCommandResult DetectAtPointByMethod(Workspace& ws, Dialogs& dialogs, int64_
                        : std::nullopt);
         e = MeasureDetection(det, run, onset, limit);
     }
-    return StoreClickedEvent(ws, dialogs, screen, det, e);
+    return StoreClickedEvent(ws, screen, det, e);
 }
 
 }  // namespace vess

@@ -39,7 +39,6 @@ WholeFileResult DetectWholeFileByMethod(Workspace& ws, Dialogs& dialogs,
 
 // A click: the detection nearest the clicked window index within the search
 // range centred on it (with tenthThresholds a tenth of the threshold).
-PointCommandResult DetectAtPointByMethod(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
-                                         bool tenthThresholds);
+Outcome<PointCommandResult> DetectAtPointByMethod(Workspace& ws, int64_t windowIndex, bool tenthThresholds);
 
 }  // namespace vess

@@ -237,43 +237,33 @@ NavResult Navigate(const Workspace& ws, NavCommand command) {
     return Stay(ws);
 }
 
-NavResult JumpToTime(const Workspace& ws, Dialogs& dialogs) {
+Outcome<NavResult> JumpToTime(const Workspace& ws, Dialogs& dialogs) {
     namespace t = navigation_texts;
     const ScreenGeometry g = GeometryOf(ws);
-    if (!g.HasRecording()) return Stay(ws);
+    if (!g.HasRecording()) return CommandResult::Cancelled();
     const auto entry = dialogs.Input(t::kJumpTimeCaption, t::kJumpTimePrompt);
-    if (!entry || entry->empty()) return Stay(ws);
+    if (!entry || entry->empty()) return CommandResult::Cancelled();
     const auto timeMs = ParseNumberEntry(*entry);
-    if (!timeMs) {
-        dialogs.Message(t::kJumpTimeCaption, t::kJumpTimeNotNumber);
-        return Stay(ws);
-    }
+    if (!timeMs) return CommandResult::Failed(std::string(t::kJumpTimeCaption), std::string(t::kJumpTimeNotNumber));
     const int64_t sample = TimeToSample(*timeMs, g.intervalUs);
-    if (*timeMs < 0 || sample >= int64_t(g.blockCount) * kBlockPoints) {
-        dialogs.Message(t::kJumpTimeCaption,
-                        fmt::format("{}{}{}{}{}", t::kJumpTimeOutOfRange1, *entry,
-                                    t::kJumpTimeOutOfRange2, g.DataEndMs(), t::kJumpTimeOutOfRange3));
-        return Stay(ws);
-    }
+    if (*timeMs < 0 || sample >= int64_t(g.blockCount) * kBlockPoints)
+        return CommandResult::Failed(std::string(t::kJumpTimeCaption),
+                                     fmt::format("{}{}{}{}{}", t::kJumpTimeOutOfRange1, *entry,
+                                                 t::kJumpTimeOutOfRange2, g.DataEndMs(), t::kJumpTimeOutOfRange3));
     return ToScreen(ws, g.ScreenOfSample(sample));
 }
 
-NavResult JumpToEventNumber(const Workspace& ws, Dialogs& dialogs) {
+Outcome<NavResult> JumpToEventNumber(const Workspace& ws, Dialogs& dialogs) {
     namespace t = navigation_texts;
     const int32_t count = ws.events.Count();
-    if (count == 0) {
-        dialogs.Message(t::kJumpEventCaption, t::kJumpEventNone);
-        return Stay(ws);
-    }
+    if (count == 0) return CommandResult::Failed(std::string(t::kJumpEventCaption), std::string(t::kJumpEventNone));
     const auto entry = dialogs.Input(t::kJumpEventCaption, t::kJumpEventPrompt);
-    if (!entry || entry->empty()) return Stay(ws);
+    if (!entry || entry->empty()) return CommandResult::Cancelled();
     const auto number = ParseNumberEntry(*entry);
-    if (!number || *number != std::floor(*number) || *number < 1 || *number > count) {
-        dialogs.Message(t::kJumpEventCaption,
-                        fmt::format("{}{}{}{}{}", t::kJumpEventOutOfRange1, *entry,
-                                    t::kJumpEventOutOfRange2, count, t::kJumpEventOutOfRange3));
-        return Stay(ws);
-    }
+    if (!number || *number != std::floor(*number) || *number < 1 || *number > count)
+        return CommandResult::Failed(std::string(t::kJumpEventCaption),
+                                     fmt::format("{}{}{}{}{}", t::kJumpEventOutOfRange1, *entry,
+                                                 t::kJumpEventOutOfRange2, count, t::kJumpEventOutOfRange3));
     return ShowEvent(ws, static_cast<int32_t>(*number));
 }
 

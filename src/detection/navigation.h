@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_record.h"
 #include "recording/settings.h"
@@ -19,7 +20,9 @@
 
 namespace vess {
 
-// Where the trace view stands after a command.
+// Where the trace view stands after a command. Not moving is no failure (at
+// the end of the recording there is nothing further to show), so moved stays
+// a flag; the jumps that can be refused give an Outcome of it.
 struct NavResult {
     int32_t screenStartBlock = 0;
     int32_t selectedEvent = 0;  // 1-based; 0 when none
@@ -84,14 +87,13 @@ NavResult Navigate(const Workspace& ws, NavCommand command);
 NavResult ShowEvent(const Workspace& ws, int32_t index);
 
 // Jump to Specific Time (T): asks for a time in ms and shows the screen that
-// holds it. A time that is not a number or lies outside the data gets a
-// message and the view stays. Does nothing without a recording.
-NavResult JumpToTime(const Workspace& ws, Dialogs& dialogs);
+// holds it. A time that is not a number or lies outside the data fails with
+// the message that says so. Cancelled without a recording or an answer.
+Outcome<NavResult> JumpToTime(const Workspace& ws, Dialogs& dialogs);
 
 // Jump to Event Number (Y): asks for an event number, selects it and shows
-// its screen. An empty table, a non-number or a number out of range gets a
-// message and the view stays.
-NavResult JumpToEventNumber(const Workspace& ws, Dialogs& dialogs);
+// its screen. An empty table, a non-number or a number out of range fails.
+Outcome<NavResult> JumpToEventNumber(const Workspace& ws, Dialogs& dialogs);
 
 // Group navigation box (cbGpNav): item i is GroupNavigate = i; item 0 is
 // "All groups" (every group other than 0), items 1..255 one group each.

@@ -24,6 +24,11 @@ std::string Report(const Recording& rec, const NoiseMeasure& m) {
                        InUnits(rec, m.rmsUnits), detection_texts::kPointsLabel, m.points);
 }
 
+// Every sample of the screen lies inside a stored event.
+CommandResult NoQuietTrace(std::string_view caption) {
+    return CommandResult::Failed(std::string(caption), std::string(detection_texts::kNoQuietTraceText));
+}
+
 }  // namespace
 
 NoiseMeasure MeasureScreenNoise(const Screen& screen, const EventTable& events) {
@@ -65,13 +70,10 @@ NoiseMeasure MeasureScreenNoise(const Screen& screen, const EventTable& events) 
     return m;
 }
 
-NoiseMeasure ShowRmsNoise(Workspace& ws, Dialogs& dialogs) {
-    if (!ws.recording) return {};
+Outcome<NoiseMeasure> ShowRmsNoise(Workspace& ws, Dialogs& dialogs) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const NoiseMeasure m = MeasureScreenNoise(ShownScreen(ws), ws.events);
-    if (!m.valid) {
-        dialogs.Message(detection_texts::kRmsNoiseCaption, detection_texts::kNoQuietTraceText);
-        return m;
-    }
+    if (!m.valid) return NoQuietTrace(detection_texts::kRmsNoiseCaption);
     dialogs.Message(detection_texts::kRmsNoiseCaption,
                     fmt::format("{}{}\n{}{}", detection_texts::kRmsNoiseLabel,
                                 InUnits(*ws.recording, m.rmsUnits), detection_texts::kPointsLabel,
@@ -79,14 +81,11 @@ NoiseMeasure ShowRmsNoise(Workspace& ws, Dialogs& dialogs) {
     return m;
 }
 
-BaselineThresholdResult BaselineThreshold(Workspace& ws, Dialogs& dialogs) {
+Outcome<BaselineThresholdResult> BaselineThreshold(Workspace& ws, Dialogs& dialogs) {
     BaselineThresholdResult result;
-    if (!ws.recording) return result;
+    if (!ws.recording) return CommandResult::Cancelled();
     result.noise = MeasureScreenNoise(ShownScreen(ws), ws.events);
-    if (!result.noise.valid) {
-        dialogs.Message(detection_texts::kBaselineThresholdCaption, detection_texts::kNoQuietTraceText);
-        return result;
-    }
+    if (!result.noise.valid) return NoQuietTrace(detection_texts::kBaselineThresholdCaption);
     result.suggestedThreshold = static_cast<float>(kThresholdNoiseMultiple * result.noise.rmsUnits);
     const std::string text =
         fmt::format("{}\n{}{}\n\n{}", Report(*ws.recording, result.noise),

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
 #include "recording/screen.h"
@@ -30,8 +31,9 @@ struct NoiseMeasure {
 NoiseMeasure MeasureScreenNoise(const Screen& screen, const EventTable& events);
 
 // menu_RMSNoise: the RMS noise of the current screen in the channel's units,
-// shown in a message. Nothing happens without a recording.
-NoiseMeasure ShowRmsNoise(Workspace& ws, Dialogs& dialogs);
+// shown in a message. Nothing happens without a recording (cancelled); a
+// screen with no sample outside the events fails.
+Outcome<NoiseMeasure> ShowRmsNoise(Workspace& ws, Dialogs& dialogs);
 
 struct BaselineThresholdResult {
     NoiseMeasure noise;
@@ -41,7 +43,7 @@ struct BaselineThresholdResult {
 
 // menu_BaselineThreshold: measures the baseline level and the RMS noise of the
 // current screen, shows them with the suggested threshold and asks (Yes/No)
-// whether to use it as ThresholdAmplitude.
-BaselineThresholdResult BaselineThreshold(Workspace& ws, Dialogs& dialogs);
+// whether to use it as ThresholdAmplitude. Fails as ShowRmsNoise does.
+Outcome<BaselineThresholdResult> BaselineThreshold(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess

@@ -8,16 +8,19 @@
 
 namespace vess {
 
-PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
-                                 bool tenthThresholds) {
-    PointCommandResult result;
-    if (!ws.recording) return result;
-    if (UsesFilteringMethod(ws)) return DetectAtPointByMethod(ws, dialogs, windowIndex, tenthThresholds);
-    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
-    if (!len) {
-        result.improperParameters = true;
-        return result;
-    }
+namespace {
+
+CommandResult Refused(std::string_view caption, std::string_view text) {
+    return CommandResult::Failed(std::string(caption), std::string(text));
+}
+
+}  // namespace
+
+Outcome<PointCommandResult> DetectAtPoint(Workspace& ws, int64_t windowIndex, bool tenthThresholds) {
+    if (!ws.recording) return CommandResult::Cancelled();
+    if (UsesFilteringMethod(ws)) return DetectAtPointByMethod(ws, windowIndex, tenthThresholds);
+    const auto len = CheckedPeriods(ws);
+    if (!len) return len.status();
     AnalysisParameters params = ws.params();
     if (tenthThresholds) {
         params.ThresholdAmplitude /= 10;
@@ -26,16 +29,13 @@ PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t window
     const Screen screen = ShownScreen(ws);
     const Detector det(screen, params, *len);
     const int64_t from = windowIndex - len->searchLen / 2;
-    return StoreClickedEvent(ws, dialogs, screen, det, det.Measure(det.FindMax(from, len->searchLen)));
+    return StoreClickedEvent(ws, screen, det, det.Measure(det.FindMax(from, len->searchLen)));
 }
 
-PointCommandResult StoreClickedEvent(Workspace& ws, Dialogs& dialogs, const Screen& screen,
-                                     const Detector& det, const std::optional<MeasuredEvent>& e) {
+Outcome<PointCommandResult> StoreClickedEvent(Workspace& ws, const Screen& screen, const Detector& det,
+                                              const std::optional<MeasuredEvent>& e) {
     PointCommandResult result;
-    if (!e) {
-        dialogs.Message(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
-        return result;
-    }
+    if (!e) return Refused(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
     if (!ws.events.Empty() && ws.events.Last().time == screen.CalculateTime(e->peak)) return result;
     ws.history.Checkpoint(ws.events, "Detect event");
     ws.events.Append(det.MakeRecord(*e));
@@ -44,32 +44,21 @@ PointCommandResult StoreClickedEvent(Workspace& ws, Dialogs& dialogs, const Scre
     return result;
 }
 
-PointCommandResult RecalculateEvent(Workspace& ws, Dialogs& dialogs, int32_t eventIndex) {
+Outcome<PointCommandResult> RecalculateEvent(Workspace& ws, int32_t eventIndex) {
     PointCommandResult result;
-    if (!ws.recording) return result;
-    if (!ws.events.HasRow(eventIndex)) {
-        dialogs.Message(detection_texts::kNoEventSelectedCaption,
-                        detection_texts::kNoEventSelectedText);
-        return result;
-    }
-    const auto len = ConvertPeriodsOrWarn(ws, dialogs);
-    if (!len) {
-        result.improperParameters = true;
-        return result;
-    }
+    if (!ws.recording) return CommandResult::Cancelled();
+    if (!ws.events.HasRow(eventIndex))
+        return Refused(detection_texts::kNoEventSelectedCaption, detection_texts::kNoEventSelectedText);
+    const auto len = CheckedPeriods(ws);
+    if (!len) return len.status();
     const Screen screen = ShownScreen(ws);
     const EventRecord old = ws.events[eventIndex];
     const int64_t peak = int64_t(old.sampleIndex) - screen.AbsoluteIndex(0);
-    if (peak < 0 || peak >= screen.WindowLen()) {
-        dialogs.Message(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
-        return result;
-    }
+    if (peak < 0 || peak >= screen.WindowLen())
+        return Refused(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> e = det.Measure({peak, det.GetAverageValue(peak)});
-    if (!e) {
-        dialogs.Message(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
-        return result;
-    }
+    if (!e) return Refused(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
     EventRecord r = det.MakeRecord(*e);
     r.group = old.group;
     r.burstNumber = old.burstNumber;

@@ -7,13 +7,14 @@
 #include <vector>
 
 #include "detection/analyze_window.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/workspace.h"
 
 namespace vess {
 
+// What a point command changed; why it did nothing is its Outcome's failure.
 struct PointCommandResult {
-    bool improperParameters = false;
     int32_t eventIndex = 0;             // 1-based row stored or changed; 0 when none
     std::vector<DetectionMark> marks;   // four when an event was stored or changed
 };
@@ -22,20 +23,21 @@ struct PointCommandResult {
 // candidate, measured as in AnalyzeWindow and stored (with the same
 // duplicate guard) as one undo step. With tenthThresholds the amplitude and
 // area thresholds are divided by 10. A click where nothing passes the tests
-// says so.
-PointCommandResult DetectAtPoint(Workspace& ws, Dialogs& dialogs, int64_t windowIndex,
-                                 bool tenthThresholds = false);
+// fails with "No Event Found", as do improper parameters with their message;
+// cancelled without a recording.
+Outcome<PointCommandResult> DetectAtPoint(Workspace& ws, int64_t windowIndex, bool tenthThresholds = false);
 
 class Detector;
-// The end of every click detection: says so when nothing was found, else
+// The end of every click detection: fails when nothing was found, else
 // stores the event (unless it repeats the last stored time) as one undo step
 // and marks it.
-PointCommandResult StoreClickedEvent(Workspace& ws, Dialogs& dialogs, const Screen& screen,
-                                     const Detector& det, const std::optional<MeasuredEvent>& e);
+Outcome<PointCommandResult> StoreClickedEvent(Workspace& ws, const Screen& screen, const Detector& det,
+                                              const std::optional<MeasuredEvent>& e);
 
 // menu_RecalculatePeak: measures event eventIndex (1-based) again on the
 // current screen from its stored peak, with the current parameters, and
-// replaces its measurements in place (group and burst numbers kept).
-PointCommandResult RecalculateEvent(Workspace& ws, Dialogs& dialogs, int32_t eventIndex);
+// replaces its measurements in place (group and burst numbers kept). Fails
+// for no selected event, an event off the screen or nothing measured there.
+Outcome<PointCommandResult> RecalculateEvent(Workspace& ws, int32_t eventIndex);
 
 }  // namespace vess

@@ -135,16 +135,16 @@ std::string ResetQuestion(int32_t count) {
     return detection_texts::kResetBefore + std::to_string(count) + detection_texts::kResetAfter;
 }
 
-bool ResetEvents(Workspace& ws, Dialogs& dialogs, bool noConfirmation) {
+CommandResult ResetEvents(Workspace& ws, Dialogs& dialogs, bool noConfirmation) {
     if (!ws.events.Empty()) {
         if (!noConfirmation &&
             !dialogs.AskOkCancel(detection_texts::kResetCaption, ResetQuestion(ws.events.Count())))
-            return false;
+            return CommandResult::Cancelled();
         ws.history.Checkpoint(ws.events, kUndoReset);
     }
     ws.events.Clear();
     ws.selectedEvent = 0;
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

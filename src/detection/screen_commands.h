@@ -9,6 +9,7 @@
 #include <string>
 
 #include "detection/analyze_window.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/screen.h"
 #include "recording/screen_read_ahead.h"
@@ -85,8 +86,8 @@ private:
 
 // Command5: erases every event. A table with events asks first (OK/Cancel,
 // Cancel the default) unless noConfirmation is set; an empty table is cleared
-// without a question. Returns whether the table was erased.
-bool ResetEvents(Workspace& ws, Dialogs& dialogs, bool noConfirmation = false);
+// without a question. Done when the table was erased, cancelled on Cancel.
+CommandResult ResetEvents(Workspace& ws, Dialogs& dialogs, bool noConfirmation = false);
 // The question asked by ResetEvents for count events.
 std::string ResetQuestion(int32_t count);
 

@@ -172,7 +172,7 @@ CommandResult SaveGroupCustomSettingsCommand(const GroupAnalysisSettings& settin
     const auto path = ChooseSavePath(
         dialogs, {"", Str(vess::texts::kCustomSettingsFilter), Str(vess::texts::kCustomSettingsExtension), ""},
         ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return CommandResult::FromError(Str(vess::texts::kCustomSettingsFilter), SaveGroupSettings(*path, settings));
 }
 

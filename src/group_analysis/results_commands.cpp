@@ -147,12 +147,10 @@ CommandResult LoadResultsCommand(ResultsTable& table, Dialogs& dialogs) {
     return PlaceLoadedResults(table, dialogs, *name, ReadResultsFile(*name));
 }
 
-bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
-                             DataArray& array, int arrayNumber, Dialogs& dialogs) {
-    if (table.Empty()) {
-        dialogs.Message(Str(texts::kDoneFillingCaption), Str(texts::kNoResultsToPutText));
-        return false;
-    }
+CommandResult PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
+                                      DataArray& array, int arrayNumber, Dialogs& dialogs) {
+    if (table.Empty())
+        return CommandResult::Failed(Str(texts::kDoneFillingCaption), Str(texts::kNoResultsToPutText));
     std::vector<float> values;
     // Cells that were not measured are not data.
     for (const ResultBytes& row : table.Rows())
@@ -163,7 +161,7 @@ bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& colu
     if (array.Empty()) array.Assign(values);
     else array.Append(values);
     dialogs.Message(Str(texts::kDoneFillingCaption), texts::DoneFillingText(int(values.size())));
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess::group

@@ -62,8 +62,9 @@ CommandResult PlaceLoadedResults(ResultsTable& table, Dialogs& dialogs, const st
                                  std::optional<std::vector<ResultBytes>> rows);
 
 // menu_Put2Array1 / menu_Put2Array2: the column's values into work array 1
-// or 2, asking whether to clear an array that holds data first.
-bool PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
-                             DataArray& array, int arrayNumber, Dialogs& dialogs);
+// or 2, asking whether to clear an array that holds data first; fails when
+// there are no results.
+CommandResult PutColumnToArrayCommand(const ResultsTable& table, const ResultColumn& column,
+                                      DataArray& array, int arrayNumber, Dialogs& dialogs);
 
 }  // namespace vess::group

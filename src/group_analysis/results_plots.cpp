@@ -45,17 +45,16 @@ std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& 
     return v;
 }
 
-std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values, const std::string& name,
-                                               bool cumulative, Dialogs& dialogs) {
-    if (values.empty()) return std::nullopt;
+Outcome<PlotData> ValuesHistogramCommand(const std::vector<double>& values, const std::string& name,
+                                         bool cumulative, Dialogs& dialogs) {
+    if (values.empty()) return CommandResult::Cancelled();
     const auto bin = AskNumber(dialogs, texts::kBinSizeCaption, texts::BinSizePrompt(name), "1");
-    if (!bin || *bin <= 0) return std::nullopt;
+    if (!bin || *bin <= 0) return CommandResult::Cancelled();
     const HistogramPlot h = MakeHistogram(
         cumulative ? HistogramKind::CumulativeBins : HistogramKind::Frequency, values, *bin, name, "");
     if (h.tooManyBins) {
         const auto [lo, hi] = std::minmax_element(values.begin(), values.end());
-        dialogs.Message(Str(stats_texts::kTooManyBinsCaption), texts::TooManyBinsText(*lo, *hi, *bin));
-        return std::nullopt;
+        return CommandResult::Failed(Str(stats_texts::kTooManyBinsCaption), texts::TooManyBinsText(*lo, *hi, *bin));
     }
     PlotData plot = h.plot;
     plot.title = Str(cumulative ? texts::kCumulativeFraction : texts::kFrequencyHistogram);
@@ -65,26 +64,25 @@ std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values
     return plot;
 }
 
-std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
-                                               bool cumulative, Dialogs& dialogs) {
+Outcome<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
+                                         bool cumulative, Dialogs& dialogs) {
     return ValuesHistogramCommand(ColumnValues(table, column), Str(column.title), cumulative, dialogs);
 }
 
-std::optional<PlotData> DataArrayHistogramCommand(const DataArray& array, int arrayNumber, Dialogs& dialogs) {
+Outcome<PlotData> DataArrayHistogramCommand(const DataArray& array, int arrayNumber, Dialogs& dialogs) {
     if (array.Empty()) {
-        dialogs.Message(st::EmptyOneArrayCaption(arrayNumber), st::EmptyOneArrayText(arrayNumber));
-        return std::nullopt;
+        return CommandResult::Failed(st::EmptyOneArrayCaption(arrayNumber), st::EmptyOneArrayText(arrayNumber));
     }
     return ValuesHistogramCommand(array.ValuesAsDouble(), texts::DataArrayName(arrayNumber), false, dialogs);
 }
 
-std::optional<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,
-                                          Dialogs& dialogs) {
+Outcome<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,
+                                    Dialogs& dialogs) {
     const auto values = ColumnValues(table, column);
-    if (values.empty()) return std::nullopt;
+    if (values.empty()) return CommandResult::Cancelled();
     const auto first = AskNumber(dialogs, texts::kNormalizeFirstCaption,
                                  Str(texts::kNormalizeFirstPrompt), "0");
-    if (!first) return std::nullopt;
+    if (!first) return CommandResult::Cancelled();
     const auto n = std::size_t(std::clamp<double>(*first, 0, double(values.size())));
     double mean = 0;
     for (std::size_t i = 0; i < n; ++i) mean += values[i] / double(n);

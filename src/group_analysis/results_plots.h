@@ -10,6 +10,7 @@
 #include "graphs/plot_data.h"
 #include "group_analysis/fluctuation.h"
 #include "group_analysis/result_row.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "statistics/descriptive.h"
 
@@ -23,19 +24,20 @@ std::vector<double> ColumnValues(const ResultsTable& table, const ResultColumn& 
 
 // The window's Histogram procedure: asks the bin size for name and draws the
 // values' frequency (or cumulative) histogram, its series called name;
-// nothing when there are no values, or cancelled, or refused by the bin rule.
-std::optional<PlotData> ValuesHistogramCommand(const std::vector<double>& values, const std::string& name,
-                                               bool cumulative, Dialogs& dialogs);
+// cancelled when there are no values or the question was cancelled, failed
+// when the bin rule refuses the size.
+Outcome<PlotData> ValuesHistogramCommand(const std::vector<double>& values, const std::string& name,
+                                         bool cumulative, Dialogs& dialogs);
 // The same for a results column.
-std::optional<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
-                                               bool cumulative, Dialogs& dialogs);
+Outcome<PlotData> ResultHistogramCommand(const ResultsTable& table, const ResultColumn& column,
+                                         bool cumulative, Dialogs& dialogs);
 // menu_Plot: the frequency histogram of work array 1 or 2 ("Data Array #1"
-// or "#2"); an empty array gets the statistics' empty-array message.
-std::optional<PlotData> DataArrayHistogramCommand(const DataArray& array, int arrayNumber, Dialogs& dialogs);
+// or "#2"); an empty array fails with the statistics' empty-array message.
+Outcome<PlotData> DataArrayHistogramCommand(const DataArray& array, int arrayNumber, Dialogs& dialogs);
 // Asks how many first points to normalise to (0: none) and plots the column
 // against "Event #", divided by the mean of those points.
-std::optional<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,
-                                          Dialogs& dialogs);
+Outcome<PlotData> TimeCourseCommand(const ResultsTable& table, const ResultColumn& column,
+                                    Dialogs& dialogs);
 PlotData ScatterPlot(const ResultsTable& table, const ResultColumn& x, const ResultColumn& y,
                      const std::optional<ResultColumn>& z = std::nullopt);
 PlotData VarianceMeanPlot(const FluctuationResult& result, const std::string& units);

@@ -45,46 +45,43 @@ int WholeEntryOr(std::string_view entry, int previous, int lo, int hi) {
     return v && *v == std::floor(*v) ? int(*v) : previous;
 }
 
-bool RemoveTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace, Dialogs& dialogs) {
-    if (set.Empty()) return false;
+CommandResult RemoveTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace) {
+    if (set.Empty()) return CommandResult::Cancelled();
     if (trace == 0) {
-        dialogs.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRemoveAverage));
-        return false;
+        return CommandResult::Failed(Str(texts::kAverageTraceCaption), Str(texts::kCannotRemoveAverage));
     }
     const auto e = EventOfTrace(ws, set, trace);
-    if (!e) return false;
+    if (!e) return CommandResult::Cancelled();
     ws.history.Checkpoint(ws.events, "Remove trace from its group");
     ws.events[*e].group = 0;
-    return true;
+    return CommandResult::Ok();
 }
 
-bool RegroupTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace, int shownGroup,
-                         Dialogs& dialogs) {
-    if (set.Empty()) return false;
+CommandResult RegroupTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace, int shownGroup,
+                                  Dialogs& dialogs) {
+    if (set.Empty()) return CommandResult::Cancelled();
     if (trace == 0) {
-        dialogs.Message(Str(texts::kAverageTraceCaption), Str(texts::kCannotRegroupAverage));
-        return false;
+        return CommandResult::Failed(Str(texts::kAverageTraceCaption), Str(texts::kCannotRegroupAverage));
     }
     const auto e = EventOfTrace(ws, set, trace);
-    if (!e) return false;
+    if (!e) return CommandResult::Cancelled();
     const auto answer = dialogs.Input(Str(texts::kGroupNumberCaption), Str(texts::kRegroupPrompt),
                                       std::to_string(shownGroup + 1));
     const auto group = ParseGroupEntry(answer ? std::optional<std::string_view>(*answer) : std::nullopt);
-    if (!group) return false;
+    if (!group) return CommandResult::Cancelled();
     ws.history.Checkpoint(ws.events, "Regroup trace");
     ws.events[*e].group = uint8_t(*group);
-    return true;
+    return CommandResult::Ok();
 }
 
-std::optional<int32_t> JumpTargetCommand(const TraceSet& set, AnalysisType shown, Dialogs& dialogs) {
-    if (set.Empty()) return std::nullopt;
+Outcome<int32_t> JumpTargetCommand(const TraceSet& set, AnalysisType shown, Dialogs& dialogs) {
+    if (set.Empty()) return CommandResult::Cancelled();
     if (!IsIndividualType(shown) && !IsAverageType(shown)) {
-        dialogs.Message(Str(texts::kWindowCaption), Str(texts::kOnlyIndividualOrAverage));
-        return std::nullopt;
+        return CommandResult::Failed(Str(texts::kWindowCaption), Str(texts::kOnlyIndividualOrAverage));
     }
     const auto answer = dialogs.Input(Str(texts::kJumpCaption), texts::JumpPrompt(set.count));
     const auto number = answer ? ParseNumberEntry(*answer) : std::nullopt;
-    if (!number) return std::nullopt;
+    if (!number) return CommandResult::Cancelled();
     return int32_t(std::clamp(std::round(*number), 0.0, double(set.count)));
 }
 

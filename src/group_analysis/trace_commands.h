@@ -17,6 +17,7 @@
 #include "group_analysis/group_settings.h"
 #include "group_analysis/result_row.h"
 #include "group_analysis/trace_set.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -33,18 +34,20 @@ double NumberEntryOr(std::string_view entry, double previous, double lo, double 
 int WholeEntryOr(std::string_view entry, int previous, int lo, int hi);
 
 // menu_trace_remove (K): the event of trace k >= 1 leaves its group, as one
-// undoable change; trace 0 is refused with a message. True when the events
-// changed, so that the set is built again.
-bool RemoveTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace, Dialogs& dialogs);
+// undoable change; trace 0 is refused with a message. Done when the events
+// changed, so that the set is built again; cancelled when there is no such
+// trace.
+CommandResult RemoveTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace);
 // menu_trace_regroup (U): asks for the group (offering the shown group + 1)
 // and gives it to the event of trace k >= 1; a cancelled or unreadable
-// answer, or one outside 0..255, changes nothing.
-bool RegroupTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace, int shownGroup,
-                         Dialogs& dialogs);
-// Y: asks for a trace number 0..N; nothing when cancelled or unreadable,
+// answer, or one outside 0..255, changes nothing (cancelled); trace 0 is
+// refused as for remove.
+CommandResult RegroupTraceCommand(Workspace& ws, const TraceSet& set, int32_t trace, int shownGroup,
+                                  Dialogs& dialogs);
+// Y: asks for a trace number 0..N; cancelled when cancelled or unreadable,
 // the number clamped to 0..N otherwise. Needs an individual or average
-// display and says so otherwise.
-std::optional<int32_t> JumpTargetCommand(const TraceSet& set, AnalysisType shown, Dialogs& dialogs);
+// display and fails otherwise.
+Outcome<int32_t> JumpTargetCommand(const TraceSet& set, AnalysisType shown, Dialogs& dialogs);
 
 // The auto-reject boxes as the user set them.
 struct RejectChoice {

@@ -60,32 +60,30 @@ std::optional<double> AskNormalization(Dialogs& dialogs) {
     return AskNumber(dialogs, Str(texts::kNormalizeCaption), Str(texts::kNormalizePrompt), "1");
 }
 
-std::optional<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale,
-                                         const std::string& fileName, int group, Dialogs& dialogs) {
-    if (set.Empty()) return std::nullopt;
+Outcome<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale, const std::string& fileName,
+                                   int group, Dialogs& dialogs) {
+    if (set.Empty()) return CommandResult::Cancelled();
     const auto which = AskNumber(dialogs, Str(texts::kCopyTraceCaption), texts::CopyTracePrompt(set.count), "0");
-    if (!which) return std::nullopt;
+    if (!which) return CommandResult::Cancelled();
     const auto t = int32_t(std::clamp(std::trunc(*which), 0.0, double(set.count)));
     const auto factor = AskNormalization(dialogs);
-    if (!factor) return std::nullopt;
+    if (!factor) return CommandResult::Cancelled();
     return CurveText(TraceCurve(set, scale, t, GroupAnalysisHeader(fileName, group, t)), scale.units, *factor);
 }
 
-std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve, const std::string& units,
-                                         Dialogs& dialogs) {
-    if (!curve || curve->values.empty()) {
-        dialogs.Message(Str(texts::kCurveDataCaption), Str(texts::kNoResultCurve));
-        return std::nullopt;
-    }
+Outcome<std::string> CurveDataText(const std::optional<ResultCurve>& curve, const std::string& units,
+                                   Dialogs& dialogs) {
+    if (!curve || curve->values.empty())
+        return CommandResult::Failed(Str(texts::kCurveDataCaption), Str(texts::kNoResultCurve));
     const auto factor = AskNormalization(dialogs);
-    if (!factor) return std::nullopt;
+    if (!factor) return CommandResult::Cancelled();
     return CurveText(*curve, units, *factor);
 }
 
 CommandResult SaveTextFileCommand(const std::string& text, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, {"", Str(vess::texts::kTextFileFilter), Str(vess::texts::kTextFileExtension), ""}, ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return CommandResult::FromError(Str(texts::kWindowCaption), WriteFileAtomic(*path, text));
 }
 

@@ -45,13 +45,13 @@ std::string CurveText(const ResultCurve& curve, const std::string& units, double
 std::optional<double> AskNormalization(Dialogs& dialogs);
 
 // menu_copydata / menu_saveascii: asks which trace (0 = the average) and
-// the factor, and gives that trace's text; nothing for an empty set.
-std::optional<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale,
-                                         const std::string& fileName, int group, Dialogs& dialogs);
+// the factor, and gives that trace's text; cancelled for an empty set.
+Outcome<std::string> TraceDataText(const TraceSet& set, const UnitScale& scale, const std::string& fileName,
+                                   int group, Dialogs& dialogs);
 // menu_extractcurvedata / menu_savecurvedata: asks the factor and gives the
-// result curve's text; without a curve it says so and gives nothing.
-std::optional<std::string> CurveDataText(const std::optional<ResultCurve>& curve,
-                                         const std::string& units, Dialogs& dialogs);
+// result curve's text; fails without a curve.
+Outcome<std::string> CurveDataText(const std::optional<ResultCurve>& curve, const std::string& units,
+                                   Dialogs& dialogs);
 
 // Asks for a "Text File (*.txt)" name, asks before replacing an existing
 // file, and writes the text.

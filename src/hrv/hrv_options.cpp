@@ -7,6 +7,7 @@
 
 #include "hrv/texts.h"
 #include "recording/file_io.h"
+#include "recording/save_path.h"
 #include "recording/texts.h"
 
 namespace vess::hrv {
@@ -80,19 +81,15 @@ void GeometricOptionsToIni(const HrvOptions& o, IniFile& ini) {
     ini.Set(texts::kSection, texts::kKeyLowerBound, Number(o.lowerBoundMs));
 }
 
-bool SaveHrvOptionsCommand(const std::filesystem::path& iniPath, const HrvOptions& options,
-                           HrvWindow window, Dialogs& dialogs) {
+CommandResult SaveHrvOptionsCommand(const std::filesystem::path& iniPath, const HrvOptions& options,
+                                    HrvWindow window, Dialogs& dialogs) {
     IniFile ini = IniFile::Load(iniPath);
     if (window == HrvWindow::TimeDomain) TimeDomainOptionsToIni(options, ini);
     else GeometricOptionsToIni(options, ini);
-    const std::string error = ini.Save(iniPath);
-    if (!error.empty()) {
-        dialogs.Message(std::string(vess::texts::kFileErrorCaption), error);
-        return false;
-    }
+    if (CommandResult saved = WriteResult(ini.Save(iniPath)); !saved) return saved;
     dialogs.Message(std::string(vess::texts::kSettingsSavedCaption),
                     std::string(vess::texts::kSettingsSavedText));
-    return true;
+    return CommandResult::Ok();
 }
 
 HrvOptions ApplyPreset(HrvOptions options, Preset preset, double intervalUs) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/ini_file.h"
 
@@ -36,10 +37,11 @@ void TimeDomainOptionsToIni(const HrvOptions& options, IniFile& ini);
 // The four keys of the geometric window (bin sizes and bounds).
 void GeometricOptionsToIni(const HrvOptions& options, IniFile& ini);
 // "Save Options": writes the window's keys into the settings file, keeping
-// everything else, and says so ("Settings Saved"). False when writing failed.
+// everything else, and says so ("Settings Saved"). Fails under "File Error"
+// when writing failed.
 enum class HrvWindow { TimeDomain, Geometric };
-bool SaveHrvOptionsCommand(const std::filesystem::path& iniPath, const HrvOptions& options,
-                           HrvWindow window, Dialogs& dialogs);
+CommandResult SaveHrvOptionsCommand(const std::filesystem::path& iniPath, const HrvOptions& options,
+                                    HrvWindow window, Dialogs& dialogs);
 
 // Presets: bounds and segment length for a species. The segment length is a
 // time, turned into sample points for the recording's interval.

@@ -16,46 +16,45 @@ namespace {
 
 std::string S(std::string_view v) { return std::string(v); }
 
-// Every interval of the events, once they are in time order; nothing when
+// Every interval of the events, once they are in time order; cancelled when
 // the user keeps them out of order or there are fewer than two beats.
-std::optional<BoundedRR> Intervals(Workspace& ws, Dialogs& dialogs) {
-    if (!EnsureTimeOrder(ws, dialogs) || ws.events.Count() < 2) return std::nullopt;
+Outcome<BoundedRR> Intervals(Workspace& ws, Dialogs& dialogs) {
+    if (!EnsureTimeOrder(ws, dialogs) || ws.events.Count() < 2) return CommandResult::Cancelled();
     return AllIntervals(WorkspaceBeatTimesMs(ws));
 }
 
-std::optional<PlotData> AskAndBin(Dialogs& dialogs, const std::vector<double>& values,
-                                  std::string_view series) {
+Outcome<PlotData> AskAndBin(Dialogs& dialogs, const std::vector<double>& values, std::string_view series) {
     const auto bin = AskBinSize(dialogs, stats_texts::BinSizeText(S(series), S(texts::kMsecUnit)));
-    if (!bin) return std::nullopt;
+    if (!bin) return CommandResult::Cancelled();
     auto plot = HistogramPlot(values, *bin, series);
-    if (!plot) TellTooManyBins(dialogs);
-    return plot;
+    if (!plot) return TooManyBins();
+    return std::move(*plot);
 }
 
 }  // namespace
 
-std::optional<PlotData> RRHistogramCommand(Workspace& ws, Dialogs& dialogs) {
+Outcome<PlotData> RRHistogramCommand(Workspace& ws, Dialogs& dialogs) {
     const auto rr = Intervals(ws, dialogs);
-    if (!rr) return std::nullopt;
+    if (!rr) return rr.status();
     return AskAndBin(dialogs, rr->rrMs, texts::kRRSeries);
 }
 
-std::optional<PlotData> DeltaRRHistogramCommand(Workspace& ws, Dialogs& dialogs) {
+Outcome<PlotData> DeltaRRHistogramCommand(Workspace& ws, Dialogs& dialogs) {
     const auto rr = Intervals(ws, dialogs);
-    if (!rr || rr->pairs.empty()) return std::nullopt;
+    if (!rr || rr->pairs.empty()) return CommandResult::Cancelled();
     return AskAndBin(dialogs, rr->DeltaMs(), texts::kDeltaRRSeries);
 }
 
-std::optional<PlotData> LorenzPlotCommand(Workspace& ws, Dialogs& dialogs) {
+Outcome<PlotData> LorenzPlotCommand(Workspace& ws, Dialogs& dialogs) {
     const auto rr = Intervals(ws, dialogs);
-    if (!rr || rr->pairs.empty()) return std::nullopt;
+    if (!rr || rr->pairs.empty()) return CommandResult::Cancelled();
     const LorenzMeasures m = AnalyseLorenz(rr->pairs);
     return LorenzPlot(rr->pairs, MainLorenzAxes(), &m);
 }
 
-std::optional<PlotData> TachogramPlotCommand(Workspace& ws, Dialogs& dialogs) {
+Outcome<PlotData> TachogramPlotCommand(Workspace& ws, Dialogs& dialogs) {
     const auto rr = Intervals(ws, dialogs);
-    if (!rr) return std::nullopt;
+    if (!rr) return rr.status();
     return TachogramPlot(rr->beatNumber, rr->rrMs, MainTachogramAxes());
 }
 

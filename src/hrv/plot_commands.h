@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "graphs/plot_data.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -16,11 +17,11 @@ namespace vess::hrv {
 
 // The bin question of the histograms ("Bin Size"; an empty answer or 0
 // stops), the bin rule with its limit ("Too many bins"), then the plot.
-// Nothing when a question was cancelled, a message shown or there are too
-// few beats.
-std::optional<PlotData> RRHistogramCommand(Workspace& ws, Dialogs& dialogs);
-std::optional<PlotData> DeltaRRHistogramCommand(Workspace& ws, Dialogs& dialogs);
-std::optional<PlotData> LorenzPlotCommand(Workspace& ws, Dialogs& dialogs);
-std::optional<PlotData> TachogramPlotCommand(Workspace& ws, Dialogs& dialogs);
+// Cancelled when a question was cancelled or there are too few beats;
+// failed for too many bins.
+Outcome<PlotData> RRHistogramCommand(Workspace& ws, Dialogs& dialogs);
+Outcome<PlotData> DeltaRRHistogramCommand(Workspace& ws, Dialogs& dialogs);
+Outcome<PlotData> LorenzPlotCommand(Workspace& ws, Dialogs& dialogs);
+Outcome<PlotData> TachogramPlotCommand(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess::hrv

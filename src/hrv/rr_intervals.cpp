@@ -30,13 +30,13 @@ bool InTimeOrder(const EventTable& events) {
                           [](const EventRecord& a, const EventRecord& b) { return a.time < b.time; });
 }
 
-bool EnsureTimeOrder(Workspace& ws, Dialogs& dialogs) {
-    if (InTimeOrder(ws.events)) return true;
+CommandResult EnsureTimeOrder(Workspace& ws, Dialogs& dialogs) {
+    if (InTimeOrder(ws.events)) return CommandResult::Ok();
     if (!dialogs.AskYesNo(std::string(texts::kSortEventsCaption), std::string(texts::kSortEventsText)))
-        return false;
+        return CommandResult::Cancelled();
     ws.history.Checkpoint(ws.events, "Sort events by time");
     ws.events.Sort(EventField::Time);
-    return true;
+    return CommandResult::Ok();
 }
 
 std::vector<double> Differences(std::span<const double> values) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
 
@@ -26,8 +27,8 @@ std::vector<double> BeatTimesMs(const EventTable& events, double intervalUs = 0)
 std::vector<double> WorkspaceBeatTimesMs(const Workspace& ws);
 bool InTimeOrder(const EventTable& events);
 // Asks "Sort Events" when the events are not in time order and sorts them on
-// Yes (a change the user can undo). False when they stay out of order.
-bool EnsureTimeOrder(Workspace& ws, Dialogs& dialogs);
+// Yes (a change the user can undo). Cancelled when they stay out of order.
+CommandResult EnsureTimeOrder(Workspace& ws, Dialogs& dialogs);
 
 // Successive differences: n values give n - 1.
 std::vector<double> Differences(std::span<const double> values);

@@ -46,25 +46,25 @@ int RejectShortIntervals(EventTable& events, double maxIntervalMs) {
     return rejected;
 }
 
-bool ScanMissingBeatsCommand(Workspace& ws, Dialogs& dialogs) {
-    if (!EnsureTimeOrder(ws, dialogs)) return false;
+CommandResult ScanMissingBeatsCommand(Workspace& ws, Dialogs& dialogs) {
+    if (CommandResult sorted = EnsureTimeOrder(ws, dialogs); !sorted) return sorted;
     const auto limit = AskLimit(dialogs, texts::kMissingBeatsCaption, texts::kMissingBeatsPrompt,
                                 texts::kMissingBeatsDefault);
-    if (!limit) return false;
+    if (!limit) return CommandResult::Cancelled();
     ws.history.Checkpoint(ws.events, "Scan for missing beats");
     const int count = MarkMissingBeats(ws.events, *limit);
     dialogs.Message(S(texts::kSearchFinishedCaption), texts::MissingBeatsReport(count));
-    return true;
+    return CommandResult::Ok();
 }
 
-bool ScanRejectRRIntervalsCommand(Workspace& ws, Dialogs& dialogs) {
-    if (!EnsureTimeOrder(ws, dialogs)) return false;
+CommandResult ScanRejectRRIntervalsCommand(Workspace& ws, Dialogs& dialogs) {
+    if (CommandResult sorted = EnsureTimeOrder(ws, dialogs); !sorted) return sorted;
     const auto limit = AskLimit(dialogs, texts::kMaximumIntervalCaption, texts::kRejectPrompt, {});
-    if (!limit) return false;
+    if (!limit) return CommandResult::Cancelled();
     ws.history.Checkpoint(ws.events, "Reject short RR intervals");
     const int count = RejectShortIntervals(ws.events, *limit);
     dialogs.Message(S(texts::kSearchFinishedCaption), texts::RejectReport(count));
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess::hrv

@@ -3,6 +3,7 @@
 // to be real (the later beat is rejected, group 255).
 #pragma once
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
 
@@ -18,8 +19,9 @@ int RejectShortIntervals(EventTable& events, double maxIntervalMs);
 
 // menu_ScanMissingBeats and menu_ScanRejectRRIntervals: the question for the
 // limit (an empty answer or 0 ends the scan without change), the scan as one
-// undoable change, and the report.
-bool ScanMissingBeatsCommand(Workspace& ws, Dialogs& dialogs);
-bool ScanRejectRRIntervalsCommand(Workspace& ws, Dialogs& dialogs);
+// undoable change, and the report. Cancelled when the events stay out of
+// time order or no limit was given.
+CommandResult ScanMissingBeatsCommand(Workspace& ws, Dialogs& dialogs);
+CommandResult ScanRejectRRIntervalsCommand(Workspace& ws, Dialogs& dialogs);
 
 }  // namespace vess::hrv

@@ -45,7 +45,7 @@ CommandResult SaveSpectrumCommand(Dialogs& dialogs, const SpectrumResult& s, con
                                      {std::string(texts::kSpectrumCaption), std::string(vess::texts::kTextFileFilter),
                                       std::string(vess::texts::kTextFileExtension), {}},
                                      ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return WriteResult(WriteFileAtomic(*path, SpectrumText(s, options)));
 }
 

@@ -108,7 +108,7 @@ CommandResult SaveTachogramAsciiCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, {S(texts::kSaveAsAscii), S(vess::texts::kTextFileFilter), S(vess::texts::kTextFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     const std::vector<double> rr = Differences(WorkspaceBeatTimesMs(ws));
     return WriteResult(WriteFileAtomic(*path, TachogramAtfText(RecordingName(ws), rr)));
 }
@@ -124,7 +124,7 @@ CommandResult SaveTachogramAbfCommand(Workspace& ws, Dialogs& dialogs, const std
     const auto path = ChooseSavePath(
         dialogs, {S(vess::texts::kSaveAsAbf), S(vess::texts::kAbfFileFilter), S(vess::texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     if (CommandResult written = WriteResult(WriteFileAtomic(*path, abf.bytes)); !written) return written;
     dialogs.Message(S(texts::kTachogramMenu), S(texts::kTachogramSaved) + path->filename().string());
     return CommandResult::Ok();

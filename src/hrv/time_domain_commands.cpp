@@ -10,8 +10,9 @@
 
 namespace vess::hrv {
 
-std::optional<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options) {
-    if (ws.events.Empty() || !EnsureTimeOrder(ws, dialogs)) return std::nullopt;
+Outcome<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options) {
+    if (ws.events.Empty()) return CommandResult::Cancelled();
+    if (CommandResult sorted = EnsureTimeOrder(ws, dialogs); !sorted) return sorted;
     const RecordingSpan span = SpanOf(ws);
     return TimeDomainRequest{WorkspaceBeatTimesMs(ws), span.lengthMs, options.SegmentMs(span.intervalUs), options,
                              ws.recording ? ws.recording->FileName() : std::string()};
@@ -46,7 +47,7 @@ CommandResult SaveGridCommand(Dialogs& dialogs, const TimeDomainGrids& grids, Ti
     const auto path = ChooseSavePath(
         dialogs, {caption, std::string(vess::texts::kTextFileFilter), std::string(vess::texts::kTextFileExtension), {}},
         ExistingFile::Refuse);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return WriteResult(WriteFileAtomic(*path, GridAsText(grids, which)));
 }
 

@@ -27,7 +27,7 @@ struct TimeDomainGrids {
 
 // "Start Analysis", in three steps so that the analysis can run as a job:
 // what it reads, copied out of the workspace after the events are put in
-// time order (nothing when the user keeps them out of order or there are no
+// time order (cancelled when the user keeps them out of order or there are no
 // events); the measures with the window's options; and filing them into the
 // grids, or failing because no interval lies within the bounds.
 struct TimeDomainRequest {
@@ -36,7 +36,7 @@ struct TimeDomainRequest {
     HrvOptions options;
     std::string fileName;
 };
-std::optional<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options);
+Outcome<TimeDomainRequest> PrepareTimeDomain(Workspace& ws, Dialogs& dialogs, const HrvOptions& options);
 HrvAnalysis AnalyseTimeDomain(const TimeDomainRequest& request);
 CommandResult FileTimeDomain(const TimeDomainRequest& request, const HrvAnalysis& a, TimeDomainGrids& grids);
 

@@ -67,6 +67,8 @@ public:
     // Only when ok().
     T& value() { return value_.value(); }
     const T& value() const { return value_.value(); }
+    T& operator*() { return value_.value(); }
+    const T& operator*() const { return value_.value(); }
     T* operator->() { return &value_.value(); }
     const T* operator->() const { return &value_.value(); }
 

@@ -29,7 +29,7 @@ CommandResult SaveEventFileCommand(Workspace& ws, Dialogs& dialogs) {
                               S(texts::kEventFileExtension), {}};
     if (ws.recording) request.suggestedName = ws.recording->Path().stem().string() + ".EVT";
     const auto path = ChooseSavePath(dialogs, request, ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     CommandResult written = WriteResult(WriteEventFile(*path, HeaderCopy(ws), ws.params(), ws.events, OpenName(ws)));
     if (written) ws.history.MarkSaved();
     return written;

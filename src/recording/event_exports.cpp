@@ -82,7 +82,7 @@ CommandResult SaveDataCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, Request(ws, texts::kSaveDataCaption, texts::kTextFileFilter, texts::kTextFileExtension),
         ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return WriteResult(WriteFileAtomic(*path, EventsAtfText(ws.recording.get(), ws.events)));
 }
 
@@ -90,7 +90,7 @@ CommandResult SaveToAsciiFileCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, Request(ws, texts::kSaveAsciiCaption, texts::kAsciiFileFilter, texts::kAsciiFileExtension),
         ExistingFile::Refuse);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return WriteResult(WriteFileAtomic(*path, EventsAsciiText(ws.recording.get(), ws.events)));
 }
 
@@ -98,7 +98,7 @@ CommandResult SaveGridCsvCommand(Workspace& ws, Dialogs& dialogs) {
     const auto path = ChooseSavePath(
         dialogs, Request(ws, texts::kSaveGridCsvCaption, texts::kCsvFileFilter, texts::kCsvFileExtension),
         ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     return WriteResult(WriteFileAtomic(*path, EventGridText(ws.recording.get(), ws.events.Records(), ',')));
 }
 

@@ -17,24 +17,23 @@ bool IsEventFileName(const std::filesystem::path& path) {
     return ext == "." + std::string(texts::kEventFileExtension);
 }
 
-bool OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
-    const auto saveEvents = [&] { return ShowFailure(dialogs, SaveEventFileCommand(ws, dialogs)); };
+CommandResult OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs) {
+    const auto saveEvents = [&] { return SaveEventFileCommand(ws, dialogs); };
     if (!IsEventFileName(path)) return OpenDataFile(ws, path, dialogs, saveEvents);
 
     // The event file is checked whole before anything changes: a damaged one
     // must not first replace the open recording and its events.
     auto file = ReadCheckedEventFile(path, nullptr);
-    if (!ShowFailure(dialogs, file.status())) return false;
+    if (!file.ok()) return file.status();
     const auto dataPath = path.parent_path() / file->storedName;
     std::error_code ec;
     if (file->storedName.empty() || !std::filesystem::is_regular_file(dataPath, ec)) {
-        dialogs.Message(std::string(texts::kMissingDataFileCaption),
-                        texts::MissingDataFileText(file->storedName));
-        return false;
+        return CommandResult::Failed(std::string(texts::kMissingDataFileCaption),
+                                     texts::MissingDataFileText(file->storedName));
     }
-    if (!OpenDataFile(ws, dataPath, dialogs, saveEvents)) return false;
+    if (CommandResult opened = OpenDataFile(ws, dataPath, dialogs, saveEvents); !opened.ok()) return opened;
     LoadEventFileContents(ws, std::move(file.value()), path, dialogs);
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

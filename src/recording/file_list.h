@@ -5,14 +5,15 @@
 
 #include <filesystem>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
 
 struct Workspace;
 
-// True when a recording (and, for an event file, its events) was opened.
-bool OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs);
+// Done when a recording (and, for an event file, its events) was opened.
+CommandResult OpenFromFileList(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs);
 
 bool IsEventFileName(const std::filesystem::path& path);
 

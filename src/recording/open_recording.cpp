@@ -71,15 +71,16 @@ std::optional<uint8_t> AskChannel(const std::vector<ChannelLabel>& labels, Dialo
     }
 }
 
-bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs,
-                  const std::function<bool()>& saveEvents) {
+CommandResult OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dialogs,
+                           const std::function<CommandResult()>& saveEvents) {
     if (!ws.events.Empty()) {
         const std::string current = ws.recording ? ws.recording->FileName() : std::string();
         if (dialogs.AskYesNo(std::string(texts::kSavePreviousEventsCaption),
                              texts::SavePreviousEventsText(ws.events.Count(), current))) {
             // A save that did not happen (cancelled or failed) stops the
             // opening, so the events are not silently dropped.
-            if (saveEvents && !saveEvents()) return false;
+            if (saveEvents)
+                if (CommandResult saved = saveEvents(); !saved.ok()) return saved;
         }
     }
 
@@ -87,15 +88,14 @@ bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dia
     std::string detail;
     std::unique_ptr<Recording> rec = Recording::Open(path, &error, &detail);
     if (!rec) {
-        const OpenRefusal refusal = RefusalFor(error, path.filename().string(), detail);
-        dialogs.Message(refusal.caption, refusal.text);
-        return false;
+        OpenRefusal refusal = RefusalFor(error, path.filename().string(), detail);
+        return CommandResult::Failed(std::move(refusal.caption), std::move(refusal.text));
     }
 
     uint8_t channel = 0;
     if (rec->ChannelCount() > 1) {
         const auto chosen = AskChannel(ChannelLabels(*rec), dialogs);
-        if (!chosen) return false;
+        if (!chosen) return CommandResult::Cancelled();
         channel = *chosen;
     }
     rec->SetChannel(channel);
@@ -108,7 +108,7 @@ bool OpenDataFile(Workspace& ws, const std::filesystem::path& path, Dialogs& dia
     ws.selectedEvent = 0;
     ws.analysedBlocks.Clear();
     ApplyRateDefaults(ws);
-    return true;
+    return CommandResult::Ok();
 }
 
 bool ReportReadFault(Workspace& ws, Dialogs& dialogs, const std::function<bool()>& saveEvents) {

@@ -49,7 +49,7 @@ CommandResult SaveParameterFileCommand(Workspace& ws, Dialogs& dialogs) {
                                      {S(texts::kSaveParameterCaption), S(texts::kParameterFileFilter),
                                       S(texts::kParameterFileExtension), {}},
                                      ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     const auto header = ws.recording ? ws.recording->HeaderBytes() : BlankHeaderCopy();
     const std::string name = ws.recording ? ws.recording->FileName() : std::string();
     return WriteResult(WriteFileAtomic(*path, BuildParameterFile(header, ws.params(), ws.events.Count(), name)));

@@ -46,15 +46,13 @@ void RememberRecording(const std::filesystem::path& iniPath, const std::filesyst
     WriteRecentRecordings(iniPath, WithNewest(ReadRecentRecordings(iniPath), opened.string()));
 }
 
-bool RecentRecordingExists(const std::filesystem::path& iniPath, const std::string& path,
-                           Dialogs& dialogs) {
+CommandResult CheckRecentRecording(const std::filesystem::path& iniPath, const std::string& path) {
     std::error_code ec;
-    if (std::filesystem::is_regular_file(path, ec)) return true;
+    if (std::filesystem::is_regular_file(path, ec)) return CommandResult::Ok();
     std::vector<std::string> recent = ReadRecentRecordings(iniPath);
     std::erase(recent, path);
     WriteRecentRecordings(iniPath, recent);
-    dialogs.Message(std::string(kRecentMissingCaption), RecentMissingText(path));
-    return false;
+    return CommandResult::Failed(std::string(kRecentMissingCaption), RecentMissingText(path));
 }
 
 }  // namespace vess

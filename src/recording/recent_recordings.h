@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recording/dialogs.h"
+#include "recording/command_result.h"
 
 namespace vess {
 
@@ -29,9 +29,9 @@ std::vector<std::string> WithNewest(std::vector<std::string> recent, const std::
 // Notes a file just opened as the newest of the list in iniPath.
 void RememberRecording(const std::filesystem::path& iniPath, const std::filesystem::path& opened);
 
-// Before a file of the list is opened: true when it still exists; otherwise
-// it is removed from the list and the user is told.
-bool RecentRecordingExists(const std::filesystem::path& iniPath, const std::string& path,
-                           Dialogs& dialogs);
+// Before a file of the list is opened: done when it still exists; otherwise
+// it is removed from the list and the check fails with the message that
+// says so.
+CommandResult CheckRecentRecording(const std::filesystem::path& iniPath, const std::string& path);
 
 }  // namespace vess

@@ -5,19 +5,17 @@
 
 namespace vess {
 
-std::optional<std::filesystem::path> ChooseSavePath(Dialogs& dialogs, const FileDialogRequest& request,
-                                                    ExistingFile existing) {
+Outcome<std::filesystem::path> ChooseSavePath(Dialogs& dialogs, const FileDialogRequest& request,
+                                              ExistingFile existing) {
     const auto chosen = dialogs.SaveFile(request);
-    if (!chosen || chosen->empty()) return std::nullopt;
-    const auto path = WithDefaultExtension(*chosen, request.defaultExtension);
+    if (!chosen || chosen->empty()) return CommandResult::Cancelled();
+    auto path = WithDefaultExtension(*chosen, request.defaultExtension);
     std::error_code ec;
     if (!std::filesystem::exists(path, ec)) return path;
-    if (existing == ExistingFile::Refuse) {
-        dialogs.Message(std::string(texts::kFileExistCaption), std::string(texts::kFileExistText));
-        return std::nullopt;
-    }
+    if (existing == ExistingFile::Refuse)
+        return CommandResult::Failed(std::string(texts::kFileExistCaption), std::string(texts::kFileExistText));
     if (!dialogs.AskYesNo(std::string(texts::kReplaceFileCaption), std::string(texts::kReplaceFileText)))
-        return std::nullopt;
+        return CommandResult::Cancelled();
     return path;
 }
 

@@ -13,10 +13,10 @@ namespace vess {
 
 enum class ExistingFile { AskReplace, Refuse };
 
-// The chosen path, or std::nullopt when the user cancelled, answered No to
-// "Replace File", or (Refuse) was told "File Exist".
-std::optional<std::filesystem::path> ChooseSavePath(Dialogs& dialogs, const FileDialogRequest& request,
-                                                    ExistingFile existing);
+// The chosen path; cancelled when the user cancelled or answered No to
+// "Replace File"; (Refuse) failed with "File Exist".
+Outcome<std::filesystem::path> ChooseSavePath(Dialogs& dialogs, const FileDialogRequest& request,
+                                              ExistingFile existing);
 
 // The file dialog's answer with the default extension added; std::nullopt
 // when cancelled.

@@ -292,7 +292,7 @@ CommandResult SaveCustomSettingsCommand(Workspace& ws, Dialogs& dialogs) {
                                      {std::string(texts::kSaveCustomSettingsCaption), std::string(texts::kCustomSettingsFilter),
                                       std::string(texts::kCustomSettingsExtension), {}},
                                      ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     std::error_code ec;
     if (ws.iniPath.has_parent_path()) std::filesystem::create_directories(ws.iniPath.parent_path(), ec);
     if (CommandResult written = WriteResult(SaveIniSettings(ws.iniPath, ws.settings)); !written) return written;

@@ -123,7 +123,7 @@ Outcome<EventFreeRequest> PrepareEventFree(const Workspace& ws, Dialogs& dialogs
     const auto path = ChooseSavePath(
         dialogs, {S(texts::kSaveAsAbf), S(texts::kAbfFileFilter), S(texts::kAbfFileExtension), {}},
         ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     const Recording& rec = *ws.recording;
     return EventFreeRequest{rec.Path(),
                             rec.Channel(),

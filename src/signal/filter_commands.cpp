@@ -32,23 +32,20 @@ void StoreFilterChoice(const FilterChoice& choice, Settings& s) {
 
 namespace {
 
-// Checks the choice against the open recording, says why it is refused, and
-// stores it in the settings when it is not.
-CommandResult AcceptFilterChoice(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice) {
+// Checks the choice against the open recording, fails with why it is
+// refused, and stores it in the settings when it is not.
+CommandResult AcceptFilterChoice(Workspace& ws, const FilterChoice& choice) {
     std::string why = ws.recording ? FilterChoiceProblem(choice, SampleRateHz(*ws.recording))
                                    : std::string(texts::kFilterNoRecording);
-    if (!why.empty()) {
-        dialogs.Message(texts::kFilterCaption, why);
-        return CommandResult::Failed(std::move(why));
-    }
+    if (!why.empty()) return CommandResult::Failed(std::string(texts::kFilterCaption), std::move(why));
     StoreFilterChoice(choice, ws.settings);
     return CommandResult::Ok();
 }
 
 }  // namespace
 
-std::optional<FilterRequest> PrepareFilter(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice) {
-    if (!AcceptFilterChoice(ws, dialogs, choice)) return std::nullopt;
+Outcome<FilterRequest> PrepareFilter(Workspace& ws, const FilterChoice& choice) {
+    if (CommandResult accepted = AcceptFilterChoice(ws, choice); !accepted) return accepted;
     return FilterRequest{ws.recording->Path(), ws.recording->Channel(), choice};
 }
 
@@ -61,8 +58,9 @@ FilteredChannel FilterFromFile(const FilterRequest& request, const FilterProgres
     return FilterChannel(*recording, request.choice, progress);
 }
 
-CommandResult AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel f) {
-    if (f.status.failed()) dialogs.Message(texts::kFilterCaption, texts::FilterFailedText(f.status.message()));
+CommandResult AttachFiltered(Workspace& ws, FilteredChannel f) {
+    if (f.status.failed())
+        return CommandResult::Failed(std::string(texts::kFilterCaption), texts::FilterFailedText(f.status.message()));
     if (!f.status) return f.status;
     if (!ws.recording) return CommandResult::Cancelled();  // closed while the filter ran
     ws.recording->AttachFiltered(std::move(f.counts));
@@ -70,10 +68,9 @@ CommandResult AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel f)
     return CommandResult::Ok();
 }
 
-CommandResult ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice,
-                                 const FilterProgress& progress) {
-    if (CommandResult accepted = AcceptFilterChoice(ws, dialogs, choice); !accepted) return accepted;
-    return AttachFiltered(ws, dialogs, FilterChannel(*ws.recording, choice, progress));
+CommandResult ApplyFilterCommand(Workspace& ws, const FilterChoice& choice, const FilterProgress& progress) {
+    if (CommandResult accepted = AcceptFilterChoice(ws, choice); !accepted) return accepted;
+    return AttachFiltered(ws, FilterChannel(*ws.recording, choice, progress));
 }
 
 void RemoveFilter(Workspace& ws) {

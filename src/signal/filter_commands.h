@@ -22,10 +22,9 @@ FilterChoice FilterChoiceFromSettings(const Settings& settings);
 void StoreFilterChoice(const FilterChoice& choice, Settings& settings);
 
 // Stores the choice in the settings and filters the recording's chosen channel;
-// a refused choice or a failed run is told through dialogs and leaves the
-// recording as it was. Ok when the filtered copy is attached.
-CommandResult ApplyFilterCommand(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice,
-                        const FilterProgress& progress = {});
+// a refused choice or a failed run fails under the filter's caption and
+// leaves the recording as it was. Ok when the filtered copy is attached.
+CommandResult ApplyFilterCommand(Workspace& ws, const FilterChoice& choice, const FilterProgress& progress = {});
 // The same in two steps, for a job: the choice checked and stored, then the
 // channel filtered from the recording's file opened anew (nothing shared with
 // the windows' reads), then the copy attached where the windows live.
@@ -34,9 +33,9 @@ struct FilterRequest {
     uint8_t channel = 0;
     FilterChoice choice;
 };
-std::optional<FilterRequest> PrepareFilter(Workspace& ws, Dialogs& dialogs, const FilterChoice& choice);
+Outcome<FilterRequest> PrepareFilter(Workspace& ws, const FilterChoice& choice);
 FilteredChannel FilterFromFile(const FilterRequest& request, const FilterProgress& progress);
-CommandResult AttachFiltered(Workspace& ws, Dialogs& dialogs, FilteredChannel filtered);
+CommandResult AttachFiltered(Workspace& ws, FilteredChannel filtered);
 // Drops the filtered copy; detection reads the recorded samples again.
 void RemoveFilter(Workspace& ws);
 // Stores the choice and points the recording's reads at the filtered copy

@@ -19,15 +19,12 @@ namespace {
 
 std::string S(std::string_view v) { return std::string(v); }
 
-// The stretch, or a message and nothing when it is too short to measure.
-std::optional<TraceStretch> StretchOrTell(const Workspace& ws, Dialogs& dialogs,
-                                          std::optional<CursorSpan> cursors, std::string_view caption) {
-    if (!ws.recording) return std::nullopt;
+// The stretch; failed under caption when it is too short to measure.
+Outcome<TraceStretch> MeasurableStretch(const Workspace& ws, std::optional<CursorSpan> cursors,
+                                        std::string_view caption) {
+    if (!ws.recording) return CommandResult::Cancelled();
     TraceStretch s = ShownStretch(ws, cursors);
-    if (s.values.size() < 2) {
-        dialogs.Message(S(caption), S(tool_texts::kTooShortText));
-        return std::nullopt;
-    }
+    if (s.values.size() < 2) return CommandResult::Failed(S(caption), S(tool_texts::kTooShortText));
     return s;
 }
 
@@ -52,30 +49,27 @@ TraceStretch ShownStretch(const Workspace& ws, std::optional<CursorSpan> cursors
     return s;
 }
 
-std::optional<NoiseMeasures> NoiseMeasuresCommand(Workspace& ws, Dialogs& dialogs,
-                                                  std::optional<CursorSpan> cursors) {
-    const auto s = StretchOrTell(ws, dialogs, cursors, tool_texts::kNoiseMenu);
-    if (!s) return std::nullopt;
+Outcome<NoiseMeasures> NoiseMeasuresCommand(Workspace& ws, Dialogs& dialogs, std::optional<CursorSpan> cursors) {
+    const auto s = MeasurableStretch(ws, cursors, tool_texts::kNoiseMenu);
+    if (!s) return s.status();
     const auto m = MeasureNoise(s->values, s->intervalMs);
     dialogs.Message(S(tool_texts::kNoiseMenu),
                     StretchName(cursors, *s) + "\n" + NoiseReportText(*m, s->units));
-    return m;
+    return *m;
 }
 
-std::optional<NoiseSpectrumRequest> PrepareNoiseSpectrum(Workspace& ws, Dialogs& dialogs,
-                                                         std::optional<CursorSpan> cursors) {
-    auto s = StretchOrTell(ws, dialogs, cursors, tool_texts::kSpectrumMenu);
-    if (!s) return std::nullopt;
+Outcome<NoiseSpectrumRequest> PrepareNoiseSpectrum(Workspace& ws, Dialogs& dialogs,
+                                                   std::optional<CursorSpan> cursors) {
+    auto s = MeasurableStretch(ws, cursors, tool_texts::kSpectrumMenu);
+    if (!s) return s.status();
     const auto length = AskWhole(dialogs, tool_texts::kSegmentCaption, tool_texts::kSegmentPrompt,
                                  fmt::format("{}", DefaultSegmentLength(s->values.size())));
-    if (!length) return std::nullopt;
-    if (!ValidSegmentLength(*length, s->values.size())) {
-        dialogs.Message(S(tool_texts::kSegmentCaption), S(tool_texts::kSegmentRefused));
-        return std::nullopt;
-    }
+    if (!length) return CommandResult::Cancelled();
+    if (!ValidSegmentLength(*length, s->values.size()))
+        return CommandResult::Failed(S(tool_texts::kSegmentCaption), S(tool_texts::kSegmentRefused));
     std::string title = fmt::format("{}  {}  segment={} points", tool_texts::kSpectrumMenu,
                                     StretchName(cursors, *s), *length);
-    return NoiseSpectrumRequest{std::move(*s), *length, double(ws.settings.lineFrequencyHz), std::move(title)};
+    return NoiseSpectrumRequest{std::move(s.value()), *length, double(ws.settings.lineFrequencyHz), std::move(title)};
 }
 
 PlotData NoiseSpectrumPlot(const NoiseSpectrumRequest& r) {
@@ -83,53 +77,45 @@ PlotData NoiseSpectrumPlot(const NoiseSpectrumRequest& r) {
     return SpectrumPlot(psd, r.stretch.units, r.lineHz, r.title);
 }
 
-std::optional<PlotData> NoiseSpectrumCommand(Workspace& ws, Dialogs& dialogs,
-                                             std::optional<CursorSpan> cursors) {
+Outcome<PlotData> NoiseSpectrumCommand(Workspace& ws, Dialogs& dialogs, std::optional<CursorSpan> cursors) {
     const auto request = PrepareNoiseSpectrum(ws, dialogs, cursors);
-    if (!request) return std::nullopt;
+    if (!request) return request.status();
     return NoiseSpectrumPlot(*request);
 }
 
-std::optional<PlotData> DifferenceTraceCommand(Workspace& ws, Dialogs& dialogs,
-                                               std::optional<CursorSpan> cursors) {
-    const auto s = StretchOrTell(ws, dialogs, cursors, tool_texts::kDifferenceMenu);
-    if (!s) return std::nullopt;
+Outcome<PlotData> DifferenceTraceCommand(Workspace& ws, std::optional<CursorSpan> cursors) {
+    const auto s = MeasurableStretch(ws, cursors, tool_texts::kDifferenceMenu);
+    if (!s) return s.status();
     return DifferencePlot(*s);
 }
 
-std::optional<PlotData> VarianceMeanCommand(Workspace& ws, Dialogs& dialogs,
-                                            std::optional<CursorSpan> cursors) {
-    const auto s = StretchOrTell(ws, dialogs, cursors, tool_texts::kVarianceMeanMenu);
-    if (!s) return std::nullopt;
+Outcome<PlotData> VarianceMeanCommand(Workspace& ws, Dialogs& dialogs, std::optional<CursorSpan> cursors) {
+    const auto s = MeasurableStretch(ws, cursors, tool_texts::kVarianceMeanMenu);
+    if (!s) return s.status();
     const auto window = AskWhole(dialogs, tool_texts::kWindowCaption, tool_texts::kWindowPrompt, "20");
-    if (!window) return std::nullopt;
-    if (*window < 2 || std::size_t(*window) > s->values.size()) {
-        dialogs.Message(S(tool_texts::kWindowCaption), S(tool_texts::kWindowRefused));
-        return std::nullopt;
-    }
+    if (!window) return CommandResult::Cancelled();
+    if (*window < 2 || std::size_t(*window) > s->values.size())
+        return CommandResult::Failed(S(tool_texts::kWindowCaption), S(tool_texts::kWindowRefused));
     return VarianceMeanPlot(*s, *window);
 }
 
-int PictureSeriesCommand(Workspace& ws, Dialogs& dialogs, const ScreenPainter& paint) {
-    if (!ws.recording) return 0;
+Outcome<int> PictureSeriesCommand(Workspace& ws, Dialogs& dialogs, const ScreenPainter& paint) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const int32_t blocks = ws.BlocksPerScreen();
     const int32_t count = (ws.recording->BlockCount() + blocks - 1) / blocks;
     const std::string current = fmt::format("{}", ws.screenStartBlock / blocks + 1);
     const auto from = AskWhole(dialogs, tool_texts::kPictureCaption, tool_texts::kFromPrompt, current);
-    if (!from) return 0;
+    if (!from) return CommandResult::Cancelled();
     const auto to = AskWhole(dialogs, tool_texts::kPictureCaption, tool_texts::kToPrompt,
                              fmt::format("{}", std::min(*from + 9, count)));
-    if (!to) return 0;
+    if (!to) return CommandResult::Cancelled();
     const auto step = AskWhole(dialogs, tool_texts::kPictureCaption, tool_texts::kStepPrompt, "1");
-    if (!step) return 0;
+    if (!step) return CommandResult::Cancelled();
     const auto screens = ScreenSeries(*from, *to, *step, count);
-    if (!screens) {
-        dialogs.Message(S(tool_texts::kPictureCaption), S(tool_texts::kScreenRangeRefused));
-        return 0;
-    }
+    if (!screens) return CommandResult::Failed(S(tool_texts::kPictureCaption), S(tool_texts::kScreenRangeRefused));
     const auto first = dialogs.SaveFile({S(tool_texts::kFolderCaption), S(tool_texts::kPngFilter),
                                          S(tool_texts::kPngExtension), PictureName(*from, count)});
-    if (!first) return 0;
+    if (!first) return CommandResult::Cancelled();
     const std::filesystem::path folder = std::filesystem::path(*first).parent_path();
     const int32_t shownBlock = ws.screenStartBlock;
     int written = 0;

@@ -23,16 +23,13 @@ std::vector<float> SweepStartTimesMs(const Recording& rec) {
     return times;
 }
 
-std::optional<int> SynchArrayCommand(Workspace& ws, Dialogs& dialogs) {
-    if (!ws.recording) return std::nullopt;
+Outcome<int> SynchArrayCommand(Workspace& ws, Dialogs& dialogs) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const std::vector<float> times = SweepStartTimesMs(*ws.recording);
     const std::string caption(tool_texts::kSynchCaption);
-    if (times.empty()) {
-        dialogs.Message(caption, std::string(tool_texts::kNotEpisodicText));
-        return std::nullopt;
-    }
+    if (times.empty()) return CommandResult::Failed(caption, std::string(tool_texts::kNotEpisodicText));
     const auto number = AskNumber(dialogs, caption, std::string(tool_texts::kSynchArrayPrompt), "1");
-    if (!number || (*number != 1 && *number != 2)) return std::nullopt;
+    if (!number || (*number != 1 && *number != 2)) return CommandResult::Cancelled();
     const int array = int(*number);
     ws.Array(array).Assign(times);
     dialogs.Message(caption, fmt::format("{}{}{}", times.size(), tool_texts::kSynchDone, array));

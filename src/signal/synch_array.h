@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -20,8 +21,8 @@ struct Workspace;
 std::vector<float> SweepStartTimesMs(const Recording& rec);
 
 // Asks for the array (1 or 2) and fills it with the sweep start times.
-// Returns the array number filled.
-std::optional<int> SynchArrayCommand(Workspace& ws, Dialogs& dialogs);
+// The array number filled; failed for a recording of one sweep.
+Outcome<int> SynchArrayCommand(Workspace& ws, Dialogs& dialogs);
 
 // Screens from, from + step, ... up to to (1-based screen numbers), or
 // nothing when they do not lie within 1..screenCount in that order.

@@ -137,52 +137,51 @@ std::vector<float> InterEventIntervals(const EventTable& events, int group, doub
     return out;
 }
 
-bool PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field) {
-    if (!HasEvents(ws)) return false;
+CommandResult PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field) {
+    if (!HasEvents(ws)) return CommandResult::Cancelled();
     const int k = ArrayNumber(arrayNumber);
     const bool clear = AskClear(dialogs, k);
     const auto group = AskGroup(dialogs, std::string(st::kAddGroupCaption), std::string(st::kAddGroupText));
-    if (!group) return false;
+    if (!group) return CommandResult::Cancelled();
     const auto matching = std::count_if(ws.events.Records().begin(), ws.events.Records().end(),
                                         [&](const EventRecord& r) { return InGroup(r, *group); });
-    if (matching == 0) return false;
+    if (matching == 0) return CommandResult::Cancelled();
     const auto offset = AskTimeOffset(dialogs, field);
-    if (!offset) return false;
+    if (!offset) return CommandResult::Cancelled();
     const std::vector<float> values = EventFieldValues(ws.recording.get(), ws.events, field, *group, *offset);
     Store(ws.Array(k), clear, values);
     dialogs.Message(st::DoneFillingCaption(k), st::DoneFillingText(int(values.size()), k));
-    return true;
+    return CommandResult::Ok();
 }
 
-bool PutHighlightedEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field,
-                                    std::span<const int32_t> selectedRows) {
-    if (!HasEvents(ws) || selectedRows.empty() || int(field) >= kHighlightedFieldCount) return false;
+CommandResult PutHighlightedEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber,
+                                             ArrayField field, std::span<const int32_t> selectedRows) {
+    if (!HasEvents(ws) || selectedRows.empty() || int(field) >= kHighlightedFieldCount) return CommandResult::Cancelled();
     const int k = ArrayNumber(arrayNumber);
     const bool clear = AskClear(dialogs, k);
     const auto offset = AskTimeOffset(dialogs, field);
-    if (!offset) return false;
+    if (!offset) return CommandResult::Cancelled();
     const std::vector<float> values = RowFieldValues(ws.recording.get(), ws.events, selectedRows, field, *offset);
-    if (values.empty()) return false;
+    if (values.empty()) return CommandResult::Cancelled();
     Store(ws.Array(k), clear, values);
     dialogs.Message(st::DoneFillingCaption(k), st::DoneFillingText(int(values.size()), k));
-    return true;
+    return CommandResult::Ok();
 }
 
-bool InterEventIntervalsCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
-    if (!HasEvents(ws)) return false;
+CommandResult InterEventIntervalsCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
+    if (!HasEvents(ws)) return CommandResult::Cancelled();
     const int k = ArrayNumber(arrayNumber);
     const bool clear = AskClear(dialogs, k);
     const auto group =
         AskGroup(dialogs, std::string(st::kIntervalGroupCaption), std::string(st::kIntervalGroupText));
-    if (!group) return false;
+    if (!group) return CommandResult::Cancelled();
     const std::vector<float> intervals = InterEventIntervals(ws.events, *group, RecordingIntervalUs(ws));
     if (intervals.empty() && clear) {
-        dialogs.Message(std::string(texts::kErrorCaption), std::string(st::kNotEnoughEventsText));
-        return false;
+        return CommandResult::Failed(std::string(texts::kErrorCaption), std::string(st::kNotEnoughEventsText));
     }
     Store(ws.Array(k), clear, intervals);
     dialogs.Message(st::DoneFillingCaption(k), st::DoneIntervalsText(int(intervals.size()), k));
-    return !intervals.empty();
+    return CommandResult::Ok();
 }
 
 void ClearArrayCommand(Workspace& ws, int arrayNumber) { ws.Array(ArrayNumber(arrayNumber)).Clear(); }

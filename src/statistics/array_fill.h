@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/event_table.h"
 
@@ -54,15 +55,17 @@ std::vector<float> SortedDifferences(std::vector<float> values);
 std::vector<float> InterEventIntervals(const EventTable& events, int group, double intervalUs = 0);
 
 // menu_PutAllArray1/2 item field: clear/append question, group prompt,
-// "Add a constant" prompt for Time, fill, closing message. Returns true when
-// the array changed.
-bool PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field);
+// "Add a constant" prompt for Time, fill, closing message. Done when the
+// array was filled; cancelled (nothing to say) on Cancel or when there is
+// nothing to put: no events, none in the group, no rows.
+CommandResult PutEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, ArrayField field);
 // menu_PutHLArray1/2: as above for the grid's selected rows (1-based, in
 // selection order), without the group prompt.
-bool PutHighlightedEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber,
-                                    ArrayField field, std::span<const int32_t> selectedRows);
-// menu_InterEventArray1/2.
-bool InterEventIntervalsCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber);
+CommandResult PutHighlightedEventDataCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber,
+                                             ArrayField field, std::span<const int32_t> selectedRows);
+// menu_InterEventArray1/2: fails with "Not enough events to add." when
+// there is no interval to put into an array that was to be cleared.
+CommandResult InterEventIntervalsCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber);
 // menu_ClearArray1/2: no confirmation.
 void ClearArrayCommand(Workspace& ws, int arrayNumber);
 

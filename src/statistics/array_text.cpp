@@ -202,15 +202,15 @@ std::vector<float> ParseClipboardNumbers(std::string_view text) {
     return out;
 }
 
-bool PasteArrayCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, std::string_view clipboardText) {
+CommandResult PasteArrayCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, std::string_view clipboardText) {
     const int k = arrayNumber == 1 ? 1 : 2;
     const std::vector<float> values = ParseClipboardNumbers(clipboardText);
-    if (values.empty()) return false;
+    if (values.empty()) return CommandResult::Cancelled();
     if (dialogs.AskYesNo(std::string(st::kClearBeforePasteCaption), st::ClearBeforePasteText(int(values.size()), k)))
         ws.Array(k).Assign(values);
     else
         ws.Array(k).Append(values);
-    return true;
+    return CommandResult::Ok();
 }
 
 std::string ArraysAtfText(const std::string& recordingName, const DataArray& a1, const DataArray& a2) {
@@ -286,7 +286,7 @@ CommandResult SaveArraysAsciiCommand(Workspace& ws, Dialogs& dialogs) {
     const FileDialogRequest request{std::string(st::kSaveArraysCaption), std::string(texts::kTextFileFilter),
                                     std::string(texts::kTextFileExtension), stem};
     const auto path = ChooseSavePath(dialogs, request, ExistingFile::AskReplace);
-    if (!path) return CommandResult::Cancelled();
+    if (!path) return path.status();
     const std::string name = ws.recording ? ws.recording->FileName() : std::string();
     return WriteResult(WriteFileAtomic(*path, ArraysAtfText(name, ws.array1, ws.array2)));
 }

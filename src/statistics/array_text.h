@@ -30,8 +30,8 @@ std::string ArraysClipboardText(const DataArray& a1, const DataArray& a2);
 // a float) skipped.
 std::vector<float> ParseClipboardNumbers(std::string_view text);
 // menu_PasteArray index k-1: the clear question, then replace or append.
-// Returns true when the array changed.
-bool PasteArrayCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, std::string_view clipboardText);
+// Cancelled when the clipboard holds no number.
+CommandResult PasteArrayCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber, std::string_view clipboardText);
 
 // The array text file of both arrays; recordingName follows "Array Data : ".
 std::string ArraysAtfText(const std::string& recordingName, const DataArray& a1, const DataArray& a2);

@@ -129,22 +129,20 @@ struct CorrelogramAnswers {
     int64_t maxBins = 0;
 };
 
-// Unit, bin size and maximum number of bins; nothing when cancelled or refused.
-std::optional<CorrelogramAnswers> AskCorrelogram(Dialogs& dialogs, std::string_view maxBinsText) {
+// Unit, bin size and maximum number of bins; cancelled when cancelled or
+// unreadable, failed for too many bins.
+Outcome<CorrelogramAnswers> AskCorrelogram(Dialogs& dialogs, std::string_view maxBinsText) {
     CorrelogramAnswers a;
     const auto unit = AskAxisUnit(dialogs);
-    if (!unit) return std::nullopt;
+    if (!unit) return CommandResult::Cancelled();
     a.unit = *unit;
     const auto size = AskBinSize(dialogs, st::BinSizeText(std::string(st::kIntervalSeries), a.unit));
-    if (!size) return std::nullopt;
+    if (!size) return CommandResult::Cancelled();
     a.binSize = *size;
     const auto maxBins = AskNumber(dialogs, std::string(st::kMaxBinsCaption), std::string(maxBinsText),
                                    std::string(st::kMaxBinsDefault));
-    if (!maxBins || *maxBins < 1 || std::floor(*maxBins) != *maxBins) return std::nullopt;
-    if (*maxBins > double(kMaxBins)) {
-        TellTooManyBins(dialogs);
-        return std::nullopt;
-    }
+    if (!maxBins || *maxBins < 1 || std::floor(*maxBins) != *maxBins) return CommandResult::Cancelled();
+    if (*maxBins > double(kMaxBins)) return TooManyBins();
     a.maxBins = int64_t(*maxBins);
     return a;
 }
@@ -155,24 +153,24 @@ void AskNormalize(Dialogs& dialogs, Correlogram& c, std::size_t n) {
 
 }  // namespace
 
-std::optional<CorrelogramRequest> PrepareAutoCorrelogram(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
+Outcome<CorrelogramRequest> PrepareAutoCorrelogram(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
     const DataArray& array = ws.Array(arrayNumber);
-    if (array.Empty()) return std::nullopt;
+    if (array.Empty()) return CommandResult::Cancelled();
     const auto a = AskCorrelogram(dialogs, st::kAutoMaxBinsText);
-    if (!a) return std::nullopt;
+    if (!a) return a.status();
     const FiniteSeries x = FiniteOnly(array.ValuesAsDouble());
     CorrelogramRequest r{x.values, {}, false, arrayNumber == 1 ? 1 : 2, a->unit, a->binSize, a->maxBins, {}};
     r.note = JoinNotes(LeftOutText(x.leftOut), LostPrecisionText(x.values));
     return r;
 }
 
-std::optional<CorrelogramRequest> PrepareCrossCorrelogram(Workspace& ws, Dialogs& dialogs, int firstArray) {
+Outcome<CorrelogramRequest> PrepareCrossCorrelogram(Workspace& ws, Dialogs& dialogs, int firstArray) {
     const int first = firstArray == 1 ? 1 : 2;
     const DataArray& from = ws.Array(first);
     const DataArray& to = ws.Array(3 - first);
-    if (from.Empty() || to.Empty()) return std::nullopt;
+    if (from.Empty() || to.Empty()) return CommandResult::Cancelled();
     const auto a = AskCorrelogram(dialogs, st::kCrossMaxBinsText);
-    if (!a) return std::nullopt;
+    if (!a) return a.status();
     const FiniteSeries x = FiniteOnly(from.ValuesAsDouble());
     const FiniteSeries y = FiniteOnly(to.ValuesAsDouble());
     CorrelogramRequest r{x.values, y.values, true, first, a->unit, a->binSize, a->maxBins, {}};
@@ -193,15 +191,15 @@ PlotData FinishCorrelogram(Dialogs& dialogs, Correlogram c, const CorrelogramReq
     return p;
 }
 
-std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
+Outcome<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber) {
     const auto r = PrepareAutoCorrelogram(ws, dialogs, arrayNumber);
-    if (!r) return std::nullopt;
+    if (!r) return r.status();
     return FinishCorrelogram(dialogs, CountCorrelogram(*r), *r);
 }
 
-std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray) {
+Outcome<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray) {
     const auto r = PrepareCrossCorrelogram(ws, dialogs, firstArray);
-    if (!r) return std::nullopt;
+    if (!r) return r.status();
     return FinishCorrelogram(dialogs, CountCorrelogram(*r), *r);
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "graphs/plot_data.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -41,9 +42,10 @@ PlotData CrossCorrelogramPlot(const Correlogram& c, int firstArray, double binSi
 
 // menu_AutoCorrelogram item k-1 and menu_CrossCorrelogram (firstArray 1:
 // "Array #1 against Array #2", 2: the reverse): unit, bin size, maximum bins
-// and normalise questions.
-std::optional<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber);
-std::optional<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray);
+// and normalise questions. Cancelled for an empty array, a cancelled or
+// unreadable answer; failed for too many bins.
+Outcome<PlotData> AutoCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int arrayNumber);
+Outcome<PlotData> CrossCorrelogramCommand(Workspace& ws, Dialogs& dialogs, int firstArray);
 
 // The same in three steps, for a job over large arrays: the questions and a
 // copy of the arrays, the count, then the normalise question and the plot.
@@ -56,8 +58,8 @@ struct CorrelogramRequest {
     int64_t maxBins = 0;
     std::string note;              // values left out, precision lost
 };
-std::optional<CorrelogramRequest> PrepareAutoCorrelogram(Workspace& ws, Dialogs& dialogs, int arrayNumber);
-std::optional<CorrelogramRequest> PrepareCrossCorrelogram(Workspace& ws, Dialogs& dialogs, int firstArray);
+Outcome<CorrelogramRequest> PrepareAutoCorrelogram(Workspace& ws, Dialogs& dialogs, int arrayNumber);
+Outcome<CorrelogramRequest> PrepareCrossCorrelogram(Workspace& ws, Dialogs& dialogs, int firstArray);
 Correlogram CountCorrelogram(const CorrelogramRequest& request);
 PlotData FinishCorrelogram(Dialogs& dialogs, Correlogram c, const CorrelogramRequest& request);
 

@@ -153,22 +153,15 @@ TestSamples FiniteSamples(StatTest test, std::span<const double> a, std::span<co
 
 }  // namespace
 
-std::optional<TestOutcome> RunTest(StatTest test, std::span<const double> a, std::span<const double> b,
-                                   Dialogs& dialogs, double alpha) {
-    if (IsEmpty(a) || IsEmpty(b)) {
-        dialogs.Message(std::string(st::kEmptyArrayCaption), std::string(st::kEmptyArrayText));
-        return std::nullopt;
-    }
-    if (NeedsEqualCounts(test) && a.size() != b.size()) {
-        dialogs.Message(std::string(st::kUnequalCountsCaption), std::string(st::kUnequalCountsText));
-        return std::nullopt;
-    }
+Outcome<TestOutcome> RunTest(StatTest test, std::span<const double> a, std::span<const double> b, double alpha) {
+    if (IsEmpty(a) || IsEmpty(b))
+        return CommandResult::Failed(std::string(st::kEmptyArrayCaption), std::string(st::kEmptyArrayText));
+    if (NeedsEqualCounts(test) && a.size() != b.size())
+        return CommandResult::Failed(std::string(st::kUnequalCountsCaption), std::string(st::kUnequalCountsText));
     const TestSamples s = FiniteSamples(test, a, b);
-    if (IsEmpty(s.a) || IsEmpty(s.b)) {
-        dialogs.Message(std::string(st::kNothingMeasuredCaption), std::string(st::kNothingMeasuredText) +
-                                                                      "  " + LeftOutText(s.leftOut) + ".");
-        return std::nullopt;
-    }
+    if (IsEmpty(s.a) || IsEmpty(s.b))
+        return CommandResult::Failed(std::string(st::kNothingMeasuredCaption),
+                                     std::string(st::kNothingMeasuredText) + "  " + LeftOutText(s.leftOut) + ".");
     TestOutcome o;
     switch (test) {
         case StatTest::TTestPaired: o = TTestOutcome(test, PairedTTest(s.a, s.b)); break;
@@ -181,7 +174,7 @@ std::optional<TestOutcome> RunTest(StatTest test, std::span<const double> a, std
     return o;
 }
 
-std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs, const TestRequest& request) {
+Outcome<TestOutcome> RunTestCommand(const Workspace& ws, const TestRequest& request) {
     const bool summaryTest = request.test == StatTest::TTestEqualVar ||
                              request.test == StatTest::TTestUnequalVar || request.test == StatTest::FTest;
     if (!summaryTest || (request.sample1.fromArray && request.sample2.fromArray)) {
@@ -189,7 +182,7 @@ std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs,
         const TestSample& s2 = summaryTest ? request.sample2 : TestSample{true, 2};
         const std::vector<double> a = ws.Array(s1.arrayNumber).ValuesAsDouble();
         const std::vector<double> b = ws.Array(s2.arrayNumber).ValuesAsDouble();
-        return RunTest(request.test, a, b, dialogs, request.alpha);
+        return RunTest(request.test, a, b, request.alpha);
     }
     // One or both samples typed in as a summary.
     MeanVariance m[2];
@@ -203,8 +196,7 @@ std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs,
         const DataArray& array = ws.Array(samples[i]->arrayNumber);
         if (array.Empty()) {
             const int k = samples[i]->arrayNumber == 1 ? 1 : 2;
-            dialogs.Message(st::EmptyOneArrayCaption(k), st::EmptyOneArrayText(k));
-            return std::nullopt;
+            return CommandResult::Failed(st::EmptyOneArrayCaption(k), st::EmptyOneArrayText(k));
         }
         const FiniteSeries finite = FiniteOnly(array.ValuesAsDouble());
         m[i] = MeanAndVariance(finite.values);

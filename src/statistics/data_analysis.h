@@ -10,6 +10,7 @@
 
 #include "graphs/plot_data.h"
 #include "recording/data_array.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "statistics/result_table.h"
 
@@ -46,13 +47,12 @@ struct TestOutcome {
 
 // The checks ("Empty Data Array", "Inappropriate Values"), then the test.
 // The paired test, the regression and K-S read both arrays whatever the
-// sample options say. Nothing when a check failed (its message was shown).
-std::optional<TestOutcome> RunTestCommand(const Workspace& ws, Dialogs& dialogs, const TestRequest& request);
+// sample options say. Failed with the check's message.
+Outcome<TestOutcome> RunTestCommand(const Workspace& ws, const TestRequest& request);
 
-// The same on two series, for the command line and other windows; refusals
-// reported through dialogs the same way.
-std::optional<TestOutcome> RunTest(StatTest test, std::span<const double> a, std::span<const double> b,
-                                   Dialogs& dialogs, double alpha = 0.05);
+// The same on two series, for the command line and other windows.
+Outcome<TestOutcome> RunTest(StatTest test, std::span<const double> a, std::span<const double> b,
+                             double alpha = 0.05);
 
 // "Column Statistics": rows "Average" .. "Maximum", columns "Array #1" and
 // "Array #2", cells "##0.000"; an empty array's column is blank.

@@ -157,41 +157,37 @@ std::string EventSourceUnit(const Workspace& ws, HistogramSource source) {
     return std::string(st::kUnitMsec);
 }
 
-std::optional<PlotData> HistogramCommand(Workspace& ws, Dialogs& dialogs, int code) {
+Outcome<PlotData> HistogramCommand(Workspace& ws, Dialogs& dialogs, int code) {
     const auto decoded = DecodeHistogramCode(code);
-    if (!decoded) return std::nullopt;
+    if (!decoded) return CommandResult::Cancelled();
     const std::string series(HistogramSourceName(decoded->source));
     std::vector<double> values;
     std::string unit;
     if (IsArraySource(decoded->source)) {
         const DataArray& array = ws.Array(decoded->source == HistogramSource::DataArray1 ? 1 : 2);
-        if (array.Empty()) return std::nullopt;
+        if (array.Empty()) return CommandResult::Cancelled();
         const auto typed = AskAxisUnit(dialogs);
-        if (!typed) return std::nullopt;
+        if (!typed) return CommandResult::Cancelled();
         unit = *typed;
         values = array.ValuesAsDouble();
     } else {
-        if (!ws.recording || ws.events.Empty()) return std::nullopt;
+        if (!ws.recording || ws.events.Empty()) return CommandResult::Cancelled();
         const auto group = AskGroup(dialogs, std::string(st::kGroupNumberCaption), std::string(st::kGroupNumberText));
-        if (!group) return std::nullopt;
+        if (!group) return CommandResult::Cancelled();
         values = EventSourceValues(ws, decoded->source, *group);
         if (values.empty()) {
-            dialogs.Message(std::string(st::kNoGroupEventsCaption), st::NoGroupEventsText(*group));
-            return std::nullopt;
+            return CommandResult::Failed(std::string(st::kNoGroupEventsCaption), st::NoGroupEventsText(*group));
         }
         unit = EventSourceUnit(ws, decoded->source);
     }
     double binSize = 0;
     if (UsesBins(decoded->kind)) {
         const auto size = AskBinSize(dialogs, st::BinSizeText(series, unit));
-        if (!size) return std::nullopt;
+        if (!size) return CommandResult::Cancelled();
         binSize = *size;
     }
     HistogramPlot h = MakeHistogram(decoded->kind, values, binSize, series, unit);
-    if (h.tooManyBins) {
-        TellTooManyBins(dialogs);
-        return std::nullopt;
-    }
+    if (h.tooManyBins) return TooManyBins();
     return std::move(h.plot);
 }
 
@@ -223,19 +219,15 @@ HistogramPlot MakeRunningAverage(std::span<const double> timesSec, std::span<con
     return h;
 }
 
-std::optional<PlotData> RunningAverageCommand(Workspace& ws, Dialogs& dialogs) {
-    if (ws.array1.Empty() || ws.array2.Empty()) return std::nullopt;
+Outcome<PlotData> RunningAverageCommand(Workspace& ws, Dialogs& dialogs) {
+    if (ws.array1.Empty() || ws.array2.Empty()) return CommandResult::Cancelled();
     if (ws.array1.UpperBound() != ws.array2.UpperBound()) {
-        dialogs.Message(std::string(st::kEqualCountsCaption), std::string(st::kEqualCountsText));
-        return std::nullopt;
+        return CommandResult::Failed(std::string(st::kEqualCountsCaption), std::string(st::kEqualCountsText));
     }
     const auto size = AskNumber(dialogs, std::string(st::kRunningBinCaption), std::string(st::kRunningBinText));
-    if (!size || *size <= 0) return std::nullopt;
+    if (!size || *size <= 0) return CommandResult::Cancelled();
     HistogramPlot h = MakeRunningAverage(ws.array1.ValuesAsDouble(), ws.array2.ValuesAsDouble(), *size);
-    if (h.tooManyBins) {
-        TellTooManyBins(dialogs);
-        return std::nullopt;
-    }
+    if (h.tooManyBins) return TooManyBins();
     return std::move(h.plot);
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "graphs/plot_data.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -48,15 +49,16 @@ std::vector<double> EventSourceValues(const Workspace& ws, HistogramSource sourc
 std::string EventSourceUnit(const Workspace& ws, HistogramSource source);
 
 // Histogram(code): the group prompt (event sources) or the x-axis unit prompt
-// (arrays), the bin question (binned kinds), the bin rule. Nothing when the
-// user cancels, a message was shown, or the series is empty.
-std::optional<PlotData> HistogramCommand(Workspace& ws, Dialogs& dialogs, int code);
+// (arrays), the bin question (binned kinds), the bin rule. Cancelled when the
+// user cancels or there is nothing to count; failed for a group without
+// events or too many bins.
+Outcome<PlotData> HistogramCommand(Workspace& ws, Dialogs& dialogs, int code);
 
 // Mean of values per time bin (times in s); empty bins are skipped.
 HistogramPlot MakeRunningAverage(std::span<const double> timesSec, std::span<const double> values,
                                  double binSizeSec);
 // Array #1 times, Array #2 values; the equal-count check and the bin prompt.
-std::optional<PlotData> RunningAverageCommand(Workspace& ws, Dialogs& dialogs);
+Outcome<PlotData> RunningAverageCommand(Workspace& ws, Dialogs& dialogs);
 
 // Sum of |difference| of successive values.
 double CoastlineLength(std::span<const double> values);
@@ -67,7 +69,7 @@ HistogramPlot MakeCoastlineTimeCourse(std::span<const double> values, double int
                                       double binMs, const std::string& unit, double startMs = 0);
 // menu_CoastlineM: the length message, the time-bin prompt, the time course
 // of the displayed screen.
-std::optional<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs);
+Outcome<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs);
 
 // Cursors of the trace view: window indices of the two vertical cursors and
 // levels (recording units) of the two horizontal ones, in any order.
@@ -81,6 +83,6 @@ struct NoiseCursors {
 // recording's unit, whose level lies between the two horizontal cursors.
 std::vector<double> NoiseAmplitudes(const Workspace& ws, const NoiseCursors& cursors);
 // menu_NoiseHistogram: the bin question, then a frequency histogram.
-std::optional<PlotData> NoiseHistogramCommand(Workspace& ws, Dialogs& dialogs, const NoiseCursors& cursors);
+Outcome<PlotData> NoiseHistogramCommand(Workspace& ws, Dialogs& dialogs, const NoiseCursors& cursors);
 
 }  // namespace vess

@@ -90,15 +90,15 @@ MathResult ComputeMath(const Workspace& ws, const MathRequest& request) {
     return result;
 }
 
-bool MathOperationCommand(Workspace& ws, Dialogs& dialogs, const MathRequest& request) {
+CommandResult MathOperationCommand(Workspace& ws, Dialogs& dialogs, const MathRequest& request) {
     const MathResult result = ComputeMath(ws, request);
-    if (result.values.empty()) return false;
+    if (result.values.empty()) return CommandResult::Cancelled();
     const int k = request.destination == 1 ? 1 : 2;
     ws.Array(k).Assign(result.values);
     dialogs.Message(std::string(st::kMathFinishedCaption), st::MathFinishedText(k));
     if (result.nonFinite > 0)
         dialogs.Message(std::string(st::kMathFinishedCaption), st::MathNotNumbersText(result.nonFinite));
-    return true;
+    return CommandResult::Ok();
 }
 
 }  // namespace vess

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -49,8 +50,8 @@ struct MathResult {
 // +-inf (0/0 NaN), the square root of a negative NaN, counted in nonFinite.
 MathResult ComputeMath(const Workspace& ws, const MathRequest& request);
 
-// "Caculate": compute, replace the destination array, report. Returns false
+// "Caculate": compute, replace the destination array, report. Cancelled
 // (and changes nothing) when there is nothing to compute.
-bool MathOperationCommand(Workspace& ws, Dialogs& dialogs, const MathRequest& request);
+CommandResult MathOperationCommand(Workspace& ws, Dialogs& dialogs, const MathRequest& request);
 
 }  // namespace vess

@@ -34,8 +34,8 @@ std::optional<std::string> AskAxisUnit(Dialogs& dialogs) {
     return dialogs.Input(std::string(stats_texts::kAxisUnitCaption), std::string(stats_texts::kAxisUnitText));
 }
 
-void TellTooManyBins(Dialogs& dialogs) {
-    dialogs.Message(std::string(stats_texts::kTooManyBinsCaption), std::string(stats_texts::kTooManyBinsText));
+CommandResult TooManyBins() {
+    return CommandResult::Failed(std::string(stats_texts::kTooManyBinsCaption), std::string(stats_texts::kTooManyBinsText));
 }
 
 std::string BinSizeText(double binSize) { return fmt::format("{}", binSize); }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 
 namespace vess {
@@ -18,8 +19,8 @@ std::optional<int> AskGroup(Dialogs& dialogs, const std::string& caption, const 
 std::optional<double> AskBinSize(Dialogs& dialogs, const std::string& text);
 // The unit of an array series ("x-axis unit"); nothing for Cancel.
 std::optional<std::string> AskAxisUnit(Dialogs& dialogs);
-// The "Too many bins" message.
-void TellTooManyBins(Dialogs& dialogs);
+// The "Too many bins" failure.
+CommandResult TooManyBins();
 // The bin size as titles show it: the shortest text that reads back.
 std::string BinSizeText(double binSize);
 

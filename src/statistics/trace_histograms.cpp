@@ -61,11 +61,11 @@ HistogramPlot MakeCoastlineTimeCourse(std::span<const double> values, double int
     return h;
 }
 
-std::optional<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs) {
-    if (!ws.recording) return std::nullopt;
+Outcome<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const Screen screen = ShownScreen(ws);
     const Stretch shown = Recorded(screen, 0, screen.WindowLen() - 1);
-    if (shown.last <= shown.first) return std::nullopt;
+    if (shown.last <= shown.first) return CommandResult::Cancelled();
     // Successive differences are offset-free, so the trace is taken in units
     // without the offset.
     std::vector<double> trace;
@@ -75,13 +75,10 @@ std::optional<PlotData> CoastlineCommand(Workspace& ws, Dialogs& dialogs) {
                     std::string(st::kCoastlineText) + FormatNumber(CoastlineLength(trace), 3, false));
     const auto bin = AskNumber(dialogs, std::string(st::kTimeBinCaption), std::string(st::kTimeBinText),
                                std::string(st::kTimeBinDefault));
-    if (!bin || *bin <= 0) return std::nullopt;
+    if (!bin || *bin <= 0) return CommandResult::Cancelled();
     HistogramPlot h = MakeCoastlineTimeCourse(trace, ws.recording->IntervalUs() / 1000.0, *bin,
                                               ws.recording->Units(), screen.CalculateTime(shown.first));
-    if (h.tooManyBins) {
-        TellTooManyBins(dialogs);
-        return std::nullopt;
-    }
+    if (h.tooManyBins) return TooManyBins();
     return std::move(h.plot);
 }
 
@@ -99,19 +96,16 @@ std::vector<double> NoiseAmplitudes(const Workspace& ws, const NoiseCursors& cur
     return out;
 }
 
-std::optional<PlotData> NoiseHistogramCommand(Workspace& ws, Dialogs& dialogs, const NoiseCursors& cursors) {
-    if (!ws.recording) return std::nullopt;
+Outcome<PlotData> NoiseHistogramCommand(Workspace& ws, Dialogs& dialogs, const NoiseCursors& cursors) {
+    if (!ws.recording) return CommandResult::Cancelled();
     const std::string series(st::kNoiseSeries);
     const std::string unit = ws.recording->Units();
     const auto size = AskBinSize(dialogs, std::string(st::kNoiseBinTextPrefix) + st::BinSizeText(series, unit));
-    if (!size) return std::nullopt;
+    if (!size) return CommandResult::Cancelled();
     const std::vector<double> values = NoiseAmplitudes(ws, cursors);
-    if (values.empty()) return std::nullopt;
+    if (values.empty()) return CommandResult::Cancelled();
     HistogramPlot h = MakeHistogram(HistogramKind::Frequency, values, *size, series, unit);
-    if (h.tooManyBins) {
-        TellTooManyBins(dialogs);
-        return std::nullopt;
-    }
+    if (h.tooManyBins) return TooManyBins();
     return std::move(h.plot);
 }
 

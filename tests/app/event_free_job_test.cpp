@@ -61,7 +61,9 @@ TEST_F(EventFreeJobTest, RunsWithProgressAndStopAndClosesWithTheSavedMessage) {
         for (const char* name : conflicting) EXPECT_TRUE(window->Action(name)->isEnabled()) << name;
     }
 
-    // Run to its end: the bar moves, and the closing message names the file.
+    // Run to its end: the closing message names the file. (The steps' progress
+    // is checked on the job itself; the bar is polled, so a fast run may end
+    // before it moves.)
     double shown = 0;
     QObject::connect(&jobs, &JobRunner::Progressed, window.get(), [&](double done) { shown = std::max(shown, done); });
     dialogs.ClearTranscript();
@@ -71,7 +73,6 @@ TEST_F(EventFreeJobTest, RunsWithProgressAndStopAndClosesWithTheSavedMessage) {
     WaitFor([&] { return shown > 0.3 || !window->Busy(); }, 60000);
     if (window->Busy()) Snapshot("event_free_job_running");
     ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }, 60000));
-    EXPECT_GT(shown, 0.0);
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, tool_texts::kEventFreeMenu);
     EXPECT_EQ(dialogs.Messages()[0].text.substr(0, dialogs.Messages()[0].text.find('\n')),

@@ -39,7 +39,7 @@ TEST_F(NextWindowRefreshTest, TraceShowsTheFilteredScreenWhileDetectionReadsTheR
     OpenSample();
     FilterChoice lowPass;
     lowPass.cutoffHz = 300;
-    ASSERT_TRUE(ApplyFilterCommand(ws, dialogs, lowPass, {}));
+    ASSERT_TRUE(ApplyFilterCommand(ws, lowPass, {}));
     window->RedrawTrace(/*reread=*/true);
     ASSERT_TRUE(ws.showFiltered);
     ASSERT_FALSE(ws.settings.detectOnFiltered);

@@ -14,16 +14,24 @@ namespace {
 
 using test::DoubleExp;
 
+// What a window does with a point or double-peak command: its failure shown
+// through the dialogs; the event index it stored, 0 when it failed.
+template <class T>
+int32_t Shown(ScriptedDialogs& dialogs, const Outcome<T>& outcome) {
+    ShowFailure(dialogs, outcome.status());
+    return outcome ? outcome->eventIndex : 0;
+}
+
 constexpr int64_t kSecondPeak = 680 + 26;  // onset + peak time of the shape
 
 // 1000 counts at 600 and 600 counts on its decay 4 ms later, in one search range.
 TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {680, DoubleExp{10, 100, 600}}}));
-    ASSERT_EQ(DetectAtPoint(f.ws, f.dialogs, 626).eventIndex, 1);
+    ASSERT_EQ(Shown(f.dialogs, DetectAtPoint(f.ws, 626)), 1);
     ASSERT_NEAR(f.ws.events[1].sampleIndex, 626, 1);
     const EventRecord first = f.ws.events[1];
     f.ws.history.Clear();
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
+    const DoublePeakResult r = *AnalyzeDoublePeak(f.ws, 1);
     ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex, f.ws.events.Count()), std::tuple(2, 1, 2));
     const EventRecord& second = f.ws.events[2];
     EXPECT_TRUE(second.sampleIndex > kSecondPeak - 10 && second.sampleIndex <= kSecondPeak) << second.sampleIndex;
@@ -32,19 +40,19 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
     EXPECT_TRUE(second.amplitude > 600 && second.amplitude < 1300) << second.amplitude;
     EXPECT_GT(second.sampleIndex - second.riseTime, first.sampleIndex);
     EXPECT_EQ(std::tuple(r.marks.size(), f.dialogs.Messages().size()), std::tuple(4u, 0u));
-    const DoublePeakResult again = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
+    const DoublePeakResult again = *AnalyzeDoublePeak(f.ws, 1);
     EXPECT_EQ(std::tuple(again.alreadyStored, again.eventIndex, f.ws.events.Count()), std::tuple(true, 2, 2));
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(1, false));
     // At a clicked point both peaks are stored, as one undo step.
     f.ws.events.Clear();
-    const DoublePeakResult both = DetectDoublePeakAtPoint(f.ws, f.dialogs, 630);
+    const DoublePeakResult both = *DetectDoublePeakAtPoint(f.ws, 630);
     ASSERT_EQ(f.ws.events.Count(), 2);
     EXPECT_EQ(std::tuple(both.firstIndex, both.eventIndex, both.marks.size()), std::tuple(1, 2, 8u));
     EXPECT_LT(f.ws.events[1].sampleIndex, f.ws.events[2].sampleIndex);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_TRUE(f.ws.events.Empty());
-    EXPECT_EQ(DetectDoublePeakAtPoint(f.ws, f.dialogs, 3000).eventIndex, 0);
+    EXPECT_EQ(Shown(f.dialogs, DetectDoublePeakAtPoint(f.ws, 3000)), 0);
     EXPECT_EQ(f.dialogs.Messages().back().caption, "No Event Found");
 }
 
@@ -56,9 +64,9 @@ TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
     AnalyzeNextWindow(f.ws, f.dialogs);
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventTable before = f.ws.events;
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 2).eventIndex, 0);  // on this screen, single
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 1).eventIndex, 0);  // on the first screen
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 3).eventIndex, 0);  // no such row
+    EXPECT_EQ(Shown(f.dialogs, AnalyzeDoublePeak(f.ws, 2)), 0);  // on this screen, single
+    EXPECT_EQ(Shown(f.dialogs, AnalyzeDoublePeak(f.ws, 1)), 0);  // on the first screen
+    EXPECT_EQ(Shown(f.dialogs, AnalyzeDoublePeak(f.ws, 3)), 0);  // no such row
     const auto m = f.dialogs.Messages();
     ASSERT_EQ(m.size(), 3u);
     EXPECT_EQ(m[0].text, "No second peak was found after this event.");
@@ -76,9 +84,9 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
     AnalyzeCurrentScreen(f.ws, f.dialogs);
     ASSERT_EQ(f.ws.events.Count(), 1);
     f.ws.params().ThresholdAmplitude = 100;
-    EXPECT_EQ(AnalyzeDoublePeak(f.ws, f.dialogs, 1).eventIndex, 0);
+    EXPECT_EQ(Shown(f.dialogs, AnalyzeDoublePeak(f.ws, 1)), 0);
     f.ws.params().ThresholdAmplitude = 5;
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
+    const DoublePeakResult r = *AnalyzeDoublePeak(f.ws, 1);
     ASSERT_EQ(r.eventIndex, 2);
     EXPECT_GE(f.ws.events[2].sampleIndex, 660);
 }
@@ -95,7 +103,7 @@ TEST(DoublePeak, EarlierPeakOnTheRiseIsStoredBeforeItsEvent) {
     ASSERT_TRUE(first);
     ASSERT_NEAR(first->peak, 660 + 26, 3);
     f.ws.events.Append(det.MakeRecord(*first));
-    const DoublePeakResult r = AnalyzeDoublePeak(f.ws, f.dialogs, 1);
+    const DoublePeakResult r = *AnalyzeDoublePeak(f.ws, 1);
     ASSERT_EQ(std::tuple(r.eventIndex, r.firstIndex), std::tuple(1, 2));
     EXPECT_NEAR(f.ws.events[1].sampleIndex, 600 + 26, 2);
     EXPECT_LE(f.ws.events[1].sampleIndex + f.ws.events[1].decayTime, 660 + 26);
@@ -109,12 +117,12 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
                                       {5170, DoubleExp{10, 100, 700}}}));
     for (const int64_t peak : {626, 2626, 5126}) {
         f.ws.screenStartBlock = int32_t(peak / 1024 * 4);
-        ASSERT_GT(DetectAtPoint(f.ws, f.dialogs, peak % 1024).eventIndex, 0) << peak;
+        ASSERT_GT(Shown(f.dialogs, DetectAtPoint(f.ws, peak % 1024)), 0) << peak;
     }
     ASSERT_EQ(f.ws.events.Count(), 3);
     f.ws.events[2].group = 255;  // rejected events are not scanned
     f.ws.history.Clear();
-    const DoublePeakScanResult r = ScanDoublePeaks(f.ws, f.dialogs);
+    const DoublePeakScanResult r = *ScanDoublePeaks(f.ws, f.dialogs);
     EXPECT_EQ(std::tuple(r.eventsScanned, r.peaksAdded), std::tuple(2, 2));
     ASSERT_EQ(f.ws.events.Count(), 5);
     for (int32_t i = 2; i <= 5; ++i)
@@ -122,7 +130,7 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
     EXPECT_EQ(std::tuple(f.dialogs.Messages().back().caption, f.dialogs.Messages().back().text),
               std::tuple("Scan for Double Peaks", "2 events scanned; double peaks added: 2."));
     const EventTable after = f.ws.events;
-    EXPECT_EQ(ScanDoublePeaks(f.ws, f.dialogs).peaksAdded, 0);
+    EXPECT_EQ(ScanDoublePeaks(f.ws, f.dialogs)->peaksAdded, 0);
     EXPECT_EQ(f.ws.events, after);
     ASSERT_TRUE(f.ws.history.Undo(f.ws.events));
     EXPECT_EQ(std::tuple(f.ws.events.Count(), f.ws.history.CanUndo()), std::tuple(3, false));
@@ -132,10 +140,10 @@ TEST(ScanDoublePeaks, InsertsAfterEachEventOnceAndSummarises) {
 // thresholds; recalculation keeps the group and measures with today's parameters.
 TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsItsGroup) {
     test::TraceWorkspace f(test::EventTrace(2048, {{600, DoubleExp{10, 100, 4}}}));
-    EXPECT_EQ(DetectAtPoint(f.ws, f.dialogs, 630).eventIndex, 0);
+    EXPECT_EQ(Shown(f.dialogs, DetectAtPoint(f.ws, 630)), 0);
     ASSERT_EQ(f.dialogs.Messages().size(), 1u);
     EXPECT_EQ(f.dialogs.Messages()[0].caption, "No Event Found");
-    const PointCommandResult r = DetectAtPoint(f.ws, f.dialogs, 630, /*tenthThresholds=*/true);
+    const PointCommandResult r = *DetectAtPoint(f.ws, 630, /*tenthThresholds=*/true);
     ASSERT_EQ(r.eventIndex, 1);
     EXPECT_EQ(std::tuple(f.ws.events[1].amplitude, r.marks.size()), std::tuple(4, 4u));
     EXPECT_TRUE(f.ws.history.CanUndo());
@@ -144,10 +152,10 @@ TEST(PointCommands, TenthOfTheThresholdsFindsASmallEventAndRecalculationKeepsIts
     f.ws.params().ThresholdAmplitude = 0.4f;
     f.ws.params().AreaThreshold = 0.1f;
     f.ws.params().DecayPercent = 0.5f;  // the decay point comes earlier
-    ASSERT_EQ(RecalculateEvent(f.ws, f.dialogs, 1).eventIndex, 1);
+    ASSERT_EQ(Shown(f.dialogs, RecalculateEvent(f.ws, 1)), 1);
     EXPECT_EQ(std::tuple(f.ws.events[1].group, f.ws.events.Count()), std::tuple(7, 1));
     EXPECT_LT(f.ws.events[1].decayTime, decayBefore);
-    EXPECT_EQ(RecalculateEvent(f.ws, f.dialogs, 2).eventIndex, 0);
+    EXPECT_EQ(Shown(f.dialogs, RecalculateEvent(f.ws, 2)), 0);
     EXPECT_EQ(f.dialogs.Messages().back().caption, "No Event Selected");
 }
 

@@ -201,16 +201,16 @@ TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
     // A screen without events: exactly the square wave.
     f.ws.screenStartBlock = 12;
     f.ws.history.Clear();
-    EXPECT_DOUBLE_EQ(ShowRmsNoise(f.ws, dialogs).rmsUnits, 5.0);
+    EXPECT_DOUBLE_EQ(ShowRmsNoise(f.ws, dialogs)->rmsUnits, 5.0);
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "RMS Noise");
     EXPECT_NE(dialogs.Messages()[0].text.find("RMS noise: 5.000"), std::string::npos) << dialogs.Messages()[0].text;
     // Baseline and Threshold sets the threshold only on yes (the test threshold is 5).
     dialogs.AnswerYesNo(false).AnswerYesNo(true);
-    const BaselineThresholdResult no = BaselineThreshold(f.ws, dialogs);
+    const BaselineThresholdResult no = *BaselineThreshold(f.ws, dialogs);
     EXPECT_FLOAT_EQ(no.suggestedThreshold, float(kThresholdNoiseMultiple * 5.0));
     EXPECT_EQ(std::tuple(no.applied, f.ws.params().ThresholdAmplitude), std::tuple(false, 5.0f));
-    const BaselineThresholdResult yes = BaselineThreshold(f.ws, dialogs);
+    const BaselineThresholdResult yes = *BaselineThreshold(f.ws, dialogs);
     EXPECT_EQ(std::tuple(yes.applied, f.ws.params().ThresholdAmplitude), std::tuple(true, yes.suggestedThreshold));
     const auto& question = dialogs.Transcript().back();
     EXPECT_EQ(question.caption, "Baseline and Threshold");

@@ -172,7 +172,7 @@ TEST(ResultsToArray, AsksBeforeClearingAndSaysArrayOneForBoth) {
     PutColumnToArrayCommand(t, tau1, array, 2, d);
     EXPECT_EQ(array.UpperBound(), 3);
     // No results: said, and the array is left as it was (not "All of 0 ...").
-    EXPECT_FALSE(PutColumnToArrayCommand(ResultsTable{}, tau1, array, 2, d));
+    EXPECT_FALSE(ShowFailure(d, PutColumnToArrayCommand(ResultsTable{}, tau1, array, 2, d)));
     EXPECT_EQ(d.Messages().back().text, "There are no results to put into the array: fit or measure a trace first.");
     EXPECT_EQ(array.UpperBound(), 3);
 }

@@ -45,12 +45,12 @@ struct Grouped {
 
 TEST(TraceEdits, TheAverageStaysTheEventsChangeUndoablyAndJumpsStayInTheSet) {
     Grouped g;
-    EXPECT_FALSE(RemoveTraceCommand(g.ws, g.set, 0, g.d));
+    EXPECT_FALSE(ShowFailure(g.d, RemoveTraceCommand(g.ws, g.set, 0)));
     EXPECT_EQ(g.d.Messages().back().text, "Cannot remove the averaged trace.");
-    EXPECT_FALSE(RegroupTraceCommand(g.ws, g.set, 0, 3, g.d));
+    EXPECT_FALSE(ShowFailure(g.d, RegroupTraceCommand(g.ws, g.set, 0, 3, g.d)));
     EXPECT_EQ(g.d.Messages().back().text, "Cannot regroup the averaged trace.");
 
-    EXPECT_TRUE(RemoveTraceCommand(g.ws, g.set, 2, g.d));
+    EXPECT_TRUE(RemoveTraceCommand(g.ws, g.set, 2));
     EXPECT_EQ(g.ws.events[4].group, 0);
     EXPECT_EQ(g.ws.events[2].group, 3);
     g.ws.history.Undo(g.ws.events);
@@ -68,13 +68,14 @@ TEST(TraceEdits, TheAverageStaysTheEventsChangeUndoablyAndJumpsStayInTheSet) {
     EXPECT_EQ(g.ws.events[2].group, 7);
     EXPECT_EQ(g.d.Transcript().back().caption, "Group Number");
 
-    EXPECT_FALSE(JumpTargetCommand(g.set, AnalysisType::Superimpose, g.d));
+    EXPECT_FALSE(ShowFailure(g.d, JumpTargetCommand(g.set, AnalysisType::Superimpose, g.d).status()));
     EXPECT_EQ(g.d.Messages().back().text,
               "This function will only work when trace is shown as individual or average.");
     struct Case { const char* answer; std::optional<int32_t> trace; };
     for (const Case& c : {Case{"1", 1}, Case{"99", 2}, Case{"-3", 0}, Case{"one", std::nullopt}}) {
         g.d.AnswerInput(c.answer);
-        EXPECT_EQ(JumpTargetCommand(g.set, AnalysisType::Individual, g.d), c.trace) << c.answer;
+        const auto target = JumpTargetCommand(g.set, AnalysisType::Individual, g.d);
+        EXPECT_EQ(target ? std::optional(*target) : std::nullopt, c.trace) << c.answer;
     }
 }
 
@@ -216,7 +217,7 @@ TEST_F(SmallSet, TraceDataIsTheChosenTraceDividedByTheFactor) {
 
 TEST_F(SmallSet, CurveDataIsTheExtractedTraceOrTheFittedCurve) {
     // Without a curve: a message and no question.
-    EXPECT_FALSE(CurveDataText(std::nullopt, "pA", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, CurveDataText(std::nullopt, "pA", dialogs).status()));
     ASSERT_EQ(dialogs.Transcript().size(), 1u);
     EXPECT_EQ(dialogs.Messages().back().caption, "Curve Data");
 
@@ -254,7 +255,7 @@ TEST(TraceText, SavingAsksBeforeReplacing) {
 TEST(DataArrayHistogram, BinsTheArrayOrSaysWhyNot) {
     ScriptedDialogs dialogs;
     DataArray array;
-    EXPECT_FALSE(DataArrayHistogramCommand(array, 2, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, DataArrayHistogramCommand(array, 2, dialogs).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Empty Data Array #2");
     EXPECT_EQ(dialogs.Messages().back().text,
               "The Data Array #2 is empty.  Please fill the array with data and try again.");
@@ -275,7 +276,7 @@ TEST(DataArrayHistogram, BinsTheArrayOrSaysWhyNot) {
     // 0 to 1e6 in bins of 1 is far past the bin limit.
     array.Assign(std::vector<float>{0, 1e6f, 5});
     dialogs.AnswerInput("1");
-    EXPECT_FALSE(DataArrayHistogramCommand(array, 1, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, DataArrayHistogramCommand(array, 1, dialogs).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }

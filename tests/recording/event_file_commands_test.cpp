@@ -305,7 +305,7 @@ TEST(Abf2EventFile, SavedFileCarriesAnAbfOneHeaderAndReadsBackByteForByte) {
 TEST(FileList, MissingDataFileOrDamagedEventFileChangesNothing) {
     Fixture f("other.abf");
     WriteBytes(f.dir / "lost.EVT", BuildEventFile(BlankHeaderCopy(), AnalysisParameters{}, {}, "gone.abf"));
-    EXPECT_FALSE(OpenFromFileList(f.ws, f.dir / "lost.EVT", f.dialogs));
+    EXPECT_FALSE(ShowFailure(f.dialogs, OpenFromFileList(f.ws, f.dir / "lost.EVT", f.dialogs)));
     ASSERT_EQ(f.dialogs.Messages().size(), 1u);
     EXPECT_NE(f.dialogs.Messages()[0].text.find("gone.abf does not exist"), std::string::npos);
 
@@ -317,7 +317,7 @@ TEST(FileList, MissingDataFileOrDamagedEventFileChangesNothing) {
     f.AddEvents(4, 30);
     const EventTable events = f.ws.events;
     f.dialogs.ClearTranscript();
-    EXPECT_FALSE(OpenFromFileList(f.ws, f.dir / "cell.EVT", f.dialogs));
+    EXPECT_FALSE(ShowFailure(f.dialogs, OpenFromFileList(f.ws, f.dir / "cell.EVT", f.dialogs)));
     ASSERT_EQ(f.dialogs.Transcript().size(), 1u);  // no question about saving
     EXPECT_EQ(f.dialogs.Transcript()[0].caption, texts::kDamagedFileCaption);
     EXPECT_EQ(f.dialogs.Transcript()[0].text.rfind("cell.EVT: ", 0), 0u);

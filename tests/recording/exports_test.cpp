@@ -97,7 +97,7 @@ TEST_F(EventExports, AsciiTableRefusesAnExistingFile) {
               "1234.5\t-5\t0.2\t1\t-7.25\t50\t2\t255\t2\t0.15\t1.5\t0.1\t-1\t3\t7\t-33.5\t50\r\n"
               "0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\t0\r\n");
     dialogs.AnswerSaveFile((dir / "table.ASC").string());
-    EXPECT_FALSE(SaveToAsciiFileCommand(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, SaveToAsciiFileCommand(ws, dialogs)));
     EXPECT_EQ(dialogs.Messages().back().caption, "File Exist");
     EXPECT_EQ(ReadText(dir / "table.ASC"), text);
 }

@@ -101,7 +101,7 @@ protected:
             c.apply(bytes);
             dialogs.ClearTranscript();
             dialogs.AnswerYesNo(false);
-            EXPECT_FALSE(OpenDataFile(ws, Save(dir, "bad.abf", bytes), dialogs));
+            EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, Save(dir, "bad.abf", bytes), dialogs)));
             const auto messages = dialogs.Messages();
             ASSERT_EQ(messages.size(), 1u);
             EXPECT_EQ(messages[0].caption, c.caption);
@@ -225,7 +225,7 @@ TEST_F(OpenDataFileTest, DamagedAbf2SectionsAreRefusedWithTheirMessage) {
 TEST_F(OpenDataFileTest, AMissingFileIsReportedByName) {
     OpenPrevious();
     dialogs.AnswerYesNo(false);
-    EXPECT_FALSE(OpenDataFile(ws, dir / "gone.abf", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, dir / "gone.abf", dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, texts::kCannotOpenCaption);
     EXPECT_NE(dialogs.Messages()[0].text.find("gone.abf"), std::string::npos);
@@ -251,7 +251,7 @@ TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
     int saves = 0;
     // Yes, but the save does not happen: the opening stops.
     dialogs.AnswerYesNo(true);
-    EXPECT_FALSE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return false; }));
+    EXPECT_FALSE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return CommandResult::Cancelled(); }));
     EXPECT_EQ(saves, 1);
     ExpectPreviousKept();
     EXPECT_EQ(dialogs.Transcript().back().text,
@@ -259,7 +259,7 @@ TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
     // Yes and saved: the new file replaces the old, events and history emptied.
     ws.history.Checkpoint(ws.events, "edit");
     dialogs.AnswerYesNo(true);
-    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return true; }));
+    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return CommandResult::Ok(); }));
     EXPECT_EQ(saves, 2);
     EXPECT_EQ(ws.recording->FileName(), "next.abf");
     EXPECT_TRUE(ws.events.Empty());
@@ -271,7 +271,7 @@ TEST_F(OpenDataFileTest, SavePreviousEventsQuestionAndItsAnswers) {
     EXPECT_EQ(ws.Folder(), dir.Path());
     EXPECT_EQ(std::filesystem::current_path(), startedIn);
     // No events: no question.
-    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return true; }));
+    EXPECT_TRUE(OpenDataFile(ws, next, dialogs, [&] { ++saves; return CommandResult::Ok(); }));
     EXPECT_EQ(saves, 2);
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
@@ -358,7 +358,7 @@ TEST(FloatingPointRefusal, NamesTheChannelsOnEveryWayIn) {
 
     Workspace ws;
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(OpenDataFile(ws, path, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, path, dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].caption, texts::kNotIntegerCaption);
     EXPECT_EQ(dialogs.Messages()[0].text, expected);
@@ -369,7 +369,7 @@ TEST(FloatingPointRefusal, RealAbf2FileNamesItsChannels) {
     VESS_REQUIRE_SHARED_DATA();
     Workspace ws;
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(OpenDataFile(ws, test::SharedData() / "abf2/SWHLab_gain_float32.abf", dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, OpenDataFile(ws, test::SharedData() / "abf2/SWHLab_gain_float32.abf", dialogs)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     const std::string text = dialogs.Messages()[0].text;
     EXPECT_EQ(text.rfind(std::string(texts::kNotIntegerText), 0), 0u);

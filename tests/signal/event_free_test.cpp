@@ -249,7 +249,7 @@ TEST(SynchArray, GapFreeRecordingsAreRefusedAndEpisodicFilesGiveTheirSweepStarts
     Workspace ws;
     ws.recording = test::MakeRecording(dir / "g.abf", std::vector<int16_t>(1024, 0));
     ScriptedDialogs dialogs;
-    EXPECT_FALSE(SynchArrayCommand(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, SynchArrayCommand(ws, dialogs).status()));
     EXPECT_EQ(dialogs.Messages().back().text, tool_texts::kNotEpisodicText);
 
     VESS_REQUIRE_SHARED_DATA();
@@ -257,7 +257,7 @@ TEST(SynchArray, GapFreeRecordingsAreRefusedAndEpisodicFilesGiveTheirSweepStarts
     ws.recording = OpenShared("abf2/171116sh_0020.abf");
     ASSERT_TRUE(ws.recording);
     dialogs.AnswerInput("2");
-    ASSERT_EQ(SynchArrayCommand(ws, dialogs), 2);
+    ASSERT_EQ(SynchArrayCommand(ws, dialogs).value(), 2);
     EXPECT_EQ(std::vector<float>(ws.array2.Values().begin(), ws.array2.Values().end()),
               (std::vector<float>{0, 10000, 20000, 30000, 40000, 50000, 60000}));
     EXPECT_TRUE(ws.array1.Empty());

@@ -358,12 +358,12 @@ TEST(FilterCommands, SettingsRoundTripAndDetectionFollowsTheChoice) {
     SetDetectOnFiltered(ws, true);
     EXPECT_FALSE(DetectsOnFiltered(ws));  // nothing applied yet
     ScriptedDialogs dialogs;
-    ASSERT_TRUE(ApplyFilterCommand(ws, dialogs, choice));
+    ASSERT_TRUE(ApplyFilterCommand(ws, choice));
     EXPECT_TRUE(DetectsOnFiltered(ws));
     SetDetectOnFiltered(ws, false);
     EXPECT_FALSE(DetectsOnFiltered(ws));
     choice.cutoffHz = 10000;  // fs/2 exactly
-    EXPECT_FALSE(ApplyFilterCommand(ws, dialogs, choice));
+    EXPECT_FALSE(ShowFailure(dialogs, ApplyFilterCommand(ws, choice)));
     ASSERT_FALSE(dialogs.Messages().empty());
     EXPECT_NE(dialogs.Messages().back().text.find("10000 Hz cannot be used"), std::string::npos);
     EXPECT_EQ(ws.settings.filterCutoffHz, 750.0);  // the refused value is not stored

@@ -102,7 +102,7 @@ TEST_F(ArrayFillTest, InterEventIntervalsOfSortedTimesOrNoneWithTooFewEvents) {
     ws.array2.Assign(std::vector<float>{7, 8});
     dialogs.ClearTranscript();
     dialogs.AnswerYesNo(true).AnswerInput("0");
-    EXPECT_FALSE(InterEventIntervalsCommand(ws, dialogs, 2));
+    EXPECT_FALSE(ShowFailure(dialogs, InterEventIntervalsCommand(ws, dialogs, 2)));
     ASSERT_EQ(dialogs.Messages().size(), 1u);
     EXPECT_EQ(dialogs.Messages()[0].text, "Not enough events to add.");
     EXPECT_EQ(Values(ws.array2), (std::vector<float>{7, 8}));

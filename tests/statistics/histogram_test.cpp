@@ -91,11 +91,11 @@ TEST_F(HistogramCommandTest, EventSourceAsksGroupThenBinAndSaysWhatIsMissing) {
     EXPECT_EQ(plot->series[0].y, (std::vector<double>{3}));
 
     dialogs.AnswerInput("9");
-    EXPECT_FALSE(HistogramCommand(ws, dialogs, 1));
+    EXPECT_FALSE(ShowFailure(dialogs, HistogramCommand(ws, dialogs, 1).status()));
     EXPECT_EQ(dialogs.Messages().back().text, "There is no events with group number 9.  Try another group.");
     ws.array1.Assign(std::vector<float>{0, 60000});
     dialogs.AnswerInput("ms").AnswerInput("1");
-    EXPECT_FALSE(HistogramCommand(ws, dialogs, 14));
+    EXPECT_FALSE(ShowFailure(dialogs, HistogramCommand(ws, dialogs, 14).status()));
     EXPECT_EQ(dialogs.Transcript()[dialogs.Transcript().size() - 3].caption, "x-axis unit");
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
 }
@@ -126,7 +126,7 @@ TEST(RunningAverage, MeansPerTimeBinSkippingEmptyBins) {
     ScriptedDialogs dialogs;
     ws.array1.Assign(std::vector<float>{1, 2, 3});
     ws.array2.Assign(std::vector<float>{1, 2});
-    EXPECT_FALSE(RunningAverageCommand(ws, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, RunningAverageCommand(ws, dialogs).status()));
     EXPECT_EQ(dialogs.Messages()[0].caption, "Try Again");
 }
 
@@ -218,7 +218,7 @@ TEST(Correlogram, CommandAsksItsQuestionsAndNormalises) {
     dialogs.AnswerInput("ms").AnswerInput("1").AnswerInput("60001");
     EXPECT_FALSE(CrossCorrelogramCommand(ws, dialogs, 1));  // Array #2 empty: nothing asked
     ws.array2.Assign(x);
-    EXPECT_FALSE(CrossCorrelogramCommand(ws, dialogs, 1));
+    EXPECT_FALSE(ShowFailure(dialogs, CrossCorrelogramCommand(ws, dialogs, 1).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Too many bins");
     EXPECT_TRUE(dialogs.Transcript()[dialogs.Transcript().size() - 2].text.find("upper and lower range") !=
                 std::string::npos);
@@ -251,8 +251,7 @@ TEST(NotMeasured, TestsLeaveOutNonFiniteValuesAndCountThem) {
         {StatTest::FTest, overflowed, "F Stat", 1, "2 values that were not measured were left out"},
     };
     for (const Case& c : cases) {
-        ScriptedDialogs dialogs;
-        const auto o = RunTest(c.test, c.a, c.a, dialogs);
+        const auto o = RunTest(c.test, c.a, c.a);
         ASSERT_TRUE(o) << StatTestMenuCaption(c.test);
         EXPECT_EQ(Value(*o, c.statistic), c.expected) << StatTestMenuCaption(c.test);
         EXPECT_NEAR(Value(*o, "P value: two-tail"), 1.0, 1e-12) << StatTestMenuCaption(c.test);
@@ -262,13 +261,13 @@ TEST(NotMeasured, TestsLeaveOutNonFiniteValuesAndCountThem) {
     // The regression drops the pair whose x was not measured: y = 2x on the rest.
     ScriptedDialogs dialogs;
     const std::vector<double> x{1, kNaN, 3, 4}, y{2, 100, 6, 8};
-    const auto reg = RunTest(StatTest::LinearRegression, x, y, dialogs);
+    const auto reg = RunTest(StatTest::LinearRegression, x, y);
     ASSERT_TRUE(reg);
     EXPECT_EQ(Value(*reg, "n"), 3);
     EXPECT_DOUBLE_EQ(reg->table.Find("The Equation is")->values.at(1), 2.0);
     // Nothing measured at all is refused with its reason.
     const std::vector<double> none{kNaN, kNaN, kNaN};
-    EXPECT_FALSE(RunTest(StatTest::TTestEqualVar, none, halfWidths, dialogs));
+    EXPECT_FALSE(ShowFailure(dialogs, RunTest(StatTest::TTestEqualVar, none, halfWidths).status()));
     EXPECT_EQ(dialogs.Messages().back().caption, "Not measured");
 }
 

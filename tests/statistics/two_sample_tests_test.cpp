@@ -142,30 +142,30 @@ TEST(DataAnalysis, ChecksBeforeTheTestsGridRowsAndFormats) {
     Workspace ws;
     ScriptedDialogs dialogs;
     // A cleared array (upper bound 1) is empty.
-    EXPECT_FALSE(RunTestCommand(ws, dialogs, {StatTest::TTestEqualVar}));
+    EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, {StatTest::TTestEqualVar}).status()));
     EXPECT_EQ(dialogs.Messages().at(0).caption, "Empty Data Array");
 
     ws.array1.Assign(std::vector<float>{1, 2, 3, 4, 5});
     ws.array2.Assign(std::vector<float>{1, 2, 3, 4, 5, 7});
     dialogs.ClearTranscript();
-    EXPECT_FALSE(RunTestCommand(ws, dialogs, {StatTest::TTestPaired}));
-    EXPECT_FALSE(RunTestCommand(ws, dialogs, {StatTest::LinearRegression}));
+    EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, {StatTest::TTestPaired}).status()));
+    EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, {StatTest::LinearRegression}).status()));
     ASSERT_EQ(dialogs.Messages().size(), 2u);
     EXPECT_EQ(dialogs.Messages()[0].caption, "Inappropriate Values");
     // Unequal counts are fine for the other tests.
-    EXPECT_TRUE(RunTestCommand(ws, dialogs, {StatTest::KsTest}));
+    EXPECT_TRUE(RunTestCommand(ws, {StatTest::KsTest}));
 
     // A summary sample against an empty array names the array.
     ws.array2.Clear();
     TestRequest r{StatTest::FTest};
     r.sample1 = {false, 1, 3.0, 1.5, 12};
     dialogs.ClearTranscript();
-    EXPECT_FALSE(RunTestCommand(ws, dialogs, r));
+    EXPECT_FALSE(ShowFailure(dialogs, RunTestCommand(ws, r).status()));
     EXPECT_EQ(dialogs.Messages().at(0).caption, "Empty Data Array #2");
 
     ws.array1.Assign(std::vector<float>{1, 2, 3});
     ws.array2.Assign(std::vector<float>{1, 2, 3});
-    const auto o = RunTestCommand(ws, dialogs, {StatTest::TTestEqualVar});
+    const auto o = RunTestCommand(ws, {StatTest::TTestEqualVar});
     ASSERT_TRUE(o);
     EXPECT_EQ(o->table.Find("Mean")->cells, (std::vector<std::string>{"2.000", "2.000"}));
     EXPECT_EQ(o->table.Find("P value: two-tail")->cells[0], "1.00000000");
@@ -174,16 +174,15 @@ TEST(DataAnalysis, ChecksBeforeTheTestsGridRowsAndFormats) {
     // A summary sample ("Mean" option) stands in for an array.
     r = {StatTest::TTestUnequalVar};
     r.sample2 = {false, 2, 1234.5, 2.0, 3};
-    const auto summary = RunTestCommand(ws, dialogs, r);
+    const auto summary = RunTestCommand(ws, r);
     ASSERT_TRUE(summary);
     EXPECT_EQ(summary->table.Find("Mean")->cells[1], "1,234.500");
     EXPECT_EQ(summary->table.Find("Variance")->values[1], 4.0);
 }
 
 TEST(DataAnalysis, RegressionRowsAndColumnStatistics) {
-    ScriptedDialogs dialogs;
     const std::vector<double> x = {1, 2, 3, 4}, y = {3, 5, 7, 9.5};
-    const auto o = RunTest(StatTest::LinearRegression, x, y, dialogs);
+    const auto o = RunTest(StatTest::LinearRegression, x, y);
     ASSERT_TRUE(o);
     // Least squares by hand: slope 2.15, intercept 0.75.
     EXPECT_EQ(o->table.Find("The Equation is")->cells[0], "Y = 0.7500 + 2.1500X");

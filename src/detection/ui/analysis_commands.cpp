@@ -30,13 +30,14 @@ namespace vess {
 void RecalculateSelectedEvent(CommandHost& host) {
     Workspace& ws = host.Ws();
     if (!ws.HasSelectedEvent() || host.Busy()) return;
-    host.Redraw(RecalculateEvent(ws, host.Asker(), ws.selectedEvent).eventIndex > 0);
+    const auto r = RecalculateEvent(ws, ws.selectedEvent);
+    host.Redraw(ShowFailure(host.Asker(), r.status()) && r->eventIndex > 0);
 }
 
-void ShowDoublePeak(CommandHost& host, const DoublePeakResult& r, int32_t countBefore) {
+void ShowDoublePeak(CommandHost& host, const Outcome<DoublePeakResult>& r, int32_t countBefore) {
     Workspace& ws = host.Ws();
     const bool stored = ws.events.Count() != countBefore;
-    if (r.eventIndex > 0) ws.selectedEvent = r.eventIndex;
+    if (ShowFailure(host.Asker(), r.status()) && r->eventIndex > 0) ws.selectedEvent = r->eventIndex;
     host.EventsStored(ws.events.Count() - countBefore);
     host.Redraw(stored);
 }
@@ -77,7 +78,7 @@ void DoublePeak(CommandHost& host) {
     Workspace& ws = host.Ws();
     if (host.Busy() || !ws.recording) return;
     const int32_t before = ws.events.Count();
-    ShowDoublePeak(host, AnalyzeDoublePeak(ws, host.Asker(), ws.selectedEvent), before);
+    ShowDoublePeak(host, AnalyzeDoublePeak(ws, ws.selectedEvent), before);
 }
 
 void ScanDoublePeak(CommandHost& host) {
@@ -86,8 +87,9 @@ void ScanDoublePeak(CommandHost& host) {
     // The scan inserts rows: keep the same event selected, not the same row.
     const bool hadSelection = ws.HasSelectedEvent();
     const EventRecord selected = hadSelection ? ws.events[ws.selectedEvent] : EventRecord{};
-    const DoublePeakScanResult r = ScanDoublePeaks(ws, host.Asker());
-    if (hadSelection && r.peaksAdded > 0) {
+    const auto scan = ScanDoublePeaks(ws, host.Asker());
+    const int32_t added = ShowFailure(host.Asker(), scan.status()) ? scan->peaksAdded : 0;
+    if (hadSelection && added > 0) {
         for (int32_t k = 1; k <= ws.events.Count(); ++k)
             if (ws.events[k] == selected) {
                 ws.selectedEvent = k;
@@ -95,18 +97,19 @@ void ScanDoublePeak(CommandHost& host) {
             }
     }
     KeepSelectionValid(ws);
-    host.Redraw(r.peaksAdded > 0);
+    host.Redraw(added > 0);
 }
 
 void BaselineAndThreshold(CommandHost& host) {
     if (host.Busy() || !host.Ws().recording) return;
     // Yes changes ThresholdAmplitude: the parameter boxes show it at once.
-    if (BaselineThreshold(host.Ws(), host.Asker()).applied) host.RedrawAll(false);
+    const auto threshold = BaselineThreshold(host.Ws(), host.Asker());
+    if (ShowFailure(host.Asker(), threshold.status()) && threshold->applied) host.RedrawAll(false);
 }
 
 void RmsNoise(CommandHost& host) {
     if (host.Busy() || !host.Ws().recording) return;
-    ShowRmsNoise(host.Ws(), host.Asker());
+    ShowFailure(host.Asker(), ShowRmsNoise(host.Ws(), host.Asker()).status());
     host.RedrawTrace(false);
 }
 

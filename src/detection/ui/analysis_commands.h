@@ -8,11 +8,13 @@ namespace vess {
 
 class CommandHost;
 struct DoublePeakResult;
+template <class T>
+class Outcome;
 
 // Recalculates the selected event (I, Shift+click).
 void RecalculateSelectedEvent(CommandHost& host);
 // The second peak (new or already stored) becomes the selected event, so
-// that the next-event key goes on from it.
-void ShowDoublePeak(CommandHost& host, const DoublePeakResult& r, int32_t countBefore);
+// that the next-event key goes on from it; a failure is shown.
+void ShowDoublePeak(CommandHost& host, const Outcome<DoublePeakResult>& r, int32_t countBefore);
 
 }  // namespace vess

@@ -24,6 +24,10 @@ namespace {
 
 using namespace ui_text;
 
+void ShowJump(CommandHost& host, const Outcome<NavResult>& jump) {
+    if (ShowFailure(host.Asker(), jump.status())) ShowNavigation(host, *jump);
+}
+
 constexpr const char* kMenu = "&View";
 constexpr const char* kGoTo = "&View/&Go To";
 
@@ -94,7 +98,7 @@ void AddGoToCommands(CommandRegistry& r, double& order) {
            .separatorBefore = true,
            .run =
                [](CommandHost& host) {
-                   if (!host.NonStopRunning()) ShowNavigation(host, JumpToTime(host.Ws(), host.Asker()));
+                   if (!host.NonStopRunning()) ShowJump(host, JumpToTime(host.Ws(), host.Asker()));
                }});
     r.Add({.objectName = "menu_JumpEvent",
            .menuPath = kGoTo,
@@ -104,7 +108,7 @@ void AddGoToCommands(CommandRegistry& r, double& order) {
            .order = order++,
            .run =
                [](CommandHost& host) {
-                   if (!host.NonStopRunning()) ShowNavigation(host, JumpToEventNumber(host.Ws(), host.Asker()));
+                   if (!host.NonStopRunning()) ShowJump(host, JumpToEventNumber(host.Ws(), host.Asker()));
                }});
 }
 

@@ -92,15 +92,17 @@ void GroupAnalysisWindow::MoveTo(int32_t trace) {
 }
 
 void GroupAnalysisWindow::JumpToTrace() {
-    if (const auto target = JumpTargetCommand(set_, displayedType_, dialogs_)) MoveTo(*target);
+    if (const auto target = JumpTargetCommand(set_, displayedType_, dialogs_); ShowFailure(dialogs_, target.status()))
+        MoveTo(*target);
 }
 
 void GroupAnalysisWindow::RemoveTrace() {
-    if (!jobs_.Running() && RemoveTraceCommand(ws_, set_, current_, dialogs_)) StartDisplay();
+    if (!jobs_.Running() && ShowFailure(dialogs_, RemoveTraceCommand(ws_, set_, current_))) StartDisplay();
 }
 
 void GroupAnalysisWindow::RegroupTrace() {
-    if (!jobs_.Running() && RegroupTraceCommand(ws_, set_, current_, displayedGroup_, dialogs_)) StartDisplay();
+    if (!jobs_.Running() && ShowFailure(dialogs_, RegroupTraceCommand(ws_, set_, current_, displayedGroup_, dialogs_)))
+        StartDisplay();
 }
 
 const ResultColumn* GroupAnalysisWindow::CurrentColumn() const {
@@ -118,7 +120,7 @@ void GroupAnalysisWindow::RefreshGrid() {
 
 void GroupAnalysisWindow::PutColumn(int array) {
     if (const ResultColumn* c = CurrentColumn())
-        PutColumnToArrayCommand(ws_.results, *c, ws_.Array(array), array, dialogs_);
+        ShowFailure(dialogs_, PutColumnToArrayCommand(ws_.results, *c, ws_.Array(array), array, dialogs_));
 }
 
 void GroupAnalysisWindow::ShowColumnStatistics() {
@@ -147,13 +149,14 @@ void GroupAnalysisWindow::TraceDataOut(bool toClipboard) {
 
 void GroupAnalysisWindow::CurveDataOut(bool toClipboard) {
     const auto text = CurveDataText(resultCurve_, scale_.units, dialogs_);
-    if (!text) return;
+    if (!ShowFailure(dialogs_, text.status())) return;
     if (toClipboard) CopyTextThroughFile(*text, kTraceTempFile);
     else ShowFailure(dialogs_, SaveTextFileCommand(*text, dialogs_));
 }
 
 void GroupAnalysisWindow::PlotDataArray(int array) {
-    if (auto plot = DataArrayHistogramCommand(ws_.Array(array), array, dialogs_)) ShowPlot(this, *plot);
+    if (auto plot = DataArrayHistogramCommand(ws_.Array(array), array, dialogs_); ShowFailure(dialogs_, plot.status()))
+        ShowPlot(this, *plot);
 }
 
 // Pictures go into documents: they keep the axes and may carry scale bars.
@@ -261,7 +264,7 @@ void GroupAnalysisWindow::BuildMenus() {
     AddAction(results, "menu_Put2Array2", tr("Put Column into Array #&2"), [this] { PutColumn(2); });
     auto plot = [this](auto make) {
         if (const ResultColumn* c = CurrentColumn())
-            if (auto p = make(*c)) ShowPlot(this, *p);
+            if (auto p = make(*c); ShowFailure(dialogs_, p.status())) ShowPlot(this, *p);
     };
     AddAction(results, "menu_FreqHisto", tr("&Frequency Histogram"), [this, plot] { plot([this](const ResultColumn& c) { return ResultHistogramCommand(ws_.results, c, false, dialogs_); }); });
     AddAction(results, "menu_CumulHisto", tr("C&umulative Histogram"), [this, plot] { plot([this](const ResultColumn& c) { return ResultHistogramCommand(ws_.results, c, true, dialogs_); }); });

@@ -102,7 +102,7 @@ void GeometricWindow::RefreshPreset() {
 }
 
 void GeometricWindow::SaveOptions() {
-    SaveHrvOptionsCommand(ws_.iniPath, Options(), HrvWindow::Geometric, dialogs_);
+    ShowFailure(dialogs_, SaveHrvOptionsCommand(ws_.iniPath, Options(), HrvWindow::Geometric, dialogs_));
 }
 
 void GeometricWindow::SetPane(int index, PlotWidget* plot) {
@@ -125,7 +125,7 @@ void GeometricWindow::GeneratePlots() {
     auto rrPlot = HistogramPlot(a.rr.rrMs, o.rrBinMs, texts::kRRSeries);
     auto deltaPlot = HistogramPlot(a.rr.DeltaMs(), o.deltaRRBinMs, texts::kDeltaRRSeries);
     if (!rrPlot || !deltaPlot) {
-        TellTooManyBins(dialogs_);
+        ShowFailure(dialogs_, TooManyBins());
         return;
     }
     AddTriangle(*rrPlot, a.triangle, o.rrBinMs);

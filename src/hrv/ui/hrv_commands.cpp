@@ -19,8 +19,8 @@ namespace {
 
 constexpr const char* kMenu = "Heart &Rate";
 
-void Show(CommandHost& host, const std::optional<PlotData>& plot) {
-    if (plot) ShowPlot(host.Tools(), *plot);
+void Show(CommandHost& host, const Outcome<PlotData>& plot) {
+    if (ShowFailure(host.Asker(), plot.status())) ShowPlot(host.Tools(), plot.value());
 }
 
 // A window deleted when closed, so that the next opening reads the events
@@ -81,9 +81,9 @@ void AddHeartRateCommands(CommandRegistry& r) {
         ShowFailure(h.Asker(), hrv::SaveTachogramAbfCommand(h.Ws(), h.Asker(), folder));
     });
     add(kMenu, "menu_ScanMissingBeats", "Scan for &Missing Beats...",
-        [](CommandHost& h) { hrv::ScanMissingBeatsCommand(h.Ws(), h.Asker()); }, true);
+        [](CommandHost& h) { ShowFailure(h.Asker(), hrv::ScanMissingBeatsCommand(h.Ws(), h.Asker())); }, true);
     add(kMenu, "menu_ScanRejectRRIntervals", "&Reject Short RR Intervals...",
-        [](CommandHost& h) { hrv::ScanRejectRRIntervalsCommand(h.Ws(), h.Asker()); });
+        [](CommandHost& h) { ShowFailure(h.Asker(), hrv::ScanRejectRRIntervalsCommand(h.Ws(), h.Asker())); });
 }
 
 const CommandRegistration registration{AddHeartRateCommands};

@@ -134,7 +134,8 @@ void TimeDomainWindow::BuildMenus() {
     QMenu* tacho = menuBar()->addMenu(Q(texts::kTachogramMenu));
     tacho->setObjectName("menu_Tachogram");
     add(tacho, "menu_TachogramGenerate", Q(texts::kGeneratePlot), [this] {
-        if (const auto plot = TachogramPlotCommand(ws_, dialogs_)) ShowPlot(this, *plot);
+        if (const auto plot = TachogramPlotCommand(ws_, dialogs_); ShowFailure(dialogs_, plot.status()))
+            ShowPlot(this, plot.value());
     });
     add(tacho, "menu_TachogramSaveABF", Q(vess::texts::kSaveAsAbf), [this] {
         EnsureTemplateHeader(templateFolder_);
@@ -197,7 +198,7 @@ void TimeDomainWindow::StartAnalysis() {
 }
 
 void TimeDomainWindow::SaveOptions() {
-    SaveHrvOptionsCommand(ws_.iniPath, Options(), HrvWindow::TimeDomain, dialogs_);
+    ShowFailure(dialogs_, SaveHrvOptionsCommand(ws_.iniPath, Options(), HrvWindow::TimeDomain, dialogs_));
 }
 
 void TimeDomainWindow::ShowDefinition(int column) {

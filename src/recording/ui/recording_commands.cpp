@@ -37,7 +37,7 @@ void FillRecent(QMenu* menu, CommandHost& host) {
         a->setObjectName(QString("menu_Recent%1").arg(i + 1));
         a->setToolTip(path);
         QObject::connect(a, &QAction::triggered, menu, [&host, path] {
-            if (RecentRecordingExists(host.Ws().iniPath, path.toStdString(), host.Asker()))
+            if (ShowFailure(host.Asker(), CheckRecentRecording(host.Ws().iniPath, path.toStdString())))
                 host.OpenPath(path);
         });
     }

@@ -35,8 +35,8 @@ constexpr const char* kMenu = "&Signal";
 
 QString Q(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
 
-void Show(CommandHost& host, const std::optional<PlotData>& plot) {
-    if (plot) ShowPlot(host.Tools(), *plot);
+void Show(CommandHost& host, const Outcome<PlotData>& plot) {
+    if (ShowFailure(host.Asker(), plot.status())) ShowPlot(host.Tools(), plot.value());
 }
 
 bool FilterApplied(const CommandState& s) { return s.RecordingOpen() && s.ws.recording->HasFiltered(); }
@@ -53,14 +53,14 @@ void ShowResponse(CommandHost& host, const FilterChoice& choice) {
 void ApplyFilter(CommandHost& host, const FilterChoice& choice) {
     Workspace& ws = host.Ws();
     if (host.Busy()) return;
-    auto request = PrepareFilter(ws, host.Asker(), choice);
-    if (!request) return;
+    auto request = PrepareFilter(ws, choice);
+    if (!ShowFailure(host.Asker(), request.status())) return;
     host.Jobs().Start(MakeJob(std::string(texts::kFilterCaption),
-                              [r = std::move(*request)](const JobProgress& progress) {
+                              [r = std::move(request.value())](const JobProgress& progress) {
                                   return FilterFromFile(r, [&](double done) { return progress(done, {}); });
                               },
                               [&host](FilteredChannel filtered) {
-                                  if (!AttachFiltered(host.Ws(), host.Asker(), std::move(filtered))) return;
+                                  if (!ShowFailure(host.Asker(), AttachFiltered(host.Ws(), std::move(filtered)))) return;
                                   host.Ws().showFiltered = true;
                                   host.RedrawTrace(true);
                               }),
@@ -97,9 +97,9 @@ std::optional<CursorSpan> CursorsOf(CommandHost& host) {
 
 void NoiseSpectrum(CommandHost& host) {
     auto request = PrepareNoiseSpectrum(host.Ws(), host.Asker(), CursorsOf(host));
-    if (!request) return;
+    if (!ShowFailure(host.Asker(), request.status())) return;
     host.Jobs().Start(MakeJob(std::string(tool_texts::kSpectrumMenu),
-                              [r = std::move(*request)](const JobProgress&) { return NoiseSpectrumPlot(r); },
+                              [r = std::move(request.value())](const JobProgress&) { return NoiseSpectrumPlot(r); },
                               [&host](PlotData plot) { ShowPlot(host.Tools(), plot); }),
                       host.Tools().Owner());
 }
@@ -122,15 +122,16 @@ void EventFree(CommandHost& host) {
 }
 
 void SynchArray(CommandHost& host) {
-    if (!SynchArrayCommand(host.Ws(), host.Asker())) return;
+    if (!ShowFailure(host.Asker(), SynchArrayCommand(host.Ws(), host.Asker()).status())) return;
     if (auto* w = host.Tools().Find<DataAnalysisWindow>()) w->ReloadArrays();
 }
 
 void PictureSeries(CommandHost& host) {
-    PictureSeriesCommand(host.Ws(), host.Asker(), [&host](int32_t, const std::filesystem::path& file) {
+    const auto written = PictureSeriesCommand(host.Ws(), host.Asker(), [&host](int32_t, const std::filesystem::path& file) {
         host.RedrawTrace(false);
         return host.Trace()->grab().save(QString::fromStdString(file.string()), "PNG");
     });
+    ShowFailure(host.Asker(), written.status());
     host.RedrawTrace(false);
 }
 
@@ -192,7 +193,7 @@ void AddToolCommands(CommandRegistry& r, double& order) {
                    }});
     };
     add("menu_NoiseMeasures", kNoiseMenu,
-        [](CommandHost& h) { NoiseMeasuresCommand(h.Ws(), h.Asker(), CursorsOf(h)); }, true);
+        [](CommandHost& h) { ShowFailure(h.Asker(), NoiseMeasuresCommand(h.Ws(), h.Asker(), CursorsOf(h)).status()); }, true);
     add("menu_NoiseSpectrum", kSpectrumMenu, NoiseSpectrum);
     r.Add({.objectName = "menu_LineFrequency60",
            .menuPath = kMenu,
@@ -201,7 +202,7 @@ void AddToolCommands(CommandRegistry& r, double& order) {
            .toggle = [](CommandHost& host, bool on) { host.Ws().settings.lineFrequencyHz = on ? 60 : 50; },
            .checkedWhen = [](const CommandState& s) { return s.ws.settings.lineFrequencyHz == 60; }});
     add("menu_DifferenceTrace", kDifferenceMenu,
-        [](CommandHost& h) { Show(h, DifferenceTraceCommand(h.Ws(), h.Asker(), CursorsOf(h))); });
+        [](CommandHost& h) { Show(h, DifferenceTraceCommand(h.Ws(), CursorsOf(h))); });
     add("menu_VarianceMean", kVarianceMeanMenu,
         [](CommandHost& h) { Show(h, VarianceMeanCommand(h.Ws(), h.Asker(), CursorsOf(h))); });
     add("menu_EventFree", kEventFreeMenu, EventFree, true);

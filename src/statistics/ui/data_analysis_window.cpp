@@ -147,8 +147,8 @@ bool DataAnalysisWindow::RunTest() {
                          std::string(stats_ui_texts::kBadSummaryText));
         return false;
     }
-    const auto outcome = RunTestCommand(ws_, dialogs_, TestRequest{test_, *s1, *s2, *alpha});
-    if (!outcome) return false;
+    const auto outcome = RunTestCommand(ws_, TestRequest{test_, *s1, *s2, *alpha});
+    if (!ShowFailure(dialogs_, outcome.status())) return false;
     pages_->setCurrentIndex(0);
     ShowResultTable(*grid_, outcome->table);
     delete graph_;

@@ -89,7 +89,7 @@ bool MathOperationWindow::Calculate() {
         constant_[0]->isEnabled() ? constant_[0]->setFocus() : constant_[1]->setFocus();
         return false;
     }
-    if (!MathOperationCommand(ws_, dialogs_, *request)) return false;
+    if (!ShowFailure(dialogs_, MathOperationCommand(ws_, dialogs_, *request))) return false;
     emit ArraysChanged();
     return true;
 }

@@ -37,8 +37,8 @@ using stats_ui_texts::Q;
 
 std::string Name(const std::string& base, int item) { return base + "_" + std::to_string(item); }
 
-void Show(CommandHost& host, const std::optional<PlotData>& plot) {
-    if (plot) ShowPlot(host.Tools(), *plot);
+void Show(CommandHost& host, const Outcome<PlotData>& plot) {
+    if (ShowFailure(host.Asker(), plot.status())) ShowPlot(host.Tools(), plot.value());
 }
 
 bool WhenNoJob(const CommandState& s) { return !s.jobRunning; }
@@ -82,10 +82,10 @@ void StartArraysImport(CommandHost& host) {
 }
 
 // Counts a correlogram as a job; its normalise question and plot follow.
-void StartCorrelogram(CommandHost& host, std::optional<CorrelogramRequest> request) {
-    if (!request || host.Jobs().Running()) return;
+void StartCorrelogram(CommandHost& host, Outcome<CorrelogramRequest> request) {
+    if (!ShowFailure(host.Asker(), request.status()) || host.Jobs().Running()) return;
     // Shared by the work and the questions after it: the arrays are not copied again.
-    auto r = std::make_shared<const CorrelogramRequest>(std::move(*request));
+    auto r = std::make_shared<const CorrelogramRequest>(std::move(request.value()));
     host.Jobs().Start(MakeJob(r->cross ? std::string(stats_ui_texts::kCrossCorrelogramMenu)
                                        : std::string(stats_ui_texts::kAutoCorrelogramMenu),
                               [r](const JobProgress&) { return CountCorrelogram(*r); },
@@ -157,7 +157,7 @@ void AddDataArrayCommands(CommandRegistry& r) {
         MenuAdder sub = m.Sub(all, PutEventDataMenu(k));
         for (int f = 0; f < kArrayFieldCount; ++f)
             sub.Add(Name(all, f), kFieldCaptions[f], [k, f](CommandHost& h) {
-                PutEventDataCommand(h.Ws(), h.Asker(), k, ArrayField(f));
+                ShowFailure(h.Asker(), PutEventDataCommand(h.Ws(), h.Asker(), k, ArrayField(f)));
             });
     }
     for (int k = 1; k <= 2; ++k) {
@@ -166,13 +166,13 @@ void AddDataArrayCommands(CommandRegistry& r) {
         for (int f = 0; f < kHighlightedFieldCount; ++f)
             sub.Add(Name(hl, f), kFieldCaptions[f], [k, f](CommandHost& h) {
                 const std::vector<int32_t> rows = h.SelectedRows();
-                PutHighlightedEventDataCommand(h.Ws(), h.Asker(), k, ArrayField(f), rows);
+                ShowFailure(h.Asker(), PutHighlightedEventDataCommand(h.Ws(), h.Asker(), k, ArrayField(f), rows));
             });
     }
     MenuAdder intervals = m.Sub("menu_InterEvent", kInterEventMenu);
     for (int k = 1; k <= 2; ++k)
         intervals.Add("menu_InterEventArray" + std::to_string(k), PutIntoArrayMenu(k),
-                      [k](CommandHost& h) { InterEventIntervalsCommand(h.Ws(), h.Asker(), k); });
+                      [k](CommandHost& h) { ShowFailure(h.Asker(), InterEventIntervalsCommand(h.Ws(), h.Asker(), k)); });
     for (int k = 1; k <= 2; ++k)
         m.Add("menu_ClearArray" + std::to_string(k), ClearArrayMenu(k),
               [k](CommandHost& h) { ClearArrayCommand(h.Ws(), k); }, k == 1);
@@ -184,7 +184,7 @@ void AddDataArrayCommands(CommandRegistry& r) {
     }, true);
     for (int k = 1; k <= 2; ++k)
         m.Add(Name("menu_PasteArray", k - 1), PasteArrayMenu(k), [k](CommandHost& h) {
-            PasteArrayCommand(h.Ws(), h.Asker(), k, QApplication::clipboard()->text().toStdString());
+            ShowFailure(h.Asker(), PasteArrayCommand(h.Ws(), h.Asker(), k, QApplication::clipboard()->text().toStdString()));
         });
     m.Add("menu_ArrayAscii", kArrayAsciiMenu, [](CommandHost& h) { ShowFailure(h.Asker(), SaveArraysAsciiCommand(h.Ws(), h.Asker())); },
           true);
