@@ -248,12 +248,14 @@ bool MainWindow::IsScreenToShow(const Screen& screen) const {
            screen.Filtered() == (ws_.showFiltered && ws_.recording->HasFiltered());
 }
 
+void MainWindow::ForgetScreen() {
+    trace_->SetScreen(nullptr);
+    screen_.reset();
+}
+
 void MainWindow::RebuildScreen() {
     if (!ws_.recording) {
-        if (screen_) {
-            screen_.reset();
-            trace_->SetScreen(nullptr);
-        }
+        if (screen_) ForgetScreen();
         return;
     }
     if (screen_ && IsScreenToShow(*screen_)) return;
@@ -271,7 +273,8 @@ void MainWindow::OfferScreen(Screen&& screen) {
 }
 
 void MainWindow::ShowScreenRead(std::unique_ptr<Screen> screen) {
-    const bool newRecording = !screen_ || &screen_->Rec() != &screen->Rec();
+    // Opening a file lets go of the screen first and refits the frame itself.
+    const bool newRecording = screen_ && &screen_->Rec() != &screen->Rec();
     screen_ = std::move(screen);
     if (newRecording) trace_->ResetScale();
     trace_->SetScreen(screen_.get());

@@ -113,6 +113,8 @@ private:
 
     // Redrawing.
     void RebuildScreen();
+    // The view and the kept screen let go of the open recording.
+    void ForgetScreen();
     bool IsScreenToShow(const Screen& screen) const;
     void ShowScreenRead(std::unique_ptr<Screen> screen);
     // Tells the user once that the recording's file could not be read,

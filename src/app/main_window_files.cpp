@@ -29,14 +29,18 @@ void MainWindow::OpenPath(const QString& path) {
 
 void MainWindow::OnFileChosen(const QString& path) {
     if (Busy()) return;
-    const Recording* before = ws_.recording.get();
+    // The screen reads from the open recording, which opening another closes
+    // while the view may still repaint (behind a question, or as the progress
+    // bar clears): the view lets go of it first and gets the new one with the
+    // refresh.
+    ForgetScreen();
     if (ShowFailure(dialogs_, OpenFromFileList(ws_, path.toStdString(), dialogs_))) {
         fitColumns_ = true;
         if (!ws_.events.Empty()) ws_.selectedEvent = 1;
         RememberRecording(ws_.iniPath, path.toStdString());
         ClearReadouts();
+        trace_->ResetScale();
     }
-    if (ws_.recording.get() != before) trace_->ResetScale();
     gridModel_->ContentChanged();
     RefreshAll();
     ShowOpenFileInList();

@@ -32,13 +32,11 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
     // The test is made on the unrounded quotients: 0.6 samples is refused even
     // though it would round to 1.
     if (baseOffset < 1 || baseLen < 1 || decay < 1 || search < 1) return std::nullopt;
-    DetectionLengths len;
-    len.searchLen = RoundClamp32(search);
-    len.baseOffset = RoundClamp32(baseOffset);
-    len.baseLen = RoundClamp32(baseLen);
-    len.decayLen = RoundClamp32(decay);
-    len.halfPeak = std::max<int32_t>(params.NumberPointsPeak, 1) / 2;
-    return len;
+    return DetectionLengths{.searchLen = RoundClamp32(search),
+                            .baseOffset = RoundClamp32(baseOffset),
+                            .baseLen = RoundClamp32(baseLen),
+                            .decayLen = RoundClamp32(decay),
+                            .halfPeak = std::max<int32_t>(params.NumberPointsPeak, 1) / 2};
 }
 
 Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws) {

@@ -56,7 +56,7 @@ TEST_F(EventFreeJobTest, RunsWithProgressAndStopAndClosesWithTheSavedMessage) {
         ASSERT_TRUE(WaitFor([&] { return !window->Busy(); }, 60000));
         EXPECT_TRUE(dialogs.Messages().empty());  // a stopped run says nothing
         EXPECT_EQ(std::filesystem::exists(target), existed);
-        if (existed) EXPECT_EQ(Bytes(target), before);
+        if (existed) { EXPECT_EQ(Bytes(target), before); }
         EXPECT_FALSE(jobs.Bar()->isVisible());
         for (const char* name : conflicting) EXPECT_TRUE(window->Action(name)->isEnabled()) << name;
     }

@@ -130,9 +130,6 @@ TEST_F(ShellTest, PointerAndNonStopReadoutsAreClearedAfterUndoResetAndAnotherFil
     EXPECT_EQ(progress->value(), 0);
 
     stale();
-    // Pending paints done first: a trace still to be drawn when another file
-    // opens is drawn from the recording just closed (reported, not fixed here).
-    QTest::qWait(20);
     dialogs.AnswerYesNo(false);  // the unsaved events of the first file
     ClickFile("volts.abf");
     ASSERT_EQ(ws.recording->Units(), "mV");
