@@ -44,9 +44,7 @@ TEST_F(FailureShownOnce, FailuresOnceUnderTheirCaptionCancelsSilently) {
         action->trigger();
         const auto messages = dialogs.Messages();
         ASSERT_EQ(messages.size(), c.caption ? 1u : 0u);
-        if (c.caption) {
-            EXPECT_EQ(messages[0].caption, *c.caption);
-        }
+        if (c.caption) { EXPECT_EQ(messages[0].caption, *c.caption); }
         EXPECT_TRUE(dialogs.AllAnswersUsed());
     }
 }

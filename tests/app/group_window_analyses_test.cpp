@@ -103,13 +103,9 @@ TEST_F(GroupAnalysesTest, EcgOfAveragedBeats) {
         samples.push_back(int16_t(std::lround(1000 * beat.At(std::fmod(i * dtMs, rr)))));
     ASSERT_NE(MakeRecording(dir / "ecg.abf", samples, dtMs * 1000, 1000), nullptr);
     ASSERT_TRUE(OpenFile(dir / "ecg.abf"));
-    for (int k = 1; k < 7; ++k) {
-        EventRecord e;
-        e.time = float(k * rr + 400);
-        e.sampleIndex = int32_t((k * rr + 400) / dtMs);
-        e.group = 1;
-        ws.events.Append(e);
-    }
+    for (int k = 1; k < 7; ++k)
+        ws.events.Append(
+            EventRecord{.time = float(k * rr + 400), .group = 1, .sampleIndex = int32_t((k * rr + 400) / dtMs)});
     // The average runs from one R peak over the next beat: the first cursor
     // after the T wave leaves the next P, QRS and T between the cursors.
     Display("Average", "4");

@@ -47,12 +47,8 @@ inline bool WaitFor(const std::function<bool()>& cond, int timeoutMs = 5000) {
 class GuiTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        SynthOptions options;
-        options.seconds = 6;
-        options.seed = 11;
-        options.eventsPerSecond = 8;
         abfPath = dir / "syn.abf";
-        ASSERT_EQ(WriteSynthetic(abfPath, Synthesise(options)), "");
+        ASSERT_EQ(WriteSynthetic(abfPath, Synthesise({.seconds = 6, .seed = 11, .eventsPerSecond = 8})), "");
         ws.iniPath = dir / "Vessanto.ini";
         ws.settings.dataFolder = dir.Path().string();
         window = std::make_unique<MainWindow>(ws, dialogs);
@@ -119,11 +115,8 @@ protected:
     }
     // A synthetic recording of `seconds` in the test folder.
     std::filesystem::path WriteSynth(const std::string& name, double seconds, uint64_t seed = 5) {
-        SynthOptions o;
-        o.seconds = seconds;
-        o.seed = seed;
         const auto path = dir / name;
-        EXPECT_EQ(WriteSynthetic(path, Synthesise(o)), "");
+        EXPECT_EQ(WriteSynthetic(path, Synthesise({.seconds = seconds, .seed = seed})), "");
         return path;
     }
     // The events the core's whole-file detection (the command line's) finds

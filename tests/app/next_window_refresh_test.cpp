@@ -37,9 +37,7 @@ protected:
 // from the recorded samples' frame.
 TEST_F(NextWindowRefreshTest, TraceShowsTheFilteredScreenWhileDetectionReadsTheRecordedOne) {
     OpenSample();
-    FilterChoice lowPass;
-    lowPass.cutoffHz = 300;
-    ASSERT_TRUE(ApplyFilterCommand(ws, lowPass, {}));
+    ASSERT_TRUE(ApplyFilterCommand(ws, FilterChoice{.cutoffHz = 300}, {}));
     window->RedrawTrace(/*reread=*/true);
     ASSERT_TRUE(ws.showFiltered);
     ASSERT_FALSE(ws.settings.detectOnFiltered);
@@ -48,8 +46,8 @@ TEST_F(NextWindowRefreshTest, TraceShowsTheFilteredScreenWhileDetectionReadsTheR
     ASSERT_EQ(ws.screenStartBlock, ws.BlocksPerScreen());
     const DisplayFrame shown = window->Trace()->Frame();
     window->RedrawTrace(/*reread=*/true);
-    EXPECT_EQ(window->Trace()->Frame().centreCounts, shown.centreCounts);
-    EXPECT_EQ(window->Trace()->Frame().spanCounts, shown.spanCounts);
+    EXPECT_EQ(std::pair(window->Trace()->Frame().centreCounts, window->Trace()->Frame().spanCounts),
+              std::pair(shown.centreCounts, shown.spanCounts));
 
     ws.showFiltered = false;
     window->RedrawTrace(/*reread=*/true);
@@ -61,26 +59,21 @@ TEST_F(NextWindowRefreshTest, StatusAndEnablingFollowUndoAndAnotherFile) {
     AnalyseUntilEvents(2);
     ExpectStatusOfWorkspace();
     ASSERT_TRUE(ws.history.Modified());
-    EXPECT_TRUE(Enabled("menu_Undo"));
-    EXPECT_TRUE(Enabled("menu_Reset"));
+    EXPECT_EQ(std::tuple(Enabled("menu_Undo"), Enabled("menu_Reset")), std::tuple(true, true));
 
     // Undo every step back to the empty table: the count, the title's star
     // and the enabling of what needs events or an undo step all go back.
     for (int i = 0; i < 400 && Enabled("menu_Undo"); ++i) window->Action("menu_Undo")->trigger();
     ASSERT_EQ(ws.events.Count(), 0);
     ExpectStatusOfWorkspace();
-    EXPECT_FALSE(Enabled("menu_Undo"));
-    EXPECT_TRUE(Enabled("menu_Redo"));
-    EXPECT_FALSE(Enabled("menu_Reset"));
+    EXPECT_EQ(std::tuple(Enabled("menu_Undo"), Enabled("menu_Redo"), Enabled("menu_Reset")),
+              std::tuple(false, true, false));
 
     // Another, shorter file seen from the first screen: the same screen
     // number but another count of screens, another name.
     window->Action("menu_FirstScreen")->trigger();
     ASSERT_EQ(ws.screenStartBlock, 0);
-    SynthOptions options;
-    options.seconds = 2;
-    options.seed = 3;
-    ASSERT_EQ(WriteSynthetic(dir / "short.abf", Synthesise(options)), "");
+    ASSERT_EQ(WriteSynthetic(dir / "short.abf", Synthesise({.seconds = 2, .seed = 3})), "");
     ASSERT_TRUE(OpenFile(dir / "short.abf"));
     ExpectStatusOfWorkspace();
     EXPECT_FALSE(Enabled("menu_Redo"));

@@ -23,12 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path Synth(const test::TempDir& dir, const std::string& name, uint64_t seed, double seconds = 3) {
-    SynthOptions o;
-    o.seconds = seconds;
-    o.seed = seed;
-    o.eventsPerSecond = 8;
     const fs::path path = dir / name;
-    EXPECT_EQ(WriteSynthetic(path, Synthesise(o)), "");
+    EXPECT_EQ(WriteSynthetic(path, Synthesise({.seconds = seconds, .seed = seed, .eventsPerSecond = 8})), "");
     return path;
 }
 

@@ -17,11 +17,9 @@ constexpr double kIntervalUs = 50;
 const EventKernel kKernel{0.5, 6};
 
 MethodFilter Deconvolution() {
-    MethodParameters params;
-    params.method = DetectionMethod::Deconvolution;
-    params.riseTauMs = kKernel.riseTauMs;
-    params.decayTauMs = kKernel.decayTauMs;
-    return MethodFilter(params, kIntervalUs, -1);
+    return MethodFilter({.method = DetectionMethod::Deconvolution, .riseTauMs = kKernel.riseTauMs,
+                         .decayTauMs = kKernel.decayTauMs},
+                        kIntervalUs, -1);
 }
 
 // The highest criterion within 5 ms after onset.

@@ -82,9 +82,7 @@ TEST(OrderedWork, ThreadsReadOneRecordingAndComputeOnCopies) {
     for (int64_t i = 0; i < points; ++i) samples[std::size_t(i)] = SampleAt(i);
     const auto rec = test::MakeRecording(dir / "index.abf", samples);
     ASSERT_TRUE(rec);
-    MethodParameters params;
-    params.method = DetectionMethod::Deconvolution;
-    const MethodFilter original(params, rec->IntervalUs(), -1);
+    const MethodFilter original({.method = DetectionMethod::Deconvolution}, rec->IntervalUs(), -1);
     const std::vector<double> expected = original.Compute(*rec, 1000, 50000);
     std::atomic<int> wrongSamples = 0, wrongCriteria = 0;
     std::vector<std::jthread> threads;

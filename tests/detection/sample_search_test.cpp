@@ -39,8 +39,8 @@ TEST(SampleSearch, VectorSearchesMatchPlainLoops) {
                 for (int32_t i = 1; i < n; ++i)
                     if (greatest ? (*v)[i] > want.value : (*v)[i] < want.value) want = {i, (*v)[i]};
                 const FirstExtreme got = FirstExtremeOf(v->data(), n, greatest);
-                EXPECT_EQ(got.offset, want.offset) << n << " samples, greatest " << greatest;
-                EXPECT_EQ(got.value, want.value) << n << " samples, greatest " << greatest;
+                EXPECT_EQ(std::pair(got.offset, got.value), std::pair(want.offset, want.value))
+                    << n << " samples, greatest " << greatest;
             }
         }
     }

@@ -18,11 +18,7 @@ namespace {
 
 std::vector<EventRecord> Peaks(const std::vector<int32_t>& samples) {
     std::vector<EventRecord> out;
-    for (const int32_t s : samples) {
-        EventRecord r;
-        r.sampleIndex = s;
-        out.push_back(r);
-    }
+    for (const int32_t s : samples) out.push_back(EventRecord{.sampleIndex = s});
     return out;
 }
 

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -20,17 +19,13 @@
 #include "signal/event_free_file.h"
 #include "signal/filter_channel.h"
 #include "signal/filter_commands.h"
+#include "support/read_back.h"
 #include "support/test_recording.h"
 
 namespace vess {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string Bytes(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 std::vector<std::string> FolderNames(const fs::path& folder) {
     std::vector<std::string> names;
@@ -40,8 +35,7 @@ std::vector<std::string> FolderNames(const fs::path& folder) {
 }
 
 std::vector<int16_t> Samples(const fs::path& p) {
-    AbfError error{};
-    const auto rec = Recording::Open(p, &error);
+    const auto rec = test::OpenFile(p);
     if (!rec) return {};
     std::vector<int16_t> out(std::size_t(rec->PointsPerChannel()));
     rec->ReadSamples(0, out);
@@ -51,9 +45,7 @@ std::vector<int16_t> Samples(const fs::path& p) {
 class EventFreeStop : public ::testing::Test {
 protected:
     void SetUp() override {
-        SynthOptions synth;
-        synth.seconds = 20;
-        ASSERT_EQ(WriteSynthetic(dir / "s.abf", Synthesise(synth)), "");
+        ASSERT_EQ(WriteSynthetic(dir / "s.abf", Synthesise({.seconds = 20})), "");
         ws.settings = NewInstallationSettings();
         ASSERT_TRUE(OpenRecordingOnChannel(dir / "s.abf", 0, ws));
         SuggestOnFirstAnalysis(ws);
@@ -118,7 +110,7 @@ TEST_F(EventFreeStop, StoppedAtAnyStepTheTargetIsAsItWas) {
             EXPECT_TRUE(asked);
             EXPECT_TRUE(written.cancelled()) << written.message();
             EXPECT_EQ(FolderNames(dir.Path()), namesBefore);  // no temporary copy left
-            if (existed) EXPECT_EQ(Bytes(request.target), before);
+            if (existed) { EXPECT_EQ(test::ReadText(request.target), before); }
             fs::remove(request.target);
         }
     }

@@ -312,12 +312,8 @@ TEST_F(Sources, RejectedEventsStayOutOfAllEvents) {
 TEST(ExactEventTimes, IntervalsComeFromTheSampleIndex) {
     EventTable events;
     const int32_t twoHours = 144'000'000;  // samples of 50 us
-    for (int32_t k : {0, 1, 3}) {
-        EventRecord r;
-        r.sampleIndex = twoHours + k;
-        r.time = float(double(r.sampleIndex) * 0.05);
-        events.Append(r);
-    }
+    for (const int32_t s : {twoHours, twoHours + 1, twoHours + 3})
+        events.Append(EventRecord{.time = float(double(s) * 0.05), .sampleIndex = s});
     ASSERT_EQ(events[1].time, events[2].time);  // the float cannot tell them apart
     EXPECT_EQ(InterEventIntervals(events, 0, 50), (std::vector<float>{0.05f, 0.1f}));
 
@@ -332,10 +328,7 @@ TEST(ExactEventTimes, IntervalsComeFromTheSampleIndex) {
         {float(kNaN), 2000, kNaN},               // not measured stays not measured
     };
     for (const Case& c : cases) {
-        EventRecord r;
-        r.time = c.timeMs;
-        r.sampleIndex = c.sampleIndex;
-        const double t = ExactEventTimeMs(r, 50);
+        const double t = ExactEventTimeMs(EventRecord{.time = c.timeMs, .sampleIndex = c.sampleIndex}, 50);
         if (std::isnan(c.expected))
             EXPECT_TRUE(std::isnan(t));
         else

@@ -23,19 +23,11 @@ AbfWriteLayout MakeAbfLayout(double intervalUs, float countsPerUnit) {
     // With range 8 V over 32768 counts (2^-12 V a count) and a scale factor of
     // countsPerUnit / 4096, every factor is a power of two times countsPerUnit,
     // so counts / countsPerUnit comes out exactly.
-    AbfWriteLayout abfLayout;
-    abfLayout.intervalUs = intervalUs;
-    abfLayout.adcRange = 8.0f;
-    abfLayout.adcResolution = 32768;
-    AbfChannelLayout channel;
-    channel.programmableGain = 1.0f;
-    channel.instrumentScaleFactor = countsPerUnit / 4096.0f;
-    channel.signalGain = 1.0f;
-    abfLayout.channels = {channel};
-    abfLayout.creator = "vess tests";
-    abfLayout.fileStartDate = 20240101;
-    abfLayout.fileStartTimeS = 0;
-    return abfLayout;
+    return AbfWriteLayout{.intervalUs = intervalUs, .adcRange = 8.0f, .adcResolution = 32768,
+                          .channels = {AbfChannelLayout{.programmableGain = 1.0f,
+                                                        .instrumentScaleFactor = countsPerUnit / 4096.0f,
+                                                        .signalGain = 1.0f}},
+                          .creator = "vess tests", .fileStartDate = 20240101, .fileStartTimeS = 0};
 }
 
 std::unique_ptr<Recording> MakeRecording(const std::filesystem::path& file,
