@@ -64,8 +64,7 @@ void BM_DetectWholeFile(benchmark::State& state) {
         ws.settings.method.method = vess::DetectionMethod(state.range(0));
         ws.recording = OpenLong();
         points = ws.recording->PointsPerChannel();
-        vess::ScriptedDialogs dialogs;
-        events = vess::DetectWholeFile(ws, dialogs).eventsAdded;
+        events = vess::DetectWholeFile(ws).eventsAdded;
         benchmark::DoNotOptimize(events);
     }
     state.counters["samples_per_s"] =
@@ -131,8 +130,7 @@ void BM_ThresholdNonStop(benchmark::State& state) {
     for (auto _ : state) {
         vess::Workspace ws;
         ws.recording = OpenLong();
-        vess::ScriptedDialogs dialogs;
-        vess::NonStopAnalysis run(ws, dialogs);
+        vess::NonStopAnalysis run(ws);
         if (state.range(0) != 0) run.ReadAhead();
         run.RunToEnd();
         events = ws.events.Count();

@@ -15,7 +15,8 @@ NonStopRunner::~NonStopRunner() = default;
 
 void NonStopRunner::Start(Dialogs& dialogs) {
     if (run_) return;
-    run_ = std::make_unique<NonStopAnalysis>(ws_, dialogs);
+    run_ = std::make_unique<NonStopAnalysis>(ws_);
+    dialogs_ = &dialogs;
     last_ = run_->GetProgress();
     sinceReport_.start();
     timer_.start();
@@ -54,7 +55,9 @@ void NonStopRunner::Tick() {
 void NonStopRunner::Finish() {
     timer_.stop();
     last_ = run_->GetProgress();
+    const CommandResult status = run_->LastAnalysis().status;
     run_.reset();
+    ShowFailure(*dialogs_, status);
     emit Progress(true);
 }
 

@@ -20,7 +20,8 @@ public:
     explicit NonStopRunner(Workspace& ws);
     ~NonStopRunner() override;
 
-    // Starts a run (nothing when one is running).
+    // Starts a run (nothing when one is running); a run the parameters
+    // refuse ends with its message shown through dialogs.
     void Start(Dialogs& dialogs);
     // Ends the run after the current screen.
     void Stop();
@@ -39,6 +40,7 @@ private:
 
     Workspace& ws_;
     std::unique_ptr<NonStopAnalysis> run_;
+    Dialogs* dialogs_ = nullptr;
     NonStopAnalysis::Progress last_;
     QTimer timer_;
     QElapsedTimer sinceReport_;

@@ -72,11 +72,11 @@ BatchRow DetectAndWrite(const BatchItem& item, const BatchSetup& setup,
         stopped = stopped || stop.load();
         return !stopped;
     };
-    const WholeFileResult result = DetectWholeFile(ws, dialogs, onScreen);
+    const WholeFileResult result = DetectWholeFile(ws, onScreen);
     const Recording& rec = *ws.recording;
     FillSummary(row, rec, ws.events);
     if (!rec.ReadFault().empty()) dialogs.Add(rec.ReadFault() + std::string(t::kReadFaultSuffix));
-    else if (result.improperParameters) dialogs.Add(t::kImproperParameters);
+    else if (!ShowFailure(dialogs, result.status)) dialogs.Add(t::kImproperParameters);
     else if (stopped) dialogs.Add(t::kStoppedPartway);
     else {
         row.analysed = true;

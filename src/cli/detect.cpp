@@ -60,10 +60,10 @@ int RunDetect(const DetectionOptions& options, const std::string& outPath, const
         }
         return true;
     };
-    const WholeFileResult result = DetectWholeFile(ws, dialogs, progress);
+    const WholeFileResult result = DetectWholeFile(ws, progress);
     if (!quiet && std::chrono::steady_clock::now() - started > std::chrono::seconds(1))
         std::cerr << "\n";
-    if (result.improperParameters) return 3;
+    if (!ShowFailure(dialogs, result.status)) return 3;
 
     const Recording& rec = *ws.recording;
     if (!outPath.empty()) {

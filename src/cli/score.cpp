@@ -15,7 +15,6 @@
 #include "detection/detector.h"
 #include "detection/whole_file.h"
 #include "recording/screen.h"
-#include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
 
 namespace vess::cli {
@@ -63,10 +62,9 @@ double DetectorBandNoisePa(const std::vector<int16_t>& samples, int64_t baseOffs
 // noise-threshold protocol (DetectWithNoiseThreshold), and says what the
 // protocol measured and set. False when the parameters were refused.
 bool Detect(Workspace& ws, const NoiseProtocolOptions* protocol, const std::string& indent) {
-    ScriptedDialogs dialogs;
-    if (!protocol) return !DetectWholeFile(ws, dialogs).improperParameters;
-    const NoiseProtocolResult r = DetectWithNoiseThreshold(ws, dialogs, *protocol);
-    if (r.improperParameters) return false;
+    if (!protocol) return DetectWholeFile(ws).status.ok();
+    const NoiseProtocolResult r = DetectWithNoiseThreshold(ws, *protocol);
+    if (!r.status) return false;
     std::cout << fmt::format("{}RMS noise outside the first pass's {} events {} {} (median of "
                              "screens): ThresholdAmplitude {}, AreaThreshold {}\n",
                              indent, r.firstPassEvents, FixedOrSignificant(r.rmsNoiseUnits, 3),

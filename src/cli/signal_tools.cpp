@@ -132,7 +132,7 @@ nlohmann::json Redetected(const Workspace& ws, const std::string& out) {
 void RunEventFree(const EventFreeCli& o) {
     Workspace ws = OpenOrFail(o.detection, "eventfree");
     StderrDialogs dialogs;
-    if (DetectWholeFile(ws, dialogs).improperParameters) throw CLI::RuntimeError(3);
+    if (!ShowFailure(dialogs, DetectWholeFile(ws).status)) throw CLI::RuntimeError(3);
     const Recording& rec = *ws.recording;
     if (const std::string problem = EventFreeMarginProblem(rec, o.marginMs); !problem.empty()) {
         std::cerr << "vess eventfree: " << problem << "\n";

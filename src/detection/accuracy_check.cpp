@@ -13,7 +13,6 @@
 #include "detection/whole_file.h"
 #include "recording/abf_writer.h"
 #include "recording/rounding.h"
-#include "recording/scripted_dialogs.h"
 
 namespace vess {
 namespace {
@@ -49,8 +48,7 @@ std::vector<Detected> DetectedEvents(const Settings& settings, std::unique_ptr<R
     Workspace ws;
     ws.settings = settings;
     ws.recording = std::move(copy);
-    ScriptedDialogs quiet;
-    DetectWholeFile(ws, quiet, [&](const NonStopAnalysis::Progress& p) {
+    DetectWholeFile(ws, [&](const NonStopAnalysis::Progress& p) {
         const double share = p.screensTotal > 0 ? double(p.screensDone) / double(p.screensTotal) : 1.0;
         control.Report(from + (to - from) * std::clamp(share, 0.0, 1.0));
         return !control.Cancelled();

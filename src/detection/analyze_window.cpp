@@ -59,13 +59,12 @@ uint32_t MarkColour(DetectionMark::Kind kind) {
 }
 
 AnalyzeWindowResult AnalyzeWindow(const Screen& screen, const AnalysisParameters& params,
-                                  EventTable& events, Dialogs& dialogs) {
+                                  EventTable& events) {
     AnalyzeWindowResult result;
     if (!screen.Valid()) return result;
-    const std::optional<DetectionLengths> lengths =
-        ConvertPeriodsOrWarn(params, screen.Rec().IntervalUs(), dialogs);
+    const Outcome<DetectionLengths> lengths = CheckedPeriods(params, screen.Rec().IntervalUs());
     if (!lengths) {
-        result.improperParameters = true;
+        result.status = lengths.status();
         return result;
     }
     Detector det(screen, params, *lengths);

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "recording/dialogs.h"
+#include "recording/command_result.h"
 #include "recording/event_table.h"
 #include "recording/screen.h"
 #include "recording/settings.h"
@@ -28,14 +28,16 @@ struct MeasuredEvent;
 void AddMarks(const Screen& screen, const MeasuredEvent& e, std::vector<DetectionMark>& marks);
 
 struct AnalyzeWindowResult {
-    bool improperParameters = false;  // the message was shown, nothing was done
+    // Failed with the "Improper Analysis Parameters" message when a period is
+    // shorter than one sample: nothing was done and nothing was shown.
+    CommandResult status = CommandResult::Ok();
     int32_t eventsAdded = 0;
     std::vector<DetectionMark> marks;  // four per added event
 };
 
 // Detects events on the screen and appends them to events. A period shorter
-// than one sample shows the "Improper Analysis Parameters" message instead.
+// than one sample fails the run instead (the caller shows why).
 AnalyzeWindowResult AnalyzeWindow(const Screen& screen, const AnalysisParameters& params,
-                                  EventTable& events, Dialogs& dialogs);
+                                  EventTable& events);
 
 }  // namespace vess

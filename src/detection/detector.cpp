@@ -39,23 +39,14 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
                             .halfPeak = std::max<int32_t>(params.NumberPointsPeak, 1) / 2};
 }
 
-Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws) {
-    if (auto len = ConvertPeriods(ws.params(), ws.recording->IntervalUs())) return *len;
+Outcome<DetectionLengths> CheckedPeriods(const AnalysisParameters& params, double intervalUs) {
+    if (auto len = ConvertPeriods(params, intervalUs)) return *len;
     return CommandResult::Failed(std::string(detection_texts::kImproperParametersCaption),
                                  std::string(detection_texts::kImproperParametersText));
 }
 
-std::optional<DetectionLengths> ConvertPeriodsOrWarn(const Workspace& ws, Dialogs& dialogs) {
-    return ConvertPeriodsOrWarn(ws.params(), ws.recording->IntervalUs(), dialogs);
-}
-
-std::optional<DetectionLengths> ConvertPeriodsOrWarn(const AnalysisParameters& params,
-                                                     double intervalUs, Dialogs& dialogs) {
-    std::optional<DetectionLengths> len = ConvertPeriods(params, intervalUs);
-    if (!len)
-        dialogs.Message(detection_texts::kImproperParametersCaption,
-                        detection_texts::kImproperParametersText);
-    return len;
+Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws) {
+    return CheckedPeriods(ws.params(), ws.recording->IntervalUs());
 }
 
 int16_t NormalizedDirection(int16_t peakDirection) { return peakDirection > 0 ? 1 : -1; }

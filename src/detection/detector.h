@@ -11,7 +11,6 @@
 
 #include "detection/measurements.h"
 #include "recording/command_result.h"
-#include "recording/dialogs.h"
 #include "recording/event_record.h"
 #include "recording/screen.h"
 #include "recording/settings.h"
@@ -33,13 +32,9 @@ struct DetectionLengths {
 std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params, double intervalUs);
 // The same as a command's step: failed with the "Improper Analysis
 // Parameters" message.
-Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws);
-// The same, showing the "Improper Analysis Parameters" message when it fails
-// (for the detection runs, whose results carry the refusal as a flag).
-std::optional<DetectionLengths> ConvertPeriodsOrWarn(const AnalysisParameters& params,
-                                                     double intervalUs, Dialogs& dialogs);
+Outcome<DetectionLengths> CheckedPeriods(const AnalysisParameters& params, double intervalUs);
 // The same for the workspace's parameters and open recording.
-std::optional<DetectionLengths> ConvertPeriodsOrWarn(const Workspace& ws, Dialogs& dialogs);
+Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws);
 
 // +1 for upward events; -1 for downward ones and for a stored 0.
 int16_t NormalizedDirection(int16_t peakDirection);

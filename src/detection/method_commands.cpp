@@ -90,13 +90,12 @@ bool CarryNoiseLevels(const Workspace& from, Workspace& to) {
 }
 
 AnalyzeWindowResult AnalyzeWindowByMethod(const Screen& screen, const AnalysisParameters& params,
-                                          const MethodRun& run, EventTable& events,
-                                          Dialogs& dialogs) {
+                                          const MethodRun& run, EventTable& events) {
     AnalyzeWindowResult result;
     if (!screen.Valid()) return result;
-    const auto lengths = ConvertPeriodsOrWarn(params, screen.Rec().IntervalUs(), dialogs);
+    const auto lengths = CheckedPeriods(params, screen.Rec().IntervalUs());
     if (!lengths) {
-        result.improperParameters = true;
+        result.status = lengths.status();
         return result;
     }
     const Detector det(screen, params, *lengths);
@@ -106,14 +105,13 @@ AnalyzeWindowResult AnalyzeWindowByMethod(const Screen& screen, const AnalysisPa
     return result;
 }
 
-WholeFileResult DetectWholeFileByMethod(Workspace& ws, Dialogs& dialogs,
-                                        const ProgressCallback& progress) {
+WholeFileResult DetectWholeFileByMethod(Workspace& ws, const ProgressCallback& progress) {
     WholeFileResult result;
     if (!ws.recording) return result;
     const Recording& rec = *ws.recording;
-    const auto lengths = ConvertPeriodsOrWarn(ws.params(), rec.IntervalUs(), dialogs);
+    const auto lengths = CheckedPeriods(ws);
     if (!lengths) {
-        result.improperParameters = true;
+        result.status = lengths.status();
         return result;
     }
     const MethodRun run = MethodRunFor(ws);

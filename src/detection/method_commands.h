@@ -29,13 +29,11 @@ bool CarryNoiseLevels(const Workspace& from, Workspace& to);
 // Detects on the screen with the run and appends the events (the last stored
 // time is not stored again).
 AnalyzeWindowResult AnalyzeWindowByMethod(const Screen& screen, const AnalysisParameters& params,
-                                          const MethodRun& run, EventTable& events,
-                                          Dialogs& dialogs);
+                                          const MethodRun& run, EventTable& events);
 
 // The whole recording in long stretches; the same events as the first screen
 // followed by the non-stop analysis, measured on the same screens.
-WholeFileResult DetectWholeFileByMethod(Workspace& ws, Dialogs& dialogs,
-                                        const ProgressCallback& progress = {});
+WholeFileResult DetectWholeFileByMethod(Workspace& ws, const ProgressCallback& progress = {});
 
 // A click: the detection nearest the clicked window index within the search
 // range centred on it (with tenthThresholds a tenth of the threshold).

@@ -146,15 +146,14 @@ double MedianScreenNoise(const Workspace& ws) {
     return *middle;
 }
 
-NoiseProtocolResult DetectWithNoiseThreshold(Workspace& ws, Dialogs& dialogs,
-                                             const NoiseProtocolOptions& options) {
+NoiseProtocolResult DetectWithNoiseThreshold(Workspace& ws, const NoiseProtocolOptions& options) {
     NoiseProtocolResult result;
     if (!ws.recording) return result;
     ws.events.Clear();
-    const WholeFileResult first = DetectWholeFile(ws, dialogs);
+    const WholeFileResult first = DetectWholeFile(ws);
     result.firstPassEvents = ws.events.Count();
-    if (first.improperParameters) {
-        result.improperParameters = true;
+    if (!first.status) {
+        result.status = first.status;
         return result;
     }
     AnalysisParameters& p = ws.params();
@@ -168,7 +167,7 @@ NoiseProtocolResult DetectWithNoiseThreshold(Workspace& ws, Dialogs& dialogs,
     result.thresholdAmplitude = p.ThresholdAmplitude;
     result.areaThreshold = p.AreaThreshold;
     ws.events.Clear();
-    result.improperParameters = DetectWholeFile(ws, dialogs).improperParameters;
+    result.status = DetectWholeFile(ws).status;
     return result;
 }
 

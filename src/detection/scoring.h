@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "detection/noise_commands.h"
+#include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/workspace.h"
 
@@ -87,13 +88,12 @@ struct NoiseProtocolOptions {
     bool scaleAreaThreshold = false;
 };
 struct NoiseProtocolResult {
-    bool improperParameters = false;  // either pass refused the parameters
+    CommandResult status = CommandResult::Ok();  // failed: either pass refused the parameters
     int32_t firstPassEvents = 0;
     double rmsNoiseUnits = 0;  // 0: no screen could be measured, thresholds kept
     float thresholdAmplitude = 0;
     float areaThreshold = 0;
 };
-NoiseProtocolResult DetectWithNoiseThreshold(Workspace& ws, Dialogs& dialogs,
-                                             const NoiseProtocolOptions& options = {});
+NoiseProtocolResult DetectWithNoiseThreshold(Workspace& ws, const NoiseProtocolOptions& options = {});
 
 }  // namespace vess

@@ -16,15 +16,15 @@ void CheckpointAppended(Workspace& ws, int32_t countBefore, const char* label) {
     ws.history.CheckpointAppended(countBefore, label);
 }
 
-AnalyzeWindowResult AnalyzeShown(Workspace& ws, Dialogs& dialogs, const Screen& screen) {
+AnalyzeWindowResult AnalyzeShown(Workspace& ws, const Screen& screen) {
     // Samples that could not be read are zeros, not data: nothing is
     // detected on them (the caller tells the user about the fault).
     if (!screen.Complete()) return {};
     AnalyzeWindowResult result =
         UsesFilteringMethod(ws)
-            ? AnalyzeWindowByMethod(screen, ws.params(), MethodRunFor(ws), ws.events, dialogs)
-            : AnalyzeWindow(screen, ws.params(), ws.events, dialogs);
-    if (!result.improperParameters) ws.analysedBlocks.Add(ws.screenStartBlock, ws.BlocksPerScreen());
+            ? AnalyzeWindowByMethod(screen, ws.params(), MethodRunFor(ws), ws.events)
+            : AnalyzeWindow(screen, ws.params(), ws.events);
+    if (result.status) ws.analysedBlocks.Add(ws.screenStartBlock, ws.BlocksPerScreen());
     return result;
 }
 
@@ -54,10 +54,10 @@ int64_t ScreensAfter(const Workspace& ws) {
 
 }  // namespace
 
-AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws, Dialogs& dialogs) {
+AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws) {
     if (!ws.recording) return {};
     const int32_t before = ws.events.Count();
-    AnalyzeWindowResult result = AnalyzeShown(ws, dialogs, ShownScreen(ws));
+    AnalyzeWindowResult result = AnalyzeShown(ws, ShownScreen(ws));
     CheckpointAppended(ws, before, kUndoAnalyzeWindow);
     return result;
 }
@@ -72,18 +72,18 @@ bool AdvanceScreen(Workspace& ws) {
     return true;
 }
 
-NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs) {
+NextWindowResult AnalyzeNextWindow(Workspace& ws) {
     NextWindowResult result;
     if (!AdvanceScreen(ws)) return result;
     result.moved = true;
     const int32_t before = ws.events.Count();
     result.screen = ShownScreen(ws);
-    result.analysis = AnalyzeShown(ws, dialogs, result.screen);
+    result.analysis = AnalyzeShown(ws, result.screen);
     CheckpointAppended(ws, before, kUndoAnalyzeNext);
     return result;
 }
 
-NonStopAnalysis::NonStopAnalysis(Workspace& ws, Dialogs& dialogs) : ws_(ws), dialogs_(dialogs) {
+NonStopAnalysis::NonStopAnalysis(Workspace& ws) : ws_(ws) {
     // A screen nobody has analysed yet (a freshly opened recording) is part
     // of the run, so that the run finds what a whole-file detection finds.
     analyseShownFirst_ = ws.recording != nullptr &&
@@ -102,14 +102,13 @@ bool NonStopAnalysis::Step() {
         return false;
     }
     const int32_t before = ws_.events.Count();
-    last_ = AnalyzeShown(ws_, dialogs_,
-                         readAhead_ ? readAhead_->At(ws_.screenStartBlock) : ShownScreen(ws_));
+    last_ = AnalyzeShown(ws_, readAhead_ ? readAhead_->At(ws_.screenStartBlock) : ShownScreen(ws_));
     ++progress_.screensDone;
     if (!ws_.recording->ReadFault().empty()) {
         running_ = false;
         return false;
     }
-    if (last_.improperParameters) {
+    if (!last_.status) {
         running_ = false;
         return false;
     }

@@ -24,7 +24,7 @@ inline constexpr const char* kUndoReset = "Reset events";
 
 // Command1: AnalyzeWindow on the displayed screen. Does nothing without a
 // recording.
-AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws, Dialogs& dialogs);
+AnalyzeWindowResult AnalyzeCurrentScreen(Workspace& ws);
 
 // Moves the displayed screen one screen on when a further screen holds data
 // (its first block lies before the end of the data); false at the end.
@@ -38,7 +38,7 @@ struct NextWindowResult {
     Screen screen;
 };
 // Command2: the next screen, then AnalyzeWindow on it.
-NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs);
+NextWindowResult AnalyzeNextWindow(Workspace& ws);
 
 // Command3 as an object that the caller drives one screen at a time (the
 // desktop program between its input events, the command line in a loop).
@@ -48,11 +48,11 @@ NextWindowResult AnalyzeNextWindow(Workspace& ws, Dialogs& dialogs);
 // checkpoint covers the run.
 class NonStopAnalysis {
 public:
-    NonStopAnalysis(Workspace& ws, Dialogs& dialogs);
+    explicit NonStopAnalysis(Workspace& ws);
 
     // Advances and analyses one screen. Returns whether more screens remain;
     // false once the end of the data is reached, after Stop, or when the
-    // parameters are improper (the message is shown once).
+    // parameters are improper (LastAnalysis() says why; nothing is shown).
     bool Step();
     // Command4: ends the run; Step does nothing afterwards.
     void Stop() { running_ = false; }
@@ -75,7 +75,6 @@ public:
 
 private:
     Workspace& ws_;
-    Dialogs& dialogs_;
     bool running_ = true;
     bool checkpointed_ = false;
     bool analyseShownFirst_ = false;

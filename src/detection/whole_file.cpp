@@ -4,19 +4,19 @@
 
 namespace vess {
 
-WholeFileResult DetectWholeFile(Workspace& ws, Dialogs& dialogs, const ProgressCallback& progress) {
+WholeFileResult DetectWholeFile(Workspace& ws, const ProgressCallback& progress) {
     WholeFileResult result;
     if (!ws.recording) return result;
-    if (UsesFilteringMethod(ws)) return DetectWholeFileByMethod(ws, dialogs, progress);
+    if (UsesFilteringMethod(ws)) return DetectWholeFileByMethod(ws, progress);
     ws.screenStartBlock = 0;
-    const AnalyzeWindowResult first = AnalyzeCurrentScreen(ws, dialogs);
-    if (first.improperParameters) {
-        result.improperParameters = true;
+    const AnalyzeWindowResult first = AnalyzeCurrentScreen(ws);
+    if (!first.status) {
+        result.status = first.status;
         return result;
     }
     result.screens = 1;
     result.eventsAdded = first.eventsAdded;
-    NonStopAnalysis run(ws, dialogs);
+    NonStopAnalysis run(ws);
     run.ReadAhead();
     while (run.Step()) {
         if (progress && !progress(run.GetProgress())) run.Stop();
@@ -24,7 +24,7 @@ WholeFileResult DetectWholeFile(Workspace& ws, Dialogs& dialogs, const ProgressC
     if (progress) progress(run.GetProgress());
     result.screens += run.GetProgress().screensDone;
     result.eventsAdded += run.GetProgress().eventsFound;
-    result.improperParameters = run.LastAnalysis().improperParameters;
+    result.status = run.LastAnalysis().status;
     return result;
 }
 

@@ -8,13 +8,13 @@
 #include <functional>
 
 #include "detection/screen_commands.h"
-#include "recording/dialogs.h"
+#include "recording/command_result.h"
 #include "recording/workspace.h"
 
 namespace vess {
 
 struct WholeFileResult {
-    bool improperParameters = false;
+    CommandResult status = CommandResult::Ok();  // failed: the parameters were refused
     int64_t screens = 0;       // screens analysed
     int32_t eventsAdded = 0;
 };
@@ -24,7 +24,7 @@ using ProgressCallback = std::function<bool(const NonStopAnalysis::Progress&)>;
 
 // Shows the first screen, analyses it, then runs the non-stop analysis over
 // every following screen. The table keeps the events it held before.
-WholeFileResult DetectWholeFile(Workspace& ws, Dialogs& dialogs,
-                                const ProgressCallback& progress = {});
+// Fails, having done nothing, when the parameters are refused.
+WholeFileResult DetectWholeFile(Workspace& ws, const ProgressCallback& progress = {});
 
 }  // namespace vess

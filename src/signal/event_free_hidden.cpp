@@ -10,7 +10,6 @@
 #include "recording/detection_inputs.h"
 #include "recording/file_io.h"
 #include "recording/rounding.h"
-#include "recording/scripted_dialogs.h"
 #include "signal/event_free_file.h"
 
 namespace vess {
@@ -33,8 +32,7 @@ bool DetectWithSettingsOf(const Workspace& from, const std::filesystem::path& pa
     ws.settings = from.settings;
     if (!OpenRecordingOnChannel(path, channel, ws)) return false;
     if (carryNoise && from.recording) CarryNoiseLevels(from, ws);
-    ScriptedDialogs quiet;
-    return !DetectWholeFile(ws, quiet, progress).improperParameters;
+    return DetectWholeFile(ws, progress).status.ok();
 }
 
 namespace {

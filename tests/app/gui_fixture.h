@@ -126,7 +126,7 @@ protected:
         whole.settings = ws.settings;
         ScriptedDialogs quiet;
         EXPECT_TRUE(OpenDataFile(whole, abfPath, quiet));
-        DetectWholeFile(whole, quiet);
+        DetectWholeFile(whole);
         return whole.events;
     }
     static std::string ReadText(const std::filesystem::path& path) {

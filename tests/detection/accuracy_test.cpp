@@ -6,7 +6,6 @@
 
 #include "detection/scoring.h"
 #include "detection/whole_file.h"
-#include "recording/scripted_dialogs.h"
 #include "recording/synth.h"
 #include "trace_helpers.h"
 
@@ -75,13 +74,12 @@ TEST(Accuracy, NoiseThresholdProtocolOnSyntheticRecordings) {
         std::vector<double> truth;
         for (const TrueEvent& e : synth.events) truth.push_back(e.peakMs);
         auto plain = Suggested(file);
-        ScriptedDialogs dialogs;
-        DetectWholeFile(*plain, dialogs);
+        DetectWholeFile(*plain);
         const DetectionScore before = ScoreDetections(PeaksMs(*plain), truth, -1.0, 1.0);
         auto ws = Suggested(file);
         const float suggestedArea = ws->params().AreaThreshold;
-        const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws, dialogs);
-        ASSERT_FALSE(r.improperParameters);
+        const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws);
+        ASSERT_TRUE(r.status.ok());
         EXPECT_TRUE(r.rmsNoiseUnits > 0.8 * options.noiseRmsPa && r.rmsNoiseUnits < options.noiseRmsPa)
             << r.rmsNoiseUnits;
         EXPECT_FLOAT_EQ(r.thresholdAmplitude, float(4 * r.rmsNoiseUnits));
@@ -100,16 +98,15 @@ TEST(Accuracy, ProtocolOnlySetsTheThresholds) {
     test::TempDir dir;
     const auto file = dir / "synthetic.abf";
     ASSERT_EQ(WriteSynthetic(file, Synthesise({.seconds = 5, .noiseRmsPa = 4})), "");
-    ScriptedDialogs dialogs;
     auto ws = Suggested(file);
     const float area = ws->params().AreaThreshold, threshold = ws->params().ThresholdAmplitude;
-    const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws, dialogs, {.noiseMultiple = 3, .scaleAreaThreshold = true});
+    const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws, {.noiseMultiple = 3, .scaleAreaThreshold = true});
     EXPECT_FLOAT_EQ(r.thresholdAmplitude, float(3 * r.rmsNoiseUnits));
     EXPECT_FLOAT_EQ(r.areaThreshold / r.thresholdAmplitude, area / threshold);
     auto again = Suggested(file);
     again->params().ThresholdAmplitude = r.thresholdAmplitude;
     again->params().AreaThreshold = r.areaThreshold;
-    DetectWholeFile(*again, dialogs);
+    DetectWholeFile(*again);
     EXPECT_GT(ws->events.Count(), 10);
     EXPECT_EQ(ws->events.Records(), again->events.Records());
 }
@@ -129,13 +126,12 @@ TEST(Accuracy, NoiseThresholdProtocolOnSimulatedEventsInRealNoise) {
         ASSERT_TRUE(truth->onsets);
         const std::vector<double>& onsets = truth->timesMs;
         ASSERT_EQ(onsets.size(), 40u);
-        ScriptedDialogs dialogs;
         auto plain = Suggested(folder / "Simulation.abf");
-        DetectWholeFile(*plain, dialogs);
+        DetectWholeFile(*plain);
         const DetectionScore before = ScoreDetections(PeaksMs(*plain), onsets, 0.0, 5.0);
         auto ws = Suggested(folder / "Simulation.abf");
-        const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws, dialogs);
-        ASSERT_FALSE(r.improperParameters);
+        const NoiseProtocolResult r = DetectWithNoiseThreshold(*ws);
+        ASSERT_TRUE(r.status.ok());
         EXPECT_TRUE(r.rmsNoiseUnits > 2.0 && r.rmsNoiseUnits < 4.0) << r.rmsNoiseUnits;
         const DetectionScore s = ScoreDetections(PeaksMs(*ws), onsets, 0.0, 5.0);
         EXPECT_GE(s.Recall(), 0.55);

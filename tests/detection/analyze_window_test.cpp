@@ -8,7 +8,6 @@
 
 #include "detection/analyze_window.h"
 #include "detection/detector.h"
-#include "recording/scripted_dialogs.h"
 #include "trace_helpers.h"
 
 namespace vess {
@@ -30,8 +29,7 @@ TEST(AnalyzeWindow, MeasuresAnAnalyticDoubleExponential) {
     TraceFile file(test::EventTrace(2048, {{600, DoubleExp{10, 100, 10000}}}), 100.0f);
     const Screen screen(*file.rec, 0, 4);
     EventTable events;
-    ScriptedDialogs dialogs;
-    const AnalyzeWindowResult result = AnalyzeWindow(screen, TestParams(), events, dialogs);
+    const AnalyzeWindowResult result = AnalyzeWindow(screen, TestParams(), events);
     ASSERT_EQ(std::tuple(events.Count(), result.eventsAdded), std::tuple(1, 1));
     const EventRecord& e = events[1];
     EXPECT_FLOAT_EQ(e.time, 626 * 0.05f);
@@ -43,7 +41,7 @@ TEST(AnalyzeWindow, MeasuresAnAnalyticDoubleExponential) {
     // Marks: peak, middle of the baseline window (506 + 20), start, decay.
     std::vector<int64_t> marks;
     for (const auto& m : result.marks) marks.push_back(m.index);
-    EXPECT_TRUE(marks == (std::vector<int64_t>{626, 526, 600, 751}) && dialogs.Transcript().empty());
+    EXPECT_TRUE(marks == (std::vector<int64_t>{626, 526, 600, 751}) && result.status.ok());
     // Downward events (direction 0 read as -1): positive amplitude and rise, negative slope.
     TraceFile downward(test::EventTrace(2048, {{600, DoubleExp{10, 100, 2000}}}, -1));
     for (int16_t direction : {int16_t(-1), int16_t(0)}) {
@@ -78,48 +76,45 @@ TEST(AnalyzeWindow, FirstScreenStartsLateLaterScreensReadThePreviousOne) {
 // second pass over a screen of one event adds nothing, over two repeats both.
 TEST(AnalyzeWindow, DuplicateGuardLooksAtTheLastRecordOnly) {
     TraceFile file(test::EventTrace(4096, {{1024 + 100, DoubleExp{10, 60, 500}}, {1024 + 650, DoubleExp{10, 60, 500}}}));
-    ScriptedDialogs dialogs;
     const Screen two(*file.rec, 4, 4);
     EventTable events;
-    AnalyzeWindow(two, TestParams(), events, dialogs);
+    AnalyzeWindow(two, TestParams(), events);
     ASSERT_EQ(events.Count(), 2);
-    EXPECT_EQ(AnalyzeWindow(two, TestParams(), events, dialogs).eventsAdded, 2);
+    EXPECT_EQ(AnalyzeWindow(two, TestParams(), events).eventsAdded, 2);
     ASSERT_EQ(events.Count(), 4);
     EXPECT_TRUE(events[3] == events[1] && events[4] == events[2]);
     // Blocks 6..7 hold the second event only.
     const Screen one(*file.rec, 6, 2);
     EventTable single;
-    AnalyzeWindow(one, TestParams(), single, dialogs);
+    AnalyzeWindow(one, TestParams(), single);
     ASSERT_EQ(single.Count(), 1);
-    EXPECT_EQ((std::tuple{AnalyzeWindow(one, TestParams(), single, dialogs).eventsAdded, single.Count()}), std::tuple(0, 1));
+    EXPECT_EQ((std::tuple{AnalyzeWindow(one, TestParams(), single).eventsAdded, single.Count()}), std::tuple(0, 1));
 }
 
-// Any period below one sample before rounding (0.6) is refused with the
+// Any period below one sample before rounding (0.6) fails the run with the
 // message; exactly one sample is accepted. Periods round half to even.
-TEST(AnalyzeWindow, ImproperParametersShowTheMessageAndAddNothing) {
+TEST(AnalyzeWindow, ImproperParametersFailWithTheMessageAndAddNothing) {
     TraceFile file(test::EventTrace(2048, {{600, DoubleExp{10, 100, 1000}}}));
     const Screen screen(*file.rec, 0, 4);
     EventTable events;
-    ScriptedDialogs dialogs;
     AnalysisParameters params;
+    CommandResult refused = CommandResult::Ok();
     for (int32_t AnalysisParameters::*period :
          {&AnalysisParameters::PeriodToSearchMax, &AnalysisParameters::PeriodStartBaseline,
           &AnalysisParameters::PeriodBaselineAverage, &AnalysisParameters::PeriodFindDecayTime}) {
         params = TestParams();
         params.*period = 30;  // 0.6 samples at 50 us
-        dialogs.ClearTranscript();
-        EXPECT_EQ((std::tuple{AnalyzeWindow(screen, params, events, dialogs).improperParameters, events.Count()}),
-                  std::tuple(true, 0));
-        ASSERT_EQ(dialogs.Messages().size(), 1u);
+        refused = AnalyzeWindow(screen, params, events).status;
+        EXPECT_EQ((std::tuple{refused.failed(), events.Count()}), std::tuple(true, 0));
     }
-    EXPECT_EQ(dialogs.Messages()[0].caption, "Improper Analysis Parameters");
-    EXPECT_EQ(dialogs.Messages()[0].text,
+    EXPECT_EQ(refused.caption(), "Improper Analysis Parameters");
+    EXPECT_EQ(refused.message(),
               "The analysis parameters are not set properly.  Please run 'Suggest Analysis "
               "Paramters' command under File menu.");
     params = TestParams();
     params.PeriodBaselineAverage = 50;  // exactly one sample
-    EXPECT_FALSE(AnalyzeWindow(screen, params, events, dialogs).improperParameters);
-    EXPECT_TRUE(events.Count() >= 1 && dialogs.Messages().size() == 1u);
+    EXPECT_TRUE(AnalyzeWindow(screen, params, events).status.ok());
+    EXPECT_GE(events.Count(), 1);
     AnalysisParameters p = TestParams();
     p.PeriodToSearchMax = 125;    // 2.5 samples
     p.PeriodStartBaseline = 175;  // 3.5

@@ -59,9 +59,9 @@ TEST(DoublePeak, SecondPeakOfTheSelectedEventOrAtAPointOnceAsOneUndoStep) {
 TEST(DoublePeak, SingleEventNoSelectionAndOffScreenSaySo) {
     test::TraceWorkspace f(test::EventTrace(4096, {{600, DoubleExp{10, 100, 1000}}, {2600, DoubleExp{10, 100, 1000}}}));
     f.ws.settings.blocksPerScreen = 4;  // 1024 points a screen
-    AnalyzeCurrentScreen(f.ws, f.dialogs);
-    AnalyzeNextWindow(f.ws, f.dialogs);
-    AnalyzeNextWindow(f.ws, f.dialogs);
+    AnalyzeCurrentScreen(f.ws);
+    AnalyzeNextWindow(f.ws);
+    AnalyzeNextWindow(f.ws);
     ASSERT_EQ(f.ws.events.Count(), 2);
     const EventTable before = f.ws.events;
     EXPECT_EQ(Shown(f.dialogs, AnalyzeDoublePeak(f.ws, 2)), 0);  // on this screen, single
@@ -81,7 +81,7 @@ TEST(DoublePeak, BumpsBelowTheThresholdAreNotSecondPeaks) {
     for (int i = 660; i <= 740; i += 40)
         for (int k = 0; k < 6; ++k) trace[std::size_t(i + k)] = Clamp16(trace[std::size_t(i + k)] + 80);
     test::TraceWorkspace f(trace);
-    AnalyzeCurrentScreen(f.ws, f.dialogs);
+    AnalyzeCurrentScreen(f.ws);
     ASSERT_EQ(f.ws.events.Count(), 1);
     f.ws.params().ThresholdAmplitude = 100;
     EXPECT_EQ(Shown(f.dialogs, AnalyzeDoublePeak(f.ws, 1)), 0);

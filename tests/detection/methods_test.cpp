@@ -76,7 +76,7 @@ TEST_F(MethodsTest, EachEventIsFoundOnce) {
         for (DetectionMethod m : c.methods) {
             SCOPED_TRACE(testing::Message() << c.onsets.size() << " events, " << MethodName(m));
             Workspace ws = Open(Noisy(c.points, c.onsets, 150, c.noise, c.drift), m);
-            DetectWholeFile(ws, dialogs);
+            DetectWholeFile(ws);
             EXPECT_EQ(std::tuple(Matched(ws.events, c.onsets), ws.events.Count()),
                       std::tuple(c.onsets.size(), c.onsets.size()));
             for (const EventRecord& e : ws.events.Records()) {
@@ -94,10 +94,10 @@ TEST_F(MethodsTest, ScreenByScreenEqualsWholeFile) {
     for (DetectionMethod m : kBoth) {
         SCOPED_TRACE(MethodName(m));
         Workspace whole = Open(t, m);
-        DetectWholeFile(whole, dialogs);
+        DetectWholeFile(whole);
         Workspace screens = Open(t, m);
-        AnalyzeCurrentScreen(screens, dialogs);
-        NonStopAnalysis(screens, dialogs).RunToEnd();
+        AnalyzeCurrentScreen(screens);
+        NonStopAnalysis(screens).RunToEnd();
         ASSERT_GT(whole.events.Count(), 40);
         EXPECT_EQ(screens.events.Records(), whole.events.Records());
         const MethodFilter filter(whole.settings.method, kIntervalUs, -1);
@@ -176,7 +176,7 @@ TEST_F(MethodsTest, SuggestionOnAChannelWithAnOddUnitScale) {
     EXPECT_NEAR(ws.params().ThresholdAmplitude, 4e-10, 0.6e-10);
     EXPECT_NEAR(ws.settings.method.riseTauMs, 0.5, 0.15);
     EXPECT_NEAR(ws.settings.method.decayTauMs, 6, 1.0);
-    DetectWholeFile(ws, dialogs);
+    DetectWholeFile(ws);
     EXPECT_GE(Matched(ws.events, onsets), int(0.9 * double(onsets.size())));
 }
 
@@ -189,7 +189,7 @@ TEST_F(MethodsTest, SuggestionOnAChannelWithAnOddUnitScale) {
 TEST_F(MethodsTest, LargeEventsLeaveTheirNeighboursAlone) {
     const std::vector<int64_t> big = Every(5000, 190000, 8000);
     Workspace against = Open(Noisy(200000, big, -2000, 10), DetectionMethod::Deconvolution);
-    DetectWholeFile(against, dialogs);
+    DetectWholeFile(against);
     EXPECT_EQ(against.events.Count(), 0);
     std::vector<int16_t> t = Noisy(200000, big, 2000, 10);
     const std::vector<double> shape = KernelSamples(kKernel, kIntervalUs, 2000);
@@ -208,7 +208,7 @@ TEST_F(MethodsTest, LargeEventsLeaveTheirNeighboursAlone) {
     }
     // Peaks are means of 11 points: each amplitude within 35 %, the mean within 15 %.
     ws.params().NumberPointsPeak = 11;
-    DetectWholeFile(ws, dialogs);
+    DetectWholeFile(ws);
     double amplitudeSum = 0, riseSum = 0, startSum = 0;
     const auto& r = ws.events.Records();
     for (int64_t o : big) {
@@ -298,7 +298,7 @@ TEST_F(MethodsTest, SuggestedTemplateThresholdFollowsTheCriterionsSpread) {
         EXPECT_TRUE(s.ok()) << s.message();
         ApplySuggestion(ws, s.value());
         EXPECT_EQ(ws.settings.method.templateThreshold, s->templateThreshold);
-        DetectWholeFile(ws, dialogs);
+        DetectWholeFile(ws);
         EXPECT_GE(Matched(ws.events, onsets), int(0.9 * double(onsets.size())));
         EXPECT_LE(ws.events.Count(), int32_t(onsets.size()) + 3);
         return s->templateThreshold;
@@ -329,11 +329,11 @@ TEST_F(MethodsTest, SuggestionSmoothsSlowEventsOverTheirRise) {
     ApplySuggestion(ws, s.value());
     EXPECT_NEAR(ws.settings.method.riseTauMs, 2, 1);
     EXPECT_DOUBLE_EQ(ws.settings.method.lowPassMs, ws.settings.method.riseTauMs);
-    DetectWholeFile(ws, dialogs);
+    DetectWholeFile(ws);
     const int suggested = Matched(ws.events, onsets);
     ws.settings.method.lowPassMs = 0.8;
     ws.events = EventTable{};
-    DetectWholeFile(ws, dialogs);
+    DetectWholeFile(ws);
     EXPECT_TRUE(suggested >= 40 && 2 * Matched(ws.events, onsets) < suggested) << suggested;
 }
 

@@ -10,7 +10,6 @@
 #include "detection/detector.h"
 #include "detection/measurements.h"
 #include "recording/event_grid.h"
-#include "recording/scripted_dialogs.h"
 #include "trace_helpers.h"
 
 namespace vess {
@@ -82,9 +81,8 @@ TEST(Overlap, EventsOfTheLastRangeAreNotStoredAgainOnTheNextScreen) {
         p.PeriodStartBaseline = 8000;
         p.ComplexPeak = complexPeak;
         EventTable events;
-        ScriptedDialogs dialogs;
         for (int32_t block = 0; block < 16; block += 4)
-            AnalyzeWindow(Screen(*file.rec, block, 4), p, events, dialogs);
+            AnalyzeWindow(Screen(*file.rec, block, 4), p, events);
         std::vector<int32_t> peaks;
         for (const EventRecord& r : events.Records()) peaks.push_back(r.sampleIndex);
         ASSERT_EQ(peaks.size(), 2u) << "complex " << complexPeak;

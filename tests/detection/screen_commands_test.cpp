@@ -56,31 +56,30 @@ TEST(Reset, AsksOnlyWhenThereAreEventsAndHonoursTheAnswer) {
 TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     test::TraceWorkspace t(EventsEvery(1000));
     Workspace& ws = t.ws;
-    ScriptedDialogs& dialogs = t.dialogs;
-    AnalyzeCurrentScreen(ws, dialogs);
+    AnalyzeCurrentScreen(ws);
     const int32_t afterFirst = ws.events.Count();
-    NonStopAnalysis run(ws, dialogs);
+    NonStopAnalysis run(ws);
     EXPECT_EQ(run.GetProgress().screensTotal, 9);  // 10 screens of 4 blocks
     run.RunToEnd();
     EXPECT_EQ(std::tuple(ws.screenStartBlock, ws.events.Count()), std::tuple(36, 11));
     for (int32_t k = 0; k < 10; ++k)
         EXPECT_EQ(std::ranges::count(ws.events.Records(), 521 + 1000 * k, &EventRecord::sampleIndex), 1) << k;
-    EXPECT_FALSE(AnalyzeNextWindow(ws, dialogs).moved);
+    EXPECT_FALSE(AnalyzeNextWindow(ws).moved);
     ASSERT_TRUE(ws.history.Undo(ws.events));
     EXPECT_EQ(ws.events.Count(), afterFirst);
     ASSERT_TRUE(ws.history.Undo(ws.events));
     EXPECT_EQ(std::tuple(ws.events.Count(), ws.history.CanUndo()), std::tuple(0, false));
-    // Stop ends a run; improper parameters stop it with one message.
+    // Stop ends a run; improper parameters stop it, failed with their message.
     ws.screenStartBlock = 0;
-    NonStopAnalysis stopped(ws, dialogs);
+    NonStopAnalysis stopped(ws);
     EXPECT_TRUE(stopped.Step());
     stopped.Stop();
     EXPECT_FALSE(stopped.Step());
     EXPECT_EQ(ws.screenStartBlock, 4);
     ws.params().PeriodToSearchMax = 10;  // 0.2 samples
-    NonStopAnalysis bad(ws, dialogs);
+    NonStopAnalysis bad(ws);
     EXPECT_EQ((std::array{bad.Step(), bad.Step()}), (std::array{false, false}));
-    EXPECT_EQ(dialogs.Messages().size(), 1u);
+    EXPECT_EQ(bad.LastAnalysis().status.caption(), "Improper Analysis Parameters");
 }
 
 // At most one sound for stored events in any 150 ms, none for none.
@@ -120,10 +119,10 @@ TEST(NonStopFromFreshRecording, EqualsWholeFileDetection) {
             OpenFresh(stepped, path);
             OpenFresh(whole, path);
             ScriptedDialogs dialogs;
-            NonStopAnalysis run(stepped, dialogs);
+            NonStopAnalysis run(stepped);
             run.RunToEnd();
             EXPECT_EQ(run.GetProgress().screensDone, run.GetProgress().screensTotal);
-            DetectWholeFile(whole, dialogs);
+            DetectWholeFile(whole);
             EXPECT_GT(stepped.events.Count(), 10) << path;
             EXPECT_EQ(stepped.events.Records(), whole.events.Records()) << path << " method " << int(settings.method.method);
         }
@@ -147,13 +146,13 @@ TEST(NonStopFromFreshRecording, AnalysesTheShownScreenOnlyWhenNothingRanThere) {
         ws.screenStartBlock = 12;
         ScriptedDialogs dialogs;
         if (before == AnalysedByF9) {
-            AnalyzeCurrentScreen(ws, dialogs);
+            AnalyzeCurrentScreen(ws);
             ws.events.Clear();  // the run's own events only
         }
         if (before == EventInTheTable) ws.events.Append({.sampleIndex = 12 * 256 + 100});
         if (before == AnalysedAtAnotherScreenLength) ws.analysedBlocks.Add(8, 5);  // blocks 8..12
         const int32_t count = ws.events.Count();
-        NonStopAnalysis run(ws, dialogs);
+        NonStopAnalysis run(ws);
         EXPECT_EQ(run.GetProgress().screensTotal, screensTotal);
         run.RunToEnd();
         ASSERT_GT(ws.events.Count(), count);
@@ -190,7 +189,7 @@ TEST(ScreenNoise, StoredEventsAreLeftOutAndTheCommandsWorkInTheChannelsUnits) {
     EXPECT_EQ(withEvent.points, screen.WindowLen());
     EXPECT_GT(withEvent.rmsUnits, 20.0);  // the event dominates
     f.ws.params().DecayPercent = 0.01f;  // the decay point near the end of the tail
-    AnalyzeCurrentScreen(f.ws, dialogs);
+    AnalyzeCurrentScreen(f.ws);
     ASSERT_EQ(f.ws.events.Count(), 1);
     const NoiseMeasure quiet = MeasureScreenNoise(screen, f.ws.events);
     ASSERT_TRUE(quiet.valid);

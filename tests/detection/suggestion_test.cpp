@@ -108,7 +108,6 @@ TEST(ClearEvents, TestPulsesAndStepsMakeNoKernelAndNothingSetBeforeCounts) {
     }
     test::TempDir dir;
     Workspace ws = Open(dir, Rounded(x));
-    ScriptedDialogs quiet;
     // What the suggestion and the detection after it give, the kernel set before being rise, decay.
     const auto suggestAndDetect = [&](double rise, double decay) {
         ws.settings.method.riseTauMs = rise;
@@ -116,7 +115,7 @@ TEST(ClearEvents, TestPulsesAndStepsMakeNoKernelAndNothingSetBeforeCounts) {
         const RecordingSuggestion s = SuggestFromRecording(ws).value();
         ApplySuggestion(ws, s);
         ws.events = EventTable{};
-        DetectWholeFile(ws, quiet);
+        DetectWholeFile(ws);
         return std::tuple(s.riseTauMs, s.decayTauMs, s.thresholdAmplitude, s.templateThreshold, ws.events);
     };
     const auto first = suggestAndDetect(3, 30);

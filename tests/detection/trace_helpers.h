@@ -97,8 +97,7 @@ struct TraceFile {
 inline EventTable AnalyzeScreen(const Recording& rec, int32_t startBlock, const AnalysisParameters& params,
                                 int32_t blocks = 4) {
     EventTable events;
-    ScriptedDialogs dialogs;
-    AnalyzeWindow(Screen(rec, startBlock, blocks), params, events, dialogs);
+    AnalyzeWindow(Screen(rec, startBlock, blocks), params, events);
     return events;
 }
 

@@ -187,7 +187,7 @@ protected:
 TEST_F(ReadFaultReport, EventsAreKeptAndOfferedForSavingOnce) {
     OpenAndCut(487);
     ws.screenStartBlock = 8;
-    const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws, dialogs);
+    const AnalyzeWindowResult r = AnalyzeCurrentScreen(ws);
     EXPECT_EQ(r.eventsAdded, 0);  // zeros are not data
     EXPECT_EQ(ws.events.Count(), 487);
 
@@ -204,14 +204,14 @@ TEST_F(ReadFaultReport, EventsAreKeptAndOfferedForSavingOnce) {
 
     // Told once: the next screens that fail to read say nothing more.
     ws.screenStartBlock = 16;
-    AnalyzeCurrentScreen(ws, dialogs);
+    AnalyzeCurrentScreen(ws);
     EXPECT_FALSE(ReportReadFault(ws, dialogs, save));
     EXPECT_TRUE(dialogs.AllAnswersUsed());
 }
 
 TEST_F(ReadFaultReport, NonStopAnalysisStopsAtTheFault) {
     OpenAndCut(0);
-    NonStopAnalysis run(ws, dialogs);
+    NonStopAnalysis run(ws);
     run.RunToEnd();
     // The first screen's read past block 1 fails: the run ends there, not after nine screens.
     EXPECT_EQ(run.GetProgress().screensDone, 1);

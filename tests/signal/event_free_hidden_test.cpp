@@ -51,8 +51,7 @@ TEST(EventFreeHidden, EventsDeletedFromTheTableAreNotRemovedAsHidden) {
     ws.settings = NewInstallationSettings();
     ASSERT_TRUE(OpenRecordingOnChannel(test::SharedData() / "abf1/05210017_vc_abf1.abf", 0, ws));
     SuggestOnFirstAnalysis(ws);
-    ScriptedDialogs dialogs;
-    DetectWholeFile(ws, dialogs);
+    DetectWholeFile(ws);
     std::vector<EventRecord> deleted;
     for (int32_t i = ws.events.Count() / 10 * 10; i >= 10; i -= 10) {
         deleted.push_back(ws.events[i]);

@@ -27,8 +27,7 @@ TEST(EventFreeJoins, RecordingWithManyEventsIsDetectedAlmostEmpty) {
     const CommandResult opened = OpenRecordingOnChannel(test::SharedData() / "abf1/171116sh_0020_saved.abf", 0, ws);
     ASSERT_TRUE(opened) << opened.message();
     SuggestOnFirstAnalysis(ws);
-    ScriptedDialogs dialogs;
-    DetectWholeFile(ws, dialogs);
+    DetectWholeFile(ws);
     ASSERT_GT(ws.events.Count(), 600);
     const int64_t level = int64_t(ws.params().PeriodBaselineAverage / ws.recording->IntervalUs());
     ASSERT_EQ(WriteEventFreeAbf(*ws.recording, ws.events, kDefaultEventFreeMarginMs, level, dir / "free.abf"), "");

@@ -49,8 +49,7 @@ protected:
         ws.settings = NewInstallationSettings();
         ASSERT_TRUE(OpenRecordingOnChannel(dir / "s.abf", 0, ws));
         SuggestOnFirstAnalysis(ws);
-        ScriptedDialogs quiet;
-        DetectWholeFile(ws, quiet);
+        DetectWholeFile(ws);
         ASSERT_GT(ws.events.Count(), 20);
         request = {ws.recording->Path(), 0, ws.settings, ws.events, ws.measuredOnce, false, 2.0, 40, dir / "free.abf"};
     }

@@ -55,7 +55,9 @@ template <class Detect>
 void DetectScreen(CommandHost& host, Detect detect) {
     Workspace& ws = host.Ws();
     if (!ws.recording || host.NonStopRunning() || !host.ReadyToDetect(false)) return;
-    const int32_t added = detect(ws, host.Asker());
+    const AnalyzeWindowResult result = detect(ws);
+    ShowFailure(host.Asker(), result.status);
+    const int32_t added = result.eventsAdded;
     host.EventsStored(added);
     if (added > 0) ws.selectedEvent = ws.events.Count();
     host.Redraw(false);
@@ -163,14 +165,14 @@ void AddAnalysisCommands(CommandRegistry& r) {
     };
     add("menu_Analyze", "Analyze This Window", {QKeySequence(Qt::Key_F9)}, kTipAnalyze, WhenRecordingOpenAndIdle,
         [](CommandHost& h) {
-            DetectScreen(h, [](Workspace& ws, Dialogs& d) { return AnalyzeCurrentScreen(ws, d).eventsAdded; });
+            DetectScreen(h, [](Workspace& ws) { return AnalyzeCurrentScreen(ws); });
         });
     add("menu_AnalyzeNext", "Analyze Next Window", {QKeySequence(Qt::Key_F10), QKeySequence("N")},
         kTipAnalyzeNext, WhenRecordingOpenAndIdle, [](CommandHost& h) {
-            DetectScreen(h, [&h](Workspace& ws, Dialogs& d) {
-                NextWindowResult r = AnalyzeNextWindow(ws, d);
+            DetectScreen(h, [&h](Workspace& ws) {
+                NextWindowResult r = AnalyzeNextWindow(ws);
                 if (r.moved) h.OfferScreen(std::move(r.screen));
-                return r.analysis.eventsAdded;
+                return r.analysis;
             });
         });
     add("menu_NonStop", "Non-stop Analysis", {QKeySequence(Qt::Key_F11)}, kTipNonStop, WhenRecordingOpenAndIdle,
