@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "detection/texts.h"
 #include "gui_fixture.h"
 #include "signal/tool_texts.h"
 #include "statistics/texts.h"
@@ -46,6 +47,27 @@ TEST_F(FailureShownOnce, FailuresOnceUnderTheirCaptionCancelsSilently) {
         ASSERT_EQ(messages.size(), c.caption ? 1u : 0u);
         if (c.caption) { EXPECT_EQ(messages[0].caption, *c.caption); }
         EXPECT_TRUE(dialogs.AllAnswersUsed());
+    }
+}
+
+// Periods the recording cannot use (1 us, below one sample): this window, the
+// next one and the non-stop run each show the refusal once and store nothing.
+TEST_F(FailureShownOnce, RefusedParametersOncePerPress) {
+    OpenSample();
+    ws.params().PeriodToSearchMax = 1;
+    for (const int key : {Qt::Key_F9, Qt::Key_F10, Qt::Key_F11}) {
+        SCOPED_TRACE(key);
+        dialogs.ClearTranscript();
+        Key(key);
+        // The non-stop run ends on a timer tick, and shows the refusal then.
+        ASSERT_TRUE(WaitFor([&] { return !window->NonStopRunning() && !dialogs.Messages().empty(); }));
+        QTest::qWait(50);  // a second message must not follow
+        const auto messages = dialogs.Messages();
+        ASSERT_EQ(messages.size(), 1u);
+        EXPECT_EQ(std::pair(messages[0].caption, messages[0].text),
+                  std::pair(std::string(detection_texts::kImproperParametersCaption),
+                            std::string(detection_texts::kImproperParametersText)));
+        EXPECT_EQ(ws.events.Count(), 0);
     }
 }
 

@@ -12,6 +12,7 @@
 #include "batch/batch_run.h"
 #include "batch/texts.h"
 #include "detection/event_summary.h"
+#include "detection/texts.h"
 #include "recording/event_file.h"
 #include "recording/file_io.h"
 #include "recording/synth.h"
@@ -197,6 +198,24 @@ TEST(BatchSummary, MediansSkipUnmeasured) {
     EXPECT_FLOAT_EQ(s.medianDecayMs, 2.5);
     EXPECT_DOUBLE_EQ(s.durationS, 2000 * 50e-6);
     EXPECT_DOUBLE_EQ(s.frequencyHz, 4 / 0.1);
+}
+
+// A recording its parameters do not suit: the row lists the refusal and no
+// event file is written.
+TEST(BatchImproperParameters, TheRowListsTheRefusalAndNoEventFileIsWritten) {
+    test::TempDir dir;
+    const std::filesystem::path abf = dir / "one.abf";
+    ASSERT_EQ(WriteSynthetic(abf, Synthesise({.seconds = 1, .seed = 3})), "");
+    BatchSetup setup;
+    setup.settings.analysis.PeriodToSearchMax = 1;  // 1 us: below one sample
+    const std::atomic<bool> stop{false};
+    const BatchItem item = PlanBatch({abf}, {})[0];
+    const BatchRow row = AnalyseRecording(item, setup, {}, stop);
+    EXPECT_EQ(row.errors, std::string(detection_texts::kImproperParametersCaption) + ": " +
+                              detection_texts::kImproperParametersText + "; " +
+                              std::string(batch_texts::kImproperParameters));
+    EXPECT_FALSE(row.analysed);
+    EXPECT_TRUE(row.eventFile.empty() && !std::filesystem::exists(item.eventFile));
 }
 
 }  // namespace

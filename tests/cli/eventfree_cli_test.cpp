@@ -22,8 +22,7 @@ TEST(VessEventFree, JsonSaysWhatWasRemovedAndFoundAgain) {
         ASSERT_EQ(run.exitCode, 0) << run.err;
         runs[tableOnly] = nlohmann::json::parse(run.out);
     }
-    const nlohmann::json& hidden = runs[0];
-    const nlohmann::json& table = runs[1];
+    const nlohmann::json &hidden = runs[0], &table = runs[1];
     EXPECT_EQ(hidden["removed"], table["removed"]);
     EXPECT_EQ(table["hidden_removed"], 0);
     EXPECT_GT(hidden["hidden_removed"].get<int>(), 0);

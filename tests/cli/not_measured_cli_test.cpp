@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "detection/texts.h"
 #include "support/trec_cli.h"
 
 namespace vess {
@@ -83,8 +84,17 @@ TEST_F(NotMeasuredCli, RefusalsInsteadOfWrongNumbers) {
         SCOPED_TRACE(args);
         ExpectRefused(Run(args), 2, message);
     }
-    EXPECT_FALSE(std::filesystem::exists(dir / "free.abf"));
     EXPECT_NE(Run("detect " + flat + " --blocks-per-screen 8388608").exitCode, 0);
+    // Periods the recording cannot use (1 us, below one sample): status 3 and
+    // the message once on stderr.
+    const std::string improper = std::string(detection_texts::kImproperParametersCaption) + ": " +
+                                 detection_texts::kImproperParametersText + "\n";
+    for (const std::string& run : {"detect " + flat + " --out " + P("flat.EVT"), "eventfree " + flat + " --out " + P("free.abf")}) {
+        const auto r = Run(run + " --set PeriodToSearchMax=1");
+        EXPECT_EQ(r.exitCode, 3) << run;
+        EXPECT_TRUE(r.err.find(improper) != std::string::npos && r.err.find(improper) == r.err.rfind(improper)) << r.err;
+    }
+    EXPECT_FALSE(std::filesystem::exists(dir / "free.abf") || std::filesystem::exists(dir / "flat.EVT"));
 }
 
 }  // namespace
