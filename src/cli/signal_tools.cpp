@@ -138,8 +138,8 @@ void RunEventFree(const EventFreeCli& o) {
         std::cerr << "vess eventfree: " << problem << "\n";
         throw CLI::RuntimeError(2);
     }
-    const int64_t levelPoints = int64_t(ws.params().PeriodBaselineAverage / rec.IntervalUs());
-    const Outcome<EventFreeWritten> written = WriteEventFreeCopy(ws, o.marginMs, levelPoints, o.out, !o.tableOnly);
+    const Outcome<EventFreeWritten> written =
+        WriteEventFreeCopy(ws, o.marginMs, EventFreeLevelPoints(ws), o.out, !o.tableOnly);
     if (!written) {
         std::cerr << "vess eventfree: " << written.message() << "\n";
         throw CLI::RuntimeError(4);

@@ -132,8 +132,12 @@ Outcome<EventFreeRequest> PrepareEventFree(const Workspace& ws, Dialogs& dialogs
                             ws.measuredOnce,
                             rec.ReadsFiltered(),
                             *margin,
-                            RoundEven(ws.params().PeriodBaselineAverage / rec.IntervalUs()),
+                            EventFreeLevelPoints(ws),
                             *path};
+}
+
+int64_t EventFreeLevelPoints(const Workspace& ws) {
+    return RoundEven(ws.params().PeriodBaselineAverage / ws.recording->IntervalUs());
 }
 
 Outcome<EventFreeWritten> WriteEventFree(const EventFreeRequest& request, const JobProgress& progress) {

@@ -26,6 +26,10 @@ struct Workspace;
 
 inline constexpr double kDefaultEventFreeMarginMs = 2.0;
 
+// The window in which each event is followed into the noise: the
+// baseline-averaging period in points, rounded as detection rounds it.
+int64_t EventFreeLevelPoints(const Workspace& ws);
+
 // A one-channel file whose counts read back as the same units as the source
 // channel's (gain, offset, range and resolution carried over).
 AbfWriteLayout EventFreeWriteLayout(const Recording& rec);

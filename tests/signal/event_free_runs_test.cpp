@@ -45,7 +45,7 @@ TEST(EventFreeJoins, RecordingWithManyEventsIsDetectedAlmostEmpty) {
     SuggestOnFirstAnalysis(ws);
     DetectWholeFile(ws);
     ASSERT_GT(ws.events.Count(), 600);
-    const int64_t level = int64_t(ws.params().PeriodBaselineAverage / ws.recording->IntervalUs());
+    const int64_t level = EventFreeLevelPoints(ws);
     ASSERT_EQ(WriteEventFreeAbf(*ws.recording, ws.events, kDefaultEventFreeMarginMs, level, dir / "free.abf"), "");
     const std::optional<int32_t> again = RedetectedEventCount(ws, dir / "free.abf", NoiseLevels::OfSource);
     ASSERT_TRUE(again);
@@ -93,7 +93,7 @@ TEST(EventFreeHidden, EventsDeletedFromTheTableAreNotRemovedAsHidden) {
         deleted.push_back(ws.events[i]);
         ws.events.Delete(i);
     }
-    const int64_t level = int64_t(ws.params().PeriodBaselineAverage / ws.recording->IntervalUs());
+    const int64_t level = EventFreeLevelPoints(ws);
     const Outcome<EventFreeWritten> written =
         WriteEventFreeCopy(ws, kDefaultEventFreeMarginMs, level, dir / "free.abf", true);
     ASSERT_TRUE(written) << written.message();
