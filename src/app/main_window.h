@@ -206,8 +206,6 @@ private:
         // The enabling last set (-1: none yet): the action is touched only
         // when it changes.
         int enabled = -1;
-        // The command sets a check mark or a caption at every refresh.
-        bool checks = false, captions = false;
     };
     static constexpr int kOwnTest = -1, kNoTest = -2;
     std::vector<RegisteredAction> registered_;

@@ -121,8 +121,6 @@ void MainWindow::AddRegistered(const Command& c) {
     }
     actions_[c.objectName] = a;
     RegisteredAction registered{a, &c};
-    registered.checks = bool(c.checkedWhen);
-    registered.captions = bool(c.captionWhen);
     if (const auto* plain = c.enabledWhen.target<bool (*)(const CommandState&)>(); plain && *plain) {
         const auto known = std::find(enablingTests_.begin(), enablingTests_.end(), *plain);
         registered.test = int(known - enablingTests_.begin());
@@ -144,11 +142,11 @@ void MainWindow::RefreshActions() {
             r.action->setEnabled(on);
             r.enabled = int(on);
         }
-        if (r.checks) {
+        if (r.command->checkedWhen) {
             const QSignalBlocker block(r.action);
             r.action->setChecked(r.command->checkedWhen(state));
         }
-        if (r.captions) r.action->setText(r.command->captionWhen(state));
+        if (r.command->captionWhen) r.action->setText(r.command->captionWhen(state));
     }
 }
 

@@ -115,7 +115,7 @@ CommandResult ApplySettingsSource(SettingsSource source, const std::filesystem::
         case SettingsSource::SettingsFile: applied = LoadSettingsFileInto(file, settings); break;
         case SettingsSource::ParameterFile: applied = LoadParameterFileInto(file, settings.analysis); break;
     }
-    if (applied.failed()) return CommandResult::Failed(std::string(batch_texts::kWindowTitle), applied.message());
+    if (applied.failed()) return CommandResult::Failed(batch_texts::kWindowTitle, applied.message());
     return applied;
 }
 

@@ -208,7 +208,7 @@ std::optional<double> Recall90From(const std::vector<AccuracyBin>& bins) {
 
 Outcome<AccuracyInput> PrepareAccuracyCheck(const Workspace& ws, const AccuracyOptions& o) {
     const auto refuse = [](const char* why) {
-        return CommandResult::Failed(std::string(method_texts::kCheckCaption), why);
+        return CommandResult::Failed(method_texts::kCheckCaption, why);
     };
     if (!ws.recording) return refuse("no recording is open");
     const Recording& rec = *ws.recording;

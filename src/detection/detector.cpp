@@ -41,8 +41,8 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
 
 Outcome<DetectionLengths> CheckedPeriods(const AnalysisParameters& params, double intervalUs) {
     if (auto len = ConvertPeriods(params, intervalUs)) return *len;
-    return CommandResult::Failed(std::string(detection_texts::kImproperParametersCaption),
-                                 std::string(detection_texts::kImproperParametersText));
+    return CommandResult::Failed(detection_texts::kImproperParametersCaption,
+                                 detection_texts::kImproperParametersText);
 }
 
 Outcome<DetectionLengths> CheckedPeriods(const Workspace& ws) {

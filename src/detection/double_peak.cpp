@@ -85,12 +85,8 @@ void Insert(EventTable& events, int32_t row, const EventRecord& r) {
     events.Assign(std::move(records));
 }
 
-CommandResult Refused(std::string_view caption, std::string_view text) {
-    return CommandResult::Failed(std::string(caption), std::string(text));
-}
-
 CommandResult NoSecondPeak() {
-    return Refused(detection_texts::kNoDoublePeakCaption, detection_texts::kNoDoublePeakText);
+    return CommandResult::Failed(detection_texts::kNoDoublePeakCaption, detection_texts::kNoDoublePeakText);
 }
 
 // Stores the second peak of the event at row firstRow next to it (after it,
@@ -138,13 +134,14 @@ Outcome<DoublePeakResult> AnalyzeDoublePeak(Workspace& ws, int32_t eventIndex) {
     DoublePeakResult result;
     if (!ws.recording) return CommandResult::Cancelled();
     if (!ws.events.HasRow(eventIndex))
-        return Refused(detection_texts::kNoEventSelectedCaption, detection_texts::kNoEventSelectedText);
+        return CommandResult::Failed(detection_texts::kNoEventSelectedCaption, detection_texts::kNoEventSelectedText);
     const auto len = CheckedPeriods(ws);
     if (!len) return len.status();
     const Screen screen = ShownScreen(ws);
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> first = StoredEvent(det, ws.events[eventIndex]);
-    if (!first) return Refused(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
+    if (!first)
+        return CommandResult::Failed(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
     result.firstIndex = eventIndex;
     const std::optional<MeasuredEvent> second = FindSecondPeak(det, *first);
     if (!second) return NoSecondPeak();
@@ -166,7 +163,7 @@ Outcome<DoublePeakResult> DetectDoublePeakAtPoint(Workspace& ws, int64_t windowI
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> first =
         det.Measure(det.FindMax(windowIndex - len->searchLen / 2, len->searchLen));
-    if (!first) return Refused(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
+    if (!first) return CommandResult::Failed(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
     const std::optional<MeasuredEvent> second = FindSecondPeak(det, *first);
     if (!second) return NoSecondPeak();
     const EventTable before = ws.events;

@@ -9,11 +9,11 @@ namespace vess {
 
 Outcome<std::string> LearnKernelIntoSettings(Workspace& ws, const EventTable& events) {
     const std::string caption(method_texts::kLearnKernelCaption);
-    if (!ws.recording) return CommandResult::Failed(caption, std::string(method_texts::kNoRecording));
+    if (!ws.recording) return CommandResult::Failed(caption, method_texts::kNoRecording);
     const KernelFit fit = LearnKernel(*ws.recording, events);
     if (!fit.ok)
-        return CommandResult::Failed(caption, std::string(fit.eventsUsed < 3 ? method_texts::kKernelTooFewEvents
-                                                                             : method_texts::kKernelFitFailed));
+        return CommandResult::Failed(
+            caption, fit.eventsUsed < 3 ? method_texts::kKernelTooFewEvents : method_texts::kKernelFitFailed);
     ws.settings.method.riseTauMs = fit.kernel.riseTauMs;
     ws.settings.method.decayTauMs = fit.kernel.decayTauMs;
     ws.settings.method.lowPassMs = SmoothingMsForKernel(fit.kernel);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "detection/template_criterion.h"
 
@@ -89,7 +88,6 @@ ComputeScratch& Scratch() {
     thread_local ComputeScratch scratch;
     return scratch;
 }
-
 
 }  // namespace
 

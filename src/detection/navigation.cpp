@@ -244,10 +244,10 @@ Outcome<NavResult> JumpToTime(const Workspace& ws, Dialogs& dialogs) {
     const auto entry = dialogs.Input(t::kJumpTimeCaption, t::kJumpTimePrompt);
     if (!entry || entry->empty()) return CommandResult::Cancelled();
     const auto timeMs = ParseNumberEntry(*entry);
-    if (!timeMs) return CommandResult::Failed(std::string(t::kJumpTimeCaption), std::string(t::kJumpTimeNotNumber));
+    if (!timeMs) return CommandResult::Failed(t::kJumpTimeCaption, t::kJumpTimeNotNumber);
     const int64_t sample = TimeToSample(*timeMs, g.intervalUs);
     if (*timeMs < 0 || sample >= int64_t(g.blockCount) * kBlockPoints)
-        return CommandResult::Failed(std::string(t::kJumpTimeCaption),
+        return CommandResult::Failed(t::kJumpTimeCaption,
                                      fmt::format("{}{}{}{}{}", t::kJumpTimeOutOfRange1, *entry,
                                                  t::kJumpTimeOutOfRange2, g.DataEndMs(), t::kJumpTimeOutOfRange3));
     return ToScreen(ws, g.ScreenOfSample(sample));
@@ -256,12 +256,12 @@ Outcome<NavResult> JumpToTime(const Workspace& ws, Dialogs& dialogs) {
 Outcome<NavResult> JumpToEventNumber(const Workspace& ws, Dialogs& dialogs) {
     namespace t = navigation_texts;
     const int32_t count = ws.events.Count();
-    if (count == 0) return CommandResult::Failed(std::string(t::kJumpEventCaption), std::string(t::kJumpEventNone));
+    if (count == 0) return CommandResult::Failed(t::kJumpEventCaption, t::kJumpEventNone);
     const auto entry = dialogs.Input(t::kJumpEventCaption, t::kJumpEventPrompt);
     if (!entry || entry->empty()) return CommandResult::Cancelled();
     const auto number = ParseNumberEntry(*entry);
     if (!number || *number != std::floor(*number) || *number < 1 || *number > count)
-        return CommandResult::Failed(std::string(t::kJumpEventCaption),
+        return CommandResult::Failed(t::kJumpEventCaption,
                                      fmt::format("{}{}{}{}{}", t::kJumpEventOutOfRange1, *entry,
                                                  t::kJumpEventOutOfRange2, count, t::kJumpEventOutOfRange3));
     return ShowEvent(ws, static_cast<int32_t>(*number));

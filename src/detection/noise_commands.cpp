@@ -26,7 +26,7 @@ std::string Report(const Recording& rec, const NoiseMeasure& m) {
 
 // Every sample of the screen lies inside a stored event.
 CommandResult NoQuietTrace(std::string_view caption) {
-    return CommandResult::Failed(std::string(caption), std::string(detection_texts::kNoQuietTraceText));
+    return CommandResult::Failed(caption, detection_texts::kNoQuietTraceText);
 }
 
 }  // namespace

@@ -8,14 +8,6 @@
 
 namespace vess {
 
-namespace {
-
-CommandResult Refused(std::string_view caption, std::string_view text) {
-    return CommandResult::Failed(std::string(caption), std::string(text));
-}
-
-}  // namespace
-
 Outcome<PointCommandResult> DetectAtPoint(Workspace& ws, int64_t windowIndex, bool tenthThresholds) {
     if (!ws.recording) return CommandResult::Cancelled();
     if (UsesFilteringMethod(ws)) return DetectAtPointByMethod(ws, windowIndex, tenthThresholds);
@@ -35,7 +27,7 @@ Outcome<PointCommandResult> DetectAtPoint(Workspace& ws, int64_t windowIndex, bo
 Outcome<PointCommandResult> StoreClickedEvent(Workspace& ws, const Screen& screen, const Detector& det,
                                               const std::optional<MeasuredEvent>& e) {
     PointCommandResult result;
-    if (!e) return Refused(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
+    if (!e) return CommandResult::Failed(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
     if (!ws.events.Empty() && ws.events.Last().time == screen.CalculateTime(e->peak)) return result;
     ws.history.Checkpoint(ws.events, "Detect event");
     ws.events.Append(det.MakeRecord(*e));
@@ -48,17 +40,17 @@ Outcome<PointCommandResult> RecalculateEvent(Workspace& ws, int32_t eventIndex) 
     PointCommandResult result;
     if (!ws.recording) return CommandResult::Cancelled();
     if (!ws.events.HasRow(eventIndex))
-        return Refused(detection_texts::kNoEventSelectedCaption, detection_texts::kNoEventSelectedText);
+        return CommandResult::Failed(detection_texts::kNoEventSelectedCaption, detection_texts::kNoEventSelectedText);
     const auto len = CheckedPeriods(ws);
     if (!len) return len.status();
     const Screen screen = ShownScreen(ws);
     const EventRecord old = ws.events[eventIndex];
     const int64_t peak = int64_t(old.sampleIndex) - screen.AbsoluteIndex(0);
     if (peak < 0 || peak >= screen.WindowLen())
-        return Refused(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
+        return CommandResult::Failed(detection_texts::kEventOffScreenCaption, detection_texts::kEventOffScreenText);
     const Detector det(screen, ws.params(), *len);
     const std::optional<MeasuredEvent> e = det.Measure({peak, det.GetAverageValue(peak)});
-    if (!e) return Refused(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
+    if (!e) return CommandResult::Failed(detection_texts::kNoEventFoundCaption, detection_texts::kNoEventFoundText);
     EventRecord r = det.MakeRecord(*e);
     r.group = old.group;
     r.burstNumber = old.burstNumber;

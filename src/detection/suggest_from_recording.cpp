@@ -153,7 +153,7 @@ namespace {
 // cannot be made changes nothing.
 Outcome<RecordingSuggestion> SuggestAndApply(Workspace& ws) {
     Outcome<RecordingSuggestion> s = SuggestFromRecording(ws);
-    if (!s) return CommandResult::Failed(std::string(method_texts::kSuggestCaption), s.message());
+    if (!s) return CommandResult::Failed(method_texts::kSuggestCaption, s.message());
     ApplySuggestion(ws, s.value());
     return s;
 }
@@ -162,7 +162,7 @@ Outcome<RecordingSuggestion> SuggestAndApply(Workspace& ws) {
 
 CommandResult SuggestFromRecordingCommand(Workspace& ws, Dialogs& dialogs) {
     const std::string caption(method_texts::kSuggestCaption);
-    if (!ws.recording) return CommandResult::Failed(caption, std::string(method_texts::kNoRecording));
+    if (!ws.recording) return CommandResult::Failed(caption, method_texts::kNoRecording);
     const Outcome<RecordingSuggestion> s = SuggestAndApply(ws);
     if (!s) return s.status();
     MarkSuggested(ws);  // the first analysis does not suggest again over the user's choice

@@ -24,7 +24,7 @@ HrvAnalysis AnalyseTimeDomain(const TimeDomainRequest& r) {
 
 CommandResult FileTimeDomain(const TimeDomainRequest& r, const HrvAnalysis& a, TimeDomainGrids& grids) {
     if (a.rr.rrMs.empty() && a.rr.outsideBounds > 0)
-        return CommandResult::Failed(std::string(texts::kNoIntervalInBoundsCaption),
+        return CommandResult::Failed(texts::kNoIntervalInBoundsCaption,
                                      texts::NoIntervalInBoundsText(a.rr.outsideBounds, r.options.lowerBoundMs,
                                                                    r.options.upperBoundMs));
     std::vector<std::string> row = ResultRow(r.fileName, a.timeDomain);

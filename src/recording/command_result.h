@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "recording/dialogs.h"
@@ -18,8 +19,8 @@ public:
     static CommandResult Ok() { return CommandResult(Kind::Ok, {}, {}); }
     static CommandResult Failed(std::string message) { return CommandResult(Kind::Failed, {}, std::move(message)); }
     // A failure a window shows under this caption.
-    static CommandResult Failed(std::string caption, std::string message) {
-        return CommandResult(Kind::Failed, std::move(caption), std::move(message));
+    static CommandResult Failed(std::string_view caption, std::string_view message) {
+        return CommandResult(Kind::Failed, std::string(caption), std::string(message));
     }
     static CommandResult Cancelled() { return CommandResult(Kind::Cancelled, {}, {}); }
     // The lower-level convention of an empty message for success.

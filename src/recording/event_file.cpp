@@ -134,7 +134,7 @@ Outcome<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& pat
     EventFileContents file = ReadEventFile(path);
     const std::string name = path.filename().string();
     const auto refuse = [&](std::string_view caption, std::string text) {
-        return CommandResult::Failed(std::string(caption), std::move(text));
+        return CommandResult::Failed(caption, std::move(text));
     };
     // The creator decides whether this is an event file at all; a file too
     // short to hold one, or unreadable, is reported as such first.
@@ -146,7 +146,7 @@ Outcome<EventFileContents> ReadCheckedEventFile(const std::filesystem::path& pat
     if (expectedDataName && file.storedName != *expectedDataName)
         return refuse(texts::kFileNotMatchingCaption,
                       texts::FileNotMatchingText(file.storedName, *expectedDataName));
-    return std::move(file);
+    return file;
 }
 
 std::string DescribeProblem(const EventFileContents& c) {

@@ -28,7 +28,7 @@ CommandResult OpenFromFileList(Workspace& ws, const std::filesystem::path& path,
     const auto dataPath = path.parent_path() / file->storedName;
     std::error_code ec;
     if (file->storedName.empty() || !std::filesystem::is_regular_file(dataPath, ec)) {
-        return CommandResult::Failed(std::string(texts::kMissingDataFileCaption),
+        return CommandResult::Failed(texts::kMissingDataFileCaption,
                                      texts::MissingDataFileText(file->storedName));
     }
     if (CommandResult opened = OpenDataFile(ws, dataPath, dialogs, saveEvents); !opened.ok()) return opened;

@@ -52,7 +52,7 @@ CommandResult CheckRecentRecording(const std::filesystem::path& iniPath, const s
     std::vector<std::string> recent = ReadRecentRecordings(iniPath);
     std::erase(recent, path);
     WriteRecentRecordings(iniPath, recent);
-    return CommandResult::Failed(std::string(kRecentMissingCaption), RecentMissingText(path));
+    return CommandResult::Failed(kRecentMissingCaption, RecentMissingText(path));
 }
 
 }  // namespace vess

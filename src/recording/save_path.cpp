@@ -13,7 +13,7 @@ Outcome<std::filesystem::path> ChooseSavePath(Dialogs& dialogs, const FileDialog
     std::error_code ec;
     if (!std::filesystem::exists(path, ec)) return path;
     if (existing == ExistingFile::Refuse)
-        return CommandResult::Failed(std::string(texts::kFileExistCaption), std::string(texts::kFileExistText));
+        return CommandResult::Failed(texts::kFileExistCaption, texts::kFileExistText);
     if (!dialogs.AskYesNo(std::string(texts::kReplaceFileCaption), std::string(texts::kReplaceFileText)))
         return CommandResult::Cancelled();
     return path;

@@ -67,14 +67,13 @@ double ChannelNoiseCounts(const Recording& rec) {
 }
 
 CommandResult WriteEventFreeInto(AtomicFile& file, const Recording& rec, const EventTable& events, double marginMs,
-                                 int64_t levelPoints, const WriteProgress& progress) {
+                                 int64_t levelPoints, double noiseCounts, const WriteProgress& progress) {
     const int64_t points = rec.PointsPerChannel();
     if (points > int64_t(INT32_MAX)) return CommandResult::Failed("Too many samples for an ABF 1.x file.");
     if (!file.Error().empty()) return CommandResult::Failed(file.Error());
     if (!file.Write(BuildAbfHeader(EventFreeWriteLayout(rec), points))) return CommandResult::Failed(file.Error());
     const SampleReader read = [&rec](int64_t first, std::span<int16_t> out) { rec.ReadSamples(first, out); };
-    const double noise = ChannelNoiseCounts(rec);
-    const DecayTail tail{read, noise, std::max<int64_t>(levelPoints, 1), points};
+    const DecayTail tail{read, noiseCounts, std::max<int64_t>(levelPoints, 1), points};
     const auto stretches = EventStretches(events, MarginPoints(rec, marginMs), points, tail);
     std::vector<uint8_t> bytes;
     int64_t written = 0;
@@ -87,7 +86,7 @@ CommandResult WriteEventFreeInto(AtomicFile& file, const Recording& rec, const E
         return !stopped && file.Write(bytes);
     };
     EventFreeOptions options;
-    options.noiseCounts = noise;
+    options.noiseCounts = noiseCounts;
     options.levelPoints = tail.windowPoints;
     options.trendHalfPoints = 10 * tail.windowPoints;
     if (!EliminateStretches(points, stretches, read, sink, options))
@@ -98,7 +97,8 @@ CommandResult WriteEventFreeInto(AtomicFile& file, const Recording& rec, const E
 std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
                               int64_t levelPoints, const std::filesystem::path& path) {
     AtomicFile file(path);
-    const CommandResult written = WriteEventFreeInto(file, rec, events, marginMs, levelPoints, {});
+    const CommandResult written =
+        WriteEventFreeInto(file, rec, events, marginMs, levelPoints, ChannelNoiseCounts(rec), {});
     return written ? file.Finish() : written.message();
 }
 

@@ -50,12 +50,13 @@ double ChannelNoiseCounts(const Recording& rec);
 // string on success, else what went wrong (nothing is left at path).
 std::string WriteEventFreeAbf(const Recording& rec, const EventTable& events, double marginMs,
                               int64_t levelPoints, const std::filesystem::path& path);
-// The same into file, left unfinished for the caller to finish or drop.
+// The same into file, left unfinished for the caller to finish or drop, with
+// the channel's noise (ChannelNoiseCounts) measured once by the caller.
 // progress gets the share written and stops the write by answering false
 // (then the result is cancelled).
 using WriteProgress = std::function<bool(double done)>;
 CommandResult WriteEventFreeInto(AtomicFile& file, const Recording& rec, const EventTable& events, double marginMs,
-                                 int64_t levelPoints, const WriteProgress& progress);
+                                 int64_t levelPoints, double noiseCounts, const WriteProgress& progress);
 
 // Detection over the event-free file at path with the settings that found
 // source's events (a suggestion made for the source is kept, not made again

@@ -80,11 +80,14 @@ Outcome<EventFreeWritten> WriteEventFreeCopy(const Workspace& ws, double marginM
     EventTable removed = ws.events;
     EventFreeWritten written{ws.events.Count(), {}};
     Steps steps(progress, removeHidden ? 2 + 2 * kHiddenEventRounds : 1);
+    // Every copy is made of the same recording, so its noise is measured once.
+    const double noiseCounts = ChannelNoiseCounts(rec);
     // The copy being made, beside path until it is the last one.
     std::unique_ptr<AtomicFile> copyFile;
     const auto writeCopy = [&]() {
         copyFile = std::make_unique<AtomicFile>(path);
-        const CommandResult done = WriteEventFreeInto(*copyFile, rec, removed, marginMs, levelPoints, steps.Writing());
+        const CommandResult done =
+            WriteEventFreeInto(*copyFile, rec, removed, marginMs, levelPoints, noiseCounts, steps.Writing());
         steps.Next();
         return done;
     };

@@ -37,7 +37,7 @@ namespace {
 CommandResult AcceptFilterChoice(Workspace& ws, const FilterChoice& choice) {
     std::string why = ws.recording ? FilterChoiceProblem(choice, SampleRateHz(*ws.recording))
                                    : std::string(texts::kFilterNoRecording);
-    if (!why.empty()) return CommandResult::Failed(std::string(texts::kFilterCaption), std::move(why));
+    if (!why.empty()) return CommandResult::Failed(texts::kFilterCaption, std::move(why));
     StoreFilterChoice(choice, ws.settings);
     return CommandResult::Ok();
 }
@@ -60,7 +60,7 @@ FilteredChannel FilterFromFile(const FilterRequest& request, const FilterProgres
 
 CommandResult AttachFiltered(Workspace& ws, FilteredChannel f) {
     if (f.status.failed())
-        return CommandResult::Failed(std::string(texts::kFilterCaption), texts::FilterFailedText(f.status.message()));
+        return CommandResult::Failed(texts::kFilterCaption, texts::FilterFailedText(f.status.message()));
     if (!f.status) return f.status;
     if (!ws.recording) return CommandResult::Cancelled();  // closed while the filter ran
     ws.recording->AttachFiltered(std::move(f.counts));

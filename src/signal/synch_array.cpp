@@ -27,7 +27,7 @@ Outcome<int> SynchArrayCommand(Workspace& ws, Dialogs& dialogs) {
     if (!ws.recording) return CommandResult::Cancelled();
     const std::vector<float> times = SweepStartTimesMs(*ws.recording);
     const std::string caption(tool_texts::kSynchCaption);
-    if (times.empty()) return CommandResult::Failed(caption, std::string(tool_texts::kNotEpisodicText));
+    if (times.empty()) return CommandResult::Failed(caption, tool_texts::kNotEpisodicText);
     const auto number = AskNumber(dialogs, caption, std::string(tool_texts::kSynchArrayPrompt), "1");
     if (!number || (*number != 1 && *number != 2)) return CommandResult::Cancelled();
     const int array = int(*number);

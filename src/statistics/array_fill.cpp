@@ -177,7 +177,7 @@ CommandResult InterEventIntervalsCommand(Workspace& ws, Dialogs& dialogs, int ar
     if (!group) return CommandResult::Cancelled();
     const std::vector<float> intervals = InterEventIntervals(ws.events, *group, RecordingIntervalUs(ws));
     if (intervals.empty() && clear) {
-        return CommandResult::Failed(std::string(texts::kErrorCaption), std::string(st::kNotEnoughEventsText));
+        return CommandResult::Failed(texts::kErrorCaption, st::kNotEnoughEventsText);
     }
     Store(ws.Array(k), clear, intervals);
     dialogs.Message(st::DoneFillingCaption(k), st::DoneIntervalsText(int(intervals.size()), k));

@@ -299,7 +299,7 @@ std::optional<std::filesystem::path> ChooseArraysImport(Dialogs& dialogs) {
 
 CommandResult PlaceImportedArrays(Workspace& ws, std::optional<ImportedArrays> arrays) {
     if (!arrays)
-        return CommandResult::Failed(std::string(st::kNotValidArrayCaption), std::string(st::kNotValidArrayText));
+        return CommandResult::Failed(st::kNotValidArrayCaption, st::kNotValidArrayText);
     ws.array1 = std::move(arrays->array1);
     ws.array2 = std::move(arrays->array2);
     return CommandResult::Ok();

@@ -155,12 +155,12 @@ TestSamples FiniteSamples(StatTest test, std::span<const double> a, std::span<co
 
 Outcome<TestOutcome> RunTest(StatTest test, std::span<const double> a, std::span<const double> b, double alpha) {
     if (IsEmpty(a) || IsEmpty(b))
-        return CommandResult::Failed(std::string(st::kEmptyArrayCaption), std::string(st::kEmptyArrayText));
+        return CommandResult::Failed(st::kEmptyArrayCaption, st::kEmptyArrayText);
     if (NeedsEqualCounts(test) && a.size() != b.size())
-        return CommandResult::Failed(std::string(st::kUnequalCountsCaption), std::string(st::kUnequalCountsText));
+        return CommandResult::Failed(st::kUnequalCountsCaption, st::kUnequalCountsText);
     const TestSamples s = FiniteSamples(test, a, b);
     if (IsEmpty(s.a) || IsEmpty(s.b))
-        return CommandResult::Failed(std::string(st::kNothingMeasuredCaption),
+        return CommandResult::Failed(st::kNothingMeasuredCaption,
                                      std::string(st::kNothingMeasuredText) + "  " + LeftOutText(s.leftOut) + ".");
     TestOutcome o;
     switch (test) {

@@ -176,7 +176,7 @@ Outcome<PlotData> HistogramCommand(Workspace& ws, Dialogs& dialogs, int code) {
         if (!group) return CommandResult::Cancelled();
         values = EventSourceValues(ws, decoded->source, *group);
         if (values.empty()) {
-            return CommandResult::Failed(std::string(st::kNoGroupEventsCaption), st::NoGroupEventsText(*group));
+            return CommandResult::Failed(st::kNoGroupEventsCaption, st::NoGroupEventsText(*group));
         }
         unit = EventSourceUnit(ws, decoded->source);
     }
@@ -222,7 +222,7 @@ HistogramPlot MakeRunningAverage(std::span<const double> timesSec, std::span<con
 Outcome<PlotData> RunningAverageCommand(Workspace& ws, Dialogs& dialogs) {
     if (ws.array1.Empty() || ws.array2.Empty()) return CommandResult::Cancelled();
     if (ws.array1.UpperBound() != ws.array2.UpperBound()) {
-        return CommandResult::Failed(std::string(st::kEqualCountsCaption), std::string(st::kEqualCountsText));
+        return CommandResult::Failed(st::kEqualCountsCaption, st::kEqualCountsText);
     }
     const auto size = AskNumber(dialogs, std::string(st::kRunningBinCaption), std::string(st::kRunningBinText));
     if (!size || *size <= 0) return CommandResult::Cancelled();

@@ -35,7 +35,7 @@ std::optional<std::string> AskAxisUnit(Dialogs& dialogs) {
 }
 
 CommandResult TooManyBins() {
-    return CommandResult::Failed(std::string(stats_texts::kTooManyBinsCaption), std::string(stats_texts::kTooManyBinsText));
+    return CommandResult::Failed(stats_texts::kTooManyBinsCaption, stats_texts::kTooManyBinsText);
 }
 
 std::string BinSizeText(double binSize) { return fmt::format("{}", binSize); }
