@@ -120,28 +120,15 @@ PeakPoint Detector::FindMax(int64_t start, int32_t n) const {
     return best;
 }
 
-Detector::Trough Detector::LeastExtreme(int64_t first, int64_t last) const {
+Detector::Trough Detector::FirstOf(int64_t first, int64_t last, bool greatest) const {
     if (const int16_t* p = screen_.Samples(first, last - first + 1); p != nullptr && last >= first) {
-        const FirstExtreme least = FirstExtremeOf(p, int32_t(last - first + 1), dir_ < 0);
-        return {first + least.offset, least.value};
+        const FirstExtreme e = FirstExtremeOf(p, int32_t(last - first + 1), greatest);
+        return {first + e.offset, e.value};
     }
     Trough t{first, screen_.GetSampleValue(first)};
     for (int64_t i = first + 1; i <= last; ++i) {
         const int16_t v = screen_.GetSampleValue(i);
-        if (dir_ * v < dir_ * t.value) t = {i, v};
-    }
-    return t;
-}
-
-Detector::Trough Detector::MostExtreme(int64_t first, int64_t last) const {
-    if (const int16_t* p = screen_.Samples(first, last - first + 1)) {
-        const FirstExtreme most = FirstExtremeOf(p, int32_t(last - first + 1), dir_ > 0);
-        return {first + most.offset, most.value};
-    }
-    Trough t{first, screen_.GetSampleValue(first)};
-    for (int64_t i = first + 1; i <= last; ++i) {
-        const int16_t v = screen_.GetSampleValue(i);
-        if (dir_ * v > dir_ * t.value) t = {i, v};
+        if (greatest ? v > t.value : v < t.value) t = {i, v};
     }
     return t;
 }

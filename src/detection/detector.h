@@ -137,8 +137,10 @@ private:
         int16_t value;
     };
     // The first least and most extreme raw samples of first .. last (inclusive).
-    Trough LeastExtreme(int64_t first, int64_t last) const;
-    Trough MostExtreme(int64_t first, int64_t last) const;
+    Trough LeastExtreme(int64_t first, int64_t last) const { return FirstOf(first, last, dir_ < 0); }
+    Trough MostExtreme(int64_t first, int64_t last) const { return FirstOf(first, last, dir_ > 0); }
+    // The first greatest (or least) raw sample of first .. last.
+    Trough FirstOf(int64_t first, int64_t last, bool greatest) const;
     // DetectPrepeak searching no further back than lowest.
     int64_t EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const;
     int32_t PeakMargin() const { return std::max<int32_t>(len_.halfPeak, 1); }
