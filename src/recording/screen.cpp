@@ -23,7 +23,8 @@ Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPer
       blocksPerScreen_(blocksPerScreen < 1 ? 1 : blocksPerScreen),
       windowLen_(blocksPerScreen_ * kBlockPoints),
       data_(threeScreens),
-      held_(3 * int64_t(windowLen_)) {}
+      held_(3 * int64_t(windowLen_)),
+      filtered_(recording.ReadsFiltered()) {}
 
 Screen::Screen(const Screen& other)
     : recording_(other.recording_),
@@ -33,7 +34,8 @@ Screen::Screen(const Screen& other)
       buffer_(other.buffer_),
       data_(other.buffer_.empty() ? other.data_ : buffer_.data()),
       held_(other.held_),
-      complete_(other.complete_) {}
+      complete_(other.complete_),
+      filtered_(other.filtered_) {}
 
 Screen& Screen::operator=(const Screen& other) {
     if (this != &other) *this = Screen(other);
