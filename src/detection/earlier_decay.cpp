@@ -24,6 +24,25 @@ ExponentialFit FitDecay(const std::vector<double>& y, double tauCentre) {
     return FitExponentialOnGrid(y, coarse.tauPoints / step, step * step);
 }
 
+// Whether any exponential a exp(m / tau), m = y.size() .. 1, could pass the
+// significance test below, a direction > 2 sqrt(sse / (n - 2)). With e the
+// exponentials and y the excess, the fit explains c = (e.y)^2 / (e.e) of
+// y.y and leaves sse = y.y - c, and a^2 = c / (e.e); every e_m > 1, so
+// e.e > n - 2 and passing needs 4 (y.y - c) < a^2 (n - 2) < c, c > 0.8 y.y.
+// The fit must point in the direction, so e.y is at most e.y+ (y+ the
+// samples in that direction, others 0) and c at most y+.y+ (Cauchy-Schwarz).
+// So where y+.y+ is at most 0.75 y.y no fit passes, by a margin no rounding
+// of the fit's sums can cross: the fit is not made. Most detections on a
+// level trace end here.
+bool CanBeSignificant(const std::vector<double>& y, int direction) {
+    double all = 0, along = 0;
+    for (const double v : y) {
+        all += v * v;
+        if (direction * v > 0) along += v * v;
+    }
+    return along > 0.75 * all;
+}
+
 }  // namespace
 
 std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, int64_t lookback,
@@ -47,6 +66,7 @@ std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, 
     std::vector<double> y;
     y.reserve(std::size_t(onset - first));
     for (int64_t i = first; i < onset; ++i) y.push_back(double(screen.GetSampleValue(i)) - baseline);
+    if (!CanBeSignificant(y, det.Direction())) return std::nullopt;
     const ExponentialFit fit = FitDecay(y, std::max(kernelDecayMs, 0.1) * pointsPerMs);
     const double residualSd = std::sqrt(std::max(fit.sse, 0.0) / double(y.size() - 2));
     if (!(det.Direction() * fit.amplitude > kSignificantSds * residualSd)) return std::nullopt;

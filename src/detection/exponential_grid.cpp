@@ -5,43 +5,112 @@
 #include <memory>
 #include <vector>
 
+// Built with -ffp-contract=off: a product and a sum fused into one rounding
+// would change the fits' bits with the processor.
+
 namespace vess {
 namespace {
 
 constexpr std::size_t kSteps = kDecayGridSteps;
-// Time constants summed side by side, in two-lane vectors: their sums stay in
-// registers across a whole stretch.
-constexpr std::size_t kLanes = 2, kVectors = 4, kBand = kLanes * kVectors;
-constexpr std::size_t kBands = kSteps / kBand;
-static_assert(kSteps % kBand == 0);
-typedef double Lanes __attribute__((vector_size(kLanes * sizeof(double))));
 
 // The exponentials of one grid, exp(m / tau_g), m points before the onset,
-// grown as longer stretches are fitted; band b holds, for each m, the kBand
-// values of g = b kBand ...
+// grown as longer stretches are fitted, and the sums of their squares over a
+// stretch of each length, made once a length: they depend on no sample.
 struct GridTable {
     double lowest = 0, range = 0;
     std::array<double, kSteps> taus{};
-    std::array<std::vector<double>, kBands> bands;  // bands[b][m * kBand + j]
+    std::vector<double> rows;     // rows[m * kSteps + g]
+    std::vector<double> squares;  // squares[n * kSteps + g], where squaresKnown[n]
+    std::vector<bool> squaresKnown;
 
     GridTable(double lowestTau, double rangeTau) : lowest(lowestTau), range(rangeTau) {
         for (std::size_t g = 0; g < kSteps; ++g) taus[g] = lowest * std::pow(range, double(g) / (kSteps - 1));
     }
-    std::size_t Points() const { return bands[0].size() / kBand; }
+    std::size_t Points() const { return rows.size() / kSteps; }
     void GrowTo(std::size_t points) {
         const std::size_t from = Points();
-        for (std::size_t b = 0; b < kBands; ++b) {
-            bands[b].resize(points * kBand);
-            for (std::size_t m = from; m < points; ++m)
-                for (std::size_t j = 0; j < kBand; ++j)
-                    bands[b][m * kBand + j] = std::exp(double(m) / taus[b * kBand + j]);
-        }
+        rows.resize(points * kSteps);
+        for (std::size_t m = from; m < points; ++m)
+            for (std::size_t g = 0; g < kSteps; ++g) rows[m * kSteps + g] = std::exp(double(m) / taus[g]);
+        squares.resize(points * kSteps);
+        squaresKnown.resize(points);
     }
 };
 
+template <std::size_t Width>
+struct VectorOf;
+template <>
+struct VectorOf<2> {
+    typedef double Type __attribute__((vector_size(2 * sizeof(double))));
+};
+template <>
+struct VectorOf<4> {
+    typedef double Type __attribute__((vector_size(4 * sizeof(double))));
+};
+template <>
+struct VectorOf<8> {
+    typedef double Type __attribute__((vector_size(8 * sizeof(double))));
+};
+template <std::size_t Width>
+using Lanes = typename VectorOf<Width>::Type;
+
+// For the time constants first .. first + Width x Vectors - 1, the sums over
+// k of e(n - k) y[k], or of e(n - k)^2, in the order of k: each lane of a
+// vector is one time constant's sum, with the same terms in the same order
+// as a sum of its own, at any width.
+template <std::size_t Width, std::size_t Vectors, bool Squares>
+[[gnu::always_inline]] inline void SumBand(const double* rows, const double* y, std::size_t n,
+                                           std::size_t first, double* out) {
+    Lanes<Width> sums[Vectors] = {};
+    for (std::size_t k = 0; k < n; ++k) {
+        const double* e = rows + (n - k) * kSteps + first;
+        const double yk = Squares ? 0 : y[k];
+#pragma GCC unroll 8
+        for (std::size_t v = 0; v < Vectors; ++v) {
+            Lanes<Width> ev;
+            std::memcpy(&ev, e + v * Width, sizeof ev);
+            sums[v] += Squares ? ev * ev : ev * yk;
+        }
+    }
+    for (std::size_t v = 0; v < Vectors; ++v)
+        for (std::size_t l = 0; l < Width; ++l) out[first + v * Width + l] = sums[v][l];
+}
+
+// All the grid's sums, as many time constants at a time as stay in
+// registers. squares is null when they are known.
+template <std::size_t Width, std::size_t Vectors>
+[[gnu::always_inline]] inline void SumGrid(const double* rows, const double* y, std::size_t n, double* products,
+                                           double* squares) {
+    constexpr std::size_t band = Width * Vectors;
+    static_assert(kSteps % band == 0);
+    for (std::size_t first = 0; first < kSteps; first += band)
+        SumBand<Width, Vectors, false>(rows, y, n, first, products);
+    if (squares)
+        for (std::size_t first = 0; first < kSteps; first += band)
+            SumBand<Width, Vectors, true>(rows, y, n, first, squares);
+}
+
+using GridSums = void (*)(const double*, const double*, std::size_t, double*, double*);
+
+void SumGrid2(const double* rows, const double* y, std::size_t n, double* products, double* squares) {
+    SumGrid<2, 8>(rows, y, n, products, squares);
+}
+__attribute__((target("avx2"))) void SumGrid4(const double* rows, const double* y, std::size_t n,
+                                              double* products, double* squares) {
+    SumGrid<4, 6>(rows, y, n, products, squares);
+}
+__attribute__((target("avx512f"))) void SumGrid8(const double* rows, const double* y, std::size_t n,
+                                                 double* products, double* squares) {
+    SumGrid<8, 6>(rows, y, n, products, squares);
+}
+
+GridSums SumsAtWidth(int width) {
+    return width == 8 ? SumGrid8 : width == 4 ? SumGrid4 : SumGrid2;
+}
+
 // The tables of this thread. Kept under a bound in values: past it they are
 // dropped and made again as fits need them.
-constexpr std::size_t kMostValues = std::size_t(1) << 21;  // 16 MB
+constexpr std::size_t kMostValues = std::size_t(1) << 22;  // 32 MB
 
 GridTable& TableFor(double lowest, double range, std::size_t points) {
     thread_local std::vector<std::unique_ptr<GridTable>> tables;
@@ -49,7 +118,8 @@ GridTable& TableFor(double lowest, double range, std::size_t points) {
     GridTable* table = nullptr;
     for (const auto& t : tables)
         if (t->lowest == lowest && t->range == range) table = t.get();
-    const std::size_t growth = points > (table ? table->Points() : 0) ? points * kSteps : 0;
+    // Exponentials and sums of squares: two values a time constant and point.
+    const std::size_t growth = points > (table ? table->Points() : 0) ? 2 * points * kSteps : 0;
     if (values + growth > kMostValues) {
         tables.clear();
         values = 0;
@@ -57,7 +127,7 @@ GridTable& TableFor(double lowest, double range, std::size_t points) {
     }
     if (!table) table = tables.emplace_back(std::make_unique<GridTable>(lowest, range)).get();
     if (points > table->Points()) {
-        values += (points - table->Points()) * kSteps;
+        values += 2 * (points - table->Points()) * kSteps;
         table->GrowTo(points);
     }
     return *table;
@@ -65,38 +135,28 @@ GridTable& TableFor(double lowest, double range, std::size_t points) {
 
 }  // namespace
 
-ExponentialFit FitExponentialOnGrid(std::span<const double> y, double lowest, double range) {
+std::vector<int> GridSumWidths() {
+    __builtin_cpu_init();
+    std::vector<int> widths;
+    if (__builtin_cpu_supports("avx512f")) widths.push_back(8);
+    if (__builtin_cpu_supports("avx2")) widths.push_back(4);
+    widths.push_back(2);
+    return widths;
+}
+
+ExponentialFit FitExponentialOnGridAtWidth(std::span<const double> y, double lowest, double range, int width) {
     const std::size_t n = y.size();
     // A stretch too long to tabulate gets its exponentials made for it alone.
     std::unique_ptr<GridTable> own;
-    if ((n + 1) * kSteps > kMostValues) {
+    if (2 * (n + 1) * kSteps > kMostValues) {
         own = std::make_unique<GridTable>(lowest, range);
         own->GrowTo(n + 1);
     }
-    const GridTable& table = own ? *own : TableFor(lowest, range, n + 1);
-    // Every time constant's sums are taken over y in order: each sum sees the
-    // same terms in the same order as a fit of its own.
-    std::array<double, kSteps> sKY{}, sKK{};
-    for (std::size_t b = 0; b < kBands; ++b) {
-        Lanes ky[kVectors] = {}, kk[kVectors] = {};
-        const double* band = table.bands[b].data();
-        for (std::size_t k = 0; k < n; ++k) {
-            const double* e = band + (n - k) * kBand;
-            const double yk = y[k];
-#pragma GCC unroll 4
-            for (std::size_t v = 0; v < kVectors; ++v) {
-                Lanes ev;
-                std::memcpy(&ev, e + v * kLanes, sizeof ev);
-                ky[v] += ev * yk;
-                kk[v] += ev * ev;
-            }
-        }
-        for (std::size_t v = 0; v < kVectors; ++v)
-            for (std::size_t l = 0; l < kLanes; ++l) {
-                sKY[b * kBand + v * kLanes + l] = ky[v][l];
-                sKK[b * kBand + v * kLanes + l] = kk[v][l];
-            }
-    }
+    GridTable& table = own ? *own : TableFor(lowest, range, n + 1);
+    std::array<double, kSteps> sKY{};
+    double* sKK = table.squares.data() + n * kSteps;
+    SumsAtWidth(width)(table.rows.data(), y.data(), n, sKY.data(), table.squaresKnown[n] ? nullptr : sKK);
+    table.squaresKnown[n] = true;
     double sYY = 0;
     for (const double v : y) sYY += v * v;
     ExponentialFit best;
@@ -106,6 +166,11 @@ ExponentialFit FitExponentialOnGrid(std::span<const double> y, double lowest, do
         if (sse < best.sse) best = {a, table.taus[g], sse};
     }
     return best;
+}
+
+ExponentialFit FitExponentialOnGrid(std::span<const double> y, double lowest, double range) {
+    static const int widest = GridSumWidths().front();
+    return FitExponentialOnGridAtWidth(y, lowest, range, widest);
 }
 
 }  // namespace vess

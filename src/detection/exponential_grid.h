@@ -3,11 +3,13 @@
 // evenly in log. The exponentials of a grid depend only on the grid and the
 // distance from the onset, so they are computed once a thread and reused by
 // every later fit on the same grid: a whole recording fits thousands of
-// decays on the same few grids.
+// decays on the same few grids. The sums are taken in vectors as wide as the
+// processor has, with the same bits at any width.
 #pragma once
 
 #include <cmath>
 #include <span>
+#include <vector>
 
 namespace vess {
 
@@ -23,5 +25,12 @@ struct ExponentialFit {
 // lowest x range^(g / (kDecayGridSteps - 1)), g = 0 .. kDecayGridSteps - 1.
 // The result has the smallest residual, the first of equal ones.
 ExponentialFit FitExponentialOnGrid(std::span<const double> y, double lowest, double range);
+
+// The vector widths, in doubles, this processor can sum in: widest first,
+// 2 on every one. FitExponentialOnGrid uses the first.
+std::vector<int> GridSumWidths();
+// FitExponentialOnGrid with its sums taken width doubles at a time, one of
+// GridSumWidths().
+ExponentialFit FitExponentialOnGridAtWidth(std::span<const double> y, double lowest, double range, int width);
 
 }  // namespace vess

@@ -247,11 +247,13 @@ ExponentialFit Direct(const std::vector<double>& y, double lowest, double range)
 }
 
 // The earlier event's decay is fitted on a grid of time constants. The
-// tabulated fit equals the direct one to the bit, on noisy decays: short and
-// long stretches on one grid (the table grown and reused), another grid, and
-// a stretch too long to tabulate. A noiseless decay whose time constant is on
+// tabulated fit equals the direct one to the bit at every vector width, on
+// noisy decays: short and long stretches on one grid (the table grown, and
+// its sums of squares reused at a length seen before), another grid, and a
+// stretch too long to tabulate. Each width has grids of its own, so that it
+// makes its own sums of squares. A noiseless decay whose time constant is on
 // the grid is found exactly: its value at the onset and that tau.
-TEST(ExponentialGrid, TabulatedFitEqualsDirectFit) {
+TEST(ExponentialGrid, TabulatedFitEqualsDirectFitAtEveryWidth) {
     struct Case {
         std::size_t points;
         double lowest, range;
@@ -259,17 +261,20 @@ TEST(ExponentialGrid, TabulatedFitEqualsDirectFit) {
     const Case cases[] = {{8, 25, 16}, {600, 25, 16}, {1200, 25, 16}, {600, 25, 16},
                           {300, 25, 1.12}, {50000, 900, 16}};
     uint32_t state = 99;  // fixed-seed LCG noise
-    for (const Case& c : cases) {
-        std::vector<double> y(c.points);
-        for (std::size_t k = 0; k < y.size(); ++k) {
-            state = state * 1664525u + 1013904223u;
-            y[k] = -40 * std::exp(double(y.size() - k) / (c.lowest * 3)) + double(state >> 24) / 16 - 8;
+    for (const int width : GridSumWidths())
+        for (const Case& c : cases) {
+            const double lowest = c.lowest + width;
+            std::vector<double> y(c.points);
+            for (std::size_t k = 0; k < y.size(); ++k) {
+                state = state * 1664525u + 1013904223u;
+                y[k] = -40 * std::exp(double(y.size() - k) / (lowest * 3)) + double(state >> 24) / 16 - 8;
+            }
+            const ExponentialFit got = FitExponentialOnGridAtWidth(y, lowest, c.range, width);
+            const ExponentialFit want = Direct(y, lowest, c.range);
+            EXPECT_EQ(std::tuple(got.amplitude, got.tauPoints, got.sse),
+                      std::tuple(want.amplitude, want.tauPoints, want.sse))
+                << width << " " << c.points;
         }
-        const ExponentialFit got = FitExponentialOnGrid(y, c.lowest, c.range);
-        const ExponentialFit want = Direct(y, c.lowest, c.range);
-        EXPECT_EQ(std::tuple(got.amplitude, got.tauPoints, got.sse), std::tuple(want.amplitude, want.tauPoints, want.sse))
-            << c.points;
-    }
     const double tau = 25 * std::pow(16, 10.0 / (kDecayGridSteps - 1));  // grid point 10
     std::vector<double> decay(400);
     for (std::size_t k = 0; k < decay.size(); ++k) decay[k] = 7 * std::exp(double(decay.size() - k) / tau);
