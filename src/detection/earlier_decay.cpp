@@ -37,8 +37,10 @@ ExponentialFit FitDecay(const std::vector<double>& y, double tauCentre) {
 bool CanBeSignificant(const std::vector<double>& y, int direction) {
     double all = 0, along = 0;
     for (const double v : y) {
+        const double signedV = direction * v;
+        const double toward = signedV > 0 ? signedV : 0.0;  // maxsd: no branch on noise's sign
         all += v * v;
-        if (direction * v > 0) along += v * v;
+        along += toward * toward;
     }
     return along > 0.75 * all;
 }
