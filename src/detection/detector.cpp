@@ -301,7 +301,6 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
         e.baseline = FindBaseline(baseStart, len_.baseLen);
         e.amplitudeCounts = std::abs(int32_t(value) - int32_t(e.baseline));
         if (!PassesAmplitudeTests(value, e.baseline)) return std::nullopt;
-        e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
 
         // A candidate whose earlier peak is the event stored from the end of
         // the previous screen is that screen's last search range examined a
@@ -339,6 +338,8 @@ std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRe
             value = again.value;
             continue;
         }
+        // Converted once, for the candidate that is kept.
+        e.amplitudeUnits = AmplitudeUnits(e.amplitudeCounts);
         return e;
     }
 }

@@ -3,52 +3,91 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__SSE2__)
+#if defined(__x86_64__)
+#include <immintrin.h>
+#elif defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
 namespace vess {
 namespace {
 
-constexpr int32_t kLanes = 8;
-typedef int16_t Lanes16 __attribute__((vector_size(kLanes * sizeof(int16_t))));
+// Vectors of 16-bit samples: 8 lanes on every x86-64 processor, 16 with AVX2,
+// 32 with AVX-512BW, the widest chosen at run time.
+template <int32_t Lanes>
+struct Int16Vector;
+template <>
+struct Int16Vector<8> {
+    typedef int16_t Type __attribute__((vector_size(8 * sizeof(int16_t))));
+};
+template <>
+struct Int16Vector<16> {
+    typedef int16_t Type __attribute__((vector_size(16 * sizeof(int16_t))));
+};
+template <>
+struct Int16Vector<32> {
+    typedef int16_t Type __attribute__((vector_size(32 * sizeof(int16_t))));
+};
+template <int32_t Lanes>
+using Vec = typename Int16Vector<Lanes>::Type;
 
-Lanes16 Load(const int16_t* p) {
-    Lanes16 v;
+// The helpers below pass wide vectors by value but are always inlined into a
+// function built for their width: no call ever passes one.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
+template <int32_t Lanes>
+[[gnu::always_inline]] inline Vec<Lanes> Load(const int16_t* p) {
+    Vec<Lanes> v;
     std::memcpy(&v, p, sizeof v);
     return v;
 }
 
-template <bool kGreatest>
-Lanes16 Beyond(Lanes16 a, Lanes16 b) {
+template <bool kGreatest, typename V>
+[[gnu::always_inline]] inline V Beyond(V a, V b) {
     return kGreatest ? (a > b ? a : b) : (a < b ? a : b);
 }
 
-template <bool kGreatest>
-int16_t ExtremeValue(const int16_t* p, int32_t n) {
-    if (n < kLanes) {
+// The lanes' extreme gathered into 8 lanes: halves against halves.
+template <bool kGreatest, int32_t Lanes>
+[[gnu::always_inline]] inline Vec<8> Narrowed(Vec<Lanes> v) {
+    if constexpr (Lanes == 8) {
+        return v;
+    } else {
+        Vec<Lanes / 2> low, high;
+        std::memcpy(&low, &v, sizeof low);
+        std::memcpy(&high, reinterpret_cast<const char*>(&v) + sizeof low, sizeof high);
+        return Narrowed<kGreatest, Lanes / 2>(Beyond<kGreatest>(low, high));
+    }
+}
+
+template <bool kGreatest, int32_t Lanes>
+[[gnu::always_inline]] inline int16_t ExtremeValue(const int16_t* p, int32_t n) {
+    if constexpr (Lanes > 8) {
+        if (n < Lanes) return ExtremeValue<kGreatest, Lanes / 2>(p, n);
+    } else if (n < Lanes) {
         int16_t best = p[0];
         for (int32_t i = 1; i < n; ++i)
             if (kGreatest ? p[i] > best : p[i] < best) best = p[i];
         return best;
     }
-    Lanes16 acc = Load(p);
-    for (int32_t i = kLanes; i + kLanes <= n; i += kLanes) acc = Beyond<kGreatest>(acc, Load(p + i));
+    Vec<Lanes> acc = Load<Lanes>(p);
+    for (int32_t i = Lanes; i + Lanes <= n; i += Lanes) acc = Beyond<kGreatest>(acc, Load<Lanes>(p + i));
     // The last lanes, overlapping lanes already seen, which changes no extreme.
-    acc = Beyond<kGreatest>(acc, Load(p + n - kLanes));
+    acc = Beyond<kGreatest>(acc, Load<Lanes>(p + n - Lanes));
+    Vec<8> eight = Narrowed<kGreatest, Lanes>(acc);
     // Across the lanes: halves, quarters, then neighbours.
-    acc = Beyond<kGreatest>(acc, __builtin_shuffle(acc, Lanes16{4, 5, 6, 7, 0, 1, 2, 3}));
-    acc = Beyond<kGreatest>(acc, __builtin_shuffle(acc, Lanes16{2, 3, 0, 1, 6, 7, 4, 5}));
-    acc = Beyond<kGreatest>(acc, __builtin_shuffle(acc, Lanes16{1, 0, 3, 2, 5, 4, 7, 6}));
-    return acc[0];
+    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{4, 5, 6, 7, 0, 1, 2, 3}));
+    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{2, 3, 0, 1, 6, 7, 4, 5}));
+    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{1, 0, 3, 2, 5, 4, 7, 6}));
+    return eight[0];
 }
 
 // The first offset holding x, which p[0..n) holds.
-int32_t FirstOffsetOf(const int16_t* p, int32_t n, int16_t x) {
+int32_t FirstOffsetOf8(const int16_t* p, int32_t n, int16_t x) {
     int32_t i = 0;
 #if defined(__SSE2__)
     const __m128i wanted = _mm_set1_epi16(x);
-    for (; i + kLanes <= n; i += kLanes) {
+    for (; i + 8 <= n; i += 8) {
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
         // Two mask bits per equal 16-bit lane.
         const unsigned mask = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(v, wanted)));
@@ -59,11 +98,76 @@ int32_t FirstOffsetOf(const int16_t* p, int32_t n, int16_t x) {
     return i;
 }
 
+#if defined(__x86_64__)
+__attribute__((target("avx2"))) int32_t FirstOffsetOf16(const int16_t* p, int32_t n, int16_t x) {
+    const __m256i wanted = _mm256_set1_epi16(x);
+    int32_t i = 0;
+    for (; i + 16 <= n; i += 16) {
+        const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + i));
+        const unsigned mask = unsigned(_mm256_movemask_epi8(_mm256_cmpeq_epi16(v, wanted)));
+        if (mask != 0) return i + __builtin_ctz(mask) / 2;
+    }
+    return i + FirstOffsetOf8(p + i, n - i, x);
+}
+
+__attribute__((target("avx512bw"))) int32_t FirstOffsetOf32(const int16_t* p, int32_t n, int16_t x) {
+    const __m512i wanted = _mm512_set1_epi16(x);
+    int32_t i = 0;
+    for (; i + 32 <= n; i += 32) {
+        // One mask bit per equal lane.
+        const __mmask32 mask = _mm512_cmpeq_epi16_mask(_mm512_loadu_si512(p + i), wanted);
+        if (mask != 0) return i + __builtin_ctz(mask);
+    }
+    return i + FirstOffsetOf16(p + i, n - i, x);
+}
+
+__attribute__((target("avx2"))) FirstExtreme Search16(const int16_t* p, int32_t n, bool greatest) {
+    const int16_t best = greatest ? ExtremeValue<true, 16>(p, n) : ExtremeValue<false, 16>(p, n);
+    return {FirstOffsetOf16(p, n, best), best};
+}
+
+__attribute__((target("avx512bw"))) FirstExtreme Search32(const int16_t* p, int32_t n, bool greatest) {
+    const int16_t best = greatest ? ExtremeValue<true, 32>(p, n) : ExtremeValue<false, 32>(p, n);
+    return {FirstOffsetOf32(p, n, best), best};
+}
+#endif
+
+FirstExtreme Search8(const int16_t* p, int32_t n, bool greatest) {
+    const int16_t best = greatest ? ExtremeValue<true, 8>(p, n) : ExtremeValue<false, 8>(p, n);
+    return {FirstOffsetOf8(p, n, best), best};
+}
+
+using Search = FirstExtreme (*)(const int16_t*, int32_t, bool);
+
+Search SearchOfWidth(int32_t lanes) {
+#if defined(__x86_64__)
+    if (lanes == 32) return Search32;
+    if (lanes == 16) return Search16;
+#endif
+    return Search8;
+}
+
+const Search kWidestSearch = SearchOfWidth(SampleSearchWidths().front());
+
 }  // namespace
 
+std::vector<int32_t> SampleSearchWidths() {
+    std::vector<int32_t> widths;
+#if defined(__x86_64__)
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx512bw")) widths.push_back(32);
+    if (__builtin_cpu_supports("avx2")) widths.push_back(16);
+#endif
+    widths.push_back(8);
+    return widths;
+}
+
+FirstExtreme FirstExtremeOfAtWidth(const int16_t* p, int32_t n, bool greatest, int32_t lanes) {
+    return SearchOfWidth(lanes)(p, n, greatest);
+}
+
 FirstExtreme FirstExtremeOf(const int16_t* p, int32_t n, bool greatest) {
-    const int16_t best = greatest ? ExtremeValue<true>(p, n) : ExtremeValue<false>(p, n);
-    return {FirstOffsetOf(p, n, best), best};
+    return kWidestSearch(p, n, greatest);
 }
 
 int64_t SumOf(const int16_t* p, int64_t n) {

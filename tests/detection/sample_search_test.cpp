@@ -21,10 +21,11 @@ namespace vess {
 namespace {
 
 // Runs of few distinct values (ties everywhere), of random values, and with
-// the only extreme in the last or the first sample.
+// the only extreme in the last or the first sample; the searches at every
+// vector width this processor has, over lengths around each width.
 TEST(SampleSearch, VectorSearchesMatchPlainLoops) {
     std::mt19937 rng(11);
-    for (int32_t n : {1, 2, 7, 8, 9, 15, 16, 17, 40, 200, 201, (1 << 17) + 13, 3 << 17}) {
+    for (int32_t n : {1, 2, 7, 8, 9, 15, 16, 17, 31, 32, 33, 40, 63, 65, 200, 201, (1 << 17) + 13, 3 << 17}) {
         std::vector<int16_t> ties(static_cast<std::size_t>(n)), random(ties), last(ties), first(ties);
         for (auto& x : ties) x = int16_t(int(rng() % 5) - 2);
         for (auto& x : random) x = int16_t(rng());
@@ -38,9 +39,11 @@ TEST(SampleSearch, VectorSearchesMatchPlainLoops) {
                 FirstExtreme want{0, (*v)[0]};
                 for (int32_t i = 1; i < n; ++i)
                     if (greatest ? (*v)[i] > want.value : (*v)[i] < want.value) want = {i, (*v)[i]};
-                const FirstExtreme got = FirstExtremeOf(v->data(), n, greatest);
-                EXPECT_EQ(std::pair(got.offset, got.value), std::pair(want.offset, want.value))
-                    << n << " samples, greatest " << greatest;
+                for (const int32_t lanes : SampleSearchWidths()) {
+                    const FirstExtreme got = FirstExtremeOfAtWidth(v->data(), n, greatest, lanes);
+                    EXPECT_EQ(std::pair(got.offset, got.value), std::pair(want.offset, want.value))
+                        << n << " samples, greatest " << greatest << ", " << lanes << " lanes";
+                }
             }
         }
     }
