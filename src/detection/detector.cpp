@@ -238,18 +238,21 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
         decayLast = std::min(decayLast, lastMean);
         e.decay = std::max(lastMean, peak);
     }
-    auto walk = [&](auto sampleAt) {
-        // Event start: back from the peak to the first point within 1 % of
-        // the amplitude; the stopping sample is part of the area.
-        double area = 0;
+    // Event start: back from the peak to the first point within 1 % of the
+    // amplitude; the stopping sample is part of the area. excessAt(i) is the
+    // sample less the baseline.
+    auto walkBack = [&](auto excessAt, auto area) {
         for (int64_t i = peak; i >= startLast; --i) {
-            const double excess = sampleAt(i) - e.baseline;
+            const auto excess = excessAt(i);
             area += excess;
             if (dir_ * excess <= startLevel) {
                 e.start = i;
                 break;
             }
         }
+        return double(area);
+    };
+    auto walk = [&](auto sampleAt, double area) {
         // Decay point: forwards on three-point means (each term divided on
         // its own) to the first one within DecayPercent of the amplitude.
         // Each sample is divided once; the means add the thirds as mean3 does.
@@ -280,9 +283,15 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
     const int64_t first = std::min(startLast, std::min(e.decay, lastMean) - 1);
     const int64_t last = std::max(decayLast, e.decay) + 1;
     const int16_t* p = e.under.amplitude == 0 ? screen_.Samples(first, last - first + 1) : nullptr;
-    const double area = p != nullptr
-                            ? walk([p, first](int64_t i) { return double(p[i - first]); })
-                            : walk([&](int64_t i) { return SampleLess(screen_, e.under, i); });
+    // From memory every excess is a whole count: summed in integers the
+    // start walk's area is exact, as its sum of doubles is (far below 2^53),
+    // and no step waits on the rounding of the one before.
+    const double area =
+        p != nullptr
+            ? walk([p, first](int64_t i) { return double(p[i - first]); },
+                   walkBack([&](int64_t i) { return int32_t(p[i - first]) - e.baseline; }, int64_t(0)))
+            : walk([&](int64_t i) { return SampleLess(screen_, e.under, i); },
+                   walkBack([&](int64_t i) { return SampleLess(screen_, e.under, i) - e.baseline; }, 0.0));
     // The area as a whole count, converted as the channel converts a level.
     const float areaUnits = screen_.Rec().Bit2pA(RoundClamp32(area));
     e.areaUnitsMs = static_cast<float>(std::abs(double(areaUnits)) *
