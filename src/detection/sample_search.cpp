@@ -82,6 +82,53 @@ template <bool kGreatest, int32_t Lanes>
     return eight[0];
 }
 
+// The extreme of the lanes of a vector, in every lane.
+template <bool kGreatest, int32_t Lanes>
+[[gnu::always_inline]] inline int16_t LanesExtreme(Vec<Lanes> v) {
+    Vec<8> eight = Narrowed<kGreatest, Lanes>(v);
+    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{4, 5, 6, 7, 0, 1, 2, 3}));
+    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{2, 3, 0, 1, 6, 7, 4, 5}));
+    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{1, 0, 3, 2, 5, 4, 7, 6}));
+    return eight[0];
+}
+
+// Runs short enough for every offset to fit a 16-bit lane are searched in
+// one pass: each lane keeps its most extreme sample and the offset where it
+// first saw it (a later sample replaces it only when strictly beyond); the
+// answer is the least offset of the lanes holding the extreme.
+constexpr int32_t kOnePassMost = 32767;
+
+template <bool kGreatest, int32_t Lanes>
+[[gnu::always_inline]] inline FirstExtreme OnePass(const int16_t* p, int32_t n) {
+    if constexpr (Lanes > 8) {
+        if (n < Lanes) return OnePass<kGreatest, Lanes / 2>(p, n);
+    } else if (n < Lanes) {
+        FirstExtreme r{0, p[0]};
+        for (int32_t i = 1; i < n; ++i)
+            if (kGreatest ? p[i] > r.value : p[i] < r.value) r = {i, p[i]};
+        return r;
+    }
+    static constexpr int16_t kLaneOffsets[32] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
+                                                 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
+                                                 22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
+    const Vec<Lanes> lanes = Load<Lanes>(kLaneOffsets);
+    Vec<Lanes> best = Load<Lanes>(p), at = lanes;
+    auto take = [&](const Vec<Lanes> v, const Vec<Lanes> offsets) {
+        const Vec<Lanes> beyond = kGreatest ? v > best : v < best;
+        best = Beyond<kGreatest>(v, best);
+        at = beyond ? offsets : at;
+    };
+    int32_t i = Lanes;
+    for (; i + Lanes <= n; i += Lanes) take(Load<Lanes>(p + i), lanes + int16_t(i));
+    // The last lanes overlap lanes already seen; each lane's samples are still
+    // taken in order, so its first extreme stays first.
+    if (i < n) take(Load<Lanes>(p + n - Lanes), lanes + int16_t(n - Lanes));
+    const int16_t extreme = LanesExtreme<kGreatest, Lanes>(best);
+    const Vec<Lanes> holding = best == extreme;
+    const Vec<Lanes> none = lanes * 0 + int16_t(kOnePassMost);
+    return {LanesExtreme<false, Lanes>(holding ? at : none), extreme};
+}
+
 // The first offset holding x, which p[0..n) holds.
 int32_t FirstOffsetOf8(const int16_t* p, int32_t n, int16_t x) {
     int32_t i = 0;
@@ -122,17 +169,20 @@ __attribute__((target("avx512bw"))) int32_t FirstOffsetOf32(const int16_t* p, in
 }
 
 __attribute__((target("avx2"))) FirstExtreme Search16(const int16_t* p, int32_t n, bool greatest) {
+    if (n <= kOnePassMost) return greatest ? OnePass<true, 16>(p, n) : OnePass<false, 16>(p, n);
     const int16_t best = greatest ? ExtremeValue<true, 16>(p, n) : ExtremeValue<false, 16>(p, n);
     return {FirstOffsetOf16(p, n, best), best};
 }
 
 __attribute__((target("avx512bw"))) FirstExtreme Search32(const int16_t* p, int32_t n, bool greatest) {
+    if (n <= kOnePassMost) return greatest ? OnePass<true, 32>(p, n) : OnePass<false, 32>(p, n);
     const int16_t best = greatest ? ExtremeValue<true, 32>(p, n) : ExtremeValue<false, 32>(p, n);
     return {FirstOffsetOf32(p, n, best), best};
 }
 #endif
 
 FirstExtreme Search8(const int16_t* p, int32_t n, bool greatest) {
+    if (n <= kOnePassMost) return greatest ? OnePass<true, 8>(p, n) : OnePass<false, 8>(p, n);
     const int16_t best = greatest ? ExtremeValue<true, 8>(p, n) : ExtremeValue<false, 8>(p, n);
     return {FirstOffsetOf8(p, n, best), best};
 }
