@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#elif defined(__SSE2__)
+#if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
@@ -60,28 +58,6 @@ template <bool kGreatest, int32_t Lanes>
     }
 }
 
-template <bool kGreatest, int32_t Lanes>
-[[gnu::always_inline]] inline int16_t ExtremeValue(const int16_t* p, int32_t n) {
-    if constexpr (Lanes > 8) {
-        if (n < Lanes) return ExtremeValue<kGreatest, Lanes / 2>(p, n);
-    } else if (n < Lanes) {
-        int16_t best = p[0];
-        for (int32_t i = 1; i < n; ++i)
-            if (kGreatest ? p[i] > best : p[i] < best) best = p[i];
-        return best;
-    }
-    Vec<Lanes> acc = Load<Lanes>(p);
-    for (int32_t i = Lanes; i + Lanes <= n; i += Lanes) acc = Beyond<kGreatest>(acc, Load<Lanes>(p + i));
-    // The last lanes, overlapping lanes already seen, which changes no extreme.
-    acc = Beyond<kGreatest>(acc, Load<Lanes>(p + n - Lanes));
-    Vec<8> eight = Narrowed<kGreatest, Lanes>(acc);
-    // Across the lanes: halves, quarters, then neighbours.
-    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{4, 5, 6, 7, 0, 1, 2, 3}));
-    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{2, 3, 0, 1, 6, 7, 4, 5}));
-    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{1, 0, 3, 2, 5, 4, 7, 6}));
-    return eight[0];
-}
-
 // The extreme of the lanes of a vector, in every lane.
 template <bool kGreatest, int32_t Lanes>
 [[gnu::always_inline]] inline int16_t LanesExtreme(Vec<Lanes> v) {
@@ -93,7 +69,7 @@ template <bool kGreatest, int32_t Lanes>
 }
 
 // Runs short enough for every offset to fit a 16-bit lane are searched in
-// one pass: each lane keeps its most extreme sample and the offset where it
+// one pass, with no branch on where the extreme lies: each lane keeps its most extreme sample and the offset where it
 // first saw it (a later sample replaces it only when strictly beyond); the
 // answer is the least offset of the lanes holding the extreme.
 constexpr int32_t kOnePassMost = 32767;
@@ -129,62 +105,29 @@ template <bool kGreatest, int32_t Lanes>
     return {LanesExtreme<false, Lanes>(holding ? at : none), extreme};
 }
 
-// The first offset holding x, which p[0..n) holds.
-int32_t FirstOffsetOf8(const int16_t* p, int32_t n, int16_t x) {
-    int32_t i = 0;
-#if defined(__SSE2__)
-    const __m128i wanted = _mm_set1_epi16(x);
-    for (; i + 8 <= n; i += 8) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-        // Two mask bits per equal 16-bit lane.
-        const unsigned mask = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(v, wanted)));
-        if (mask != 0) return i + __builtin_ctz(mask) / 2;
+// Longer runs in pieces of kOnePassMost samples: a later piece wins only
+// when strictly beyond.
+template <bool kGreatest, int32_t Lanes>
+[[gnu::always_inline]] inline FirstExtreme InPieces(const int16_t* p, int32_t n) {
+    FirstExtreme best = OnePass<kGreatest, Lanes>(p, std::min(n, kOnePassMost));
+    for (int32_t from = kOnePassMost; from < n; from += kOnePassMost) {
+        const FirstExtreme piece = OnePass<kGreatest, Lanes>(p + from, std::min(n - from, kOnePassMost));
+        if (kGreatest ? piece.value > best.value : piece.value < best.value)
+            best = {from + piece.offset, piece.value};
     }
-#endif
-    while (p[i] != x) ++i;
-    return i;
+    return best;
 }
 
 #if defined(__x86_64__)
-__attribute__((target("avx2"))) int32_t FirstOffsetOf16(const int16_t* p, int32_t n, int16_t x) {
-    const __m256i wanted = _mm256_set1_epi16(x);
-    int32_t i = 0;
-    for (; i + 16 <= n; i += 16) {
-        const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + i));
-        const unsigned mask = unsigned(_mm256_movemask_epi8(_mm256_cmpeq_epi16(v, wanted)));
-        if (mask != 0) return i + __builtin_ctz(mask) / 2;
-    }
-    return i + FirstOffsetOf8(p + i, n - i, x);
-}
-
-__attribute__((target("avx512bw"))) int32_t FirstOffsetOf32(const int16_t* p, int32_t n, int16_t x) {
-    const __m512i wanted = _mm512_set1_epi16(x);
-    int32_t i = 0;
-    for (; i + 32 <= n; i += 32) {
-        // One mask bit per equal lane.
-        const __mmask32 mask = _mm512_cmpeq_epi16_mask(_mm512_loadu_si512(p + i), wanted);
-        if (mask != 0) return i + __builtin_ctz(mask);
-    }
-    return i + FirstOffsetOf16(p + i, n - i, x);
-}
-
-__attribute__((target("avx2"))) FirstExtreme Search16(const int16_t* p, int32_t n, bool greatest) {
-    if (n <= kOnePassMost) return greatest ? OnePass<true, 16>(p, n) : OnePass<false, 16>(p, n);
-    const int16_t best = greatest ? ExtremeValue<true, 16>(p, n) : ExtremeValue<false, 16>(p, n);
-    return {FirstOffsetOf16(p, n, best), best};
-}
-
 __attribute__((target("avx512bw"))) FirstExtreme Search32(const int16_t* p, int32_t n, bool greatest) {
-    if (n <= kOnePassMost) return greatest ? OnePass<true, 32>(p, n) : OnePass<false, 32>(p, n);
-    const int16_t best = greatest ? ExtremeValue<true, 32>(p, n) : ExtremeValue<false, 32>(p, n);
-    return {FirstOffsetOf32(p, n, best), best};
+    return greatest ? InPieces<true, 32>(p, n) : InPieces<false, 32>(p, n);
+}
+__attribute__((target("avx2"))) FirstExtreme Search16(const int16_t* p, int32_t n, bool greatest) {
+    return greatest ? InPieces<true, 16>(p, n) : InPieces<false, 16>(p, n);
 }
 #endif
-
 FirstExtreme Search8(const int16_t* p, int32_t n, bool greatest) {
-    if (n <= kOnePassMost) return greatest ? OnePass<true, 8>(p, n) : OnePass<false, 8>(p, n);
-    const int16_t best = greatest ? ExtremeValue<true, 8>(p, n) : ExtremeValue<false, 8>(p, n);
-    return {FirstOffsetOf8(p, n, best), best};
+    return greatest ? InPieces<true, 8>(p, n) : InPieces<false, 8>(p, n);
 }
 
 using Search = FirstExtreme (*)(const int16_t*, int32_t, bool);
