@@ -35,14 +35,25 @@ ExponentialFit FitDecay(const std::vector<double>& y, double tauCentre) {
 // of the fit's sums can cross: the fit is not made. Most detections on a
 // level trace end here.
 bool CanBeSignificant(const std::vector<double>& y, int direction) {
-    double all = 0, along = 0;
-    for (const double v : y) {
-        const double signedV = direction * v;
-        const double toward = signedV > 0 ? signedV : 0.0;  // maxsd: no branch on noise's sign
+    // Pairs of sums side by side, with no branch on the noise's sign: the
+    // order of the terms cannot matter to a test with this margin.
+    typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
+    const Pair zero = {0, 0};
+    Pair all = zero, along = zero;
+    std::size_t k = 0;
+    for (; k + 2 <= y.size(); k += 2) {
+        const Pair v = {y[k], y[k + 1]};
+        const Pair signedV = v * double(direction);
+        const Pair toward = signedV > zero ? signedV : zero;
         all += v * v;
         along += toward * toward;
     }
-    return along > 0.75 * all;
+    if (k < y.size()) {
+        const double v = y[k], toward = std::max(direction * v, 0.0);
+        all[0] += v * v;
+        along[0] += toward * toward;
+    }
+    return along[0] + along[1] > 0.75 * (all[0] + all[1]);
 }
 
 }  // namespace
@@ -65,9 +76,11 @@ std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, 
     const int64_t first =
         peak.index + std::max<int64_t>(std::lround(kRisesSkipped * kernelRiseMs * pointsPerMs), 1);
     if (onset - first < kFewestPoints) return std::nullopt;
-    std::vector<double> y;
-    y.reserve(std::size_t(onset - first));
-    for (int64_t i = first; i < onset; ++i) y.push_back(double(screen.GetSampleValue(i)) - baseline);
+    std::vector<double> y(std::size_t(onset - first));
+    if (const int16_t* p = screen.Samples(first, onset - first))
+        for (std::size_t k = 0; k < y.size(); ++k) y[k] = double(p[k]) - baseline;
+    else
+        for (std::size_t k = 0; k < y.size(); ++k) y[k] = double(screen.GetSampleValue(first + int64_t(k))) - baseline;
     if (!CanBeSignificant(y, det.Direction())) return std::nullopt;
     const ExponentialFit fit = FitDecay(y, std::max(kernelDecayMs, 0.1) * pointsPerMs);
     const double residualSd = std::sqrt(std::max(fit.sse, 0.0) / double(y.size() - 2));
