@@ -3,8 +3,9 @@
 #include <cmath>
 
 namespace vess {
+namespace {
 
-std::optional<int32_t> LeastCountsReaching(const Recording& rec, float units) {
+std::optional<int32_t> Search(const Recording& rec, float units) {
     // Each step of Bit2pA2 (a division and a multiplication by positive
     // numbers, each rounded, then a rounding to float) keeps the order of
     // its input, so "Bit2pA2(c) >= units" turns true once and stays true.
@@ -26,6 +27,27 @@ std::optional<int32_t> LeastCountsReaching(const Recording& rec, float units) {
         else low = mid + 1;
     }
     return low;
+}
+
+// Every screen of a run asks the same question of the same scaling: the last
+// answer of this thread is kept with what it depends on.
+struct Asked {
+    float gain = 0, range = 0, units = 0;
+    int32_t resolution = 0;
+    bool operator==(const Asked&) const = default;
+};
+
+}  // namespace
+
+std::optional<int32_t> LeastCountsReaching(const Recording& rec, float units) {
+    thread_local std::optional<Asked> lastAsked;
+    thread_local std::optional<int32_t> lastAnswer;
+    const Asked asked{rec.Gain(), rec.Header().adcRange, units, rec.Header().adcResolution};
+    if (lastAsked != asked) {
+        lastAnswer = Search(rec, units);
+        lastAsked = asked;
+    }
+    return lastAnswer;
 }
 
 }  // namespace vess

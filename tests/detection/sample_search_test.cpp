@@ -91,21 +91,24 @@ TEST(SampleSearch, WalksFromMemoryMatchTheGeneralPath) {
 
 // LeastCountsReaching against a count-by-count search, for scalings that
 // make the boundary fall between counts, on a count and beyond the range.
+// Each threshold is asked of every scaling in turn, twice: the answer kept
+// from the last question is given only to the same question.
 TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
     test::TempDir dir;
     const std::vector<int16_t> samples(512, 0);
-    int k = 0;
-    for (float countsPerUnit : {1.0f, 3.7f, 0.25f, 1000.0f}) {
-        const auto rec = test::MakeRecording(dir / ("r" + std::to_string(k++) + ".abf"), samples,
-                                             50, countsPerUnit);
-        for (float units : {-1.0f, 0.0f, 5.0f, 5.0001f, 17.3f, 65535.0f / countsPerUnit, 1e9f,
-                            std::numeric_limits<float>::quiet_NaN()}) {
+    std::vector<std::unique_ptr<Recording>> recs;
+    for (float countsPerUnit : {1.0f, 3.7f, 0.25f, 1000.0f})
+        recs.push_back(test::MakeRecording(dir / ("r" + std::to_string(recs.size()) + ".abf"), samples, 50,
+                                           countsPerUnit));
+    for (float units : {-1.0f, 0.0f, 5.0f, 5.0001f, 17.3f, 65535.0f, 65535.0f / 3.7f, 65535.0f / 0.25f,
+                        65535.0f / 1000.0f, 1e9f, std::numeric_limits<float>::quiet_NaN()})
+        for (const auto& rec : recs) {
             int32_t expected = 0;
             while (expected <= 65535 && !(rec->Bit2pA2(expected) >= units)) ++expected;
-            EXPECT_EQ(LeastCountsReaching(*rec, units), expected)
-                << countsPerUnit << " counts per unit, threshold " << units;
+            for (int ask = 0; ask < 2; ++ask)
+                EXPECT_EQ(LeastCountsReaching(*rec, units), expected)
+                    << rec->Gain() << " gain, threshold " << units;
         }
-    }
 }
 
 // The template criterion of a tile, two points per vector instruction and
