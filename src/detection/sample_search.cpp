@@ -140,8 +140,6 @@ Search SearchOfWidth(int32_t lanes) {
     return Search8;
 }
 
-const Search kWidestSearch = SearchOfWidth(SampleSearchWidths().front());
-
 }  // namespace
 
 std::vector<int32_t> SampleSearchWidths() {
@@ -160,7 +158,8 @@ FirstExtreme FirstExtremeOfAtWidth(const int16_t* p, int32_t n, bool greatest, i
 }
 
 FirstExtreme FirstExtremeOf(const int16_t* p, int32_t n, bool greatest) {
-    return kWidestSearch(p, n, greatest);
+    static const Search widest = SearchOfWidth(SampleSearchWidths().front());
+    return widest(p, n, greatest);
 }
 
 int64_t SumOf(const int16_t* p, int64_t n) {
