@@ -95,6 +95,7 @@ using GridSums = void (*)(const double*, const double*, std::size_t, double*, do
 void SumGrid2(const double* rows, const double* y, std::size_t n, double* products, double* squares) {
     SumGrid<2, 8>(rows, y, n, products, squares);
 }
+#if defined(__x86_64__)
 __attribute__((target("avx2"))) void SumGrid4(const double* rows, const double* y, std::size_t n,
                                               double* products, double* squares) {
     SumGrid<4, 6>(rows, y, n, products, squares);
@@ -103,9 +104,14 @@ __attribute__((target("avx512f"))) void SumGrid8(const double* rows, const doubl
                                                  double* products, double* squares) {
     SumGrid<8, 6>(rows, y, n, products, squares);
 }
+#endif
 
 GridSums SumsAtWidth(int width) {
-    return width == 8 ? SumGrid8 : width == 4 ? SumGrid4 : SumGrid2;
+#if defined(__x86_64__)
+    if (width == 8) return SumGrid8;
+    if (width == 4) return SumGrid4;
+#endif
+    return SumGrid2;
 }
 
 // The tables of this thread. Kept under a bound in values: past it they are
@@ -136,10 +142,12 @@ GridTable& TableFor(double lowest, double range, std::size_t points) {
 }  // namespace
 
 std::vector<int> GridSumWidths() {
-    __builtin_cpu_init();
     std::vector<int> widths;
+#if defined(__x86_64__)
+    __builtin_cpu_init();
     if (__builtin_cpu_supports("avx512f")) widths.push_back(8);
     if (__builtin_cpu_supports("avx2")) widths.push_back(4);
+#endif
     widths.push_back(2);
     return widths;
 }
