@@ -69,9 +69,10 @@ template <bool kGreatest, int32_t Lanes>
 }
 
 // Runs short enough for every offset to fit a 16-bit lane are searched in
-// one pass, with no branch on where the extreme lies: each lane keeps its most extreme sample and the offset where it
-// first saw it (a later sample replaces it only when strictly beyond); the
-// answer is the least offset of the lanes holding the extreme.
+// one pass, with no branch on where the extreme lies: each lane keeps its
+// most extreme sample and the offset where it first saw it (a later sample
+// replaces it only when strictly beyond); the answer is the least offset of
+// the lanes holding the extreme.
 constexpr int32_t kOnePassMost = 32767;
 
 template <bool kGreatest, int32_t Lanes>

@@ -25,7 +25,8 @@ namespace {
 // vector width this processor has, over lengths around each width.
 TEST(SampleSearch, VectorSearchesMatchPlainLoops) {
     std::mt19937 rng(11);
-    for (int32_t n : {1, 2, 7, 8, 9, 15, 16, 17, 31, 32, 33, 40, 63, 65, 200, 201, 32767, 32768, (1 << 17) + 13, 3 << 17}) {
+    for (int32_t n :
+         {1, 2, 7, 8, 9, 15, 16, 17, 31, 32, 33, 40, 63, 65, 200, 201, 32767, 32768, (1 << 17) + 13, 3 << 17}) {
         std::vector<int16_t> ties(static_cast<std::size_t>(n)), random(ties), last(ties), first(ties);
         for (auto& x : ties) x = int16_t(int(rng() % 5) - 2);
         for (auto& x : random) x = int16_t(rng());
