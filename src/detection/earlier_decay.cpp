@@ -77,9 +77,11 @@ std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, 
         peak.index + std::max<int64_t>(std::lround(kRisesSkipped * kernelRiseMs * pointsPerMs), 1);
     if (onset - first < kFewestPoints) return std::nullopt;
     std::vector<double> y(std::size_t(onset - first));
-    const int16_t* p = screen.Samples(first, onset - first);
-    for (std::size_t k = 0; k < y.size(); ++k)
-        y[k] = double(p ? p[k] : screen.GetSampleValue(first + int64_t(k))) - baseline;
+    if (const int16_t* p = screen.Samples(first, onset - first))
+        for (std::size_t k = 0; k < y.size(); ++k) y[k] = double(p[k]) - baseline;
+    else
+        for (std::size_t k = 0; k < y.size(); ++k)
+            y[k] = double(screen.GetSampleValue(first + int64_t(k))) - baseline;
     if (!CanBeSignificant(y, det.Direction())) return std::nullopt;
     const ExponentialFit fit = FitDecay(y, std::max(kernelDecayMs, 0.1) * pointsPerMs);
     const double residualSd = std::sqrt(std::max(fit.sse, 0.0) / double(y.size() - 2));
