@@ -12,20 +12,65 @@ namespace {
 // Threads that compute the noise stretches of a long recording.
 constexpr int kNoiseWorkers = 4;
 
+// The value of rank `rank` (0-based) among value(i), i < n, as
+// std::nth_element finds it: a sample of the values brackets it, one pass
+// counts the values below the bracket and keeps those inside, and
+// nth_element runs on those alone (on all of them in the rare case the
+// bracket misses, and on all of a short series).
+template <class Value>
+double ValueOfRank(std::size_t n, std::size_t rank, Value&& value) {
+    std::vector<double> kept;
+    const auto nthOfAll = [&] {
+        kept.resize(n);
+        for (std::size_t i = 0; i < n; ++i) kept[i] = value(i);
+        std::nth_element(kept.begin(), kept.begin() + std::ptrdiff_t(rank), kept.end());
+        return kept[rank];
+    };
+    constexpr std::size_t kSampleStep = 32, kShortest = 1 << 16;
+    if (n < kShortest) return nthOfAll();
+    std::vector<double> sample;
+    sample.reserve(n / kSampleStep + 1);
+    for (std::size_t i = 0; i < n; i += kSampleStep) sample.push_back(value(i));
+    // The rank's place in the sample, four of its SDs either side.
+    const double at = (double(rank) + 0.5) / double(n) * double(sample.size());
+    const double reach = 4 * std::sqrt(double(sample.size())) + 1;
+    const auto nth = [&](double r) {
+        const auto place = sample.begin() + std::ptrdiff_t(std::clamp(r, 0.0, double(sample.size() - 1)));
+        std::nth_element(sample.begin(), place, sample.end());
+        return *place;
+    };
+    const double low = nth(at - reach), high = nth(at + reach);
+    // Counted and kept without a branch on each value (half of them lie on
+    // either side), a chunk at a time.
+    std::size_t below = 0;
+    constexpr std::size_t kChunk = 256;
+    double chunk[kChunk];
+    for (std::size_t from = 0; from < n; from += kChunk) {
+        const std::size_t to = std::min(n, from + kChunk);
+        std::size_t inside = 0;
+        for (std::size_t i = from; i < to; ++i) {
+            const double x = value(i);
+            const int under = x < low, over = high < x;
+            below += std::size_t(under);
+            chunk[inside] = x;
+            inside += std::size_t(1 - (under | over));
+        }
+        kept.insert(kept.end(), chunk, chunk + inside);
+    }
+    if (rank < below || rank - below >= kept.size()) return nthOfAll();
+    std::nth_element(kept.begin(), kept.begin() + std::ptrdiff_t(rank - below), kept.end());
+    return kept[rank - below];
+}
+
 }  // namespace
 
 NoiseLevel RobustNoise(std::vector<double> v) {
     NoiseLevel level;
     v.erase(std::remove_if(v.begin(), v.end(), [](double d) { return !std::isfinite(d); }), v.end());
     if (v.size() < 16) return level;
-    auto median = [](std::vector<double>& a) {
-        std::nth_element(a.begin(), a.begin() + long(a.size() / 2), a.end());
-        return a[a.size() / 2];
-    };
-    const double med = median(v);
-    std::vector<double> dev(v.size());
-    for (std::size_t i = 0; i < v.size(); ++i) dev[i] = std::abs(v[i] - med);
-    const double mad = 1.4826 * median(dev);
+    const std::size_t n = v.size();
+    const double med = ValueOfRank(n, n / 2, [&](std::size_t i) { return v[i]; });
+    const double mad = 1.4826 * ValueOfRank(n, n / 2, [&](std::size_t i) { return std::abs(v[i] - med); });
     if (!(mad > 0)) return {med, 1e-12};
     constexpr int kBins = 101;
     const double lo = med - 3 * mad, width = 6 * mad / kBins;
@@ -78,6 +123,9 @@ NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec, Near
     const int workers = UsableWorkers(kNoiseWorkers);
     std::vector<MethodFilter> copies(std::size_t(workers - 1), filter);
     std::vector<double> values;
+    int64_t total = 0;
+    for (const auto& stretch : stretches) total += std::max<int64_t>(stretch.second, 0);
+    values.reserve(std::size_t(total));
     ComputeInOrder(
         int64_t(stretches.size()), workers, 2 * int64_t(workers),
         [&](int worker, int64_t i) {
