@@ -105,31 +105,57 @@ void RunningMedians(const double* means, std::size_t count, int64_t K, double* m
 }
 
 // The same, of the means not left out (the lower middle of an even count);
-// where all 2K + 1 are left out, the median of them all, ofAll[k].
+// where all 2K + 1 are left out, the median of them all. ofAll[k] is the
+// median of all of means[k .. k + 2K], which is the median wanted where none
+// of them is left out; the window of kept means is kept only where one is,
+// sorted afresh where the first comes in (a mean is never -0, the sum of a
+// block beginning at +0, so sorted means are the same sequence however they
+// were put in).
 void MediansOfKept(const double* means, const char* leftOut, std::size_t count, int64_t K, const double* ofAll,
                    double* medians) {
     const std::size_t width = std::size_t(2 * K + 1), n = count - width + 1;
     SortedWindow window(width);
     std::vector<double> kept;
-    for (std::size_t j = 0; j < width; ++j)
-        if (!leftOut[j]) kept.push_back(means[j]);
-    window.Fill(kept.data(), kept.size());
-    std::size_t size = kept.size();
+    std::size_t size = 0, outside = 0;  // means of the window kept, and left out
+    for (std::size_t j = 0; j < width; ++j) outside += std::size_t(leftOut[j]);
+    bool held = false;  // whether window holds the kept means of means[k .. k + 2K]
     for (std::size_t k = 0;; ++k) {
-        medians[k] = size == 0 ? ofAll[k] : window[(size - 1) / 2];
+        if (outside == 0) {
+            held = false;
+            medians[k] = ofAll[k];
+        } else {
+            if (!held) {
+                kept.clear();
+                for (std::size_t j = k; j < k + width; ++j)
+                    if (!leftOut[j]) kept.push_back(means[j]);
+                window.Fill(kept.data(), kept.size());
+                size = kept.size();
+                held = true;
+            }
+            medians[k] = size == 0 ? ofAll[k] : window[(size - 1) / 2];
+        }
         if (k + 1 == n) break;
         const bool goes = !leftOut[k], comes = !leftOut[k + width];
-        if (!goes && !comes) continue;
-        window.Replace(goes ? means[k] : INFINITY, comes ? means[k + width] : INFINITY);
-        size = size + comes - goes;
+        outside = outside + !comes - !goes;
+        if (held && (goes || comes)) {
+            window.Replace(goes ? means[k] : INFINITY, comes ? means[k + width] : INFINITY);
+            size = size + comes - goes;
+        }
     }
 }
 
+// Points a .. end - 1 of one block, between the centres of blocks
+// segmentBlock and segmentBlock + 1, where the level at point p is
+// level0 + step × (p - start).
+struct LevelPiece {
+    int64_t a, end, block;
+    std::size_t segment;  // the index of segmentBlock among the medians
+    double level0, step, start;
+};
+
 // The level runs straight from medians[k] at the centre of block
-// firstBlock + k to medians[k + 1] at the next centre. piece(a, end, block,
-// level0, step, start) is called for the points a .. end - 1 of [from, to)
-// that lie in one block and between the same two centres, whose level at
-// point p is level0 + step × (p - start).
+// firstBlock + k to medians[k + 1] at the next centre; piece(LevelPiece) is
+// called for the points of [from, to), in order.
 template <typename Piece>
 void ForEachPiece(int64_t B, int64_t firstBlock, const double* medians, int64_t from, int64_t to, Piece&& piece) {
     const double centre = double(B - 1) / 2;
@@ -141,36 +167,36 @@ void ForEachPiece(int64_t B, int64_t firstBlock, const double* medians, int64_t 
         const int64_t next = (block + 1) * B, end = std::min(next + half, to);
         if (a < next) {
             const int64_t stop = std::min(next, end);
-            piece(a, stop, block, medians[k], step, start);
+            piece(LevelPiece{a, stop, block, k, medians[k], step, start});
             a = stop;
         }
         if (a < end) {
-            piece(a, end, block + 1, medians[k], step, start);
+            piece(LevelPiece{a, end, block + 1, k, medians[k], step, start});
             a = end;
         }
     }
 }
 
-// out[i] = direction × (f[i] less the level) for the n points from point a.
-void PutLevelled(const double* f, int64_t a, int64_t n, double level0, double step, double start,
-                 double direction, double* out) {
-    int64_t i = 0;
-    Pair at = {double(a), double(a + 1)};
-    for (; i + 2 <= n; i += 2, at += 2) Store(out + i, direction * (Load(f + i) - (level0 + step * (at - start))));
-    for (; i < n; ++i) out[i] = direction * (f[i] - (level0 + step * (double(a + i) - start)));
-}
-
-// Whether direction × (f[i] less the level) rises above limit at one of the n
-// points from point a.
-bool RisesAbove(const double* f, int64_t a, int64_t n, double level0, double step, double start, double direction,
-                double limit) {
+// v = direction × (f less the level) at the points of the piece (f[i] is
+// point p.a + i), written to out[i] when Put; whether v rises above limit at
+// one of them.
+template <bool Put>
+bool Levelled(const LevelPiece& p, const double* f, double direction, double limit, double* out) {
+    const int64_t a = p.a, n = p.end - p.a;
     int64_t i = 0;
     Pair at = {double(a), double(a + 1)};
     PairMask above = {0, 0};
-    for (; i + 2 <= n; i += 2, at += 2)
-        above |= direction * (Load(f + i) - (level0 + step * (at - start))) > limit;
+    for (; i + 2 <= n; i += 2, at += 2) {
+        const Pair v = direction * (Load(f + i) - (p.level0 + p.step * (at - p.start)));
+        if (Put) Store(out + i, v);
+        above |= v > limit;
+    }
     bool any = above[0] || above[1];
-    for (; i < n; ++i) any |= direction * (f[i] - (level0 + step * (double(a + i) - start))) > limit;
+    for (; i < n; ++i) {
+        const double v = direction * (f[i] - (p.level0 + p.step * (double(a + i) - p.start)));
+        if (Put) out[i] = v;
+        any |= v > limit;
+    }
     return any;
 }
 
@@ -201,8 +227,8 @@ void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, in
     BlockMeans(filtered + (meansFrom * B - origin), B, s.means.data(), means);
     s.medians.resize(means - std::size_t(2 * K));  // blocks firstBlock - reach ..
     RunningMedians(s.means.data(), means, K, s.medians.data());
-    const auto put = [&](int64_t a, int64_t end, int64_t, double level0, double step, double start) {
-        PutLevelled(filtered + (a - origin), a, end - a, level0, step, start, direction, out + (a - first));
+    const auto put = [&](const LevelPiece& p) {
+        Levelled<true>(p, filtered + (p.a - origin), direction, INFINITY, out + (p.a - first));
     };
     if (!leaving) {
         ForEachPiece(B, firstBlock, s.medians.data(), first, first + count, put);
@@ -211,9 +237,9 @@ void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, in
     // s.means[j] is block meansFrom + j; a block is left out when a point of
     // it rises above the level.
     s.leftOut.assign(means, 0);
-    const auto flag = [&](int64_t a, int64_t end, int64_t block, double level0, double step, double start) {
-        if (RisesAbove(filtered + (a - origin), a, end - a, level0, step, start, direction, baseline.leaveOutAbove))
-            s.leftOut[std::size_t(block - meansFrom)] = 1;
+    const auto flag = [&](const LevelPiece& p) {
+        if (Levelled<false>(p, filtered + (p.a - origin), direction, baseline.leaveOutAbove, nullptr))
+            s.leftOut[std::size_t(p.block - meansFrom)] = 1;
     };
     const int64_t flagFrom = firstBlock - K, flagTo = lastBlock + K + 1;
     ForEachPiece(B, firstBlock - reach, s.medians.data(), flagFrom * B, flagTo * B, flag);
