@@ -144,12 +144,10 @@ void MediansOfKept(const double* means, const char* leftOut, std::size_t count, 
     }
 }
 
-// Points a .. end - 1 of one block, between the centres of blocks
-// segmentBlock and segmentBlock + 1, where the level at point p is
-// level0 + step × (p - start).
+// Points a .. end - 1 of one block, between the same two block centres,
+// where the level at point p is level0 + step × (p - start).
 struct LevelPiece {
     int64_t a, end, block;
-    std::size_t segment;  // the index of segmentBlock among the medians
     double level0, step, start;
 };
 
@@ -167,11 +165,11 @@ void ForEachPiece(int64_t B, int64_t firstBlock, const double* medians, int64_t 
         const int64_t next = (block + 1) * B, end = std::min(next + half, to);
         if (a < next) {
             const int64_t stop = std::min(next, end);
-            piece(LevelPiece{a, stop, block, k, medians[k], step, start});
+            piece(LevelPiece{a, stop, block, medians[k], step, start});
             a = stop;
         }
         if (a < end) {
-            piece(LevelPiece{a, end, block + 1, k, medians[k], step, start});
+            piece(LevelPiece{a, end, block + 1, medians[k], step, start});
             a = end;
         }
     }
