@@ -5,6 +5,7 @@
 
 #include "detection/method_filter.h"
 #include "detection/ordered_work.h"
+#include "detection/value_of_rank.h"
 
 namespace vess {
 namespace {
@@ -18,14 +19,9 @@ NoiseLevel RobustNoise(std::vector<double> v) {
     NoiseLevel level;
     v.erase(std::remove_if(v.begin(), v.end(), [](double d) { return !std::isfinite(d); }), v.end());
     if (v.size() < 16) return level;
-    auto median = [](std::vector<double>& a) {
-        std::nth_element(a.begin(), a.begin() + long(a.size() / 2), a.end());
-        return a[a.size() / 2];
-    };
-    const double med = median(v);
-    std::vector<double> dev(v.size());
-    for (std::size_t i = 0; i < v.size(); ++i) dev[i] = std::abs(v[i] - med);
-    const double mad = 1.4826 * median(dev);
+    const std::size_t n = v.size();
+    const double med = ValueOfRank(n, n / 2, [&](std::size_t i) { return v[i]; });
+    const double mad = 1.4826 * ValueOfRank(n, n / 2, [&](std::size_t i) { return std::abs(v[i] - med); });
     if (!(mad > 0)) return {med, 1e-12};
     constexpr int kBins = 101;
     const double lo = med - 3 * mad, width = 6 * mad / kBins;
@@ -78,6 +74,9 @@ NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec, Near
     const int workers = UsableWorkers(kNoiseWorkers);
     std::vector<MethodFilter> copies(std::size_t(workers - 1), filter);
     std::vector<double> values;
+    int64_t total = 0;
+    for (const auto& stretch : stretches) total += std::max<int64_t>(stretch.second, 0);
+    values.reserve(std::size_t(total));
     ComputeInOrder(
         int64_t(stretches.size()), workers, 2 * int64_t(workers),
         [&](int worker, int64_t i) {

@@ -18,13 +18,16 @@ int64_t Points(double ms, double intervalUs) {
 }
 
 // The samples less their running mean over 2 half + 1 points, where whole.
+// The window's sum is an exact integer, kept from point to point.
 void AppendDetrended(const std::vector<int16_t>& x, int64_t half, std::vector<double>& out) {
-    std::vector<double> prefix(x.size() + 1, 0.0);
-    for (std::size_t i = 0; i < x.size(); ++i) prefix[i + 1] = prefix[i] + x[i];
-    for (int64_t i = half; i + half < int64_t(x.size()); ++i) {
-        const double mean =
-            (prefix[std::size_t(i + half + 1)] - prefix[std::size_t(i - half)]) / double(2 * half + 1);
-        out.push_back(x[std::size_t(i)] - mean);
+    const int64_t n = int64_t(x.size()), width = 2 * half + 1;
+    if (n < width) return;
+    int64_t sum = 0;
+    for (int64_t i = 0; i + 1 < width; ++i) sum += x[std::size_t(i)];
+    for (int64_t i = half; i + half < n; ++i) {
+        sum += x[std::size_t(i + half)];
+        out.push_back(x[std::size_t(i)] - double(sum) / double(width));
+        sum -= x[std::size_t(i - half)];
     }
 }
 
@@ -91,8 +94,12 @@ double FittedKernelAmplitude(const Recording& rec, int64_t centre, const EventKe
 
 double TraceNoiseSd(const Recording& rec) {
     const int64_t half = Points(kBaselineWindowMs / 2, rec.IntervalUs());
+    const std::vector<std::pair<int64_t, int64_t>> stretches = NoiseStretches(rec);
     std::vector<double> values;
-    for (const auto& [first, count] : NoiseStretches(rec)) {
+    int64_t total = 0;
+    for (const auto& stretch : stretches) total += std::max<int64_t>(stretch.second, 0);
+    values.reserve(std::size_t(total));
+    for (const auto& [first, count] : stretches) {
         std::vector<int16_t> x(std::size_t(std::max<int64_t>(count, 0)));
         rec.ReadSamples(first, x);
         AppendDetrended(x, half, values);

@@ -1,0 +1,257 @@
+#include "detection/block_baseline.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace vess {
+namespace {
+
+// Two doubles handled by one vector instruction, each lane doing the
+// operations of one point in the same order as a point computed alone.
+typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
+typedef int64_t PairMask __attribute__((vector_size(2 * sizeof(int64_t))));
+
+Pair Load(const double* p) {
+    Pair v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+void Store(double* p, Pair v) { std::memcpy(p, &v, sizeof v); }
+
+// floor(a / b) for b > 0, also for negative a.
+int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
+
+// means[m] = the mean of x[m B .. m B + B - 1], each sum taken in order.
+// Four blocks are summed side by side, so that each block's chain of
+// additions overlaps the others' instead of waiting on its own.
+void BlockMeans(const double* x, int64_t B, double* means, std::size_t count) {
+    std::size_t m = 0;
+    for (; m + 4 <= count; m += 4) {
+        const double* p = x + int64_t(m) * B;
+        double s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+        for (int64_t j = 0; j < B; ++j) {
+            s0 += p[j];
+            s1 += p[j + B];
+            s2 += p[j + 2 * B];
+            s3 += p[j + 3 * B];
+        }
+        means[m] = s0 / double(B);
+        means[m + 1] = s1 / double(B);
+        means[m + 2] = s2 / double(B);
+        means[m + 3] = s3 / double(B);
+    }
+    for (; m < count; ++m) {
+        double sum = 0;
+        for (int64_t j = 0; j < B; ++j) sum += x[int64_t(m) * B + j];
+        means[m] = sum / double(B);
+    }
+}
+
+// A sorted window of means in a buffer of fixed, even length whose places
+// beyond the values hold +infinity, which no count below takes in: taking a
+// value out and putting one in are one step, and "none" is +infinity.
+class SortedWindow {
+public:
+    explicit SortedWindow(std::size_t most) : values_((most + 1) / 2 * 2, INFINITY) {}
+
+    // The values, sorted as std::sort sorts them in this order.
+    void Fill(const double* values, std::size_t count) {
+        std::copy(values, values + count, values_.begin());
+        std::fill(values_.begin() + std::ptrdiff_t(count), values_.end(), INFINITY);
+        std::sort(values_.begin(), values_.begin() + std::ptrdiff_t(count));
+    }
+
+    double operator[](std::size_t i) const { return values_[i]; }
+
+    // Takes gone out and puts in in, as erasing at the first value not below
+    // gone and then inserting after the last value not above in do; the
+    // values between the two places move by one, in place.
+    void Replace(double gone, double in) {
+        const Pair goneBoth = {gone, gone}, inBoth = {in, in};
+        PairMask below = {0, 0}, notAbove = {0, 0};
+        for (std::size_t i = 0; i < values_.size(); i += 2) {
+            const Pair w = Load(&values_[i]);
+            below -= w < goneBoth;
+            notAbove -= w <= inBoth;
+        }
+        const std::size_t out = std::size_t(below[0] + below[1]);
+        // The place of in among the values without the one taken out.
+        const std::size_t at = std::size_t(notAbove[0] + notAbove[1]) - (values_[out] <= in);
+        double carry = in;
+        if (at >= out)
+            for (std::size_t i = at + 1; i-- > out;) std::swap(carry, values_[i]);
+        else
+            for (std::size_t i = at; i <= out; ++i) std::swap(carry, values_[i]);
+    }
+
+private:
+    std::vector<double> values_;
+};
+
+// medians[k] = the median of means[k .. k + 2K], k < count - 2K.
+void RunningMedians(const double* means, std::size_t count, int64_t K, double* medians) {
+    const std::size_t width = std::size_t(2 * K + 1), n = count - width + 1;
+    SortedWindow window(width);
+    window.Fill(means, width);
+    for (std::size_t k = 0;; ++k) {
+        medians[k] = window[std::size_t(K)];
+        if (k + 1 == n) break;
+        window.Replace(means[k], means[k + width]);
+    }
+}
+
+// The same, of the means not left out (the lower middle of an even count);
+// where all 2K + 1 are left out, the median of them all. ofAll[k] is the
+// median of all of means[k .. k + 2K], which is the median wanted where none
+// of them is left out; the window of kept means is kept only where one is,
+// sorted afresh where the first comes in (a mean is never -0, the sum of a
+// block beginning at +0, so sorted means are the same sequence however they
+// were put in).
+void MediansOfKept(const double* means, const char* leftOut, std::size_t count, int64_t K, const double* ofAll,
+                   double* medians) {
+    const std::size_t width = std::size_t(2 * K + 1), n = count - width + 1;
+    SortedWindow window(width);
+    std::vector<double> kept;
+    std::size_t size = 0, outside = 0;  // means of the window kept, and left out
+    for (std::size_t j = 0; j < width; ++j) outside += std::size_t(leftOut[j]);
+    bool held = false;  // whether window holds the kept means of means[k .. k + 2K]
+    for (std::size_t k = 0;; ++k) {
+        if (outside == 0) {
+            held = false;
+            medians[k] = ofAll[k];
+        } else {
+            if (!held) {
+                kept.clear();
+                for (std::size_t j = k; j < k + width; ++j)
+                    if (!leftOut[j]) kept.push_back(means[j]);
+                window.Fill(kept.data(), kept.size());
+                size = kept.size();
+                held = true;
+            }
+            medians[k] = size == 0 ? ofAll[k] : window[(size - 1) / 2];
+        }
+        if (k + 1 == n) break;
+        const bool goes = !leftOut[k], comes = !leftOut[k + width];
+        outside = outside + !comes - !goes;
+        if (held && (goes || comes)) {
+            window.Replace(goes ? means[k] : INFINITY, comes ? means[k + width] : INFINITY);
+            size = size + comes - goes;
+        }
+    }
+}
+
+// Points a .. end - 1 of one block, between the same two block centres,
+// where the level at point p is level0 + step × (p - start).
+struct LevelPiece {
+    int64_t a, end, block;
+    double level0, step, start;
+};
+
+// The level runs straight from medians[k] at the centre of block
+// firstBlock + k to medians[k + 1] at the next centre; piece(LevelPiece) is
+// called for the points of [from, to), in order.
+template <typename Piece>
+void ForEachPiece(int64_t B, int64_t firstBlock, const double* medians, int64_t from, int64_t to, Piece&& piece) {
+    const double centre = double(B - 1) / 2;
+    const int64_t half = B / 2;  // the first point at or after a block's centre
+    for (int64_t a = from, block = FloorDiv(from - half, B); a < to; ++block) {
+        const std::size_t k = std::size_t(block - firstBlock);
+        const double start = double(block * B) + centre;
+        const double step = (medians[k + 1] - medians[k]) / double(B);
+        const int64_t next = (block + 1) * B, end = std::min(next + half, to);
+        if (a < next) {
+            const int64_t stop = std::min(next, end);
+            piece(LevelPiece{a, stop, block, medians[k], step, start});
+            a = stop;
+        }
+        if (a < end) {
+            piece(LevelPiece{a, end, block + 1, medians[k], step, start});
+            a = end;
+        }
+    }
+}
+
+// v = direction × (f less the level) at the points of the piece (f[i] is
+// point p.a + i), written to out[i] when Put; whether v rises above limit at
+// one of them.
+template <bool Put>
+bool Levelled(const LevelPiece& p, const double* f, double direction, double limit, double* out) {
+    const int64_t a = p.a, n = p.end - p.a;
+    int64_t i = 0;
+    Pair at = {double(a), double(a + 1)};
+    PairMask above = {0, 0};
+    for (; i + 2 <= n; i += 2, at += 2) {
+        const Pair v = direction * (Load(f + i) - (p.level0 + p.step * (at - p.start)));
+        if (Put) Store(out + i, v);
+        above |= v > limit;
+    }
+    bool any = above[0] || above[1];
+    for (; i < n; ++i) {
+        const double v = direction * (f[i] - (p.level0 + p.step * (double(a + i) - p.start)));
+        if (Put) out[i] = v;
+        any |= v > limit;
+    }
+    return any;
+}
+
+// Kept from call to call on this thread, so that their pages stay in.
+struct BaselineScratch {
+    std::vector<double> means, medians, keptMedians;
+    std::vector<char> leftOut;
+};
+
+}  // namespace
+
+void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
+                       int64_t count, double* out, bool nanNearLeftOut) {
+    thread_local BaselineScratch s;
+    const int64_t B = baseline.blockPoints, K = baseline.blocksAside;
+    const double direction = baseline.direction;
+    // Medians at the centres of blocks firstBlock .. lastBlock, which bracket
+    // every point of the stretch.
+    const int64_t firstBlock = FloorDiv(first, B) - 1;
+    const int64_t lastBlock = FloorDiv(first + count, B) + 1;
+    const bool leaving = std::isfinite(baseline.leaveOutAbove);
+    // Leaving out needs the criterion of blocks firstBlock - K .. lastBlock + K
+    // first, from the medians of all around them.
+    const int64_t reach = leaving ? K + 1 : 0;
+    const int64_t meansFrom = firstBlock - reach - K;
+    const std::size_t means = std::size_t(lastBlock + reach + K - meansFrom + 1);
+    s.means.resize(means);
+    BlockMeans(filtered + (meansFrom * B - origin), B, s.means.data(), means);
+    s.medians.resize(means - std::size_t(2 * K));  // blocks firstBlock - reach ..
+    RunningMedians(s.means.data(), means, K, s.medians.data());
+    const auto put = [&](const LevelPiece& p) {
+        Levelled<true>(p, filtered + (p.a - origin), direction, INFINITY, out + (p.a - first));
+    };
+    if (!leaving) {
+        ForEachPiece(B, firstBlock, s.medians.data(), first, first + count, put);
+        return;
+    }
+    // s.means[j] is block meansFrom + j; a block is left out when a point of
+    // it rises above the level.
+    s.leftOut.assign(means, 0);
+    const auto flag = [&](const LevelPiece& p) {
+        if (Levelled<false>(p, filtered + (p.a - origin), direction, baseline.leaveOutAbove, nullptr))
+            s.leftOut[std::size_t(p.block - meansFrom)] = 1;
+    };
+    const int64_t flagFrom = firstBlock - K, flagTo = lastBlock + K + 1;
+    ForEachPiece(B, firstBlock - reach, s.medians.data(), flagFrom * B, flagTo * B, flag);
+    s.keptMedians.resize(means - std::size_t(2 * (reach + K)));
+    MediansOfKept(s.means.data() + reach, s.leftOut.data() + reach, means - std::size_t(2 * reach), K,
+                  s.medians.data() + reach, s.keptMedians.data());
+    ForEachPiece(B, firstBlock, s.keptMedians.data(), first, first + count, put);
+    if (!nanNearLeftOut) return;
+    for (int64_t block = FloorDiv(first, B); block * B < first + count; ++block) {
+        const std::size_t j = std::size_t(block - meansFrom);
+        if (!(s.leftOut[j - 1] || s.leftOut[j] || s.leftOut[j + 1])) continue;
+        const int64_t a = std::max(block * B, first), end = std::min((block + 1) * B, first + count);
+        std::fill(out + (a - first), out + (end - first), NAN);
+    }
+}
+
+}  // namespace vess

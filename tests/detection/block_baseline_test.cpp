@@ -1,0 +1,130 @@
+// The deconvolution criterion's baseline and the order statistics of its
+// noise are kept fast by incremental windows and sampled brackets; each is
+// checked here against the plain computation it stands for, value for value.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "detection/block_baseline.h"
+#include "detection/value_of_rank.h"
+
+namespace vess {
+namespace {
+
+int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
+
+// The baseline as written down: each block's mean, the median of each window
+// sorted afresh, the kept medians from the blocks whose points all stay at
+// or below the level of all, and the level drawn between block centres.
+std::vector<double> Reference(const BlockBaseline& b, const std::vector<double>& f, int64_t origin, int64_t first,
+                              int64_t count, bool nanNear) {
+    const int64_t B = b.blockPoints, K = b.blocksAside;
+    const auto mean = [&](int64_t block) {
+        double sum = 0;
+        for (int64_t j = 0; j < B; ++j) sum += f[std::size_t(block * B + j - origin)];
+        return sum / double(B);
+    };
+    // The median of the means of blocks block - K .. block + K that keep says to.
+    const auto median = [&](int64_t block, auto keep) {
+        std::vector<double> w;
+        for (int64_t m = block - K; m <= block + K; ++m)
+            if (keep(m)) w.push_back(mean(m));
+        std::sort(w.begin(), w.end());
+        return w.empty() ? NAN : w[(w.size() - 1) / 2];
+    };
+    const auto levelled = [&](int64_t a, auto medianAt) {
+        const int64_t block = FloorDiv(a - B / 2, B);  // the centre at or before a
+        const double start = double(block * B) + double(B - 1) / 2, m0 = medianAt(block);
+        const double step = (medianAt(block + 1) - m0) / double(B);
+        return b.direction * (f[std::size_t(a - origin)] - (m0 + step * (double(a) - start)));
+    };
+    const auto all = [&](int64_t block) { return median(block, [](int64_t) { return true; }); };
+    const auto leftOut = [&](int64_t block) {
+        bool above = false;
+        for (int64_t a = block * B; a < (block + 1) * B; ++a) above |= levelled(a, all) > b.leaveOutAbove;
+        return above;
+    };
+    const auto kept = [&](int64_t block) {
+        const double m = median(block, [&](int64_t other) { return !leftOut(other); });
+        return std::isnan(m) ? all(block) : m;
+    };
+    const bool leaving = std::isfinite(b.leaveOutAbove);
+    std::vector<double> out;
+    for (int64_t a = first; a < first + count; ++a) {
+        const int64_t block = FloorDiv(a, B);
+        const bool near = leaving && nanNear && (leftOut(block - 1) || leftOut(block) || leftOut(block + 1));
+        out.push_back(near ? NAN : leaving ? levelled(a, kept) : levelled(a, all));
+    }
+    return out;
+}
+
+TEST(BlockBaseline, IsTheRunningMedianOfBlockMeansWrittenDown) {
+    struct Case {
+        int64_t blockPoints, blocksAside;
+        int direction;
+        double leaveOutAbove;  // in noise SDs
+        bool nanNear, wholeCounts;
+        int64_t first;
+    };
+    // Even and odd blocks; a stretch before point 0; means that tie (whole
+    // counts); a level that leaves out a few blocks, one that leaves out
+    // most (every window holding some), none.
+    for (const Case& c : {Case{4, 2, 1, 2.0, false, false, 1000}, Case{5, 3, -1, 1.5, true, false, -77},
+                          Case{1, 1, 1, 2.5, true, true, 13}, Case{6, 4, -1, 0.3, false, true, 500},
+                          Case{3, 2, 1, INFINITY, false, false, -10}}) {
+        std::mt19937_64 rng(uint64_t(c.blockPoints * 100 + c.blocksAside));
+        std::normal_distribution<double> noise(0, 1);
+        const int64_t count = 300, apron = (2 * c.blocksAside + 4) * c.blockPoints, origin = c.first - apron;
+        std::vector<double> f(std::size_t(count + 2 * apron));
+        for (std::size_t i = 0; i < f.size(); ++i) {
+            f[i] = noise(rng) + (i % 97 < 3 ? 6 * c.direction : 0);  // events every 97 points
+            if (c.wholeCounts) f[i] = std::round(f[i]);
+        }
+        const BlockBaseline b{c.blockPoints, c.blocksAside, c.direction, c.leaveOutAbove};
+        std::vector<double> got(f.size() - std::size_t(2 * apron));
+        LessBlockBaseline(b, f.data(), origin, c.first, count, got.data(), c.nanNear);
+        const std::vector<double> want = Reference(b, f, origin, c.first, count, c.nanNear);
+        int nans = 0;
+        for (std::size_t i = 0; i < got.size(); ++i) {
+            nans += std::isnan(want[i]);
+            if (std::isnan(want[i])) {
+                EXPECT_TRUE(std::isnan(got[i])) << c.blockPoints << " at " << i;
+            } else {
+                EXPECT_EQ(got[i], want[i]) << c.blockPoints << " at " << i;
+            }
+        }
+        // The NaN cases do leave out blocks near some points, not all.
+        if (c.nanNear) {
+            EXPECT_TRUE(nans > 0 && nans < count) << nans;
+        }
+    }
+}
+
+TEST(ValueOfRank, IsTheValueNthElementFinds) {
+    // Long enough to be bracketed by a sample; ordered so that the sample is
+    // random, sorted, or blind (every 32nd value alike: the bracket misses).
+    constexpr std::size_t n = 100000;
+    std::mt19937_64 rng(9);
+    std::normal_distribution<double> noise(3, 2);
+    std::vector<double> random(n), sorted, blind(n), ties(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        random[i] = noise(rng);
+        blind[i] = i % 32 == 0 ? -50 : noise(rng);
+        ties[i] = std::round(noise(rng));
+    }
+    sorted = random;
+    std::sort(sorted.begin(), sorted.end());
+    for (const std::vector<double>* v : {&random, &sorted, &blind, &ties}) {
+        for (const std::size_t rank : {std::size_t(0), n / 4, n / 2, n / 2 + 1, n - 1}) {
+            std::vector<double> copy(*v);
+            std::nth_element(copy.begin(), copy.begin() + std::ptrdiff_t(rank), copy.end());
+            EXPECT_EQ(ValueOfRank(n, rank, [&](std::size_t i) { return (*v)[i]; }), copy[rank]) << rank;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vess
