@@ -28,9 +28,14 @@ public:
     // before the first output point and ReachAfter() after the last:
     // input.size() = n + ReachBefore() + ReachAfter().
     void Filter(const std::vector<double>& input, std::vector<double>& output) const;
+    // The same from recorded samples (size of them), each block converted as
+    // it is copied into the transform.
+    void Filter(const int16_t* input, int64_t size, std::vector<double>& output) const;
 
 private:
     struct Plans;
+    template <class T>
+    void FilterBlocks(const T* input, int64_t size, std::vector<double>& output) const;
     std::vector<double> taps_;
     int64_t centre_;
     int64_t fftSize_;

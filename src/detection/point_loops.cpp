@@ -1,0 +1,217 @@
+#include "detection/point_loops.h"
+
+#include <algorithm>
+
+#include "detection/template_criterion.h"
+
+#if defined(__x86_64__)
+// GCC 12 takes the intrinsics' deliberately undefined vectors for
+// uninitialised ones.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#include <immintrin.h>
+#define VESS_VECTORS 1
+#define VESS_AVX2 __attribute__((target("avx2")))
+#define VESS_AVX512 __attribute__((target("avx512f")))
+#endif
+
+namespace vess {
+
+std::vector<int> AvailableLanes() {
+    std::vector<int> lanes{1};
+#if VESS_VECTORS
+    __builtin_cpu_init();
+    lanes.push_back(2);  // every x86-64 processor has two-lane vectors
+    if (__builtin_cpu_supports("avx2")) lanes.push_back(4);
+    if (__builtin_cpu_supports("avx512f")) lanes.push_back(8);
+#endif
+    return lanes;
+}
+
+int WidestLanes() {
+    static const int widest = AvailableLanes().back();
+    return widest;
+}
+
+namespace {
+
+// Each loop below returns the index it stopped at; the plain loop does the
+// rest.
+#if VESS_VECTORS
+
+int64_t Tile2(const TemplateCriterion& c, const double* sY, const double* sYY, const double* sTY, int64_t m,
+              double* out) {
+    int64_t j = 0;
+    for (; j + 2 <= m; j += 2) {
+        const __m128d y = _mm_loadu_pd(sY + j), ty = _mm_loadu_pd(sTY + j);
+        const __m128d scale = c.Scale(y, ty);
+        const __m128d variance = c.ResidualVariance(y, _mm_loadu_pd(sYY + j), ty, scale);
+        _mm_storeu_pd(out + j, c.direction * scale / _mm_sqrt_pd(variance));
+    }
+    return j;
+}
+
+VESS_AVX2 int64_t Tile4(const TemplateCriterion& c, const double* sY, const double* sYY, const double* sTY,
+                        int64_t m, double* out) {
+    int64_t j = 0;
+    for (; j + 4 <= m; j += 4) {
+        const __m256d y = _mm256_loadu_pd(sY + j), ty = _mm256_loadu_pd(sTY + j);
+        const __m256d scale = c.Scale(y, ty);
+        const __m256d variance = c.ResidualVariance(y, _mm256_loadu_pd(sYY + j), ty, scale);
+        _mm256_storeu_pd(out + j, c.direction * scale / _mm256_sqrt_pd(variance));
+    }
+    return j;
+}
+
+VESS_AVX512 int64_t Tile8(const TemplateCriterion& c, const double* sY, const double* sYY, const double* sTY,
+                          int64_t m, double* out) {
+    int64_t j = 0;
+    for (; j + 8 <= m; j += 8) {
+        const __m512d y = _mm512_loadu_pd(sY + j), ty = _mm512_loadu_pd(sTY + j);
+        const __m512d scale = c.Scale(y, ty);
+        const __m512d variance = c.ResidualVariance(y, _mm512_loadu_pd(sYY + j), ty, scale);
+        _mm512_storeu_pd(out + j, c.direction * scale / _mm512_sqrt_pd(variance));
+    }
+    return j;
+}
+
+template <class V>
+[[gnu::always_inline]] inline int64_t StandardiseWith(double* z, int64_t n, double centre, double sd) {
+    int64_t i = 0;
+    for (; i + int64_t(sizeof(V) / sizeof(double)) <= n; i += int64_t(sizeof(V) / sizeof(double))) {
+        V v;
+        __builtin_memcpy(&v, z + i, sizeof v);
+        v = (v - centre) / sd;
+        __builtin_memcpy(z + i, &v, sizeof v);
+    }
+    return i;
+}
+
+int64_t Standardise2(double* z, int64_t n, double centre, double sd) {
+    return StandardiseWith<__m128d>(z, n, centre, sd);
+}
+VESS_AVX2 int64_t Standardise4(double* z, int64_t n, double centre, double sd) {
+    return StandardiseWith<__m256d>(z, n, centre, sd);
+}
+VESS_AVX512 int64_t Standardise8(double* z, int64_t n, double centre, double sd) {
+    return StandardiseWith<__m512d>(z, n, centre, sd);
+}
+
+// (x + iy)(c + id) = (xc - yd) + i(yc + xd): the products of the spectrum
+// and the filter's real parts, less and plus those of the swapped spectrum
+// and the imaginary parts, lane by lane.
+VESS_AVX2 int64_t MultiplySpectrum4(double* s, const double* re, const double* im, int64_t values) {
+    int64_t k = 0;
+    for (; k + 4 <= values; k += 4) {
+        const __m256d a = _mm256_loadu_pd(s + k);
+        const __m256d real = a * _mm256_loadu_pd(re + k);
+        const __m256d swapped = _mm256_permute_pd(a, 0b0101) * _mm256_loadu_pd(im + k);
+        _mm256_storeu_pd(s + k, _mm256_addsub_pd(real, swapped));
+    }
+    return k;
+}
+
+VESS_AVX512 int64_t MultiplySpectrum8(double* s, const double* re, const double* im, int64_t values) {
+    int64_t k = 0;
+    for (; k + 8 <= values; k += 8) {
+        const __m512d a = _mm512_loadu_pd(s + k);
+        const __m512d real = a * _mm512_loadu_pd(re + k);
+        const __m512d swapped = _mm512_permute_pd(a, 0x55) * _mm512_loadu_pd(im + k);
+        _mm512_storeu_pd(s + k, _mm512_mask_sub_pd(real + swapped, 0x55, real, swapped));
+    }
+    return k;
+}
+
+// The first block of lanes from i on holding a point above threshold or
+// (tracking) below dip; i itself when none is whole.
+int64_t QuietUntil2(const double* z, int64_t i, int64_t n, double threshold, double dip) {
+    const __m128d t = _mm_set1_pd(threshold), d = _mm_set1_pd(dip);
+    for (; i + 2 <= n; i += 2) {
+        const __m128d v = _mm_loadu_pd(z + i);
+        if (_mm_movemask_pd(_mm_or_pd(_mm_cmpgt_pd(v, t), _mm_cmplt_pd(v, d)))) break;
+    }
+    return i;
+}
+VESS_AVX2 int64_t QuietUntil4(const double* z, int64_t i, int64_t n, double threshold, double dip) {
+    const __m256d t = _mm256_set1_pd(threshold), d = _mm256_set1_pd(dip);
+    for (; i + 4 <= n; i += 4) {
+        const __m256d v = _mm256_loadu_pd(z + i);
+        if (_mm256_movemask_pd(_mm256_or_pd(_mm256_cmp_pd(v, t, _CMP_GT_OQ), _mm256_cmp_pd(v, d, _CMP_LT_OQ))))
+            break;
+    }
+    return i;
+}
+VESS_AVX512 int64_t QuietUntil8(const double* z, int64_t i, int64_t n, double threshold, double dip) {
+    const __m512d t = _mm512_set1_pd(threshold), d = _mm512_set1_pd(dip);
+    for (; i + 8 <= n; i += 8) {
+        const __m512d v = _mm512_loadu_pd(z + i);
+        if (_mm512_cmp_pd_mask(v, t, _CMP_GT_OQ) | _mm512_cmp_pd_mask(v, d, _CMP_LT_OQ)) break;
+    }
+    return i;
+}
+
+#endif
+
+}  // namespace
+
+void TemplateCriterion::Tile(const double* sY, const double* sYY, const double* sTY, int64_t m, double* out,
+                             int lanes) const {
+    int64_t j = 0;
+#if VESS_VECTORS
+    if (lanes == 8) j = Tile8(*this, sY, sYY, sTY, m, out);
+    else if (lanes == 4) j = Tile4(*this, sY, sYY, sTY, m, out);
+    else if (lanes == 2) j = Tile2(*this, sY, sYY, sTY, m, out);
+#endif
+    for (; j < m; ++j) out[j] = Of(sY[j], sYY[j], sTY[j]);
+}
+
+void Standardise(double* z, int64_t n, double centre, double sd, int lanes) {
+    int64_t i = 0;
+#if VESS_VECTORS
+    if (lanes == 8) i = Standardise8(z, n, centre, sd);
+    else if (lanes == 4) i = Standardise4(z, n, centre, sd);
+    else if (lanes == 2) i = Standardise2(z, n, centre, sd);
+#endif
+    for (; i < n; ++i) z[i] = (z[i] - centre) / sd;
+}
+
+void MultiplySpectrum(std::complex<double>* spectrum, const double* re, const double* im, int64_t bins,
+                      int lanes) {
+    // std::complex<double> is laid out as two doubles, real part first.
+    double* s = reinterpret_cast<double*>(spectrum);
+    int64_t k = 0;
+#if VESS_VECTORS
+    if (lanes == 8) k = MultiplySpectrum8(s, re, im, 2 * bins);
+    else if (lanes == 4) k = MultiplySpectrum4(s, re, im, 2 * bins);
+#endif
+    for (; k < 2 * bins; k += 2) {
+        const double x = s[k], y = s[k + 1], c = re[k], d = im[k];
+        s[k] = x * c - y * d;
+        s[k + 1] = x * d + y * c;
+    }
+}
+
+int64_t NextAbove(const double* z, int64_t from, int64_t n, double threshold, bool track, double& dip,
+                  int64_t& dipIndex, int lanes) {
+    // Blocks of lanes with no point above the threshold and none below the
+    // dip are passed over whole; a block holding one is walked point by point.
+    const int64_t block = std::max(lanes, 1);
+    for (int64_t i = from; i < n;) {
+        const double below = track ? dip : -INFINITY;
+#if VESS_VECTORS
+        if (lanes == 8) i = QuietUntil8(z, i, n, threshold, below);
+        else if (lanes == 4) i = QuietUntil4(z, i, n, threshold, below);
+        else if (lanes == 2) i = QuietUntil2(z, i, n, threshold, below);
+#endif
+        for (const int64_t end = std::min(i + block, n); i < end; ++i) {
+            const double v = z[i];
+            if (v > threshold) return i;
+            if (track && v < dip) {
+                dip = v;
+                dipIndex = i;
+            }
+        }
+    }
+    return n;
+}
+
+}  // namespace vess
