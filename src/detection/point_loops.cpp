@@ -121,30 +121,51 @@ VESS_AVX512 int64_t MultiplySpectrum8(double* s, const double* re, const double*
     return k;
 }
 
-// The first block of lanes from i on holding a point above threshold or
-// (tracking) below dip; i itself when none is whole.
-int64_t QuietUntil2(const double* z, int64_t i, int64_t n, double threshold, double dip) {
-    const __m128d t = _mm_set1_pd(threshold), d = _mm_set1_pd(dip);
+// Whole blocks of lanes from i on with no point above the threshold: each
+// lowers below (the dip, or minus infinity when it is not tracked) to its
+// least point under it, at the first point holding that value, as a walk
+// point by point does. Stops at the first block holding a point above.
+[[gnu::always_inline]] inline void LowerWithin(const double* z, int64_t i, int lanes, double& below,
+                                               int64_t& at) {
+    for (int64_t k = i; k < i + lanes; ++k) {
+        if (z[k] < below) {
+            below = z[k];
+            at = k;
+        }
+    }
+}
+int64_t PassBelow2(const double* z, int64_t i, int64_t n, double threshold, double& below, int64_t& at) {
+    const __m128d t = _mm_set1_pd(threshold);
     for (; i + 2 <= n; i += 2) {
         const __m128d v = _mm_loadu_pd(z + i);
-        if (_mm_movemask_pd(_mm_or_pd(_mm_cmpgt_pd(v, t), _mm_cmplt_pd(v, d)))) break;
+        if (_mm_movemask_pd(_mm_cmpgt_pd(v, t))) break;
+        if (_mm_movemask_pd(_mm_cmplt_pd(v, _mm_set1_pd(below)))) LowerWithin(z, i, 2, below, at);
     }
     return i;
 }
-VESS_AVX2 int64_t QuietUntil4(const double* z, int64_t i, int64_t n, double threshold, double dip) {
-    const __m256d t = _mm256_set1_pd(threshold), d = _mm256_set1_pd(dip);
+VESS_AVX2 int64_t PassBelow4(const double* z, int64_t i, int64_t n, double threshold, double& below,
+                             int64_t& at) {
+    const __m256d t = _mm256_set1_pd(threshold);
     for (; i + 4 <= n; i += 4) {
         const __m256d v = _mm256_loadu_pd(z + i);
-        if (_mm256_movemask_pd(_mm256_or_pd(_mm256_cmp_pd(v, t, _CMP_GT_OQ), _mm256_cmp_pd(v, d, _CMP_LT_OQ))))
-            break;
+        if (_mm256_movemask_pd(_mm256_cmp_pd(v, t, _CMP_GT_OQ))) break;
+        if (_mm256_movemask_pd(_mm256_cmp_pd(v, _mm256_set1_pd(below), _CMP_LT_OQ))) LowerWithin(z, i, 4, below, at);
     }
     return i;
 }
-VESS_AVX512 int64_t QuietUntil8(const double* z, int64_t i, int64_t n, double threshold, double dip) {
-    const __m512d t = _mm512_set1_pd(threshold), d = _mm512_set1_pd(dip);
+VESS_AVX512 int64_t PassBelow8(const double* z, int64_t i, int64_t n, double threshold, double& below,
+                               int64_t& at) {
+    const __m512d t = _mm512_set1_pd(threshold);
     for (; i + 8 <= n; i += 8) {
         const __m512d v = _mm512_loadu_pd(z + i);
-        if (_mm512_cmp_pd_mask(v, t, _CMP_GT_OQ) | _mm512_cmp_pd_mask(v, d, _CMP_LT_OQ)) break;
+        if (_mm512_cmp_pd_mask(v, t, _CMP_GT_OQ)) break;
+        const __mmask8 lower = _mm512_cmp_pd_mask(v, _mm512_set1_pd(below), _CMP_LT_OQ);
+        if (!lower) continue;
+        // The least of the lanes under it (no NaN among them), and the first
+        // lane equal to that.
+        const double least = _mm512_mask_reduce_min_pd(lower, v);
+        at = i + __builtin_ctz(_mm512_cmp_pd_mask(v, _mm512_set1_pd(least), _CMP_EQ_OQ));
+        below = z[at];
     }
     return i;
 }
@@ -192,26 +213,30 @@ void MultiplySpectrum(std::complex<double>* spectrum, const double* re, const do
 
 int64_t NextAbove(const double* z, int64_t from, int64_t n, double threshold, bool track, double& dip,
                   int64_t& dipIndex, int lanes) {
-    // Blocks of lanes with no point above the threshold and none below the
-    // dip are passed over whole; a block holding one is walked point by point.
-    const int64_t block = std::max(lanes, 1);
-    for (int64_t i = from; i < n;) {
-        const double below = track ? dip : -INFINITY;
+    double below = track ? dip : -HUGE_VAL;
+    int64_t at = dipIndex;
+    int64_t i = from;
+    // Blocks with no point above the threshold are passed whole; the one
+    // holding the next point above is walked up to it.
+    for (;;) {
 #if VESS_VECTORS
-        if (lanes == 8) i = QuietUntil8(z, i, n, threshold, below);
-        else if (lanes == 4) i = QuietUntil4(z, i, n, threshold, below);
-        else if (lanes == 2) i = QuietUntil2(z, i, n, threshold, below);
+        if (lanes == 8) i = PassBelow8(z, i, n, threshold, below, at);
+        else if (lanes == 4) i = PassBelow4(z, i, n, threshold, below, at);
+        else if (lanes == 2) i = PassBelow2(z, i, n, threshold, below, at);
 #endif
-        for (const int64_t end = std::min(i + block, n); i < end; ++i) {
-            const double v = z[i];
-            if (v > threshold) return i;
-            if (track && v < dip) {
-                dip = v;
-                dipIndex = i;
+        for (const int64_t end = std::min<int64_t>(i + std::max(lanes, 1), n); i < end && !(z[i] > threshold); ++i) {
+            if (z[i] < below) {
+                below = z[i];
+                at = i;
             }
         }
+        if (i == n || z[i] > threshold) break;
     }
-    return n;
+    if (track) {
+        dip = below;
+        dipIndex = at;
+    }
+    return i;
 }
 
 }  // namespace vess

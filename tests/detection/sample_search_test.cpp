@@ -124,8 +124,8 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
         z[i] = std::normal_distribution<double>(0, 1)(rng);
     }
     sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
-    z[9] = NAN;                    // neither above the threshold nor a dip
-    z[300] = -9;                   // a dip late in the scan
+    z[9] = NAN;                      // neither above the threshold nor a dip
+    z[300] = z[301] = -9;            // a dip late in the scan, held twice
     std::vector<double> re(2 * size), im(2 * size);
     for (std::size_t k = 0; k < size; ++k) {
         re[2 * k] = re[2 * k + 1] = sTY[k] / 3;
