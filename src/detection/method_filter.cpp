@@ -137,14 +137,12 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
             sTT += t * t;
         }
         const double denom = sTT - sT * sT / double(n);
-        // The window sums run from point to point. The samples are integers,
-        // so the sums are too: held in integers, they are what sums of the
-        // samples as doubles give (exactly, below 2^53), a step apiece. Each
-        // point's criterion needs only its own sums, so a tile of sums is
-        // taken first and the criteria then a vector of points at a time.
-        int64_t sY = 0, sYY = 0;
+        // The window sums run from point to point; each point's criterion
+        // needs only its own sums, so a tile of sums is taken first and the
+        // criteria then a vector of points at a time.
+        double sY = 0, sYY = 0;
         for (int64_t k = 0; k < n; ++k) {
-            const int64_t v = x[std::size_t(k)];
+            const double v = x[std::size_t(k)];
             sY += v;
             sYY += v * v;
         }
@@ -153,15 +151,12 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
         double tileY[kTile], tileYY[kTile];
         for (int64_t from = 0; from < count; from += kTile) {
             const int64_t m = std::min(kTile, count - from);
-            for (int64_t j = 0; j < m; ++j) {
-                const int64_t i = from + j;
-                if (i > 0) {
-                    const int64_t gone = x[std::size_t(i - 1)], come = x[std::size_t(i + n - 1)];
-                    sY += come - gone;
-                    sYY += come * come - gone * gone;
-                }
-                tileY[j] = double(sY);
-                tileYY[j] = double(sYY);
+            if (from == 0) {
+                tileY[0] = sY;
+                tileYY[0] = sYY;
+                SlideWindowSums(x.data(), n, 1, m - 1, sY, sYY, tileY + 1, tileYY + 1);
+            } else {
+                SlideWindowSums(x.data(), n, from, m, sY, sYY, tileY, tileYY);
             }
             criterion.Tile(tileY, tileYY, filtered.data() + from, m, out.data() + from);
         }

@@ -156,17 +156,53 @@ VESS_AVX2 int64_t PassBelow4(const double* z, int64_t i, int64_t n, double thres
 VESS_AVX512 int64_t PassBelow8(const double* z, int64_t i, int64_t n, double threshold, double& below,
                                int64_t& at) {
     const __m512d t = _mm512_set1_pd(threshold);
+    __m512d under = _mm512_set1_pd(below);
+    int64_t where = at;
     for (; i + 8 <= n; i += 8) {
         const __m512d v = _mm512_loadu_pd(z + i);
         if (_mm512_cmp_pd_mask(v, t, _CMP_GT_OQ)) break;
-        const __mmask8 lower = _mm512_cmp_pd_mask(v, _mm512_set1_pd(below), _CMP_LT_OQ);
+        const __mmask8 lower = _mm512_cmp_pd_mask(v, under, _CMP_LT_OQ);
         if (!lower) continue;
         // The least of the lanes under it (no NaN among them), and the first
         // lane equal to that.
-        const double least = _mm512_mask_reduce_min_pd(lower, v);
-        at = i + __builtin_ctz(_mm512_cmp_pd_mask(v, _mm512_set1_pd(least), _CMP_EQ_OQ));
+        under = _mm512_set1_pd(_mm512_mask_reduce_min_pd(lower, v));
+        where = i + __builtin_ctz(_mm512_cmp_pd_mask(v, under, _CMP_EQ_OQ));
+    }
+    if (where != at) {
+        at = where;
         below = z[at];
     }
+    return i;
+}
+
+// The running window sums of SlideWindowSums, eight points at a time: the
+// changes of eight steps (as 32-bit integers, exact), their running totals
+// within the eight in three shifted additions, then the sums so far added.
+VESS_AVX512 int64_t SlideWindowSums8(const int16_t* x, int64_t n, int64_t first, int64_t end, double& sY,
+                                     double& sYY, double* y, double* yy) {
+    const __m512i zero = _mm512_setzero_si512();
+    const auto runningTotals = [zero](__m512d v) __attribute__((target("avx512f"))) {
+        v += _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 7));
+        v += _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 6));
+        return v + _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 4));
+    };
+    const __m512i last = _mm512_set1_epi64(7);
+    __m512d carryY = _mm512_set1_pd(sY), carryYY = _mm512_set1_pd(sYY);
+    int64_t i = first;
+    for (; i + 8 <= end; i += 8) {
+        const __m256i come = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i + n - 1)));
+        const __m256i gone = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - 1)));
+        const __m512d dY = _mm512_cvtepi32_pd(_mm256_sub_epi32(come, gone));
+        const __m512d dYY = _mm512_cvtepi32_pd(
+            _mm256_sub_epi32(_mm256_mullo_epi32(come, come), _mm256_mullo_epi32(gone, gone)));
+        const __m512d sumsY = carryY + runningTotals(dY), sumsYY = carryYY + runningTotals(dYY);
+        _mm512_storeu_pd(y + (i - first), sumsY);
+        _mm512_storeu_pd(yy + (i - first), sumsYY);
+        carryY = _mm512_permutexvar_pd(last, sumsY);
+        carryYY = _mm512_permutexvar_pd(last, sumsYY);
+    }
+    sY = carryY[0];
+    sYY = carryYY[0];
     return i;
 }
 
@@ -183,6 +219,23 @@ void TemplateCriterion::Tile(const double* sY, const double* sYY, const double* 
     else if (lanes == 2) j = Tile2(*this, sY, sYY, sTY, m, out);
 #endif
     for (; j < m; ++j) out[j] = Of(sY[j], sYY[j], sTY[j]);
+}
+
+void SlideWindowSums(const int16_t* x, int64_t n, int64_t first, int64_t m, double& sY, double& sYY, double* y,
+                     double* yy, int lanes) {
+    int64_t i = first;
+#if VESS_VECTORS
+    // Below 2^22 points, every window sum of squares is below 2^53, and so
+    // is every partial sum of the vector loop.
+    if (lanes == 8 && n < (int64_t(1) << 22)) i = SlideWindowSums8(x, n, i, first + m, sY, sYY, y, yy);
+#endif
+    for (; i < first + m; ++i) {
+        const double gone = x[i - 1], come = x[i + n - 1];
+        sY += come - gone;
+        sYY += come * come - gone * gone;
+        y[i - first] = sY;
+        yy[i - first] = sYY;
+    }
 }
 
 void Standardise(double* z, int64_t n, double centre, double sd, int lanes) {

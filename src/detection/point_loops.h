@@ -16,6 +16,15 @@ namespace vess {
 std::vector<int> AvailableLanes();
 int WidestLanes();
 
+// The sums of the windows x[i .. i + n - 1] and of their squares for i =
+// first .. first + m - 1 (first > 0) into y[i - first] and yy[i - first],
+// from sY and sYY, those of the window at first - 1, which are left those of
+// the last window. Each sum is the window's before less the sample that
+// leaves plus the one that comes, exact (the samples are integers) while it
+// stays below 2^53.
+void SlideWindowSums(const int16_t* x, int64_t n, int64_t first, int64_t m, double& sY, double& sYY, double* y,
+                     double* yy, int lanes = WidestLanes());
+
 // z[i] = (z[i] - centre) / sd.
 void Standardise(double* z, int64_t n, double centre, double sd, int lanes = WidestLanes());
 

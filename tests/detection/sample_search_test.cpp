@@ -11,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "detection/count_threshold.h"
@@ -110,8 +111,9 @@ TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
 
 // The criterion loops at every vector width this processor has against the
 // plain loop (lanes 1), over lengths around the widths: the template
-// criterion of a tile, the standardised criterion, the spectrum products of
-// the convolution, and the scan for the next point above the threshold.
+// criterion of a tile and the window sums it takes, the standardised
+// criterion, the spectrum products of the convolution, and the scan for the
+// next point above the threshold.
 TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     std::mt19937 rng(14);
     const TemplateCriterion c{-31.5, 260.25, 180.0, 40, 39, -1};
@@ -126,6 +128,19 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
     z[9] = NAN;                      // neither above the threshold nor a dip
     z[300] = z[301] = -9;            // a dip late in the scan, held twice
+    // Samples over the whole 16-bit range, and the sums of each window of 40
+    // from them, taken anew.
+    std::vector<int16_t> x(size + 40);
+    for (auto& v : x) v = int16_t(rng());
+    x[100] = x[101] = -32768;
+    const auto windowSums = [&x](std::size_t i) {
+        int64_t y = 0, yy = 0;
+        for (std::size_t k = i; k < i + 40; ++k) {
+            y += x[k];
+            yy += int64_t(x[k]) * x[k];
+        }
+        return std::pair{double(y), double(yy)};
+    };
     std::vector<double> re(2 * size), im(2 * size);
     for (std::size_t k = 0; k < size; ++k) {
         re[2 * k] = re[2 * k + 1] = sTY[k] / 3;
@@ -142,12 +157,17 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
             std::vector<std::complex<double>> product(count), expected(count);
             for (std::size_t k = 0; k < count; ++k) product[k] = expected[k] = {sY[k], sTY[k]};
             MultiplySpectrum(product.data(), re.data(), im.data(), m, lanes);
+            std::vector<double> slidY(count), slidYY(count);
+            auto [y, yy] = windowSums(2);
+            SlideWindowSums(x.data(), 40, 3, m, y, yy, slidY.data(), slidYY.data(), lanes);
+            ASSERT_EQ(std::pair(y, yy), windowSums(count + 2));
             for (std::size_t k = 0; k < count; ++k) {
                 ASSERT_EQ(tile[k], c.Of(sY[k], sYY[k], sTY[k])) << "point " << k;
                 ASSERT_EQ(std::bit_cast<uint64_t>(standard[k]), std::bit_cast<uint64_t>((z[k] - 0.25) / 1.5))
                     << "point " << k;
                 expected[k] *= std::complex<double>(re[2 * k], im[2 * k]);
                 ASSERT_EQ(product[k], expected[k]) << "bin " << k;
+                ASSERT_EQ(std::pair(slidY[k], slidYY[k]), windowSums(k + 3)) << "window " << k;
             }
             for (const double threshold : {-HUGE_VAL, 1.5, 2.5, HUGE_VAL}) {
                 for (const bool track : {false, true}) {
