@@ -38,20 +38,39 @@ FftConvolver::FftConvolver(std::vector<double> taps, int64_t centre) : taps_(std
 
 FftConvolver::~FftConvolver() = default;
 
+namespace {
+
+// Sizes output to outputs points; the block use returned copies each block
+// into it.
+FftConvolver::BlockUse Into(std::vector<double>& output, int64_t outputs) {
+    output.resize(std::size_t(std::max<int64_t>(outputs, 0)));  // every value is written by the blocks
+    return [&output](int64_t first, const double* values, int64_t count) {
+        std::copy(values, values + count, output.begin() + first);
+    };
+}
+
+void ToDoubles(const double* from, int64_t count, double* to) { std::copy(from, from + count, to); }
+void ToDoubles(const int16_t* from, int64_t count, double* to) { SamplesToDoubles(from, count, to); }
+
+}  // namespace
+
 void FftConvolver::Filter(const std::vector<double>& input, std::vector<double>& output) const {
-    FilterBlocks(input.data(), int64_t(input.size()), output);
+    const int64_t size = int64_t(input.size());
+    FilterBlocks(input.data(), size, Into(output, size - int64_t(taps_.size()) + 1));
 }
 
 void FftConvolver::Filter(const int16_t* input, int64_t size, std::vector<double>& output) const {
-    FilterBlocks(input, size, output);
+    FilterBlocks(input, size, Into(output, size - int64_t(taps_.size()) + 1));
+}
+
+void FftConvolver::Filter(const int16_t* input, int64_t size, const BlockUse& use) const {
+    FilterBlocks(input, size, use);
 }
 
 template <class T>
-void FftConvolver::FilterBlocks(const T* input, int64_t size, std::vector<double>& output) const {
+void FftConvolver::FilterBlocks(const T* input, int64_t size, const BlockUse& use) const {
     const int64_t m = int64_t(taps_.size());
     const int64_t n = size - (m - 1);
-    output.resize(std::size_t(std::max<int64_t>(n, 0)));  // every value is written below
-    if (n <= 0) return;
     RealFft& fft = plans_->fft;
     const int64_t hop = fftSize_ - (m - 1);
     // Output i needs input i .. i + m - 1 (the full convolution's point
@@ -59,13 +78,12 @@ void FftConvolver::FilterBlocks(const T* input, int64_t size, std::vector<double
     // inverse transform being wrapped around.
     for (int64_t out = 0; out < n; out += hop) {
         const int64_t take = std::min<int64_t>(fftSize_, size - out);
-        std::copy(input + out, input + out + take, fft.Samples());
+        ToDoubles(input + out, take, fft.Samples());
         std::fill(fft.Samples() + take, fft.Samples() + fftSize_, 0.0);
         fft.Forward();
         MultiplySpectrum(fft.Spectrum(), plans_->re.data(), plans_->im.data(), fft.Bins());
         fft.Inverse();
-        const int64_t count = std::min(hop, n - out);
-        std::copy(fft.Samples() + m - 1, fft.Samples() + m - 1 + count, output.begin() + out);
+        use(out, fft.Samples() + m - 1, std::min(hop, n - out));
     }
 }
 

@@ -124,33 +124,38 @@ std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, in
 
 void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count,
                                std::vector<double>& out, NearEvents near) const {
-    std::vector<double>& filtered = Scratch().filtered;
-    convolver_->Filter(x.data(), int64_t(x.size()), filtered);
     // Every value is written below: no zeroing first.
     out.resize(std::size_t(std::max<int64_t>(count, 0)));
-    if (method_ == DetectionMethod::Template) {
-        // Least-squares scale and offset of the template on x[i .. i+N-1].
-        const int64_t n = templatePoints_;
-        double sT = 0, sTT = 0;
-        for (double t : template_) {
-            sT += t;
-            sTT += t * t;
-        }
-        const double denom = sTT - sT * sT / double(n);
-        // The window sums run from point to point; each point's criterion
-        // needs only its own sums, so a tile of sums is taken first and the
-        // criteria then a vector of points at a time.
-        double sY = 0, sYY = 0;
-        for (int64_t k = 0; k < n; ++k) {
-            const double v = x[std::size_t(k)];
-            sY += v;
-            sYY += v * v;
-        }
-        TemplateCriterion criterion{sT, sTT, denom, double(n), double(n - 1), double(direction_)};
-        constexpr int64_t kTile = 512;
-        double tileY[kTile], tileYY[kTile];
-        for (int64_t from = 0; from < count; from += kTile) {
-            const int64_t m = std::min(kTile, count - from);
+    if (method_ != DetectionMethod::Template) {
+        std::vector<double>& filtered = Scratch().filtered;
+        convolver_->Filter(x.data(), int64_t(x.size()), filtered);
+        LessRunningMedian(filtered, first, count, out, near);
+        return;
+    }
+    // Least-squares scale and offset of the template on x[i .. i+N-1].
+    const int64_t n = templatePoints_;
+    double sT = 0, sTT = 0;
+    for (double t : template_) {
+        sT += t;
+        sTT += t * t;
+    }
+    const double denom = sTT - sT * sT / double(n);
+    TemplateCriterion criterion{sT, sTT, denom, double(n), double(n - 1), double(direction_)};
+    // The window sums run from point to point; each point's criterion needs
+    // only its own sums and the template's correlation there, so a tile of
+    // sums is taken first and the criteria then a vector of points at a time,
+    // from each block of correlations as the convolver gives it.
+    double sY = 0, sYY = 0;
+    for (int64_t k = 0; k < n; ++k) {
+        const double v = x[std::size_t(k)];
+        sY += v;
+        sYY += v * v;
+    }
+    constexpr int64_t kTile = 512;
+    double tileY[kTile], tileYY[kTile];
+    const auto criteria = [&](int64_t block, const double* sTY, int64_t values) {
+        for (int64_t from = block; from < block + values; from += kTile) {
+            const int64_t m = std::min(kTile, block + values - from);
             if (from == 0) {
                 tileY[0] = sY;
                 tileYY[0] = sYY;
@@ -158,11 +163,10 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
             } else {
                 SlideWindowSums(x.data(), n, from, m, sY, sYY, tileY, tileYY);
             }
-            criterion.Tile(tileY, tileYY, filtered.data() + from, m, out.data() + from);
+            criterion.Tile(tileY, tileYY, sTY + (from - block), m, out.data() + from);
         }
-        return;
-    }
-    LessRunningMedian(filtered, first, count, out, near);
+    };
+    convolver_->Filter(x.data(), int64_t(x.size()), criteria);
 }
 
 namespace {

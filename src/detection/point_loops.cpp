@@ -74,6 +74,23 @@ VESS_AVX512 int64_t Tile8(const TemplateCriterion& c, const double* sY, const do
     return j;
 }
 
+VESS_AVX2 int64_t SamplesToDoubles4(const int16_t* from, int64_t count, double* to) {
+    int64_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + i));
+        _mm256_storeu_pd(to + i, _mm256_cvtepi32_pd(_mm_cvtepi16_epi32(v)));
+    }
+    return i;
+}
+VESS_AVX512 int64_t SamplesToDoubles8(const int16_t* from, int64_t count, double* to) {
+    int64_t i = 0;
+    for (; i + 8 <= count; i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + i));
+        _mm512_storeu_pd(to + i, _mm512_cvtepi32_pd(_mm256_cvtepi16_epi32(v)));
+    }
+    return i;
+}
+
 template <class V>
 [[gnu::always_inline]] inline int64_t StandardiseWith(double* z, int64_t n, double centre, double sd) {
     int64_t i = 0;
@@ -236,6 +253,15 @@ void SlideWindowSums(const int16_t* x, int64_t n, int64_t first, int64_t m, doub
         y[i - first] = sY;
         yy[i - first] = sYY;
     }
+}
+
+void SamplesToDoubles(const int16_t* from, int64_t count, double* to, int lanes) {
+    int64_t i = 0;
+#if VESS_VECTORS
+    if (lanes == 8) i = SamplesToDoubles8(from, count, to);
+    else if (lanes == 4) i = SamplesToDoubles4(from, count, to);
+#endif
+    for (; i < count; ++i) to[i] = from[i];
 }
 
 void Standardise(double* z, int64_t n, double centre, double sd, int lanes) {

@@ -25,6 +25,9 @@ int WidestLanes();
 void SlideWindowSums(const int16_t* x, int64_t n, int64_t first, int64_t m, double& sY, double& sYY, double* y,
                      double* yy, int lanes = WidestLanes());
 
+// to[i] = from[i], for i < count.
+void SamplesToDoubles(const int16_t* from, int64_t count, double* to, int lanes = WidestLanes());
+
 // z[i] = (z[i] - centre) / sd.
 void Standardise(double* z, int64_t n, double centre, double sd, int lanes = WidestLanes());
 

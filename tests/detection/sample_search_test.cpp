@@ -111,9 +111,9 @@ TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
 
 // The criterion loops at every vector width this processor has against the
 // plain loop (lanes 1), over lengths around the widths: the template
-// criterion of a tile and the window sums it takes, the standardised
-// criterion, the spectrum products of the convolution, and the scan for the
-// next point above the threshold.
+// criterion of a tile and the window sums it takes, the samples converted
+// for the convolution and its spectrum products, the standardised
+// criterion, and the scan for the next point above the threshold.
 TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     std::mt19937 rng(14);
     const TemplateCriterion c{-31.5, 260.25, 180.0, 40, 39, -1};
@@ -157,7 +157,8 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
             std::vector<std::complex<double>> product(count), expected(count);
             for (std::size_t k = 0; k < count; ++k) product[k] = expected[k] = {sY[k], sTY[k]};
             MultiplySpectrum(product.data(), re.data(), im.data(), m, lanes);
-            std::vector<double> slidY(count), slidYY(count);
+            std::vector<double> converted(count), slidY(count), slidYY(count);
+            SamplesToDoubles(x.data() + 1, m, converted.data(), lanes);
             auto [y, yy] = windowSums(2);
             SlideWindowSums(x.data(), 40, 3, m, y, yy, slidY.data(), slidYY.data(), lanes);
             ASSERT_EQ(std::pair(y, yy), windowSums(count + 2));
@@ -168,6 +169,7 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
                 expected[k] *= std::complex<double>(re[2 * k], im[2 * k]);
                 ASSERT_EQ(product[k], expected[k]) << "bin " << k;
                 ASSERT_EQ(std::pair(slidY[k], slidYY[k]), windowSums(k + 3)) << "window " << k;
+                ASSERT_EQ(converted[k], x[k + 1]) << "sample " << k;
             }
             for (const double threshold : {-HUGE_VAL, 1.5, 2.5, HUGE_VAL}) {
                 for (const bool track : {false, true}) {
