@@ -194,7 +194,9 @@ VESS_AVX512 int64_t PassBelow8(const double* z, int64_t i, int64_t n, double thr
 
 // The running window sums of SlideWindowSums, eight points at a time: the
 // changes of eight steps (as 32-bit integers, exact), their running totals
-// within the eight in three shifted additions, then the sums so far added.
+// within the eight in three shifted additions, then the sums so far added,
+// which take the eight's total (so that one addition a block waits on the
+// one before).
 VESS_AVX512 int64_t SlideWindowSums8(const int16_t* x, int64_t n, int64_t first, int64_t end, double& sY,
                                      double& sYY, double* y, double* yy) {
     const __m512i zero = _mm512_setzero_si512();
@@ -212,11 +214,11 @@ VESS_AVX512 int64_t SlideWindowSums8(const int16_t* x, int64_t n, int64_t first,
         const __m512d dY = _mm512_cvtepi32_pd(_mm256_sub_epi32(come, gone));
         const __m512d dYY = _mm512_cvtepi32_pd(
             _mm256_sub_epi32(_mm256_mullo_epi32(come, come), _mm256_mullo_epi32(gone, gone)));
-        const __m512d sumsY = carryY + runningTotals(dY), sumsYY = carryYY + runningTotals(dYY);
-        _mm512_storeu_pd(y + (i - first), sumsY);
-        _mm512_storeu_pd(yy + (i - first), sumsYY);
-        carryY = _mm512_permutexvar_pd(last, sumsY);
-        carryYY = _mm512_permutexvar_pd(last, sumsYY);
+        const __m512d totalsY = runningTotals(dY), totalsYY = runningTotals(dYY);
+        _mm512_storeu_pd(y + (i - first), carryY + totalsY);
+        _mm512_storeu_pd(yy + (i - first), carryYY + totalsYY);
+        carryY += _mm512_permutexvar_pd(last, totalsY);
+        carryYY += _mm512_permutexvar_pd(last, totalsYY);
     }
     sY = carryY[0];
     sYY = carryYY[0];
