@@ -19,9 +19,10 @@ struct FftConvolver::Plans {
 
 FftConvolver::FftConvolver(std::vector<double> taps, int64_t centre) : taps_(std::move(taps)), centre_(centre) {
     if (taps_.empty()) taps_ = {1.0};
-    // A block four times the filter (at least 4096 points) keeps the share of
-    // each transform thrown away small.
-    fftSize_ = 4096;
+    // A block four times the filter keeps the share of each transform thrown
+    // away small; at least 2048 points, the fastest per output point for
+    // filters of a few hundred taps (measured against 1024 to 16384).
+    fftSize_ = 2048;
     while (fftSize_ < 4 * int64_t(taps_.size())) fftSize_ *= 2;
     plans_ = std::make_unique<Plans>(int(fftSize_));
     RealFft& fft = plans_->fft;
