@@ -5,9 +5,11 @@
 #include "detection/template_criterion.h"
 
 #if defined(__x86_64__)
+#if !defined(__clang__)
 // GCC 12 takes the intrinsics' deliberately undefined vectors for
 // uninitialised ones.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 #define VESS_VECTORS 1
 #define VESS_AVX2 __attribute__((target("avx2")))
@@ -42,9 +44,9 @@ int64_t Tile2(const TemplateCriterion& c, const double* sY, const double* sYY, c
               double* out) {
     int64_t j = 0;
     for (; j + 2 <= m; j += 2) {
-        const __m128d y = _mm_loadu_pd(sY + j), ty = _mm_loadu_pd(sTY + j);
-        const __m128d scale = c.Scale(y, ty);
-        const __m128d variance = c.ResidualVariance(y, _mm_loadu_pd(sYY + j), ty, scale);
+        const __m128d y = _mm_loadu_pd(sY + j), yy = _mm_loadu_pd(sYY + j), ty = _mm_loadu_pd(sTY + j);
+        __m128d scale, variance;
+        c.Fit(y, yy, ty, scale, variance);
         _mm_storeu_pd(out + j, c.direction * scale / _mm_sqrt_pd(variance));
     }
     return j;
@@ -54,9 +56,9 @@ VESS_AVX2 int64_t Tile4(const TemplateCriterion& c, const double* sY, const doub
                         int64_t m, double* out) {
     int64_t j = 0;
     for (; j + 4 <= m; j += 4) {
-        const __m256d y = _mm256_loadu_pd(sY + j), ty = _mm256_loadu_pd(sTY + j);
-        const __m256d scale = c.Scale(y, ty);
-        const __m256d variance = c.ResidualVariance(y, _mm256_loadu_pd(sYY + j), ty, scale);
+        const __m256d y = _mm256_loadu_pd(sY + j), yy = _mm256_loadu_pd(sYY + j), ty = _mm256_loadu_pd(sTY + j);
+        __m256d scale, variance;
+        c.Fit(y, yy, ty, scale, variance);
         _mm256_storeu_pd(out + j, c.direction * scale / _mm256_sqrt_pd(variance));
     }
     return j;
@@ -66,9 +68,9 @@ VESS_AVX512 int64_t Tile8(const TemplateCriterion& c, const double* sY, const do
                           int64_t m, double* out) {
     int64_t j = 0;
     for (; j + 8 <= m; j += 8) {
-        const __m512d y = _mm512_loadu_pd(sY + j), ty = _mm512_loadu_pd(sTY + j);
-        const __m512d scale = c.Scale(y, ty);
-        const __m512d variance = c.ResidualVariance(y, _mm512_loadu_pd(sYY + j), ty, scale);
+        const __m512d y = _mm512_loadu_pd(sY + j), yy = _mm512_loadu_pd(sYY + j), ty = _mm512_loadu_pd(sTY + j);
+        __m512d scale, variance;
+        c.Fit(y, yy, ty, scale, variance);
         _mm512_storeu_pd(out + j, c.direction * scale / _mm512_sqrt_pd(variance));
     }
     return j;

@@ -18,22 +18,22 @@ struct TemplateCriterion {
     double sT, sTT, denom, n, nLess1, direction;
 
     // The fitted scale, and the variance of the fit's residual (at least
-    // 1e-12 / nLess1), whose square root is the scale's standard error.
+    // 1e-12 / nLess1), whose square root is the scale's standard error. Vectors
+    // go by reference: a function compiled for wider vectors than this one
+    // may call it (always inlined).
     template <class V>
-    [[gnu::always_inline]] V Scale(V sY, V sTY) const {
-        return (sTY - sT * sY / n) / denom;
-    }
-    template <class V>
-    [[gnu::always_inline]] V ResidualVariance(V sY, V sYY, V sTY, V scale) const {
+    [[gnu::always_inline]] void Fit(const V& sY, const V& sYY, const V& sTY, V& scale, V& variance) const {
+        scale = (sTY - sT * sY / n) / denom;
         const V offset = (sY - scale * sT) / n;
         const V sse = sYY + scale * scale * sTT + n * offset * offset -
                       2 * (scale * sTY + offset * sY - scale * offset * sT);
         const V least = V{} + 1e-12;
-        return (sse < least ? least : sse) / nLess1;
+        variance = (sse < least ? least : sse) / nLess1;
     }
     double Of(double sY, double sYY, double sTY) const {
-        const double scale = Scale(sY, sTY);
-        return direction * scale / std::sqrt(ResidualVariance(sY, sYY, sTY, scale));
+        double scale, variance;
+        Fit(sY, sYY, sTY, scale, variance);
+        return direction * scale / std::sqrt(variance);
     }
 
     // out[j] = Of(sY[j], sYY[j], sTY[j]) for j < m, lanes points at a time.
