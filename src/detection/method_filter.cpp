@@ -132,6 +132,7 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
         LessRunningMedian(filtered, first, count, out, near);
         return;
     }
+    if (count <= 0) return;
     // Least-squares scale and offset of the template on x[i .. i+N-1].
     const int64_t n = templatePoints_;
     double sT = 0, sTT = 0;
