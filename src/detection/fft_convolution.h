@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -28,9 +29,19 @@ public:
     // before the first output point and ReachAfter() after the last:
     // input.size() = n + ReachBefore() + ReachAfter().
     void Filter(const std::vector<double>& input, std::vector<double>& output) const;
+    // The same from recorded samples (size of them), each block converted as
+    // it is copied into the transform.
+    void Filter(const int16_t* input, int64_t size, std::vector<double>& output) const;
+    // The same handed over a block at a time, without the output's copy:
+    // use(first, values, count) with values[k] = output[first + k], held in
+    // the transform's buffer until use returns.
+    using BlockUse = std::function<void(int64_t first, const double* values, int64_t count)>;
+    void Filter(const int16_t* input, int64_t size, const BlockUse& use) const;
 
 private:
     struct Plans;
+    template <class T>
+    void FilterBlocks(const T* input, int64_t size, const BlockUse& use) const;
     std::vector<double> taps_;
     int64_t centre_;
     int64_t fftSize_;

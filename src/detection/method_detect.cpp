@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "detection/earlier_decay.h"
+#include "detection/point_loops.h"
 #include "detection/weak_detections.h"
 #include "recording/rounding.h"
 
@@ -98,12 +99,14 @@ std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double thresh
     // its crossing belongs to the stretch before.
     while (i < n && z[std::size_t(i)] > threshold) ++i;
     for (; i < n; ++i) {
+        // The points up to the next one above the threshold only lower the dip.
+        i = NextAbove(z.data(), i, n, threshold, lastPeak >= 0, dip, dipIndex);
+        if (i == n) break;
         const double v = z[std::size_t(i)];
         if (lastPeak >= 0 && v < dip) {
             dip = v;
             dipIndex = i;
         }
-        if (!(v > threshold)) continue;
         const bool localMax = (i + 1 >= n || v > z[std::size_t(i + 1)]) && v >= z[std::size_t(i - 1)];
         const bool crossing = !(z[std::size_t(i - 1)] > threshold);
         if (lastPeak < 0) {
@@ -147,7 +150,10 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
     // Kept from stretch to stretch on this thread, so that its pages stay in.
     thread_local std::vector<double> z;
     run.filter.Compute(rec, from, count + 2 * look, z);
-    for (double& v : z) v = (v - run.noise.centre) / run.noise.sd;
+    // In noise SDs; (v - 0) / 1 is v to the bit, which the template's
+    // criterion already is.
+    if (run.noise.centre != 0 || run.noise.sd != 1)
+        Standardise(z.data(), int64_t(z.size()), run.noise.centre, run.noise.sd);
     std::vector<int64_t> points = DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction);
     const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from, points);
     if (!weak.empty()) {

@@ -82,7 +82,7 @@ namespace {
 // The working buffers of Compute, one set a thread, kept at their largest size.
 struct ComputeScratch {
     std::vector<int16_t> raw;
-    std::vector<double> x, filtered;
+    std::vector<double> filtered;
 };
 
 ComputeScratch& Scratch() {
@@ -102,71 +102,73 @@ void MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count, s
                            NearEvents near) const {
     const int64_t before = convolver_->ReachBefore() + Apron();
     const int64_t after = convolver_->ReachAfter() + Apron();
-    ComputeScratch& scratch = Scratch();
-    scratch.raw.resize(std::size_t(count + before + after));
-    rec.ReadSamples(first - before, scratch.raw);
-    scratch.x.assign(scratch.raw.begin(), scratch.raw.end());
-    FromSamples(scratch.x, first, count, out, near);
+    std::vector<int16_t>& raw = Scratch().raw;
+    raw.resize(std::size_t(count + before + after));
+    rec.ReadSamples(first - before, raw);
+    FromSamples(raw, first, count, out, near);
 }
 
 std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
                                           int64_t count) const {
     const int64_t before = convolver_->ReachBefore() + Apron();
     const int64_t after = convolver_->ReachAfter() + Apron();
-    std::vector<double> x(std::size_t(count + before + after));
+    std::vector<int16_t> x(std::size_t(count + before + after));
     const int64_t last = int64_t(signal.size()) - 1;
     for (std::size_t i = 0; i < x.size(); ++i) {
         const int64_t at = std::clamp<int64_t>(first - before + int64_t(i), 0, std::max<int64_t>(last, 0));
-        x[i] = signal.empty() ? 0.0 : signal[std::size_t(at)];
+        x[i] = signal.empty() ? int16_t(0) : signal[std::size_t(at)];
     }
     std::vector<double> out;
     FromSamples(x, first, count, out, NearEvents::Criterion);
     return out;
 }
 
-void MethodFilter::FromSamples(const std::vector<double>& x, int64_t first, int64_t count,
+void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count,
                                std::vector<double>& out, NearEvents near) const {
-    std::vector<double>& filtered = Scratch().filtered;
-    convolver_->Filter(x, filtered);
     // Every value is written below: no zeroing first.
     out.resize(std::size_t(std::max<int64_t>(count, 0)));
-    if (method_ == DetectionMethod::Template) {
-        // Least-squares scale and offset of the template on x[i .. i+N-1].
-        const int64_t n = templatePoints_;
-        double sT = 0, sTT = 0;
-        for (double t : template_) {
-            sT += t;
-            sTT += t * t;
-        }
-        const double denom = sTT - sT * sT / double(n);
-        double sY = 0, sYY = 0;
-        for (int64_t k = 0; k < n; ++k) {
-            sY += x[std::size_t(k)];
-            sYY += x[std::size_t(k)] * x[std::size_t(k)];
-        }
-        // The window sums run from point to point; each point's criterion
-        // needs only its own sums, so a tile of sums is taken first and the
-        // criteria then two points at a time.
-        TemplateCriterion criterion{sT, sTT, denom, double(n), double(n - 1), double(direction_)};
-        constexpr int64_t kTile = 512;
-        double tileY[kTile], tileYY[kTile];
-        for (int64_t from = 0; from < count; from += kTile) {
-            const int64_t m = std::min(kTile, count - from);
-            for (int64_t j = 0; j < m; ++j) {
-                const int64_t i = from + j;
-                if (i > 0) {
-                    const double gone = x[std::size_t(i - 1)], come = x[std::size_t(i + n - 1)];
-                    sY += come - gone;
-                    sYY += come * come - gone * gone;
-                }
-                tileY[j] = sY;
-                tileYY[j] = sYY;
-            }
-            criterion.Tile(tileY, tileYY, filtered.data() + from, m, out.data() + from);
-        }
+    if (method_ != DetectionMethod::Template) {
+        std::vector<double>& filtered = Scratch().filtered;
+        convolver_->Filter(x.data(), int64_t(x.size()), filtered);
+        LessRunningMedian(filtered, first, count, out, near);
         return;
     }
-    LessRunningMedian(filtered, first, count, out, near);
+    if (count <= 0) return;
+    // Least-squares scale and offset of the template on x[i .. i+N-1].
+    const int64_t n = templatePoints_;
+    double sT = 0, sTT = 0;
+    for (double t : template_) {
+        sT += t;
+        sTT += t * t;
+    }
+    const double denom = sTT - sT * sT / double(n);
+    TemplateCriterion criterion{sT, sTT, denom, double(n), double(n - 1), double(direction_)};
+    // The window sums run from point to point; each point's criterion needs
+    // only its own sums and the template's correlation there, so a tile of
+    // sums is taken first and the criteria then a vector of points at a time,
+    // from each block of correlations as the convolver gives it.
+    double sY = 0, sYY = 0;
+    for (int64_t k = 0; k < n; ++k) {
+        const double v = x[std::size_t(k)];
+        sY += v;
+        sYY += v * v;
+    }
+    constexpr int64_t kTile = 512;
+    double tileY[kTile], tileYY[kTile];
+    const auto criteria = [&](int64_t block, const double* sTY, int64_t values) {
+        for (int64_t from = block; from < block + values; from += kTile) {
+            const int64_t m = std::min(kTile, block + values - from);
+            if (from == 0) {
+                tileY[0] = sY;
+                tileYY[0] = sYY;
+                SlideWindowSums(x.data(), n, 1, m - 1, sY, sYY, tileY + 1, tileYY + 1);
+            } else {
+                SlideWindowSums(x.data(), n, from, m, sY, sYY, tileY, tileYY);
+            }
+            criterion.Tile(tileY, tileYY, sTY + (from - block), m, out.data() + from);
+        }
+    };
+    convolver_->Filter(x.data(), int64_t(x.size()), criteria);
 }
 
 void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,

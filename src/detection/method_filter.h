@@ -82,7 +82,7 @@ public:
 
 private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
-    void FromSamples(const std::vector<double>& x, int64_t first, int64_t count, std::vector<double>& out,
+    void FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count, std::vector<double>& out,
                      NearEvents near) const;
     void LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
                            std::vector<double>& out, NearEvents near) const;

@@ -2,17 +2,21 @@
 // searches against plain loops over lengths around the vector width (where
 // the tail is read with overlapping lanes), walks from memory against the
 // general walks, the threshold in counts against converting every count,
-// the template criterion's paired points against lone ones.
+// the detectors' criterion loops at every vector width against plain ones.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <complex>
 #include <limits>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "detection/count_threshold.h"
 #include "detection/detector.h"
+#include "detection/point_loops.h"
 #include "detection/template_criterion.h"
 #include "detection/sample_search.h"
 #include "trace_helpers.h"
@@ -112,23 +116,83 @@ TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
         }
 }
 
-// The template criterion of a tile, two points per vector instruction and
-// the odd point alone, equals the criterion of each point computed alone.
-TEST(TemplateCriterion, TileEqualsPointByPoint) {
+// The criterion loops at every vector width this processor has against the
+// plain loop (lanes 1), over lengths around the widths: the template
+// criterion of a tile and the window sums it takes, the samples converted
+// for the convolution and its spectrum products, the standardised
+// criterion, and the scan for the next point above the threshold.
+TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     std::mt19937 rng(14);
     const TemplateCriterion c{-31.5, 260.25, 180.0, 40, 39, -1};
-    std::vector<double> sY(513), sYY(513), sTY(513), out(513);
-    for (std::size_t i = 0; i < sY.size(); ++i) {
+    const std::size_t size = 515;
+    std::vector<double> sY(size), sYY(size), sTY(size), z(size);
+    for (std::size_t i = 0; i < size; ++i) {
         sY[i] = double(int(rng() % 4000) - 2000);
         sYY[i] = sY[i] * sY[i] / 40 + double(rng() % 5000);
         sTY[i] = double(int(rng() % 2000) - 1000) / 7;
+        z[i] = std::normal_distribution<double>(0, 1)(rng);
     }
     sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
-    for (int64_t m : {1, 2, 3, 512, 513}) {
-        c.Tile(sY.data(), sYY.data(), sTY.data(), m, out.data());
-        for (int64_t i = 0; i < m; ++i) {
-            const std::size_t k = std::size_t(i);
-            ASSERT_EQ(out[k], c.Of(sY[k], sYY[k], sTY[k])) << m << " points, point " << i;
+    z[9] = NAN;                      // neither above the threshold nor a dip
+    z[300] = z[301] = -9;            // a dip late in the scan, held twice
+    // Samples over the whole 16-bit range, and the sums of each window of 40
+    // from them, taken anew.
+    std::vector<int16_t> x(size + 40);
+    for (auto& v : x) v = int16_t(rng());
+    x[100] = x[101] = -32768;
+    const auto windowSums = [&x](std::size_t i) {
+        int64_t y = 0, yy = 0;
+        for (std::size_t k = i; k < i + 40; ++k) {
+            y += x[k];
+            yy += int64_t(x[k]) * x[k];
+        }
+        return std::pair{double(y), double(yy)};
+    };
+    std::vector<double> re(2 * size), im(2 * size);
+    for (std::size_t k = 0; k < size; ++k) {
+        re[2 * k] = re[2 * k + 1] = sTY[k] / 3;
+        im[2 * k] = im[2 * k + 1] = sY[k] / 7;
+    }
+    for (const int lanes : AvailableLanes()) {
+        for (const int64_t m : {1, 2, 3, 7, 9, 512, 515}) {
+            SCOPED_TRACE(std::to_string(lanes) + " lanes, " + std::to_string(m) + " points");
+            const std::size_t count = std::size_t(m);
+            std::vector<double> tile(count);
+            c.Tile(sY.data(), sYY.data(), sTY.data(), m, tile.data(), lanes);
+            std::vector<double> standard(z.begin(), z.begin() + m);
+            Standardise(standard.data(), m, 0.25, 1.5, lanes);
+            std::vector<std::complex<double>> product(count), expected(count);
+            for (std::size_t k = 0; k < count; ++k) product[k] = expected[k] = {sY[k], sTY[k]};
+            MultiplySpectrum(product.data(), re.data(), im.data(), m, lanes);
+            std::vector<double> converted(count), slidY(count), slidYY(count);
+            SamplesToDoubles(x.data() + 1, m, converted.data(), lanes);
+            auto [y, yy] = windowSums(2);
+            SlideWindowSums(x.data(), 40, 3, m, y, yy, slidY.data(), slidYY.data(), lanes);
+            ASSERT_EQ(std::pair(y, yy), windowSums(count + 2));
+            for (std::size_t k = 0; k < count; ++k) {
+                ASSERT_EQ(tile[k], c.Of(sY[k], sYY[k], sTY[k])) << "point " << k;
+                ASSERT_EQ(std::bit_cast<uint64_t>(standard[k]), std::bit_cast<uint64_t>((z[k] - 0.25) / 1.5))
+                    << "point " << k;
+                expected[k] *= std::complex<double>(re[2 * k], im[2 * k]);
+                ASSERT_EQ(product[k], expected[k]) << "bin " << k;
+                ASSERT_EQ(std::pair(slidY[k], slidYY[k]), windowSums(k + 3)) << "window " << k;
+                ASSERT_EQ(converted[k], x[k + 1]) << "sample " << k;
+            }
+            for (const double threshold : {-HUGE_VAL, 1.5, 2.5, HUGE_VAL}) {
+                for (const bool track : {false, true}) {
+                    double dip = 0.5, plainDip = 0.5;
+                    int64_t dipIndex = -1, plainDipIndex = -1, i = 1;
+                    for (; i < m && !(z[std::size_t(i)] > threshold); ++i) {
+                        if (track && z[std::size_t(i)] < plainDip) {
+                            plainDip = z[std::size_t(i)];
+                            plainDipIndex = i;
+                        }
+                    }
+                    ASSERT_EQ(NextAbove(z.data(), 1, m, threshold, track, dip, dipIndex, lanes), i) << threshold;
+                    ASSERT_EQ(dip, plainDip) << threshold << " " << track;
+                    ASSERT_EQ(dipIndex, plainDipIndex) << threshold << " " << track;
+                }
+            }
         }
     }
 }
