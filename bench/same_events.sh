@@ -9,18 +9,23 @@
 # bench/speed_table.py does. Prints one line per difference and a count;
 # exits 1 when any file differs or one build fails where the other does not.
 # Usage: bash bench/same_events.sh BEFORE_VESS AFTER_VESS
-#          [--method M]... [--set NAME=VALUE]... FILE_OR_FOLDER...
+#          [--method M]... [--set NAME=VALUE]... [--ini KEY=VALUE]... FILE_OR_FOLDER...
 #   M: threshold, deconvolution, template, default, eventfree
 #   (default: deconvolution default eventfree)
+#   --ini adds a line to the [Analysis] section of the saved settings the
+#   named methods run with, e.g. a short kernel and low thresholds, which find
+#   events on the recordings where the defaults find none:
+#   --ini KernelRiseMs=0.3 --ini KernelDecayMs=3 --ini DeconvolutionThreshold=2.5 --ini TemplateThreshold=2.5
 # e.g. bash bench/same_events.sh /tmp/vess-main build/vess ../shared/data/abf1 /tmp/synthetic-60min.abf
 set -uo pipefail
 before=$1 after=$2
 shift 2
-methods=() sets=() inputs=()
+methods=() sets=() ini=() inputs=()
 while (($#)); do
   case $1 in
     --method) methods+=("$2"); shift 2 ;;
     --set) sets+=(--set "$2"); shift 2 ;;
+    --ini) ini+=("$2"); shift 2 ;;
     *) inputs+=("$1"); shift ;;
   esac
 done
@@ -34,6 +39,7 @@ trap 'rm -rf "$tmp"' EXIT
 mkdir -p "$tmp/home"
 export HOME=$tmp/home XDG_CONFIG_HOME=
 printf '[Analysis]\nDetectionMethod=threshold\nSuggestFromRecording=0\n' > "$tmp/fixed.ini"
+((${#ini[@]})) && printf '%s\n' "${ini[@]}" >> "$tmp/fixed.ini"
 
 # Runs one build's command; its written file goes to $tmp/<build>.<ext>.
 # Prints "failed" when the command failed.
