@@ -307,7 +307,6 @@ void MainWindow::RefreshTrace() {
         scroll_->setEnabled(false);
         scroll_->setRange(0, 0);
     }
-    trace_->update();
 }
 
 void MainWindow::ResetProgress() {
@@ -347,14 +346,24 @@ void MainWindow::ShowSelection() {
         if (moved)
             grid_->selectionModel()->setCurrentIndex(
                 index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        // A shown grid scrolls to its new current row by itself.
-        if (!moved || !grid_->hasAutoScroll() || !grid_->isVisible()) grid_->scrollTo(index);
-    } else if (grid_->currentIndex().isValid()) {
-        grid_->selectionModel()->clear();
+        // A shown grid scrolls to its new current row by itself; a row kept
+        // is brought back into view unless nothing moved since it was.
+        const GridView view = GridViewNow(row);
+        if ((!moved && view != gridShown_) || !grid_->hasAutoScroll() || !grid_->isVisible())
+            grid_->scrollTo(index);
+        gridShown_ = GridViewNow(row);
+    } else {
+        if (grid_->currentIndex().isValid()) grid_->selectionModel()->clear();
+        gridShown_ = {};
     }
     trace_->SetSelectedEvent(ws_.selectedEvent);
-    overview_->SetEvents(&ws_.events, ws_.selectedEvent);
+    overview_->SetSelectedEvent(ws_.selectedEvent);
     syncingSelection_ = false;
+}
+
+MainWindow::GridView MainWindow::GridViewNow(int row) const {
+    return {row, gridModel_->rowCount(), grid_->verticalScrollBar()->value(),
+            grid_->horizontalScrollBar()->value(), grid_->viewport()->size()};
 }
 
 void MainWindow::AfterEdit(bool changed) {

@@ -135,6 +135,14 @@ private:
     // or it lies in another folder), also after an abandoned switch.
     void ShowOpenFileInList();
     void ShowSelection();
+    // What decides whether the grid's current row is in view: the row, the
+    // rows, the scroll bars and the viewport's size.
+    struct GridView {
+        int row = -1, rows = 0, vertical = 0, horizontal = 0;
+        QSize viewport;
+        bool operator==(const GridView&) const = default;
+    };
+    GridView GridViewNow(int row) const;
     void AfterEdit(bool changed);
 
     // Files and the parameter boxes (main_window_files.cpp).
@@ -168,6 +176,7 @@ private:
     BackgroundJob* overviewReader_ = nullptr;
     std::unique_ptr<EventSound> sound_;
     bool syncingSelection_ = false;
+    GridView gridShown_;  // when the current row was last put in view
     // Grid columns are fitted once per recording opened; after that the
     // widths are the user's.
     bool fitColumns_ = true;
@@ -197,22 +206,21 @@ private:
     // is on; detection reads it when the settings say so.
     QLabel* statusFilter_ = nullptr;
     ToolWindows tools_{this, &dialogs_};
-    struct RegisteredAction {
+    // The enabling of the registered actions. Many commands share one plain
+    // test (idle, a recording open): each test is asked once a refresh, and
+    // its actions are touched only when its answer changed. Commands with a
+    // test of their own are asked one by one, and set only when it changes.
+    struct OwnTest {
         QAction* action;
         const Command* command;
-        // The command's enabling test as an index into enablingTests_ when
-        // it is a plain function; kOwnTest or kNoTest otherwise.
-        int test = kNoTest;
-        // The enabling last set (-1: none yet): the action is touched only
-        // when it changes.
-        int enabled = -1;
+        int enabled = -1;  // the enabling last set; -1: none yet
     };
-    static constexpr int kOwnTest = -1, kNoTest = -2;
-    std::vector<RegisteredAction> registered_;
-    // The plain enabling tests, each once: many commands share one (idle, a
-    // recording open), and each is asked once a refresh.
     std::vector<bool (*)(const CommandState&)> enablingTests_;
-    std::vector<char> testsPassed_;
+    std::vector<std::vector<QAction*>> actionsOfTest_;  // by index into enablingTests_
+    std::vector<int> testsPassed_;  // each test's last answer; -1: not asked yet
+    std::vector<OwnTest> ownTests_;
+    // The actions that take a check mark or caption from the state.
+    std::vector<std::pair<QAction*, const Command*>> checkedActions_, captionedActions_;
     // What the status bar and the title show, from the workspace; each label
     // is set again only when its part changed.
     struct StatusShown {

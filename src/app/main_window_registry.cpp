@@ -120,34 +120,41 @@ void MainWindow::AddRegistered(const Command& c) {
         toolBar_->addAction(a);
     }
     actions_[c.objectName] = a;
-    RegisteredAction registered{a, &c};
     if (const auto* plain = c.enabledWhen.target<bool (*)(const CommandState&)>(); plain && *plain) {
-        const auto known = std::find(enablingTests_.begin(), enablingTests_.end(), *plain);
-        registered.test = int(known - enablingTests_.begin());
-        if (known == enablingTests_.end()) enablingTests_.push_back(*plain);
+        const auto test = std::size_t(std::find(enablingTests_.begin(), enablingTests_.end(), *plain) -
+                                      enablingTests_.begin());
+        if (test == enablingTests_.size()) {
+            enablingTests_.push_back(*plain);
+            actionsOfTest_.emplace_back();
+        }
+        actionsOfTest_[test].push_back(a);
     } else if (c.enabledWhen) {
-        registered.test = kOwnTest;
+        ownTests_.push_back({a, &c});
     }
-    registered_.push_back(registered);
+    if (c.checkedWhen) checkedActions_.emplace_back(a, &c);
+    if (c.captionWhen) captionedActions_.emplace_back(a, &c);
 }
 
 void MainWindow::RefreshActions() {
     const CommandState state{ws_, NonStopRunning(), jobs_->Running()};
-    testsPassed_.resize(enablingTests_.size());
-    for (std::size_t t = 0; t < enablingTests_.size(); ++t) testsPassed_[t] = enablingTests_[t](state);
-    for (RegisteredAction& r : registered_) {
-        const bool on = r.test >= 0 ? bool(testsPassed_[std::size_t(r.test)])
-                                    : r.test == kNoTest || r.command->enabledWhen(state);
-        if (int(on) != r.enabled) {
-            r.action->setEnabled(on);
-            r.enabled = int(on);
-        }
-        if (r.command->checkedWhen) {
-            const QSignalBlocker block(r.action);
-            r.action->setChecked(r.command->checkedWhen(state));
-        }
-        if (r.command->captionWhen) r.action->setText(r.command->captionWhen(state));
+    testsPassed_.resize(enablingTests_.size(), -1);
+    for (std::size_t t = 0; t < enablingTests_.size(); ++t) {
+        const int on = enablingTests_[t](state);
+        if (on == testsPassed_[t]) continue;
+        testsPassed_[t] = on;
+        for (QAction* a : actionsOfTest_[t]) a->setEnabled(on);
     }
+    for (OwnTest& r : ownTests_) {
+        const int on = r.command->enabledWhen(state);
+        if (on == r.enabled) continue;
+        r.action->setEnabled(on);
+        r.enabled = on;
+    }
+    for (const auto& [action, command] : checkedActions_) {
+        const QSignalBlocker block(action);
+        action->setChecked(command->checkedWhen(state));
+    }
+    for (const auto& [action, command] : captionedActions_) action->setText(command->captionWhen(state));
 }
 
 }  // namespace vess

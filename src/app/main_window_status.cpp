@@ -47,7 +47,8 @@ void MainWindow::RefreshStatus() {
             statusChannel_->setText(
                 tr("Channel %1 (%2)").arg(now.channel).arg(QString::fromStdString(now.units)));
         if (changed(&StatusShown::open, &StatusShown::screen, &StatusShown::screens))
-            statusScreen_->setText(tr("Screen %1 of %2").arg(now.screen).arg(now.screens));
+            statusScreen_->setText(
+                tr("Screen %1 of %2").arg(QString::number(now.screen), QString::number(now.screens)));
         if (changed(&StatusShown::open, &StatusShown::fileName, &StatusShown::modified))
             setWindowTitle(QString("%1%2 - Vessantorium")
                                .arg(QString::fromStdString(now.fileName))

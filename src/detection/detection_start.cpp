@@ -1,5 +1,7 @@
 #include "detection/detection_start.h"
 
+#include <optional>
+
 #include <fmt/format.h>
 
 #include "detection/detector.h"
@@ -37,10 +39,9 @@ void MarkSuggested(Workspace& ws) {
     if (ws.recording) ws.suggestedFor = RecordingKey(ws);
 }
 
-std::string DetectionSettingsText(const Workspace& ws) {
-    const MethodParameters& m = ws.settings.method;
-    const AnalysisParameters& p = ws.params();
-    const std::string units = ws.recording ? ws.recording->Units() : std::string();
+namespace {
+std::string FormatDetectionSettings(const MethodParameters& m, const AnalysisParameters& p,
+                                    const std::string& units) {
     switch (m.method) {
         case DetectionMethod::Deconvolution:
             return fmt::format("deconvolution, kernel rise {:.3g} ms, decay {:.3g} ms, threshold {:.3g} SD, "
@@ -53,6 +54,27 @@ std::string DetectionSettingsText(const Workspace& ws) {
     }
     return fmt::format("threshold, amplitude {:.4g} {}, area {:.4g} {}*ms", p.ThresholdAmplitude, units,
                        p.AreaThreshold, units);
+}
+}  // namespace
+
+std::string DetectionSettingsText(const Workspace& ws) {
+    // Asked before every screen analysed: formatted again only when one of
+    // the values it shows differs from the last time.
+    struct Shown {
+        MethodParameters method;
+        float amplitude = 0, area = 0;
+        std::string units, text;
+    };
+    thread_local std::optional<Shown> last;
+    const MethodParameters& m = ws.settings.method;
+    const AnalysisParameters& p = ws.params();
+    std::string units = ws.recording ? ws.recording->Units() : std::string();
+    if (!last || last->method != m || last->amplitude != p.ThresholdAmplitude || last->area != p.AreaThreshold ||
+        last->units != units) {
+        std::string text = FormatDetectionSettings(m, p, units);
+        last = Shown{m, p.ThresholdAmplitude, p.AreaThreshold, std::move(units), std::move(text)};
+    }
+    return last->text;
 }
 
 void NoteDetectionSettings(Workspace& ws) {
@@ -67,7 +89,7 @@ void NoteDetectionSettings(Workspace& ws) {
 
 std::string EventsStatusText(const Workspace& ws) {
     const int32_t n = ws.events.Count();
-    std::string text = fmt::format("{} event{}", n, n == 1 ? "" : "s");
+    std::string text = std::to_string(n) + (n == 1 ? " event" : " events");
     if (n > 0 && ws.recording && ws.eventsMadeFor == ws.recording->Path().string() &&
         !ws.eventsMadeWith.empty())
         text += " by " + ws.eventsMadeWith;

@@ -37,7 +37,8 @@ struct NextWindowResult {
     // not read it again.
     Screen screen;
 };
-// Command2: the next screen, then AnalyzeWindow on it.
+// Command2: the next screen, then AnalyzeWindow on it. The screen comes from
+// the workspace's screens read ahead (ws.screensAhead).
 NextWindowResult AnalyzeNextWindow(Workspace& ws);
 
 // Command3 as an object that the caller drives one screen at a time (the
@@ -59,9 +60,10 @@ public:
     bool Running() const { return running_; }
     // Runs Step until it returns false.
     void RunToEnd();
-    // Reads the screens ahead, many at a time, instead of each on its own.
-    // Only for a run during which nothing else changes the recording (its
-    // channel, filter or screen size): the whole-file detection.
+    // Reads the screens ahead in reads of its own, larger than the
+    // workspace's (which Step uses otherwise). Only for a run during which
+    // nothing else changes the recording (its channel, filter or screen
+    // size): the whole-file detection.
     void ReadAhead();
 
     struct Progress {

@@ -124,6 +124,12 @@ public:
     bool HasFiltered() const { return filtered_ != nullptr; }
     void ReadFiltered(bool on);
     bool ReadsFiltered() const { return readFiltered_ && filtered_; }
+    // A number that changes whenever the samples of either source may change
+    // (another channel, a filtered copy attached or dropped), and that no
+    // other recording of this process ever has: samples read under one
+    // number and one ReadsFiltered() are what a read would give while both
+    // stay the same.
+    uint64_t SamplesVersion() const { return samplesVersion_; }
 
     double IntervalUs() const { return intervalUs_; }  // per channel
     int32_t BlockCount() const { return blocks_; }     // 256-point blocks, at least 1
@@ -194,6 +200,9 @@ private:
     bool ReadFilteredFrames(int64_t first, std::span<int16_t> out) const;
     bool ReadSamplesFrom(bool filtered, int64_t index, std::span<int16_t> out) const;
     bool NoteShortRead(const DataFile& file, uint64_t endByte) const;
+    // The samples served change: the single-sample cache is dropped and the
+    // version moves on.
+    void SamplesChanged();
     std::unique_ptr<DataFile> file_;
     uint64_t dataOffset_ = 0;         // byte of the first sample
     int64_t frames_ = 0;              // interleaved frames available in the file
@@ -201,6 +210,8 @@ private:
     mutable std::atomic<int16_t> lastSample_ = 0;  // 0 once the file is found cut short
     mutable std::vector<int16_t> chunk_;        // samples around the last Sample()
     mutable int64_t chunkStart_ = -1;
+    static uint64_t NextSamplesVersion();
+    uint64_t samplesVersion_ = NextSamplesVersion();
     mutable std::string readFault_;
     mutable std::mutex faultMutex_;             // guards readFault_ against reading threads
     bool readFaultReported_ = false;

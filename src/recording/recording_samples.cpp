@@ -68,9 +68,21 @@ bool Recording::NoteShortRead(const DataFile& file, uint64_t endByte) const {
     return false;
 }
 
+// Versions are drawn from one counter, so that a recording opened where a
+// closed one lay in memory never shares its numbers.
+uint64_t Recording::NextSamplesVersion() {
+    static std::atomic<uint64_t> next{1};
+    return next.fetch_add(1, std::memory_order_relaxed);
+}
+
+void Recording::SamplesChanged() {
+    chunkStart_ = -1;
+    samplesVersion_ = NextSamplesVersion();
+}
+
 void Recording::AttachFiltered(std::unique_ptr<DataFile> counts) {
     filtered_ = std::move(counts);
-    chunkStart_ = -1;
+    SamplesChanged();
     if (frames_ > 0) {
         ReadFilteredFrames(0, std::span(&filteredFirst_, 1));
         ReadFilteredFrames(frames_ - 1, std::span(&filteredLast_, 1));
@@ -79,7 +91,7 @@ void Recording::AttachFiltered(std::unique_ptr<DataFile> counts) {
 
 void Recording::DetachFiltered() {
     filtered_.reset();
-    chunkStart_ = -1;
+    SamplesChanged();
 }
 
 void Recording::ReadFiltered(bool on) {

@@ -17,11 +17,12 @@ Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPer
 }
 
 Screen::Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen,
-               const int16_t* threeScreens)
+               const int16_t* threeScreens, std::shared_ptr<const void> keep)
     : recording_(&recording),
       startBlock_(startBlock),
       blocksPerScreen_(blocksPerScreen < 1 ? 1 : blocksPerScreen),
       windowLen_(blocksPerScreen_ * kBlockPoints),
+      keep_(std::move(keep)),
       data_(threeScreens),
       held_(3 * int64_t(windowLen_)),
       filtered_(recording.ReadsFiltered()) {}
@@ -32,6 +33,7 @@ Screen::Screen(const Screen& other)
       blocksPerScreen_(other.blocksPerScreen_),
       windowLen_(other.windowLen_),
       buffer_(other.buffer_),
+      keep_(other.keep_),
       data_(other.buffer_.empty() ? other.data_ : buffer_.data()),
       held_(other.held_),
       complete_(other.complete_),

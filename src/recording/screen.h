@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "recording/recording.h"
@@ -17,9 +18,10 @@ public:
     Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen);
     // A screen over samples read elsewhere: threeScreens holds the previous,
     // this and the next screen (3 x WindowLen samples, read with the
-    // recording's edge rule) and must outlive the screen and its copies.
+    // recording's edge rule) and must outlive the screen and its copies,
+    // unless keep owns them: the screen and its copies then keep them.
     Screen(const Recording& recording, int32_t startBlock, int32_t blocksPerScreen,
-           const int16_t* threeScreens);
+           const int16_t* threeScreens, std::shared_ptr<const void> keep = nullptr);
     // A copy of an owning screen owns its own copy of the samples.
     Screen(const Screen& other);
     Screen& operator=(const Screen& other);
@@ -60,6 +62,7 @@ private:
     int32_t blocksPerScreen_ = 4;
     int32_t windowLen_ = 1024;
     std::vector<int16_t> buffer_;  // previous, current and next screen, when owned
+    std::shared_ptr<const void> keep_;  // what holds the samples read elsewhere, when shared
     const int16_t* data_ = nullptr;  // the three screens: buffer_ or samples read elsewhere
     int64_t held_ = 0;               // samples at data_
     bool complete_ = true;

@@ -8,9 +8,17 @@ namespace vess {
 ScreenReadAhead::ScreenReadAhead(const Recording& recording, int32_t blocksPerScreen,
                                  int32_t screensPerRead)
     : recording_(recording),
+      samplesVersion_(recording.SamplesVersion()),
+      readsFiltered_(recording.ReadsFiltered()),
       blocksPerScreen_(std::max<int32_t>(blocksPerScreen, 1)),
       windowLen_(int64_t(blocksPerScreen_) * kBlockPoints),
-      buffer_(std::size_t(std::max<int32_t>(screensPerRead, 1) + 2) * std::size_t(windowLen_)) {}
+      bufferSize_(std::size_t(std::max<int32_t>(screensPerRead, 1) + 2) * std::size_t(windowLen_)),
+      buffer_(std::make_shared_for_overwrite<int16_t[]>(bufferSize_)) {}
+
+bool ScreenReadAhead::Serves(const Recording& recording, int32_t blocksPerScreen) const {
+    return &recording == &recording_ && recording.SamplesVersion() == samplesVersion_ &&
+           recording.ReadsFiltered() == readsFiltered_ && std::max<int32_t>(blocksPerScreen, 1) == blocksPerScreen_;
+}
 
 Screen ScreenReadAhead::At(int32_t startBlock) {
     const int64_t first = int64_t(startBlock) * kBlockPoints - windowLen_;
@@ -19,14 +27,16 @@ Screen ScreenReadAhead::At(int32_t startBlock) {
         // Read from the previous screen on, as far as the buffer holds but no
         // further than one screen past the data (the last screen's next one).
         const int64_t end = std::max(first + needed, recording_.PointsPerChannel() + windowLen_);
-        const int64_t count = std::min<int64_t>(int64_t(buffer_.size()), end - first);
+        const int64_t count = std::min<int64_t>(int64_t(bufferSize_), end - first);
+        // Screens handed out before still show the samples they were given.
+        if (buffer_.use_count() > 1) buffer_ = std::make_shared_for_overwrite<int16_t[]>(bufferSize_);
         bufferFirst_ = first;
         bufferHeld_ = 0;
-        if (!recording_.ReadSamples(first, std::span<int16_t>(buffer_.data(), std::size_t(count))))
+        if (!recording_.ReadSamples(first, std::span<int16_t>(buffer_.get(), std::size_t(count))))
             return Screen(recording_, startBlock, blocksPerScreen_);
         bufferHeld_ = count;
     }
-    return Screen(recording_, startBlock, blocksPerScreen_, buffer_.data() + (first - bufferFirst_));
+    return Screen(recording_, startBlock, blocksPerScreen_, buffer_.get() + (first - bufferFirst_), buffer_);
 }
 
 }  // namespace vess

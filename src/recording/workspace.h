@@ -20,6 +20,8 @@
 
 namespace vess {
 
+class ScreenReadAhead;
+
 struct Workspace {
     std::unique_ptr<Recording> recording;   // null when no file is open
     EventTable events;
@@ -31,6 +33,10 @@ struct Workspace {
     int32_t selectedEvent = 0;              // 1-based; 0 when none
     // Where a screen analysis ran since the recording was opened.
     AnalysedBlocks analysedBlocks;
+    // The screens after the one shown, read many at a time for the screen
+    // by screen analyses; read again when it no longer serves the recording
+    // as it reads now.
+    std::shared_ptr<ScreenReadAhead> screensAhead;
     // The trace view shows the filtered copy while one is attached (Shift+F
     // switches); the noise tools measure what it shows.
     bool showFiltered = true;

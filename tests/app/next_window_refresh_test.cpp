@@ -1,10 +1,14 @@
 // What Next window leaves on the main window when it skips work: the trace
-// shows the screen detection read only when that is the screen to show, and
-// the status line and the enabling, set again only when they change, follow
-// undo and another file.
+// shows the screen detection read only when that is the screen to show; the
+// status line and the enabling, set again only when they change, follow
+// undo and another file; the grid's current row, put in view again only when
+// something moved, comes back after the user scrolled away.
 #include <QAction>
 #include <QLabel>
 #include <QPushButton>
+#include <QTableView>
+
+#include <cmath>
 
 #include "detection/detection_start.h"
 #include "detection/navigation.h"
@@ -79,6 +83,25 @@ TEST_F(NextWindowRefreshTest, StatusAndEnablingFollowUndoAndAnotherFile) {
     EXPECT_FALSE(Enabled("menu_Redo"));
     Key(Qt::Key_F10);
     ExpectStatusOfWorkspace();
+}
+
+// The grid puts the current row back in view after a Next window that
+// found nothing only when something moved since it was last put there: the
+// user's scrolling away counts.
+TEST_F(NextWindowRefreshTest, GridBringsTheKeptRowBackAfterTheUserScrolledAway) {
+    OpenSample();
+    AnalyseUntilEvents(30);
+    QTableView* grid = window->Grid();
+    const auto currentRowShown = [grid] {
+        return grid->viewport()->rect().contains(grid->visualRect(grid->currentIndex()));
+    };
+    ASSERT_TRUE(currentRowShown());
+    // Nothing more is found: 90 % of the channel's whole range.
+    ws.params().ThresholdAmplitude = 0.9f * std::abs(ws.recording->Bit2pA2(65535));
+    grid->scrollToTop();
+    ASSERT_FALSE(currentRowShown());
+    Key(Qt::Key_F10);
+    EXPECT_TRUE(currentRowShown());
 }
 
 }  // namespace

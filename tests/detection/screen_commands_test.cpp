@@ -5,11 +5,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "detection/event_sound.h"
 #include "detection/noise_commands.h"
 #include "detection/screen_commands.h"
 #include "detection/whole_file.h"
+#include "recording/abf_writer.h"
+#include "recording/data_file.h"
 #include "recording/open_recording.h"
 #include "recording/scripted_dialogs.h"
 #include "recording/settings_file.h"
@@ -80,6 +83,59 @@ TEST(NonStop, OneUndoStepNothingPastTheDataAndStops) {
     NonStopAnalysis bad(ws);
     EXPECT_EQ((std::array{bad.Step(), bad.Step()}), (std::array{false, false}));
     EXPECT_EQ(bad.LastAnalysis().status.caption(), "Improper Analysis Parameters");
+}
+
+// Analyze next window reads its screens many at a time. What it analyses and
+// shows is what the screen's own read gives after each change of what the
+// recording reads: another channel, a filtered copy attached, read, not read
+// and replaced, another screen length, another recording (perhaps where the
+// last one lay in memory).
+TEST(AnalyzeNextWindow, ScreensReadAheadAreWhatTheRecordingReadsNow) {
+    const auto file = [](std::size_t seed) {  // two channels of 40 screens, each sample its own
+        std::vector<int16_t> frames(2 * 40 * 1024);
+        for (std::size_t i = 0; i < frames.size(); ++i) frames[i] = int16_t((i * 7919 + seed) % 60000) - 30000;
+        AbfWriteLayout layout = test::MakeAbfLayout(50);
+        layout.channels.push_back(layout.channels.front());
+        std::vector<uint8_t> bytes;
+        EXPECT_EQ(BuildAbfFile(layout, frames, bytes), "");
+        return bytes;
+    };
+    const auto filtered = [](uint8_t seed) {  // a filtered copy's counts
+        std::vector<uint8_t> counts(2 * 40 * 1024);
+        for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = uint8_t(i * 31 + seed);
+        return DataFile::FromBytes(std::move(counts));
+    };
+    Workspace ws;
+    ws.recording = Recording::FromBytes(file(0), "two.abf", nullptr);
+    const std::pair<const char*, std::function<void()>> changes[] = {
+        {"nothing", [] {}},
+        {"channel", [&] { ws.recording->SetChannel(1); }},
+        {"filtered copy attached and read",
+         [&] {
+             ws.recording->AttachFiltered(filtered(1));
+             ws.recording->ReadFiltered(true);
+         }},
+        {"filtered copy not read", [&] { ws.recording->ReadFiltered(false); }},
+        {"filtered copy read", [&] { ws.recording->ReadFiltered(true); }},
+        {"filtered copy replaced", [&] { ws.recording->AttachFiltered(filtered(2)); }},
+        {"screen length", [&] { ws.settings.blocksPerScreen = 2; }},
+        {"another recording",
+         [&] {
+             ws.recording.reset();
+             ws.recording = Recording::FromBytes(file(5), "other.abf", nullptr);
+         }},
+    };
+    for (const auto& [change, make] : changes) {
+        make();
+        const NextWindowResult next = AnalyzeNextWindow(ws);
+        ASSERT_TRUE(next.moved) << change;
+        const Screen own = ShownScreen(ws);
+        const int64_t w = own.WindowLen();
+        ASSERT_EQ(next.screen.WindowLen(), w) << change;
+        EXPECT_EQ(next.screen.Filtered(), own.Filtered()) << change;
+        for (int64_t i = -w; i < 2 * w; ++i)
+            ASSERT_EQ(next.screen.GetSampleValue(i), own.GetSampleValue(i)) << change << ", index " << i;
+    }
 }
 
 // At most one sound for stored events in any 150 ms, none for none.

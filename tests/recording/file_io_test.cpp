@@ -239,11 +239,11 @@ TEST(RegularFilesOnly, ANamedPipeIsRefusedWithoutBlocking) {
     EXPECT_EQ(why, "is a folder");
 }
 
-// The whole-file detection's read-ahead: every screen, read ahead with
-// buffers of 1, 2 and 3 screens (so that most screens sit at a buffer's edge)
-// and of many, holds what the screen reading its own samples holds over its
-// whole reach, before the data, after it and at the last, partial screen;
-// screen sizes of 1 and 4 blocks.
+// The read-ahead: every screen, read ahead with buffers of 1, 2 and 3
+// screens (so that most screens sit at a buffer's edge) and of many, holds
+// what the screen reading its own samples holds over its whole reach, before
+// the data, after it and at the last, partial screen; screen sizes of 1 and 4
+// blocks. A screen kept while later reads fill the buffer keeps its samples.
 TEST(ScreenReadAhead, EveryScreenHoldsWhatItsOwnReadHolds) {
     test::TempDir dir;
     std::vector<int16_t> samples(10 * 1024 + 300);  // the last screen partial
@@ -253,6 +253,7 @@ TEST(ScreenReadAhead, EveryScreenHoldsWhatItsOwnReadHolds) {
     for (int32_t blocksPerScreen : {1, 4}) {
         for (int32_t screensPerRead : {1, 2, 3, 256}) {
             ScreenReadAhead ahead(*rec, blocksPerScreen, screensPerRead);
+            const Screen kept = ahead.At(0);
             for (int32_t block = 0; block < rec->BlockCount(); block += blocksPerScreen) {
                 const Screen own(*rec, block, blocksPerScreen);
                 const Screen viewed = ahead.At(block);
@@ -265,6 +266,9 @@ TEST(ScreenReadAhead, EveryScreenHoldsWhatItsOwnReadHolds) {
                         << blocksPerScreen << " blocks, " << screensPerRead << " per read, block "
                         << block << ", index " << i;
             }
+            const Screen own(*rec, 0, blocksPerScreen);
+            for (int64_t i = -own.WindowLen(); i < 2 * own.WindowLen(); ++i)
+                ASSERT_EQ(kept.GetSampleValue(i), own.GetSampleValue(i)) << "kept, index " << i;
         }
     }
 }

@@ -55,6 +55,12 @@ void OverviewStrip::SetEvents(const EventTable* events, int32_t selected) {
     update();
 }
 
+void OverviewStrip::SetSelectedEvent(int32_t selected) {
+    if (selected == selected_) return;
+    selected_ = selected;
+    update();
+}
+
 void OverviewStrip::SetScreen(int64_t firstSample, int64_t lengthSamples) {
     if (firstSample == screenFirst_ && lengthSamples == screenLength_) return;
     screenFirst_ = firstSample;

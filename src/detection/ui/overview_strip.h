@@ -33,6 +33,8 @@ public:
     void SetExtremes(const Recording* recording, BlockExtremes blocks);
     bool HasExtremes() const { return !blocks_.min.empty(); }
     void SetEvents(const EventTable* events, int32_t selected);
+    // Another event selected, the table as it was.
+    void SetSelectedEvent(int32_t selected);
     // The screen shown: its first sample and its length in samples.
     void SetScreen(int64_t firstSample, int64_t lengthSamples);
 

@@ -159,13 +159,10 @@ int TraceView::DataLength() const {
     return int(std::clamp<int64_t>(left, 0, screen_->WindowLen()));
 }
 
-std::vector<int16_t> TraceView::DataSamples() const {
-    std::vector<int16_t> samples(static_cast<std::size_t>(DataLength()));
-    if (!samples.empty()) {
-        if (const int16_t* buffered = screen_->Samples(0, int64_t(samples.size())))
-            std::copy_n(buffered, samples.size(), samples.begin());
-    }
-    return samples;
+std::span<const int16_t> TraceView::DataSamples() const {
+    const int64_t n = DataLength();
+    const int16_t* held = n > 0 ? screen_->Samples(0, n) : nullptr;
+    return held ? std::span<const int16_t>(held, std::size_t(n)) : std::span<const int16_t>();
 }
 
 std::vector<int16_t> TraceView::PeakLevels() const {
@@ -222,7 +219,7 @@ void TraceView::RenderTrace() {
 
     // Only the samples of the data: past its end there is nothing to draw.
     // Of them, those in the view (the whole screen unless zoomed).
-    const std::vector<int16_t> all = DataSamples();
+    const std::span<const int16_t> all = DataSamples();
     const TraceZoom v = View();
     const auto from = std::clamp<int64_t>(int64_t(std::floor(v.firstIndex)), 0, int64_t(all.size()));
     const auto to = std::clamp<int64_t>(int64_t(std::ceil(v.lastIndex)), from, int64_t(all.size()));

@@ -22,6 +22,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -120,7 +121,8 @@ private:
     // Rows [first, end) of the table that hold every event of the screen.
     std::pair<int32_t, int32_t> RowsOnScreen() const;
     bool PeakOutsideFrame() const;
-    std::vector<int16_t> DataSamples() const;
+    // The screen's samples up to the end of the data (held by the screen).
+    std::span<const int16_t> DataSamples() const;
     QString CursorReadout() const;
     void DragTo(const QPoint& at);
 
