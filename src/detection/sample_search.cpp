@@ -62,9 +62,9 @@ template <bool kGreatest, int32_t Lanes>
 template <bool kGreatest, int32_t Lanes>
 [[gnu::always_inline]] inline int16_t LanesExtreme(Vec<Lanes> v) {
     Vec<8> eight = Narrowed<kGreatest, Lanes>(v);
-    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{4, 5, 6, 7, 0, 1, 2, 3}));
-    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{2, 3, 0, 1, 6, 7, 4, 5}));
-    eight = Beyond<kGreatest>(eight, __builtin_shuffle(eight, Vec<8>{1, 0, 3, 2, 5, 4, 7, 6}));
+    eight = Beyond<kGreatest>(eight, __builtin_shufflevector(eight, eight, 4, 5, 6, 7, 0, 1, 2, 3));
+    eight = Beyond<kGreatest>(eight, __builtin_shufflevector(eight, eight, 2, 3, 0, 1, 6, 7, 4, 5));
+    eight = Beyond<kGreatest>(eight, __builtin_shufflevector(eight, eight, 1, 0, 3, 2, 5, 4, 7, 6));
     return eight[0];
 }
 
