@@ -90,7 +90,7 @@ template <bool kGreatest, int32_t Lanes>
                                                  22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
     const Vec<Lanes> lanes = Load<Lanes>(kLaneOffsets);
     Vec<Lanes> best = Load<Lanes>(p), at = lanes;
-    auto take = [&](const Vec<Lanes> v, const Vec<Lanes> offsets) {
+    auto take = [&](const Vec<Lanes> v, const Vec<Lanes> offsets) __attribute__((always_inline)) {
         const Vec<Lanes> beyond = kGreatest ? v > best : v < best;
         best = Beyond<kGreatest>(v, best);
         at = beyond ? offsets : at;

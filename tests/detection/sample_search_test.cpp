@@ -137,7 +137,7 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     z[300] = z[301] = -9;            // a dip late in the scan, held twice
     // Samples over the whole 16-bit range, and the sums of each window of 40
     // from them, taken anew.
-    std::vector<int16_t> x(size + 40);
+    std::vector<int16_t> x(size + 42);  // the windows from point 3 of the longest run
     for (auto& v : x) v = int16_t(rng());
     x[100] = x[101] = -32768;
     const auto windowSums = [&x](std::size_t i) {
