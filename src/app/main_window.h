@@ -220,7 +220,13 @@ private:
     std::vector<int> testsPassed_;  // each test's last answer; -1: not asked yet
     std::vector<OwnTest> ownTests_;
     // The actions that take a check mark or caption from the state.
-    std::vector<std::pair<QAction*, const Command*>> checkedActions_, captionedActions_;
+    std::vector<std::pair<QAction*, const Command*>> checkedActions_;
+    struct CaptionShown {
+        QAction* action;
+        const Command* command;
+        std::optional<uint64_t> stamp{};  // the caption's stamp when last set; none: not set yet
+    };
+    std::vector<CaptionShown> captionedActions_;
     // What the status bar and the title show, from the workspace; each label
     // is set again only when its part changed.
     struct StatusShown {

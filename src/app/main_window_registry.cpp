@@ -132,7 +132,7 @@ void MainWindow::AddRegistered(const Command& c) {
         ownTests_.push_back({a, &c});
     }
     if (c.checkedWhen) checkedActions_.emplace_back(a, &c);
-    if (c.captionWhen) captionedActions_.emplace_back(a, &c);
+    if (c.captionWhen) captionedActions_.push_back({a, &c});
 }
 
 void MainWindow::RefreshActions() {
@@ -154,7 +154,14 @@ void MainWindow::RefreshActions() {
         const QSignalBlocker block(action);
         action->setChecked(command->checkedWhen(state));
     }
-    for (const auto& [action, command] : captionedActions_) action->setText(command->captionWhen(state));
+    for (CaptionShown& c : captionedActions_) {
+        if (c.command->captionStamp) {
+            const uint64_t stamp = c.command->captionStamp(state);
+            if (stamp == c.stamp) continue;
+            c.stamp = stamp;
+        }
+        c.action->setText(c.command->captionWhen(state));
+    }
 }
 
 }  // namespace vess

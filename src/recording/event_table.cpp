@@ -1,6 +1,7 @@
 #include "recording/event_table.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <type_traits>
 #include <utility>
@@ -101,7 +102,13 @@ void EventTable::Sort(EventField field) {
     peaksInOrder_ = 0;
 }
 
+void EventHistory::ListsChanged() {
+    static std::atomic<uint64_t> lastStamp{0};
+    listsStamp_ = ++lastStamp;
+}
+
 void EventHistory::Push(std::vector<Entry>& list, Entry entry) {
+    ListsChanged();
     list.push_back(std::move(entry));
     if (list.size() > maxDepth_) list.erase(list.begin());
 }
@@ -141,6 +148,7 @@ bool EventHistory::Undo(EventTable& table) {
     Entry entry = std::move(undo_.back());
     undo_.pop_back();
     const uint64_t generation = entry.generation;
+    ListsChanged();
     redo_.push_back(Apply(std::move(entry), table, generation_));
     generation_ = generation;
     return true;
@@ -151,12 +159,14 @@ bool EventHistory::Redo(EventTable& table) {
     Entry entry = std::move(redo_.back());
     redo_.pop_back();
     const uint64_t generation = entry.generation;
+    ListsChanged();
     undo_.push_back(Apply(std::move(entry), table, generation_));
     generation_ = generation;
     return true;
 }
 
 void EventHistory::Clear() {
+    ListsChanged();
     undo_.clear();
     redo_.clear();
 }

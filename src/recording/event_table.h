@@ -81,6 +81,10 @@ public:
     bool CanRedo() const { return !redo_.empty(); }
     std::string UndoLabel() const;
     std::string RedoLabel() const;
+    // A stamp unique in the process, new whenever the undo or redo list
+    // changes: what Undo and Redo would do (and their labels) stays the same
+    // while it does, whichever history it comes from.
+    uint64_t ListsStamp() const { return listsStamp_; }
     // Replace table with the state before the last change / after the last undo.
     bool Undo(EventTable& table);
     bool Redo(EventTable& table);
@@ -110,6 +114,8 @@ private:
     uint64_t generation_ = 0;
     uint64_t nextGeneration_ = 1;
     uint64_t savedGeneration_ = 0;
+    void ListsChanged();
+    uint64_t listsStamp_ = 0;
 };
 
 }  // namespace vess

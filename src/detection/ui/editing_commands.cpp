@@ -55,7 +55,8 @@ void AddEditCommands(CommandRegistry& r) {
                    return s.ws.history.CanUndo()
                               ? QObject::tr("&Undo %1").arg(QString::fromStdString(s.ws.history.UndoLabel()))
                               : QObject::tr("&Undo");
-               }});
+               },
+           .captionStamp = [](const CommandState& s) { return s.ws.history.ListsStamp(); }});
     r.Add({.objectName = "menu_Redo",
            .menuPath = kEditMenu,
            .caption = QObject::tr("&Redo"),
@@ -68,7 +69,8 @@ void AddEditCommands(CommandRegistry& r) {
                    return s.ws.history.CanRedo()
                               ? QObject::tr("&Redo %1").arg(QString::fromStdString(s.ws.history.RedoLabel()))
                               : QObject::tr("&Redo");
-               }});
+               },
+           .captionStamp = [](const CommandState& s) { return s.ws.history.ListsStamp(); }});
 }
 
 void AddEventCommands(CommandRegistry& r) {

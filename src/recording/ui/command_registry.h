@@ -117,6 +117,8 @@ struct Command {
     std::function<bool(const CommandState&)> checkedWhen{};
     // A caption that follows the state (Undo names what it undoes).
     std::function<QString(const CommandState&)> captionWhen{};
+    // When given, the caption is asked for again only when this changed.
+    std::function<uint64_t(const CommandState&)> captionStamp{};
     // Also on the main tool bar with this short text (empty: not on it).
     QString toolBarText{};
     bool toolBarSeparatorBefore = false;
