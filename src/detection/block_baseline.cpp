@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "detection/sorted_window.h"
+
 namespace vess {
 namespace {
 
@@ -50,47 +52,6 @@ void BlockMeans(const double* x, int64_t B, double* means, std::size_t count) {
         means[m] = sum / double(B);
     }
 }
-
-// A sorted window of means in a buffer of fixed, even length whose places
-// beyond the values hold +infinity, which no count below takes in: taking a
-// value out and putting one in are one step, and "none" is +infinity.
-class SortedWindow {
-public:
-    explicit SortedWindow(std::size_t most) : values_((most + 1) / 2 * 2, INFINITY) {}
-
-    // The values, sorted as std::sort sorts them in this order.
-    void Fill(const double* values, std::size_t count) {
-        std::copy(values, values + count, values_.begin());
-        std::fill(values_.begin() + std::ptrdiff_t(count), values_.end(), INFINITY);
-        std::sort(values_.begin(), values_.begin() + std::ptrdiff_t(count));
-    }
-
-    double operator[](std::size_t i) const { return values_[i]; }
-
-    // Takes gone out and puts in in, as erasing at the first value not below
-    // gone and then inserting after the last value not above in do; the
-    // values between the two places move by one, in place.
-    void Replace(double gone, double in) {
-        const Pair goneBoth = {gone, gone}, inBoth = {in, in};
-        PairMask below = {0, 0}, notAbove = {0, 0};
-        for (std::size_t i = 0; i < values_.size(); i += 2) {
-            const Pair w = Load(&values_[i]);
-            below -= w < goneBoth;
-            notAbove -= w <= inBoth;
-        }
-        const std::size_t out = std::size_t(below[0] + below[1]);
-        // The place of in among the values without the one taken out.
-        const std::size_t at = std::size_t(notAbove[0] + notAbove[1]) - (values_[out] <= in);
-        double carry = in;
-        if (at >= out)
-            for (std::size_t i = at + 1; i-- > out;) std::swap(carry, values_[i]);
-        else
-            for (std::size_t i = at; i <= out; ++i) std::swap(carry, values_[i]);
-    }
-
-private:
-    std::vector<double> values_;
-};
 
 // medians[k] = the median of means[k .. k + 2K], k < count - 2K.
 void RunningMedians(const double* means, std::size_t count, int64_t K, double* medians) {

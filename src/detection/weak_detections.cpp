@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "detection/method_filter.h"
+#include "detection/point_loops.h"
 
 namespace vess {
 namespace {
@@ -38,11 +39,12 @@ std::vector<WeakRun> WeakRuns(const std::vector<double>& z, double low, double h
     const int64_t n = int64_t(z.size());
     int64_t i = 0;
     while (i < n && z[std::size_t(i)] > low) ++i;
-    while (i < n) {
-        if (!(z[std::size_t(i)] > low)) {
-            ++i;
-            continue;
-        }
+    double unusedDip = 0;
+    int64_t unusedDipIndex = 0;
+    for (;;) {
+        // The stretches below low are passed a vector at a time.
+        i = NextAbove(z.data(), i, n, low, false, unusedDip, unusedDipIndex);
+        if (i == n) break;
         WeakRun run{i, i};
         while (i < n && z[std::size_t(i)] > low) {
             if (z[std::size_t(i)] > z[std::size_t(run.top)]) run.top = i;

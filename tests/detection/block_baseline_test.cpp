@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "detection/block_baseline.h"
+#include "detection/sorted_window.h"
 #include "detection/value_of_rank.h"
 
 namespace vess {
@@ -99,6 +100,33 @@ TEST(BlockBaseline, IsTheRunningMedianOfBlockMeansWrittenDown) {
         // The NaN cases do leave out blocks near some points, not all.
         if (c.nanNear) {
             EXPECT_TRUE(nans > 0 && nans < count) << nans;
+        }
+    }
+}
+
+TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
+    // Widths around the vector lengths; whole values tie; +infinity goes out
+    // and comes in as "none" (a window that is not full).
+    for (const int lanes : AvailableLanes()) {
+        for (const std::size_t width : {std::size_t(1), std::size_t(3), std::size_t(8), std::size_t(27), std::size_t(73)}) {
+            std::mt19937_64 rng(width);
+            std::uniform_int_distribution<int> value(-6, 6), pick(0, 9);
+            SortedWindow window(width, lanes);
+            std::vector<double> want(width);
+            for (double& v : want) v = value(rng);
+            window.Fill(want.data(), width);
+            std::sort(want.begin(), want.end());
+            for (int step = 0; step < 400; ++step) {
+                const std::size_t size = std::size_t(std::count_if(want.begin(), want.end(), [](double v) { return v < INFINITY; }));
+                const bool noneOut = size == 0 || (size < width && pick(rng) < 5), noneIn = size > 0 && pick(rng) == 0;
+                const double gone = noneOut ? INFINITY : want[std::size_t(rng() % size)];
+                const double in = noneIn ? INFINITY : value(rng) + 0.5 * (pick(rng) == 0);
+                want.erase(std::lower_bound(want.begin(), want.end(), gone));
+                want.insert(std::upper_bound(want.begin(), want.end(), in), in);
+                window.Replace(gone, in);
+                for (std::size_t i = 0; i < width; ++i)
+                    ASSERT_EQ(window[i], want[i]) << lanes << " lanes, width " << width << ", step " << step;
+            }
         }
     }
 }
