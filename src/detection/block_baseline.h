@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "detection/point_loops.h"
+
 namespace vess {
 
 struct BlockBaseline {
@@ -12,9 +14,14 @@ struct BlockBaseline {
     int64_t blocksAside = 1;  // the median of 2 blocksAside + 1 blocks
     int direction = 1;
     double leaveOutAbove = 0;  // infinite: every block counts
+    // The output is taken in these units: (v - centre) / sd.
+    double centre = 0;
+    double sd = 1;
+    int lanes = WidestLanes();  // the vector width of the loops
 };
 
-// out[a - first] = direction × (filtered less the baseline) for the points
+// out[a - first] = (direction × (filtered less the baseline) - centre) / sd
+// for the points
 // a = first .. first + count - 1, where filtered[j] is point origin + j and
 // holds every point the baseline needs (blocksAside + 3 blocks either side,
 // 2 blocksAside + 4 when blocks are left out). nanNearLeftOut: not a number

@@ -149,11 +149,8 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
     const int64_t from = first - look;
     // Kept from stretch to stretch on this thread, so that its pages stay in.
     thread_local std::vector<double> z;
-    run.filter.Compute(rec, from, count + 2 * look, z);
-    // In noise SDs; (v - 0) / 1 is v to the bit, which the template's
-    // criterion already is.
-    if (run.noise.centre != 0 || run.noise.sd != 1)
-        Standardise(z.data(), int64_t(z.size()), run.noise.centre, run.noise.sd);
+    // In noise SDs, which the template's criterion already is.
+    run.filter.Compute(rec, from, count + 2 * look, z, NearEvents::Criterion, run.noise);
     std::vector<int64_t> points = DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction);
     const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from, points);
     if (!weak.empty()) {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "detection/block_baseline.h"
+#include "detection/point_loops.h"
 #include "detection/template_criterion.h"
 
 namespace vess {
@@ -99,13 +100,13 @@ std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, i
 }
 
 void MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
-                           NearEvents near) const {
+                           NearEvents near, NoiseLevel units) const {
     const int64_t before = convolver_->ReachBefore() + Apron();
     const int64_t after = convolver_->ReachAfter() + Apron();
     std::vector<int16_t>& raw = Scratch().raw;
     raw.resize(std::size_t(count + before + after));
     rec.ReadSamples(first - before, raw);
-    FromSamples(raw, first, count, out, near);
+    FromSamples(raw, first, count, out, near, units);
 }
 
 std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -124,13 +125,13 @@ std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, in
 }
 
 void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count,
-                               std::vector<double>& out, NearEvents near) const {
+                               std::vector<double>& out, NearEvents near, NoiseLevel units) const {
     // Every value is written below: no zeroing first.
     out.resize(std::size_t(std::max<int64_t>(count, 0)));
     if (method_ != DetectionMethod::Template) {
         std::vector<double>& filtered = Scratch().filtered;
         convolver_->Filter(x.data(), int64_t(x.size()), filtered);
-        LessRunningMedian(filtered, first, count, out, near);
+        LessRunningMedian(filtered, first, count, out, near, units);
         return;
     }
     if (count <= 0) return;
@@ -169,13 +170,15 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
         }
     };
     convolver_->Filter(x.data(), int64_t(x.size()), criteria);
+    // (v - 0) / 1 is v to the bit.
+    if (units.centre != 0 || units.sd != 1) Standardise(out.data(), count, units.centre, units.sd);
 }
 
 void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                                     std::vector<double>& out, NearEvents near) const {
+                                     std::vector<double>& out, NearEvents near, NoiseLevel units) const {
     // filtered[j] is point first - Apron() + j.
-    LessBlockBaseline({blockPoints_, blocksAside_, direction_, leaveOutAbove_}, filtered.data(), first - Apron(), first,
-                      count, out.data(), near == NearEvents::NotANumber);
+    LessBlockBaseline({blockPoints_, blocksAside_, direction_, leaveOutAbove_, units.centre, units.sd}, filtered.data(),
+                      first - Apron(), first, count, out.data(), near == NearEvents::NotANumber);
 }
 
 }  // namespace vess

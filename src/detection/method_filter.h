@@ -43,6 +43,11 @@ double SmoothingMsForKernel(const EventKernel& kernel);
 // value, or not a number (for measuring the noise away from events).
 enum class NearEvents { Criterion, NotANumber };
 
+struct NoiseLevel {
+    double centre = 0;
+    double sd = 1;
+};
+
 class MethodFilter {
 public:
     MethodFilter(const MethodParameters& params, double intervalUs, int direction);
@@ -73,8 +78,9 @@ public:
     // every stretch.
     // With NearEvents::NotANumber, the points of a left-out block and of the
     // blocks on either side of it are not a number.
+    // With units, the criterion is given in them: (v - centre) / sd.
     void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
-                 NearEvents near = NearEvents::Criterion) const;
+                 NearEvents near = NearEvents::Criterion, NoiseLevel units = {}) const;
     // The same on samples held in memory (signal[i] is point i); points
     // outside repeat the nearest sample, as a recording does.
     std::vector<double> Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -83,9 +89,9 @@ public:
 private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
     void FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count, std::vector<double>& out,
-                     NearEvents near) const;
+                     NearEvents near, NoiseLevel units = {}) const;
     void LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                           std::vector<double>& out, NearEvents near) const;
+                           std::vector<double>& out, NearEvents near, NoiseLevel units) const;
     // Points read beyond the deconvolution's own reach for the baseline.
     // Leaving blocks out needs the criterion over the median window around
     // every block of the stretch, and so twice the blocks.
@@ -111,10 +117,6 @@ private:
 // parabola to the logarithm of the counts) to the histogram bins holding at
 // least a fifth of the fullest bin, within three robust SDs (median absolute
 // deviation) of the median. Events sit in one tail and do not move it.
-struct NoiseLevel {
-    double centre = 0;
-    double sd = 1;
-};
 NoiseLevel RobustNoise(std::vector<double> values);
 
 // The stretches (first point, count) a channel's noise is measured over: the

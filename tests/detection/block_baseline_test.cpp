@@ -57,7 +57,7 @@ std::vector<double> Reference(const BlockBaseline& b, const std::vector<double>&
     for (int64_t a = first; a < first + count; ++a) {
         const int64_t block = FloorDiv(a, B);
         const bool near = leaving && nanNear && (leftOut(block - 1) || leftOut(block) || leftOut(block + 1));
-        out.push_back(near ? NAN : leaving ? levelled(a, kept) : levelled(a, all));
+        out.push_back(near ? NAN : ((leaving ? levelled(a, kept) : levelled(a, all)) - b.centre) / b.sd);
     }
     return out;
 }
@@ -84,22 +84,27 @@ TEST(BlockBaseline, IsTheRunningMedianOfBlockMeansWrittenDown) {
             f[i] = noise(rng) + (i % 97 < 3 ? 6 * c.direction : 0);  // events every 97 points
             if (c.wholeCounts) f[i] = std::round(f[i]);
         }
-        const BlockBaseline b{c.blockPoints, c.blocksAside, c.direction, c.leaveOutAbove};
-        std::vector<double> got(f.size() - std::size_t(2 * apron));
-        LessBlockBaseline(b, f.data(), origin, c.first, count, got.data(), c.nanNear);
+        // In the units of a noise level, as the detectors take it.
+        const BlockBaseline b{c.blockPoints, c.blocksAside, c.direction, c.leaveOutAbove, 0.25, 1.5};
         const std::vector<double> want = Reference(b, f, origin, c.first, count, c.nanNear);
-        int nans = 0;
-        for (std::size_t i = 0; i < got.size(); ++i) {
-            nans += std::isnan(want[i]);
-            if (std::isnan(want[i])) {
-                EXPECT_TRUE(std::isnan(got[i])) << c.blockPoints << " at " << i;
-            } else {
-                EXPECT_EQ(got[i], want[i]) << c.blockPoints << " at " << i;
+        for (const int lanes : AvailableLanes()) {
+            BlockBaseline atWidth = b;
+            atWidth.lanes = lanes;
+            std::vector<double> got(f.size() - std::size_t(2 * apron));
+            LessBlockBaseline(atWidth, f.data(), origin, c.first, count, got.data(), c.nanNear);
+            int nans = 0;
+            for (std::size_t i = 0; i < got.size(); ++i) {
+                nans += std::isnan(want[i]);
+                if (std::isnan(want[i])) {
+                    EXPECT_TRUE(std::isnan(got[i])) << c.blockPoints << " at " << i << ", " << lanes << " lanes";
+                } else {
+                    EXPECT_EQ(got[i], want[i]) << c.blockPoints << " at " << i << ", " << lanes << " lanes";
+                }
             }
-        }
-        // The NaN cases do leave out blocks near some points, not all.
-        if (c.nanNear) {
-            EXPECT_TRUE(nans > 0 && nans < count) << nans;
+            // The NaN cases do leave out blocks near some points, not all.
+            if (c.nanNear) {
+                EXPECT_TRUE(nans > 0 && nans < count) << nans;
+            }
         }
     }
 }
