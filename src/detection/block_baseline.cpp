@@ -226,10 +226,9 @@ struct BaselineScratch {
     std::vector<char> leftOut;
 };
 
-}  // namespace
-
-void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
-                       int64_t count, double* out, bool nanNearLeftOut) {
+// LessBlockBaseline of one stretch.
+void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
+                    int64_t count, double* out, bool nanNearLeftOut) {
     thread_local BaselineScratch s;
     const int64_t B = baseline.blockPoints, K = baseline.blocksAside;
     const double direction = baseline.direction;
@@ -301,6 +300,19 @@ void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, in
         const int64_t a = std::max(block * B, first), end = std::min((block + 1) * B, first + count);
         std::fill(out + (a - first), out + (end - first), NAN);
     }
+}
+
+}  // namespace
+
+void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
+                       int64_t count, double* out, bool nanNearLeftOut) {
+    // Each point's value depends only on the points around it: a long
+    // stretch is taken in pieces whose points stay in the cache from the
+    // block means to the levelled output.
+    constexpr int64_t kCached = int64_t(1) << 15;
+    for (int64_t from = first; from < first + count; from += kCached)
+        LessBaselineOf(baseline, filtered, origin, from, std::min(kCached, first + count - from), out + (from - first),
+                       nanNearLeftOut);
 }
 
 }  // namespace vess
