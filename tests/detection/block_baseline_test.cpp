@@ -109,6 +109,30 @@ TEST(BlockBaseline, IsTheRunningMedianOfBlockMeansWrittenDown) {
     }
 }
 
+TEST(BlockBaseline, ALongStretchIsItsPartsComputedApart) {
+    // Long stretches are levelled a cached piece at a time; each point's value
+    // is the same as from a short stretch around it.
+    const BlockBaseline b{40, 13, -1, 3.0, 0.5, 2};
+    const int64_t count = 100000, apron = (2 * b.blocksAside + 4) * b.blockPoints, first = 12345;
+    std::mt19937_64 rng(4);
+    std::normal_distribution<double> noise(0, 1);
+    std::vector<double> f(std::size_t(count + 2 * apron));
+    for (std::size_t i = 0; i < f.size(); ++i) f[i] = noise(rng) - (i % 997 < 20 ? 5 : 0);
+    std::vector<double> whole(static_cast<std::size_t>(count)), parts(whole.size());
+    LessBlockBaseline(b, f.data(), first - apron, first, count, whole.data(), true);
+    for (int64_t from = 0; from < count; from += 7001)
+        LessBlockBaseline(b, f.data(), first - apron, first + from, std::min<int64_t>(7001, count - from),
+                          parts.data() + from, true);
+    int nans = 0;
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        nans += std::isnan(whole[i]);
+        if (!(std::isnan(whole[i]) && std::isnan(parts[i]))) {
+            ASSERT_EQ(whole[i], parts[i]) << i;
+        }
+    }
+    EXPECT_TRUE(nans > 0 && nans < count) << nans;
+}
+
 TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
     // Widths around the vector lengths; whole values tie; +infinity goes out
     // and comes in as "none" (a window that is not full).
