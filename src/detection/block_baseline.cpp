@@ -228,7 +228,7 @@ struct BaselineScratch {
 
 // LessBlockBaseline of one stretch.
 void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
-                    int64_t count, double* out, bool nanNearLeftOut) {
+                    int64_t count, double* out, bool nanNearLeftOut, const StreamedBlockMeans* known) {
     thread_local BaselineScratch s;
     const int64_t B = baseline.blockPoints, K = baseline.blocksAside;
     const double direction = baseline.direction;
@@ -242,10 +242,16 @@ void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64
     const int64_t reach = leaving ? K + 1 : 0;
     const int64_t meansFrom = firstBlock - reach - K;
     const std::size_t means = std::size_t(lastBlock + reach + K - meansFrom + 1);
-    s.means.resize(means);
-    BlockMeans(filtered + (meansFrom * B - origin), B, s.means.data(), means);
+    const double* blockMeans = nullptr;
+    if (known) {
+        blockMeans = known->Means() + (meansFrom - known->FirstBlock());
+    } else {
+        s.means.resize(means);
+        BlockMeans(filtered + (meansFrom * B - origin), B, s.means.data(), means);
+        blockMeans = s.means.data();
+    }
     s.medians.resize(means - std::size_t(2 * K));  // blocks firstBlock - reach ..
-    RunningMedians(s.means.data(), means, K, s.medians.data(), baseline.lanes);
+    RunningMedians(blockMeans, means, K, s.medians.data(), baseline.lanes);
 #if defined(__x86_64__)
     const bool eights = baseline.lanes >= 8;
 #else
@@ -272,7 +278,7 @@ void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64
         put(s.medians.data());
         return;
     }
-    // s.means[j] is block meansFrom + j; a block is left out when a point of
+    // blockMeans[j] is block meansFrom + j; a block is left out when a point of
     // it rises above the level.
     s.leftOut.assign(means, 0);
     const int64_t flagFrom = firstBlock - K, flagTo = lastBlock + K + 1;
@@ -290,7 +296,7 @@ void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64
                 s.leftOut[std::size_t(p.block - meansFrom)] = 1;
     }
     s.keptMedians.resize(means - std::size_t(2 * (reach + K)));
-    MediansOfKept(s.means.data() + reach, s.leftOut.data() + reach, means - std::size_t(2 * reach), K,
+    MediansOfKept(blockMeans + reach, s.leftOut.data() + reach, means - std::size_t(2 * reach), K,
                   s.medians.data() + reach, s.keptMedians.data(), baseline.lanes);
     put(s.keptMedians.data());
     if (!nanNearLeftOut) return;
@@ -304,15 +310,44 @@ void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64
 
 }  // namespace
 
+void StreamedBlockMeans::Start(int64_t blockPoints, int64_t origin, int64_t points) {
+    blockPoints_ = blockPoints;
+    firstBlock_ = FloorDiv(origin + blockPoints - 1, blockPoints);
+    skip_ = firstBlock_ * blockPoints - origin;
+    filled_ = 0;
+    partial_ = 0;
+    means_.clear();
+    means_.reserve(std::size_t(std::max<int64_t>(points / blockPoints, 0)) + 1);
+}
+
+void StreamedBlockMeans::Add(const double* values, int64_t count) {
+    const int64_t B = blockPoints_;
+    int64_t i = std::min(skip_, count);
+    skip_ -= i;
+    if (filled_ > 0) {
+        // The block begun in an earlier piece.
+        for (; i < count && filled_ < B; ++i, ++filled_) partial_ += values[i];
+        if (filled_ < B) return;
+        means_.push_back(partial_ / double(B));
+        filled_ = 0;
+        partial_ = 0;
+    }
+    const int64_t whole = (count - i) / B;
+    const std::size_t at = means_.size();
+    means_.resize(at + std::size_t(whole));
+    BlockMeans(values + i, B, means_.data() + at, std::size_t(whole));
+    for (i += whole * B; i < count; ++i, ++filled_) partial_ += values[i];
+}
+
 void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
-                       int64_t count, double* out, bool nanNearLeftOut) {
+                       int64_t count, double* out, bool nanNearLeftOut, const StreamedBlockMeans* known) {
     // Each point's value depends only on the points around it: a long
     // stretch is taken in pieces whose points stay in the cache from the
     // block means to the levelled output.
     constexpr int64_t kCached = int64_t(1) << 15;
     for (int64_t from = first; from < first + count; from += kCached)
         LessBaselineOf(baseline, filtered, origin, from, std::min(kCached, first + count - from), out + (from - first),
-                       nanNearLeftOut);
+                       nanNearLeftOut, known);
 }
 
 }  // namespace vess

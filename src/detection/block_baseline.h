@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "detection/point_loops.h"
 
@@ -20,13 +21,34 @@ struct BlockBaseline {
     int lanes = WidestLanes();  // the vector width of the loops
 };
 
+// The means of the blocks of blockPoints (aligned on the channel's points)
+// that lie wholly in a stretch handed over piece by piece, in order, each
+// sum taken in order: the means LessBlockBaseline would take, found while
+// the pieces are still in the cache.
+class StreamedBlockMeans {
+public:
+    // The stretch begins at point origin and holds points values.
+    void Start(int64_t blockPoints, int64_t origin, int64_t points);
+    void Add(const double* values, int64_t count);
+    const double* Means() const { return means_.data(); }
+    int64_t FirstBlock() const { return firstBlock_; }
+
+private:
+    int64_t blockPoints_ = 1, firstBlock_ = 0;
+    int64_t skip_ = 0;    // points still to come before the first whole block
+    int64_t filled_ = 0;  // points summed of the block begun
+    double partial_ = 0;
+    std::vector<double> means_;
+};
+
 // out[a - first] = (direction × (filtered less the baseline) - centre) / sd
-// for the points
-// a = first .. first + count - 1, where filtered[j] is point origin + j and
-// holds every point the baseline needs (blocksAside + 3 blocks either side,
-// 2 blocksAside + 4 when blocks are left out). nanNearLeftOut: not a number
-// at the points of a left-out block and of the blocks either side of it.
+// for the points a = first .. first + count - 1, where filtered[j] is point
+// origin + j and holds every point the baseline needs (blocksAside + 3
+// blocks either side, 2 blocksAside + 4 when blocks are left out).
+// nanNearLeftOut: not a number at the points of a left-out block and of the
+// blocks either side of it. known: the means of filtered's blocks, when they
+// have been found already.
 void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
-                       int64_t count, double* out, bool nanNearLeftOut);
+                       int64_t count, double* out, bool nanNearLeftOut, const StreamedBlockMeans* known = nullptr);
 
 }  // namespace vess

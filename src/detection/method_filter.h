@@ -21,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include "detection/block_baseline.h"
 #include "detection/event_kernel.h"
 #include "detection/fft_convolution.h"
 #include "recording/method_settings.h"
@@ -90,8 +91,9 @@ private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
     void FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count, std::vector<double>& out,
                      NearEvents near, NoiseLevel units = {}) const;
-    void LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                           std::vector<double>& out, NearEvents near, NoiseLevel units) const;
+    // Points first .. first + count - 1 into out; filtered[j] is point origin + j.
+    void LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first, int64_t count,
+                           double* out, NearEvents near, NoiseLevel units, const StreamedBlockMeans& means) const;
     // Points read beyond the deconvolution's own reach for the baseline.
     // Leaving blocks out needs the criterion over the median window around
     // every block of the stretch, and so twice the blocks.
