@@ -111,7 +111,8 @@ TEST(BlockBaseline, IsTheRunningMedianOfBlockMeansWrittenDown) {
 
 TEST(BlockBaseline, ALongStretchIsItsPartsComputedApart) {
     // Long stretches are levelled a cached piece at a time; each point's value
-    // is the same as from a short stretch around it.
+    // is the same as from a short stretch around it, and as from block means
+    // found while the stretch came in pieces.
     const BlockBaseline b{40, 13, -1, 3.0, 0.5, 2};
     const int64_t count = 100000, apron = (2 * b.blocksAside + 4) * b.blockPoints, first = 12345;
     std::mt19937_64 rng(4);
@@ -123,11 +124,20 @@ TEST(BlockBaseline, ALongStretchIsItsPartsComputedApart) {
     for (int64_t from = 0; from < count; from += 7001)
         LessBlockBaseline(b, f.data(), first - apron, first + from, std::min<int64_t>(7001, count - from),
                           parts.data() + from, true);
+    // And with the block means streamed in pieces that split blocks.
+    StreamedBlockMeans streamed;
+    streamed.Start(b.blockPoints, first - apron, int64_t(f.size()));
+    for (std::size_t from = 0; from < f.size(); from += 997)
+        streamed.Add(f.data() + from, int64_t(std::min<std::size_t>(997, f.size() - from)));
+    std::vector<double> fromStreamed(whole.size());
+    LessBlockBaseline(b, f.data(), first - apron, first, count, fromStreamed.data(), true, &streamed);
     int nans = 0;
     for (std::size_t i = 0; i < whole.size(); ++i) {
         nans += std::isnan(whole[i]);
-        if (!(std::isnan(whole[i]) && std::isnan(parts[i]))) {
-            ASSERT_EQ(whole[i], parts[i]) << i;
+        for (const double other : {parts[i], fromStreamed[i]}) {
+            if (!(std::isnan(whole[i]) && std::isnan(other))) {
+                ASSERT_EQ(whole[i], other) << i;
+            }
         }
     }
     EXPECT_TRUE(nans > 0 && nans < count) << nans;
