@@ -28,13 +28,12 @@ constexpr double kLeaveOutSds = 3;
 // strong: the detection points of z, sorted; the fit of a weak run ends at
 // the first of them after it.
 std::vector<int64_t> ConfirmedWeakPoints(const MethodRun& run, const Recording& rec,
-                                         const std::vector<double>& z, int64_t from,
+                                         const std::vector<WeakRun>& runs, int64_t from,
                                          const std::vector<int64_t>& strong) {
     std::vector<int64_t> points;
-    if (!(run.traceNoiseSd > 0) || !(run.weakFraction < 1)) return points;
     const EventKernel kernel{run.params.riseTauMs, run.params.decayTauMs};
     const int direction = run.filter.Direction();
-    for (const WeakRun& w : WeakRuns(z, run.weakFraction * run.threshold, run.threshold)) {
+    for (const WeakRun& w : runs) {
         const auto next = std::upper_bound(strong.begin(), strong.end(), w.start);
         const int64_t end = next == strong.end() ? INT64_MAX : from + *next;
         const double amplitude = FittedKernelAmplitude(rec, from + w.top, kernel, direction, end);
@@ -149,10 +148,16 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
     const int64_t from = first - look;
     // Kept from stretch to stretch on this thread, so that its pages stay in.
     thread_local std::vector<double> z;
-    // In noise SDs, which the template's criterion already is.
-    run.filter.Compute(rec, from, count + 2 * look, z, NearEvents::Criterion, run.noise);
+    // In noise SDs, which the template's criterion already is; its weak runs
+    // are found as each piece is written, while it is in the cache.
+    const bool confirming = run.traceNoiseSd > 0 && run.weakFraction < 1;
+    WeakRunScan weakRuns(run.weakFraction * run.threshold, run.threshold);
+    MethodFilter::Written scan;
+    if (confirming) scan = [&](int64_t at, int64_t n) { weakRuns.Scan(z.data(), at, at + n); };
+    run.filter.Compute(rec, from, count + 2 * look, z, NearEvents::Criterion, run.noise, scan);
     std::vector<int64_t> points = DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction);
-    const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from, points);
+    const std::vector<int64_t> weak =
+        confirming ? ConfirmedWeakPoints(run, rec, weakRuns.Runs(), from, points) : std::vector<int64_t>{};
     if (!weak.empty()) {
         points.insert(points.end(), weak.begin(), weak.end());
         std::sort(points.begin(), points.end());

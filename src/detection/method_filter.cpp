@@ -101,13 +101,13 @@ std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, i
 }
 
 void MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
-                           NearEvents near, NoiseLevel units) const {
+                           NearEvents near, NoiseLevel units, const Written& written) const {
     const int64_t before = convolver_->ReachBefore() + Apron();
     const int64_t after = convolver_->ReachAfter() + Apron();
     std::vector<int16_t>& raw = Scratch().raw;
     raw.resize(std::size_t(count + before + after));
     rec.ReadSamples(first - before, raw);
-    FromSamples(raw, first, count, out, near, units);
+    FromSamples(raw, first, count, out, near, units, written);
 }
 
 std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -126,7 +126,8 @@ std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, in
 }
 
 void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count,
-                               std::vector<double>& out, NearEvents near, NoiseLevel units) const {
+                               std::vector<double>& out, NearEvents near, NoiseLevel units,
+                               const Written& written) const {
     // Every value is written below: no zeroing first.
     out.resize(std::size_t(std::max<int64_t>(count, 0)));
     if (method_ != DetectionMethod::Template) {
@@ -141,28 +142,29 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
         scratch.means.Start(blockPoints_, origin, outputs);
         constexpr int64_t kLevelledAtOnce = int64_t(1) << 15;
         if (held.size() < std::size_t(2 * kLevelledAtOnce)) held.resize(std::size_t(2 * kLevelledAtOnce));
-        int64_t heldFrom = 0, written = 0;
+        int64_t heldFrom = 0, copied = 0;  // outputs copied into held
         int64_t done = 0;  // points of out levelled; the next needs outputs from done on
         const auto levelReady = [&] {
             while (done < count) {
                 const int64_t n = std::min(kLevelledAtOnce, count - done);
-                if (written < done + n + 2 * Apron()) return;
+                if (copied < done + n + 2 * Apron()) return;
                 LessRunningMedian(held, origin + heldFrom, first + done, n, out.data() + done, near, units,
                                   scratch.means);
+                if (written) written(done, n);
                 done += n;
             }
         };
         convolver_->Filter(x.data(), int64_t(x.size()), [&](int64_t at, const double* values, int64_t n) {
             if (at + n - heldFrom > int64_t(held.size())) {
                 // The outputs no stretch to level needs any more make way.
-                const int64_t keep = std::min(done, written);
-                std::copy(held.begin() + (keep - heldFrom), held.begin() + (written - heldFrom), held.begin());
+                const int64_t keep = std::min(done, copied);
+                std::copy(held.begin() + (keep - heldFrom), held.begin() + (copied - heldFrom), held.begin());
                 heldFrom = keep;
                 if (at + n - heldFrom > int64_t(held.size())) held.resize(std::size_t(at + n - heldFrom));
             }
             std::copy(values, values + n, held.begin() + (at - heldFrom));
             scratch.means.Add(values, n);
-            written = at + n;
+            copied = at + n;
             levelReady();
         });
         levelReady();
@@ -206,6 +208,7 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
     convolver_->Filter(x.data(), int64_t(x.size()), criteria);
     // (v - 0) / 1 is v to the bit.
     if (units.centre != 0 || units.sd != 1) Standardise(out.data(), count, units.centre, units.sd);
+    if (written) written(0, count);
 }
 
 void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first, int64_t count, double* out,

@@ -17,6 +17,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -80,8 +81,11 @@ public:
     // With NearEvents::NotANumber, the points of a left-out block and of the
     // blocks on either side of it are not a number.
     // With units, the criterion is given in them: (v - centre) / sd.
+    // written(from, n) is called as out[from .. from + n - 1] is written, in
+    // order, for a caller to read them while they are in the cache.
+    using Written = std::function<void(int64_t from, int64_t n)>;
     void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
-                 NearEvents near = NearEvents::Criterion, NoiseLevel units = {}) const;
+                 NearEvents near = NearEvents::Criterion, NoiseLevel units = {}, const Written& written = {}) const;
     // The same on samples held in memory (signal[i] is point i); points
     // outside repeat the nearest sample, as a recording does.
     std::vector<double> Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -90,7 +94,7 @@ public:
 private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
     void FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count, std::vector<double>& out,
-                     NearEvents near, NoiseLevel units = {}) const;
+                     NearEvents near, NoiseLevel units = {}, const Written& written = {}) const;
     // Points first .. first + count - 1 into out; filtered[j] is point origin + j.
     void LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first, int64_t count,
                            double* out, NearEvents near, NoiseLevel units, const StreamedBlockMeans& means) const;
