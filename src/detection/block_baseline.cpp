@@ -178,8 +178,8 @@ bool Levelled(const LevelPiece& p, const double* f, double direction, double lim
 // The same eight points at a time, the last eight or fewer masked, and what
 // is written taken in units: (v - centre) / sd.
 template <bool Put>
-[[gnu::always_inline]] inline __attribute__((target("avx512f"))) bool LevelledEights(const LevelPiece& p, const double* f, double direction,
-                                                      double limit, double centre, double sd, double* out) {
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) bool LevelledEights(
+    const LevelPiece& p, const double* f, double direction, double limit, double centre, double sd, double* out) {
     const int64_t n = p.end - p.a;
     const __m512d level0 = _mm512_set1_pd(p.level0), step = _mm512_set1_pd(p.step), start = _mm512_set1_pd(p.start);
     const __m512d sign = _mm512_set1_pd(direction), over = _mm512_set1_pd(limit);
@@ -216,7 +216,8 @@ __attribute__((target("avx512f"))) void FlagEights(int64_t B, int64_t firstBlock
                                                    double limit, char* leftOut, int64_t flagFrom) {
     Pieces pieces(B, firstBlock, medians, from, to);
     for (LevelPiece p; pieces.Next(p);)
-        if (LevelledEights<false>(p, f + (p.a - from), direction, limit, 0, 1, nullptr)) leftOut[p.block - flagFrom] = 1;
+        if (LevelledEights<false>(p, f + (p.a - from), direction, limit, 0, 1, nullptr))
+            leftOut[p.block - flagFrom] = 1;
 }
 #endif
 

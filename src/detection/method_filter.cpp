@@ -211,8 +211,9 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
     if (written) written(0, count);
 }
 
-void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first, int64_t count, double* out,
-                                     NearEvents near, NoiseLevel units, const StreamedBlockMeans& means) const {
+void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first,
+                                     int64_t count, double* out, NearEvents near, NoiseLevel units,
+                                     const StreamedBlockMeans& means) const {
     // filtered[j] is point origin + j.
     LessBlockBaseline({blockPoints_, blocksAside_, direction_, leaveOutAbove_, units.centre, units.sd}, filtered.data(),
                       origin, first, count, out, near == NearEvents::NotANumber, &means);

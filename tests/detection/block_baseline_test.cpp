@@ -147,7 +147,7 @@ TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
     // Widths around the vector lengths; whole values tie; +infinity goes out
     // and comes in as "none" (a window that is not full).
     for (const int lanes : AvailableLanes()) {
-        for (const std::size_t width : {std::size_t(1), std::size_t(3), std::size_t(8), std::size_t(27), std::size_t(73)}) {
+        for (const std::size_t width : {1u, 3u, 8u, 27u, 73u}) {
             std::mt19937_64 rng(width);
             std::uniform_int_distribution<int> value(-6, 6), pick(0, 9);
             SortedWindow window(width, lanes);
@@ -156,8 +156,10 @@ TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
             window.Fill(want.data(), width);
             std::sort(want.begin(), want.end());
             for (int step = 0; step < 400; ++step) {
-                const std::size_t size = std::size_t(std::count_if(want.begin(), want.end(), [](double v) { return v < INFINITY; }));
-                const bool noneOut = size == 0 || (size < width && pick(rng) < 5), noneIn = size > 0 && pick(rng) == 0;
+                const auto size = std::size_t(
+                    std::count_if(want.begin(), want.end(), [](double v) { return std::isfinite(v); }));
+                const bool noneOut = size == 0 || (size < width && pick(rng) < 5);
+                const bool noneIn = size > 0 && pick(rng) == 0;
                 const double gone = noneOut ? INFINITY : want[std::size_t(rng() % size)];
                 const double in = noneIn ? INFINITY : value(rng) + 0.5 * (pick(rng) == 0);
                 want.erase(std::lower_bound(want.begin(), want.end(), gone));
