@@ -6,6 +6,15 @@
 #include <utility>
 #include <vector>
 
+#include "detection/sorted_window.h"
+
+#if defined(__x86_64__)
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+#endif
+
 namespace vess {
 namespace {
 
@@ -26,23 +35,25 @@ void Store(double* p, Pair v) { std::memcpy(p, &v, sizeof v); }
 int64_t FloorDiv(int64_t a, int64_t b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
 
 // means[m] = the mean of x[m B .. m B + B - 1], each sum taken in order.
-// Four blocks are summed side by side, so that each block's chain of
+// Eight blocks are summed side by side, so that each block's chain of
 // additions overlaps the others' instead of waiting on its own.
 void BlockMeans(const double* x, int64_t B, double* means, std::size_t count) {
     std::size_t m = 0;
-    for (; m + 4 <= count; m += 4) {
+    for (; m + 8 <= count; m += 8) {
         const double* p = x + int64_t(m) * B;
-        double s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+        double s0 = 0, s1 = 0, s2 = 0, s3 = 0, s4 = 0, s5 = 0, s6 = 0, s7 = 0;
         for (int64_t j = 0; j < B; ++j) {
             s0 += p[j];
             s1 += p[j + B];
             s2 += p[j + 2 * B];
             s3 += p[j + 3 * B];
+            s4 += p[j + 4 * B];
+            s5 += p[j + 5 * B];
+            s6 += p[j + 6 * B];
+            s7 += p[j + 7 * B];
         }
-        means[m] = s0 / double(B);
-        means[m + 1] = s1 / double(B);
-        means[m + 2] = s2 / double(B);
-        means[m + 3] = s3 / double(B);
+        const double sums[8] = {s0, s1, s2, s3, s4, s5, s6, s7};
+        for (std::size_t b = 0; b < 8; ++b) means[m + b] = sums[b] / double(B);
     }
     for (; m < count; ++m) {
         double sum = 0;
@@ -51,51 +62,10 @@ void BlockMeans(const double* x, int64_t B, double* means, std::size_t count) {
     }
 }
 
-// A sorted window of means in a buffer of fixed, even length whose places
-// beyond the values hold +infinity, which no count below takes in: taking a
-// value out and putting one in are one step, and "none" is +infinity.
-class SortedWindow {
-public:
-    explicit SortedWindow(std::size_t most) : values_((most + 1) / 2 * 2, INFINITY) {}
-
-    // The values, sorted as std::sort sorts them in this order.
-    void Fill(const double* values, std::size_t count) {
-        std::copy(values, values + count, values_.begin());
-        std::fill(values_.begin() + std::ptrdiff_t(count), values_.end(), INFINITY);
-        std::sort(values_.begin(), values_.begin() + std::ptrdiff_t(count));
-    }
-
-    double operator[](std::size_t i) const { return values_[i]; }
-
-    // Takes gone out and puts in in, as erasing at the first value not below
-    // gone and then inserting after the last value not above in do; the
-    // values between the two places move by one, in place.
-    void Replace(double gone, double in) {
-        const Pair goneBoth = {gone, gone}, inBoth = {in, in};
-        PairMask below = {0, 0}, notAbove = {0, 0};
-        for (std::size_t i = 0; i < values_.size(); i += 2) {
-            const Pair w = Load(&values_[i]);
-            below -= w < goneBoth;
-            notAbove -= w <= inBoth;
-        }
-        const std::size_t out = std::size_t(below[0] + below[1]);
-        // The place of in among the values without the one taken out.
-        const std::size_t at = std::size_t(notAbove[0] + notAbove[1]) - (values_[out] <= in);
-        double carry = in;
-        if (at >= out)
-            for (std::size_t i = at + 1; i-- > out;) std::swap(carry, values_[i]);
-        else
-            for (std::size_t i = at; i <= out; ++i) std::swap(carry, values_[i]);
-    }
-
-private:
-    std::vector<double> values_;
-};
-
 // medians[k] = the median of means[k .. k + 2K], k < count - 2K.
-void RunningMedians(const double* means, std::size_t count, int64_t K, double* medians) {
+void RunningMedians(const double* means, std::size_t count, int64_t K, double* medians, int lanes) {
     const std::size_t width = std::size_t(2 * K + 1), n = count - width + 1;
-    SortedWindow window(width);
+    SortedWindow window(width, lanes);
     window.Fill(means, width);
     for (std::size_t k = 0;; ++k) {
         medians[k] = window[std::size_t(K)];
@@ -112,9 +82,9 @@ void RunningMedians(const double* means, std::size_t count, int64_t K, double* m
 // block beginning at +0, so sorted means are the same sequence however they
 // were put in).
 void MediansOfKept(const double* means, const char* leftOut, std::size_t count, int64_t K, const double* ofAll,
-                   double* medians) {
+                   double* medians, int lanes) {
     const std::size_t width = std::size_t(2 * K + 1), n = count - width + 1;
-    SortedWindow window(width);
+    SortedWindow window(width, lanes);
     std::vector<double> kept;
     std::size_t size = 0, outside = 0;  // means of the window kept, and left out
     for (std::size_t j = 0; j < width; ++j) outside += std::size_t(leftOut[j]);
@@ -152,28 +122,34 @@ struct LevelPiece {
 };
 
 // The level runs straight from medians[k] at the centre of block
-// firstBlock + k to medians[k + 1] at the next centre; piece(LevelPiece) is
-// called for the points of [from, to), in order.
-template <typename Piece>
-void ForEachPiece(int64_t B, int64_t firstBlock, const double* medians, int64_t from, int64_t to, Piece&& piece) {
-    const double centre = double(B - 1) / 2;
-    const int64_t half = B / 2;  // the first point at or after a block's centre
-    for (int64_t a = from, block = FloorDiv(from - half, B); a < to; ++block) {
-        const std::size_t k = std::size_t(block - firstBlock);
-        const double start = double(block * B) + centre;
-        const double step = (medians[k + 1] - medians[k]) / double(B);
-        const int64_t next = (block + 1) * B, end = std::min(next + half, to);
-        if (a < next) {
-            const int64_t stop = std::min(next, end);
-            piece(LevelPiece{a, stop, block, medians[k], step, start});
-            a = stop;
+// firstBlock + k to medians[k + 1] at the next centre; Next gives the pieces
+// of the points of [from, to), in order, while there are any.
+class Pieces {
+public:
+    Pieces(int64_t B, int64_t firstBlock, const double* medians, int64_t from, int64_t to)
+        : B_(B), firstBlock_(firstBlock), medians_(medians), a_(from), to_(to), block_(FloorDiv(from - B / 2, B)) {}
+
+    bool Next(LevelPiece& p) {
+        const int64_t half = B_ / 2;  // the first point at or after a block's centre
+        for (; a_ < to_; ++block_) {
+            const int64_t next = (block_ + 1) * B_, end = std::min(next + half, to_);
+            if (a_ >= end) continue;
+            const std::size_t k = std::size_t(block_ - firstBlock_);
+            const double start = double(block_ * B_) + double(B_ - 1) / 2;
+            const double step = (medians_[k + 1] - medians_[k]) / double(B_);
+            const int64_t stop = a_ < next ? std::min(next, end) : end;
+            p = LevelPiece{a_, stop, a_ < next ? block_ : block_ + 1, medians_[k], step, start};
+            a_ = stop;
+            return true;
         }
-        if (a < end) {
-            piece(LevelPiece{a, end, block + 1, medians[k], step, start});
-            a = end;
-        }
+        return false;
     }
-}
+
+private:
+    int64_t B_, firstBlock_;
+    const double* medians_;
+    int64_t a_, to_, block_;
+};
 
 // v = direction × (f less the level) at the points of the piece (f[i] is
 // point p.a + i), written to out[i] when Put; whether v rises above limit at
@@ -198,16 +174,62 @@ bool Levelled(const LevelPiece& p, const double* f, double direction, double lim
     return any;
 }
 
+#if defined(__x86_64__)
+// The same eight points at a time, the last eight or fewer masked, and what
+// is written taken in units: (v - centre) / sd.
+template <bool Put>
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) bool LevelledEights(
+    const LevelPiece& p, const double* f, double direction, double limit, double centre, double sd, double* out) {
+    const int64_t n = p.end - p.a;
+    const __m512d level0 = _mm512_set1_pd(p.level0), step = _mm512_set1_pd(p.step), start = _mm512_set1_pd(p.start);
+    const __m512d sign = _mm512_set1_pd(direction), over = _mm512_set1_pd(limit);
+    __m512d at = _mm512_add_pd(_mm512_set1_pd(double(p.a)), _mm512_set_pd(7, 6, 5, 4, 3, 2, 1, 0));
+    __mmask8 above = 0;
+    for (int64_t i = 0; i < n; i += 8, at = _mm512_add_pd(at, _mm512_set1_pd(8))) {
+        const __mmask8 lanes = n - i >= 8 ? __mmask8(0xff) : __mmask8((1u << (n - i)) - 1);
+        const __m512d level = _mm512_add_pd(level0, _mm512_mul_pd(step, _mm512_sub_pd(at, start)));
+        const __m512d v = _mm512_mul_pd(sign, _mm512_sub_pd(_mm512_maskz_loadu_pd(lanes, f + i), level));
+        if (Put)
+            _mm512_mask_storeu_pd(
+                out + i, lanes,
+                _mm512_div_pd(_mm512_sub_pd(v, _mm512_set1_pd(centre)), _mm512_set1_pd(sd)));
+        else
+            above |= _mm512_mask_cmp_pd_mask(lanes, v, over, _CMP_GT_OQ);
+    }
+    return above != 0;
+}
+
+// The pieces of [from, to) levelled in units into out (f and out begin at
+// point from), and the blocks that rise above limit flagged in leftOut
+// (leftOut[0] is block flagFrom), each in one function, so that the pieces'
+// loop is compiled for eight lanes too.
+__attribute__((target("avx512f"))) void PutEights(int64_t B, int64_t firstBlock, const double* medians, int64_t from,
+                                                  int64_t to, const double* f, double direction, double centre,
+                                                  double sd, double* out) {
+    Pieces pieces(B, firstBlock, medians, from, to);
+    for (LevelPiece p; pieces.Next(p);)
+        LevelledEights<true>(p, f + (p.a - from), direction, INFINITY, centre, sd, out + (p.a - from));
+}
+
+__attribute__((target("avx512f"))) void FlagEights(int64_t B, int64_t firstBlock, const double* medians,
+                                                   int64_t from, int64_t to, const double* f, double direction,
+                                                   double limit, char* leftOut, int64_t flagFrom) {
+    Pieces pieces(B, firstBlock, medians, from, to);
+    for (LevelPiece p; pieces.Next(p);)
+        if (LevelledEights<false>(p, f + (p.a - from), direction, limit, 0, 1, nullptr))
+            leftOut[p.block - flagFrom] = 1;
+}
+#endif
+
 // Kept from call to call on this thread, so that their pages stay in.
 struct BaselineScratch {
     std::vector<double> means, medians, keptMedians;
     std::vector<char> leftOut;
 };
 
-}  // namespace
-
-void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
-                       int64_t count, double* out, bool nanNearLeftOut) {
+// LessBlockBaseline of one stretch.
+void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
+                    int64_t count, double* out, bool nanNearLeftOut, const StreamedBlockMeans* known) {
     thread_local BaselineScratch s;
     const int64_t B = baseline.blockPoints, K = baseline.blocksAside;
     const double direction = baseline.direction;
@@ -221,30 +243,63 @@ void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, in
     const int64_t reach = leaving ? K + 1 : 0;
     const int64_t meansFrom = firstBlock - reach - K;
     const std::size_t means = std::size_t(lastBlock + reach + K - meansFrom + 1);
-    s.means.resize(means);
-    BlockMeans(filtered + (meansFrom * B - origin), B, s.means.data(), means);
+    const double* blockMeans = nullptr;
+    if (known) {
+        blockMeans = known->Means() + (meansFrom - known->FirstBlock());
+    } else {
+        s.means.resize(means);
+        BlockMeans(filtered + (meansFrom * B - origin), B, s.means.data(), means);
+        blockMeans = s.means.data();
+    }
     s.medians.resize(means - std::size_t(2 * K));  // blocks firstBlock - reach ..
-    RunningMedians(s.means.data(), means, K, s.medians.data());
-    const auto put = [&](const LevelPiece& p) {
-        Levelled<true>(p, filtered + (p.a - origin), direction, INFINITY, out + (p.a - first));
+    RunningMedians(blockMeans, means, K, s.medians.data(), baseline.lanes);
+#if defined(__x86_64__)
+    const bool eights = baseline.lanes >= 8;
+#else
+    const bool eights = false;
+#endif
+    // The level's pieces written out, in units where eight lanes fold them
+    // in, else in a pass of their own afterwards.
+    const auto put = [&](const double* medians) {
+#if defined(__x86_64__)
+        if (eights) {
+            PutEights(B, firstBlock, medians, first, first + count, filtered + (first - origin), direction,
+                      baseline.centre, baseline.sd, out);
+            return;
+        }
+#endif
+        Pieces pieces(B, firstBlock, medians, first, first + count);
+        for (LevelPiece p; pieces.Next(p);)
+            Levelled<true>(p, filtered + (p.a - origin), direction, INFINITY, out + (p.a - first));
+        // (v - 0) / 1 is v to the bit.
+        if (baseline.centre != 0 || baseline.sd != 1)
+            Standardise(out, count, baseline.centre, baseline.sd, baseline.lanes);
     };
     if (!leaving) {
-        ForEachPiece(B, firstBlock, s.medians.data(), first, first + count, put);
+        put(s.medians.data());
         return;
     }
-    // s.means[j] is block meansFrom + j; a block is left out when a point of
+    // blockMeans[j] is block meansFrom + j; a block is left out when a point of
     // it rises above the level.
     s.leftOut.assign(means, 0);
-    const auto flag = [&](const LevelPiece& p) {
-        if (Levelled<false>(p, filtered + (p.a - origin), direction, baseline.leaveOutAbove, nullptr))
-            s.leftOut[std::size_t(p.block - meansFrom)] = 1;
-    };
     const int64_t flagFrom = firstBlock - K, flagTo = lastBlock + K + 1;
-    ForEachPiece(B, firstBlock - reach, s.medians.data(), flagFrom * B, flagTo * B, flag);
+#if defined(__x86_64__)
+    if (eights)
+        FlagEights(B, firstBlock - reach, s.medians.data(), flagFrom * B, flagTo * B,
+                   filtered + (flagFrom * B - origin), direction, baseline.leaveOutAbove,
+                   s.leftOut.data() + (flagFrom - meansFrom), flagFrom);
+    else
+#endif
+    {
+        Pieces pieces(B, firstBlock - reach, s.medians.data(), flagFrom * B, flagTo * B);
+        for (LevelPiece p; pieces.Next(p);)
+            if (Levelled<false>(p, filtered + (p.a - origin), direction, baseline.leaveOutAbove, nullptr))
+                s.leftOut[std::size_t(p.block - meansFrom)] = 1;
+    }
     s.keptMedians.resize(means - std::size_t(2 * (reach + K)));
-    MediansOfKept(s.means.data() + reach, s.leftOut.data() + reach, means - std::size_t(2 * reach), K,
-                  s.medians.data() + reach, s.keptMedians.data());
-    ForEachPiece(B, firstBlock, s.keptMedians.data(), first, first + count, put);
+    MediansOfKept(blockMeans + reach, s.leftOut.data() + reach, means - std::size_t(2 * reach), K,
+                  s.medians.data() + reach, s.keptMedians.data(), baseline.lanes);
+    put(s.keptMedians.data());
     if (!nanNearLeftOut) return;
     for (int64_t block = FloorDiv(first, B); block * B < first + count; ++block) {
         const std::size_t j = std::size_t(block - meansFrom);
@@ -252,6 +307,48 @@ void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, in
         const int64_t a = std::max(block * B, first), end = std::min((block + 1) * B, first + count);
         std::fill(out + (a - first), out + (end - first), NAN);
     }
+}
+
+}  // namespace
+
+void StreamedBlockMeans::Start(int64_t blockPoints, int64_t origin, int64_t points) {
+    blockPoints_ = blockPoints;
+    firstBlock_ = FloorDiv(origin + blockPoints - 1, blockPoints);
+    skip_ = firstBlock_ * blockPoints - origin;
+    filled_ = 0;
+    partial_ = 0;
+    means_.clear();
+    means_.reserve(std::size_t(std::max<int64_t>(points / blockPoints, 0)) + 1);
+}
+
+void StreamedBlockMeans::Add(const double* values, int64_t count) {
+    const int64_t B = blockPoints_;
+    int64_t i = std::min(skip_, count);
+    skip_ -= i;
+    if (filled_ > 0) {
+        // The block begun in an earlier piece.
+        for (; i < count && filled_ < B; ++i, ++filled_) partial_ += values[i];
+        if (filled_ < B) return;
+        means_.push_back(partial_ / double(B));
+        filled_ = 0;
+        partial_ = 0;
+    }
+    const int64_t whole = (count - i) / B;
+    const std::size_t at = means_.size();
+    means_.resize(at + std::size_t(whole));
+    BlockMeans(values + i, B, means_.data() + at, std::size_t(whole));
+    for (i += whole * B; i < count; ++i, ++filled_) partial_ += values[i];
+}
+
+void LessBlockBaseline(const BlockBaseline& baseline, const double* filtered, int64_t origin, int64_t first,
+                       int64_t count, double* out, bool nanNearLeftOut, const StreamedBlockMeans* known) {
+    // Each point's value depends only on the points around it: a long
+    // stretch is taken in pieces whose points stay in the cache from the
+    // block means to the levelled output.
+    constexpr int64_t kCached = int64_t(1) << 15;
+    for (int64_t from = first; from < first + count; from += kCached)
+        LessBaselineOf(baseline, filtered, origin, from, std::min(kCached, first + count - from), out + (from - first),
+                       nanNearLeftOut, known);
 }
 
 }  // namespace vess

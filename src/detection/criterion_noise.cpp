@@ -25,11 +25,16 @@ NoiseLevel RobustNoise(std::vector<double> v) {
     if (!(mad > 0)) return {med, 1e-12};
     constexpr int kBins = 101;
     const double lo = med - 3 * mad, width = 6 * mad / kBins;
+    // Counted into four histograms in turn, so that a run of values in one
+    // bin does not wait on its own count; whole counts add up exactly.
     std::vector<double> counts(kBins, 0.0);
-    for (double d : v) {
-        const double b = (d - lo) / width;
-        if (b >= 0 && b < kBins) counts[std::size_t(b)] += 1;
+    std::vector<double> apart(4 * kBins, 0.0);
+    for (std::size_t i = 0; i < n; ++i) {
+        const double b = (v[i] - lo) / width;
+        if (b >= 0 && b < kBins) apart[(i & 3) * kBins + std::size_t(b)] += 1;
     }
+    for (std::size_t k = 0; k < std::size_t(kBins); ++k)
+        counts[k] = apart[k] + apart[kBins + k] + apart[2 * kBins + k] + apart[3 * kBins + k];
     const double fullest = *std::max_element(counts.begin(), counts.end());
     // Weighted least squares of ln(count) = a + b x + c x^2 (x in MADs).
     double s[5] = {0, 0, 0, 0, 0}, r[3] = {0, 0, 0};
@@ -73,22 +78,22 @@ NoiseLevel CriterionNoise(const MethodFilter& filter, const Recording& rec, Near
     // and joined in order.
     const int workers = UsableWorkers(kNoiseWorkers);
     std::vector<MethodFilter> copies(std::size_t(workers - 1), filter);
-    std::vector<double> values;
-    int64_t total = 0;
-    for (const auto& stretch : stretches) total += std::max<int64_t>(stretch.second, 0);
-    values.reserve(std::size_t(total));
+    // Each stretch's values go straight to their place, through a buffer
+    // each thread keeps (a fresh one a stretch would be faulted in each time).
+    std::vector<std::size_t> places(stretches.size() + 1, 0);
+    for (std::size_t i = 0; i < stretches.size(); ++i)
+        places[i + 1] = places[i] + std::size_t(std::max<int64_t>(stretches[i].second, 0));
+    std::vector<double> values(places.back());
     ComputeInOrder(
         int64_t(stretches.size()), workers, 2 * int64_t(workers),
         [&](int worker, int64_t i) {
             const MethodFilter& mine = worker == 0 ? filter : copies[std::size_t(worker - 1)];
-            std::vector<double> part;
+            thread_local std::vector<double> part;
             mine.Compute(rec, stretches[std::size_t(i)].first, stretches[std::size_t(i)].second, part, near);
-            return part;
-        },
-        [&](int64_t, const std::vector<double>& part) {
-            values.insert(values.end(), part.begin(), part.end());
+            std::copy(part.begin(), part.end(), values.begin() + std::ptrdiff_t(places[std::size_t(i)]));
             return true;
-        });
+        },
+        [](int64_t, bool) { return true; });
     const auto away = std::count_if(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
     if (near == NearEvents::NotANumber && 4 * std::size_t(away) < values.size())
         return CriterionNoise(filter, rec, NearEvents::Criterion);

@@ -28,13 +28,12 @@ constexpr double kLeaveOutSds = 3;
 // strong: the detection points of z, sorted; the fit of a weak run ends at
 // the first of them after it.
 std::vector<int64_t> ConfirmedWeakPoints(const MethodRun& run, const Recording& rec,
-                                         const std::vector<double>& z, int64_t from,
+                                         const std::vector<WeakRun>& runs, int64_t from,
                                          const std::vector<int64_t>& strong) {
     std::vector<int64_t> points;
-    if (!(run.traceNoiseSd > 0) || !(run.weakFraction < 1)) return points;
     const EventKernel kernel{run.params.riseTauMs, run.params.decayTauMs};
     const int direction = run.filter.Direction();
-    for (const WeakRun& w : WeakRuns(z, run.weakFraction * run.threshold, run.threshold)) {
+    for (const WeakRun& w : runs) {
         const auto next = std::upper_bound(strong.begin(), strong.end(), w.start);
         const int64_t end = next == strong.end() ? INT64_MAX : from + *next;
         const double amplitude = FittedKernelAmplitude(rec, from + w.top, kernel, direction, end);
@@ -88,59 +87,65 @@ MethodRun PrepareMethodRun(const MethodParameters& params, const Recording& rec,
 
 std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double threshold,
                                      int64_t minSeparationPoints, double dipFraction) {
-    std::vector<int64_t> points;
-    const int64_t n = int64_t(z.size());
-    int64_t lastPeak = -1;          // index of the current event's highest point
-    double lastPeakValue = 0;
-    double dip = INFINITY;          // lowest value since lastPeak
-    int64_t dipIndex = -1;
-    int64_t i = 0;
+    DetectionScan scan(threshold, minSeparationPoints, dipFraction);
+    scan.Scan(z.data(), int64_t(z.size()), int64_t(z.size()));
+    return scan.Points();
+}
+
+void DetectionScan::Scan(const double* z, int64_t available, int64_t n) {
+    const double threshold = threshold_;
+    int64_t i = next_;
     // A run that is above the threshold at the first point began before z:
     // its crossing belongs to the stretch before.
-    while (i < n && z[std::size_t(i)] > threshold) ++i;
-    for (; i < n; ++i) {
+    // (Past the first piece, a point above the threshold after one above it
+    // is no crossing either.)
+    if (begunBefore_) {
+        while (i < available && z[i] > threshold) ++i;
+        begunBefore_ = false;
+    }
+    for (; i < available; ++i) {
         // The points up to the next one above the threshold only lower the dip.
-        i = NextAbove(z.data(), i, n, threshold, lastPeak >= 0, dip, dipIndex);
-        if (i == n) break;
-        const double v = z[std::size_t(i)];
-        if (lastPeak >= 0 && v < dip) {
-            dip = v;
-            dipIndex = i;
+        i = NextAbove(z, i, available, threshold, lastPeak_ >= 0, dip_, dipIndex_);
+        // Point i is taken once the one after it is there too.
+        if (i == available || (i + 1 == available && available < n)) break;
+        const double v = z[i];
+        if (lastPeak_ >= 0 && v < dip_) {
+            dip_ = v;
+            dipIndex_ = i;
         }
-        const bool localMax = (i + 1 >= n || v > z[std::size_t(i + 1)]) && v >= z[std::size_t(i - 1)];
-        const bool crossing = !(z[std::size_t(i - 1)] > threshold);
-        if (lastPeak < 0) {
+        const bool localMax = (i + 1 >= n || v > z[i + 1]) && v >= z[i - 1];
+        const bool crossing = !(z[i - 1] > threshold);
+        if (lastPeak_ < 0) {
             if (crossing) {
-                points.push_back(i);
-                lastPeak = i;
-                lastPeakValue = v;
-                dip = INFINITY;
+                points_.push_back(i);
+                lastPeak_ = i;
+                lastPeakValue_ = v;
+                dip_ = INFINITY;
             }
             continue;
         }
         if (!localMax) continue;
-        const bool clearDip = dip < dipFraction * std::min(lastPeakValue, v);
-        const bool belowAndApart = dip <= threshold && i - lastPeak >= minSeparationPoints;
+        const bool clearDip = dip_ < dipFraction_ * std::min(lastPeakValue_, v);
+        const bool belowAndApart = dip_ <= threshold && i - lastPeak_ >= minSeparation_;
         if (clearDip || belowAndApart) {
             // The new event begins where the trace left the dip: its
             // crossing when it fell below the threshold, else the dip.
-            int64_t onset = dipIndex;
-            if (dip <= threshold) {
-                onset = dipIndex;
-                while (onset + 1 < i && !(z[std::size_t(onset + 1)] > threshold)) ++onset;
+            int64_t onset = dipIndex_;
+            if (dip_ <= threshold) {
+                while (onset + 1 < i && !(z[onset + 1] > threshold)) ++onset;
                 ++onset;
             }
-            points.push_back(onset);
-            lastPeak = i;
-            lastPeakValue = v;
-            dip = INFINITY;
-        } else if (v > lastPeakValue) {
-            lastPeak = i;
-            lastPeakValue = v;
-            dip = INFINITY;
+            points_.push_back(onset);
+            lastPeak_ = i;
+            lastPeakValue_ = v;
+            dip_ = INFINITY;
+        } else if (v > lastPeakValue_) {
+            lastPeak_ = i;
+            lastPeakValue_ = v;
+            dip_ = INFINITY;
         }
     }
-    return points;
+    next_ = i;
 }
 
 std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, int64_t first,
@@ -149,13 +154,20 @@ std::vector<int64_t> FindDetections(const MethodRun& run, const Recording& rec, 
     const int64_t from = first - look;
     // Kept from stretch to stretch on this thread, so that its pages stay in.
     thread_local std::vector<double> z;
-    run.filter.Compute(rec, from, count + 2 * look, z);
-    // In noise SDs; (v - 0) / 1 is v to the bit, which the template's
-    // criterion already is.
-    if (run.noise.centre != 0 || run.noise.sd != 1)
-        Standardise(z.data(), int64_t(z.size()), run.noise.centre, run.noise.sd);
-    std::vector<int64_t> points = DetectionPoints(z, run.threshold, run.minSeparationPoints, run.dipFraction);
-    const std::vector<int64_t> weak = ConfirmedWeakPoints(run, rec, z, from, points);
+    // In noise SDs, which the template's criterion already is; its detection
+    // points and weak runs are found as each piece is written, while it is
+    // in the cache.
+    const bool confirming = run.traceNoiseSd > 0 && run.weakFraction < 1;
+    WeakRunScan weakRuns(run.weakFraction * run.threshold, run.threshold);
+    DetectionScan detections(run.threshold, run.minSeparationPoints, run.dipFraction);
+    const int64_t total = count + 2 * look;
+    run.filter.Compute(rec, from, total, z, NearEvents::Criterion, run.noise, [&](int64_t at, int64_t n) {
+        detections.Scan(z.data(), at + n, total);
+        if (confirming) weakRuns.Scan(z.data(), at, at + n);
+    });
+    std::vector<int64_t> points = detections.Points();
+    const std::vector<int64_t> weak =
+        confirming ? ConfirmedWeakPoints(run, rec, weakRuns.Runs(), from, points) : std::vector<int64_t>{};
     if (!weak.empty()) {
         points.insert(points.end(), weak.begin(), weak.end());
         std::sort(points.begin(), points.end());

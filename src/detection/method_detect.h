@@ -5,6 +5,7 @@
 // its detection point and measured as every event is.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -55,6 +56,28 @@ MethodRun PrepareMethodRun(const MethodParameters& params, const Recording& rec,
 // least the minimum separation after the previous peak).
 std::vector<int64_t> DetectionPoints(const std::vector<double>& z, double threshold,
                                      int64_t minSeparationPoints, double dipFraction);
+
+// The same found piece by piece as z is written: Scan(z, available, n) takes
+// the points below available (of n in all), each call with more of them.
+class DetectionScan {
+public:
+    DetectionScan(double threshold, int64_t minSeparationPoints, double dipFraction)
+        : threshold_(threshold), minSeparation_(minSeparationPoints), dipFraction_(dipFraction) {}
+    void Scan(const double* z, int64_t available, int64_t n);
+    const std::vector<int64_t>& Points() const { return points_; }
+
+private:
+    double threshold_;
+    int64_t minSeparation_;
+    double dipFraction_;
+    bool begunBefore_ = true;  // the run above the threshold that began before z is to pass
+    int64_t next_ = 0;         // the point to take next
+    int64_t lastPeak_ = -1;    // index of the current event's highest point
+    double lastPeakValue_ = 0;
+    double dip_ = INFINITY;  // lowest value since lastPeak
+    int64_t dipIndex_ = -1;
+    std::vector<int64_t> points_;
+};
 
 // Detection points (point indices of the channel) in first .. first+count-1,
 // followed by the first one after that stretch when there is one within

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "detection/block_baseline.h"
+#include "detection/point_loops.h"
 #include "detection/template_criterion.h"
 
 namespace vess {
@@ -83,6 +84,7 @@ namespace {
 struct ComputeScratch {
     std::vector<int16_t> raw;
     std::vector<double> filtered;
+    StreamedBlockMeans means;
 };
 
 ComputeScratch& Scratch() {
@@ -99,13 +101,13 @@ std::vector<double> MethodFilter::Compute(const Recording& rec, int64_t first, i
 }
 
 void MethodFilter::Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
-                           NearEvents near) const {
+                           NearEvents near, NoiseLevel units, const Written& written) const {
     const int64_t before = convolver_->ReachBefore() + Apron();
     const int64_t after = convolver_->ReachAfter() + Apron();
     std::vector<int16_t>& raw = Scratch().raw;
     raw.resize(std::size_t(count + before + after));
     rec.ReadSamples(first - before, raw);
-    FromSamples(raw, first, count, out, near);
+    FromSamples(raw, first, count, out, near, units, written);
 }
 
 std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -124,13 +126,48 @@ std::vector<double> MethodFilter::Compute(const std::vector<int16_t>& signal, in
 }
 
 void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count,
-                               std::vector<double>& out, NearEvents near) const {
+                               std::vector<double>& out, NearEvents near, NoiseLevel units,
+                               const Written& written) const {
     // Every value is written below: no zeroing first.
     out.resize(std::size_t(std::max<int64_t>(count, 0)));
     if (method_ != DetectionMethod::Template) {
-        std::vector<double>& filtered = Scratch().filtered;
-        convolver_->Filter(x.data(), int64_t(x.size()), filtered);
-        LessRunningMedian(filtered, first, count, out, near);
+        // The convolution is levelled a stretch at a time as its blocks come,
+        // its block means taken from each block as it is copied out: the
+        // points are read again while they are still in the cache, and only
+        // those a stretch still to level needs are held.
+        ComputeScratch& scratch = Scratch();
+        std::vector<double>& held = scratch.filtered;  // outputs heldFrom ..
+        const int64_t outputs = int64_t(x.size()) - convolver_->ReachBefore() - convolver_->ReachAfter();
+        const int64_t origin = first - Apron();  // the point of output 0
+        scratch.means.Start(blockPoints_, origin, outputs);
+        constexpr int64_t kLevelledAtOnce = int64_t(1) << 15;
+        if (held.size() < std::size_t(2 * kLevelledAtOnce)) held.resize(std::size_t(2 * kLevelledAtOnce));
+        int64_t heldFrom = 0, copied = 0;  // outputs copied into held
+        int64_t done = 0;  // points of out levelled; the next needs outputs from done on
+        const auto levelReady = [&] {
+            while (done < count) {
+                const int64_t n = std::min(kLevelledAtOnce, count - done);
+                if (copied < done + n + 2 * Apron()) return;
+                LessRunningMedian(held, origin + heldFrom, first + done, n, out.data() + done, near, units,
+                                  scratch.means);
+                if (written) written(done, n);
+                done += n;
+            }
+        };
+        convolver_->Filter(x.data(), int64_t(x.size()), [&](int64_t at, const double* values, int64_t n) {
+            if (at + n - heldFrom > int64_t(held.size())) {
+                // The outputs no stretch to level needs any more make way.
+                const int64_t keep = std::min(done, copied);
+                std::copy(held.begin() + (keep - heldFrom), held.begin() + (copied - heldFrom), held.begin());
+                heldFrom = keep;
+                if (at + n - heldFrom > int64_t(held.size())) held.resize(std::size_t(at + n - heldFrom));
+            }
+            std::copy(values, values + n, held.begin() + (at - heldFrom));
+            scratch.means.Add(values, n);
+            copied = at + n;
+            levelReady();
+        });
+        levelReady();
         return;
     }
     if (count <= 0) return;
@@ -169,13 +206,17 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
         }
     };
     convolver_->Filter(x.data(), int64_t(x.size()), criteria);
+    // (v - 0) / 1 is v to the bit.
+    if (units.centre != 0 || units.sd != 1) Standardise(out.data(), count, units.centre, units.sd);
+    if (written) written(0, count);
 }
 
-void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                                     std::vector<double>& out, NearEvents near) const {
-    // filtered[j] is point first - Apron() + j.
-    LessBlockBaseline({blockPoints_, blocksAside_, direction_, leaveOutAbove_}, filtered.data(), first - Apron(), first,
-                      count, out.data(), near == NearEvents::NotANumber);
+void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first,
+                                     int64_t count, double* out, NearEvents near, NoiseLevel units,
+                                     const StreamedBlockMeans& means) const {
+    // filtered[j] is point origin + j.
+    LessBlockBaseline({blockPoints_, blocksAside_, direction_, leaveOutAbove_, units.centre, units.sd}, filtered.data(),
+                      origin, first, count, out, near == NearEvents::NotANumber, &means);
 }
 
 }  // namespace vess

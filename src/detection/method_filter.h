@@ -17,10 +17,12 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
 
+#include "detection/block_baseline.h"
 #include "detection/event_kernel.h"
 #include "detection/fft_convolution.h"
 #include "recording/method_settings.h"
@@ -42,6 +44,11 @@ double SmoothingMsForKernel(const EventKernel& kernel);
 // What the criterion holds near the blocks left out of its baseline: its
 // value, or not a number (for measuring the noise away from events).
 enum class NearEvents { Criterion, NotANumber };
+
+struct NoiseLevel {
+    double centre = 0;
+    double sd = 1;
+};
 
 class MethodFilter {
 public:
@@ -73,8 +80,12 @@ public:
     // every stretch.
     // With NearEvents::NotANumber, the points of a left-out block and of the
     // blocks on either side of it are not a number.
+    // With units, the criterion is given in them: (v - centre) / sd.
+    // written(from, n) is called as out[from .. from + n - 1] is written, in
+    // order, for a caller to read them while they are in the cache.
+    using Written = std::function<void(int64_t from, int64_t n)>;
     void Compute(const Recording& rec, int64_t first, int64_t count, std::vector<double>& out,
-                 NearEvents near = NearEvents::Criterion) const;
+                 NearEvents near = NearEvents::Criterion, NoiseLevel units = {}, const Written& written = {}) const;
     // The same on samples held in memory (signal[i] is point i); points
     // outside repeat the nearest sample, as a recording does.
     std::vector<double> Compute(const std::vector<int16_t>& signal, int64_t first,
@@ -83,9 +94,10 @@ public:
 private:
     // x begins at point first - ReachBefore() - Apron() of the channel.
     void FromSamples(const std::vector<int16_t>& x, int64_t first, int64_t count, std::vector<double>& out,
-                     NearEvents near) const;
-    void LessRunningMedian(const std::vector<double>& filtered, int64_t first, int64_t count,
-                           std::vector<double>& out, NearEvents near) const;
+                     NearEvents near, NoiseLevel units = {}, const Written& written = {}) const;
+    // Points first .. first + count - 1 into out; filtered[j] is point origin + j.
+    void LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first, int64_t count,
+                           double* out, NearEvents near, NoiseLevel units, const StreamedBlockMeans& means) const;
     // Points read beyond the deconvolution's own reach for the baseline.
     // Leaving blocks out needs the criterion over the median window around
     // every block of the stretch, and so twice the blocks.
@@ -111,10 +123,6 @@ private:
 // parabola to the logarithm of the counts) to the histogram bins holding at
 // least a fifth of the fullest bin, within three robust SDs (median absolute
 // deviation) of the median. Events sit in one tail and do not move it.
-struct NoiseLevel {
-    double centre = 0;
-    double sd = 1;
-};
 NoiseLevel RobustNoise(std::vector<double> values);
 
 // The stretches (first point, count) a channel's noise is measured over: the

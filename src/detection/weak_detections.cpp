@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "detection/method_filter.h"
+#include "detection/point_loops.h"
 
 namespace vess {
 namespace {
@@ -34,23 +35,39 @@ void AppendDetrended(const std::vector<int16_t>& x, int64_t half, std::vector<do
 }  // namespace
 
 std::vector<WeakRun> WeakRuns(const std::vector<double>& z, double low, double high) {
-    std::vector<WeakRun> runs;
-    const int64_t n = int64_t(z.size());
-    int64_t i = 0;
-    while (i < n && z[std::size_t(i)] > low) ++i;
-    while (i < n) {
-        if (!(z[std::size_t(i)] > low)) {
-            ++i;
-            continue;
-        }
-        WeakRun run{i, i};
-        while (i < n && z[std::size_t(i)] > low) {
-            if (z[std::size_t(i)] > z[std::size_t(run.top)]) run.top = i;
-            ++i;
-        }
-        if (i < n && z[std::size_t(run.top)] < high) runs.push_back(run);
+    WeakRunScan scan(low, high);
+    scan.Scan(z.data(), 0, int64_t(z.size()));
+    return scan.Runs();
+}
+
+void WeakRunScan::Scan(const double* z, int64_t from, int64_t to) {
+    int64_t i = from;
+    if (begunBefore_) {
+        while (i < to && z[i] > low_) ++i;
+        if (i == to) return;
+        begunBefore_ = false;
     }
-    return runs;
+    double unusedDip = 0;
+    int64_t unusedDipIndex = 0;
+    for (;;) {
+        if (!inRun_) {
+            // The stretches below low are passed a vector at a time.
+            i = NextAbove(z, i, to, low_, false, unusedDip, unusedDipIndex);
+            if (i == to) return;
+            inRun_ = true;
+            run_ = WeakRun{i, i};
+            topValue_ = z[i];
+        }
+        for (; i < to && z[i] > low_; ++i) {
+            if (z[i] > topValue_) {
+                run_.top = i;
+                topValue_ = z[i];
+            }
+        }
+        if (i == to) return;
+        inRun_ = false;
+        if (topValue_ < high_) runs_.push_back(run_);
+    }
 }
 
 double FittedKernelAmplitude(const Recording& rec, int64_t centre, const EventKernel& kernel,

@@ -20,8 +20,26 @@ struct WeakRun {
 };
 
 // Runs of z above low whose highest value stays below high, each begun inside
-// z (a run above low at the first index began before it).
+// z (a run above low at the first index began before it) and ended inside it.
 std::vector<WeakRun> WeakRuns(const std::vector<double>& z, double low, double high);
+
+// The same found piece by piece, while each piece of z is still in the cache:
+// Scan(z, from, to) takes indices from .. to - 1 (the pieces in order, from
+// index 0 on); Runs() gives the runs ended so far.
+class WeakRunScan {
+public:
+    WeakRunScan(double low, double high) : low_(low), high_(high) {}
+    void Scan(const double* z, int64_t from, int64_t to);
+    const std::vector<WeakRun>& Runs() const { return runs_; }
+
+private:
+    double low_, high_;
+    bool begunBefore_ = true;  // in the run above low that began before z
+    bool inRun_ = false;
+    WeakRun run_;
+    double topValue_ = 0;
+    std::vector<WeakRun> runs_;
+};
 
 // Amplitude (in counts, positive in the event direction) of the kernel fitted
 // with an offset by least squares to the recorded trace from 3 ms before to

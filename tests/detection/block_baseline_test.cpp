@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "detection/block_baseline.h"
+#include "detection/sorted_window.h"
 #include "detection/value_of_rank.h"
 
 namespace vess {
@@ -56,7 +57,7 @@ std::vector<double> Reference(const BlockBaseline& b, const std::vector<double>&
     for (int64_t a = first; a < first + count; ++a) {
         const int64_t block = FloorDiv(a, B);
         const bool near = leaving && nanNear && (leftOut(block - 1) || leftOut(block) || leftOut(block + 1));
-        out.push_back(near ? NAN : leaving ? levelled(a, kept) : levelled(a, all));
+        out.push_back(near ? NAN : ((leaving ? levelled(a, kept) : levelled(a, all)) - b.centre) / b.sd);
     }
     return out;
 }
@@ -83,22 +84,90 @@ TEST(BlockBaseline, IsTheRunningMedianOfBlockMeansWrittenDown) {
             f[i] = noise(rng) + (i % 97 < 3 ? 6 * c.direction : 0);  // events every 97 points
             if (c.wholeCounts) f[i] = std::round(f[i]);
         }
-        const BlockBaseline b{c.blockPoints, c.blocksAside, c.direction, c.leaveOutAbove};
-        std::vector<double> got(f.size() - std::size_t(2 * apron));
-        LessBlockBaseline(b, f.data(), origin, c.first, count, got.data(), c.nanNear);
+        // In the units of a noise level, as the detectors take it.
+        const BlockBaseline b{c.blockPoints, c.blocksAside, c.direction, c.leaveOutAbove, 0.25, 1.5};
         const std::vector<double> want = Reference(b, f, origin, c.first, count, c.nanNear);
-        int nans = 0;
-        for (std::size_t i = 0; i < got.size(); ++i) {
-            nans += std::isnan(want[i]);
-            if (std::isnan(want[i])) {
-                EXPECT_TRUE(std::isnan(got[i])) << c.blockPoints << " at " << i;
-            } else {
-                EXPECT_EQ(got[i], want[i]) << c.blockPoints << " at " << i;
+        for (const int lanes : AvailableLanes()) {
+            BlockBaseline atWidth = b;
+            atWidth.lanes = lanes;
+            std::vector<double> got(f.size() - std::size_t(2 * apron));
+            LessBlockBaseline(atWidth, f.data(), origin, c.first, count, got.data(), c.nanNear);
+            int nans = 0;
+            for (std::size_t i = 0; i < got.size(); ++i) {
+                nans += std::isnan(want[i]);
+                if (std::isnan(want[i])) {
+                    EXPECT_TRUE(std::isnan(got[i])) << c.blockPoints << " at " << i << ", " << lanes << " lanes";
+                } else {
+                    EXPECT_EQ(got[i], want[i]) << c.blockPoints << " at " << i << ", " << lanes << " lanes";
+                }
+            }
+            // The NaN cases do leave out blocks near some points, not all.
+            if (c.nanNear) {
+                EXPECT_TRUE(nans > 0 && nans < count) << nans;
             }
         }
-        // The NaN cases do leave out blocks near some points, not all.
-        if (c.nanNear) {
-            EXPECT_TRUE(nans > 0 && nans < count) << nans;
+    }
+}
+
+TEST(BlockBaseline, ALongStretchIsItsPartsComputedApart) {
+    // Long stretches are levelled a cached piece at a time; each point's value
+    // is the same as from a short stretch around it, and as from block means
+    // found while the stretch came in pieces.
+    const BlockBaseline b{40, 13, -1, 3.0, 0.5, 2};
+    const int64_t count = 100000, apron = (2 * b.blocksAside + 4) * b.blockPoints, first = 12345;
+    std::mt19937_64 rng(4);
+    std::normal_distribution<double> noise(0, 1);
+    std::vector<double> f(std::size_t(count + 2 * apron));
+    for (std::size_t i = 0; i < f.size(); ++i) f[i] = noise(rng) - (i % 997 < 20 ? 5 : 0);
+    std::vector<double> whole(static_cast<std::size_t>(count)), parts(whole.size());
+    LessBlockBaseline(b, f.data(), first - apron, first, count, whole.data(), true);
+    for (int64_t from = 0; from < count; from += 7001)
+        LessBlockBaseline(b, f.data(), first - apron, first + from, std::min<int64_t>(7001, count - from),
+                          parts.data() + from, true);
+    // And with the block means streamed in pieces that split blocks.
+    StreamedBlockMeans streamed;
+    streamed.Start(b.blockPoints, first - apron, int64_t(f.size()));
+    for (std::size_t from = 0; from < f.size(); from += 997)
+        streamed.Add(f.data() + from, int64_t(std::min<std::size_t>(997, f.size() - from)));
+    std::vector<double> fromStreamed(whole.size());
+    LessBlockBaseline(b, f.data(), first - apron, first, count, fromStreamed.data(), true, &streamed);
+    int nans = 0;
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        nans += std::isnan(whole[i]);
+        for (const double other : {parts[i], fromStreamed[i]}) {
+            if (!(std::isnan(whole[i]) && std::isnan(other))) {
+                ASSERT_EQ(whole[i], other) << i;
+            }
+        }
+    }
+    EXPECT_TRUE(nans > 0 && nans < count) << nans;
+}
+
+TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
+    // Widths around the vector lengths; whole values tie; +infinity goes out
+    // and comes in as "none" (a window that is not full).
+    for (const int lanes : AvailableLanes()) {
+        for (const std::size_t width : {1u, 3u, 8u, 27u, 73u}) {
+            std::mt19937_64 rng(width);
+            std::uniform_int_distribution<int> value(-6, 6), pick(0, 9);
+            SortedWindow window(width, lanes);
+            std::vector<double> want(width);
+            for (double& v : want) v = value(rng);
+            window.Fill(want.data(), width);
+            std::sort(want.begin(), want.end());
+            for (int step = 0; step < 400; ++step) {
+                const auto size = std::size_t(
+                    std::count_if(want.begin(), want.end(), [](double v) { return std::isfinite(v); }));
+                const bool noneOut = size == 0 || (size < width && pick(rng) < 5);
+                const bool noneIn = size > 0 && pick(rng) == 0;
+                const double gone = noneOut ? INFINITY : want[std::size_t(rng() % size)];
+                const double in = noneIn ? INFINITY : value(rng) + 0.5 * (pick(rng) == 0);
+                want.erase(std::lower_bound(want.begin(), want.end(), gone));
+                want.insert(std::upper_bound(want.begin(), want.end(), in), in);
+                window.Replace(gone, in);
+                for (std::size_t i = 0; i < width; ++i)
+                    ASSERT_EQ(window[i], want[i]) << lanes << " lanes, width " << width << ", step " << step;
+            }
         }
     }
 }

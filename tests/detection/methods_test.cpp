@@ -118,9 +118,23 @@ TEST(DetectionPoints, TwoPeaksOnlyWithAClearDip) {
         {{0, 0, 5, 10, 6, 5, 6, 8, 4, 0, 0}, 4, 100, {2, 5}},  // dip to 5 < 0.7 x 8
         {{0, 0, 5, 10, 8, 7, 8, 9, 4, 0, 0}, 4, 100, {2}},     // dip to 7, not < 6.3
         {{0, 6, 6.5, 4.4, 6, 6.2, 0}, 4.5, 2, {1, 4}},
-        {{0, 6, 6.5, 4.4, 6, 6.2, 0}, 4.5, 10, {1}}};
-    for (const auto& [z, threshold, separation, points] : cases)
+        {{0, 6, 6.5, 4.4, 6, 6.2, 0}, 4.5, 10, {1}},
+        {{5, 6, 0, 5, 7, 4, 6, 7, 0}, 4.5, 1, {3, 6}}};  // the first run began before z
+    for (const auto& [z, threshold, separation, points] : cases) {
         EXPECT_EQ(DetectionPoints(z, threshold, separation, 0.7), points) << threshold << " " << separation;
+        // Found as z comes, in pieces split anywhere (the points not yet
+        // come hold a value above every threshold), the same.
+        const int64_t n = int64_t(z.size());
+        for (int64_t split = 1; split < n; ++split) {
+            DetectionScan scan(threshold, separation, 0.7);
+            std::vector<double> come(z.size(), 100);
+            for (const int64_t available : {int64_t(1), split, n}) {
+                std::copy(z.begin(), z.begin() + available, come.begin());
+                scan.Scan(come.data(), available, n);
+            }
+            EXPECT_EQ(scan.Points(), points) << threshold << " " << separation << ", split at " << split;
+        }
+    }
 }
 
 // The FFT blocks give the direct convolution, also across block joins.

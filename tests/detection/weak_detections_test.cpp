@@ -26,6 +26,16 @@ TEST(WeakRuns, OnlyWholeRunsThatStayBelowTheThreshold) {
     const std::vector<WeakRun> runs = WeakRuns(z, 4, 5);
     ASSERT_EQ(runs.size(), 1u);
     EXPECT_EQ(std::tuple(runs[0].start, runs[0].top), std::tuple(3, 4));
+    // Found piece by piece, split anywhere (in the run begun before z, in
+    // the weak run), the same.
+    for (int64_t split = 1; split <= int64_t(z.size()); ++split) {
+        WeakRunScan scan(4, 5);
+        scan.Scan(z.data(), 0, 1);
+        scan.Scan(z.data(), 1, split);
+        scan.Scan(z.data(), split, int64_t(z.size()));
+        ASSERT_EQ(scan.Runs().size(), 1u) << split;
+        EXPECT_EQ(std::tuple(scan.Runs()[0].start, scan.Runs()[0].top), std::tuple(3, 4)) << split;
+    }
 }
 
 TEST(FittedKernelAmplitude, EventHeightRecoveredAndFastPulseSmall) {

@@ -1,0 +1,43 @@
+// A sorted window of values, one taken out and one put in at each step, for
+// running medians of a few dozen values.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "detection/point_loops.h"
+
+namespace vess {
+
+// The values sit in a buffer whose places beyond them hold +infinity, which
+// no count below takes in: taking a value out and putting one in are one
+// step, and "none" is +infinity. With eight lanes a step writes the whole
+// new order into a second buffer without a branch on the values; otherwise
+// the values between the two places move by one, in place. Both give the
+// same sequence.
+class SortedWindow {
+public:
+    explicit SortedWindow(std::size_t most, int lanes = WidestLanes());
+    SortedWindow(const SortedWindow&) = delete;
+    SortedWindow& operator=(const SortedWindow&) = delete;
+
+    // The values, sorted as std::sort sorts them in this order.
+    void Fill(const double* values, std::size_t count);
+
+    double operator[](std::size_t i) const { return current_[i]; }
+
+    // Takes gone out and puts in in, as erasing at the first value not below
+    // gone and then inserting after the last value not above in do.
+    void Replace(double gone, double in);
+
+private:
+    std::size_t capacity_;  // even; a multiple of eight with eight lanes
+    bool eight_;
+    // Two buffers of capacity_ places, each with one place before and after
+    // (read, never taken in; the one after is +infinity).
+    std::vector<double> store_;
+    double* current_;
+    double* other_;
+};
+
+}  // namespace vess
