@@ -251,6 +251,7 @@ bool MainWindow::IsScreenToShow(const Screen& screen) const {
 void MainWindow::ForgetScreen() {
     trace_->SetScreen(nullptr);
     screen_.reset();
+    overview_->SetRecording(nullptr);
 }
 
 void MainWindow::RebuildScreen() {

@@ -113,7 +113,7 @@ private:
 
     // Redrawing.
     void RebuildScreen();
-    // The view and the kept screen let go of the open recording.
+    // The view, the overview and the kept screen let go of the open recording.
     void ForgetScreen();
     bool IsScreenToShow(const Screen& screen) const;
     void ShowScreenRead(std::unique_ptr<Screen> screen);

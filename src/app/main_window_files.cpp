@@ -31,8 +31,8 @@ void MainWindow::OnFileChosen(const QString& path) {
     if (Busy()) return;
     // The screen reads from the open recording, which opening another closes
     // while the view may still repaint (behind a question, or as the progress
-    // bar clears): the view lets go of it first and gets the new one with the
-    // refresh.
+    // bar clears): the view and the overview let go of it first and get the
+    // new one with the refresh.
     ForgetScreen();
     if (ShowFailure(dialogs_, OpenFromFileList(ws_, path.toStdString(), dialogs_))) {
         fitColumns_ = true;
