@@ -23,10 +23,6 @@ std::string NoiseKey(const Workspace& ws, const char* what) {
                        NormalizedDirection(ws.params().PeakDirection), rec.IntervalUs());
 }
 
-struct Stored {
-    int32_t added = 0;
-};
-
 // Measures the detections on a screen and stores them. detections are point
 // indices; the last may lie after the screen and only bounds the one before.
 void StoreDetections(const Detector& det, const MethodRun& run, const std::vector<int64_t>& points,
@@ -148,6 +144,8 @@ WholeFileResult DetectWholeFileByMethod(Workspace& ws, const ProgressCallback& p
             const Screen screen(rec, int32_t(screenIndex * bps), bps);
             const Detector det(screen, ws.params(), *lengths);
             StoreDetections(det, run, onScreen, (screenIndex + 1) * windowLen, ws.events, added);
+            // A whole-file run shows no marks: kept, they grew with the events.
+            added.marks.clear();
             k = j;
         }
         ws.analysedBlocks.Add(int32_t(s * bps), int32_t(count / kBlockPoints));
