@@ -40,40 +40,37 @@ namespace {
 // rest.
 #if VESS_VECTORS
 
+// The criterion V's width of points at a time; root takes the square roots
+// of a vector in place, by the width's own instruction.
+template <class V, class Root>
+[[gnu::always_inline]] inline int64_t TileWith(const TemplateCriterion& c, const double* sY, const double* sYY,
+                                               const double* sTY, int64_t m, double* out, Root root) {
+    constexpr int64_t kLanes = int64_t(sizeof(V) / sizeof(double));
+    int64_t j = 0;
+    for (; j + kLanes <= m; j += kLanes) {
+        V y, yy, ty, scale, variance;
+        __builtin_memcpy(&y, sY + j, sizeof y);
+        __builtin_memcpy(&yy, sYY + j, sizeof yy);
+        __builtin_memcpy(&ty, sTY + j, sizeof ty);
+        c.Fit(y, yy, ty, scale, variance);
+        root(variance);
+        const V value = c.direction * scale / variance;
+        __builtin_memcpy(out + j, &value, sizeof value);
+    }
+    return j;
+}
+
 int64_t Tile2(const TemplateCriterion& c, const double* sY, const double* sYY, const double* sTY, int64_t m,
               double* out) {
-    int64_t j = 0;
-    for (; j + 2 <= m; j += 2) {
-        const __m128d y = _mm_loadu_pd(sY + j), yy = _mm_loadu_pd(sYY + j), ty = _mm_loadu_pd(sTY + j);
-        __m128d scale, variance;
-        c.Fit(y, yy, ty, scale, variance);
-        _mm_storeu_pd(out + j, c.direction * scale / _mm_sqrt_pd(variance));
-    }
-    return j;
+    return TileWith<__m128d>(c, sY, sYY, sTY, m, out, [](__m128d& v) { v = _mm_sqrt_pd(v); });
 }
-
 VESS_AVX2 int64_t Tile4(const TemplateCriterion& c, const double* sY, const double* sYY, const double* sTY,
                         int64_t m, double* out) {
-    int64_t j = 0;
-    for (; j + 4 <= m; j += 4) {
-        const __m256d y = _mm256_loadu_pd(sY + j), yy = _mm256_loadu_pd(sYY + j), ty = _mm256_loadu_pd(sTY + j);
-        __m256d scale, variance;
-        c.Fit(y, yy, ty, scale, variance);
-        _mm256_storeu_pd(out + j, c.direction * scale / _mm256_sqrt_pd(variance));
-    }
-    return j;
+    return TileWith<__m256d>(c, sY, sYY, sTY, m, out, [](__m256d& v) VESS_AVX2 { v = _mm256_sqrt_pd(v); });
 }
-
 VESS_AVX512 int64_t Tile8(const TemplateCriterion& c, const double* sY, const double* sYY, const double* sTY,
                           int64_t m, double* out) {
-    int64_t j = 0;
-    for (; j + 8 <= m; j += 8) {
-        const __m512d y = _mm512_loadu_pd(sY + j), yy = _mm512_loadu_pd(sYY + j), ty = _mm512_loadu_pd(sTY + j);
-        __m512d scale, variance;
-        c.Fit(y, yy, ty, scale, variance);
-        _mm512_storeu_pd(out + j, c.direction * scale / _mm512_sqrt_pd(variance));
-    }
-    return j;
+    return TileWith<__m512d>(c, sY, sYY, sTY, m, out, [](__m512d& v) VESS_AVX512 { v = _mm512_sqrt_pd(v); });
 }
 
 VESS_AVX2 int64_t SamplesToDoubles4(const int16_t* from, int64_t count, double* to) {
