@@ -1,9 +1,12 @@
 #include "detection/exponential_grid.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
 #include <vector>
+
+#include "detection/point_loops.h"
 
 // Built with -ffp-contract=off: a product and a sum fused into one rounding
 // would change the fits' bits with the processor.
@@ -142,13 +145,10 @@ GridTable& TableFor(double lowest, double range, std::size_t points) {
 }  // namespace
 
 std::vector<int> GridSumWidths() {
+    // The point loops' widths but the plain one: the grid's narrowest is two.
     std::vector<int> widths;
-#if defined(__x86_64__)
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512f")) widths.push_back(8);
-    if (__builtin_cpu_supports("avx2")) widths.push_back(4);
-#endif
-    widths.push_back(2);
+    for (const int lanes : AvailableLanes())
+        if (lanes >= 2) widths.insert(widths.begin(), lanes);
     return widths;
 }
 
@@ -177,8 +177,7 @@ ExponentialFit FitExponentialOnGridAtWidth(std::span<const double> y, double low
 }
 
 ExponentialFit FitExponentialOnGrid(std::span<const double> y, double lowest, double range) {
-    static const int widest = GridSumWidths().front();
-    return FitExponentialOnGridAtWidth(y, lowest, range, widest);
+    return FitExponentialOnGridAtWidth(y, lowest, range, std::max(WidestLanes(), 2));
 }
 
 }  // namespace vess

@@ -114,7 +114,7 @@ bool NonStopAnalysis::Step() {
         return false;
     }
     const int32_t before = ws_.events.Count();
-    last_ = AnalyzeShown(ws_, readAhead_ ? readAhead_->At(ws_.screenStartBlock) : ShownScreenAhead(ws_));
+    last_ = AnalyzeShown(ws_, ShownScreenAhead(ws_));
     ++progress_.screensDone;
     if (!ws_.recording->ReadFault().empty()) {
         running_ = false;
@@ -134,7 +134,7 @@ bool NonStopAnalysis::Step() {
 }
 
 void NonStopAnalysis::ReadAhead() {
-    if (ws_.recording) readAhead_.emplace(*ws_.recording, ws_.BlocksPerScreen());
+    if (ws_.recording) ws_.screensAhead = std::make_shared<ScreenReadAhead>(*ws_.recording, ws_.BlocksPerScreen());
 }
 
 void NonStopAnalysis::RunToEnd() {

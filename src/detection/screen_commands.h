@@ -5,14 +5,12 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "detection/analyze_window.h"
 #include "recording/command_result.h"
 #include "recording/dialogs.h"
 #include "recording/screen.h"
-#include "recording/screen_read_ahead.h"
 #include "recording/workspace.h"
 
 namespace vess {
@@ -60,10 +58,8 @@ public:
     bool Running() const { return running_; }
     // Runs Step until it returns false.
     void RunToEnd();
-    // Reads the screens ahead in reads of its own, larger than the
-    // workspace's (which Step uses otherwise). Only for a run during which
-    // nothing else changes the recording (its channel, filter or screen
-    // size): the whole-file detection.
+    // The workspace's screens read ahead in larger reads (256 screens
+    // instead of 64), for a run through the whole file.
     void ReadAhead();
 
     struct Progress {
@@ -82,7 +78,6 @@ private:
     bool analyseShownFirst_ = false;
     Progress progress_;
     AnalyzeWindowResult last_;
-    std::optional<ScreenReadAhead> readAhead_;
 };
 
 // Command5: erases every event. A table with events asks first (OK/Cancel,

@@ -4,6 +4,18 @@
 #include <span>
 
 namespace vess {
+namespace {
+
+// Samples a read brings in beyond the two screens either side, at most
+// (4 MB), unless one screen is longer.
+constexpr int64_t kMostSamplesAhead = int64_t(1) << 21;
+
+std::size_t BufferSamples(int32_t screensPerRead, int64_t windowLen) {
+    const int64_t screens = std::clamp<int64_t>(screensPerRead, 1, std::max<int64_t>(kMostSamplesAhead / windowLen, 1));
+    return std::size_t(screens + 2) * std::size_t(windowLen);
+}
+
+}  // namespace
 
 ScreenReadAhead::ScreenReadAhead(const Recording& recording, int32_t blocksPerScreen,
                                  int32_t screensPerRead)
@@ -12,7 +24,7 @@ ScreenReadAhead::ScreenReadAhead(const Recording& recording, int32_t blocksPerSc
       readsFiltered_(recording.ReadsFiltered()),
       blocksPerScreen_(std::max<int32_t>(blocksPerScreen, 1)),
       windowLen_(int64_t(blocksPerScreen_) * kBlockPoints),
-      bufferSize_(std::size_t(std::max<int32_t>(screensPerRead, 1) + 2) * std::size_t(windowLen_)),
+      bufferSize_(BufferSamples(screensPerRead, windowLen_)),
       buffer_(std::make_shared_for_overwrite<int16_t[]>(bufferSize_)) {}
 
 bool ScreenReadAhead::Serves(const Recording& recording, int32_t blocksPerScreen) const {

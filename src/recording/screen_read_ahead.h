@@ -19,7 +19,9 @@ namespace vess {
 class ScreenReadAhead {
 public:
     // screensPerRead: how many screens one read brings in (memory is about
-    // that many screens, whatever the recording's length).
+    // that many screens, whatever the recording's length), fewer where that
+    // would hold more than about two million samples (long screens), and at
+    // least one.
     ScreenReadAhead(const Recording& recording, int32_t blocksPerScreen,
                     int32_t screensPerRead = 256);
 
