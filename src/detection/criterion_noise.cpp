@@ -20,21 +20,13 @@ NoiseLevel RobustNoise(std::vector<double> v) {
     v.erase(std::remove_if(v.begin(), v.end(), [](double d) { return !std::isfinite(d); }), v.end());
     if (v.size() < 16) return level;
     const std::size_t n = v.size();
-    const double med = ValueOfRank(n, n / 2, [&](std::size_t i) { return v[i]; });
-    const double mad = 1.4826 * ValueOfRank(n, n / 2, [&](std::size_t i) { return std::abs(v[i] - med); });
+    const double med = ValueOfRank(v.data(), n, n / 2);
+    const double mad = 1.4826 * DistanceOfRank(v.data(), n, n / 2, med);
     if (!(mad > 0)) return {med, 1e-12};
     constexpr int kBins = 101;
     const double lo = med - 3 * mad, width = 6 * mad / kBins;
-    // Counted into four histograms in turn, so that a run of values in one
-    // bin does not wait on its own count; whole counts add up exactly.
     std::vector<double> counts(kBins, 0.0);
-    std::vector<double> apart(4 * kBins, 0.0);
-    for (std::size_t i = 0; i < n; ++i) {
-        const double b = (v[i] - lo) / width;
-        if (b >= 0 && b < kBins) apart[(i & 3) * kBins + std::size_t(b)] += 1;
-    }
-    for (std::size_t k = 0; k < std::size_t(kBins); ++k)
-        counts[k] = apart[k] + apart[kBins + k] + apart[2 * kBins + k] + apart[3 * kBins + k];
+    CountInBins(v.data(), n, lo, width, kBins, counts.data());
     const double fullest = *std::max_element(counts.begin(), counts.end());
     // Weighted least squares of ln(count) = a + b x + c x^2 (x in MADs).
     double s[5] = {0, 0, 0, 0, 0}, r[3] = {0, 0, 0};

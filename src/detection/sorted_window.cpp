@@ -23,11 +23,13 @@ namespace {
 typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
 typedef int64_t PairMask __attribute__((vector_size(2 * sizeof(int64_t))));
 
-// out: the place of the first value not below gone; at: the place of in
-// among the values without that one. notAbove counts the values not above in.
-std::pair<std::size_t, std::size_t> Places(const double* values, std::size_t below, std::size_t notAbove,
-                                           double in) {
-    return {below, notAbove - (values[below] <= in)};
+// out: the place of the first value not below gone (below of them are);
+// at: the place of in among the values without that one (notAbove of them
+// are not above in). The values being sorted, the one at out is not above in
+// exactly when more than below of them are not: the counts decide it without
+// reading back a value the step before may just have stored.
+std::pair<std::size_t, std::size_t> Places(std::size_t below, std::size_t notAbove) {
+    return {below, notAbove - (notAbove > below)};
 }
 
 void ReplacePairs(double* values, std::size_t capacity, double gone, double in) {
@@ -39,7 +41,7 @@ void ReplacePairs(double* values, std::size_t capacity, double gone, double in) 
         below -= w < goneBoth;
         notAbove -= w <= inBoth;
     }
-    const auto [out, at] = Places(values, std::size_t(below[0] + below[1]), std::size_t(notAbove[0] + notAbove[1]), in);
+    const auto [out, at] = Places(std::size_t(below[0] + below[1]), std::size_t(notAbove[0] + notAbove[1]));
     double carry = in;
     if (at >= out)
         for (std::size_t i = at + 1; i-- > out;) std::swap(carry, values[i]);
@@ -59,7 +61,7 @@ __attribute__((target("avx512f,popcnt"))) void ReplaceEights(const double* value
         below += std::size_t(__builtin_popcount(_mm512_cmp_pd_mask(v, goneAll, _CMP_LT_OQ)));
         notAbove += std::size_t(__builtin_popcount(_mm512_cmp_pd_mask(v, inAll, _CMP_LE_OQ)));
     }
-    const auto [out, at] = Places(values, below, notAbove, in);
+    const auto [out, at] = Places(below, notAbove);
     // The places of the eight lanes, against those of out and at.
     __m512i lane = _mm512_set_epi64(7, 6, 5, 4, 3, 2, 1, 0);
     const __m512i eight = _mm512_set1_epi64(8), outPlace = _mm512_set1_epi64(int64_t(out)),

@@ -174,7 +174,8 @@ TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
 
 TEST(ValueOfRank, IsTheValueNthElementFinds) {
     // Long enough to be bracketed by a sample; ordered so that the sample is
-    // random, sorted, or blind (every 32nd value alike: the bracket misses).
+    // random, sorted, or blind (every 32nd value alike: the bracket misses);
+    // the values and their distances from a centre, at every vector width.
     constexpr std::size_t n = 100000;
     std::mt19937_64 rng(9);
     std::normal_distribution<double> noise(3, 2);
@@ -187,11 +188,40 @@ TEST(ValueOfRank, IsTheValueNthElementFinds) {
     sorted = random;
     std::sort(sorted.begin(), sorted.end());
     for (const std::vector<double>* v : {&random, &sorted, &blind, &ties}) {
-        for (const std::size_t rank : {std::size_t(0), n / 4, n / 2, n / 2 + 1, n - 1}) {
-            std::vector<double> copy(*v);
-            std::nth_element(copy.begin(), copy.begin() + std::ptrdiff_t(rank), copy.end());
-            EXPECT_EQ(ValueOfRank(n, rank, [&](std::size_t i) { return (*v)[i]; }), copy[rank]) << rank;
+        for (const double centre : {double(NAN), 2.5}) {
+            std::vector<double> ranked(*v);
+            if (!std::isnan(centre))
+                for (double& x : ranked) x = std::abs(x - centre);
+            for (const std::size_t rank : {std::size_t(0), n / 4, n / 2, n / 2 + 1, n - 1}) {
+                std::vector<double> copy(ranked);
+                std::nth_element(copy.begin(), copy.begin() + std::ptrdiff_t(rank), copy.end());
+                for (const int lanes : AvailableLanes()) {
+                    const double got = std::isnan(centre) ? ValueOfRank(v->data(), n, rank, lanes)
+                                                          : DistanceOfRank(v->data(), n, rank, centre, lanes);
+                    EXPECT_EQ(got, copy[rank]) << rank << ", " << lanes << " lanes";
+                }
+            }
         }
+    }
+}
+
+TEST(CountInBins, CountsWhatThePlainLoopCounts) {
+    // Values on the bins' edges, outside them either side, and not a number.
+    std::vector<double> values;
+    for (int i = -40; i < 1300; ++i) values.push_back(0.25 * i + (i % 7 == 0 ? 0.1 : 0));
+    values.push_back(NAN);
+    values.push_back(INFINITY);
+    const double low = -1.5, width = 0.75;
+    constexpr std::size_t kBins = 101;
+    std::vector<double> want(kBins, 0);
+    for (const double v : values) {
+        const double b = (v - low) / width;
+        if (b >= 0 && b < double(kBins)) want[std::size_t(b)] += 1;
+    }
+    for (const int lanes : AvailableLanes()) {
+        std::vector<double> got(kBins, -1);
+        CountInBins(values.data(), values.size(), low, width, kBins, got.data(), lanes);
+        EXPECT_EQ(got, want) << lanes << " lanes";
     }
 }
 
