@@ -62,18 +62,6 @@ void BlockMeans(const double* x, int64_t B, double* means, std::size_t count) {
     }
 }
 
-// medians[k] = the median of means[k .. k + 2K], k < count - 2K.
-void RunningMedians(const double* means, std::size_t count, int64_t K, double* medians, int lanes) {
-    const std::size_t width = std::size_t(2 * K + 1), n = count - width + 1;
-    SortedWindow window(width, lanes);
-    window.Fill(means, width);
-    for (std::size_t k = 0;; ++k) {
-        medians[k] = window[std::size_t(K)];
-        if (k + 1 == n) break;
-        window.Replace(means[k], means[k + width]);
-    }
-}
-
 // The same, of the means not left out (the lower middle of an even count);
 // where all 2K + 1 are left out, the median of them all. ofAll[k] is the
 // median of all of means[k .. k + 2K], which is the median wanted where none
@@ -252,7 +240,7 @@ void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64
         blockMeans = s.means.data();
     }
     s.medians.resize(means - std::size_t(2 * K));  // blocks firstBlock - reach ..
-    RunningMedians(blockMeans, means, K, s.medians.data(), baseline.lanes);
+    RunningMedians(blockMeans, means, std::size_t(2 * K + 1), s.medians.data(), baseline.lanes);
 #if defined(__x86_64__)
     const bool eights = baseline.lanes >= 8;
 #else

@@ -11,6 +11,7 @@
 // GCC 12 takes the intrinsics' deliberately undefined vectors for
 // uninitialised ones.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
 #include <immintrin.h>
 #define VESS_WIDE_WINDOW 1
@@ -23,15 +24,6 @@ namespace {
 typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
 typedef int64_t PairMask __attribute__((vector_size(2 * sizeof(int64_t))));
 
-// out: the place of the first value not below gone (below of them are);
-// at: the place of in among the values without that one (notAbove of them
-// are not above in). The values being sorted, the one at out is not above in
-// exactly when more than below of them are not: the counts decide it without
-// reading back a value the step before may just have stored.
-std::pair<std::size_t, std::size_t> Places(std::size_t below, std::size_t notAbove) {
-    return {below, notAbove - (notAbove > below)};
-}
-
 void ReplacePairs(double* values, std::size_t capacity, double gone, double in) {
     const Pair goneBoth = {gone, gone}, inBoth = {in, in};
     PairMask below = {0, 0}, notAbove = {0, 0};
@@ -41,7 +33,11 @@ void ReplacePairs(double* values, std::size_t capacity, double gone, double in) 
         below -= w < goneBoth;
         notAbove -= w <= inBoth;
     }
-    const auto [out, at] = Places(std::size_t(below[0] + below[1]), std::size_t(notAbove[0] + notAbove[1]));
+    // out: the place of the first value not below gone; at: the place of in
+    // among the values without that one. The values being sorted, the one at
+    // out is not above in exactly when more than below of them are not.
+    const std::size_t out = std::size_t(below[0] + below[1]), notAboveIn = std::size_t(notAbove[0] + notAbove[1]);
+    const std::size_t at = notAboveIn - (notAboveIn > out);
     double carry = in;
     if (at >= out)
         for (std::size_t i = at + 1; i-- > out;) std::swap(carry, values[i]);
@@ -50,38 +46,85 @@ void ReplacePairs(double* values, std::size_t capacity, double gone, double in) 
 }
 
 #if VESS_WIDE_WINDOW
-// New place j holds: before at, old j (before out) or j + 1 (from out on);
-// at at, in; after at, old j - 1 (up to out) or j.
-__attribute__((target("avx512f,popcnt"))) void ReplaceEights(const double* values, double* next,
-                                                               std::size_t capacity, double gone, double in) {
-    const __m512d goneAll = _mm512_set1_pd(gone), inAll = _mm512_set1_pd(in);
-    std::size_t below = 0, notAbove = 0;
+// One step on eight places, each from its own tests, with no count: the
+// values a being sorted, those below gone are the places before the one gone
+// goes from, so without it place j holds b = a (below gone) or the next
+// place's value (after). Those of b not above in are the places before the
+// one in goes to, and the others take the value before them or in, the
+// greater: a value before them not above in marks in's place, as -infinity
+// before the first place does. lastB: b of the eight before (-infinity for
+// the first).
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) __m512d StepEight(__m512d a, __m512d after,
+                                                                                   __m512d lastB, __m512d gone,
+                                                                                   __m512d in, __m512d& b) {
+    b = _mm512_mask_blend_pd(_mm512_cmp_pd_mask(a, gone, _CMP_LT_OQ), after, a);
+    const __m512d before =
+        _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(b), _mm512_castpd_si512(lastB), 7));
+    // max(x, y) is x where x > y, else y.
+    return _mm512_mask_blend_pd(_mm512_cmp_pd_mask(b, in, _CMP_LE_OQ), _mm512_max_pd(before, in), b);
+}
+
+// The value one place on: a's next eight begin with next's first.
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) __m512d NextPlace(__m512d a, __m512d next) {
+    return _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(next), _mm512_castpd_si512(a), 1));
+}
+
+// A step on capacity places (a multiple of eight) read from values and
+// written to next.
+__attribute__((target("avx512f"))) void ReplaceEights(const double* values, double* next, std::size_t capacity,
+                                                      double gone, double in) {
+    const __m512d goneAll = _mm512_set1_pd(gone), inAll = _mm512_set1_pd(in), none = _mm512_set1_pd(INFINITY);
+    __m512d lastB = _mm512_set1_pd(-INFINITY), a = _mm512_loadu_pd(values);
     for (std::size_t j = 0; j < capacity; j += 8) {
-        const __m512d v = _mm512_loadu_pd(values + j);
-        below += std::size_t(__builtin_popcount(_mm512_cmp_pd_mask(v, goneAll, _CMP_LT_OQ)));
-        notAbove += std::size_t(__builtin_popcount(_mm512_cmp_pd_mask(v, inAll, _CMP_LE_OQ)));
-    }
-    const auto [out, at] = Places(below, notAbove);
-    // The places of the eight lanes, against those of out and at.
-    __m512i lane = _mm512_set_epi64(7, 6, 5, 4, 3, 2, 1, 0);
-    const __m512i eight = _mm512_set1_epi64(8), outPlace = _mm512_set1_epi64(int64_t(out)),
-                  atPlace = _mm512_set1_epi64(int64_t(at));
-    // Each eight is loaded once, whole, as the step before stored it; its
-    // neighbours' places come from the eights either side.
-    const __m512d none = _mm512_set1_pd(INFINITY);
-    __m512d last = none, same = _mm512_loadu_pd(values);
-    for (std::size_t j = 0; j < capacity; j += 8, lane = _mm512_add_epi64(lane, eight)) {
         const __m512d coming = j + 8 < capacity ? _mm512_loadu_pd(values + j + 8) : none;
-        const __m512d before = _mm512_castsi512_pd(
-            _mm512_alignr_epi64(_mm512_castpd_si512(same), _mm512_castpd_si512(last), 7));
-        const __m512d after = _mm512_castsi512_pd(
-            _mm512_alignr_epi64(_mm512_castpd_si512(coming), _mm512_castpd_si512(same), 1));
-        const __m512d taken = _mm512_mask_blend_pd(_mm512_cmplt_epi64_mask(lane, outPlace), after, same);
-        const __m512d moved = _mm512_mask_blend_pd(_mm512_cmple_epi64_mask(lane, outPlace), same, before);
-        const __m512d w = _mm512_mask_blend_pd(_mm512_cmplt_epi64_mask(lane, atPlace), moved, taken);
-        _mm512_storeu_pd(next + j, _mm512_mask_mov_pd(w, _mm512_cmpeq_epi64_mask(lane, atPlace), inAll));
-        last = same;
-        same = coming;
+        __m512d b;
+        _mm512_storeu_pd(next + j, StepEight(a, NextPlace(a, coming), lastB, goneAll, inAll, b));
+        lastB = b;
+        a = coming;
+    }
+}
+
+// RunningMedians with a window of up to 8 Eights places held in registers
+// throughout; sorted holds the first window, sorted, then +infinity.
+template <int Eights>
+__attribute__((target("avx512f"))) void MediansInRegisters(const double* values, std::size_t count,
+                                                             std::size_t width, const double* sorted,
+                                                             double* medians) {
+    __m512d v[Eights + 1];
+    v[Eights] = _mm512_set1_pd(INFINITY);
+#pragma GCC unroll 8
+    for (int e = 0; e < Eights; ++e) v[e] = _mm512_loadu_pd(sorted + 8 * e);
+    const std::size_t middle = (width - 1) / 2, eight = middle / 8;
+    const __m512i lane = _mm512_set1_epi64(int64_t(middle % 8));
+    const __m512d lowest = _mm512_set1_pd(-INFINITY);
+    for (std::size_t k = 0;; ++k) {
+        __m512d holding = v[0];
+#pragma GCC unroll 8
+        for (int e = 1; e < Eights; ++e)
+            holding = _mm512_mask_mov_pd(holding, __mmask8(std::size_t(e) == eight ? 0xff : 0), v[e]);
+        _mm_store_sd(medians + k, _mm512_castpd512_pd128(_mm512_permutexvar_pd(lane, holding)));
+        if (k + width == count) break;
+        const __m512d gone = _mm512_set1_pd(values[k]), in = _mm512_set1_pd(values[k + width]);
+        __m512d lastB = lowest;
+#pragma GCC unroll 8
+        for (int e = 0; e < Eights; ++e) {
+            __m512d b;
+            v[e] = StepEight(v[e], NextPlace(v[e], v[e + 1]), lastB, gone, in, b);
+            lastB = b;
+        }
+    }
+}
+
+using MediansRun = void (*)(const double*, std::size_t, std::size_t, const double*, double*);
+
+// The medians in registers for a capacity of up to 64 places; none beyond.
+template <int Eights = 1>
+MediansRun InRegisters(std::size_t capacity) {
+    if constexpr (Eights > 8) {
+        return nullptr;
+    } else {
+        if (capacity == 8 * Eights) return MediansInRegisters<Eights>;
+        return InRegisters<Eights + 1>(capacity);
     }
 }
 #endif
@@ -116,6 +159,23 @@ void SortedWindow::Replace(double gone, double in) {
     }
 #endif
     ReplacePairs(current_, capacity_, gone, in);
+}
+
+void RunningMedians(const double* values, std::size_t count, std::size_t width, double* medians, int lanes) {
+    SortedWindow window(width, lanes);
+    window.Fill(values, width);
+#if VESS_WIDE_WINDOW
+    if (window.eight_)
+        if (const MediansRun inRegisters = InRegisters(window.capacity_)) {
+            inRegisters(values, count, width, window.current_, medians);
+            return;
+        }
+#endif
+    for (std::size_t k = 0;; ++k) {
+        medians[k] = window[(width - 1) / 2];
+        if (k + width == count) break;
+        window.Replace(values[k], values[k + width]);
+    }
 }
 
 }  // namespace vess

@@ -12,9 +12,9 @@ namespace vess {
 // The values sit in a buffer whose places beyond them hold +infinity, which
 // no count below takes in: taking a value out and putting one in are one
 // step, and "none" is +infinity. With eight lanes a step writes the whole
-// new order into a second buffer without a branch on the values; otherwise
-// the values between the two places move by one, in place. Both give the
-// same sequence.
+// new order into a second buffer without a branch on the values or a count,
+// each place from its own tests; otherwise the values between the two places
+// move by one, in place. Both give the same sequence.
 class SortedWindow {
 public:
     explicit SortedWindow(std::size_t most, int lanes = WidestLanes());
@@ -31,6 +31,7 @@ public:
     void Replace(double gone, double in);
 
 private:
+    friend void RunningMedians(const double*, std::size_t, std::size_t, double*, int);
     std::size_t capacity_;  // even; a multiple of eight with eight lanes
     bool eight_;
     // Two buffers of capacity_ places, each with one place before and after
@@ -39,5 +40,11 @@ private:
     double* current_;
     double* other_;
 };
+
+// medians[k] = the median (the middle value) of values[k .. k + width - 1],
+// width odd, for k <= count - width: a window slid along them, in registers
+// throughout where it fits in them.
+void RunningMedians(const double* values, std::size_t count, std::size_t width, double* medians,
+                    int lanes = WidestLanes());
 
 }  // namespace vess

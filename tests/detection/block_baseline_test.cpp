@@ -145,9 +145,10 @@ TEST(BlockBaseline, ALongStretchIsItsPartsComputedApart) {
 
 TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
     // Widths around the vector lengths; whole values tie; +infinity goes out
-    // and comes in as "none" (a window that is not full).
+    // and comes in as "none" (a window that is not full). Running medians
+    // are the middle of each window sorted.
     for (const int lanes : AvailableLanes()) {
-        for (const std::size_t width : {1u, 3u, 8u, 27u, 73u}) {
+        for (const std::size_t width : {1u, 3u, 8u, 27u, 63u, 73u}) {
             std::mt19937_64 rng(width);
             std::uniform_int_distribution<int> value(-6, 6), pick(0, 9);
             SortedWindow window(width, lanes);
@@ -167,6 +168,16 @@ TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
                 window.Replace(gone, in);
                 for (std::size_t i = 0; i < width; ++i)
                     ASSERT_EQ(window[i], want[i]) << lanes << " lanes, width " << width << ", step " << step;
+            }
+            // Running medians (odd widths; in registers up to 64 places).
+            if (width % 2 == 0) continue;
+            std::vector<double> values(400), medians(values.size() - width + 1);
+            for (double& v : values) v = value(rng) + 0.5 * (pick(rng) == 0);
+            RunningMedians(values.data(), values.size(), width, medians.data(), lanes);
+            for (std::size_t k = 0; k < medians.size(); ++k) {
+                std::vector<double> w(values.begin() + std::ptrdiff_t(k), values.begin() + std::ptrdiff_t(k + width));
+                std::sort(w.begin(), w.end());
+                ASSERT_EQ(medians[k], w[width / 2]) << lanes << " lanes, width " << width << ", at " << k;
             }
         }
     }
