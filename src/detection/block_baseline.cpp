@@ -165,26 +165,18 @@ bool Levelled(const LevelPiece& p, const double* f, double direction, double lim
 #if defined(__x86_64__)
 // The same eight points at a time, the last eight or fewer masked, and what
 // is written taken in units: (v - centre) / sd.
-template <bool Put>
-[[gnu::always_inline]] inline __attribute__((target("avx512f"))) bool LevelledEights(
-    const LevelPiece& p, const double* f, double direction, double limit, double centre, double sd, double* out) {
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) void PutLevelledEights(
+    const LevelPiece& p, const double* f, double direction, double centre, double sd, double* out) {
     const int64_t n = p.end - p.a;
     const __m512d level0 = _mm512_set1_pd(p.level0), step = _mm512_set1_pd(p.step), start = _mm512_set1_pd(p.start);
-    const __m512d sign = _mm512_set1_pd(direction), over = _mm512_set1_pd(limit);
+    const __m512d sign = _mm512_set1_pd(direction), middle = _mm512_set1_pd(centre), unit = _mm512_set1_pd(sd);
     __m512d at = _mm512_add_pd(_mm512_set1_pd(double(p.a)), _mm512_set_pd(7, 6, 5, 4, 3, 2, 1, 0));
-    __mmask8 above = 0;
     for (int64_t i = 0; i < n; i += 8, at = _mm512_add_pd(at, _mm512_set1_pd(8))) {
         const __mmask8 lanes = n - i >= 8 ? __mmask8(0xff) : __mmask8((1u << (n - i)) - 1);
         const __m512d level = _mm512_add_pd(level0, _mm512_mul_pd(step, _mm512_sub_pd(at, start)));
         const __m512d v = _mm512_mul_pd(sign, _mm512_sub_pd(_mm512_maskz_loadu_pd(lanes, f + i), level));
-        if (Put)
-            _mm512_mask_storeu_pd(
-                out + i, lanes,
-                _mm512_div_pd(_mm512_sub_pd(v, _mm512_set1_pd(centre)), _mm512_set1_pd(sd)));
-        else
-            above |= _mm512_mask_cmp_pd_mask(lanes, v, over, _CMP_GT_OQ);
+        _mm512_mask_storeu_pd(out + i, lanes, _mm512_div_pd(_mm512_sub_pd(v, middle), unit));
     }
-    return above != 0;
 }
 
 // The pieces of [from, to) levelled in units into out (f and out begin at
@@ -194,18 +186,55 @@ template <bool Put>
 __attribute__((target("avx512f"))) void PutEights(int64_t B, int64_t firstBlock, const double* medians, int64_t from,
                                                   int64_t to, const double* f, double direction, double centre,
                                                   double sd, double* out) {
-    Pieces pieces(B, firstBlock, medians, from, to);
-    for (LevelPiece p; pieces.Next(p);)
-        LevelledEights<true>(p, f + (p.a - from), direction, INFINITY, centre, sd, out + (p.a - from));
+    // Written from centre to centre: one piece where the level is one line,
+    // whole vectors but at the stretch's ends.
+    const int64_t half = B / 2;  // the first point at or after a block's centre
+    for (int64_t block = FloorDiv(from - half, B); block * B + half < to; ++block) {
+        const int64_t a = std::max(block * B + half, from), end = std::min((block + 1) * B + half, to);
+        const std::size_t k = std::size_t(block - firstBlock);
+        const LevelPiece p{a, end, block, medians[k], (medians[k + 1] - medians[k]) / double(B),
+                           double(block * B) + double(B - 1) / 2};
+        PutLevelledEights(p, f + (a - from), direction, centre, sd, out + (a - from));
+    }
+}
+
+// Whether a point of the piece rises above limit: bit 0 for those before its
+// point split, bit 1 for those from it on.
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) unsigned AboveEights(
+    const LevelPiece& p, const double* f, double direction, double limit, int64_t split) {
+    const int64_t n = p.end - p.a;
+    const __m512d level0 = _mm512_set1_pd(p.level0), step = _mm512_set1_pd(p.step), start = _mm512_set1_pd(p.start);
+    const __m512d sign = _mm512_set1_pd(direction), over = _mm512_set1_pd(limit);
+    __m512d at = _mm512_add_pd(_mm512_set1_pd(double(p.a)), _mm512_set_pd(7, 6, 5, 4, 3, 2, 1, 0));
+    unsigned before = 0, after = 0;
+    for (int64_t i = 0; i < n; i += 8, at = _mm512_add_pd(at, _mm512_set1_pd(8))) {
+        const __mmask8 lanes = n - i >= 8 ? __mmask8(0xff) : __mmask8((1u << (n - i)) - 1);
+        const __m512d level = _mm512_add_pd(level0, _mm512_mul_pd(step, _mm512_sub_pd(at, start)));
+        const __m512d v = _mm512_mul_pd(sign, _mm512_sub_pd(_mm512_maskz_loadu_pd(lanes, f + i), level));
+        const unsigned above = _mm512_mask_cmp_pd_mask(lanes, v, over, _CMP_GT_OQ);
+        const int64_t s = split - i;
+        const unsigned first = s >= 8 ? 0xffu : s <= 0 ? 0u : (1u << s) - 1;
+        before |= above & first;
+        after |= above & ~first;
+    }
+    return unsigned(before != 0) | unsigned(after != 0) << 1;
 }
 
 __attribute__((target("avx512f"))) void FlagEights(int64_t B, int64_t firstBlock, const double* medians,
                                                    int64_t from, int64_t to, const double* f, double direction,
                                                    double limit, char* leftOut, int64_t flagFrom) {
-    Pieces pieces(B, firstBlock, medians, from, to);
-    for (LevelPiece p; pieces.Next(p);)
-        if (LevelledEights<false>(p, f + (p.a - from), direction, limit, 0, 1, nullptr))
-            leftOut[p.block - flagFrom] = 1;
+    // Centre to centre, as PutEights: each piece ends in the block after
+    // its own.
+    const int64_t half = B / 2;
+    for (int64_t block = FloorDiv(from - half, B); block * B + half < to; ++block) {
+        const int64_t a = std::max(block * B + half, from), end = std::min((block + 1) * B + half, to);
+        const std::size_t k = std::size_t(block - firstBlock);
+        const LevelPiece p{a, end, block, medians[k], (medians[k + 1] - medians[k]) / double(B),
+                           double(block * B) + double(B - 1) / 2};
+        const unsigned above = AboveEights(p, f + (a - from), direction, limit, (block + 1) * B - a);
+        if (above & 1) leftOut[block - flagFrom] = 1;
+        if (above & 2) leftOut[block + 1 - flagFrom] = 1;
+    }
 }
 #endif
 
