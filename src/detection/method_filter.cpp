@@ -144,19 +144,29 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
         if (held.size() < std::size_t(2 * kLevelledAtOnce)) held.resize(std::size_t(2 * kLevelledAtOnce));
         int64_t heldFrom = 0, copied = 0;  // outputs copied into held
         int64_t done = 0;  // points of out levelled; the next needs outputs from done on
-        const auto levelReady = [&] {
-            while (done < count) {
-                const int64_t n = std::min(kLevelledAtOnce, count - done);
-                if (copied < done + n + 2 * Apron()) return;
+        // Points done .. upTo - 1 levelled (they need outputs up to upTo + 2 Apron).
+        const auto levelTo = [&](int64_t upTo) {
+            while (done < upTo) {
+                const int64_t n = std::min(kLevelledAtOnce, upTo - done);
                 LessRunningMedian(held, origin + heldFrom, first + done, n, out.data() + done, near, units,
                                   scratch.means);
                 if (written) written(done, n);
                 done += n;
             }
         };
+        const auto levelReady = [&] {
+            while (done < count) {
+                const int64_t n = std::min(kLevelledAtOnce, count - done);
+                if (copied < done + n + 2 * Apron()) return;
+                levelTo(done + n);
+            }
+        };
         convolver_->Filter(x.data(), int64_t(x.size()), [&](int64_t at, const double* values, int64_t n) {
             if (at + n - heldFrom > int64_t(held.size())) {
-                // The outputs no stretch to level needs any more make way.
+                // Every point the held outputs allow is levelled, and the
+                // outputs no point still to level needs make way: only the
+                // few its baseline reaches back to move.
+                levelTo(std::min(count, copied - 2 * Apron()));
                 const int64_t keep = std::min(done, copied);
                 std::copy(held.begin() + (keep - heldFrom), held.begin() + (copied - heldFrom), held.begin());
                 heldFrom = keep;
