@@ -171,8 +171,14 @@ bool Levelled(const LevelPiece& p, const double* f, double direction, double lim
     const __m512d level0 = _mm512_set1_pd(p.level0), step = _mm512_set1_pd(p.step), start = _mm512_set1_pd(p.start);
     const __m512d sign = _mm512_set1_pd(direction), middle = _mm512_set1_pd(centre), unit = _mm512_set1_pd(sd);
     __m512d at = _mm512_add_pd(_mm512_set1_pd(double(p.a)), _mm512_set_pd(7, 6, 5, 4, 3, 2, 1, 0));
-    for (int64_t i = 0; i < n; i += 8, at = _mm512_add_pd(at, _mm512_set1_pd(8))) {
-        const __mmask8 lanes = n - i >= 8 ? __mmask8(0xff) : __mmask8((1u << (n - i)) - 1);
+    int64_t i = 0;
+    for (; i + 8 <= n; i += 8, at = _mm512_add_pd(at, _mm512_set1_pd(8))) {
+        const __m512d level = _mm512_add_pd(level0, _mm512_mul_pd(step, _mm512_sub_pd(at, start)));
+        const __m512d v = _mm512_mul_pd(sign, _mm512_sub_pd(_mm512_loadu_pd(f + i), level));
+        _mm512_storeu_pd(out + i, _mm512_div_pd(_mm512_sub_pd(v, middle), unit));
+    }
+    if (i < n) {
+        const __mmask8 lanes = __mmask8((1u << (n - i)) - 1);
         const __m512d level = _mm512_add_pd(level0, _mm512_mul_pd(step, _mm512_sub_pd(at, start)));
         const __m512d v = _mm512_mul_pd(sign, _mm512_sub_pd(_mm512_maskz_loadu_pd(lanes, f + i), level));
         _mm512_mask_storeu_pd(out + i, lanes, _mm512_div_pd(_mm512_sub_pd(v, middle), unit));
