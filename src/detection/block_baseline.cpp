@@ -62,46 +62,6 @@ void BlockMeans(const double* x, int64_t B, double* means, std::size_t count) {
     }
 }
 
-// The same, of the means not left out (the lower middle of an even count);
-// where all 2K + 1 are left out, the median of them all. ofAll[k] is the
-// median of all of means[k .. k + 2K], which is the median wanted where none
-// of them is left out; the window of kept means is kept only where one is,
-// sorted afresh where the first comes in (a mean is never -0, the sum of a
-// block beginning at +0, so sorted means are the same sequence however they
-// were put in).
-void MediansOfKept(const double* means, const char* leftOut, std::size_t count, int64_t K, const double* ofAll,
-                   double* medians, int lanes) {
-    const std::size_t width = std::size_t(2 * K + 1), n = count - width + 1;
-    SortedWindow window(width, lanes);
-    std::vector<double> kept;
-    std::size_t size = 0, outside = 0;  // means of the window kept, and left out
-    for (std::size_t j = 0; j < width; ++j) outside += std::size_t(leftOut[j]);
-    bool held = false;  // whether window holds the kept means of means[k .. k + 2K]
-    for (std::size_t k = 0;; ++k) {
-        if (outside == 0) {
-            held = false;
-            medians[k] = ofAll[k];
-        } else {
-            if (!held) {
-                kept.clear();
-                for (std::size_t j = k; j < k + width; ++j)
-                    if (!leftOut[j]) kept.push_back(means[j]);
-                window.Fill(kept.data(), kept.size());
-                size = kept.size();
-                held = true;
-            }
-            medians[k] = size == 0 ? ofAll[k] : window[(size - 1) / 2];
-        }
-        if (k + 1 == n) break;
-        const bool goes = !leftOut[k], comes = !leftOut[k + width];
-        outside = outside + !comes - !goes;
-        if (held && (goes || comes)) {
-            window.Replace(goes ? means[k] : INFINITY, comes ? means[k + width] : INFINITY);
-            size = size + comes - goes;
-        }
-    }
-}
-
 // Points a .. end - 1 of one block, between the same two block centres,
 // where the level at point p is level0 + step × (p - start).
 struct LevelPiece {
@@ -320,8 +280,8 @@ void LessBaselineOf(const BlockBaseline& baseline, const double* filtered, int64
                 s.leftOut[std::size_t(p.block - meansFrom)] = 1;
     }
     s.keptMedians.resize(means - std::size_t(2 * (reach + K)));
-    MediansOfKept(blockMeans + reach, s.leftOut.data() + reach, means - std::size_t(2 * reach), K,
-                  s.medians.data() + reach, s.keptMedians.data(), baseline.lanes);
+    RunningMediansOfKept(blockMeans + reach, s.leftOut.data() + reach, means - std::size_t(2 * reach),
+                         std::size_t(2 * K + 1), s.medians.data() + reach, s.keptMedians.data(), baseline.lanes);
     put(s.keptMedians.data());
     if (!nanNearLeftOut) return;
     for (int64_t block = FloorDiv(first, B); block * B < first + count; ++block) {

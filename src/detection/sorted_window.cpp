@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #if defined(__x86_64__)
 #if !defined(__clang__)
@@ -115,15 +116,59 @@ __attribute__((target("avx512f"))) void MediansInRegisters(const double* values,
     }
 }
 
+// RunningMediansOfKept the same way: the means left out go out and come in
+// as +infinity (none), and the window is stepped throughout; sorted holds
+// the first window's kept values, sorted, then +infinity.
+template <int Eights>
+__attribute__((target("avx512f"))) void KeptMediansInRegisters(const double* values, const char* leftOut,
+                                                                 std::size_t count, std::size_t width,
+                                                                 const double* ofAll, const double* sorted,
+                                                                 double* medians) {
+    __m512d v[Eights + 1];
+    v[Eights] = _mm512_set1_pd(INFINITY);
+#pragma GCC unroll 8
+    for (int e = 0; e < Eights; ++e) v[e] = _mm512_loadu_pd(sorted + 8 * e);
+    std::size_t size = 0;  // values of the window kept
+    for (std::size_t j = 0; j < width; ++j) size += std::size_t(!leftOut[j]);
+    const __m512d none = _mm512_set1_pd(INFINITY), lowest = _mm512_set1_pd(-INFINITY);
+    for (std::size_t k = 0;; ++k) {
+        if (size == width || size == 0) {
+            medians[k] = ofAll[k];
+        } else {
+            const std::size_t middle = (size - 1) / 2, eight = middle / 8;
+            __m512d holding = v[0];
+#pragma GCC unroll 8
+            for (int e = 1; e < Eights; ++e)
+                holding = _mm512_mask_mov_pd(holding, __mmask8(std::size_t(e) == eight ? 0xff : 0), v[e]);
+            const __m512i lane = _mm512_set1_epi64(int64_t(middle % 8));
+            _mm_store_sd(medians + k, _mm512_castpd512_pd128(_mm512_permutexvar_pd(lane, holding)));
+        }
+        if (k + width == count) break;
+        const bool goes = !leftOut[k], comes = !leftOut[k + width];
+        const __m512d gone = goes ? _mm512_set1_pd(values[k]) : none;
+        const __m512d in = comes ? _mm512_set1_pd(values[k + width]) : none;
+        size = size + comes - goes;
+        __m512d lastB = lowest;
+#pragma GCC unroll 8
+        for (int e = 0; e < Eights; ++e) {
+            __m512d b;
+            v[e] = StepEight(v[e], NextPlace(v[e], v[e + 1]), lastB, gone, in, b);
+            lastB = b;
+        }
+    }
+}
+
 using MediansRun = void (*)(const double*, std::size_t, std::size_t, const double*, double*);
+using KeptMediansRun = void (*)(const double*, const char*, std::size_t, std::size_t, const double*,
+                                const double*, double*);
 
 // The medians in registers for a capacity of up to 64 places; none beyond.
 template <int Eights = 1>
-MediansRun InRegisters(std::size_t capacity) {
+std::pair<MediansRun, KeptMediansRun> InRegisters(std::size_t capacity) {
     if constexpr (Eights > 8) {
-        return nullptr;
+        return {nullptr, nullptr};
     } else {
-        if (capacity == 8 * Eights) return MediansInRegisters<Eights>;
+        if (capacity == 8 * Eights) return {MediansInRegisters<Eights>, KeptMediansInRegisters<Eights>};
         return InRegisters<Eights + 1>(capacity);
     }
 }
@@ -166,7 +211,7 @@ void RunningMedians(const double* values, std::size_t count, std::size_t width, 
     window.Fill(values, width);
 #if VESS_WIDE_WINDOW
     if (window.eight_)
-        if (const MediansRun inRegisters = InRegisters(window.capacity_)) {
+        if (const MediansRun inRegisters = InRegisters(window.capacity_).first) {
             inRegisters(values, count, width, window.current_, medians);
             return;
         }
@@ -175,6 +220,53 @@ void RunningMedians(const double* values, std::size_t count, std::size_t width, 
         medians[k] = window[(width - 1) / 2];
         if (k + width == count) break;
         window.Replace(values[k], values[k + width]);
+    }
+}
+
+void RunningMediansOfKept(const double* values, const char* leftOut, std::size_t count, std::size_t width,
+                          const double* ofAll, double* medians, int lanes) {
+    SortedWindow window(width, lanes);
+    std::vector<double> kept;
+    const auto fill = [&](std::size_t k) {  // the kept values of window k
+        kept.clear();
+        for (std::size_t j = k; j < k + width; ++j)
+            if (!leftOut[j]) kept.push_back(values[j]);
+        window.Fill(kept.data(), kept.size());
+        return kept.size();
+    };
+#if VESS_WIDE_WINDOW
+    if (window.eight_)
+        if (const KeptMediansRun inRegisters = InRegisters(window.capacity_).second) {
+            fill(0);
+            inRegisters(values, leftOut, count, width, ofAll, window.current_, medians);
+            return;
+        }
+#endif
+    // Stepping a window costs more than sorting one afresh here: it is kept
+    // only where a value of it is left out, and filled where the first is (a
+    // mean is never -0, the sum of a block beginning at +0, so sorted means
+    // are the same sequence however they were put in).
+    std::size_t size = 0, outside = 0;  // values of the window kept, and left out
+    for (std::size_t j = 0; j < width; ++j) outside += std::size_t(leftOut[j]);
+    bool held = false;  // whether window holds the kept values of window k
+    for (std::size_t k = 0;; ++k) {
+        if (outside == 0) {
+            held = false;
+            medians[k] = ofAll[k];
+        } else {
+            if (!held) {
+                size = fill(k);
+                held = true;
+            }
+            medians[k] = size == 0 ? ofAll[k] : window[(size - 1) / 2];
+        }
+        if (k + width == count) break;
+        const bool goes = !leftOut[k], comes = !leftOut[k + width];
+        outside = outside + !comes - !goes;
+        if (held && (goes || comes)) {
+            window.Replace(goes ? values[k] : INFINITY, comes ? values[k + width] : INFINITY);
+            size = size + comes - goes;
+        }
     }
 }
 

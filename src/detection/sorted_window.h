@@ -32,6 +32,8 @@ public:
 
 private:
     friend void RunningMedians(const double*, std::size_t, std::size_t, double*, int);
+    friend void RunningMediansOfKept(const double*, const char*, std::size_t, std::size_t, const double*, double*,
+                                     int);
     std::size_t capacity_;  // even; a multiple of eight with eight lanes
     bool eight_;
     // Two buffers of capacity_ places, each with one place before and after
@@ -46,5 +48,11 @@ private:
 // throughout where it fits in them.
 void RunningMedians(const double* values, std::size_t count, std::size_t width, double* medians,
                     int lanes = WidestLanes());
+
+// The same of the values not left out (leftOut[j] set), the lower middle of
+// an even count; where none of a window is left out, or all of it,
+// ofAll[k], the median of all of it.
+void RunningMediansOfKept(const double* values, const char* leftOut, std::size_t count, std::size_t width,
+                          const double* ofAll, double* medians, int lanes = WidestLanes());
 
 }  // namespace vess

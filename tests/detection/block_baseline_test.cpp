@@ -173,11 +173,23 @@ TEST(SortedWindow, StepsAsEraseAndInsertDoAtEveryWidth) {
             if (width % 2 == 0) continue;
             std::vector<double> values(400), medians(values.size() - width + 1);
             for (double& v : values) v = value(rng) + 0.5 * (pick(rng) == 0);
+            // Of the values kept: runs left out, none or all of a window at times.
+            std::vector<char> leftOut(values.size());
+            for (std::size_t j = 0; j < values.size(); ++j) leftOut[j] = (j / 17) % 3 == 0 && pick(rng) < 8;
+            std::vector<double> kept(medians.size());
             RunningMedians(values.data(), values.size(), width, medians.data(), lanes);
+            RunningMediansOfKept(values.data(), leftOut.data(), values.size(), width, medians.data(), kept.data(),
+                                 lanes);
             for (std::size_t k = 0; k < medians.size(); ++k) {
-                std::vector<double> w(values.begin() + std::ptrdiff_t(k), values.begin() + std::ptrdiff_t(k + width));
+                std::vector<double> w, k1;
+                for (std::size_t j = k; j < k + width; ++j) {
+                    w.push_back(values[j]);
+                    if (!leftOut[j]) k1.push_back(values[j]);
+                }
                 std::sort(w.begin(), w.end());
+                std::sort(k1.begin(), k1.end());
                 ASSERT_EQ(medians[k], w[width / 2]) << lanes << " lanes, width " << width << ", at " << k;
+                ASSERT_EQ(kept[k], k1.empty() ? w[width / 2] : k1[(k1.size() - 1) / 2]) << lanes << " lanes, width " << width << ", at " << k;
             }
         }
     }
