@@ -19,9 +19,12 @@ constexpr int64_t kChunkPoints = 4096;
 
 // The interleaved bytes of a read, one buffer a thread, so that several
 // threads can read one recording at once.
-std::vector<uint8_t>& FrameBytes() {
+// A buffer of n bytes, kept at its largest on this thread: shrunk and grown
+// again (a long read after a short one), it would be zeroed every time.
+std::span<uint8_t> FrameBytes(std::size_t n) {
     thread_local std::vector<uint8_t> bytes;
-    return bytes;
+    if (bytes.size() < n) bytes.resize(n);
+    return {bytes.data(), n};
 }
 
 }  // namespace
@@ -32,8 +35,7 @@ bool Recording::ReadFrames(int64_t first, std::span<int16_t> out) const {
 
 bool Recording::ReadRawFrames(int64_t first, std::span<int16_t> out) const {
     const std::size_t frameBytes = std::size_t(ChannelCount()) * 2;
-    std::vector<uint8_t>& bytes = FrameBytes();
-    bytes.resize(out.size() * frameBytes);
+    const std::span<uint8_t> bytes = FrameBytes(out.size() * frameBytes);
     const uint64_t at = dataOffset_ + uint64_t(first) * frameBytes;
     const std::size_t got = file_->ReadAt(at, bytes);
     const std::size_t whole = std::min(out.size(), got / frameBytes);
@@ -47,8 +49,7 @@ bool Recording::ReadRawFrames(int64_t first, std::span<int16_t> out) const {
 }
 
 bool Recording::ReadFilteredFrames(int64_t first, std::span<int16_t> out) const {
-    std::vector<uint8_t>& bytes = FrameBytes();
-    bytes.resize(out.size() * 2);
+    const std::span<uint8_t> bytes = FrameBytes(out.size() * 2);
     const uint64_t at = uint64_t(first) * 2;
     const std::size_t got = filtered_->ReadAt(at, bytes);
     const std::size_t whole = std::min(out.size(), got / 2);
