@@ -16,13 +16,23 @@ constexpr double kSignificantSds = 2;  // decay at the onset, in residual SDs
 constexpr int64_t kFewestPoints = 8;
 constexpr double kRisesSkipped = 5;
 
-// A coarse grid, then a fine one across the coarse steps either side of its
-// best: the decay extrapolated to the onset is then as good as the data make it.
-ExponentialFit FitDecay(const std::vector<double>& y, double tauCentre) {
-    const ExponentialFit coarse = FitExponentialOnGrid(y, tauCentre * kTauLowest, kTauRange);
-    const double step = std::pow(kTauRange, 1.0 / (kDecayGridSteps - 1));
-    return FitExponentialOnGrid(y, coarse.tauPoints / step, step * step);
+// ln of the sum of exp(m x), m = 1 .. n, for x > 0: the squared length of
+// the exponentials exp(m / tau) for x = 2 / tau, and the product of two of
+// them for x = 1 / tau1 + 1 / tau2.
+double LogGeometricSum(double x, double n) {
+    const auto logExpm1 = [](double z) { return z > 30 ? z + std::log1p(-std::exp(-z)) : std::log(std::expm1(z)); };
+    return x + logExpm1(n * x) - logExpm1(x);
 }
+
+// The angle between the exponentials of two time constants over n points.
+double AngleBetween(double tau1, double tau2, double n) {
+    const double x1 = 1 / tau1, x2 = 1 / tau2;
+    const double logCos =
+        LogGeometricSum(x1 + x2, n) - (LogGeometricSum(2 * x1, n) + LogGeometricSum(2 * x2, n)) / 2;
+    const double oneLessCos = std::max(-std::expm1(logCos), 0.0);
+    return 2 * std::asin(std::min(1.0, std::sqrt(oneLessCos / 2)));
+}
+
 
 // Whether any exponential a exp(m / tau), m = y.size() .. 1, could pass the
 // significance test below, a direction > 2 sqrt(sse / (n - 2)). With e the
@@ -58,6 +68,35 @@ bool CanBeSignificant(const std::vector<double>& y, int direction) {
 
 }  // namespace
 
+// With e the exponentials of a time constant and theta their angle to
+// direction x y, the fit leaves sse = |y|^2 sin^2 theta and its amplitude
+// is |y| cos theta / |e|, so it passes when sqrt(n - 2) cot theta / (2 |e|)
+// is above 1. Across the interval |e| is at least that of tauHigh (the
+// exponentials shrink as tau grows), and theta is at least the coarse one
+// less the largest angle between its exponentials and those of the
+// interval's ends (the angle grows away from it on either side, ln of the
+// geometric sum being convex). The bound must stay below 0.9: a margin
+// no rounding of the sums crosses; a fit too close to call, or one whose
+// sse is too small to be read to that precision, is made.
+bool NoDecayFitCanPass(std::span<const double> y, const ExponentialFit& coarse, double tauLow, double tauHigh,
+                  int direction) {
+    const double n = double(y.size());
+    double yy = 0;
+    for (const double v : y) yy += v * v;
+    const double sse = std::max(coarse.sse, 0.0);
+    if (!(yy > 0) || !(sse > 1e-6 * yy) || !(tauLow > 0)) return false;
+    const double length = std::exp(LogGeometricSum(2 / coarse.tauPoints, n) / 2);
+    const double theta = std::atan2(std::sqrt(sse), direction * coarse.amplitude * length);
+    const double spread = std::max(AngleBetween(coarse.tauPoints, tauLow * (1 - 1e-9), n),
+                                   AngleBetween(coarse.tauPoints, tauHigh * (1 + 1e-9), n)) + 1e-6;
+    const double least = theta - spread;
+    if (!(least > 1e-3)) return false;
+    if (least >= M_PI / 2) return true;
+    const double shortest = std::exp(LogGeometricSum(2 / (tauHigh * (1 + 1e-9)), n) / 2);
+    const double bound = std::sqrt(n - 2) / (kSignificantSds * shortest * std::tan(least));
+    return bound < 0.9;
+}
+
 std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, int64_t lookback,
                                             double kernelRiseMs, double kernelDecayMs) {
     const Screen& screen = det.Scr();
@@ -83,7 +122,15 @@ std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, 
         for (std::size_t k = 0; k < y.size(); ++k)
             y[k] = double(screen.GetSampleValue(first + int64_t(k))) - baseline;
     if (!CanBeSignificant(y, det.Direction())) return std::nullopt;
-    const ExponentialFit fit = FitDecay(y, std::max(kernelDecayMs, 0.1) * pointsPerMs);
+    // A coarse grid, then a fine one across the coarse steps either side of
+    // its best: the decay extrapolated to the onset is then as good as the
+    // data make it.
+    const ExponentialFit coarse =
+        FitExponentialOnGrid(y, std::max(kernelDecayMs, 0.1) * pointsPerMs * kTauLowest, kTauRange);
+    const double step = std::pow(kTauRange, 1.0 / (kDecayGridSteps - 1));
+    if (NoDecayFitCanPass(y, coarse, coarse.tauPoints / step, coarse.tauPoints * step, det.Direction()))
+        return std::nullopt;
+    const ExponentialFit fit = FitExponentialOnGrid(y, coarse.tauPoints / step, step * step);
     const double residualSd = std::sqrt(std::max(fit.sse, 0.0) / double(y.size() - 2));
     if (!(det.Direction() * fit.amplitude > kSignificantSds * residualSd)) return std::nullopt;
     return EarlierDecay{{fit.amplitude, onset, fit.tauPoints}, baseline};

@@ -5,8 +5,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "detection/detector.h"
+#include "detection/exponential_grid.h"
 
 namespace vess {
 
@@ -25,6 +27,14 @@ struct EarlierDecay {
 // level trace and is measured as any other.
 std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, int64_t lookback,
                                             double kernelRiseMs, double kernelDecayMs);
+
+// Whether no decay a exp(m / tau) fitted to y (as FitExponentialOnGrid
+// fits it) with tau from tauLow to tauHigh can be significant as
+// FitEarlierDecay requires, a direction > 2 sqrt(sse / (n - 2)), judged
+// from the fit at one tau between them (coarse): then FitEarlierDecay need
+// not fit the fine grid across them, its outcome being known.
+bool NoDecayFitCanPass(std::span<const double> y, const ExponentialFit& coarse, double tauLow, double tauHigh,
+                       int direction);
 
 // Measures the event detected at onset on the trace less the earlier decay:
 // its peak is the most extreme point of that trace from onset to before
