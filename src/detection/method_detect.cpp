@@ -132,8 +132,11 @@ void DetectionScan::Scan(const double* z, int64_t available, int64_t n) {
             // crossing when it fell below the threshold, else the dip.
             int64_t onset = dipIndex_;
             if (dip_ <= threshold) {
-                while (onset + 1 < i && !(z[onset + 1] > threshold)) ++onset;
-                ++onset;
+                // The first point above the threshold after the dip (i when
+                // none), a vector at a time: the dip can lie far back.
+                double unusedDip = 0;
+                int64_t unusedDipIndex = 0;
+                onset = NextAbove(z, dipIndex_ + 1, i, threshold, false, unusedDip, unusedDipIndex);
             }
             points_.push_back(onset);
             lastPeak_ = i;
