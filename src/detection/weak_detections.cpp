@@ -81,21 +81,30 @@ double FittedKernelAmplitude(const Recording& rec, int64_t centre, const EventKe
     const int64_t first = centre - search - lead;
     std::vector<int16_t> raw(std::size_t(2 * search + lead + after));
     rec.ReadSamples(first, raw);
+    // The sums over the kernel and over the samples of every window, from
+    // running sums: the kernel's taken in the fit's order, the samples'
+    // whole numbers (exact in any order).
+    std::vector<double> kSum(k.size() + 1, 0.0), kkSum(k.size() + 1, 0.0);
+    for (std::size_t j = 0; j < k.size(); ++j) {
+        kSum[j + 1] = kSum[j] + k[j];
+        kkSum[j + 1] = kkSum[j] + k[j] * k[j];
+    }
+    std::vector<int64_t> ySum(raw.size() + 1, 0), yySum(raw.size() + 1, 0);
+    for (std::size_t j = 0; j < raw.size(); ++j) {
+        ySum[j + 1] = ySum[j] + raw[j];
+        yySum[j + 1] = yySum[j] + int64_t(raw[j]) * raw[j];
+    }
     double best = -INFINITY, amplitude = 0;
     for (int64_t shift = 0; shift <= 2 * search; shift += step) {
         const int64_t n = std::min(lead + after, end - (first + shift));
         if (n < lead + leastAfter) break;
-        double sK = 0, sKK = 0, sY = 0, sYY = 0, sKY = 0;
-        for (int64_t i = 0; i < n; ++i) {
-            const double y = raw[std::size_t(shift + i)];
-            sY += y;
-            sYY += y * y;
-            if (i < lead) continue;
-            const double v = k[std::size_t(i - lead)];
-            sK += v;
-            sKK += v * v;
-            sKY += v * y;
-        }
+        const std::size_t fitted = std::size_t(n - lead);
+        const double sK = kSum[fitted], sKK = kkSum[fitted];
+        const double sY = double(ySum[std::size_t(shift + n)] - ySum[std::size_t(shift)]);
+        const double sYY = double(yySum[std::size_t(shift + n)] - yySum[std::size_t(shift)]);
+        const int16_t* y = raw.data() + shift + lead;
+        double sKY = 0;
+        for (std::size_t j = 0; j < fitted; ++j) sKY += k[j] * double(y[j]);
         const double denom = sKK - sK * sK / double(n);
         const double scale = (sKY - sK * sY / double(n)) / denom;
         const double sse = std::max(sYY - sY * sY / double(n) - scale * scale * denom, 1e-12);
