@@ -17,7 +17,7 @@
 namespace vess {
 namespace {
 
-constexpr std::size_t kSampleStep = 32, kShortest = 1 << 16;
+constexpr std::size_t kSampleStep = 64, kShortest = 1 << 16;
 
 // The numbers ranked: the values, or their distances from centre.
 template <bool Distance>
@@ -66,6 +66,34 @@ __attribute__((target("avx512f,popcnt"))) std::size_t KeepInsideEights(const dou
 }
 #endif
 
+// The value of rank `rank` among values[0 .. n), all in [low, high] or not a
+// number: counted into bins of equal width (a bin found by rounded
+// arithmetic that keeps the values' order), the rank's bin is found from
+// the counts and only its values are put in order.
+double RankInBracket(double* values, std::size_t n, std::size_t rank, double low, double high) {
+    constexpr std::size_t kBins = 4096;
+    const double scale = double(kBins) / (high - low);
+    const auto binOf = [&](double x) { return std::min(std::size_t((x - low) * scale), kBins - 1); };
+    bool ordered = n >= kBins && std::isfinite(scale) && scale > 0;
+    std::vector<uint32_t> counts(ordered ? kBins : 0, 0);
+    for (std::size_t i = 0; ordered && i < n; ++i) {
+        ordered = values[i] >= low && values[i] <= high;
+        if (ordered) ++counts[binOf(values[i])];
+    }
+    if (!ordered) {
+        std::nth_element(values, values + rank, values + n);
+        return values[rank];
+    }
+    std::size_t bin = 0, before = 0;
+    while (before + counts[bin] <= rank) before += counts[bin++];
+    std::vector<double> inBin;
+    inBin.reserve(counts[bin]);
+    for (std::size_t i = 0; i < n; ++i)
+        if (binOf(values[i]) == bin) inBin.push_back(values[i]);
+    std::nth_element(inBin.begin(), inBin.begin() + std::ptrdiff_t(rank - before), inBin.end());
+    return inBin[rank - before];
+}
+
 template <bool Distance>
 double Select(const double* values, std::size_t n, std::size_t rank, double centre, [[maybe_unused]] int lanes) {
     std::vector<double> all;
@@ -98,9 +126,7 @@ double Select(const double* values, std::size_t n, std::size_t rank, double cent
 #endif
         inside = KeepInside<Distance>(values, 0, n, centre, low, high, kept.get(), below);
     if (rank < below || rank - below >= inside) return nthOfAll();
-    double* const place = kept.get() + (rank - below);
-    std::nth_element(kept.get(), place, kept.get() + inside);
-    return *place;
+    return RankInBracket(kept.get(), inside, rank - below, low, high);
 }
 
 // The bin of each value into bin[i - from], bins for none.
