@@ -235,6 +235,7 @@ private:
         std::string fileName, units, events;
         int channel = 0;
         int64_t screen = 0, screens = 0;
+        QString screenText;  // "Screen %1 of <screens>"
         bool modified = false;
         // What the events label was made from.
         int32_t eventCount = 0;

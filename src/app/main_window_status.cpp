@@ -47,11 +47,11 @@ void MainWindow::RefreshStatus() {
         const ScreenGeometry g = GeometryOf(ws_);
         const int64_t screen = ws_.screenStartBlock / g.blocksPerScreen + 1;
         const int64_t screens = g.LastScreenStart() / g.blocksPerScreen + 1;
-        if (openChanged || screen != shown.screen || screens != shown.screens) {
-            // Set on every screen: translated once.
-            static const QString format = tr("Screen %1 of %2");
-            statusScreen_->setText(format.arg(QString::number(screen), QString::number(screens)));
-        }
+        // Set on every screen: the count of screens is filled in once.
+        if (openChanged || screens != shown.screens)
+            shown.screenText = tr("Screen %1 of %2").arg(QStringLiteral("%1"), QString::number(screens));
+        if (openChanged || screen != shown.screen || screens != shown.screens)
+            statusScreen_->setText(shown.screenText.arg(screen));
         shown.screen = screen;
         shown.screens = screens;
         const bool modified = ws_.history.Modified();
