@@ -130,24 +130,25 @@ VESS_AVX512 int64_t Standardise8(double* z, int64_t n, double centre, double sd)
 
 // (x + iy)(c + id) = (xc - yd) + i(yc + xd): the products of the spectrum
 // and the filter's real parts, less and plus those of the swapped spectrum
-// and the imaginary parts, lane by lane.
-VESS_AVX2 int64_t MultiplySpectrum4(double* s, const double* re, const double* im, int64_t values) {
+// and the imaginary parts, lane by lane; each part of the filter is copied
+// into both lanes of its value.
+VESS_AVX2 int64_t MultiplySpectrum4(double* s, const double* f, int64_t values) {
     int64_t k = 0;
     for (; k + 4 <= values; k += 4) {
-        const __m256d a = _mm256_loadu_pd(s + k);
-        const __m256d real = a * _mm256_loadu_pd(re + k);
-        const __m256d swapped = _mm256_permute_pd(a, 0b0101) * _mm256_loadu_pd(im + k);
+        const __m256d a = _mm256_loadu_pd(s + k), filter = _mm256_loadu_pd(f + k);
+        const __m256d real = a * _mm256_movedup_pd(filter);
+        const __m256d swapped = _mm256_permute_pd(a, 0b0101) * _mm256_permute_pd(filter, 0b1111);
         _mm256_storeu_pd(s + k, _mm256_addsub_pd(real, swapped));
     }
     return k;
 }
 
-VESS_AVX512 int64_t MultiplySpectrum8(double* s, const double* re, const double* im, int64_t values) {
+VESS_AVX512 int64_t MultiplySpectrum8(double* s, const double* f, int64_t values) {
     int64_t k = 0;
     for (; k + 8 <= values; k += 8) {
-        const __m512d a = _mm512_loadu_pd(s + k);
-        const __m512d real = a * _mm512_loadu_pd(re + k);
-        const __m512d swapped = _mm512_permute_pd(a, 0x55) * _mm512_loadu_pd(im + k);
+        const __m512d a = _mm512_loadu_pd(s + k), filter = _mm512_loadu_pd(f + k);
+        const __m512d real = a * _mm512_movedup_pd(filter);
+        const __m512d swapped = _mm512_permute_pd(a, 0x55) * _mm512_permute_pd(filter, 0xFF);
         _mm512_storeu_pd(s + k, _mm512_mask_sub_pd(real + swapped, 0x55, real, swapped));
     }
     return k;
@@ -346,17 +347,18 @@ void Standardise(double* z, int64_t n, double centre, double sd, int lanes) {
     for (; i < n; ++i) z[i] = (z[i] - centre) / sd;
 }
 
-void MultiplySpectrum(std::complex<double>* spectrum, const double* re, const double* im, int64_t bins,
+void MultiplySpectrum(std::complex<double>* spectrum, const std::complex<double>* filter, int64_t bins,
                       int lanes) {
     // std::complex<double> is laid out as two doubles, real part first.
     double* s = reinterpret_cast<double*>(spectrum);
+    const double* f = reinterpret_cast<const double*>(filter);
     int64_t k = 0;
 #if VESS_VECTORS
-    if (lanes == 8) k = MultiplySpectrum8(s, re, im, 2 * bins);
-    else if (lanes == 4) k = MultiplySpectrum4(s, re, im, 2 * bins);
+    if (lanes == 8) k = MultiplySpectrum8(s, f, 2 * bins);
+    else if (lanes == 4) k = MultiplySpectrum4(s, f, 2 * bins);
 #endif
     for (; k < 2 * bins; k += 2) {
-        const double x = s[k], y = s[k + 1], c = re[k], d = im[k];
+        const double x = s[k], y = s[k + 1], c = f[k], d = f[k + 1];
         s[k] = x * c - y * d;
         s[k + 1] = x * d + y * c;
     }

@@ -149,11 +149,8 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
         }
         return std::pair{double(y), double(yy)};
     };
-    std::vector<double> re(2 * size), im(2 * size);
-    for (std::size_t k = 0; k < size; ++k) {
-        re[2 * k] = re[2 * k + 1] = sTY[k] / 3;
-        im[2 * k] = im[2 * k + 1] = sY[k] / 7;
-    }
+    std::vector<std::complex<double>> filter(size);
+    for (std::size_t k = 0; k < size; ++k) filter[k] = {sTY[k] / 3, sY[k] / 7};
     for (const int lanes : AvailableLanes()) {
         for (const int64_t m : {1, 2, 3, 7, 9, 512, 515}) {
             SCOPED_TRACE(std::to_string(lanes) + " lanes, " + std::to_string(m) + " points");
@@ -164,7 +161,7 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
             Standardise(standard.data(), m, 0.25, 1.5, lanes);
             std::vector<std::complex<double>> product(count), expected(count);
             for (std::size_t k = 0; k < count; ++k) product[k] = expected[k] = {sY[k], sTY[k]};
-            MultiplySpectrum(product.data(), re.data(), im.data(), m, lanes);
+            MultiplySpectrum(product.data(), filter.data(), m, lanes);
             std::vector<double> converted(count), slidY(count), slidYY(count), onSamples(count);
             SamplesToDoubles(x.data() + 1, m, converted.data(), lanes);
             auto [y, yy] = windowSums(2);
@@ -177,7 +174,7 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
                 ASSERT_EQ(tile[k], c.Of(sY[k], sYY[k], sTY[k])) << "point " << k;
                 ASSERT_EQ(std::bit_cast<uint64_t>(standard[k]), std::bit_cast<uint64_t>((z[k] - 0.25) / 1.5))
                     << "point " << k;
-                expected[k] *= std::complex<double>(re[2 * k], im[2 * k]);
+                expected[k] *= filter[k];
                 ASSERT_EQ(product[k], expected[k]) << "bin " << k;
                 ASSERT_EQ(std::pair(slidY[k], slidYY[k]), windowSums(k + 3)) << "window " << k;
                 const auto [wy, wyy] = windowSums(k + 3);
