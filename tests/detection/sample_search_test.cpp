@@ -135,7 +135,7 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     }
     sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
     z[9] = NAN;                      // neither above the threshold nor a dip
-    z[300] = z[301] = -9;            // a dip late in the scan, held twice
+    z[300] = z[301] = z[308] = -9;  // a dip late in the scan, held three times
     // Samples over the whole 16-bit range, and the sums of each window of 40
     // from them, taken anew.
     std::vector<int16_t> x(size + 42);  // the windows from point 3 of the longest run
