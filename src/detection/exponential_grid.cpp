@@ -18,13 +18,14 @@ constexpr std::size_t kSteps = kDecayGridSteps;
 
 // The exponentials of one grid, exp(m / tau_g), m points before the onset,
 // grown as longer stretches are fitted, and the sums of their squares over a
-// stretch of each length, made once a length: they depend on no sample.
+// stretch of each length, made once a length: they depend on no sample. The
+// sums are held only for the lengths fitted (a fraction of them), so that
+// the pages of the others are never touched.
 struct GridTable {
     double lowest = 0, range = 0;
     std::array<double, kSteps> taus{};
-    std::vector<double> rows;     // rows[m * kSteps + g]
-    std::vector<double> squares;  // squares[n * kSteps + g], where squaresKnown[n]
-    std::vector<bool> squaresKnown;
+    std::vector<double> rows;  // rows[m * kSteps + g]
+    std::vector<std::unique_ptr<std::array<double, kSteps>>> squares;  // squares[n][g], or null
 
     GridTable(double lowestTau, double rangeTau) : lowest(lowestTau), range(rangeTau) {
         for (std::size_t g = 0; g < kSteps; ++g) taus[g] = lowest * std::pow(range, double(g) / (kSteps - 1));
@@ -35,8 +36,7 @@ struct GridTable {
         rows.resize(points * kSteps);
         for (std::size_t m = from; m < points; ++m)
             for (std::size_t g = 0; g < kSteps; ++g) rows[m * kSteps + g] = std::exp(double(m) / taus[g]);
-        squares.resize(points * kSteps);
-        squaresKnown.resize(points);
+        squares.resize(points);
     }
 };
 
@@ -169,9 +169,11 @@ ExponentialFit FitExponentialOnGridAtWidth(std::span<const double> y, double low
     }
     GridTable& table = own ? *own : TableFor(lowest, range, n + 1);
     std::array<double, kSteps> sKY{};
-    double* sKK = table.squares.data() + n * kSteps;
-    SumsAtWidth(width)(table.rows.data(), y.data(), n, sKY.data(), table.squaresKnown[n] ? nullptr : sKK);
-    table.squaresKnown[n] = true;
+    std::unique_ptr<std::array<double, kSteps>>& squares = table.squares[n];
+    const bool known = squares != nullptr;
+    if (!known) squares = std::make_unique<std::array<double, kSteps>>();
+    double* sKK = squares->data();
+    SumsAtWidth(width)(table.rows.data(), y.data(), n, sKY.data(), known ? nullptr : sKK);
     double sYY = 0;
     for (const double v : y) sYY += v * v;
     ExponentialFit best;
