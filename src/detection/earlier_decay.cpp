@@ -24,17 +24,25 @@ ExponentialFit FitDecay(const std::vector<double>& y, double tauCentre) {
     return FitExponentialOnGrid(y, coarse.tauPoints / step, step * step);
 }
 
-// Whether any exponential a exp(m / tau), m = y.size() .. 1, could pass the
-// significance test below, a direction > 2 sqrt(sse / (n - 2)). With e the
-// exponentials and y the excess, the fit explains c = (e.y)^2 / (e.e) of
-// y.y and leaves sse = y.y - c, and a^2 = c / (e.e); every e_m > 1, so
-// e.e > n - 2 and passing needs 4 (y.y - c) < a^2 (n - 2) < c, c > 0.8 y.y.
-// The fit must point in the direction, so e.y is at most e.y+ (y+ the
-// samples in that direction, others 0) and c at most y+.y+ (Cauchy-Schwarz).
-// So where y+.y+ is at most 0.75 y.y no fit passes, by a margin no rounding
-// of the fit's sums can cross: the fit is not made. Most detections on a
-// level trace end here.
-bool CanBeSignificant(const std::vector<double>& y, int direction) {
+// Above every time constant FitDecay tries (its coarse grid's highest, one
+// fine step up, and room for rounding).
+double MostTauTried(double tauCentre) {
+    return tauCentre * kTauLowest * kTauRange * std::pow(kTauRange, 1.0 / (kDecayGridSteps - 1)) * 1.001;
+}
+
+// Whether any exponential a exp(m / tau), m = y.size() .. 1, tau at most
+// tauMost, could pass the significance test below, a direction > 2
+// sqrt(sse / (n - 2)). With e the exponentials and y the excess, the fit
+// explains c = (e.y)^2 / (e.e) of y.y and leaves sse = y.y - c, and a^2 =
+// c / (e.e); passing needs 4 (y.y - c) / (n - 2) < c / (e.e), that is c >
+// y.y 4 e.e / (n - 2 + 4 e.e), a share that grows with e.e, and e.e > n +
+// n (n + 1) / tauMost (e_m > 1 + m / tau). The fit must point in the
+// direction, so e.y is at most e.y+ (y+ the samples in that direction,
+// others 0) and c at most y+.y+ (Cauchy-Schwarz). So where y+.y+ is at most
+// that share of y.y, less 0.01 (a margin no rounding of the fit's sums can
+// cross), no fit passes: the fit is not made. Most detections on a level
+// trace end here.
+bool CanBeSignificant(const std::vector<double>& y, int direction, double tauMost) {
     // Pairs of sums side by side, with no branch on the noise's sign: the
     // order of the terms cannot matter to a test with this margin.
     typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
@@ -53,7 +61,8 @@ bool CanBeSignificant(const std::vector<double>& y, int direction) {
         all[0] += v * v;
         along[0] += toward * toward;
     }
-    return along[0] + along[1] > 0.75 * (all[0] + all[1]);
+    const double n = double(y.size()), leastEE = n + n * (n + 1) / tauMost;
+    return along[0] + along[1] > (4 * leastEE / (n - 2 + 4 * leastEE) - 0.01) * (all[0] + all[1]);
 }
 
 }  // namespace
@@ -82,8 +91,9 @@ std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, 
     else
         for (std::size_t k = 0; k < y.size(); ++k)
             y[k] = double(screen.GetSampleValue(first + int64_t(k))) - baseline;
-    if (!CanBeSignificant(y, det.Direction())) return std::nullopt;
-    const ExponentialFit fit = FitDecay(y, std::max(kernelDecayMs, 0.1) * pointsPerMs);
+    const double tauCentre = std::max(kernelDecayMs, 0.1) * pointsPerMs;
+    if (!CanBeSignificant(y, det.Direction(), MostTauTried(tauCentre))) return std::nullopt;
+    const ExponentialFit fit = FitDecay(y, tauCentre);
     const double residualSd = std::sqrt(std::max(fit.sse, 0.0) / double(y.size() - 2));
     if (!(det.Direction() * fit.amplitude > kSignificantSds * residualSd)) return std::nullopt;
     return EarlierDecay{{fit.amplitude, onset, fit.tauPoints}, baseline};

@@ -11,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -118,8 +119,8 @@ TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
 
 // The criterion loops at every vector width this processor has against the
 // plain loop (lanes 1), over lengths around the widths: the template
-// criterion of a tile and the window sums it takes, the samples converted
-// for the convolution and its spectrum products, the standardised
+// criterion of a tile, alone and with the window sums it takes, the samples
+// converted for the convolution and its spectrum products, the standardised
 // criterion, and the scan for the next point above the threshold.
 TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     std::mt19937 rng(14);
@@ -134,7 +135,7 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     }
     sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
     z[9] = NAN;                      // neither above the threshold nor a dip
-    z[300] = z[301] = -9;            // a dip late in the scan, held twice
+    z[300] = z[301] = z[308] = -9;  // a dip late in the scan, held three times
     // Samples over the whole 16-bit range, and the sums of each window of 40
     // from them, taken anew.
     std::vector<int16_t> x(size + 42);  // the windows from point 3 of the longest run
@@ -148,11 +149,8 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
         }
         return std::pair{double(y), double(yy)};
     };
-    std::vector<double> re(2 * size), im(2 * size);
-    for (std::size_t k = 0; k < size; ++k) {
-        re[2 * k] = re[2 * k + 1] = sTY[k] / 3;
-        im[2 * k] = im[2 * k + 1] = sY[k] / 7;
-    }
+    std::vector<std::complex<double>> filter(size);
+    for (std::size_t k = 0; k < size; ++k) filter[k] = {sTY[k] / 3, sY[k] / 7};
     for (const int lanes : AvailableLanes()) {
         for (const int64_t m : {1, 2, 3, 7, 9, 512, 515}) {
             SCOPED_TRACE(std::to_string(lanes) + " lanes, " + std::to_string(m) + " points");
@@ -163,19 +161,24 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
             Standardise(standard.data(), m, 0.25, 1.5, lanes);
             std::vector<std::complex<double>> product(count), expected(count);
             for (std::size_t k = 0; k < count; ++k) product[k] = expected[k] = {sY[k], sTY[k]};
-            MultiplySpectrum(product.data(), re.data(), im.data(), m, lanes);
-            std::vector<double> converted(count), slidY(count), slidYY(count);
+            MultiplySpectrum(product.data(), filter.data(), m, lanes);
+            std::vector<double> converted(count), slidY(count), slidYY(count), onSamples(count);
             SamplesToDoubles(x.data() + 1, m, converted.data(), lanes);
             auto [y, yy] = windowSums(2);
             SlideWindowSums(x.data(), 40, 3, m, y, yy, slidY.data(), slidYY.data(), lanes);
+            ASSERT_EQ(std::pair(y, yy), windowSums(count + 2));
+            std::tie(y, yy) = windowSums(2);
+            c.TileOnSamples(x.data(), 3, m, y, yy, sTY.data(), onSamples.data(), lanes);
             ASSERT_EQ(std::pair(y, yy), windowSums(count + 2));
             for (std::size_t k = 0; k < count; ++k) {
                 ASSERT_EQ(tile[k], c.Of(sY[k], sYY[k], sTY[k])) << "point " << k;
                 ASSERT_EQ(std::bit_cast<uint64_t>(standard[k]), std::bit_cast<uint64_t>((z[k] - 0.25) / 1.5))
                     << "point " << k;
-                expected[k] *= std::complex<double>(re[2 * k], im[2 * k]);
+                expected[k] *= filter[k];
                 ASSERT_EQ(product[k], expected[k]) << "bin " << k;
                 ASSERT_EQ(std::pair(slidY[k], slidYY[k]), windowSums(k + 3)) << "window " << k;
+                const auto [wy, wyy] = windowSums(k + 3);
+                ASSERT_EQ(onSamples[k], c.Of(wy, wyy, sTY[k])) << "window " << k;
                 ASSERT_EQ(converted[k], x[k + 1]) << "sample " << k;
             }
             for (const double threshold : {-HUGE_VAL, 1.5, 2.5, HUGE_VAL}) {
@@ -195,6 +198,24 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
             }
         }
     }
+}
+
+// Division by multiplying, as the widest criterion loop divides by the
+// template's length: a/b to the bit for numerators of 53 random bits, every
+// sign and a wide range of sizes, by lengths and their neighbours; a
+// fractional divisor is left to division.
+TEST(ExactReciprocal, MultiplyingGivesTheQuotientsBits) {
+    std::mt19937_64 rng(3);
+    for (const double b : {3.0, 39.0, 40.0, 206.0, 207.0, 1023.0, 4194303.0}) {
+        const ExactReciprocal by = ExactReciprocal::Of(b);
+        ASSERT_TRUE(by.exact) << b;
+        for (int k = 0; k < 100000; ++k) {
+            const double a = std::ldexp(double(rng() >> 11), int(rng() % 200) - 150) * (k % 2 ? -1 : 1);
+            ASSERT_EQ(std::bit_cast<uint64_t>(std::fma(a, by.hi, a * by.lo)), std::bit_cast<uint64_t>(a / b))
+                << a << " / " << b;
+        }
+    }
+    EXPECT_FALSE(ExactReciprocal::Of(180.5).exact);
 }
 
 }  // namespace
