@@ -76,8 +76,8 @@ VESS_AVX2 int64_t Tile4(const TemplateCriterion& c, const double* sY, const doub
 // Division by an exact reciprocal (template_criterion.h): a product and a
 // fused multiply-add, which keep the divider free for the divisions left.
 struct Multiplied8 {
-    VESS_AVX512 __m512d operator()(const __m512d& a, const ExactReciprocal& over) const {
-        return _mm512_fmadd_pd(a, _mm512_set1_pd(over.hi), a * over.lo);
+    VESS_AVX512 void operator()(__m512d& a, const ExactReciprocal& over) const {
+        a = _mm512_fmadd_pd(a, _mm512_set1_pd(over.hi), a * over.lo);
     }
 };
 bool Multipliable(const TemplateCriterion& c) { return c.byN.exact && c.byNLess1.exact; }

@@ -29,11 +29,13 @@ struct ExactReciprocal {
     }
 };
 
-// a / over.divisor, as the plain loop divides.
+// a divided by over.divisor in place, as the plain loop divides. In place
+// rather than returned: a vector returned across a function compiled for
+// narrower vectors changes the calling convention (clang refuses it).
 struct Divided {
     template <class V>
-    [[gnu::always_inline]] V operator()(const V& a, const ExactReciprocal& over) const {
-        return a / over.divisor;
+    [[gnu::always_inline]] void operator()(V& a, const ExactReciprocal& over) const {
+        a = a / over.divisor;
     }
 };
 
@@ -49,16 +51,20 @@ struct TemplateCriterion {
     // The fitted scale, and the variance of the fit's residual (at least
     // 1e-12 / nLess1), whose square root is the scale's standard error. Vectors
     // go by reference: a function compiled for wider vectors than this one
-    // may call it (always inlined). over(a, by) is a divided by by.divisor.
+    // may call it (always inlined). over(a, by) divides a by by.divisor.
     template <class V, class Over = Divided>
     [[gnu::always_inline]] void Fit(const V& sY, const V& sYY, const V& sTY, V& scale, V& variance,
                                     Over over = {}) const {
-        scale = (sTY - over(sT * sY, byN)) / denom;
-        const V offset = over(sY - scale * sT, byN);
+        V mean = sT * sY;
+        over(mean, byN);
+        scale = (sTY - mean) / denom;
+        V offset = sY - scale * sT;
+        over(offset, byN);
         const V sse = sYY + scale * scale * sTT + n * offset * offset -
                       2 * (scale * sTY + offset * sY - scale * offset * sT);
         const V least = V{} + 1e-12;
-        variance = over(sse < least ? least : sse, byNLess1);
+        variance = sse < least ? least : sse;
+        over(variance, byNLess1);
     }
     double Of(double sY, double sYY, double sTY) const {
         double scale, variance;
