@@ -7,7 +7,6 @@
 #include <immintrin.h>
 #endif
 
-
 namespace vess {
 namespace {
 
