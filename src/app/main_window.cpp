@@ -198,6 +198,9 @@ void MainWindow::BuildLayout() {
     statusBar()->addWidget(statusFile_, 2);
     for (QLabel* l : {statusChannel_, statusScreen_, statusPointer_, statusEvents_})
         statusBar()->addWidget(l, 1);
+    // Names and numbers, never markup (a file may be named "<b>.abf").
+    for (QLabel* l : {statusFile_, statusChannel_, statusScreen_, statusPointer_, statusEvents_})
+        l->setTextFormat(Qt::PlainText);
     jobs_ = new JobRunner(dialogs_, this);
     statusBar()->addPermanentWidget(jobs_);
     BuildFilterIndicator();

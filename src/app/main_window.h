@@ -228,15 +228,19 @@ private:
     };
     std::vector<CaptionShown> captionedActions_;
     // What the status bar and the title show, from the workspace; each label
-    // is set again only when its part changed.
+    // is set again only when its part changed (main_window_status.cpp).
     struct StatusShown {
         bool open = false;
+        uint64_t samples = 0;  // the recording's samples version the name and units were read at
         std::string fileName, units, events;
         int channel = 0;
         int64_t screen = 0, screens = 0;
+        QString screenText;  // "Screen %1 of <screens>"
         bool modified = false;
+        // What the events label was made from.
+        int32_t eventCount = 0;
+        std::string madeFor, madeWith;
     };
-    StatusShown StatusNow() const;
     std::optional<StatusShown> statusShown_;
 };
 

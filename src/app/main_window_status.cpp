@@ -1,6 +1,9 @@
 // The status bar and the window title of the main window. Each label is set
 // only when what it shows changed: the next screen changes the screen's
 // number and perhaps the event count, and nothing else needs rebuilding.
+// The recording's name, channel and units are read again only when its
+// samples' version changed (another recording or channel), and the events
+// label only when the count or the settings the events were made with did.
 #include <QLabel>
 
 #include "app/main_window.h"
@@ -9,31 +12,27 @@
 
 namespace vess {
 
-MainWindow::StatusShown MainWindow::StatusNow() const {
-    StatusShown now;
-    now.events = EventsStatusText(ws_);
-    const Recording* rec = ws_.recording.get();
-    if (!rec) return now;
-    now.open = true;
-    now.fileName = rec->FileName();
-    now.channel = rec->Channel();
-    now.units = rec->Units();
-    now.modified = ws_.history.Modified();
-    const ScreenGeometry g = GeometryOf(ws_);
-    now.screen = ws_.screenStartBlock / g.blocksPerScreen + 1;
-    now.screens = g.LastScreenStart() / g.blocksPerScreen + 1;
-    return now;
-}
-
 void MainWindow::RefreshStatus() {
     RefreshFilterIndicator();
-    StatusShown now = StatusNow();
-    const StatusShown* was = statusShown_ ? &*statusShown_ : nullptr;
-    const auto changed = [was, &now](auto StatusShown::*... fields) {
-        return !was || ((was->*fields != now.*fields) || ...);
-    };
-    if (!now.open) {
-        if (changed(&StatusShown::open)) {
+    const Recording* rec = ws_.recording.get();
+    const bool fresh = !statusShown_;
+    StatusShown& shown = fresh ? statusShown_.emplace() : *statusShown_;
+    const uint64_t samples = rec ? rec->SamplesVersion() : 0;
+    const bool openChanged = fresh || shown.open != (rec != nullptr);
+    const bool recordingChanged = openChanged || shown.samples != samples;
+    bool nameChanged = openChanged, channelChanged = openChanged;
+    if (rec && recordingChanged) {
+        std::string fileName = rec->FileName(), units = rec->Units();
+        nameChanged = nameChanged || fileName != shown.fileName;
+        channelChanged = channelChanged || int(rec->Channel()) != shown.channel || units != shown.units;
+        shown.fileName = std::move(fileName);
+        shown.units = std::move(units);
+        shown.channel = rec->Channel();
+    }
+    shown.open = rec != nullptr;
+    shown.samples = samples;
+    if (!rec) {
+        if (openChanged) {
             statusFile_->setText(tr("No recording open"));
             statusChannel_->clear();
             statusScreen_->clear();
@@ -41,21 +40,38 @@ void MainWindow::RefreshStatus() {
         }
         statusPointer_->clear();
     } else {
-        if (changed(&StatusShown::open, &StatusShown::fileName))
-            statusFile_->setText(QString::fromStdString(now.fileName));
-        if (changed(&StatusShown::open, &StatusShown::channel, &StatusShown::units))
+        if (nameChanged) statusFile_->setText(QString::fromStdString(shown.fileName));
+        if (channelChanged)
             statusChannel_->setText(
-                tr("Channel %1 (%2)").arg(now.channel).arg(QString::fromStdString(now.units)));
-        if (changed(&StatusShown::open, &StatusShown::screen, &StatusShown::screens))
-            statusScreen_->setText(
-                tr("Screen %1 of %2").arg(QString::number(now.screen), QString::number(now.screens)));
-        if (changed(&StatusShown::open, &StatusShown::fileName, &StatusShown::modified))
+                tr("Channel %1 (%2)").arg(shown.channel).arg(QString::fromStdString(shown.units)));
+        const ScreenGeometry g = GeometryOf(ws_);
+        const int64_t screen = ws_.screenStartBlock / g.blocksPerScreen + 1;
+        const int64_t screens = g.LastScreenStart() / g.blocksPerScreen + 1;
+        // Set on every screen: the count of screens is filled in once.
+        if (openChanged || screens != shown.screens)
+            shown.screenText = tr("Screen %1 of %2").arg(QStringLiteral("%1"), QString::number(screens));
+        if (openChanged || screen != shown.screen || screens != shown.screens)
+            statusScreen_->setText(shown.screenText.arg(screen));
+        shown.screen = screen;
+        shown.screens = screens;
+        const bool modified = ws_.history.Modified();
+        if (nameChanged || modified != shown.modified)
             setWindowTitle(QString("%1%2 - Vessantorium")
-                               .arg(QString::fromStdString(now.fileName))
-                               .arg(now.modified ? "*" : ""));
+                               .arg(QString::fromStdString(shown.fileName))
+                               .arg(modified ? "*" : ""));
+        shown.modified = modified;
     }
-    if (changed(&StatusShown::events)) statusEvents_->setText(QString::fromStdString(now.events));
-    statusShown_ = std::move(now);
+    // The events label reads the count, the recording and what the events
+    // were made with.
+    if (recordingChanged || shown.eventCount != ws_.events.Count() || shown.madeFor != ws_.eventsMadeFor ||
+        shown.madeWith != ws_.eventsMadeWith) {
+        std::string events = EventsStatusText(ws_);
+        if (fresh || events != shown.events) statusEvents_->setText(QString::fromStdString(events));
+        shown.events = std::move(events);
+        shown.eventCount = ws_.events.Count();
+        shown.madeFor = ws_.eventsMadeFor;
+        shown.madeWith = ws_.eventsMadeWith;
+    }
 }
 
 }  // namespace vess

@@ -67,32 +67,57 @@ int16_t LevelAtRank(const std::vector<int64_t>& h, int64_t rank) {
 }
 // The levels at ascending ranks (0: the lowest) of a short run. A run whose
 // levels span not much more than its length (a screen of noise about a
-// baseline) is counted into a histogram of that span alone: one pass over
-// the run and one over the span. A wider spread is selected in a copy.
+// baseline) is counted into a histogram: one pass over the run, and each
+// rank found from the nearer end of the span (the upper tail from the top,
+// so a rank near the top does not walk the whole span). A wider spread is
+// selected in a copy.
 template <std::size_t N>
 std::array<int16_t, N> LevelsAtRanksOfShortRun(std::span<const int16_t> samples,
                                                const std::array<std::size_t, N>& ranks) {
     int16_t lo = samples.front(), hi = samples.front();
     FoldRange(samples, lo, hi);
-    const auto span = std::size_t(int(hi) - int(lo)) + 1;
     std::array<int16_t, N> levels{};
-    if (span <= 4 * samples.size() + 256) {
-        std::vector<uint32_t> counts(span, 0);
-        // Four samples a turn: the loop's own steps are shared among them.
+    if (std::size_t(int(hi) - int(lo)) + 1 <= 4 * samples.size() + 256) {
+        // Every screen shown asks for its levels: the counts are indexed by a
+        // level's 16 bits as they stand (no offset to subtract per sample)
+        // and kept zero between calls, only the span counted being cleared
+        // after each.
+        thread_local std::vector<uint32_t> table(65536, 0);
+        uint32_t* const counts = table.data();
+        const auto at = [counts](int level) -> uint32_t& { return counts[uint16_t(level)]; };
         const int16_t* s = samples.data();
         const std::size_t n = samples.size();
         std::size_t j = 0;
         for (; j + 4 <= n; j += 4) {
-            ++counts[std::size_t(int(s[j]) - lo)];
-            ++counts[std::size_t(int(s[j + 1]) - lo)];
-            ++counts[std::size_t(int(s[j + 2]) - lo)];
-            ++counts[std::size_t(int(s[j + 3]) - lo)];
+            ++counts[uint16_t(s[j])];
+            ++counts[uint16_t(s[j + 1])];
+            ++counts[uint16_t(s[j + 2])];
+            ++counts[uint16_t(s[j + 3])];
         }
-        for (; j < n; ++j) ++counts[std::size_t(int(s[j]) - lo)];
-        std::size_t seen = 0, i = 0;  // seen: the samples below level lo + i
+        for (; j < n; ++j) ++counts[uint16_t(s[j])];
+        std::size_t seen = 0;  // the samples below level
+        int level = lo;
         for (std::size_t k = 0; k < N; ++k) {
-            for (; seen <= ranks[k]; ++i) seen += counts[i];
-            levels[k] = static_cast<int16_t>(int(lo) + int(i) - 1);
+            if (ranks[k] < n / 2) {
+                for (; seen <= ranks[k]; ++level) seen += at(level);
+                levels[k] = static_cast<int16_t>(level - 1);
+                continue;
+            }
+            // The sample fromTop places below the highest: the level at
+            // which the samples at or above it first outnumber fromTop.
+            const std::size_t fromTop = n - 1 - ranks[k];
+            std::size_t above = 0;
+            int top = int(hi) + 1;
+            while (above <= fromTop) above += at(--top);
+            levels[k] = static_cast<int16_t>(top);
+        }
+        // Zero again for the next run: the span, in one or (across the
+        // wrap of the 16 bits from -1 to 0) two pieces.
+        if (lo < 0 && hi >= 0) {
+            std::fill(counts + uint16_t(lo), counts + 65536, 0u);
+            std::fill(counts, counts + hi + 1, 0u);
+        } else {
+            std::fill(counts + uint16_t(lo), counts + uint16_t(hi) + 1, 0u);
         }
         return levels;
     }

@@ -57,34 +57,45 @@ std::string FormatDetectionSettings(const MethodParameters& m, const AnalysisPar
 }
 }  // namespace
 
-std::string DetectionSettingsText(const Workspace& ws) {
+const std::string& DetectionSettingsText(const Workspace& ws) {
     // Asked before every screen analysed: formatted again only when one of
-    // the values it shows differs from the last time.
+    // the values it shows differs from the last time. The units are read
+    // again only when the recording's samples version changed (another
+    // recording or channel).
     struct Shown {
         MethodParameters method;
         float amplitude = 0, area = 0;
+        uint64_t samples = 0;
         std::string units, text;
     };
     thread_local std::optional<Shown> last;
     const MethodParameters& m = ws.settings.method;
     const AnalysisParameters& p = ws.params();
+    const uint64_t samples = ws.recording ? ws.recording->SamplesVersion() : 0;
+    if (last && last->method == m && last->amplitude == p.ThresholdAmplitude && last->area == p.AreaThreshold &&
+        last->samples == samples)
+        return last->text;
     std::string units = ws.recording ? ws.recording->Units() : std::string();
     if (!last || last->method != m || last->amplitude != p.ThresholdAmplitude || last->area != p.AreaThreshold ||
         last->units != units) {
         std::string text = FormatDetectionSettings(m, p, units);
-        last = Shown{m, p.ThresholdAmplitude, p.AreaThreshold, std::move(units), std::move(text)};
+        last = Shown{m, p.ThresholdAmplitude, p.AreaThreshold, samples, std::move(units), std::move(text)};
     }
+    last->samples = samples;
     return last->text;
 }
 
 void NoteDetectionSettings(Workspace& ws) {
     if (!ws.recording) return;
-    const std::string now = DetectionSettingsText(ws);
-    const std::string path = ws.recording->Path().string();
+    const std::string& now = DetectionSettingsText(ws);
+    const std::string& path = ws.recording->Path().native();
     const bool known = ws.eventsMadeFor == path && !ws.eventsMadeWith.empty();
-    if (ws.events.Empty() || (known && ws.eventsMadeWith == now)) ws.eventsMadeWith = now;
-    else ws.eventsMadeWith = std::string(kMixedSettings) + now;
-    ws.eventsMadeFor = path;
+    if (ws.events.Empty() || (known && ws.eventsMadeWith == now)) {
+        if (ws.eventsMadeWith != now) ws.eventsMadeWith = now;
+    } else {
+        ws.eventsMadeWith = std::string(kMixedSettings) + now;
+    }
+    if (ws.eventsMadeFor != path) ws.eventsMadeFor = path;
 }
 
 std::string EventsStatusText(const Workspace& ws) {

@@ -21,8 +21,8 @@ std::string SuggestOnFirstAnalysis(Workspace& ws);
 void MarkSuggested(Workspace& ws);
 
 // "Detection method: rise ... ms, decay ... ms, threshold ... SD, ..." for the
-// current method and settings.
-std::string DetectionSettingsText(const Workspace& ws);
+// current method and settings (held until the next call on this thread).
+const std::string& DetectionSettingsText(const Workspace& ws);
 
 // Before a detection command: remembers the method and settings about to
 // make events (when the table already holds events of other settings, says

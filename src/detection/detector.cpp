@@ -20,6 +20,15 @@ constexpr int kMaxPrepeakMoves = 8;
 // the candidate rises.
 constexpr double kPrepeakFallFraction = 0.3;
 
+// The mean of n samples summing to sum, rounded half to even as RoundClamp16
+// rounds it. The mean lies within the 16-bit range, below 2^51 in size, where
+// adding and taking off 1.5 x 2^52 leaves the nearest whole number, ties to
+// even (the default rounding), without a call to nearbyint.
+int16_t MeanOfSamples(int64_t sum, int32_t n) {
+    constexpr double kShift = 6755399441055744.0;  // 1.5 x 2^52
+    return static_cast<int16_t>((double(sum) / double(n) + kShift) - kShift);
+}
+
 }  // namespace
 
 std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
@@ -40,7 +49,23 @@ std::optional<DetectionLengths> ConvertPeriods(const AnalysisParameters& params,
 }
 
 Outcome<DetectionLengths> CheckedPeriods(const AnalysisParameters& params, double intervalUs) {
-    if (auto len = ConvertPeriods(params, intervalUs)) return *len;
+    // Asked for every screen of a run with the same periods: the last
+    // answer of this thread is kept with what it depends on.
+    struct Asked {
+        int32_t search, baseOffset, baseLen, decay;
+        int16_t pointsPeak;
+        double intervalUs;
+        bool operator==(const Asked&) const = default;
+    };
+    thread_local std::optional<Asked> lastAsked;
+    thread_local std::optional<DetectionLengths> lastAnswer;
+    const Asked asked{params.PeriodToSearchMax, params.PeriodStartBaseline, params.PeriodBaselineAverage,
+                      params.PeriodFindDecayTime, params.NumberPointsPeak, intervalUs};
+    if (lastAsked != asked) {
+        lastAnswer = ConvertPeriods(params, intervalUs);
+        lastAsked = asked;
+    }
+    if (lastAnswer) return *lastAnswer;
     return CommandResult::Failed(detection_texts::kImproperParametersCaption,
                                  detection_texts::kImproperParametersText);
 }
@@ -81,7 +106,7 @@ int16_t Detector::FindBaseline(int64_t start, int32_t n) const {
     } else {
         for (int64_t j = start; j < start + n; ++j) sum += screen_.GetSampleValue(j);
     }
-    return RoundClamp16(double(sum) / double(n));
+    return MeanOfSamples(sum, n);
 }
 
 PeakPoint Detector::FindMax(int64_t start, int32_t n) const {
@@ -131,13 +156,6 @@ Detector::Trough Detector::FirstOf(int64_t first, int64_t last, bool greatest) c
         if (greatest ? v > t.value : v < t.value) t = {i, v};
     }
     return t;
-}
-
-bool Detector::PassesAmplitudeTests(int16_t value, int16_t baseline) const {
-    const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
-    const bool reaches = thresholdCounts_ ? amplitude >= *thresholdCounts_
-                                          : AmplitudeUnits(amplitude) >= params_.ThresholdAmplitude;
-    return reaches && dir_ * int32_t(value) > dir_ * int32_t(baseline);
 }
 
 bool Detector::ReachesThreshold(double counts) const {
@@ -221,81 +239,6 @@ int64_t Detector::EarlierPeak(int64_t peak, int16_t value, int64_t lowest) const
     WalkExtent(own);
     if (!(own.areaUnitsMs >= params_.AreaThreshold)) return peak;
     return earlier.index;
-}
-
-void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLimit) const {
-    const int64_t peak = e.peak;
-    const double startLevel = 0.01 * e.amplitudeCounts;
-    const int64_t startLast = std::max({peak - len_.baseOffset, startLimit, span_.first});
-    e.start = startLast > peak - len_.baseOffset ? startLast : peak - len_.baseOffset - 1;
-    const double decayLevel = double(params_.DecayPercent) * e.amplitudeCounts;
-    int64_t decayLast = std::min<int64_t>(peak + len_.decayLen, decayLimit);
-    e.decay = decayLast < peak + len_.decayLen ? decayLast : peak + len_.decayLen + 1;
-    // The last mean made of recorded samples. A decay point that would lie
-    // after it is cut short there.
-    const int64_t lastMean = span_.last - 1;
-    if (e.decay > lastMean) {
-        decayLast = std::min(decayLast, lastMean);
-        e.decay = std::max(lastMean, peak);
-    }
-    // Event start: back from the peak to the first point within 1 % of the
-    // amplitude; the stopping sample is part of the area. excessAt(i) is the
-    // sample less the baseline.
-    auto walkBack = [&](auto excessAt, auto area) {
-        for (int64_t i = peak; i >= startLast; --i) {
-            const auto excess = excessAt(i);
-            area += excess;
-            if (dir_ * excess <= startLevel) {
-                e.start = i;
-                break;
-            }
-        }
-        return double(area);
-    };
-    auto walk = [&](auto sampleAt, double area) {
-        // Decay point: forwards on three-point means (each term divided on
-        // its own) to the first one within DecayPercent of the amplitude.
-        // Each sample is divided once; the means add the thirds as mean3 does.
-        auto mean3 = [&](int64_t i) {
-            return sampleAt(i - 1) / 3.0 + sampleAt(i) / 3.0 + sampleAt(i + 1) / 3.0;
-        };
-        double before = 0, at = 0;
-        if (peak + 1 <= decayLast) {
-            before = sampleAt(peak) / 3.0;
-            at = sampleAt(peak + 1) / 3.0;
-        }
-        for (int64_t i = peak + 1; i <= decayLast; ++i) {
-            const double after = sampleAt(i + 1) / 3.0;
-            const double m = before + at + after;
-            before = at;
-            at = after;
-            area += m - e.baseline;
-            if (dir_ * (m - e.baseline) <= decayLevel) {
-                e.decay = i;
-                break;
-            }
-        }
-        e.decayLevel = RoundClamp16(mean3(std::min(e.decay, lastMean)));
-        return area;
-    };
-    // Without a decay to take off, the samples are read straight from the
-    // screen's memory when every one the walks may visit is there.
-    const int64_t first = std::min(startLast, std::min(e.decay, lastMean) - 1);
-    const int64_t last = std::max(decayLast, e.decay) + 1;
-    const int16_t* p = e.under.amplitude == 0 ? screen_.Samples(first, last - first + 1) : nullptr;
-    // From memory every excess is a whole count: summed in integers the
-    // start walk's area is exact, as its sum of doubles is (far below 2^53),
-    // and no step waits on the rounding of the one before.
-    const double area =
-        p != nullptr
-            ? walk([p, first](int64_t i) { return double(p[i - first]); },
-                   walkBack([&](int64_t i) { return int32_t(p[i - first]) - e.baseline; }, int64_t(0)))
-            : walk([&](int64_t i) { return SampleLess(screen_, e.under, i); },
-                   walkBack([&](int64_t i) { return SampleLess(screen_, e.under, i) - e.baseline; }, 0.0));
-    // The area as a whole count, converted as the channel converts a level.
-    const float areaUnits = screen_.Rec().Bit2pA(RoundClamp32(area));
-    e.areaUnitsMs = static_cast<float>(std::abs(double(areaUnits)) *
-                                       screen_.Rec().IntervalUs() / 1000.0);
 }
 
 std::optional<MeasuredEvent> Detector::Measure(PeakPoint candidate, bool boundRecentring) const {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -117,7 +118,12 @@ public:
     bool ReachesThreshold(double counts) const;
     // The amplitude and direction tests of a candidate: |value - baseline| at
     // least ThresholdAmplitude and value beyond baseline in the event direction.
-    bool PassesAmplitudeTests(int16_t value, int16_t baseline) const;
+    bool PassesAmplitudeTests(int16_t value, int16_t baseline) const {
+        const int32_t amplitude = std::abs(int32_t(value) - int32_t(baseline));
+        const bool reaches = thresholdCounts_ ? amplitude >= *thresholdCounts_
+                                              : AmplitudeUnits(amplitude) >= params_.ThresholdAmplitude;
+        return reaches && dir_ * int32_t(value) > dir_ * int32_t(baseline);
+    }
 
     // Event start, decay point and level, and area of e, whose peak, baseline
     // and amplitude are set. The start walk goes back at most BaseOffset

@@ -33,20 +33,25 @@ double AngleBetween(double tau1, double tau2, double n) {
     return 2 * std::asin(std::min(1.0, std::sqrt(oneLessCos / 2)));
 }
 
+// Above every time constant FitEarlierDecay tries (its coarse grid's
+// highest, one fine step up, and room for rounding).
+double MostTauTried(double tauCentre) {
+    return tauCentre * kTauLowest * kTauRange * std::pow(kTauRange, 1.0 / (kDecayGridSteps - 1)) * 1.001;
+}
 
 // Whether any exponential a exp(m / tau), m = y.size() .. 1, tau at most
-// longestTau, could pass the significance test below, a direction > 2
+// tauMost, could pass the significance test below, a direction > 2
 // sqrt(sse / (n - 2)). With e the exponentials and y the excess, the fit
 // explains c = (e.y)^2 / (e.e) of y.y and leaves sse = y.y - c, and a^2 =
-// c / (e.e), so passing needs 4 (y.y - c) < a^2 (n - 2), c > y.y 4 E /
-// (n - 2 + 4 E) with E = e.e, which is least for the longest tau (and more
-// than n, so the fraction is above 0.8). The fit must point in the
+// c / (e.e); passing needs 4 (y.y - c) / (n - 2) < c / (e.e), that is c >
+// y.y 4 e.e / (n - 2 + 4 e.e), a share that grows with e.e, and e.e > n +
+// n (n + 1) / tauMost (e_m > 1 + m / tau). The fit must point in the
 // direction, so e.y is at most e.y+ (y+ the samples in that direction,
 // others 0) and c at most y+.y+ (Cauchy-Schwarz). So where y+.y+ is at most
-// 0.94 of that fraction of y.y no fit passes, by a margin no rounding of the
-// fit's sums can cross: the fit is not made. Most detections on a level
+// that share of y.y, less 0.01 (a margin no rounding of the fit's sums can
+// cross), no fit passes: the fit is not made. Most detections on a level
 // trace end here.
-bool CanBeSignificant(const std::vector<double>& y, int direction, double longestTau) {
+bool CanBeSignificant(const std::vector<double>& y, int direction, double tauMost) {
     // Pairs of sums side by side, with no branch on the noise's sign: the
     // order of the terms cannot matter to a test with this margin.
     typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
@@ -65,9 +70,8 @@ bool CanBeSignificant(const std::vector<double>& y, int direction, double longes
         all[0] += v * v;
         along[0] += toward * toward;
     }
-    const double n = double(y.size()), least = std::exp(LogGeometricSum(2 / longestTau, n));
-    const double fraction = std::isfinite(least) ? 4 * least / (n - 2 + 4 * least) : 0.8;
-    return along[0] + along[1] > 0.94 * fraction * (all[0] + all[1]);
+    const double n = double(y.size()), leastEE = n + n * (n + 1) / tauMost;
+    return along[0] + along[1] > (4 * leastEE / (n - 2 + 4 * leastEE) - 0.01) * (all[0] + all[1]);
 }
 
 }  // namespace
@@ -83,7 +87,7 @@ bool CanBeSignificant(const std::vector<double>& y, int direction, double longes
 // no rounding of the sums crosses; a fit too close to call, or one whose
 // sse is too small to be read to that precision, is made.
 bool NoDecayFitCanPass(std::span<const double> y, const ExponentialFit& coarse, double tauLow, double tauHigh,
-                  int direction) {
+                       int direction) {
     const double n = double(y.size());
     double yy = 0;
     for (const double v : y) yy += v * v;
@@ -125,13 +129,13 @@ std::optional<EarlierDecay> FitEarlierDecay(const Detector& det, int64_t onset, 
     else
         for (std::size_t k = 0; k < y.size(); ++k)
             y[k] = double(screen.GetSampleValue(first + int64_t(k))) - baseline;
+    const double tauCentre = std::max(kernelDecayMs, 0.1) * pointsPerMs;
+    if (!CanBeSignificant(y, det.Direction(), MostTauTried(tauCentre))) return std::nullopt;
     // A coarse grid, then a fine one across the coarse steps either side of
     // its best: the decay extrapolated to the onset is then as good as the
     // data make it.
-    const double lowest = std::max(kernelDecayMs, 0.1) * pointsPerMs * kTauLowest;
+    const ExponentialFit coarse = FitExponentialOnGrid(y, tauCentre * kTauLowest, kTauRange);
     const double step = std::pow(kTauRange, 1.0 / (kDecayGridSteps - 1));
-    if (!CanBeSignificant(y, det.Direction(), lowest * kTauRange * step * (1 + 1e-9))) return std::nullopt;
-    const ExponentialFit coarse = FitExponentialOnGrid(y, lowest, kTauRange);
     if (NoDecayFitCanPass(y, coarse, coarse.tauPoints / step, coarse.tauPoints * step, det.Direction()))
         return std::nullopt;
     const ExponentialFit fit = FitExponentialOnGrid(y, coarse.tauPoints / step, step * step);

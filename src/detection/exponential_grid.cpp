@@ -18,13 +18,14 @@ constexpr std::size_t kSteps = kDecayGridSteps;
 
 // The exponentials of one grid, exp(m / tau_g), m points before the onset,
 // grown as longer stretches are fitted, and the sums of their squares over a
-// stretch of each length, made once a length: they depend on no sample.
+// stretch of each length, made once a length: they depend on no sample. The
+// sums are held only for the lengths fitted (a fraction of them), so that
+// the pages of the others are never touched.
 struct GridTable {
     double lowest = 0, range = 0;
     std::array<double, kSteps> taus{};
-    std::vector<double> rows;     // rows[m * kSteps + g]
-    std::vector<double> squares;  // squares[n * kSteps + g], where squaresKnown[n]
-    std::vector<bool> squaresKnown;
+    std::vector<double> rows;  // rows[m * kSteps + g]
+    std::vector<std::unique_ptr<std::array<double, kSteps>>> squares;  // squares[n][g], or null
 
     GridTable(double lowestTau, double rangeTau) : lowest(lowestTau), range(rangeTau) {
         for (std::size_t g = 0; g < kSteps; ++g) taus[g] = lowest * std::pow(range, double(g) / (kSteps - 1));
@@ -35,8 +36,7 @@ struct GridTable {
         rows.resize(points * kSteps);
         for (std::size_t m = from; m < points; ++m)
             for (std::size_t g = 0; g < kSteps; ++g) rows[m * kSteps + g] = std::exp(double(m) / taus[g]);
-        squares.resize(points * kSteps);
-        squaresKnown.resize(points);
+        squares.resize(points);
     }
 };
 
@@ -58,54 +58,61 @@ template <std::size_t Width>
 using Lanes = typename VectorOf<Width>::Type;
 
 // For the time constants first .. first + Width x Vectors - 1, the sums over
-// k of e(n - k) y[k], or of e(n - k)^2, in the order of k: each lane of a
-// vector is one time constant's sum, with the same terms in the same order
-// as a sum of its own, at any width.
-template <std::size_t Width, std::size_t Vectors, bool Squares>
+// k of e(n - k) y[k] into products and, WithSquares, those of e(n - k)^2
+// into squares, in the order of k: each lane of a vector is one time
+// constant's sum, with the same terms in the same order as a sum of its own,
+// at any width. Both sums come from one reading of the exponentials, which
+// are too many to stay in the nearest caches.
+template <std::size_t Width, std::size_t Vectors, bool WithSquares>
 [[gnu::always_inline]] inline void SumBand(const double* rows, const double* y, std::size_t n,
-                                           std::size_t first, double* out) {
-    Lanes<Width> sums[Vectors] = {};
+                                           std::size_t first, double* products, double* squares) {
+    Lanes<Width> sums[Vectors] = {}, sumsOfSquares[Vectors] = {};
     for (std::size_t k = 0; k < n; ++k) {
         const double* e = rows + (n - k) * kSteps + first;
-        const double yk = Squares ? 0 : y[k];
+        const double yk = y[k];
 #pragma GCC unroll 8
         for (std::size_t v = 0; v < Vectors; ++v) {
             Lanes<Width> ev;
             std::memcpy(&ev, e + v * Width, sizeof ev);
-            sums[v] += Squares ? ev * ev : ev * yk;
+            sums[v] += ev * yk;
+            if (WithSquares) sumsOfSquares[v] += ev * ev;
         }
     }
     for (std::size_t v = 0; v < Vectors; ++v)
-        for (std::size_t l = 0; l < Width; ++l) out[first + v * Width + l] = sums[v][l];
+        for (std::size_t l = 0; l < Width; ++l) {
+            products[first + v * Width + l] = sums[v][l];
+            if (WithSquares) squares[first + v * Width + l] = sumsOfSquares[v][l];
+        }
 }
 
 // All the grid's sums, as many time constants at a time as stay in
-// registers. squares is null when they are known.
-template <std::size_t Width, std::size_t Vectors>
+// registers: Vectors of them for the products alone, Both with their
+// squares. squares is null when they are known.
+template <std::size_t Width, std::size_t Vectors, std::size_t Both>
 [[gnu::always_inline]] inline void SumGrid(const double* rows, const double* y, std::size_t n, double* products,
                                            double* squares) {
-    constexpr std::size_t band = Width * Vectors;
-    static_assert(kSteps % band == 0);
-    for (std::size_t first = 0; first < kSteps; first += band)
-        SumBand<Width, Vectors, false>(rows, y, n, first, products);
+    static_assert(kSteps % (Width * Vectors) == 0 && kSteps % (Width * Both) == 0);
     if (squares)
-        for (std::size_t first = 0; first < kSteps; first += band)
-            SumBand<Width, Vectors, true>(rows, y, n, first, squares);
+        for (std::size_t first = 0; first < kSteps; first += Width * Both)
+            SumBand<Width, Both, true>(rows, y, n, first, products, squares);
+    else
+        for (std::size_t first = 0; first < kSteps; first += Width * Vectors)
+            SumBand<Width, Vectors, false>(rows, y, n, first, products, nullptr);
 }
 
 using GridSums = void (*)(const double*, const double*, std::size_t, double*, double*);
 
 void SumGrid2(const double* rows, const double* y, std::size_t n, double* products, double* squares) {
-    SumGrid<2, 8>(rows, y, n, products, squares);
+    SumGrid<2, 8, 4>(rows, y, n, products, squares);
 }
 #if defined(__x86_64__)
 __attribute__((target("avx2"))) void SumGrid4(const double* rows, const double* y, std::size_t n,
                                               double* products, double* squares) {
-    SumGrid<4, 6>(rows, y, n, products, squares);
+    SumGrid<4, 6, 3>(rows, y, n, products, squares);
 }
 __attribute__((target("avx512f"))) void SumGrid8(const double* rows, const double* y, std::size_t n,
                                                  double* products, double* squares) {
-    SumGrid<8, 6>(rows, y, n, products, squares);
+    SumGrid<8, 6, 6>(rows, y, n, products, squares);
 }
 #endif
 
@@ -162,9 +169,11 @@ ExponentialFit FitExponentialOnGridAtWidth(std::span<const double> y, double low
     }
     GridTable& table = own ? *own : TableFor(lowest, range, n + 1);
     std::array<double, kSteps> sKY{};
-    double* sKK = table.squares.data() + n * kSteps;
-    SumsAtWidth(width)(table.rows.data(), y.data(), n, sKY.data(), table.squaresKnown[n] ? nullptr : sKK);
-    table.squaresKnown[n] = true;
+    std::unique_ptr<std::array<double, kSteps>>& squares = table.squares[n];
+    const bool known = squares != nullptr;
+    if (!known) squares = std::make_unique<std::array<double, kSteps>>();
+    double* sKK = squares->data();
+    SumsAtWidth(width)(table.rows.data(), y.data(), n, sKY.data(), known ? nullptr : sKK);
     double sYY = 0;
     for (const double v : y) sYY += v * v;
     ExponentialFit best;

@@ -12,9 +12,8 @@ struct FftConvolver::Plans {
     explicit Plans(int points) : fft(points, true) {}
     RealFft fft;
     // The taps' spectrum over the transform's length (a power of two, so the
-    // inverse transform's scaling is exact wherever it is applied), each real
-    // and imaginary part twice, as MultiplySpectrum takes them.
-    std::vector<double> re, im;
+    // inverse transform's scaling is exact wherever it is applied).
+    std::vector<std::complex<double>> filter;
 };
 
 FftConvolver::FftConvolver(std::vector<double> taps, int64_t centre) : taps_(std::move(taps)), centre_(centre) {
@@ -30,11 +29,7 @@ FftConvolver::FftConvolver(std::vector<double> taps, int64_t centre) : taps_(std
     std::copy(taps_.begin(), taps_.end(), fft.Samples());
     fft.Forward();
     const double scale = 1.0 / double(fftSize_);
-    for (int k = 0; k < fft.Bins(); ++k) {
-        const std::complex<double> f = fft.Spectrum()[k] * scale;
-        plans_->re.insert(plans_->re.end(), 2, f.real());
-        plans_->im.insert(plans_->im.end(), 2, f.imag());
-    }
+    for (int k = 0; k < fft.Bins(); ++k) plans_->filter.push_back(fft.Spectrum()[k] * scale);
 }
 
 FftConvolver::~FftConvolver() = default;
@@ -82,7 +77,7 @@ void FftConvolver::FilterBlocks(const T* input, int64_t size, const BlockUse& us
         ToDoubles(input + out, take, fft.Samples());
         std::fill(fft.Samples() + take, fft.Samples() + fftSize_, 0.0);
         fft.Forward();
-        MultiplySpectrum(fft.Spectrum(), plans_->re.data(), plans_->im.data(), fft.Bins());
+        MultiplySpectrum(fft.Spectrum(), plans_->filter.data(), fft.Bins());
         fft.Inverse();
         use(out, fft.Samples() + m - 1, std::min(hop, n - out));
     }

@@ -27,6 +27,13 @@ struct RisingStop {
 
 RisingStop WalkBack(const Screen& screen, const EventShape& e, double fraction) {
     const double level = fraction * double(e.amplitudeCounts);
+    // Without a decay under the event every excess is a whole count, read
+    // straight from the screen's memory when the walk stays in it.
+    if (const int16_t* p = e.under.amplitude == 0 ? screen.Samples(e.start, e.peak - e.start + 1) : nullptr) {
+        for (int64_t i = e.peak; i >= e.start; --i)
+            if (e.direction * (int32_t(p[i - e.start]) - e.baseline) < level) return {i, true};
+        return {e.start, false};
+    }
     for (int64_t i = e.peak; i >= e.start; --i)
         if (Excess(screen, e, i) < level) return {i, true};
     return {e.start, false};
@@ -65,7 +72,10 @@ double RisingCrossing(const Screen& screen, const EventShape& e, double fraction
 std::optional<double> FallingCrossing(const Screen& screen, const EventShape& e,
                                       double fraction) {
     const double level = fraction * double(e.amplitudeCounts);
-    for (int64_t i = e.peak; i <= e.decayLimit; ++i)
+    int64_t i = e.peak;
+    if (const int16_t* p = e.under.amplitude == 0 ? screen.Samples(e.peak, e.decayLimit - e.peak + 1) : nullptr)
+        while (i <= e.decayLimit && !(e.direction * (int32_t(p[i - e.peak]) - e.baseline) < level)) ++i;
+    for (; i <= e.decayLimit; ++i)
         if (Excess(screen, e, i) < level)
             return Interpolate(screen, e.under, i, -1, LevelValue(e, fraction));
     return std::nullopt;

@@ -104,8 +104,9 @@ void DetectionScan::Scan(const double* z, int64_t available, int64_t n) {
         begunBefore_ = false;
     }
     for (; i < available; ++i) {
-        // The points up to the next one above the threshold only lower the dip.
-        i = NextAbove(z, i, available, threshold, lastPeak_ >= 0, dip_, dipIndex_);
+        // The points up to the next one above the threshold only lower the dip
+        // (none when this one is above: inside an event's run, most are).
+        if (!(z[i] > threshold)) i = NextAbove(z, i, available, threshold, lastPeak_ >= 0, dip_, dipIndex_);
         // Point i is taken once the one after it is there too.
         if (i == available || (i + 1 == available && available < n)) break;
         const double v = z[i];

@@ -200,25 +200,21 @@ void MethodFilter::FromSamples(const std::vector<int16_t>& x, int64_t first, int
         sY += v;
         sYY += v * v;
     }
-    constexpr int64_t kTile = 512;
-    double tileY[kTile], tileYY[kTile];
+    // Each block of the criterion is given to written as it is made, while it
+    // is in the cache; (v - 0) / 1 is v to the bit.
+    const bool standardise = units.centre != 0 || units.sd != 1;
     const auto criteria = [&](int64_t block, const double* sTY, int64_t values) {
-        for (int64_t from = block; from < block + values; from += kTile) {
-            const int64_t m = std::min(kTile, block + values - from);
-            if (from == 0) {
-                tileY[0] = sY;
-                tileYY[0] = sYY;
-                SlideWindowSums(x.data(), n, 1, m - 1, sY, sYY, tileY + 1, tileYY + 1);
-            } else {
-                SlideWindowSums(x.data(), n, from, m, sY, sYY, tileY, tileYY);
-            }
-            criterion.Tile(tileY, tileYY, sTY + (from - block), m, out.data() + from);
+        int64_t from = block;
+        if (from == 0) {
+            out[0] = criterion.Of(sY, sYY, sTY[0]);
+            ++from;
         }
+        criterion.TileOnSamples(x.data(), from, block + values - from, sY, sYY, sTY + (from - block),
+                                out.data() + from);
+        if (standardise) Standardise(out.data() + block, values, units.centre, units.sd);
+        if (written) written(block, values);
     };
     convolver_->Filter(x.data(), int64_t(x.size()), criteria);
-    // (v - 0) / 1 is v to the bit.
-    if (units.centre != 0 || units.sd != 1) Standardise(out.data(), count, units.centre, units.sd);
-    if (written) written(0, count);
 }
 
 void MethodFilter::LessRunningMedian(const std::vector<double>& filtered, int64_t origin, int64_t first,

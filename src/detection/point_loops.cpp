@@ -36,15 +36,20 @@ int WidestLanes() {
 
 namespace {
 
+// Below 2^22 points, every window sum of squares is below 2^53, and so is
+// every partial sum of the vector loops.
+constexpr int64_t kExactWindows = int64_t(1) << 22;
+
 // Each loop below returns the index it stopped at; the plain loop does the
 // rest.
 #if VESS_VECTORS
 
 // The criterion V's width of points at a time; root takes the square roots
 // of a vector in place, by the width's own instruction.
-template <class V, class Root>
+template <class V, class Root, class Over = Divided>
 [[gnu::always_inline]] inline int64_t TileWith(const TemplateCriterion& c, const double* sY, const double* sYY,
-                                               const double* sTY, int64_t m, double* out, Root root) {
+                                               const double* sTY, int64_t m, double* out, Root root,
+                                               Over over = {}) {
     constexpr int64_t kLanes = int64_t(sizeof(V) / sizeof(double));
     int64_t j = 0;
     for (; j + kLanes <= m; j += kLanes) {
@@ -52,7 +57,7 @@ template <class V, class Root>
         __builtin_memcpy(&y, sY + j, sizeof y);
         __builtin_memcpy(&yy, sYY + j, sizeof yy);
         __builtin_memcpy(&ty, sTY + j, sizeof ty);
-        c.Fit(y, yy, ty, scale, variance);
+        c.Fit(y, yy, ty, scale, variance, over);
         root(variance);
         const V value = c.direction * scale / variance;
         __builtin_memcpy(out + j, &value, sizeof value);
@@ -68,9 +73,20 @@ VESS_AVX2 int64_t Tile4(const TemplateCriterion& c, const double* sY, const doub
                         int64_t m, double* out) {
     return TileWith<__m256d>(c, sY, sYY, sTY, m, out, [](__m256d& v) VESS_AVX2 { v = _mm256_sqrt_pd(v); });
 }
+// Division by an exact reciprocal (template_criterion.h): a product and a
+// fused multiply-add, which keep the divider free for the divisions left.
+struct Multiplied8 {
+    VESS_AVX512 void operator()(__m512d& a, const ExactReciprocal& over) const {
+        a = _mm512_fmadd_pd(a, _mm512_set1_pd(over.hi), a * over.lo);
+    }
+};
+bool Multipliable(const TemplateCriterion& c) { return c.byN.exact && c.byNLess1.exact; }
+
 VESS_AVX512 int64_t Tile8(const TemplateCriterion& c, const double* sY, const double* sYY, const double* sTY,
                           int64_t m, double* out) {
-    return TileWith<__m512d>(c, sY, sYY, sTY, m, out, [](__m512d& v) VESS_AVX512 { v = _mm512_sqrt_pd(v); });
+    const auto root = [](__m512d& v) VESS_AVX512 { v = _mm512_sqrt_pd(v); };
+    if (Multipliable(c)) return TileWith<__m512d>(c, sY, sYY, sTY, m, out, root, Multiplied8{});
+    return TileWith<__m512d>(c, sY, sYY, sTY, m, out, root);
 }
 
 VESS_AVX2 int64_t SamplesToDoubles4(const int16_t* from, int64_t count, double* to) {
@@ -114,24 +130,25 @@ VESS_AVX512 int64_t Standardise8(double* z, int64_t n, double centre, double sd)
 
 // (x + iy)(c + id) = (xc - yd) + i(yc + xd): the products of the spectrum
 // and the filter's real parts, less and plus those of the swapped spectrum
-// and the imaginary parts, lane by lane.
-VESS_AVX2 int64_t MultiplySpectrum4(double* s, const double* re, const double* im, int64_t values) {
+// and the imaginary parts, lane by lane; each part of the filter is copied
+// into both lanes of its value.
+VESS_AVX2 int64_t MultiplySpectrum4(double* s, const double* f, int64_t values) {
     int64_t k = 0;
     for (; k + 4 <= values; k += 4) {
-        const __m256d a = _mm256_loadu_pd(s + k);
-        const __m256d real = a * _mm256_loadu_pd(re + k);
-        const __m256d swapped = _mm256_permute_pd(a, 0b0101) * _mm256_loadu_pd(im + k);
+        const __m256d a = _mm256_loadu_pd(s + k), filter = _mm256_loadu_pd(f + k);
+        const __m256d real = a * _mm256_movedup_pd(filter);
+        const __m256d swapped = _mm256_permute_pd(a, 0b0101) * _mm256_permute_pd(filter, 0b1111);
         _mm256_storeu_pd(s + k, _mm256_addsub_pd(real, swapped));
     }
     return k;
 }
 
-VESS_AVX512 int64_t MultiplySpectrum8(double* s, const double* re, const double* im, int64_t values) {
+VESS_AVX512 int64_t MultiplySpectrum8(double* s, const double* f, int64_t values) {
     int64_t k = 0;
     for (; k + 8 <= values; k += 8) {
-        const __m512d a = _mm512_loadu_pd(s + k);
-        const __m512d real = a * _mm512_loadu_pd(re + k);
-        const __m512d swapped = _mm512_permute_pd(a, 0x55) * _mm512_loadu_pd(im + k);
+        const __m512d a = _mm512_loadu_pd(s + k), filter = _mm512_loadu_pd(f + k);
+        const __m512d real = a * _mm512_movedup_pd(filter);
+        const __m512d swapped = _mm512_permute_pd(a, 0x55) * _mm512_permute_pd(filter, 0xFF);
         _mm512_storeu_pd(s + k, _mm512_mask_sub_pd(real + swapped, 0x55, real, swapped));
     }
     return k;
@@ -196,32 +213,73 @@ VESS_AVX512 int64_t PassBelow8(const double* z, int64_t i, int64_t n, double thr
 // within the eight in three shifted additions, then the sums so far added,
 // which take the eight's total (so that one addition a block waits on the
 // one before).
-VESS_AVX512 int64_t SlideWindowSums8(const int16_t* x, int64_t n, int64_t first, int64_t end, double& sY,
-                                     double& sYY, double* y, double* yy) {
-    const __m512i zero = _mm512_setzero_si512();
-    const auto runningTotals = [zero](__m512d v) __attribute__((target("avx512f"))) {
-        v += _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 7));
-        v += _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 6));
-        return v + _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 4));
-    };
-    const __m512i last = _mm512_set1_epi64(7);
-    __m512d carryY = _mm512_set1_pd(sY), carryYY = _mm512_set1_pd(sYY);
-    int64_t i = first;
-    for (; i + 8 <= end; i += 8) {
+struct WindowSums8 {
+    __m512d carryY, carryYY;
+
+    VESS_AVX512 WindowSums8(double sY, double sYY) : carryY(_mm512_set1_pd(sY)), carryYY(_mm512_set1_pd(sYY)) {}
+    // The sums of the windows x[i .. i + n - 1] to x[i + 7 .. i + n + 6].
+    [[gnu::always_inline]] VESS_AVX512 void Next(const int16_t* x, int64_t n, int64_t i, __m512d& y, __m512d& yy) {
         const __m256i come = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i + n - 1)));
         const __m256i gone = _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - 1)));
         const __m512d dY = _mm512_cvtepi32_pd(_mm256_sub_epi32(come, gone));
         const __m512d dYY = _mm512_cvtepi32_pd(
             _mm256_sub_epi32(_mm256_mullo_epi32(come, come), _mm256_mullo_epi32(gone, gone)));
-        const __m512d totalsY = runningTotals(dY), totalsYY = runningTotals(dYY);
-        _mm512_storeu_pd(y + (i - first), carryY + totalsY);
-        _mm512_storeu_pd(yy + (i - first), carryYY + totalsYY);
+        const __m512d totalsY = RunningTotals(dY), totalsYY = RunningTotals(dYY);
+        y = carryY + totalsY;
+        yy = carryYY + totalsYY;
+        const __m512i last = _mm512_set1_epi64(7);
         carryY += _mm512_permutexvar_pd(last, totalsY);
         carryYY += _mm512_permutexvar_pd(last, totalsYY);
     }
-    sY = carryY[0];
-    sYY = carryYY[0];
+    [[gnu::always_inline]] VESS_AVX512 static __m512d RunningTotals(__m512d v) {
+        const __m512i zero = _mm512_setzero_si512();
+        v += _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 7));
+        v += _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 6));
+        return v + _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(v), zero, 4));
+    }
+    VESS_AVX512 void Leave(double& sY, double& sYY) const {
+        sY = carryY[0];
+        sYY = carryYY[0];
+    }
+};
+
+VESS_AVX512 int64_t SlideWindowSums8(const int16_t* x, int64_t n, int64_t first, int64_t end, double& sY,
+                                     double& sYY, double* y, double* yy) {
+    WindowSums8 sums(sY, sYY);
+    int64_t i = first;
+    for (; i + 8 <= end; i += 8) {
+        __m512d windowY, windowYY;
+        sums.Next(x, n, i, windowY, windowYY);
+        _mm512_storeu_pd(y + (i - first), windowY);
+        _mm512_storeu_pd(yy + (i - first), windowYY);
+    }
+    sums.Leave(sY, sYY);
     return i;
+}
+
+// Tile8 with the window sums slid on in the same loop: the criterion's
+// divisions keep the divider busy while the other units take the sums.
+template <class Over>
+[[gnu::always_inline]] VESS_AVX512 inline int64_t TileOnSamples8With(const TemplateCriterion& c, const int16_t* x,
+                                                                     int64_t n, int64_t first, int64_t m,
+                                                                     double& sY, double& sYY, const double* sTY,
+                                                                     double* out, Over over) {
+    WindowSums8 sums(sY, sYY);
+    int64_t j = 0;
+    for (; j + 8 <= m; j += 8) {
+        __m512d y, yy, scale, variance;
+        sums.Next(x, n, first + j, y, yy);
+        const __m512d ty = _mm512_loadu_pd(sTY + j);
+        c.Fit(y, yy, ty, scale, variance, over);
+        _mm512_storeu_pd(out + j, c.direction * scale / _mm512_sqrt_pd(variance));
+    }
+    sums.Leave(sY, sYY);
+    return j;
+}
+VESS_AVX512 int64_t TileOnSamples8(const TemplateCriterion& c, const int16_t* x, int64_t n, int64_t first,
+                                   int64_t m, double& sY, double& sYY, const double* sTY, double* out) {
+    if (Multipliable(c)) return TileOnSamples8With(c, x, n, first, m, sY, sYY, sTY, out, Multiplied8{});
+    return TileOnSamples8With(c, x, n, first, m, sY, sYY, sTY, out, Divided{});
 }
 
 #endif
@@ -239,13 +297,27 @@ void TemplateCriterion::Tile(const double* sY, const double* sYY, const double* 
     for (; j < m; ++j) out[j] = Of(sY[j], sYY[j], sTY[j]);
 }
 
+void TemplateCriterion::TileOnSamples(const int16_t* x, int64_t first, int64_t m, double& sY, double& sYY,
+                                      const double* sTY, double* out, int lanes) const {
+    const int64_t points = int64_t(n);
+    int64_t j = 0;
+#if VESS_VECTORS
+    if (lanes == 8 && points < kExactWindows) j = TileOnSamples8(*this, x, points, first, m, sY, sYY, sTY, out);
+#endif
+    constexpr int64_t kTile = 512;
+    double y[kTile], yy[kTile];
+    for (; j < m; j += kTile) {
+        const int64_t count = std::min(kTile, m - j);
+        SlideWindowSums(x, points, first + j, count, sY, sYY, y, yy, lanes);
+        Tile(y, yy, sTY + j, count, out + j, lanes);
+    }
+}
+
 void SlideWindowSums(const int16_t* x, int64_t n, int64_t first, int64_t m, double& sY, double& sYY, double* y,
                      double* yy, int lanes) {
     int64_t i = first;
 #if VESS_VECTORS
-    // Below 2^22 points, every window sum of squares is below 2^53, and so
-    // is every partial sum of the vector loop.
-    if (lanes == 8 && n < (int64_t(1) << 22)) i = SlideWindowSums8(x, n, i, first + m, sY, sYY, y, yy);
+    if (lanes == 8 && n < kExactWindows) i = SlideWindowSums8(x, n, i, first + m, sY, sYY, y, yy);
 #endif
     for (; i < first + m; ++i) {
         const double gone = x[i - 1], come = x[i + n - 1];
@@ -275,17 +347,18 @@ void Standardise(double* z, int64_t n, double centre, double sd, int lanes) {
     for (; i < n; ++i) z[i] = (z[i] - centre) / sd;
 }
 
-void MultiplySpectrum(std::complex<double>* spectrum, const double* re, const double* im, int64_t bins,
+void MultiplySpectrum(std::complex<double>* spectrum, const std::complex<double>* filter, int64_t bins,
                       int lanes) {
     // std::complex<double> is laid out as two doubles, real part first.
     double* s = reinterpret_cast<double*>(spectrum);
+    const double* f = reinterpret_cast<const double*>(filter);
     int64_t k = 0;
 #if VESS_VECTORS
-    if (lanes == 8) k = MultiplySpectrum8(s, re, im, 2 * bins);
-    else if (lanes == 4) k = MultiplySpectrum4(s, re, im, 2 * bins);
+    if (lanes == 8) k = MultiplySpectrum8(s, f, 2 * bins);
+    else if (lanes == 4) k = MultiplySpectrum4(s, f, 2 * bins);
 #endif
     for (; k < 2 * bins; k += 2) {
-        const double x = s[k], y = s[k + 1], c = re[k], d = im[k];
+        const double x = s[k], y = s[k + 1], c = f[k], d = f[k + 1];
         s[k] = x * c - y * d;
         s[k + 1] = x * d + y * c;
     }

@@ -32,9 +32,8 @@ void SamplesToDoubles(const int16_t* from, int64_t count, double* to, int lanes 
 void Standardise(double* z, int64_t n, double centre, double sd, int lanes = WidestLanes());
 
 // spectrum[k] *= filter[k], as std::complex multiplies finite values, for
-// k < bins; the filter's real and imaginary parts are given twice each
-// (re[2k] = re[2k + 1] = filter[k].real(), im likewise).
-void MultiplySpectrum(std::complex<double>* spectrum, const double* re, const double* im, int64_t bins,
+// k < bins.
+void MultiplySpectrum(std::complex<double>* spectrum, const std::complex<double>* filter, int64_t bins,
                       int lanes = WidestLanes());
 
 // The first i from `from` on with z[i] > threshold (n when none). When track

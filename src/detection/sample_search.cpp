@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
+#if defined(__x86_64__)
+#include <immintrin.h>
 #endif
 
 namespace vess {
@@ -58,10 +58,28 @@ template <bool kGreatest, int32_t Lanes>
     }
 }
 
-// The extreme of the lanes of a vector, in every lane.
+#if defined(__x86_64__)
+// The least of 8 lanes taken as unsigned, by the one instruction SSE4.1 has
+// for it (every processor with AVX2 has SSE4.1). Not inlined on its own:
+// the wide searches are flattened into functions built for their width.
+__attribute__((target("sse4.1"))) inline uint16_t LeastUnsigned(Vec<8> v) {
+    __m128i m;
+    std::memcpy(&m, &v, sizeof m);
+    return uint16_t(_mm_cvtsi128_si32(_mm_minpos_epu16(m)));
+}
+#endif
+
+// The extreme of the lanes of a vector.
 template <bool kGreatest, int32_t Lanes>
 [[gnu::always_inline]] inline int16_t LanesExtreme(Vec<Lanes> v) {
     Vec<8> eight = Narrowed<kGreatest, Lanes>(v);
+#if defined(__x86_64__)
+    if constexpr (Lanes > 8) {
+        // Signed order turned into unsigned order, reversed for the greatest.
+        const int16_t flip = kGreatest ? int16_t(0x7FFF) : int16_t(-0x8000);
+        return int16_t(LeastUnsigned(eight ^ flip) ^ uint16_t(flip));
+    }
+#endif
     eight = Beyond<kGreatest>(eight, __builtin_shufflevector(eight, eight, 4, 5, 6, 7, 0, 1, 2, 3));
     eight = Beyond<kGreatest>(eight, __builtin_shufflevector(eight, eight, 2, 3, 0, 1, 6, 7, 4, 5));
     eight = Beyond<kGreatest>(eight, __builtin_shufflevector(eight, eight, 1, 0, 3, 2, 5, 4, 7, 6));
@@ -120,10 +138,10 @@ template <bool kGreatest, int32_t Lanes>
 }
 
 #if defined(__x86_64__)
-__attribute__((target("avx512bw"))) FirstExtreme Search32(const int16_t* p, int32_t n, bool greatest) {
+__attribute__((target("avx512bw"), flatten)) FirstExtreme Search32(const int16_t* p, int32_t n, bool greatest) {
     return greatest ? InPieces<true, 32>(p, n) : InPieces<false, 32>(p, n);
 }
-__attribute__((target("avx2"))) FirstExtreme Search16(const int16_t* p, int32_t n, bool greatest) {
+__attribute__((target("avx2"), flatten)) FirstExtreme Search16(const int16_t* p, int32_t n, bool greatest) {
     return greatest ? InPieces<true, 16>(p, n) : InPieces<false, 16>(p, n);
 }
 #endif
@@ -159,31 +177,12 @@ FirstExtreme FirstExtremeOfAtWidth(const int16_t* p, int32_t n, bool greatest, i
 }
 
 FirstExtreme FirstExtremeOf(const int16_t* p, int32_t n, bool greatest) {
-    static const Search widest = SearchOfWidth(SampleSearchWidths().front());
-    return widest(p, n, greatest);
-}
-
-int64_t SumOf(const int16_t* p, int64_t n) {
-    int64_t sum = 0;
-    int64_t i = 0;
-#if defined(__SSE2__)
-    // Pairs of samples added into 32-bit lanes; a stretch adds at most 2^14
-    // pairs of at most 2^16 in size into a lane.
-    constexpr int64_t kStretch = int64_t(1) << 17;
-    const __m128i ones = _mm_set1_epi16(1);
-    while (n - i >= 8) {
-        __m128i acc = _mm_setzero_si128();
-        const int64_t end = i + std::min<int64_t>((n - i) / 8 * 8, kStretch);
-        for (; i < end; i += 8)
-            acc = _mm_add_epi32(acc, _mm_madd_epi16(
-                                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i)), ones));
-        int32_t lanes[4];
-        std::memcpy(lanes, &acc, sizeof lanes);
-        for (int32_t lane : lanes) sum += lane;
-    }
-#endif
-    for (; i < n; ++i) sum += p[i];
-    return sum;
+    static const std::vector<int32_t> widths = SampleSearchWidths();
+    static const Search widest = SearchOfWidth(widths.front());
+    // Short runs (the troughs of the earlier-peak search) in half as wide
+    // vectors: fewer steps to gather the lanes.
+    static const Search narrower = SearchOfWidth(widths.size() > 1 ? widths[1] : widths.front());
+    return (n < 64 ? narrower : widest)(p, n, greatest);
 }
 
 }  // namespace vess

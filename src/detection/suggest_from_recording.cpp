@@ -176,15 +176,15 @@ std::string UnreachableThresholds(const Workspace& ws) {
     const AnalysisParameters& p = ws.params();
     const double count = std::abs(double(rec.Bit2pA2(1)));
     const double range = std::abs(double(rec.Bit2pA2(65535)));
-    const std::string units = rec.Units();
+    // Asked before every screen: the units are read only for a message.
     if (p.ThresholdAmplitude > range)
         return fmt::format("The amplitude threshold {:g} {} is larger than the whole range of the "
                            "channel ({:.4g} {}): no event can reach it.",
-                           p.ThresholdAmplitude, units, range, units);
+                           p.ThresholdAmplitude, rec.Units(), range, rec.Units());
     if (p.ThresholdAmplitude > 0 && p.ThresholdAmplitude < count)
         return fmt::format("The amplitude threshold {:g} {} is less than one count of the channel "
                            "({:.4g} {}): noise alone reaches it.",
-                           p.ThresholdAmplitude, units, count, units);
+                           p.ThresholdAmplitude, rec.Units(), count, rec.Units());
     const auto len = ConvertPeriods(p, rec.IntervalUs());
     if (len) {
         const double maxArea =
@@ -192,7 +192,7 @@ std::string UnreachableThresholds(const Workspace& ws) {
         if (p.AreaThreshold > maxArea)
             return fmt::format("The area threshold {:g} {}*ms is larger than any event of this "
                                "channel could have ({:.4g} {}*ms).",
-                               p.AreaThreshold, units, maxArea, units);
+                               p.AreaThreshold, rec.Units(), maxArea, rec.Units());
     }
     return {};
 }

@@ -2,7 +2,8 @@
 // shows the screen detection read only when that is the screen to show; the
 // status line and the enabling, set again only when they change, follow
 // undo and another file; the grid's current row, put in view again only when
-// something moved, comes back after the user scrolled away.
+// something moved, comes back after the user scrolled away; the trace and
+// the overview are painted after every press.
 #include <QAction>
 #include <QLabel>
 #include <QPushButton>
@@ -11,6 +12,7 @@
 #include <cmath>
 
 #include "detection/detection_start.h"
+#include "detection/ui/overview_strip.h"
 #include "detection/navigation.h"
 #include "gui_fixture.h"
 #include "signal/filter_commands.h"
@@ -34,6 +36,36 @@ protected:
     }
     bool Enabled(const char* action) const { return window->Action(action)->isEnabled(); }
 };
+
+// Counts the paints a widget receives.
+struct PaintCounter : QObject {
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        paints += event->type() == QEvent::Paint;
+        return false;
+    }
+    int paints = 0;
+};
+
+// The trace and the overview pass on one repaint request between two paints:
+// every press is painted once the event loop runs, also after the views
+// were hidden while a press changed them.
+TEST_F(NextWindowRefreshTest, EveryPressRepaintsTheTraceAndTheOverview) {
+    OpenSample();
+    PaintCounter trace(window->Trace()), overview(window->Overview());
+    const auto pressPainted = [&] {
+        const int traceBefore = trace.paints, overviewBefore = overview.paints;
+        Trigger("menu_AnalyzeNext");
+        return WaitFor([&] { return trace.paints > traceBefore && overview.paints > overviewBefore; });
+    };
+    for (int press = 0; press < 3; ++press) EXPECT_TRUE(pressPainted()) << press;
+    window->Trace()->hide();
+    window->Overview()->hide();
+    Trigger("menu_AnalyzeNext");
+    window->Trace()->show();
+    window->Overview()->show();
+    for (int press = 0; press < 2; ++press) EXPECT_TRUE(pressPainted()) << "after hiding " << press;
+}
 
 // With the filtered trace shown and detection reading the recorded samples,
 // the screen detection read is not the one to show: the frame after Next

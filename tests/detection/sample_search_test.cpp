@@ -11,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -59,39 +60,118 @@ TEST(SampleSearch, VectorSearchesMatchPlainLoops) {
     }
 }
 
-// The start and decay walks read the screen's memory directly when no decay
-// is taken off; a decay of 1e-300 (which leaves every non-zero sample as it
-// is) sends them through the general path. Both must give the same extent and
-// area for a peak at every index of the screen's reach, events and noise
-// alike, up to the edges where the walks leave the screens in memory.
+// The start and decay walks, and the rise and half-width walks, read the
+// screen's memory directly when no decay is taken off; a decay of 1e-300
+// (which leaves every non-zero sample as it is) sends them through the
+// general path. Both must give the same extent, area and measurements for a
+// peak at every index of the screen's reach, events and noise alike, up to
+// the edges where the walks leave the screens in memory; in both directions
+// and for decay levels that fall on a third of a count (0.5 of an even
+// amplitude), on none, and that stop every walk at once or never.
 TEST(SampleSearch, WalksFromMemoryMatchTheGeneralPath) {
-    std::mt19937 rng(13);
-    std::normal_distribution<double> noise(0, 6);
-    std::vector<int16_t> trace(3 * 1024);
-    for (auto& x : trace) x = int16_t(std::lround(-2000 + noise(rng)));
-    for (int64_t onset : {100, 700, 1010, 1500, 2040, 2900})
-        test::AddEvent(trace, onset, {10, 80, 120}, -1);
+    for (const int16_t direction : {int16_t(-1), int16_t(1)}) {
+        std::mt19937 rng(13);
+        std::normal_distribution<double> noise(0, 6);
+        std::vector<int16_t> trace(3 * 1024);
+        for (auto& x : trace) x = int16_t(std::lround(-2000 + noise(rng)));
+        for (int64_t onset : {100, 700, 1010, 1500, 2040, 2900})
+            test::AddEvent(trace, onset, {10, 80, 120}, direction);
+        test::TraceFile file(trace);
+        const Screen screen(*file.rec, 4, 4);  // the middle screen; the others around it
+        for (const float decayPercent : {0.32f, 0.5f, 1.0f / 3, 0.0f, 2.0f, -0.5f}) {
+            SCOPED_TRACE(std::to_string(direction) + " direction, decay percent " + std::to_string(decayPercent));
+            AnalysisParameters p = test::TestParams(direction);
+            p.DecayPercent = decayPercent;
+            const Detector det(screen, p, *ConvertPeriods(p, 50));
+            int64_t events = 0;
+            for (int64_t peak = -1024; peak < 2048; ++peak) {
+                MeasuredEvent fast, general;
+                fast.peak = general.peak = peak;
+                fast.baseline = general.baseline = det.FindBaseline(peak - 120, 40);
+                fast.amplitudeCounts = general.amplitudeCounts = std::abs(screen.GetSampleValue(peak) - fast.baseline);
+                general.under = {1e-300, -100000, 1e9};
+                det.WalkExtent(fast);
+                det.WalkExtent(general);
+                ASSERT_EQ(std::tuple(fast.start, fast.decay, fast.decayLevel, fast.areaUnitsMs),
+                          std::tuple(general.start, general.decay, general.decayLevel, general.areaUnitsMs))
+                    << peak;
+                if (fast.decay - peak > 20) ++events;
+                EventShape shape{peak, screen.GetSampleValue(peak), fast.baseline, fast.start,
+                                 fast.amplitudeCounts, direction, HalfWidthReach(screen, peak), {}};
+                const EventShape generalShape{shape.peak, shape.value, shape.baseline, shape.start,
+                                              shape.amplitudeCounts, direction, shape.decayLimit, general.under};
+                const int16_t rise50 = Detect50RiseTime(screen, shape);
+                ASSERT_EQ(rise50, Detect50RiseTime(screen, generalShape)) << peak;
+                ASSERT_EQ(Detect1090Rise(screen, shape), Detect1090Rise(screen, generalShape)) << peak;
+                ASSERT_EQ(std::bit_cast<uint32_t>(DetectHalfWidth(screen, shape, rise50)),
+                          std::bit_cast<uint32_t>(DetectHalfWidth(screen, generalShape, rise50)))
+                    << peak;
+            }
+            if (decayPercent > 0 && decayPercent < 1) EXPECT_GT(events, 100);  // long decays, not only noise
+        }
+    }
+    // A mean exactly on the level in whole numbers, (300 + 194 + 37) / 3 =
+    // 177 = 0.5 x 354, whose thirds add in doubles to 177.00000000000003:
+    // the walk goes on past it and stops at the next mean, (194 + 37 + 0) / 3.
+    std::vector<int16_t> trace(3 * 1024, 0);
+    const std::vector<int16_t> decay{354, 300, 194, 37};
+    std::copy(decay.begin(), decay.end(), trace.begin() + 1024 + 500);
     test::TraceFile file(trace);
-    const Screen screen(*file.rec, 4, 4);  // the middle screen; the others around it
+    const Screen screen(*file.rec, 4, 4);
+    AnalysisParameters p = test::TestParams(1);
+    p.DecayPercent = 0.5f;
+    MeasuredEvent e;
+    e.peak = 500;
+    e.amplitudeCounts = 354;
+    Detector(screen, p, *ConvertPeriods(p, 50)).WalkExtent(e);
+    EXPECT_EQ(e.decay, 503);
+}
+
+// Baselines are means rounded half to even: halves above and below zero go
+// to the even neighbour, other means to the nearest.
+TEST(SampleSearch, BaselinesRoundHalvesToEven) {
+    const std::vector<std::pair<std::vector<int16_t>, int16_t>> cases{
+        {{1, 2}, 2}, {{2, 3}, 2}, {{-1, -2}, -2}, {{-2, -3}, -2}, {{0, 0, 1, 1}, 0}, {{1, 1, 2}, 1}, {{1, 2, 2}, 2}};
+    std::vector<int16_t> trace(3 * 1024, 0);
+    int64_t at = 0;
+    for (const auto& [samples, mean] : cases) {
+        std::copy(samples.begin(), samples.end(), trace.begin() + 1024 + at);
+        at += 8;
+    }
+    test::TraceFile file(trace);
+    const Screen screen(*file.rec, 4, 4);
     const AnalysisParameters p = test::TestParams(-1);
     const Detector det(screen, p, *ConvertPeriods(p, 50));
-    int64_t events = 0;
-    for (int64_t peak = -1024; peak < 2048; ++peak) {
-        MeasuredEvent fast, general;
-        fast.peak = general.peak = peak;
-        fast.baseline = general.baseline = det.FindBaseline(peak - 120, 40);
-        fast.amplitudeCounts = general.amplitudeCounts =
-            std::abs(screen.GetSampleValue(peak) - fast.baseline);
-        general.under = {1e-300, -100000, 1e9};
-        det.WalkExtent(fast);
-        det.WalkExtent(general);
-        ASSERT_EQ(fast.start, general.start) << peak;
-        ASSERT_EQ(fast.decay, general.decay) << peak;
-        ASSERT_EQ(fast.decayLevel, general.decayLevel) << peak;
-        ASSERT_EQ(fast.areaUnitsMs, general.areaUnitsMs) << peak;
-        if (fast.decay - peak > 20) ++events;
+    at = 0;
+    for (const auto& [samples, mean] : cases) {
+        EXPECT_EQ(det.FindBaseline(at, int32_t(samples.size())), mean) << at;
+        at += 8;
     }
-    EXPECT_GT(events, 100);  // long decay walks were compared, not only noise
+}
+
+// The periods in samples kept from the last question against converting
+// them afresh, each question differing from the one before it in one value
+// (a period, the points at the peak, the interval).
+TEST(SampleSearch, KeptPeriodsMatchConvertingThem) {
+    const AnalysisParameters base = test::TestParams(-1);
+    std::vector<std::pair<AnalysisParameters, double>> asks{{base, 50}, {base, 100}, {base, 40000}};
+    for (auto field : {&AnalysisParameters::PeriodToSearchMax, &AnalysisParameters::PeriodStartBaseline,
+                       &AnalysisParameters::PeriodBaselineAverage, &AnalysisParameters::PeriodFindDecayTime}) {
+        asks.push_back({base, 50});
+        asks.push_back({base, 50});
+        asks.back().first.*field += 500;
+    }
+    asks.push_back({base, 50});
+    asks.back().first.NumberPointsPeak = 5;
+    for (const auto& [params, intervalUs] : asks) {
+        const Outcome<DetectionLengths> kept = CheckedPeriods(params, intervalUs);
+        const std::optional<DetectionLengths> fresh = ConvertPeriods(params, intervalUs);
+        ASSERT_EQ(kept.ok(), fresh.has_value()) << intervalUs;
+        if (!fresh) continue;
+        EXPECT_EQ(std::tuple(kept->searchLen, kept->baseOffset, kept->baseLen, kept->decayLen, kept->halfPeak),
+                  std::tuple(fresh->searchLen, fresh->baseOffset, fresh->baseLen, fresh->decayLen, fresh->halfPeak))
+            << intervalUs;
+    }
 }
 
 // LeastCountsReaching against a count-by-count search, for scalings that
@@ -118,8 +198,8 @@ TEST(LeastCountsReaching, MatchesConvertingEveryCount) {
 
 // The criterion loops at every vector width this processor has against the
 // plain loop (lanes 1), over lengths around the widths: the template
-// criterion of a tile and the window sums it takes, the samples converted
-// for the convolution and its spectrum products, the standardised
+// criterion of a tile, alone and with the window sums it takes, the samples
+// converted for the convolution and its spectrum products, the standardised
 // criterion, and the scan for the next point above the threshold.
 TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     std::mt19937 rng(14);
@@ -134,7 +214,7 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
     }
     sYY[5] = sY[5] * sY[5] / 40;  // a perfect fit: the error's floor
     z[9] = NAN;                      // neither above the threshold nor a dip
-    z[300] = z[301] = -9;            // a dip late in the scan, held twice
+    z[300] = z[301] = z[308] = -9;  // a dip late in the scan, held three times
     // Samples over the whole 16-bit range, and the sums of each window of 40
     // from them, taken anew.
     std::vector<int16_t> x(size + 42);  // the windows from point 3 of the longest run
@@ -148,11 +228,8 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
         }
         return std::pair{double(y), double(yy)};
     };
-    std::vector<double> re(2 * size), im(2 * size);
-    for (std::size_t k = 0; k < size; ++k) {
-        re[2 * k] = re[2 * k + 1] = sTY[k] / 3;
-        im[2 * k] = im[2 * k + 1] = sY[k] / 7;
-    }
+    std::vector<std::complex<double>> filter(size);
+    for (std::size_t k = 0; k < size; ++k) filter[k] = {sTY[k] / 3, sY[k] / 7};
     for (const int lanes : AvailableLanes()) {
         for (const int64_t m : {1, 2, 3, 7, 9, 512, 515}) {
             SCOPED_TRACE(std::to_string(lanes) + " lanes, " + std::to_string(m) + " points");
@@ -163,19 +240,24 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
             Standardise(standard.data(), m, 0.25, 1.5, lanes);
             std::vector<std::complex<double>> product(count), expected(count);
             for (std::size_t k = 0; k < count; ++k) product[k] = expected[k] = {sY[k], sTY[k]};
-            MultiplySpectrum(product.data(), re.data(), im.data(), m, lanes);
-            std::vector<double> converted(count), slidY(count), slidYY(count);
+            MultiplySpectrum(product.data(), filter.data(), m, lanes);
+            std::vector<double> converted(count), slidY(count), slidYY(count), onSamples(count);
             SamplesToDoubles(x.data() + 1, m, converted.data(), lanes);
             auto [y, yy] = windowSums(2);
             SlideWindowSums(x.data(), 40, 3, m, y, yy, slidY.data(), slidYY.data(), lanes);
+            ASSERT_EQ(std::pair(y, yy), windowSums(count + 2));
+            std::tie(y, yy) = windowSums(2);
+            c.TileOnSamples(x.data(), 3, m, y, yy, sTY.data(), onSamples.data(), lanes);
             ASSERT_EQ(std::pair(y, yy), windowSums(count + 2));
             for (std::size_t k = 0; k < count; ++k) {
                 ASSERT_EQ(tile[k], c.Of(sY[k], sYY[k], sTY[k])) << "point " << k;
                 ASSERT_EQ(std::bit_cast<uint64_t>(standard[k]), std::bit_cast<uint64_t>((z[k] - 0.25) / 1.5))
                     << "point " << k;
-                expected[k] *= std::complex<double>(re[2 * k], im[2 * k]);
+                expected[k] *= filter[k];
                 ASSERT_EQ(product[k], expected[k]) << "bin " << k;
                 ASSERT_EQ(std::pair(slidY[k], slidYY[k]), windowSums(k + 3)) << "window " << k;
+                const auto [wy, wyy] = windowSums(k + 3);
+                ASSERT_EQ(onSamples[k], c.Of(wy, wyy, sTY[k])) << "window " << k;
                 ASSERT_EQ(converted[k], x[k + 1]) << "sample " << k;
             }
             for (const double threshold : {-HUGE_VAL, 1.5, 2.5, HUGE_VAL}) {
@@ -195,6 +277,24 @@ TEST(PointLoops, EveryWidthGivesThePlainLoopsBits) {
             }
         }
     }
+}
+
+// Division by multiplying, as the widest criterion loop divides by the
+// template's length: a/b to the bit for numerators of 53 random bits, every
+// sign and a wide range of sizes, by lengths and their neighbours; a
+// fractional divisor is left to division.
+TEST(ExactReciprocal, MultiplyingGivesTheQuotientsBits) {
+    std::mt19937_64 rng(3);
+    for (const double b : {3.0, 39.0, 40.0, 206.0, 207.0, 1023.0, 4194303.0}) {
+        const ExactReciprocal by = ExactReciprocal::Of(b);
+        ASSERT_TRUE(by.exact) << b;
+        for (int k = 0; k < 100000; ++k) {
+            const double a = std::ldexp(double(rng() >> 11), int(rng() % 200) - 150) * (k % 2 ? -1 : 1);
+            ASSERT_EQ(std::bit_cast<uint64_t>(std::fma(a, by.hi, a * by.lo)), std::bit_cast<uint64_t>(a / b))
+                << a << " / " << b;
+        }
+    }
+    EXPECT_FALSE(ExactReciprocal::Of(180.5).exact);
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ bool OverviewStrip::SetRecording(const Recording* recording) {
     blocks_ = {};
     reads_ = 0;
     dirty_ = true;
-    update();
+    repaint_.Ask(*this);
     return true;
 }
 
@@ -46,26 +46,26 @@ void OverviewStrip::SetExtremes(const Recording* recording, BlockExtremes blocks
     blocks_ = std::move(blocks);
     ++reads_;
     dirty_ = true;
-    update();
+    repaint_.Ask(*this);
 }
 
 void OverviewStrip::SetEvents(const EventTable* events, int32_t selected) {
     events_ = events;
     selected_ = selected;
-    update();
+    repaint_.Ask(*this);
 }
 
 void OverviewStrip::SetSelectedEvent(int32_t selected) {
     if (selected == selected_) return;
     selected_ = selected;
-    update();
+    repaint_.Ask(*this);
 }
 
 void OverviewStrip::SetScreen(int64_t firstSample, int64_t lengthSamples) {
     if (firstSample == screenFirst_ && lengthSamples == screenLength_) return;
     screenFirst_ = firstSample;
     screenLength_ = lengthSamples;
-    update();
+    repaint_.Ask(*this);
 }
 
 double OverviewStrip::Points() const {
@@ -112,6 +112,7 @@ void OverviewStrip::RenderLevels() {
 }
 
 void OverviewStrip::paintEvent(QPaintEvent*) {
+    repaint_.Painted();
     if (dirty_ || cache_.size() != size() * devicePixelRatioF()) RenderLevels();
     QPainter p(this);
     p.drawPixmap(0, 0, cache_);

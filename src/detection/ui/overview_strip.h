@@ -14,6 +14,7 @@
 #include <cstdint>
 
 #include "detection/decimate.h"
+#include "detection/ui/paint_request.h"
 
 namespace vess {
 
@@ -66,6 +67,7 @@ private:
     int64_t screenFirst_ = 0, screenLength_ = 0;
     QPixmap cache_;
     bool dirty_ = true;
+    PaintRequest repaint_;
     int reads_ = 0;
 };
 

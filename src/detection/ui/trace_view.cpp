@@ -81,7 +81,7 @@ void TraceView::SetCursorsOn(bool on) {
     cursorsOn_ = on;
     if (!on) cursor1_.reset(), cursor2_.reset();
     emit CursorReadoutChanged(CursorReadout());
-    update();
+    repaint_.Ask(*this);
 }
 
 void TraceView::ResetScale() {
@@ -93,10 +93,10 @@ void TraceView::ResetScale() {
 
 void TraceView::TraceChanged() {
     dirty_ = true;
-    update();
+    repaint_.Ask(*this);
 }
 
-void TraceView::MarksChanged() { update(); }
+void TraceView::MarksChanged() { repaint_.Ask(*this); }
 
 QRect TraceView::PlotRect() const {
     return QRect(kLeftMargin, kTopMargin, std::max(1, width() - kLeftMargin - kRightMargin),
@@ -337,6 +337,7 @@ QString TraceView::CursorReadout() const {
 }
 
 void TraceView::paintEvent(QPaintEvent*) {
+    repaint_.Painted();
     if (dirty_ || cache_.size() != size() * devicePixelRatioF()) RenderTrace();
     QPainter p(this);
     p.drawPixmap(0, 0, cache_);
@@ -359,7 +360,7 @@ void TraceView::mousePressEvent(QMouseEvent* event) {
         cursor2_ = index;
         cursorCounts2_ = CountsAtY(event->position().y());
         emit CursorReadoutChanged(CursorReadout());
-        update();
+        repaint_.Ask(*this);
         return;
     }
     emit TraceClicked(index, event->button(), event->modifiers());
@@ -375,7 +376,7 @@ void TraceView::mouseMoveEvent(QMouseEvent* event) {
         cursor1_ = index;
         cursorCounts1_ = CountsAtY(event->position().y());
         emit CursorReadoutChanged(CursorReadout());
-        update();
+        repaint_.Ask(*this);
     }
 }
 

@@ -29,6 +29,7 @@
 #include "detection/display_fit.h"
 #include "detection/navigation.h"
 #include "detection/trace_zoom.h"
+#include "detection/ui/paint_request.h"
 
 class QRubberBand;
 
@@ -143,6 +144,7 @@ private:
     QRubberBand* band_ = nullptr;
     QPixmap cache_;
     bool dirty_ = true;
+    PaintRequest repaint_;
     int renders_ = 0;
 };
 
