@@ -118,18 +118,16 @@ __attribute__((target("avx512f"))) void MediansInRegisters(const double* values,
 
 // RunningMediansOfKept the same way: the means left out go out and come in
 // as +infinity (none), and the window is stepped throughout; sorted holds
-// the first window's kept values, sorted, then +infinity.
+// the first window's size kept values, sorted, then +infinity.
 template <int Eights>
 __attribute__((target("avx512f"))) void KeptMediansInRegisters(const double* values, const char* leftOut,
                                                                  std::size_t count, std::size_t width,
                                                                  const double* ofAll, const double* sorted,
-                                                                 double* medians) {
+                                                                 std::size_t size, double* medians) {
     __m512d v[Eights + 1];
     v[Eights] = _mm512_set1_pd(INFINITY);
 #pragma GCC unroll 8
     for (int e = 0; e < Eights; ++e) v[e] = _mm512_loadu_pd(sorted + 8 * e);
-    std::size_t size = 0;  // values of the window kept
-    for (std::size_t j = 0; j < width; ++j) size += std::size_t(!leftOut[j]);
     const __m512d none = _mm512_set1_pd(INFINITY), lowest = _mm512_set1_pd(-INFINITY);
     for (std::size_t k = 0;; ++k) {
         if (size == width || size == 0) {
@@ -160,7 +158,7 @@ __attribute__((target("avx512f"))) void KeptMediansInRegisters(const double* val
 
 using MediansRun = void (*)(const double*, std::size_t, std::size_t, const double*, double*);
 using KeptMediansRun = void (*)(const double*, const char*, std::size_t, std::size_t, const double*,
-                                const double*, double*);
+                                const double*, std::size_t, double*);
 
 // The medians in registers for a capacity of up to 64 places; none beyond.
 template <int Eights = 1>
@@ -237,8 +235,8 @@ void RunningMediansOfKept(const double* values, const char* leftOut, std::size_t
 #if VESS_WIDE_WINDOW
     if (window.eight_)
         if (const KeptMediansRun inRegisters = InRegisters(window.capacity_).second) {
-            fill(0);
-            inRegisters(values, leftOut, count, width, ofAll, window.current_, medians);
+            const std::size_t size = fill(0);
+            inRegisters(values, leftOut, count, width, ofAll, window.current_, size, medians);
             return;
         }
 #endif
