@@ -99,6 +99,15 @@ private:
     int64_t a_, to_, block_;
 };
 
+// The points of [from, to) from the centre of block to the next centre
+// (B / 2 is the first point at or after a centre), levelled as Pieces level them.
+LevelPiece CentreToCentre(int64_t B, int64_t firstBlock, const double* medians, int64_t block, int64_t from,
+                          int64_t to) {
+    const std::size_t k = std::size_t(block - firstBlock);
+    return {std::max(block * B + B / 2, from), std::min((block + 1) * B + B / 2, to), block, medians[k],
+            (medians[k + 1] - medians[k]) / double(B), double(block * B) + double(B - 1) / 2};
+}
+
 // v = direction × (f less the level) at the points of the piece (f[i] is
 // point p.a + i), written to out[i] when Put; whether v rises above limit at
 // one of them.
@@ -123,8 +132,8 @@ bool Levelled(const LevelPiece& p, const double* f, double direction, double lim
 }
 
 #if defined(__x86_64__)
-// The same eight points at a time, the last eight or fewer masked, and what
-// is written taken in units: (v - centre) / sd.
+// The same eight points at a time (the last few masked), and what is
+// written taken in units: (v - centre) / sd.
 [[gnu::always_inline]] inline __attribute__((target("avx512f"))) void PutLevelledEights(
     const LevelPiece& p, const double* f, double direction, double centre, double sd, double* out) {
     const int64_t n = p.end - p.a;
@@ -154,13 +163,9 @@ __attribute__((target("avx512f"))) void PutEights(int64_t B, int64_t firstBlock,
                                                   double sd, double* out) {
     // Written from centre to centre: one piece where the level is one line,
     // whole vectors but at the stretch's ends.
-    const int64_t half = B / 2;  // the first point at or after a block's centre
-    for (int64_t block = FloorDiv(from - half, B); block * B + half < to; ++block) {
-        const int64_t a = std::max(block * B + half, from), end = std::min((block + 1) * B + half, to);
-        const std::size_t k = std::size_t(block - firstBlock);
-        const LevelPiece p{a, end, block, medians[k], (medians[k + 1] - medians[k]) / double(B),
-                           double(block * B) + double(B - 1) / 2};
-        PutLevelledEights(p, f + (a - from), direction, centre, sd, out + (a - from));
+    for (int64_t block = FloorDiv(from - B / 2, B); block * B + B / 2 < to; ++block) {
+        const LevelPiece p = CentreToCentre(B, firstBlock, medians, block, from, to);
+        PutLevelledEights(p, f + (p.a - from), direction, centre, sd, out + (p.a - from));
     }
 }
 
@@ -191,13 +196,9 @@ __attribute__((target("avx512f"))) void FlagEights(int64_t B, int64_t firstBlock
                                                    double limit, char* leftOut, int64_t flagFrom) {
     // Centre to centre, as PutEights: each piece ends in the block after
     // its own.
-    const int64_t half = B / 2;
-    for (int64_t block = FloorDiv(from - half, B); block * B + half < to; ++block) {
-        const int64_t a = std::max(block * B + half, from), end = std::min((block + 1) * B + half, to);
-        const std::size_t k = std::size_t(block - firstBlock);
-        const LevelPiece p{a, end, block, medians[k], (medians[k + 1] - medians[k]) / double(B),
-                           double(block * B) + double(B - 1) / 2};
-        const unsigned above = AboveEights(p, f + (a - from), direction, limit, (block + 1) * B - a);
+    for (int64_t block = FloorDiv(from - B / 2, B); block * B + B / 2 < to; ++block) {
+        const LevelPiece p = CentreToCentre(B, firstBlock, medians, block, from, to);
+        const unsigned above = AboveEights(p, f + (p.a - from), direction, limit, (block + 1) * B - p.a);
         if (above & 1) leftOut[block - flagFrom] = 1;
         if (above & 2) leftOut[block + 1 - flagFrom] = 1;
     }
