@@ -1,12 +1,13 @@
 // Order statistics and bin counts of millions of values (the noise of a
 // recording is measured on them).
 //
-// The value of a given rank, as std::nth_element finds it,
-// without running nth_element on them all (it spends most of its time there
-// mispredicting branches): a sample of the values brackets the rank, one
-// pass counts the values below the bracket and keeps those inside, and
-// nth_element runs on those alone (on all of them in the rare case the
-// bracket misses, and on all of a short series).
+// The value of a given rank, as std::nth_element finds it, without running
+// nth_element on them all (it spends most of its time there mispredicting
+// branches): a sample of the values brackets the rank, one pass counts the
+// values below the bracket and keeps those inside, a count of those in bins
+// of equal width finds the rank's bin, and only its values are put in order
+// (all of them in the rare case the bracket misses, and all of a short
+// series).
 #pragma once
 
 #include <cstddef>
