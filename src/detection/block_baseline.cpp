@@ -101,8 +101,8 @@ private:
 
 // The points of [from, to) from the centre of block to the next centre
 // (B / 2 is the first point at or after a centre), levelled as Pieces level them.
-LevelPiece CentreToCentre(int64_t B, int64_t firstBlock, const double* medians, int64_t block, int64_t from,
-                          int64_t to) {
+[[gnu::always_inline]] inline LevelPiece CentreToCentre(int64_t B, int64_t firstBlock, const double* medians,
+                                                        int64_t block, int64_t from, int64_t to) {
     const std::size_t k = std::size_t(block - firstBlock);
     return {std::max(block * B + B / 2, from), std::min((block + 1) * B + B / 2, to), block, medians[k],
             (medians[k + 1] - medians[k]) / double(B), double(block * B) + double(B - 1) / 2};
