@@ -107,7 +107,9 @@ TEST(SampleSearch, WalksFromMemoryMatchTheGeneralPath) {
                           std::bit_cast<uint32_t>(DetectHalfWidth(screen, generalShape, rise50)))
                     << peak;
             }
-            if (decayPercent > 0 && decayPercent < 1) EXPECT_GT(events, 100);  // long decays, not only noise
+            if (decayPercent > 0 && decayPercent < 1) {
+                EXPECT_GT(events, 100);  // long decays, not only noise
+            }
         }
     }
     // A mean exactly on the level in whole numbers, (300 + 194 + 37) / 3 =
