@@ -70,6 +70,33 @@ void ReplacePairs(double* values, std::size_t capacity, double gone, double in) 
     return _mm512_castsi512_pd(_mm512_alignr_epi64(_mm512_castpd_si512(next), _mm512_castpd_si512(a), 1));
 }
 
+// The value at place `middle` of a window held in registers.
+template <int Eights>
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) double PlaceInRegisters(const __m512d* v,
+                                                                                       std::size_t middle) {
+    const std::size_t eight = middle / 8;
+    __m512d holding = v[0];
+#pragma GCC unroll 8
+    for (int e = 1; e < Eights; ++e)
+        holding = _mm512_mask_mov_pd(holding, __mmask8(std::size_t(e) == eight ? 0xff : 0), v[e]);
+    const __m512i lane = _mm512_set1_epi64(int64_t(middle % 8));
+    return _mm_cvtsd_f64(_mm512_castpd512_pd128(_mm512_permutexvar_pd(lane, holding)));
+}
+
+// One step of a window held in registers (v[Eights] is +infinity): gone
+// goes out and in comes in, in every lane.
+template <int Eights>
+[[gnu::always_inline]] inline __attribute__((target("avx512f"))) void StepInRegisters(__m512d* v, __m512d gone,
+                                                                                    __m512d in) {
+    __m512d lastB = _mm512_set1_pd(-INFINITY);
+#pragma GCC unroll 8
+    for (int e = 0; e < Eights; ++e) {
+        __m512d b;
+        v[e] = StepEight(v[e], NextPlace(v[e], v[e + 1]), lastB, gone, in, b);
+        lastB = b;
+    }
+}
+
 // A step on capacity places (a multiple of eight) read from values and
 // written to next.
 __attribute__((target("avx512f"))) void ReplaceEights(const double* values, double* next, std::size_t capacity,
@@ -95,24 +122,11 @@ __attribute__((target("avx512f"))) void MediansInRegisters(const double* values,
     v[Eights] = _mm512_set1_pd(INFINITY);
 #pragma GCC unroll 8
     for (int e = 0; e < Eights; ++e) v[e] = _mm512_loadu_pd(sorted + 8 * e);
-    const std::size_t middle = (width - 1) / 2, eight = middle / 8;
-    const __m512i lane = _mm512_set1_epi64(int64_t(middle % 8));
-    const __m512d lowest = _mm512_set1_pd(-INFINITY);
+    const std::size_t middle = (width - 1) / 2;
     for (std::size_t k = 0;; ++k) {
-        __m512d holding = v[0];
-#pragma GCC unroll 8
-        for (int e = 1; e < Eights; ++e)
-            holding = _mm512_mask_mov_pd(holding, __mmask8(std::size_t(e) == eight ? 0xff : 0), v[e]);
-        _mm_store_sd(medians + k, _mm512_castpd512_pd128(_mm512_permutexvar_pd(lane, holding)));
+        medians[k] = PlaceInRegisters<Eights>(v, middle);
         if (k + width == count) break;
-        const __m512d gone = _mm512_set1_pd(values[k]), in = _mm512_set1_pd(values[k + width]);
-        __m512d lastB = lowest;
-#pragma GCC unroll 8
-        for (int e = 0; e < Eights; ++e) {
-            __m512d b;
-            v[e] = StepEight(v[e], NextPlace(v[e], v[e + 1]), lastB, gone, in, b);
-            lastB = b;
-        }
+        StepInRegisters<Eights>(v, _mm512_set1_pd(values[k]), _mm512_set1_pd(values[k + width]));
     }
 }
 
@@ -128,31 +142,15 @@ __attribute__((target("avx512f"))) void KeptMediansInRegisters(const double* val
     v[Eights] = _mm512_set1_pd(INFINITY);
 #pragma GCC unroll 8
     for (int e = 0; e < Eights; ++e) v[e] = _mm512_loadu_pd(sorted + 8 * e);
-    const __m512d none = _mm512_set1_pd(INFINITY), lowest = _mm512_set1_pd(-INFINITY);
+    const __m512d none = _mm512_set1_pd(INFINITY);
     for (std::size_t k = 0;; ++k) {
-        if (size == width || size == 0) {
-            medians[k] = ofAll[k];
-        } else {
-            const std::size_t middle = (size - 1) / 2, eight = middle / 8;
-            __m512d holding = v[0];
-#pragma GCC unroll 8
-            for (int e = 1; e < Eights; ++e)
-                holding = _mm512_mask_mov_pd(holding, __mmask8(std::size_t(e) == eight ? 0xff : 0), v[e]);
-            const __m512i lane = _mm512_set1_epi64(int64_t(middle % 8));
-            _mm_store_sd(medians + k, _mm512_castpd512_pd128(_mm512_permutexvar_pd(lane, holding)));
-        }
+        medians[k] = size == width || size == 0 ? ofAll[k] : PlaceInRegisters<Eights>(v, (size - 1) / 2);
         if (k + width == count) break;
         const bool goes = !leftOut[k], comes = !leftOut[k + width];
         const __m512d gone = goes ? _mm512_set1_pd(values[k]) : none;
         const __m512d in = comes ? _mm512_set1_pd(values[k + width]) : none;
         size = size + comes - goes;
-        __m512d lastB = lowest;
-#pragma GCC unroll 8
-        for (int e = 0; e < Eights; ++e) {
-            __m512d b;
-            v[e] = StepEight(v[e], NextPlace(v[e], v[e + 1]), lastB, gone, in, b);
-            lastB = b;
-        }
+        StepInRegisters<Eights>(v, gone, in);
     }
 }
 
