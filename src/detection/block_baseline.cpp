@@ -7,21 +7,15 @@
 #include <vector>
 
 #include "detection/sorted_window.h"
-
-#if defined(__x86_64__)
-#if !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#endif
+#include "detection/vector_code.h"
 
 namespace vess {
 namespace {
 
 // Two doubles handled by one vector instruction, each lane doing the
 // operations of one point in the same order as a point computed alone.
-typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
-typedef int64_t PairMask __attribute__((vector_size(2 * sizeof(int64_t))));
+using Pair = VectorOf<double, 2>;
+using PairMask = VectorOf<int64_t, 2>;
 
 Pair Load(const double* p) {
     Pair v;

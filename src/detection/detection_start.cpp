@@ -72,12 +72,11 @@ const std::string& DetectionSettingsText(const Workspace& ws) {
     const MethodParameters& m = ws.settings.method;
     const AnalysisParameters& p = ws.params();
     const uint64_t samples = ws.recording ? ws.recording->SamplesVersion() : 0;
-    if (last && last->method == m && last->amplitude == p.ThresholdAmplitude && last->area == p.AreaThreshold &&
-        last->samples == samples)
-        return last->text;
+    const bool sameSettings =
+        last && last->method == m && last->amplitude == p.ThresholdAmplitude && last->area == p.AreaThreshold;
+    if (sameSettings && last->samples == samples) return last->text;
     std::string units = ws.recording ? ws.recording->Units() : std::string();
-    if (!last || last->method != m || last->amplitude != p.ThresholdAmplitude || last->area != p.AreaThreshold ||
-        last->units != units) {
+    if (!sameSettings || last->units != units) {
         std::string text = FormatDetectionSettings(m, p, units);
         last = Shown{m, p.ThresholdAmplitude, p.AreaThreshold, samples, std::move(units), std::move(text)};
     }
@@ -90,12 +89,9 @@ void NoteDetectionSettings(Workspace& ws) {
     const std::string& now = DetectionSettingsText(ws);
     const std::string& path = ws.recording->Path().native();
     const bool known = ws.eventsMadeFor == path && !ws.eventsMadeWith.empty();
-    if (ws.events.Empty() || (known && ws.eventsMadeWith == now)) {
-        if (ws.eventsMadeWith != now) ws.eventsMadeWith = now;
-    } else {
-        ws.eventsMadeWith = std::string(kMixedSettings) + now;
-    }
-    if (ws.eventsMadeFor != path) ws.eventsMadeFor = path;
+    if (ws.events.Empty() || (known && ws.eventsMadeWith == now)) ws.eventsMadeWith = now;
+    else ws.eventsMadeWith = std::string(kMixedSettings) + now;
+    ws.eventsMadeFor = path;
 }
 
 std::string EventsStatusText(const Workspace& ws) {

@@ -91,21 +91,25 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
     const int16_t* p = e.under.amplitude == 0 && int64_t(len_.baseOffset) + len_.decayLen + 2 <= kExactWalkSteps
                            ? screen_.Samples(first, last - first + 1)
                            : nullptr;
-    int32_t areaCounts = 0;
-    if (p != nullptr) {
-        auto sampleAt = [p, first](int64_t i) { return int32_t(p[i - first]); };
-        // Event start: back from the peak to the first point within 1 % of
-        // the amplitude; the stopping sample is part of the area. Every
-        // excess is a whole count, so the sum is exact.
-        int64_t area = 0;
+    // Event start: back from the peak to the first point within 1 % of the
+    // amplitude; the stopping sample is part of the area, the sum of the
+    // excesses walked. excessAt(i) is the sample less the baseline.
+    const auto walkBack = [&](auto excessAt, auto area) {
         for (int64_t i = peak; i >= startLast; --i) {
-            const int32_t excess = sampleAt(i) - e.baseline;
+            const auto excess = excessAt(i);
             area += excess;
             if (dir_ * excess <= startLevel) {
                 e.start = i;
                 break;
             }
         }
+        return area;
+    };
+    int32_t areaCounts = 0;
+    if (p != nullptr) {
+        auto sampleAt = [p, first](int64_t i) { return int32_t(p[i - first]); };
+        // Every excess is a whole count, so the start walk's sum is exact.
+        int64_t area = walkBack([&](int64_t i) { return sampleAt(i) - e.baseline; }, int64_t(0));
         // Decay point: forwards to the first three-point mean within
         // DecayPercent of the amplitude, on three times the excess of each
         // mean (see DecayStopTest). The area is kept in thirds of a count,
@@ -138,15 +142,7 @@ void Detector::WalkExtent(MeasuredEvent& e, int64_t startLimit, int64_t decayLim
         areaCounts = Clamp32(NearestThird(area));
     } else {
         auto sampleAt = [&](int64_t i) { return SampleLess(screen_, e.under, i); };
-        double area = 0;
-        for (int64_t i = peak; i >= startLast; --i) {
-            const double excess = sampleAt(i) - e.baseline;
-            area += excess;
-            if (dir_ * excess <= startLevel) {
-                e.start = i;
-                break;
-            }
-        }
+        double area = walkBack([&](int64_t i) { return sampleAt(i) - e.baseline; }, 0.0);
         // Each sample is divided once; the means add the thirds in order.
         auto mean3 = [&](int64_t i) { return sampleAt(i - 1) / 3.0 + sampleAt(i) / 3.0 + sampleAt(i + 1) / 3.0; };
         double before = 0, at = 0;

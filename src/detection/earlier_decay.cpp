@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "detection/exponential_grid.h"
+#include "detection/vector_code.h"
 #include "recording/rounding.h"
 
 namespace vess {
@@ -54,7 +55,7 @@ double MostTauTried(double tauCentre) {
 bool CanBeSignificant(const std::vector<double>& y, int direction, double tauMost) {
     // Pairs of sums side by side, with no branch on the noise's sign: the
     // order of the terms cannot matter to a test with this margin.
-    typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
+    using Pair = VectorOf<double, 2>;
     const Pair zero = {0, 0};
     Pair all = zero, along = zero;
     std::size_t k = 0;

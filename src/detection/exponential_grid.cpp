@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "detection/point_loops.h"
+#include "detection/vector_code.h"
 
 // Built with -ffp-contract=off: a product and a sum fused into one rounding
 // would change the fits' bits with the processor.
@@ -41,21 +42,7 @@ struct GridTable {
 };
 
 template <std::size_t Width>
-struct VectorOf;
-template <>
-struct VectorOf<2> {
-    typedef double Type __attribute__((vector_size(2 * sizeof(double))));
-};
-template <>
-struct VectorOf<4> {
-    typedef double Type __attribute__((vector_size(4 * sizeof(double))));
-};
-template <>
-struct VectorOf<8> {
-    typedef double Type __attribute__((vector_size(8 * sizeof(double))));
-};
-template <std::size_t Width>
-using Lanes = typename VectorOf<Width>::Type;
+using Lanes = VectorOf<double, int(Width)>;
 
 // For the time constants first .. first + Width x Vectors - 1, the sums over
 // k of e(n - k) y[k] into products and, WithSquares, those of e(n - k)^2

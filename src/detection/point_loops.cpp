@@ -3,18 +3,7 @@
 #include <algorithm>
 
 #include "detection/template_criterion.h"
-
-#if defined(__x86_64__)
-#if !defined(__clang__)
-// GCC 12 takes the intrinsics' deliberately undefined vectors for
-// uninitialised ones.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#define VESS_VECTORS 1
-#define VESS_AVX2 __attribute__((target("avx2")))
-#define VESS_AVX512 __attribute__((target("avx512f")))
-#endif
+#include "detection/vector_code.h"
 
 namespace vess {
 

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
+#include "detection/vector_code.h"
 
 namespace vess {
 namespace {
@@ -13,21 +11,7 @@ namespace {
 // Vectors of 16-bit samples: 8 lanes on every x86-64 processor, 16 with AVX2,
 // 32 with AVX-512BW, the widest chosen at run time.
 template <int32_t Lanes>
-struct Int16Vector;
-template <>
-struct Int16Vector<8> {
-    typedef int16_t Type __attribute__((vector_size(8 * sizeof(int16_t))));
-};
-template <>
-struct Int16Vector<16> {
-    typedef int16_t Type __attribute__((vector_size(16 * sizeof(int16_t))));
-};
-template <>
-struct Int16Vector<32> {
-    typedef int16_t Type __attribute__((vector_size(32 * sizeof(int16_t))));
-};
-template <int32_t Lanes>
-using Vec = typename Int16Vector<Lanes>::Type;
+using Vec = VectorOf<int16_t, Lanes>;
 
 // The helpers below pass wide vectors by value but are always inlined into a
 // function built for their width: no call ever passes one.

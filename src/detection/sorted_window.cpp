@@ -7,23 +7,19 @@
 #include <utility>
 #include <vector>
 
-#if defined(__x86_64__)
-#if !defined(__clang__)
-// GCC 12 takes the intrinsics' deliberately undefined vectors for
-// uninitialised ones.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#include "detection/vector_code.h"
+
+#if VESS_VECTORS && !defined(__clang__)
+// GCC 12 also warns of the intrinsics' undefined vectors under this name.
 #pragma GCC diagnostic ignored "-Wuninitialized"
-#endif
-#include <immintrin.h>
-#define VESS_WIDE_WINDOW 1
 #endif
 
 namespace vess {
 namespace {
 
 // Two doubles handled by one vector instruction.
-typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
-typedef int64_t PairMask __attribute__((vector_size(2 * sizeof(int64_t))));
+using Pair = VectorOf<double, 2>;
+using PairMask = VectorOf<int64_t, 2>;
 
 void ReplacePairs(double* values, std::size_t capacity, double gone, double in) {
     const Pair goneBoth = {gone, gone}, inBoth = {in, in};
@@ -46,7 +42,7 @@ void ReplacePairs(double* values, std::size_t capacity, double gone, double in) 
         for (std::size_t i = at; i <= out; ++i) std::swap(carry, values[i]);
 }
 
-#if VESS_WIDE_WINDOW
+#if VESS_VECTORS
 // One step on eight places, each from its own tests, with no count: the
 // values a being sorted, those below gone are the places before the one gone
 // goes from, so without it place j holds b = a (below gone) or the next
@@ -173,7 +169,7 @@ std::pair<MediansRun, KeptMediansRun> InRegisters(std::size_t capacity) {
 }  // namespace
 
 SortedWindow::SortedWindow(std::size_t most, int lanes)
-#if VESS_WIDE_WINDOW
+#if VESS_VECTORS
     : eight_(lanes >= 8)
 #else
     : eight_(false)
@@ -192,7 +188,7 @@ void SortedWindow::Fill(const double* values, std::size_t count) {
 }
 
 void SortedWindow::Replace(double gone, double in) {
-#if VESS_WIDE_WINDOW
+#if VESS_VECTORS
     if (eight_) {
         ReplaceEights(current_, other_, capacity_, gone, in);
         std::swap(current_, other_);
@@ -205,7 +201,7 @@ void SortedWindow::Replace(double gone, double in) {
 void RunningMedians(const double* values, std::size_t count, std::size_t width, double* medians, int lanes) {
     SortedWindow window(width, lanes);
     window.Fill(values, width);
-#if VESS_WIDE_WINDOW
+#if VESS_VECTORS
     if (window.eight_)
         if (const MediansRun inRegisters = InRegisters(window.capacity_).first) {
             inRegisters(values, count, width, window.current_, medians);
@@ -230,7 +226,7 @@ void RunningMediansOfKept(const double* values, const char* leftOut, std::size_t
         window.Fill(kept.data(), kept.size());
         return kept.size();
     };
-#if VESS_WIDE_WINDOW
+#if VESS_VECTORS
     if (window.eight_)
         if (const KeptMediansRun inRegisters = InRegisters(window.capacity_).second) {
             const std::size_t size = fill(0);

@@ -6,13 +6,7 @@
 #include <memory>
 #include <vector>
 
-#if defined(__x86_64__)
-#if !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#define VESS_VECTORS 1
-#endif
+#include "detection/vector_code.h"
 
 namespace vess {
 namespace {
